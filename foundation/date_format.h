@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "foundation/date.h"
+
+namespace quillmar {
+
+// "2016-10-08T22:31:00.123Z" with a required fraction of 1 to 9 digits, or the same without one; the zone is
+// required.
+std::optional<Date> parseISO8601WithFraction(std::string_view text);
+std::optional<Date> parseISO8601(std::string_view text);
+// "2016-10-08T22:31:00Z".
+std::string formatISO8601(Date date);
+
+// The device's way to write dates: an ICU locale id and an Olson zone id. Any thread.
+class DateStyles {
+ public:
+  DateStyles(std::string locale, std::string timeZone);
+
+  // "yyyy-MM-dd'T'HH:mm:ss", read in the device's zone.
+  std::optional<Date> parseLocal(std::string_view text) const;
+  std::string mediumDate(Date date) const;
+  std::string mediumDateShortTime(Date date) const;
+  std::string shortTime(Date date) const;
+  // "in 0 sec.", "59 sec. ago", "1 day ago": by the largest unit that is not zero, cut and not rounded.
+  std::string abbreviatedRelative(Date date, Date now) const;
+
+ private:
+  std::string locale_;
+  std::string timeZone_;
+};
+
+}  // namespace quillmar

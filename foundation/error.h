@@ -1,0 +1,68 @@
+#pragma once
+
+#include <concepts>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <variant>
+
+namespace quillmar {
+
+// What any kind of error offers: a sentence for the person at the screen, and equality.
+template <class E>
+concept ErrorKind = std::copyable<E> && std::equality_comparable<E> && requires(const E& error) {
+  { error.localizedDescription() } -> std::convertible_to<std::string>;
+};
+
+// One failure of any kind (the service's, the transport's, the coder's, the tunnel's …), carried as a value.
+// Cheap to copy; safe to hand between threads.
+class Error {
+ public:
+  template <class E>
+  requires(!std::same_as<std::remove_cvref_t<E>, Error> && ErrorKind<std::remove_cvref_t<E>>)
+      Error(E&& kind)  // NOLINT(google-explicit-constructor, bugprone-forwarding-reference-overload)
+      : held_(std::make_shared<const Held<std::remove_cvref_t<E>>>(std::forward<E>(kind))) {}
+
+  std::string localizedDescription() const { return held_->localizedDescription(); }
+
+  // The error as a certain kind, or null when it is of another.
+  template <ErrorKind E>
+  const E* as() const {
+    const auto* held = dynamic_cast<const Held<E>*>(held_.get());
+    return held ? &held->kind : nullptr;
+  }
+
+  template <ErrorKind E>
+  friend bool operator==(const Error& error, const E& kind) {
+    const E* own = error.as<E>();
+    return own && *own == kind;
+  }
+  friend bool operator==(const Error& one, const Error& other) { return one.held_->equals(*other.held_); }
+
+ private:
+  struct Any {
+    Any() = default;
+    Any(const Any&) = delete;
+    Any& operator=(const Any&) = delete;
+    virtual ~Any() = default;
+    virtual std::string localizedDescription() const = 0;
+    virtual bool equals(const Any& other) const = 0;
+  };
+
+  template <class E>
+  struct Held final : Any {
+    explicit Held(E value) : kind(std::move(value)) {}
+    std::string localizedDescription() const override { return kind.localizedDescription(); }
+    bool equals(const Any& other) const override {
+      const auto* same = dynamic_cast<const Held*>(&other);
+      return same && same->kind == kind;
+    }
+    const E kind;
+  };
+
+  std::shared_ptr<const Any> held_;
+};
+
+}  // namespace quillmar

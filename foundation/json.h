@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "foundation/result.h"
+#include "foundation/value.h"
+
+namespace quillmar {
+
+// Why a document did not become a record. `record` and `keyPath` ("devices[2].id") say where, `offset` is the
+// byte at which the refused value (or, for a missing key, its object; for malformed text, the first bad byte)
+// begins. Only the sentence is for people; the rest is for developers' logs and tests.
+struct CodingError {
+  enum class Kind { missing, wrongFormat };
+  Kind kind = Kind::wrongFormat;
+  std::string record;
+  std::string keyPath;
+  std::size_t offset = 0;
+
+  std::string localizedDescription() const;
+  friend bool operator==(const CodingError&, const CodingError&) = default;
+};
+
+// Any document as a value. For requests of the tools and for tests; records are decoded by `decodeJson`.
+Result<Value> parseJson(std::string_view text);
+
+}  // namespace quillmar

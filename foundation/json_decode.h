@@ -1,0 +1,151 @@
+#pragma once
+
+// Decoding of records. Included by the few sources that decode; everything else needs only
+// "foundation/json.h".
+
+#include <simdjson.h>
+
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "foundation/convert.h"
+#include "foundation/json.h"
+#include "foundation/record.h"
+
+namespace quillmar {
+namespace detail {
+
+// Where and why decoding stopped; the path is gathered from the inside out.
+struct DecodeFailure {
+  CodingError::Kind kind = CodingError::Kind::wrongFormat;
+  std::string_view record;
+  std::vector<std::variant<std::string_view, std::size_t>> reversedPath;
+};
+
+// Parses with this thread's parser, whose memory serves every document. The element lives until the next
+// call.
+simdjson::error_code parseDocument(std::string_view text, simdjson::dom::element& root);
+CodingError malformed(std::string_view text, std::string_view record);
+CodingError describe(std::string_view text, const DecodeFailure& failure);
+
+inline bool refuse(DecodeFailure& failure, CodingError::Kind kind) {
+  failure.kind = kind;
+  return false;
+}
+
+// null stands for an absent value everywhere but where a Bool is due.
+template <class T>
+bool refuseType(simdjson::dom::element element, DecodeFailure& failure) {
+  const bool absent = element.is_null() && !std::same_as<T, bool>;
+  return refuse(failure, absent ? CodingError::Kind::missing : CodingError::Kind::wrongFormat);
+}
+
+std::optional<std::int64_t> wholeNumber(simdjson::dom::element element);
+
+template <class T>
+bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failure);
+
+template <class R, class F>
+bool decodeField(simdjson::dom::object object, const F& field, R& out, DecodeFailure& failure) {
+  simdjson::dom::element element;
+  const bool there = object.at_key(field.key).get(element) == simdjson::SUCCESS && !element.is_null();
+  using Type = typename F::Type;
+  bool decoded = false;
+  if (field.presence == Presence::required) {
+    if (!there) {
+      failure.record = recordName<R>();
+      const bool wrongType =
+          std::same_as<Type, bool> && object.at_key(field.key).error() == simdjson::SUCCESS;
+      decoded = refuse(failure, wrongType ? CodingError::Kind::wrongFormat : CodingError::Kind::missing);
+    } else {
+      decoded = decodeElement(element, out.*field.member, failure);
+    }
+  } else if (!there) {
+    if constexpr (!std::same_as<std::remove_cvref_t<decltype(field.fallback)>, std::nullptr_t>) {
+      out.*field.member = Type(field.fallback);
+    }
+    return true;
+  } else {
+    decoded = decodeElement(element, out.*field.member, failure);
+  }
+  if (!decoded) {
+    if (failure.record.empty()) {
+      failure.record = recordName<R>();
+    }
+    failure.reversedPath.emplace_back(field.key);
+  }
+  return decoded;
+}
+
+template <class T>
+bool decodeList(simdjson::dom::element element, std::vector<T>& out, DecodeFailure& failure) {
+  simdjson::dom::array array;
+  if (element.get(array) != simdjson::SUCCESS) {
+    return refuseType<std::vector<T>>(element, failure);
+  }
+  out.clear();
+  out.reserve(array.size());
+  for (const simdjson::dom::element item : array) {
+    if (!decodeElement(item, out.emplace_back(), failure)) {
+      failure.reversedPath.emplace_back(out.size() - 1);
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class T>
+bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failure) {
+  if constexpr (isOptional<T>) {
+    return decodeElement(element, out.emplace(), failure);
+  } else if constexpr (isList<T>) {
+    return decodeList(element, out, failure);
+  } else if constexpr (Record<T>) {
+    simdjson::dom::object object;
+    if (element.get(object) != simdjson::SUCCESS) {
+      failure.record = recordName<T>();
+      return refuseType<T>(element, failure);
+    }
+    return std::apply(
+        [&](const auto&... fields) { return (decodeField(object, fields, out, failure) && ...); }, wire<T>);
+  } else if constexpr (std::same_as<T, bool>) {
+    return element.get(out) == simdjson::SUCCESS || refuseType<T>(element, failure);
+  } else if constexpr (std::same_as<T, std::int64_t>) {
+    const auto number = wholeNumber(element);
+    out = number.value_or(0);
+    return number.has_value() || refuseType<T>(element, failure);
+  } else {
+    static_assert(std::same_as<T, std::string>, "not a type of the wire");
+    std::string_view text;
+    if (element.get(text) != simdjson::SUCCESS) {
+      return refuseType<T>(element, failure);
+    }
+    out.assign(text);
+    return true;
+  }
+}
+
+}  // namespace detail
+
+// Decodes one record. The whole document is validated, nothing is converted, of a key given twice the first
+// counts.
+template <Record T>
+Result<T> decodeJson(std::string_view text) {
+  simdjson::dom::element root;
+  if (detail::parseDocument(text, root) != simdjson::SUCCESS) {
+    return Error(detail::malformed(text, recordName<T>()));
+  }
+  T decoded{};
+  detail::DecodeFailure failure;
+  if (!detail::decodeElement(root, decoded, failure)) {
+    return Error(detail::describe(text, failure));
+  }
+  return decoded;
+}
+
+}  // namespace quillmar

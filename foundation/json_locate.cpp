@@ -1,0 +1,194 @@
+#include "foundation/json_locate.h"
+
+#include <algorithm>
+#include <string>
+
+namespace quillmar {
+namespace {
+
+constexpr int maximumDepth = 1024;
+
+// A recursive descent over the grammar that only moves a position. Stops at the first byte that does not fit.
+class Walker {
+ public:
+  explicit Walker(std::string_view text) : text_(text) {}
+
+  std::size_t position() const { return position_; }
+  bool atEnd() const { return position_ == text_.size(); }
+
+  void skipBlanks() {
+    while (!atEnd() && std::string_view(" \t\r\n").find(text_[position_]) != std::string_view::npos) {
+      ++position_;
+    }
+  }
+
+  bool skipValue(int depth = 0) {
+    skipBlanks();
+    if (atEnd() || depth > maximumDepth) {
+      return false;
+    }
+    switch (text_[position_]) {
+      case '{':
+        return skipAll('}', [&] { return skipKey() && skipValue(depth + 1); });
+      case '[':
+        return skipAll(']', [&] { return skipValue(depth + 1); });
+      case '"':
+        return skipString();
+      case 't':
+        return skipWord("true");
+      case 'f':
+        return skipWord("false");
+      case 'n':
+        return skipWord("null");
+      default:
+        return skipNumber();
+    }
+  }
+
+  // Moves to the value under a key, or at an index; stays at the container's first byte when there is none.
+  bool enter(const JsonStep& step) {
+    const std::size_t container = position_;
+    const bool found = std::holds_alternative<std::size_t>(step) ? enterIndex(std::get<std::size_t>(step))
+                                                                 : enterKey(std::get<std::string_view>(step));
+    if (!found) {
+      position_ = container;
+    }
+    return found;
+  }
+
+ private:
+  bool skipOne(char c) {
+    skipBlanks();
+    const bool here = !atEnd() && text_[position_] == c;
+    position_ += here ? 1 : 0;
+    return here;
+  }
+
+  template <class Element>
+  bool skipAll(char close, Element element) {
+    ++position_;
+    if (skipOne(close)) {
+      return true;
+    }
+    do {
+      if (!element()) {
+        return false;
+      }
+    } while (skipOne(','));
+    return skipOne(close);
+  }
+
+  bool skipWord(std::string_view word) {
+    for (const char c : word) {
+      if (atEnd() || text_[position_] != c) {
+        return false;
+      }
+      ++position_;
+    }
+    return true;
+  }
+
+  bool skipString() {
+    ++position_;
+    while (!atEnd() && text_[position_] != '"') {
+      if (static_cast<unsigned char>(text_[position_]) < 0x20) {
+        return false;
+      }
+      position_ += text_[position_] == '\\' ? 2 : 1;
+      position_ = std::min(position_, text_.size());
+    }
+    return skipWord("\"");
+  }
+
+  bool skipDigits() {
+    const std::size_t start = position_;
+    while (!atEnd() && text_[position_] >= '0' && text_[position_] <= '9') {
+      ++position_;
+    }
+    return position_ > start;
+  }
+
+  bool skipNumber() {
+    skipAny("-");
+    if (!skipAny("0") && !skipDigits()) {
+      return false;
+    }
+    if (skipAny(".") && !skipDigits()) {
+      return false;
+    }
+    if (skipAny("eE")) {
+      skipAny("+-");
+      return skipDigits();
+    }
+    return true;
+  }
+
+  bool skipAny(std::string_view set) {
+    const bool here = !atEnd() && set.find(text_[position_]) != std::string_view::npos;
+    position_ += here ? 1 : 0;
+    return here;
+  }
+
+  bool skipKey() {
+    skipBlanks();
+    return !atEnd() && text_[position_] == '"' && skipString() && skipOne(':');
+  }
+
+  bool enterKey(std::string_view key) {
+    const std::string quoted = '"' + std::string(key) + '"';
+    if (!skipOne('{')) {
+      return false;
+    }
+    do {
+      skipBlanks();
+      const std::size_t start = position_;
+      if (!skipKey()) {
+        return false;
+      }
+      if (text_.substr(start, quoted.size()) == quoted) {
+        skipBlanks();
+        return true;
+      }
+    } while (skipValue() && skipOne(','));
+    return false;
+  }
+
+  bool enterIndex(std::size_t index) {
+    if (!skipOne('[')) {
+      return false;
+    }
+    for (; index > 0; --index) {
+      if (!skipValue() || !skipOne(',')) {
+        return false;
+      }
+    }
+    skipBlanks();
+    return true;
+  }
+
+  std::string_view text_;
+  std::size_t position_ = 0;
+};
+
+}  // namespace
+
+std::size_t locate(std::string_view text, const std::vector<JsonStep>& path) {
+  Walker walker(text);
+  walker.skipBlanks();
+  for (const auto& step : path) {
+    if (!walker.enter(step)) {
+      break;
+    }
+  }
+  return walker.position();
+}
+
+std::size_t firstBadByte(std::string_view text) {
+  Walker walker(text);
+  if (walker.skipValue()) {
+    walker.skipBlanks();
+  }
+  return walker.position();
+}
+
+}  // namespace quillmar

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace quillmar {
+
+// A record is a plain struct with one table of its fields. Decoding, encoding, equality, printing and the
+// maps that front ends see are all made from that table:
+//
+//   struct Point { std::int64_t x; std::optional<std::string> label; };
+//   template <> inline constexpr auto wire<Point> = record(required("x", &Point::x), optional("label",
+//   &Point::label));
+
+enum class Presence { required, optional, orElse };
+
+template <class R, class T, class Default = std::nullptr_t>
+struct Field {
+  using Type = T;
+  std::string_view key;
+  T R::*member;
+  Presence presence;
+  Default fallback{};
+};
+
+// Must be there with the right type; always written.
+template <class R, class T>
+constexpr Field<R, T> required(std::string_view key, T R::*member) {
+  return {key, member, Presence::required};
+}
+
+// Absent and null give nil; nil is not written. The member is a std::optional.
+template <class R, class T>
+constexpr Field<R, T> optional(std::string_view key, T R::*member) {
+  return {key, member, Presence::optional};
+}
+
+// Absent and null give the fallback; always written.
+template <class R, class T, class Default>
+constexpr Field<R, T, Default> orElse(std::string_view key, T R::*member, Default fallback) {
+  return {key, member, Presence::orElse, fallback};
+}
+
+template <class... Fields>
+constexpr std::tuple<Fields...> record(Fields... fields) {
+  return {fields...};
+}
+
+template <class T>
+inline constexpr std::nullptr_t wire = nullptr;
+
+template <class T>
+concept Record = !std::same_as<std::remove_cvref_t<decltype(wire<T>)>, std::nullptr_t>;
+
+// Calls `visit(field)` for each field of the record's table, in its order.
+template <Record T, class Visitor>
+constexpr void forEachField(Visitor&& visit) {
+  std::apply([&](const auto&... fields) { (visit(fields), ...); }, wire<T>);
+}
+
+template <Record T>
+constexpr bool operator==(const T& one, const T& other) {
+  return std::apply(
+      [&](const auto&... fields) { return ((one.*fields.member == other.*fields.member) && ...); }, wire<T>);
+}
+
+namespace detail {
+template <class T>
+constexpr std::string_view functionName() {
+  return __PRETTY_FUNCTION__;
+}
+}  // namespace detail
+
+// The record's bare type name, for log lines of developers' builds and for tests.
+template <class T>
+constexpr std::string_view recordName() {
+  constexpr std::string_view name = detail::functionName<T>();
+  constexpr std::size_t start = name.find("T = ") + 4;
+  constexpr std::size_t end = name.find_first_of(";]", start);
+  constexpr std::string_view qualified = name.substr(start, end - start);
+  constexpr std::size_t colon = qualified.rfind(':');
+  return colon == std::string_view::npos ? qualified : qualified.substr(colon + 1);
+}
+
+}  // namespace quillmar

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cassert>
+#include <optional>
+#include <utility>
+#include <variant>
+
+#include "foundation/error.h"
+
+namespace quillmar {
+
+// A value or the error that stands in its place. It must be looked at: ignoring one is a compiler error.
+// `value()` and `error()` may only be called where `ok()` says so.
+template <class T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value)
+      : state_(std::in_place_index<0>, std::move(value)) {}  // NOLINT(google-explicit-constructor)
+  Result(Error error)
+      : state_(std::in_place_index<1>, std::move(error)) {}  // NOLINT(google-explicit-constructor)
+
+  bool ok() const { return state_.index() == 0; }
+  explicit operator bool() const { return ok(); }
+
+  const T& value() const& {
+    assert(ok());
+    return *std::get_if<0>(&state_);
+  }
+  T&& value() && {
+    assert(ok());
+    return std::move(*std::get_if<0>(&state_));
+  }
+  const Error& error() const {
+    assert(!ok());
+    return *std::get_if<1>(&state_);
+  }
+
+ private:
+  std::variant<T, Error> state_;
+};
+
+template <>
+class [[nodiscard]] Result<void> {
+ public:
+  Result() = default;
+  Result(Error error) : error_(std::move(error)) {}  // NOLINT(google-explicit-constructor)
+
+  bool ok() const { return !error_.has_value(); }
+  explicit operator bool() const { return ok(); }
+  const Error& error() const {
+    assert(!ok());
+    return *error_;
+  }
+
+ private:
+  std::optional<Error> error_;
+};
+
+inline Result<void> success() { return {}; }
+
+}  // namespace quillmar

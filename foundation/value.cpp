@@ -1,0 +1,110 @@
+#include "foundation/value.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace quillmar {
+namespace {
+
+void writeString(std::string_view text, std::string& out) {
+  static constexpr std::string_view hex = "0123456789abcdef";
+  out += '"';
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    switch (c) {
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\b':
+        out += "\\b";
+        break;
+      case '\f':
+        out += "\\f";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      default:
+        if (byte < 0x20) {
+          out += "\\u00";
+          out += hex[byte >> 4U];
+          out += hex[byte & 0xFU];
+        } else {
+          out += c;
+        }
+    }
+  }
+  out += '"';
+}
+
+template <class Number>
+void writeNumber(Number number, std::string& out) {
+  std::array<char, 32> buffer{};
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+  out.append(buffer.data(), end);
+}
+
+struct Writer {
+  std::string& out;
+
+  void operator()(std::monostate) const { out += "null"; }
+  void operator()(bool value) const { out += value ? "true" : "false"; }
+  void operator()(std::int64_t value) const { writeNumber(value, out); }
+  void operator()(double value) const {
+    std::isfinite(value) ? writeNumber(value, out) : (*this)(std::monostate());
+  }
+  void operator()(const std::string& value) const { writeString(value, out); }
+
+  void operator()(const Value::List& list) const {
+    out += '[';
+    for (const char* separator = ""; const auto& element : list) {
+      out += separator;
+      element.visit(*this);
+      separator = ",";
+    }
+    out += ']';
+  }
+
+  void operator()(const Value::Map& map) const {
+    out += '{';
+    for (const char* separator = ""; const auto& [key, entry] : map) {
+      out += separator;
+      writeString(key, out);
+      out += ':';
+      entry.visit(*this);
+      separator = ",";
+    }
+    out += '}';
+  }
+};
+
+}  // namespace
+
+const Value* Value::find(std::string_view key) const {
+  if (const auto* entries = map()) {
+    for (const auto& [name, entry] : *entries) {
+      if (name == key) {
+        return &entry;
+      }
+    }
+  }
+  return nullptr;
+}
+
+std::string writeJson(const Value& value) {
+  std::string text;
+  value.visit(Writer{text});
+  return text;
+}
+
+}  // namespace quillmar

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "foundation/date.h"
+
+namespace quillmar {
+
+// The one form in which front ends, the driver and the JSON writer see what a model or a record holds.
+// Maps keep the order in which their entries were made.
+class Value {
+ public:
+  using List = std::vector<Value>;
+  using Entry = std::pair<std::string, Value>;
+  using Map = std::vector<Entry>;
+
+  Value() = default;
+  Value(bool value) : held_(value) {}                           // NOLINT(google-explicit-constructor)
+  Value(double value) : held_(value) {}                         // NOLINT(google-explicit-constructor)
+  Value(std::string value) : held_(std::move(value)) {}         // NOLINT(google-explicit-constructor)
+  Value(std::string_view value) : held_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
+  Value(const char* value) : held_(std::string(value)) {}       // NOLINT(google-explicit-constructor)
+  Value(List value) : held_(std::move(value)) {}                // NOLINT(google-explicit-constructor)
+  Value(Map value) : held_(std::move(value)) {}                 // NOLINT(google-explicit-constructor)
+  template <std::integral T>
+  requires(!std::same_as<T, bool>) Value(T value)
+      : held_(static_cast<std::int64_t>(value)) {}  // NOLINT(google-explicit-constructor)
+
+  bool isNil() const { return std::holds_alternative<std::monostate>(held_); }
+  const bool* boolean() const { return std::get_if<bool>(&held_); }
+  const std::int64_t* integer() const { return std::get_if<std::int64_t>(&held_); }
+  const double* real() const { return std::get_if<double>(&held_); }
+  const std::string* string() const { return std::get_if<std::string>(&held_); }
+  const List* list() const { return std::get_if<List>(&held_); }
+  const Map* map() const { return std::get_if<Map>(&held_); }
+
+  // The entry of a map, or null when this is no map or has no such key.
+  const Value* find(std::string_view key) const;
+
+  template <class Visitor>
+  decltype(auto) visit(Visitor&& visitor) const {
+    return std::visit(std::forward<Visitor>(visitor), held_);
+  }
+
+  friend bool operator==(const Value& one, const Value& other) { return one.held_ == other.held_; }
+
+ private:
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, List, Map> held_;
+};
+
+// Compact JSON in UTF-8: control characters escaped, non-ASCII left as it is, map entries in their order.
+std::string writeJson(const Value& value);
+
+}  // namespace quillmar

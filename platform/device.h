@@ -1,0 +1,25 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "foundation/signal.h"
+
+namespace quillmar {
+
+// What the program knows about the machine under it. Main thread only.
+class Device {
+ public:
+  Device() = default;
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
+  virtual ~Device() = default;
+
+  // The name that its user gave the machine, else its host name.
+  virtual std::string name() const = 0;
+  // An ICU locale id ("en_AU") and an Olson zone id ("Australia/Sydney"), for dates on screens.
+  virtual std::string locale() const = 0;
+  virtual std::string timeZone() const = 0;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/biometric_check.h"
+#include "platform/clipboard.h"
+#include "platform/device.h"
+#include "platform/dispatch.h"
+#include "platform/haptics.h"
+#include "platform/http_session.h"
+#include "platform/log.h"
+#include "platform/qr_encoder.h"
+#include "platform/secure_item_store.h"
+#include "platform/settings_store.h"
+#include "platform/tunnel.h"
+#include "platform/window_style.h"
+
+namespace quillmar {
+
+// One adapter of each port. The application root borrows them; whoever made them keeps them alive longer.
+struct Platform {
+  SettingsStore& settings;
+  HttpSession& http;
+  Dispatch& dispatch;
+  Log& log;
+  TunnelService& tunnel;
+  SecureItemStore& secureItems;
+  BiometricCheck& biometrics;
+  Device& device;
+  Clipboard& clipboard;
+  Haptics& haptics;
+  WindowStyle& windowStyle;
+  const QREncoder& qrEncoder;
+};
+
+}  // namespace quillmar

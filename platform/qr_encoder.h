@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace quillmar {
+
+// The modules of a QR code without its quiet zone, row by row; true is dark.
+struct QRModules {
+  std::size_t side = 0;
+  std::vector<bool> dark;
+
+  bool isDark(std::size_t row, std::size_t column) const { return dark[row * side + column]; }
+  friend bool operator==(const QRModules&, const QRModules&) = default;
+};
+
+// Makes QR codes with error correction level M. Any thread.
+class QREncoder {
+ public:
+  QREncoder() = default;
+  QREncoder(const QREncoder&) = delete;
+  QREncoder& operator=(const QREncoder&) = delete;
+  virtual ~QREncoder() = default;
+
+  // Nothing when the bytes do not fit into a code, or there are none.
+  virtual std::optional<QRModules> encode(std::string_view bytes) const = 0;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "foundation/date.h"
+
+namespace quillmar {
+
+using SettingValue = std::variant<std::string, bool, std::int64_t, Date>;
+
+// The flat, durable key-value store of an installation. Any thread; a write is seen by the next read on any
+// thread. Reading another type than the stored one gives nothing. A missing key and an empty text are
+// different. Nothing here fails visibly: a store that can't write keeps its values in memory and logs the
+// cause once.
+class SettingsStore {
+ public:
+  SettingsStore() = default;
+  SettingsStore(const SettingsStore&) = delete;
+  SettingsStore& operator=(const SettingsStore&) = delete;
+  virtual ~SettingsStore() = default;
+
+  virtual std::optional<SettingValue> object(std::string_view key) const = 0;
+  // On disk when it returns, as far as a kill of the process goes.
+  virtual void set(std::string_view key, SettingValue value) = 0;
+  virtual void remove(std::string_view key) = 0;
+  // After this, everything written outlives a power cut too.
+  virtual void synchronize() = 0;
+  virtual std::map<std::string, SettingValue> all() const = 0;
+
+  std::optional<std::string> string(std::string_view key) const { return as<std::string>(key); }
+  // A missing key reads as false.
+  bool boolean(std::string_view key) const { return as<bool>(key).value_or(false); }
+  std::optional<std::int64_t> integer(std::string_view key) const { return as<std::int64_t>(key); }
+  std::optional<Date> date(std::string_view key) const { return as<Date>(key); }
+
+ private:
+  template <class T>
+  std::optional<T> as(std::string_view key) const {
+    const auto value = object(key);
+    const T* typed = value ? std::get_if<T>(&*value) : nullptr;
+    return typed ? std::optional<T>(*typed) : std::nullopt;
+  }
+};
+
+}  // namespace quillmar
