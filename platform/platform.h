@@ -4,7 +4,7 @@
 
 #include "platform/biometric_check.h"
 #include "platform/clipboard.h"
-#include "platform/device.h"
+#include "platform/device_info.h"
 #include "platform/dispatch.h"
 #include "platform/haptics.h"
 #include "platform/http_session.h"
@@ -26,7 +26,7 @@ struct Platform {
   TunnelService& tunnel;
   SecureItemStore& secureItems;
   BiometricCheck& biometrics;
-  Device& device;
+  DeviceInfo& deviceInfo;
   Clipboard& clipboard;
   Haptics& haptics;
   WindowStyle& windowStyle;

@@ -8,12 +8,12 @@
 namespace quillmar {
 
 // What the program knows about the machine under it. Main thread only.
-class Device {
+class DeviceInfo {
  public:
-  Device() = default;
-  Device(const Device&) = delete;
-  Device& operator=(const Device&) = delete;
-  virtual ~Device() = default;
+  DeviceInfo() = default;
+  DeviceInfo(const DeviceInfo&) = delete;
+  DeviceInfo& operator=(const DeviceInfo&) = delete;
+  virtual ~DeviceInfo() = default;
 
   // The name that its user gave the machine, else its host name.
   virtual std::string name() const = 0;
