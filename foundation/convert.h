@@ -88,15 +88,9 @@ std::optional<T> fromValue(const Value& value) {
   }
 }
 
-// The record as the service reads it.
-template <Record T>
-std::string encodeJson(const T& record) {
-  return writeJson(toValue(record));
-}
-
 template <Record T>
 std::ostream& operator<<(std::ostream& out, const T& record) {
-  return out << recordName<T>() << ' ' << encodeJson(record);
+  return out << recordName<T>() << ' ' << writeJson(toValue(record));
 }
 
 }  // namespace quillmar

@@ -93,8 +93,22 @@ std::optional<std::int64_t> wholeNumber(simdjson::dom::element element) {
 }  // namespace detail
 
 std::string CodingError::localizedDescription() const {
-  return kind == Kind::missing ? "The data couldn’t be read because it is missing."
-                               : "The data couldn’t be read because it isn’t in the correct format.";
+  switch (kind) {
+    case Kind::missing:
+      return "The data couldn’t be read because it is missing.";
+    case Kind::wrongFormat:
+      return "The data couldn’t be read because it isn’t in the correct format.";
+    case Kind::unwritable:
+      break;
+  }
+  return "The data couldn’t be written because it isn’t in the correct format.";
+}
+
+Result<std::string> checkedJson(std::string document, std::string_view record) {
+  if (!simdjson::validate_utf8(document)) {
+    return Error(CodingError{CodingError::Kind::unwritable, std::string(record), {}, 0});
+  }
+  return document;
 }
 
 Result<Value> parseJson(std::string_view text) {

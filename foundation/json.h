@@ -4,16 +4,19 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/convert.h"
+#include "foundation/record.h"
 #include "foundation/result.h"
 #include "foundation/value.h"
 
 namespace quillmar {
 
-// Why a document did not become a record. `record` and `keyPath` ("devices[2].id") say where, `offset` is the
-// byte at which the refused value (or, for a missing key, its object; for malformed text, the first bad byte)
-// begins. Only the sentence is for people; the rest is for developers' logs and tests.
+// Why a document did not become a record, or a record no document. `record` and `keyPath` ("devices[2].id")
+// say where, `offset` is the byte at which the refused value (or, for a missing key, its object; for
+// malformed text, the first bad byte) begins. Only the sentence is for people; the rest is for developers'
+// logs and tests.
 struct CodingError {
-  enum class Kind { missing, wrongFormat };
+  enum class Kind { missing, wrongFormat, unwritable };
   Kind kind = Kind::wrongFormat;
   std::string record;
   std::string keyPath;
@@ -25,5 +28,14 @@ struct CodingError {
 
 // Any document as a value. For requests of the tools and for tests; records are decoded by `decodeJson`.
 Result<Value> parseJson(std::string_view text);
+
+// JSON is UTF-8: a document with other bytes in it is refused as unwritable.
+Result<std::string> checkedJson(std::string document, std::string_view record);
+
+// The record as it goes on the wire.
+template <Record T>
+Result<std::string> encodeJson(const T& record) {
+  return checkedJson(writeJson(toValue(record)), recordName<T>());
+}
 
 }  // namespace quillmar

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "foundation/record.h"
+
+namespace quillmar {
+
+struct RegisterRequest {
+  std::string email;
+  std::string password;
+  std::string phone;
+  std::string name;
+  std::optional<std::string> region;  // raw value of Region
+};
+
+template <>
+inline constexpr auto wire<RegisterRequest> = record(required("email", &RegisterRequest::email),
+                                                     required("password", &RegisterRequest::password),
+                                                     required("phone", &RegisterRequest::phone),
+                                                     required("name", &RegisterRequest::name),
+                                                     optional("region", &RegisterRequest::region));
+
+struct LoginRequest {
+  std::string email;
+  std::string password;
+};
+
+template <>
+inline constexpr auto wire<LoginRequest> = record(required("email", &LoginRequest::email),
+                                                  required("password", &LoginRequest::password));
+
+// The answer of a registration, a login and a refresh alike; a refresh names the account too.
+struct AuthResponse {
+  std::string token;
+  std::string parentId;
+  std::string email;
+  std::optional<std::string> phone;
+  std::string name;
+  std::optional<std::string> region;
+  std::optional<std::string> dohServerId;
+  std::optional<std::string> dohBaseURL;
+};
+
+template <>
+inline constexpr auto wire<AuthResponse> = record(required("token", &AuthResponse::token),
+                                                  required("parent_id", &AuthResponse::parentId),
+                                                  required("email", &AuthResponse::email),
+                                                  optional("phone", &AuthResponse::phone),
+                                                  required("name", &AuthResponse::name),
+                                                  optional("region", &AuthResponse::region),
+                                                  optional("doh_server_id", &AuthResponse::dohServerId),
+                                                  optional("doh_base_url", &AuthResponse::dohBaseURL));
+
+}  // namespace quillmar
