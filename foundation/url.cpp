@@ -1,0 +1,98 @@
+#include "foundation/url.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "foundation/ascii.h"
+
+namespace quillmar {
+namespace {
+
+constexpr std::string_view urlMarks = "!$&'()*+,-./:;=?@_~[]#";
+constexpr std::string_view pathMarks = "!$&'()*+,-./:=@_~";
+constexpr std::string_view queryMarks = "!$&'()*+,-./:;=?@_~";
+
+bool isAmong(char c, std::string_view marks) {
+  return isAsciiLetter(c) || isAsciiDigit(c) || marks.find(c) != std::string_view::npos;
+}
+
+bool isEscape(std::string_view text) {
+  return text.size() >= 3 && text[0] == '%' && isHexDigit(text[1]) && isHexDigit(text[2]);
+}
+
+bool isMadeOfUrlCharacters(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t length = isEscape(text) ? 3 : 1;
+    if (length == 1 && !isAmong(text.front(), urlMarks)) {
+      return false;
+    }
+    text.remove_prefix(length);
+  }
+  return true;
+}
+
+std::optional<std::string> nonEmpty(std::string_view text) {
+  return text.empty() ? std::nullopt : std::optional<std::string>(text);
+}
+
+// The text before the first of `ends`.
+std::string_view upTo(std::string_view ends, std::string_view text) {
+  return text.substr(0, text.find_first_of(ends));
+}
+
+std::optional<std::string> schemeOf(std::string_view text) {
+  const auto scheme = upTo(":/?#", text);
+  const bool closed = scheme.size() < text.size() && text[scheme.size()] == ':';
+  const bool wellFormed = !scheme.empty() && isAsciiLetter(scheme.front()) &&
+                          std::ranges::all_of(scheme, [](char c) { return isAmong(c, "+-."); });
+  return closed && wellFormed ? nonEmpty(scheme) : std::nullopt;
+}
+
+std::optional<std::string> hostOf(std::string_view afterScheme) {
+  if (!afterScheme.starts_with("//")) {
+    return std::nullopt;
+  }
+  auto host = upTo("/?#", afterScheme.substr(2));
+  if (const auto user = host.rfind('@'); user != std::string_view::npos) {
+    host.remove_prefix(user + 1);
+  }
+  if (!host.starts_with('[')) {
+    return nonEmpty(upTo(":", host));
+  }
+  const auto close = host.find(']');
+  return close == std::string_view::npos ? std::nullopt : nonEmpty(host.substr(1, close - 1));
+}
+
+std::string percentEncoded(std::string_view text, std::string_view marks) {
+  static constexpr std::string_view hex = "0123456789ABCDEF";
+  std::string encoded;
+  encoded.reserve(text.size());
+  for (const char c : text) {
+    if (isAmong(c, marks)) {
+      encoded += c;
+    } else {
+      const auto byte = static_cast<unsigned char>(c);
+      encoded += '%';
+      encoded += hex[byte >> 4U];
+      encoded += hex[byte & 0xFU];
+    }
+  }
+  return encoded;
+}
+
+}  // namespace
+
+URL::URL(std::string text)
+    : text_(std::move(text)),
+      scheme_(schemeOf(text_)),
+      host_(hostOf(std::string_view(text_).substr(scheme_ ? scheme_->size() + 1 : 0))) {}
+
+std::optional<URL> URL::parse(std::string_view text) {
+  const bool accepted = !text.empty() && std::ranges::count(text, '#') <= 1 && isMadeOfUrlCharacters(text);
+  return accepted ? std::optional(URL(std::string(text))) : std::nullopt;
+}
+
+std::string percentEncodedForPath(std::string_view text) { return percentEncoded(text, pathMarks); }
+std::string percentEncodedForQuery(std::string_view text) { return percentEncoded(text, queryMarks); }
+
+}  // namespace quillmar
