@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "sandbox/http/message.h"
+#include "sandbox/outcome.h"
+
+namespace quillmar::sandbox {
+
+// One POST of JSON to a service on this machine, for the program's own commands. Waits for the answer.
+[[nodiscard]] Outcome<Answer> post(int port, const std::string& target, const std::string& body);
+
+}  // namespace quillmar::sandbox

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <nghttp2/nghttp2.h>
+
+#include <array>
+#include <boost/asio/ssl/stream.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "sandbox/http/exchange.h"
+
+namespace quillmar::sandbox {
+
+using TlsStream = boost::asio::ssl::stream<boost::beast::tcp_stream>;
+
+// One TLS connection that speaks HTTP/2. It owns itself: it lives until its connection ends.
+class Http2Session : public std::enable_shared_from_this<Http2Session> {
+ public:
+  Http2Session(TlsStream stream, Exchange& exchange);
+  ~Http2Session();
+
+  void start();
+
+ private:
+  struct Exchanged {
+    explicit Exchanged(boost::asio::io_context& network) : pause{network} {}
+    Request request;
+    Answer answer;
+    std::size_t sent = 0;
+    std::size_t ready = 0;  // how much of the body may be sent by now
+    bool answered = false;
+    boost::asio::steady_timer pause;
+  };
+
+  static const nghttp2_session_callbacks* callbacks();
+  static ssize_t readAnswer(nghttp2_session*, int32_t id, uint8_t* buffer, size_t length, uint32_t* flags,
+                            nghttp2_data_source* source, void* user);
+
+  Exchanged* find(int32_t id);
+  void headerCame(int32_t id, std::string_view name, std::string_view value);
+  void dataCame(int32_t id, std::string_view data);
+  void requestCame(int32_t id);
+  void submit(int32_t id, Answer answer);
+  void makeReady(int32_t id);
+
+  void read();
+  void flush();
+  void close();
+
+  TlsStream stream_;
+  Exchange& exchange_;
+  nghttp2_session* session_ = nullptr;
+  std::map<int32_t, Exchanged> streams_;
+  std::array<uint8_t, 16 * 1024> incoming_{};
+  std::string outgoing_;
+  bool writing_ = false;
+  bool closed_ = false;
+};
+
+}  // namespace quillmar::sandbox

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "sandbox/json.h"
+#include "sandbox/store/database.h"
+
+namespace quillmar::sandbox {
+
+enum class Kind { text, integer, boolean, time };
+
+// A field of a wire record: its key, how its value is written, and the column it comes from where that isn't
+// the key.
+struct Field {
+  const char* key;
+  Kind kind = Kind::text;
+  const char* column = nullptr;
+};
+
+using Fields = std::span<const Field>;
+
+// The columns of a SELECT whose rows `record` turns into JSON; all fields are written, an absent value as
+// null.
+[[nodiscard]] std::string columns(Fields fields);
+[[nodiscard]] Json record(Row row, Fields fields);
+
+extern const Fields deviceFields;  // ?1: base of the endpoints; ?2: devices seen since then are online
+extern const Fields devicePolicyFields;
+extern const Fields childPolicyFields;
+extern const Fields homeNetworkPolicyFields;
+extern const Fields logFields;
+extern const Fields childFields;
+extern const Fields familyFields;
+extern const Fields memberFields;
+extern const Fields invitationFields;
+extern const Fields homeNetworkFields;
+
+}  // namespace quillmar::sandbox

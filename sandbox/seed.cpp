@@ -1,0 +1,7 @@
+#include "sandbox/seed.h"
+
+namespace quillmar::sandbox {
+
+void plant(Seed, Database&, Time) {}
+
+}  // namespace quillmar::sandbox
