@@ -32,7 +32,9 @@ class LifeGuard {
   std::weak_ptr<const bool> life_;
 };
 
-class ObservableObject {
+// Objects whose own members may let them go (a screen that dismisses itself) are owned by std::shared_ptr:
+// a call into such an object keeps it alive until the call is done.
+class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
  public:
   explicit ObservableObject(std::string_view typeName);
   ObservableObject(const ObservableObject&) = delete;
@@ -53,8 +55,9 @@ class ObservableObject {
   // Wraps a closure so that it does nothing once this object has gone. To be run on the main thread.
   template <class Function>
   auto weakly(Function function) const {
-    return [guard = lifeGuard(), function = std::move(function)](auto&&... args) mutable {
+    return [this, guard = lifeGuard(), function = std::move(function)](auto&&... args) mutable {
       if (guard.alive()) {
+        const auto held = weak_from_this().lock();
         function(std::forward<decltype(args)>(args)...);
       }
     };
@@ -106,6 +109,8 @@ class Member {
  protected:
   void announce() const { owner_.changes_.emit(*this); }
   ObservableObject& owner() const { return owner_; }
+  // Whoever goes on after an announcement or an effect holds the owner until then.
+  std::shared_ptr<const ObservableObject> holdOwner() const { return owner_.weak_from_this().lock(); }
 
  private:
   ObservableObject& owner_;
@@ -128,6 +133,7 @@ class Published : public Member {
     return *this;
   }
   void set(T value) {
+    const auto held = holdOwner();
     const T previous = std::exchange(value_, std::move(value));
     announce();
     if (!(previous == value_)) {
@@ -204,9 +210,8 @@ class Action final : public Member {
     if (!isEnabled()) {
       return false;
     }
-    // The effect may end the life of the screen, and so of this action.
-    const auto effect = effect_;
-    effect(std::move(args)...);
+    const auto held = holdOwner();
+    effect_(std::move(args)...);
     return true;
   }
 

@@ -1,0 +1,384 @@
+#include "presentation/screen_model.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quillmar {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using Diary = std::vector<std::string>;
+
+// A screen that writes down what happens to it.
+class Page : public ScreenModel {
+ public:
+  Page(Diary& diary, std::string name) : ScreenModel("Page"), diary_(diary), name_(std::move(name)) {
+    note("made");
+  }
+  ~Page() override { note("gone"); }
+  Page(const Page&) = delete;
+  Page& operator=(const Page&) = delete;
+
+  void note(const std::string& what) { diary_.push_back(name_ + " " + what); }
+  Diary& diary() const { return diary_; }
+
+ protected:
+  void onAppear() override { note("appears"); }
+  void onDisappear() override { note("disappears"); }
+
+ private:
+  Diary& diary_;
+  std::string name_;
+};
+
+class Inner final : public Page {
+ public:
+  explicit Inner(Diary& diary) : Page(diary, "inner") {}
+
+  Input<bool> isDone{*this, "isDone"};
+  Action<> close{*this, "close", [this] {
+                   dismiss();
+                   note("still here");
+                 }};
+};
+
+struct Row final : ObservableObject {
+  explicit Row(Diary& diary) : ObservableObject("Row"), diary_(diary) {}
+
+  Diary& diary_;
+  Sheet<Inner> showDetail{*this, "showDetail", [this] { return std::make_shared<Inner>(diary_); }};
+};
+
+class Outer final : public Page {
+ public:
+  explicit Outer(Diary& diary) : Page(diary, "outer") {}
+
+  Sheet<Inner> showInner{*this, "showInner", [this] { return std::make_shared<Inner>(diary()); },
+                         [this] { note("is back"); }};
+  Presented<Inner> content{*this, "content", [this] { return std::make_shared<Inner>(diary()); }};
+  Rows<Row> rows{*this, "rows"};
+};
+
+class Root final : public ObservableObject {
+ public:
+  explicit Root(Diary& diary) : ObservableObject("Root"), diary_(diary) {}
+
+  Diary& diary_;
+  Sheet<Outer> showOuter{*this, "showOuter", [this] { return std::make_shared<Outer>(diary_); },
+                         [this] { diary_.push_back("root is back"); }};
+};
+
+class ScreenModelTest : public testing::Test {
+ protected:
+  // The entries since the last look.
+  Diary news() { return std::exchange(diary, {}); }
+
+  Diary diary;
+  std::shared_ptr<Outer> outer = std::make_shared<Outer>(diary);
+  void SetUp() override { diary.clear(); }
+};
+
+using AScreen = ScreenModelTest;
+using ASheet = ScreenModelTest;
+using APresentedScreen = ScreenModelTest;
+
+TEST_F(AScreen, is_not_on_screen_before_it_appears) { EXPECT_FALSE(outer->isOnScreen()); }
+
+TEST_F(AScreen, appears_once_however_often_it_is_told) {
+  outer->appear();
+  outer->appear();
+  EXPECT_TRUE(outer->isOnScreen());
+  EXPECT_THAT(news(), ElementsAre("outer appears"));
+}
+
+TEST_F(AScreen, disappears_once_however_often_it_is_told) {
+  outer->appear();
+  outer->disappear();
+  outer->disappear();
+  EXPECT_FALSE(outer->isOnScreen());
+  EXPECT_THAT(news(), ElementsAre("outer appears", "outer disappears"));
+}
+
+TEST_F(AScreen, does_not_disappear_when_it_never_appeared) {
+  outer->disappear();
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(AScreen, appears_again_after_it_disappeared) {
+  outer->appear();
+  outer->disappear();
+  outer->appear();
+  EXPECT_THAT(news(), ElementsAre("outer appears", "outer disappears", "outer appears"));
+}
+
+TEST_F(AScreen, stays_when_it_dismisses_itself_and_nobody_presents_it) {
+  outer->appear();
+  outer->dismiss();
+  EXPECT_TRUE(outer->isOnScreen());
+}
+
+TEST_F(ASheet, is_nothing_before_its_flag_is_set) {
+  EXPECT_FALSE(outer->showInner());
+  EXPECT_EQ(outer->showInner.get(), nullptr);
+  EXPECT_THAT(outer->showInner.nested(), IsEmpty());
+  EXPECT_EQ(outer->showInner.value(), Value(false));
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(ASheet, is_made_and_appears_when_its_flag_turns_true) {
+  outer->showInner = true;
+  EXPECT_TRUE(outer->showInner());
+  EXPECT_EQ(outer->showInner.value(), Value(true));
+  EXPECT_TRUE(outer->showInner->isOnScreen());
+  EXPECT_THAT(news(), ElementsAre("inner made", "inner appears"));
+}
+
+TEST_F(ASheet, stands_among_the_nested_objects_while_it_is_up) {
+  outer->showInner = true;
+  const auto nested = outer->showInner.nested();
+  ASSERT_THAT(nested, SizeIs(1));
+  EXPECT_EQ(nested[0].object.get(), outer->showInner.get());
+  EXPECT_EQ(nested[0].key, "Page");
+}
+
+TEST_F(ASheet, disappears_and_is_gone_before_the_presenter_hears_of_its_dismissal) {
+  outer->showInner = true;
+  news();
+  outer->showInner = false;
+  EXPECT_FALSE(outer->showInner());
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone", "outer is back"));
+}
+
+TEST_F(ASheet, leaves_the_screen_beneath_on_screen) {
+  outer->appear();
+  outer->showInner = true;
+  EXPECT_TRUE(outer->isOnScreen());
+  outer->showInner = false;
+  EXPECT_THAT(news(), testing::Not(testing::Contains("outer disappears")));
+  EXPECT_TRUE(outer->isOnScreen());
+}
+
+TEST_F(ASheet, that_is_up_only_announces_when_it_is_set_to_true_again) {
+  outer->showInner = true;
+  const auto* before = outer->showInner.get();
+  news();
+  int announced = 0;
+  const auto subscription = outer->observe([&](const Member&) { ++announced; });
+  outer->showInner = true;
+  EXPECT_EQ(outer->showInner.get(), before);
+  EXPECT_EQ(announced, 1);
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(ASheet, that_is_down_only_announces_when_it_is_set_to_false_again) {
+  int announced = 0;
+  const auto subscription = outer->observe([&](const Member&) { ++announced; });
+  outer->showInner = false;
+  EXPECT_EQ(announced, 1);
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(ASheet, announces_each_change_once_and_already_in_its_new_state) {
+  std::vector<bool> seen;
+  const auto subscription = outer->observe([&](const Member& member) {
+    EXPECT_EQ(member.name(), "showInner");
+    EXPECT_EQ(member.nested().size(), outer->showInner() ? 1U : 0U);
+    seen.push_back(outer->showInner());
+  });
+  outer->showInner = true;
+  outer->showInner = false;
+  EXPECT_THAT(seen, ElementsAre(true, false));
+}
+
+TEST_F(ASheet, is_announced_before_it_appears) {
+  const auto subscription = outer->observe([&](const Member&) { outer->note("announces"); });
+  outer->showInner = true;
+  EXPECT_THAT(news(), ElementsAre("inner made", "outer announces", "inner appears"));
+}
+
+TEST_F(ASheet, that_a_listener_takes_down_at_once_never_appears) {
+  const auto subscription = outer->observe([&](const Member&) {
+    if (outer->showInner()) {
+      outer->showInner = false;
+    }
+  });
+  outer->showInner = true;
+  EXPECT_THAT(news(), ElementsAre("inner made", "outer is back", "inner gone"));
+}
+
+TEST_F(ASheet, can_be_set_by_a_person) {
+  EXPECT_EQ(outer->showInner.kind(), Member::Kind::sheet);
+  EXPECT_TRUE(outer->showInner.isInput());
+  EXPECT_TRUE(outer->showInner.input(true));
+  EXPECT_TRUE(outer->showInner());
+  EXPECT_TRUE(outer->showInner.input(false));
+  EXPECT_FALSE(outer->showInner());
+}
+
+TEST_F(ASheet, refuses_an_input_that_is_no_bool) {
+  EXPECT_FALSE(outer->showInner.input("true"));
+  EXPECT_FALSE(outer->showInner.input(1));
+  EXPECT_FALSE(outer->showInner.input(Value()));
+  EXPECT_FALSE(outer->showInner());
+}
+
+TEST_F(ASheet, says_nothing_of_an_input_that_changes_nothing) {
+  int announced = 0;
+  const auto subscription = outer->observe([&](const Member&) { ++announced; });
+  EXPECT_TRUE(outer->showInner.input(false));
+  EXPECT_EQ(announced, 0);
+}
+
+TEST_F(ASheet, goes_when_its_screen_dismisses_itself) {
+  outer->showInner = true;
+  news();
+  outer->showInner->dismiss();
+  EXPECT_FALSE(outer->showInner());
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone", "outer is back"));
+}
+
+TEST_F(ASheet, outlives_the_action_by_which_it_dismissed_itself) {
+  outer->showInner = true;
+  news();
+  EXPECT_TRUE(outer->showInner->close());
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "outer is back", "inner still here", "inner gone"));
+}
+
+TEST_F(ASheet, outlives_the_input_by_which_it_dismissed_itself) {
+  outer->showInner = true;
+  auto& inner = *outer->showInner;
+  const auto reaction = inner.isDone.onChange([&inner] {
+    inner.dismiss();
+    inner.note("still here");
+  });
+  news();
+  EXPECT_TRUE(inner.isDone.input(true));
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "outer is back", "inner still here", "inner gone"));
+}
+
+TEST_F(ASheet, outlives_the_late_answer_by_which_it_dismissed_itself) {
+  outer->showInner = true;
+  auto& inner = *outer->showInner;
+  auto answer = inner.weakly([&inner] {
+    inner.dismiss();
+    inner.note("still here");
+  });
+  news();
+  answer();
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "outer is back", "inner still here", "inner gone"));
+  answer();
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(ASheet, that_dismisses_itself_twice_is_dismissed_once) {
+  outer->showInner = true;
+  const std::shared_ptr<ObservableObject> kept = outer->showInner.nested()[0].object;
+  auto& inner = *outer->showInner;
+  inner.dismiss();
+  inner.dismiss();
+  EXPECT_THAT(news(), ElementsAre("inner made", "inner appears", "inner disappears", "outer is back"));
+}
+
+TEST_F(ASheet, of_the_past_does_not_dismiss_its_successor) {
+  outer->showInner = true;
+  const auto kept = outer->showInner.nested()[0].object;
+  auto& former = *outer->showInner;
+  outer->showInner = false;
+  outer->showInner = true;
+  former.dismiss();
+  EXPECT_TRUE(outer->showInner());
+}
+
+TEST_F(ASheet, is_a_new_one_each_time) {
+  outer->showInner = true;
+  const auto kept = outer->showInner.nested()[0].object;
+  outer->showInner = false;
+  outer->showInner = true;
+  EXPECT_NE(outer->showInner.get(), kept.get());
+}
+
+TEST_F(ASheet, whose_presenter_has_gone_may_still_be_dismissed) {
+  outer->showInner = true;
+  const auto kept = std::static_pointer_cast<Inner>(outer->showInner.nested()[0].object);
+  outer.reset();
+  news();
+  kept->dismiss();
+  EXPECT_THAT(news(), IsEmpty());
+}
+
+TEST_F(ASheet, takes_the_sheets_over_it_with_it_the_innermost_first) {
+  Root root(diary);
+  root.showOuter = true;
+  root.showOuter->showInner = true;
+  news();
+  root.showOuter = false;
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone", "outer disappears", "outer gone",
+                                  "root is back"));
+}
+
+TEST_F(ASheet, takes_the_sheets_of_its_rows_with_it) {
+  Root root(diary);
+  root.showOuter = true;
+  auto row = std::make_shared<Row>(diary);
+  root.showOuter->rows.assign({{"1", row}});
+  row->showDetail = true;
+  news();
+  root.showOuter = false;
+  EXPECT_FALSE(row->showDetail());
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone", "outer disappears", "outer gone",
+                                  "root is back"));
+}
+
+TEST_F(ASheet, may_be_raised_again_by_what_follows_its_dismissal) {
+  Sheet<Inner>* sheet = nullptr;
+  int dismissals = 0;
+  Outer presenter(diary);
+  Sheet<Inner> again(
+      presenter, "again", [this] { return std::make_shared<Inner>(diary); },
+      [&] {
+        if (++dismissals == 1) {
+          *sheet = true;
+        }
+      });
+  sheet = &again;
+  again = true;
+  again = false;
+  EXPECT_TRUE(again());
+  EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(APresentedScreen, is_driven_by_its_owner_alone) {
+  EXPECT_FALSE(outer->content.isInput());
+  EXPECT_FALSE(outer->content.input(true));
+  EXPECT_TRUE(outer->content.value().isNil());
+  EXPECT_FALSE(outer->content);
+  outer->content.present(true);
+  EXPECT_TRUE(outer->content);
+  EXPECT_THAT(outer->content.nested(), SizeIs(1));
+  EXPECT_THAT(news(), ElementsAre("inner made", "inner appears"));
+  outer->content.present(false);
+  EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone"));
+}
+
+TEST_F(APresentedScreen, stays_the_same_when_it_is_presented_again) {
+  outer->content.present(true);
+  const auto* before = outer->content.get();
+  outer->content.present(true);
+  EXPECT_EQ(outer->content.get(), before);
+}
+
+TEST_F(APresentedScreen, may_dismiss_itself) {
+  outer->content.present(true);
+  outer->content->close();
+  EXPECT_FALSE(outer->content);
+}
+
+}  // namespace
+}  // namespace quillmar
