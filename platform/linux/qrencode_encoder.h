@@ -1,0 +1,16 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "platform/qr_encoder.h"
+
+namespace quillmar {
+
+// By libqrencode: the bytes as they are, in the smallest code that holds them.
+class QrencodeEncoder final : public QREncoder {
+ public:
+  std::optional<QRModules> encode(std::string_view bytes) const override;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/linux/qrencode_encoder.h"
+#include "platform/platform.h"
+#include "platform/simulated/simulated_tunnel.h"
+#include "tests/support/fake_biometrics.h"
+#include "tests/support/fake_clipboard.h"
+#include "tests/support/fake_device_info.h"
+#include "tests/support/fake_haptics.h"
+#include "tests/support/fake_window_style.h"
+#include "tests/support/memory_secure_items.h"
+#include "tests/support/memory_settings_store.h"
+#include "tests/support/recording_log.h"
+#include "tests/support/scripted_http_session.h"
+#include "tests/support/virtual_dispatch.h"
+
+namespace quillmar {
+
+// A machine of its own for one application: every port, in memory and virtual time.
+struct FakePlatform {
+  explicit FakePlatform(Date start = VirtualDispatch::defaultStart) : dispatch(start) {}
+  FakePlatform(const FakePlatform&) = delete;
+  FakePlatform& operator=(const FakePlatform&) = delete;
+  // What was still to run may hold on to the others, so it goes first.
+  ~FakePlatform() { dispatch.close(); }
+
+  VirtualDispatch dispatch;
+  MemorySettingsStore settings;
+  RecordingLog log;
+  ScriptedHttpSession http{dispatch};
+  SimulatedTunnel tunnel{dispatch};
+  MemorySecureItems secureItems;
+  FakeBiometrics biometrics{dispatch};
+  FakeDeviceInfo deviceInfo;
+  FakeClipboard clipboard;
+  FakeHaptics haptics;
+  FakeWindowStyle windowStyle;
+  QrencodeEncoder qrEncoder;
+
+  Platform ports() { return portsWith(http); }
+  // The same machine on another session, such as one with a real network.
+  Platform portsWith(HttpSession& session) {
+    return {settings,   session,    dispatch,  log,     tunnel,      secureItems,
+            biometrics, deviceInfo, clipboard, haptics, windowStyle, qrEncoder};
+  }
+};
+
+}  // namespace quillmar
