@@ -197,6 +197,11 @@ std::optional<Date> parseISO8601WithFraction(std::string_view text) {
 
 std::optional<Date> parseISO8601(std::string_view text) { return parse(text, Fraction::none); }
 
+std::optional<Date> parseTimestamp(std::string_view text) {
+  const auto date = parseISO8601WithFraction(text);
+  return date ? date : parseISO8601(text);
+}
+
 std::string formatISO8601(Date date) {
   const auto midnight = std::chrono::floor<std::chrono::days>(date);
   const std::chrono::year_month_day day(midnight);

@@ -13,6 +13,8 @@ namespace quillmar {
 // required.
 std::optional<Date> parseISO8601WithFraction(std::string_view text);
 std::optional<Date> parseISO8601(std::string_view text);
+// A time as the service writes it: either of the two forms.
+std::optional<Date> parseTimestamp(std::string_view text);
 // "2016-10-08T22:31:00Z".
 std::string formatISO8601(Date date);
 
