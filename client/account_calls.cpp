@@ -107,6 +107,12 @@ Result<AuthResponse> NetworkService::handleAuthentication(const Words& words, co
   return account;
 }
 
+void NetworkService::clearSession() {
+  for (const auto key : {authTokenKey, parentIdKey, parentEmailKey, parentNameKey}) {
+    settings_.remove(key);
+  }
+}
+
 void NetworkService::deleteAccount(const std::string& password, Completion<void> completion) {
   const auto root = baseURL();
   if (!root) {

@@ -33,11 +33,11 @@ void NetworkService::initEnrollment(const std::string& deviceId, const std::stri
                  });
 }
 
-void NetworkService::getEnrollmentStatus(const std::string& deviceId,
+bool NetworkService::getEnrollmentStatus(const std::string& deviceId,
                                          Completion<EnrollmentStatusResponse> completion) {
   auto request = makeRequest("GET", enrollmentRoot() + "/enrollment/status/" + deviceId);
   if (!request.ok()) {
-    return;
+    return false;
   }
   http_.dataTask(std::move(request).value(),
                  [completion = std::move(completion)](const DataTaskResult& result) {
@@ -45,6 +45,7 @@ void NetworkService::getEnrollmentStatus(const std::string& deviceId,
                    completion(answer.ok() ? judgeExactly200<EnrollmentStatusResponse>(answer.value())
                                           : Result<EnrollmentStatusResponse>(answer.error()));
                  });
+  return true;
 }
 
 void NetworkService::checkin(const std::string& deviceId, const std::string& deviceType,

@@ -32,6 +32,9 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   static constexpr std::string_view regionKey = "com.quillmar.region";
   static constexpr std::string_view apiURLKey = "com.quillmar.apiBaseURL";
   static constexpr std::string_view authTokenKey = "authToken";
+  static constexpr std::string_view parentIdKey = "parentId";
+  static constexpr std::string_view parentEmailKey = "parentEmail";
+  static constexpr std::string_view parentNameKey = "parentName";
 
   static std::shared_ptr<NetworkService> make(HttpSession& http, SettingsStore& settings, Log& log,
                                               Deployments deployments);
@@ -46,11 +49,14 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   void login(const LoginRequest& credentials, Completion<AuthResponse> completion);
   void deleteAccount(const std::string& password, Completion<void> completion);
   void refreshToken(Completion<AuthResponse> completion);
+  // Forgets the token and the account of this session.
+  void clearSession();
 
   // Enrollment and check-in.
   void initEnrollment(const std::string& deviceId, const std::string& deviceName,
                       const std::string& deviceType, Completion<InitEnrollmentResponse> completion);
-  void getEnrollmentStatus(const std::string& deviceId, Completion<EnrollmentStatusResponse> completion);
+  // False where nothing was sent, since the URL does not parse; the completion is never called then.
+  bool getEnrollmentStatus(const std::string& deviceId, Completion<EnrollmentStatusResponse> completion);
   void completeEnrollment(const std::string& enrollmentCode, const std::string& deviceName,
                           const std::optional<std::string>& childId, bool isRetry,
                           Completion<CompleteEnrollmentResponse> completion);

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string>
+
+#include "app/environment.h"
+#include "app/role_manager.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+class CountrySelectionView;
+
+// The card of one region.
+class RegionCard final : public ObservableObject {
+ public:
+  RegionCard(Region region, CountrySelectionView& screen);
+
+  Derived<Region> region{*this, "region", [this] { return region_; }};
+  Derived<bool> isSelected;
+  Text flag;
+  Text name;
+  // The press effect; gates nothing.
+  Input<bool> isPressed{*this, "isPressed", false};
+  Action<> action;
+
+ private:
+  const Region region_;
+};
+
+// The region that decides which deployment a parent's installation talks to. One is always selected, so that
+// going on is always possible; nothing is stored before.
+class CountrySelectionView final : public ScreenModel {
+ public:
+  explicit CountrySelectionView(Environment& environment);
+
+  Input<Region> selectedRegion{*this, "selectedRegion", Region::australia};
+  // Only a timer: nothing is detected and nothing depends on it.
+  Published<bool> isDetectingLocation{*this, "isDetectingLocation", true};
+  // The entry animation.
+  Published<double> contentOpacity{*this, "contentOpacity", 0.0};
+  Published<double> contentOffset{*this, "contentOffset", 30.0};
+
+  Text backTitle{*this, "backTitle", "Back"};
+  Text globeIcon{*this, "globeIcon", "globe"};
+  Text heading{*this, "heading", "Select Your Region"};
+  Text explanation{*this, "explanation", "Choose the region closest to you for the best performance"};
+  Text continueTitle{*this, "continueTitle", "Continue"};
+
+  Rows<RegionCard> regionCards{*this, "regionCards"};
+  Action<> goBack{*this, "goBack", [this] { roleManager_.pendingParentSelection = false; }};
+  Action<> confirmRegion{*this, "confirmRegion", [this] { confirm(); }};
+
+ private:
+  void onAppear() override;
+  void confirm();
+
+  RoleManager& roleManager_;
+  Dispatch& dispatch_;
+};
+
+}  // namespace quillmar

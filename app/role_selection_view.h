@@ -1,0 +1,71 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/country_selection_view.h"
+#include "app/environment.h"
+#include "app/role_manager.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+// The card of one role.
+class RoleCard final : public ObservableObject {
+ public:
+  struct Face {
+    DeviceRole role;
+    std::string_view icon;
+    std::string_view title;
+    std::string_view subtitle;
+    std::vector<std::string> gradientColors;  // names of semantic colours
+  };
+
+  RoleCard(Face face, std::function<void()> effect);
+
+  Derived<DeviceRole> role{*this, "role", [this] { return face_.role; }};
+  Derived<std::vector<std::string>> gradientColors{*this, "gradientColors",
+                                                   [this] { return face_.gradientColors; }};
+  Text icon;
+  Text title;
+  Text subtitle;
+  // The press effect; gates nothing.
+  Input<bool> isPressed{*this, "isPressed", false};
+  Action<> action;
+
+ private:
+  const Face face_;
+};
+
+// Who will use this device? Shown while the installation has no role; a parent goes on to the region.
+class RoleSelectionView final : public ScreenModel {
+ public:
+  explicit RoleSelectionView(Environment& environment);
+
+  // The entry animation.
+  Published<double> logoScale{*this, "logoScale", 0.8};
+  Published<double> logoOpacity{*this, "logoOpacity", 0.0};
+  Published<double> cardsOpacity{*this, "cardsOpacity", 0.0};
+  Published<double> cardsOffset{*this, "cardsOffset", 30.0};
+
+  Text logo{*this, "logo", "QuillmarLogo"};
+  Text welcome{*this, "welcome", "Welcome to Quillmar"};
+  Text tagline{*this, "tagline", "Family internet protection made simple"};
+  Text question{*this, "question", "Who will use this device?"};
+  Text noteIcon{*this, "noteIcon", "info.circle"};
+  Text note{*this, "note", "This choice is permanent. To change it, you'll need to reinstall the app."};
+
+  Rows<RoleCard> cards{*this, "cards"};
+  // In the place of the cards while a parent has yet to choose.
+  Presented<CountrySelectionView> countrySelection;
+
+ private:
+  void onAppear() override;
+  void choose(DeviceRole role);
+  void followSelection();
+
+  RoleManager& roleManager_;
+  Subscription pendingChange_;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "child/child_app_state.h"
+#include "child/vpn_dns_manager.h"
+#include "client/network_service.h"
+#include "foundation/observable.h"
+#include "platform/dispatch.h"
+
+namespace quillmar {
+
+// The heart of an enrolled child's device: reports to the service every minute and takes back a moved
+// endpoint, and compares the tunnel with what it should be every quarter of a minute and repairs it. The only
+// writer of `isDohConfigured` and `dohConfigWarning`. Its state appears to front ends as two derived values.
+class BackgroundService final : public ObservableObject {
+ public:
+  static constexpr std::chrono::seconds checkinInterval{60};
+  static constexpr std::chrono::seconds vpnStatusCheckInterval{15};
+
+  BackgroundService(Dispatch& dispatch, Log& log, std::shared_ptr<NetworkService> service,
+                    std::shared_ptr<VPNDNSManager> vpnManager);
+
+  // A configuration attempt was made and no action of the user has asked for a new one.
+  Published<bool> hasAttemptedDNSConfig{*this, "hasAttemptedDNSConfig", false};
+  Derived<bool> isCheckinTimerRunning{*this, "isCheckinTimerRunning",
+                                      [this] { return checkinTimer_ != nullptr; }};
+  Derived<bool> isVPNStatusTimerRunning{*this, "isVPNStatusTimerRunning",
+                                        [this] { return vpnStatusTimer_ != nullptr; }};
+
+  void start(const std::shared_ptr<ChildAppState>& childAppState);
+  void stop();
+  void performCheckin();
+  void checkVPNStatus();
+  void applyVPNDNSConfig();
+
+ private:
+  // The state while it lives and is enrolled; every step without it does nothing.
+  std::shared_ptr<ChildAppState> enrolledState() const;
+  void startCheckinTimer();
+  void startVPNStatusTimer();
+  void handleCheckinResult(const Result<CheckinResponse>& result);
+  void handleConfigResult(const std::optional<VPNDNSError>& error);
+  void evaluateVPNStatus();
+  void report(bool isDohConfigured, const std::string& warning);
+
+  Dispatch& dispatch_;
+  Log& log_;
+  const std::shared_ptr<NetworkService> service_;
+  const std::shared_ptr<VPNDNSManager> vpnManager_;
+  std::unique_ptr<Timer> checkinTimer_;
+  std::unique_ptr<Timer> vpnStatusTimer_;
+  std::weak_ptr<ChildAppState> childAppState_;
+};
+
+// The type that every child's device reports, whatever it is.
+inline constexpr std::string_view childDeviceType = "ios";
+
+}  // namespace quillmar

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "foundation/record.h"
+#include "platform/qr_encoder.h"
+
+namespace quillmar {
+
+// A text as a QR code, `size` points wide. The modules are drawn sharp, never smoothed; where the text makes
+// no code, the fallback symbol stands in its place.
+struct QRCodeView {
+  static constexpr const char* fallbackSymbol = "qrcode";
+
+  std::string data;
+  double size = 0;
+
+  std::optional<QRModules> modules(const QREncoder& encoder) const { return encoder.encode(data); }
+};
+
+template <>
+inline constexpr auto wire<QRCodeView> = record(required("data", &QRCodeView::data),
+                                                required("size", &QRCodeView::size));
+
+}  // namespace quillmar

@@ -1,0 +1,141 @@
+#include "identity/auth_state.h"
+
+#include <chrono>
+#include <ranges>
+#include <utility>
+#include <vector>
+
+#include "foundation/text.h"
+#include "platform/hop.h"
+
+namespace quillmar {
+namespace {
+
+constexpr auto tokenLife = std::chrono::hours(12);
+
+std::vector<std::string> wordsOf(const std::string& name) {
+  std::vector<std::string> words;
+  for (const auto piece : std::views::split(name, ' ')) {
+    if (!piece.empty()) {
+      words.emplace_back(piece.begin(), piece.end());
+    }
+  }
+  return words;
+}
+
+}  // namespace
+
+AuthState::AuthState(SettingsStore& settings, Dispatch& dispatch, Log& log,
+                     std::shared_ptr<NetworkService> service)
+    : ObservableObject("AuthState"),
+      settings_(settings),
+      dispatch_(dispatch),
+      log_(log),
+      service_(std::move(service)) {
+  loadState();
+}
+
+void AuthState::loadState() {
+  const auto token = settings_.string(settings::authToken);
+  if (!token || token->empty()) {
+    log_.print("[AuthState] loadState - no token found, isLoggedIn: false");
+    return;
+  }
+  isLoggedIn = true;
+  parentId = settings_.string(settings::parentId).value_or("");
+  email = settings_.string(settings::parentEmail).value_or("");
+  name = settings_.string(settings::parentName).value_or("");
+  familyId = settings_.string(settings::familyId).value_or("");
+  tokenSavedAt_ = settings_.date(tokenTimestampKey);
+  log_.print("[AuthState] loadState - token found, length: " + std::to_string(characterCount(*token)) +
+             ", isLoggedIn: true");
+  refreshTokenIfNeeded();
+}
+
+void AuthState::openSession(const std::string& newParentId, const std::string& newEmail,
+                            const std::string& newName) {
+  isLoggedIn = true;
+  parentId = newParentId;
+  email = newEmail;
+  name = newName;
+}
+
+void AuthState::storeSession(const std::string& token) {
+  settings_.set(settings::authToken, token);
+  settings_.set(settings::parentId, parentId());
+  settings_.set(settings::parentEmail, email());
+  settings_.set(settings::parentName, name());
+}
+
+void AuthState::saveLogin(const AuthResponse& response) {
+  openSession(response.parentId, response.email, response.name);
+  tokenSavedAt_ = dispatch_.now();
+  storeSession(response.token);
+  settings_.set(tokenTimestampKey, *tokenSavedAt_);
+  settings_.synchronize();
+  log_.print("[AuthState] saveLogin - token saved, length: " +
+             std::to_string(characterCount(response.token)));
+}
+
+void AuthState::login(const std::string& token, const std::string& newParentId, const std::string& newEmail,
+                      const std::string& newName) {
+  openSession(newParentId, newEmail, newName);
+  storeSession(token);
+  settings_.synchronize();
+  log_.print("[AuthState] login - token saved, length: " + std::to_string(characterCount(token)));
+}
+
+void AuthState::refreshTokenIfNeeded() {
+  if (!isLoggedIn()) {
+    return;
+  }
+  if (!tokenSavedAt_) {
+    log_.print("[AuthState] No token timestamp found, attempting refresh");
+    refresh();
+    return;
+  }
+  const Duration age = dispatch_.now() - *tokenSavedAt_;
+  const auto hours = std::to_string(std::chrono::duration_cast<std::chrono::hours>(age).count());
+  if (age > tokenLife) {
+    log_.print("[AuthState] Token is " + hours + " hours old, refreshing proactively");
+    refresh();
+  } else {
+    log_.print("[AuthState] Token is " + hours + " hours old, no refresh needed");
+  }
+}
+
+void AuthState::refresh() {
+  auto handle = [this, guard = lifeGuard(), &log = log_](const Result<AuthResponse>& refreshed) {
+    if (refreshed.ok()) {
+      log.print("[AuthState] Token refresh successful");
+      if (guard.alive()) {
+        saveLogin(refreshed.value());
+      }
+      return;
+    }
+    log.print("[AuthState] Token refresh failed: " + refreshed.error().localizedDescription());
+    if (refreshed.error() == NetworkError::unauthorized()) {
+      log.print("[AuthState] Token expired beyond grace period, user needs to re-login");
+    }
+  };
+  service_->refreshToken(hoppingToMain(dispatch_, std::move(handle)));
+}
+
+void AuthState::logout() {
+  isLoggedIn = false;
+  parentId = std::string();
+  email = std::string();
+  name = std::string();
+  familyId = std::string();
+  service_->clearSession();
+}
+
+std::string AuthState::computeInitials() const {
+  const auto words = wordsOf(name());
+  if (words.size() >= 2) {
+    return uppercased(firstCharacters(words[0], 1) + firstCharacters(words[1], 1));
+  }
+  return uppercased(firstCharacters(words.empty() ? email() : words[0], 2));
+}
+
+}  // namespace quillmar
