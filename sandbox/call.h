@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct Call {
   std::string query{};              // undecoded
   Json body = Json::object();
   Caller caller{};
+  // Gives the answer once the transaction is over, for what would hold up others within it.
+  std::function<Answer()> afterwards{};
 };
 
 using CallFunction = Answer (*)(Call&);

@@ -74,7 +74,7 @@ void readValue(Input& input, const char* key, Value& value) {
   }
 }
 
-Json shown(const std::optional<std::string>& value) { return value ? Json(*value) : Json{}; }
+Json shown(const std::optional<std::string>& value) { return orNull(value); }
 Json shown(milliseconds value) { return value.count(); }
 
 template <class Value>

@@ -113,11 +113,8 @@ std::optional<Answer> readBody(Call& call, Payload payload) {
   return std::nullopt;
 }
 
-Answer carryOut(const Route& route, const Request& request, Target target, World& world) {
-  Transaction transaction{world.database};
-  Call call{.request = request, .world = world, .database = world.database, .now = world.now()};
-  call.query = target.query;
-  call.path = captured(route, target);
+Answer carryOutWholly(const Route& route, Call& call) {
+  Transaction transaction{call.database};
   if (auto refused = judge(call, route.access)) return *refused;
   if (auto refused = readBody(call, route.payload)) return *refused;
   auto answer = route.call(call);
@@ -125,6 +122,14 @@ Answer carryOut(const Route& route, const Request& request, Target target, World
     return refusal(500, "The change could not be saved. Please try again.");
   }
   return answer;
+}
+
+Answer carryOut(const Route& route, const Request& request, Target target, World& world) {
+  Call call{.request = request, .world = world, .database = world.database, .now = world.now()};
+  call.query = target.query;
+  call.path = captured(route, target);
+  auto answer = carryOutWholly(route, call);
+  return call.afterwards && answer.status < 400 ? call.afterwards() : answer;
 }
 
 }  // namespace

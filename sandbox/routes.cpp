@@ -4,23 +4,71 @@
 namespace quillmar::sandbox {
 namespace {
 
-constexpr Route table[] = {
-    {"POST", "/api/v1/enrollment/init", Access::anyone, Payload::json, calls::initEnrollment},
-    {"GET", "/api/v1/enrollment/status/{}", Access::anyone, Payload::none, calls::enrollmentStatus},
-    {"POST", "/api/v1/enrollment/complete", Access::devices, Payload::json, calls::completeEnrollment},
-    {"POST", "/api/v1/enrollment/manual", Access::devices, Payload::json, calls::manualEnrollment},
-    {"POST", "/api/v1/device/checkin", Access::anyone, Payload::json, calls::checkin},
+using enum Access;
+using enum Payload;
 
-    {"POST", "/sandbox/approve", Access::anyone, Payload::json, calls::approve},
-    {"GET", "/sandbox/misbehaviour", Access::anyone, Payload::none, calls::showMisbehaviour},
-    {"POST", "/sandbox/misbehaviour", Access::anyone, Payload::json, calls::misbehave},
-    {"POST", "/sandbox/expire-tokens", Access::anyone, Payload::none, calls::expireTokens},
-    {"POST", "/sandbox/endpoint", Access::anyone, Payload::json, calls::moveEndpoint},
-    {"POST", "/sandbox/clock", Access::anyone, Payload::json, calls::advanceClock},
-    {"GET", "/sandbox/requests", Access::anyone, Payload::none, calls::showRequests},
-    {"DELETE", "/sandbox/requests", Access::anyone, Payload::none, calls::clearRequests},
-    {"POST", "/sandbox/reset", Access::anyone, Payload::none, calls::reset},
+// clang-format off
+constexpr Route table[] = {
+    {"POST",   "/api/v1/auth/register",                       anyone,    json, calls::registerAccount},
+    {"POST",   "/api/v1/auth/login",                          anyone,    json, calls::login},
+    {"POST",   "/api/v1/auth/refresh",                        refresher, none, calls::refreshToken},
+    {"DELETE", "/api/v1/auth/account",                        account,   json, calls::deleteAccount},
+
+    {"POST",   "/api/v1/enrollment/init",                     anyone,    json, calls::initEnrollment},
+    {"GET",    "/api/v1/enrollment/status/{}",                anyone,    none, calls::enrollmentStatus},
+    {"POST",   "/api/v1/enrollment/complete",                 devices,   json, calls::completeEnrollment},
+    {"POST",   "/api/v1/enrollment/manual",                   devices,   json, calls::manualEnrollment},
+    {"POST",   "/api/v1/device/checkin",                      anyone,    json, calls::checkin},
+
+    {"PUT",    "/api/v1/devices/{}",                          devices,   json, calls::updateDevice},
+    {"DELETE", "/api/v1/devices/{}",                          devices,   none, calls::deleteDevice},
+    {"GET",    "/api/v1/devices/{}/logs",                     member,    none, calls::deviceLogs},
+    {"GET",    "/api/v1/devices/{}/policy",                   member,    none, calls::showPolicy<Owner::device>},
+    {"PUT",    "/api/v1/devices/{}/policy",                   policies,  json, calls::updatePolicy<Owner::device>},
+    {"POST",   "/api/v1/devices/{}/policy/block",             policies,  json, calls::addToList<Owner::device, List::blocked>},
+    {"DELETE", "/api/v1/devices/{}/policy/block/{}",          policies,  none, calls::removeFromList<Owner::device, List::blocked>},
+    {"POST",   "/api/v1/devices/{}/policy/allow",             policies,  json, calls::addToList<Owner::device, List::allowed>},
+    {"DELETE", "/api/v1/devices/{}/policy/allow/{}",          policies,  none, calls::removeFromList<Owner::device, List::allowed>},
+
+    {"GET",    "/api/v1/children",                            member,    none, calls::listChildren},
+    {"POST",   "/api/v1/children",                            devices,   json, calls::createChild},
+    {"GET",    "/api/v1/children/{}",                         member,    none, calls::showChild},
+    {"PUT",    "/api/v1/children/{}",                         devices,   json, calls::updateChild},
+    {"DELETE", "/api/v1/children/{}",                         devices,   none, calls::deleteChild},
+    {"POST",   "/api/v1/children/{}/devices",                 devices,   json, calls::linkDevice},
+    {"DELETE", "/api/v1/children/{}/devices/{}",              devices,   none, calls::unlinkDevice},
+    {"PUT",    "/api/v1/children/{}/policy",                  policies,  json, calls::updatePolicy<Owner::child>},
+    {"POST",   "/api/v1/children/{}/policy/block",            policies,  json, calls::addToList<Owner::child, List::blocked>},
+    {"DELETE", "/api/v1/children/{}/policy/block/{}",         policies,  none, calls::removeFromList<Owner::child, List::blocked>},
+    {"POST",   "/api/v1/children/{}/policy/allow",            policies,  json, calls::addToList<Owner::child, List::allowed>},
+    {"DELETE", "/api/v1/children/{}/policy/allow/{}",         policies,  none, calls::removeFromList<Owner::child, List::allowed>},
+
+    {"GET",    "/api/v1/family",                              account,   none, calls::showFamily},
+    {"POST",   "/api/v1/family/invite",                       primary,   json, calls::createInvitation},
+    {"GET",    "/api/v1/family/invite/{}",                    anyone,    none, calls::validateInvitation},
+    {"DELETE", "/api/v1/family/invite/{}",                    primary,   none, calls::revokeInvitation},
+    {"POST",   "/api/v1/family/join",                         anyone,    json, calls::joinFamily},
+    {"PUT",    "/api/v1/family/members/{}",                   primary,   json, calls::updateMember},
+    {"DELETE", "/api/v1/family/members/{}",                   primary,   none, calls::removeMember},
+
+    {"GET",    "/api/v1/home-network",                        member,    none, calls::showHomeNetwork},
+    {"POST",   "/api/v1/home-network",                        devices,   json, calls::createHomeNetwork},
+    {"POST",   "/api/v1/home-network/update-ip",              devices,   json, calls::updateHomeNetworkAddress},
+
+    {"GET",    "/dns-query/{}",                               anyone,    none, calls::dnsByGet},
+    {"POST",   "/dns-query/{}",                               anyone,    none, calls::dnsByPost},
+
+    {"POST",   "/sandbox/approve",                            anyone,    json, calls::approve},
+    {"GET",    "/sandbox/misbehaviour",                       anyone,    none, calls::showMisbehaviour},
+    {"POST",   "/sandbox/misbehaviour",                       anyone,    json, calls::misbehave},
+    {"POST",   "/sandbox/expire-tokens",                      anyone,    none, calls::expireTokens},
+    {"POST",   "/sandbox/endpoint",                           anyone,    json, calls::moveEndpoint},
+    {"POST",   "/sandbox/clock",                              anyone,    json, calls::advanceClock},
+    {"GET",    "/sandbox/requests",                           anyone,    none, calls::showRequests},
+    {"DELETE", "/sandbox/requests",                           anyone,    none, calls::clearRequests},
+    {"POST",   "/sandbox/reset",                              anyone,    none, calls::reset},
 };
+// clang-format on
 
 }  // namespace
 

@@ -1,11 +1,16 @@
 #include "sandbox/service.h"
 
+#include <condition_variable>
 #include <cstdlib>
+#include <mutex>
+#include <random>
+#include <thread>
 
 #include "sandbox/http/server.h"
 #include "sandbox/json.h"
 #include "sandbox/recorder.h"
 #include "sandbox/router.h"
+#include "sandbox/traffic.h"
 #include "sandbox/world.h"
 
 namespace quillmar::sandbox {
@@ -35,6 +40,41 @@ class TemporaryDirectory {
 std::string address(std::string_view scheme, int port) {
   return std::string{scheme} + "127.0.0.1:" + std::to_string(port);
 }
+
+// Goes on browsing for the devices that are online, until it is destroyed.
+class TrafficThread {
+ public:
+  explicit TrafficThread(World& world) : world_{world}, thread_{[this] { run(); }} {}
+  ~TrafficThread() {
+    {
+      const std::scoped_lock lock{mutex_};
+      ending_ = true;
+    }
+    ended_.notify_all();
+    thread_.join();
+  }
+  TrafficThread(const TrafficThread&) = delete;
+  TrafficThread& operator=(const TrafficThread&) = delete;
+
+ private:
+  static constexpr std::chrono::seconds pause{2};
+
+  void run() {
+    Dice dice{std::random_device{}()};
+    std::unique_lock lock{mutex_};
+    while (!ended_.wait_for(lock, pause, [this] { return ending_; })) {
+      Transaction transaction{world_.database};
+      browse(world_.database, world_.now(), dice);
+      static_cast<void>(transaction.commit());  // what couldn't be written is no loss
+    }
+  }
+
+  World& world_;
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool ending_ = false;
+  std::thread thread_;
+};
 
 bool steers(const Request& request) { return request.target.starts_with("/sandbox/"); }
 
@@ -98,6 +138,7 @@ class Service::Implementation {
     world_->hold = [this](bool holding) { server_->hold(holding); };
     if (auto failure = plantIfNew()) return failure;
     server_->open([this](const Request& request) { return handle(request); });
+    if (options.traffic) traffic_.emplace(*world_);
     return std::nullopt;
   }
 
@@ -115,6 +156,7 @@ class Service::Implementation {
   Recorder recorder_;
   std::unique_ptr<World> world_;
   std::unique_ptr<HttpServer> server_;
+  std::optional<TrafficThread> traffic_;
 };
 
 Service::Service(std::unique_ptr<Implementation> implementation)

@@ -50,7 +50,9 @@ inline constexpr std::chrono::minutes onlineFor{3};  // after a device was last 
 inline constexpr std::chrono::minutes enrollmentLifetime{10};
 inline constexpr std::chrono::hours invitationLifetime{24};
 inline constexpr std::chrono::hours tokenLifetime{24};
-inline constexpr std::chrono::hours tokenGrace{7 * 24};      // in which a token is still good for a refresh
+inline constexpr std::chrono::hours tokenGrace{7 * 24};  // in which a token is still good for a refresh
+// Every caller comes from this machine; this stands for the public address that its home would have.
+inline constexpr std::string_view publicAddress = "203.0.113.24";
 inline constexpr std::string_view dnsServer = "192.0.2.53";  // what consoles and TVs are told to use
 
 }  // namespace quillmar::sandbox

@@ -1,15 +1,60 @@
 #pragma once
 
 #include "sandbox/call.h"
+#include "sandbox/store/policies.h"
 
 // The calls of the service, as the route table names them.
 namespace quillmar::sandbox::calls {
+
+Answer registerAccount(Call& call);
+Answer login(Call& call);
+Answer refreshToken(Call& call);
+Answer deleteAccount(Call& call);
 
 Answer initEnrollment(Call& call);
 Answer enrollmentStatus(Call& call);
 Answer completeEnrollment(Call& call);
 Answer manualEnrollment(Call& call);
 Answer checkin(Call& call);
+
+Answer deleteDevice(Call& call);
+Answer updateDevice(Call& call);
+Answer deviceLogs(Call& call);
+
+Answer listChildren(Call& call);
+Answer createChild(Call& call);
+Answer showChild(Call& call);
+Answer updateChild(Call& call);
+Answer deleteChild(Call& call);
+Answer linkDevice(Call& call);
+Answer unlinkDevice(Call& call);
+
+// The policies of devices and of children take the same calls. Changes of a device's lists are answered with
+// nothing, those of a child's with the policy.
+template <Owner owner>
+Answer showPolicy(Call& call);
+template <Owner owner>
+Answer updatePolicy(Call& call);
+template <Owner owner, List list>
+Answer addToList(Call& call);
+template <Owner owner, List list>
+Answer removeFromList(Call& call);
+
+Answer showFamily(Call& call);
+Answer createInvitation(Call& call);
+Answer revokeInvitation(Call& call);
+Answer validateInvitation(Call& call);
+Answer joinFamily(Call& call);
+Answer updateMember(Call& call);
+Answer removeMember(Call& call);
+
+Answer showHomeNetwork(Call& call);
+Answer createHomeNetwork(Call& call);
+Answer updateHomeNetworkAddress(Call& call);
+
+// DNS over HTTPS for one device.
+Answer dnsByGet(Call& call);
+Answer dnsByPost(Call& call);
 
 // What steers the service itself.
 Answer approve(Call& call);

@@ -1,10 +1,20 @@
 #include "sandbox/calls/common.h"
 
+#include <algorithm>
+
 #include "sandbox/records.h"
+#include "sandbox/secrets.h"
 #include "sandbox/store/families.h"
 
 namespace quillmar::sandbox::calls {
 namespace {
+
+constexpr std::size_t shortestPassword = 6;
+
+// In characters of UTF-8.
+std::size_t lengthOf(std::string_view text) {
+  return std::size_t(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
 
 // A device of whatever family, or of this one only; ?3 and ?4 are the arguments of the condition.
 template <class... Arguments>
@@ -47,6 +57,36 @@ std::string dohEndpoint(Call& call, std::string_view deviceId) {
   return found.empty() ? std::string{} : found[0].at("doh_endpoint").get<std::string>();
 }
 
-bool isFilled(std::string_view text) { return text.find_first_not_of(" \t\r\n") != std::string_view::npos; }
+void requireAccountFields(Input& input, std::string_view email, std::string_view password,
+                          std::string_view name) {
+  const auto at = email.find('@');
+  const bool plausible = at != std::string_view::npos && at > 0 && at + 1 < email.size() &&
+                         email.size() <= 254 && email.find_first_of(" \t\r\n") == std::string_view::npos;
+  input.require(isFilled(name), "Please enter your name.");
+  input.require(plausible, "This is not an e-mail address.");
+  input.require(lengthOf(password) >= shortestPassword, "The password has to have at least 6 characters.");
+}
+
+bool emailIsTaken(Call& call, std::string_view email) {
+  return call.database.any("SELECT 1 FROM accounts WHERE email = ?", email);
+}
+
+std::string issueToken(Call& call, std::string_view parentId) {
+  call.database.run("DELETE FROM tokens WHERE parent_id = ? AND expires_at <= ?", parentId,
+                    call.now - tokenGrace);
+  auto token = newToken();
+  call.database.run("INSERT INTO tokens(hash, parent_id, expires_at) VALUES (?, ?, ?)", fingerprint(token),
+                    parentId, call.now + tokenLifetime);
+  return token;
+}
+
+void handOver(Call& call, std::string_view parentId) {
+  for (const std::string table : {"devices", "home_networks"}) {
+    call.database.run("UPDATE " + table +
+                          " SET parent_id = (SELECT primary_parent_id FROM families WHERE id = ?1) "
+                          "WHERE family_id = ?1 AND parent_id = ?2",
+                      call.caller.familyId, parentId);
+  }
+}
 
 }  // namespace quillmar::sandbox::calls

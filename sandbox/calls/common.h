@@ -4,6 +4,8 @@
 #include <string>
 
 #include "sandbox/call.h"
+#include "sandbox/input.h"
+#include "sandbox/text.h"
 
 // What several groups of calls need.
 namespace quillmar::sandbox::calls {
@@ -19,7 +21,15 @@ namespace quillmar::sandbox::calls {
 
 [[nodiscard]] std::string dohEndpoint(Call& call, std::string_view deviceId);
 
-// True for a text that holds anything but blanks.
-[[nodiscard]] bool isFilled(std::string_view text);
+// The rules for whoever opens an account.
+void requireAccountFields(Input& input, std::string_view email, std::string_view password,
+                          std::string_view name);
+[[nodiscard]] bool emailIsTaken(Call& call, std::string_view email);
+
+// A new token for this parent.
+[[nodiscard]] std::string issueToken(Call& call, std::string_view parentId);
+
+// What this member brought into the caller's family becomes the primary parent's.
+void handOver(Call& call, std::string_view parentId);
 
 }  // namespace quillmar::sandbox::calls

@@ -20,12 +20,6 @@ struct Pending {
   Time expiresAt;
 };
 
-std::string upperCase(std::string text) {
-  std::ranges::transform(text, text.begin(),
-                         [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
-  return text;
-}
-
 template <class Column>
 std::optional<Pending> findPending(Call& call, const Column& column, std::string_view value) {
   return call.database.first(

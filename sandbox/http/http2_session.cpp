@@ -6,6 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include "sandbox/text.h"
+
 namespace quillmar::sandbox {
 namespace {
 
@@ -23,12 +25,6 @@ nghttp2_nv field(std::string_view name, std::string_view value) {
     return reinterpret_cast<uint8_t*>(const_cast<char*>(t.data()));
   };
   return {bytes(name), bytes(value), name.size(), value.size(), NGHTTP2_NV_FLAG_NONE};
-}
-
-std::string lowerCase(std::string text) {
-  std::ranges::transform(text, text.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-  return text;
 }
 
 std::size_t sizeOf(const Headers& headers) {

@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <array>
+
+#include "sandbox/calls/calls.h"
+#include "sandbox/calls/common.h"
+#include "sandbox/calls/invitations.h"
+#include "sandbox/input.h"
+#include "sandbox/secrets.h"
+#include "sandbox/store/families.h"
+
+namespace quillmar::sandbox::calls {
+namespace {
+
+constexpr std::array regions{"australia", "newzealand", "singapore"};
+
+bool isRegion(std::string_view text) { return std::ranges::find(regions, text) != regions.end(); }
+
+Answer refusalOfTakenEmail() { return refusal(409, "There is an account with this e-mail address already."); }
+
+// The answer to whoever has proved to be this parent: its account and a new token.
+Answer signedIn(Call& call, int status, std::string_view parentId) {
+  const auto token = issueToken(call, parentId);
+  const auto body = call.database.first(
+      "SELECT id, email, phone, name, region FROM accounts WHERE id = ?",
+      [&](Row row) {
+        return Json{{"token", token},
+                    {"parent_id", row.text(0)},
+                    {"email", row.text(1)},
+                    {"phone", orNull(row.optionalText(2))},
+                    {"name", row.text(3)},
+                    {"region", orNull(row.optionalText(4))},
+                    {"doh_server_id", "sandbox"},
+                    {"doh_base_url", call.world.addresses.dohBase()}};
+      },
+      parentId);
+  return body ? json(status, *body) : refusal(401, "This account does not exist any more.");
+}
+
+}  // namespace
+
+Answer registerAccount(Call& call) {
+  Input input{call.body};
+  const auto email = input.text("email");
+  const auto password = input.text("password");
+  const auto phone = input.text("phone");
+  const auto name = input.text("name");
+  const auto region = input.optionalText("region");
+  requireAccountFields(input, email, password, name);
+  input.require(isFilled(phone), "Please enter your phone number.");
+  input.require(!region || isRegion(*region), "This region is not known.");
+  if (auto refused = input.refusal()) return *refused;
+  if (emailIsTaken(call, email)) return refusalOfTakenEmail();
+
+  const auto parentId = addAccount(
+      call.database, {.email = email, .password = password, .name = name, .phone = phone, .region = region},
+      call.now);
+  addFamily(call.database, parentId, call.now);
+  return signedIn(call, 201, parentId);
+}
+
+Answer login(Call& call) {
+  Input input{call.body};
+  const auto email = input.text("email");
+  const auto password = input.text("password");
+  if (auto refused = input.refusal()) return *refused;
+
+  struct Known {
+    std::string id;
+    std::string passwordHash;
+  };
+  const auto known = call.database.first(
+      "SELECT id, password_hash FROM accounts WHERE email = ?",
+      [](Row row) {
+        return Known{row.text(0), row.text(1)};
+      },
+      email);
+  if (!known || !passwordFits(password, known->passwordHash)) {
+    return refusal(401, "The e-mail address or the password is not right.");
+  }
+  return signedIn(call, 200, known->id);
+}
+
+// The old token stays good for what is left of its life: requests under way with it are not to fail.
+Answer refreshToken(Call& call) {
+  if (call.world.saboteur.present().refuseRefresh)
+    return refusal(401, "Your session has ended. Please log in again.");
+  return signedIn(call, 200, call.caller.parentId);
+}
+
+Answer deleteAccount(Call& call) {
+  Input input{call.body};
+  const auto password = input.text("password");
+  if (auto refused = input.refusal()) return *refused;
+
+  const auto hash = call.database.first(
+      "SELECT password_hash FROM accounts WHERE id = ?", [](Row row) { return row.text(0); },
+      call.caller.parentId);
+  if (!hash || !passwordFits(password, *hash)) return refusal(401, "The password is not right.");
+  if (!call.caller.primary) handOver(call, call.caller.parentId);
+  call.database.run("DELETE FROM accounts WHERE id = ?", call.caller.parentId);
+  return nothing();
+}
+
+Answer joinFamily(Call& call) {
+  Input input{call.body};
+  const auto code = upperCase(input.text("invite_code"));
+  const auto email = input.text("email");
+  const auto password = input.text("password");
+  const auto name = input.text("display_name");
+  requireAccountFields(input, email, password, name);
+  if (auto refused = input.refusal()) return *refused;
+
+  const auto invitation = findInvitation(call, code);
+  if (!invitation) return refusal(404, "There is no invitation with this code.");
+  if (const auto fault = faultOf(*invitation, call.now)) return refusal(422, *fault);
+  if (emailIsTaken(call, email)) return refusalOfTakenEmail();
+
+  const auto parentId =
+      addAccount(call.database, {.email = email, .password = password, .name = name}, call.now);
+  addMember(call.database,
+            {.familyId = invitation->familyId,
+             .parentId = parentId,
+             .displayName = name,
+             .invitedBy = invitation->invitedBy},
+            call.now);
+  call.database.run("UPDATE invitations SET status = 'accepted' WHERE id = ?", invitation->id);
+  return json(201, {{"message", "Welcome to " + invitation->familyName + "."},
+                    {"token", issueToken(call, parentId)},
+                    {"parent_id", parentId},
+                    {"family_id", invitation->familyId},
+                    {"family_name", invitation->familyName},
+                    {"role", "member"}});
+}
+
+}  // namespace quillmar::sandbox::calls
