@@ -5,6 +5,7 @@
 #include <string_view>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 namespace quillmar {
 
@@ -42,6 +43,12 @@ constexpr Field<R, T> optional(std::string_view key, T R::*member) {
 template <class R, class T, class Default>
 constexpr Field<R, T, Default> orElse(std::string_view key, T R::*member, Default fallback) {
   return {key, member, Presence::orElse, fallback};
+}
+
+// Absent and null give the empty list; always written.
+template <class R, class T>
+constexpr Field<R, std::vector<T>> orEmpty(std::string_view key, std::vector<T> R::*member) {
+  return {key, member, Presence::orElse};
 }
 
 template <class... Fields>
