@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "platform/linux/asio_dispatch.h"
+#include "tests/support/contracts/dispatch_contract.h"
+#include "tests/support/virtual_dispatch.h"
+
+namespace quillmar {
+namespace {
+
+class VirtualHarness final : public DispatchHarness {
+ public:
+  Dispatch& dispatch() override { return dispatch_; }
+  bool runUntil(const std::function<bool()>& done) override {
+    while (true) {
+      dispatch_.settle();
+      if (done()) {
+        return true;
+      }
+      if (dispatch_.nextDue() == Date::max() && !dispatch_.waitForWork()) {
+        return false;
+      }
+      dispatch_.jump(std::max(dispatch_.nextDue() - dispatch_.now(), Duration::zero()));
+    }
+  }
+  void stall(Duration duration) override { dispatch_.jump(duration); }
+
+ private:
+  VirtualDispatch dispatch_;
+};
+
+class AsioHarness final : public DispatchHarness {
+ public:
+  Dispatch& dispatch() override { return dispatch_; }
+  bool runUntil(const std::function<bool()>& done) override {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!done()) {
+      if (!dispatch_.runOne(deadline)) {
+        return false;
+      }
+    }
+    return true;
+  }
+  void stall(Duration duration) override {
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (std::chrono::steady_clock::now() < end) {
+    }
+  }
+
+ private:
+  AsioDispatch dispatch_;
+};
+
+template <class Harness>
+std::unique_ptr<DispatchHarness> make() {
+  return std::make_unique<Harness>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Virtual, DispatchContract, testing::Values(make<VirtualHarness>));
+INSTANTIATE_TEST_SUITE_P(Asio, DispatchContract, testing::Values(make<AsioHarness>));
+
+TEST(AsioDispatch, runs_until_it_is_stopped_and_can_be_run_again) {
+  AsioDispatch dispatch;
+  int runs = 0;
+  for (int i = 1; i <= 2; ++i) {
+    std::thread([&] {
+      dispatch.main().async([&] {
+        ++runs;
+        dispatch.stop();
+      });
+    }).join();
+    dispatch.run();
+    EXPECT_EQ(runs, i);
+  }
+}
+
+TEST(AsioDispatch, what_is_left_when_it_stops_stays_in_the_queue) {
+  AsioDispatch dispatch;
+  bool ran = false;
+  dispatch.main().async([&] { dispatch.stop(); });
+  dispatch.main().async([&] { ran = true; });
+  dispatch.run();
+  EXPECT_FALSE(ran);
+  dispatch.main().async([&] { dispatch.stop(); });
+  dispatch.run();
+  EXPECT_TRUE(ran);
+}
+
+TEST(AsioDispatch, goes_without_running_what_is_still_waiting) {
+  const auto held = std::make_shared<int>(0);
+  bool ran = false;
+  {
+    AsioDispatch dispatch;
+    const auto note = [held, &ran] { ran = true; };
+    dispatch.main().async(note);
+    dispatch.main().asyncAfter(std::chrono::hours(1), note);
+    dispatch.global(QualityOfService::background).asyncAfter(std::chrono::hours(1), note);
+    dispatch.makeSerialQueue("test")->asyncAfter(std::chrono::hours(1), note);
+  }
+  EXPECT_FALSE(ran);
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+}  // namespace
+}  // namespace quillmar
