@@ -136,6 +136,12 @@ std::string utf8(const icu::UnicodeString& text) {
   return text.toUTF8String(result);
 }
 
+// ICU's factories do not bear a bogus locale.
+icu::Locale localeNamed(const std::string& name) {
+  const icu::Locale locale(name.c_str());
+  return locale.isBogus() ? icu::Locale::getRoot() : locale;
+}
+
 std::string written(Date date, const std::unique_ptr<icu::DateFormat>& format) {
   icu::UnicodeString text;
   return format ? utf8(format->format(icuDate(date), text)) : formatISO8601(date);
@@ -214,7 +220,7 @@ std::string formatISO8601(Date date) {
 // Prepared once: making a format reads tables. Their const use is safe on any thread.
 struct DateStyles::Formats {
   Formats(const std::string& localeName, const std::string& zoneName)
-      : locale(localeName.c_str()),
+      : locale(localeNamed(localeName)),
         zone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(zoneName))),
         date(icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, locale)),
         time(icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale)),

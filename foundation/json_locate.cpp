@@ -1,12 +1,31 @@
 #include "foundation/json_locate.h"
 
-#include <algorithm>
+#include <simdjson.h>
+
+#include <bit>
+#include <charconv>
+#include <optional>
 #include <string>
+
+#include "foundation/ascii.h"
+#include "foundation/text.h"
 
 namespace quillmar {
 namespace {
 
 constexpr int maximumDepth = 1024;
+
+// What a valid string of a document stands for.
+std::string unescaped(std::string_view quoted) {
+  simdjson::dom::parser parser;
+  std::string_view content;
+  return parser.parse(simdjson::padded_string(quoted)).get(content) == simdjson::SUCCESS
+             ? std::string(content)
+             : std::string();
+}
+
+bool isHighSurrogate(int unit) { return unit >= 0xD800 && unit < 0xDC00; }
+bool isLowSurrogate(int unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
 // A recursive descent over the grammar that only moves a position. Stops at the first byte that does not fit.
 class Walker {
@@ -91,13 +110,58 @@ class Walker {
   bool skipString() {
     ++position_;
     while (!atEnd() && text_[position_] != '"') {
-      if (static_cast<unsigned char>(text_[position_]) < 0x20) {
+      if (!skipCharacter()) {
         return false;
       }
-      position_ += text_[position_] == '\\' ? 2 : 1;
-      position_ = std::min(position_, text_.size());
     }
     return skipWord("\"");
+  }
+
+  bool skipCharacter() {
+    const auto byte = static_cast<unsigned char>(text_[position_]);
+    if (byte == '\\') {
+      return skipEscape();
+    }
+    // The leading ones of the first byte count the bytes of a character; a byte below 0x80 has none.
+    const auto length = byte < 0x80 ? 1U : static_cast<unsigned>(std::countl_one(byte));
+    const bool valid = byte >= 0x20 && isValidUtf8(text_.substr(position_, length));
+    position_ += valid ? length : 0;
+    return valid;
+  }
+
+  bool skipEscape() {
+    const std::size_t start = position_;
+    ++position_;
+    if (skipAny("\"\\/bfnrt")) {
+      return true;
+    }
+    const auto unit = skipUnit();
+    if (!unit) {
+      return false;
+    }
+    bool whole = !isLowSurrogate(*unit);
+    if (isHighSurrogate(*unit)) {
+      const auto next = skipAny("\\") ? skipUnit() : std::nullopt;
+      whole = next && isLowSurrogate(*next);
+    }
+    position_ = whole ? position_ : start;
+    return whole;
+  }
+
+  // "uXXXX".
+  std::optional<int> skipUnit() {
+    if (!skipAny("u")) {
+      return std::nullopt;
+    }
+    const char* const digits = text_.data() + position_;
+    for (int i = 0; i < 4; ++i, ++position_) {
+      if (atEnd() || !isHexDigit(text_[position_])) {
+        return std::nullopt;
+      }
+    }
+    int unit = 0;
+    std::from_chars(digits, digits + 4, unit, 16);
+    return unit;
   }
 
   bool skipDigits() {
@@ -135,17 +199,18 @@ class Walker {
   }
 
   bool enterKey(std::string_view key) {
-    const std::string quoted = '"' + std::string(key) + '"';
     if (!skipOne('{')) {
       return false;
     }
     do {
       skipBlanks();
       const std::size_t start = position_;
-      if (!skipKey()) {
+      if (atEnd() || text_[position_] != '"' || !skipString()) {
         return false;
       }
-      if (text_.substr(start, quoted.size()) == quoted) {
+      const auto quoted = text_.substr(start, position_ - start);
+      skipOne(':');
+      if (unescaped(quoted) == key) {
         skipBlanks();
         return true;
       }

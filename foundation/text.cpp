@@ -158,14 +158,18 @@ std::vector<std::string> characters(std::string_view text) {
 }
 
 std::string uppercased(std::string_view text) {
+  std::string storage;
+  const auto valid = piece(validated(text, storage));
   return mapped([&](icu::ByteSink& sink, UErrorCode& status) {
-    icu::CaseMap::utf8ToUpper("", 0, piece(text), sink, nullptr, status);
+    icu::CaseMap::utf8ToUpper("", 0, valid, sink, nullptr, status);
   });
 }
 
 std::string lowercased(std::string_view text) {
+  std::string storage;
+  const auto valid = piece(validated(text, storage));
   return mapped([&](icu::ByteSink& sink, UErrorCode& status) {
-    icu::CaseMap::utf8ToLower("", 0, piece(text), sink, nullptr, status);
+    icu::CaseMap::utf8ToLower("", 0, valid, sink, nullptr, status);
   });
 }
 
