@@ -1,0 +1,449 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/file_descriptor.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "tests/platform/steerable_vfs.h"
+#include "tests/support/contracts/settings_store_contract.h"
+#include "tests/support/memory_settings_store.h"
+#include "tests/support/recording_log.h"
+#include "tests/support/temporary_directory.h"
+
+namespace quillmar {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
+
+class MemoryHarness final : public SettingsStoreHarness {
+ public:
+  SettingsStore& store() override { return store_; }
+
+ private:
+  MemorySettingsStore store_;
+};
+
+class SqliteHarness final : public SettingsStoreHarness {
+ public:
+  SettingsStore& store() override { return store_; }
+
+ private:
+  TemporaryDirectory directory_;
+  RecordingLog log_;
+  SqliteSettingsStore store_{directory_.path(), log_};
+};
+
+// A store without a disk keeps the same promises for as long as it lives.
+class DisklessHarness final : public SettingsStoreHarness {
+ public:
+  SettingsStore& store() override { return store_; }
+
+ private:
+  RecordingLog log_;
+  SqliteSettingsStore store_{"/dev/null/quillmar", log_};
+};
+
+template <class Harness>
+std::unique_ptr<SettingsStoreHarness> make() {
+  return std::make_unique<Harness>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Memory, SettingsStoreContract, testing::Values(make<MemoryHarness>));
+INSTANTIATE_TEST_SUITE_P(Sqlite, SettingsStoreContract, testing::Values(make<SqliteHarness>));
+INSTANTIATE_TEST_SUITE_P(Diskless, SettingsStoreContract, testing::Values(make<DisklessHarness>));
+
+// Another process, running `work` until it returns or is killed.
+class Child {
+ public:
+  explicit Child(const std::function<void()>& work) : pid_(fork()) {
+    if (pid_ == 0) {
+      work();
+      _exit(0);
+    }
+  }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+  ~Child() { wait(); }
+
+  void kill() const { ::kill(pid_, SIGKILL); }
+  // Its exit status, or nothing when a signal ended it.
+  std::optional<int> wait() {
+    if (pid_ > 0) {
+      waitpid(pid_, &status_, 0);
+      pid_ = -1;
+    }
+    return WIFEXITED(status_) ? std::optional(WEXITSTATUS(status_)) : std::nullopt;
+  }
+
+ private:
+  pid_t pid_;
+  int status_ = 0;
+};
+
+class SqliteSettingsStoreTest : public testing::Test {
+ protected:
+  fs::path file(std::string_view suffix = "") const {
+    return directory.path() / std::string(SqliteSettingsStore::fileName).append(suffix);
+  }
+  SqliteSettingsStore open() { return {directory.path(), log}; }
+  std::vector<std::string> filesSetAside() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(directory.path())) {
+      if (entry.path().filename().string().starts_with("settings.db.damaged-")) {
+        names.push_back(entry.path().filename().string());
+      }
+    }
+    std::ranges::sort(names);
+    return names;
+  }
+  void fill() { open().set("key", std::string("value")); }
+  void overwrite(std::streamoff at, const std::string& bytes) const {
+    std::fstream stream(file(), std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(at);
+    stream << bytes;
+  }
+  static std::string contents(const fs::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  void expectSetAside(const std::string& damaged) {
+    SqliteSettingsStore store(directory.path(), log);
+    EXPECT_THAT(store.all(), IsEmpty());
+    EXPECT_THAT(log.printed(), ElementsAre(AllOf(StartsWith("[SettingsStore] "), HasSubstr("damaged-20"))));
+    ASSERT_THAT(filesSetAside(), Not(IsEmpty()));
+    EXPECT_EQ(contents(directory.path() / filesSetAside()[0]), damaged);
+    store.set("fresh", true);
+    SqliteSettingsStore again(directory.path(), log);
+    EXPECT_TRUE(again.boolean("fresh"));
+    EXPECT_THAT(log.printed(), SizeIs(1));
+  }
+
+  TemporaryDirectory directory;
+  RecordingLog log;
+};
+
+TEST_F(SqliteSettingsStoreTest, values_of_every_type_are_there_again_when_it_is_reopened) {
+  using namespace std::string_literals;
+  const std::map<std::string, SettingValue> values = {
+      {"bool", true},   {"date", Date{Duration{1475965860123}}},
+      {"empty", ""s},   {"int", std::int64_t{-7}},
+      {"nul", "a\0b"s}, {"text", "zwölf"s}};
+  {
+    SqliteSettingsStore store(directory.path(), log);
+    for (const auto& [key, value] : values) {
+      store.set(key, value);
+    }
+    store.set("removed", true);
+    store.remove("removed");
+  }
+  EXPECT_EQ(open().all(), values);
+  EXPECT_THAT(log.printed(), IsEmpty());
+}
+
+TEST_F(SqliteSettingsStoreTest, only_its_user_may_read_the_files) {
+  const fs::path made = directory.path() / "made" / "deeper";
+  const mode_t before = umask(0);
+  {
+    SqliteSettingsStore store(made, log);
+    store.set("key", true);
+    struct stat found {};
+    ASSERT_EQ(stat(made.c_str(), &found), 0);
+    EXPECT_EQ(found.st_mode & 0777U, 0700U);
+    for (const char* name : {"settings.db", "settings.db-wal", "settings.db-shm"}) {
+      ASSERT_EQ(stat((made / name).c_str(), &found), 0) << name;
+      EXPECT_EQ(found.st_mode & 0777U, 0600U) << name;
+    }
+  }
+  umask(before);
+}
+
+TEST_F(SqliteSettingsStoreTest, a_file_that_others_could_read_is_made_private) {
+  fill();
+  ASSERT_EQ(chmod(file().c_str(), 0644), 0);
+  SqliteSettingsStore store(directory.path(), log);
+  struct stat found {};
+  ASSERT_EQ(stat(file().c_str(), &found), 0);
+  EXPECT_EQ(found.st_mode & 0777U, 0600U);
+}
+
+TEST_F(SqliteSettingsStoreTest, a_saved_setting_costs_no_sync_and_synchronizing_one) {
+  const SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  const int opened = disk.syncs();
+  store.set("authToken", std::string("token"));
+  store.set("authTokenTimestamp", Date{Duration{1}});
+  store.remove("authToken");
+  EXPECT_EQ(disk.syncs(), opened);
+  EXPECT_GT(disk.writes(), 0);
+  store.synchronize();
+  EXPECT_EQ(disk.syncs(), opened + 1);
+}
+
+TEST_F(SqliteSettingsStoreTest, many_saved_settings_cost_less_than_a_sync_each) {
+  const SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  const int opened = disk.syncs();
+  constexpr int writes = 3000;
+  for (int i = 0; i < writes; ++i) {
+    store.set("key", std::int64_t{i});
+  }
+  EXPECT_LT(disk.syncs() - opened, writes / 10);
+  EXPECT_LT(fs::file_size(file("-wal")), 8U * 1024 * 1024);
+}
+
+TEST_F(SqliteSettingsStoreTest, reading_and_writing_the_same_value_again_touch_no_disk) {
+  const SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("key", std::string("value"));
+  const int written = disk.writes();
+  store.set("key", std::string("value"));
+  store.remove("other");
+  EXPECT_EQ(store.string("key"), "value");
+  EXPECT_EQ(disk.writes(), written);
+}
+
+TEST_F(SqliteSettingsStoreTest, a_write_survives_a_kill_once_it_has_returned) {
+  fill();
+  for (const int lines : {1, 7, 40, 200}) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    FileDescriptor input(ends[0]);
+    FileDescriptor output(ends[1]);
+    Child writer([&] {
+      SqliteSettingsStore store(directory.path(), log);
+      for (std::int32_t i = 1; true; ++i) {
+        store.set("count", std::int64_t{i});
+        if (write(output.get(), &i, sizeof i) != sizeof i) {
+          _exit(1);
+        }
+      }
+    });
+    std::int32_t written = 0;
+    while (written < lines) {
+      ASSERT_EQ(read(input.get(), &written, sizeof written), static_cast<ssize_t>(sizeof written));
+    }
+    writer.kill();
+    EXPECT_EQ(writer.wait(), std::nullopt);
+    output = FileDescriptor();
+    while (read(input.get(), &written, sizeof written) > 0) {
+    }
+    SqliteSettingsStore store(directory.path(), log);
+    EXPECT_GE(store.integer("count").value_or(0), written);
+    EXPECT_EQ(store.string("key"), "value");
+  }
+  EXPECT_THAT(log.printed(), IsEmpty());
+}
+
+TEST_F(SqliteSettingsStoreTest, a_file_that_is_no_database_is_set_aside) {
+  const std::string damaged(5000, 'x');
+  std::ofstream(file()) << damaged;
+  expectSetAside(damaged);
+}
+
+TEST_F(SqliteSettingsStoreTest, a_file_cut_short_is_set_aside) {
+  fill();
+  fs::resize_file(file(), 5000);
+  expectSetAside(contents(file()));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_file_with_a_broken_page_is_set_aside) {
+  fill();
+  overwrite(4096, std::string(4096, '\xee'));
+  expectSetAside(contents(file()));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_database_of_something_else_is_set_aside) {
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "CREATE TABLE settings(a); INSERT INTO settings VALUES(1)", nullptr, nullptr,
+                         nullptr),
+            SQLITE_OK);
+  sqlite3_close(other);
+  const std::string found = contents(file());
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("fresh", true);
+  EXPECT_THAT(filesSetAside(), SizeIs(1));
+  EXPECT_TRUE(open().boolean("fresh"));
+}
+
+TEST_F(SqliteSettingsStoreTest, what_is_set_aside_replaces_nothing_that_was_set_aside_before) {
+  for (int i = 0; i < 3; ++i) {
+    std::ofstream(file(), std::ios::trunc) << std::string(100, static_cast<char>('a' + i));
+    fs::remove(file("-wal"));
+    open();
+  }
+  EXPECT_THAT(filesSetAside(), SizeIs(3));
+}
+
+TEST_F(SqliteSettingsStoreTest, an_empty_file_is_a_new_store_and_not_a_damaged_one) {
+  std::ofstream(file()).flush();
+  open().set("key", true);
+  EXPECT_TRUE(open().boolean("key"));
+  EXPECT_THAT(filesSetAside(), IsEmpty());
+}
+
+TEST_F(SqliteSettingsStoreTest, a_value_of_a_kind_from_the_future_is_skipped) {
+  fill();
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "INSERT INTO settings VALUES('new', 'map', 'x')", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(other);
+  EXPECT_THAT(open().all(), ElementsAre(testing::Key("key")));
+}
+
+TEST_F(SqliteSettingsStoreTest,
+       a_disk_that_fills_keeps_values_in_memory_says_so_once_and_saves_all_when_it_can) {
+  SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("before", true);
+  store.set("removed", true);
+  disk.setFull(true);
+  store.set("during", std::string("full"));
+  store.set("also", std::int64_t{1});
+  store.remove("removed");
+  store.synchronize();
+  EXPECT_EQ(store.string("during"), "full");
+  EXPECT_EQ(store.integer("also"), 1);
+  EXPECT_FALSE(store.boolean("removed"));
+  EXPECT_THAT(log.printed(),
+              ElementsAre("[SettingsStore] Settings can't be saved: database or disk is full"));
+  {
+    disk.setFull(false);
+    SqliteSettingsStore onDisk(directory.path(), log);
+    EXPECT_THAT(onDisk.all(), ElementsAre(testing::Key("before"), testing::Key("removed")));
+  }
+  store.set("after", true);
+  EXPECT_THAT(open().all(), ElementsAre(testing::Key("after"), testing::Key("also"), testing::Key("before"),
+                                        testing::Key("during")));
+  EXPECT_THAT(log.printed(), SizeIs(1));
+}
+
+TEST_F(SqliteSettingsStoreTest, on_a_disk_that_is_full_at_the_start_what_was_saved_is_still_read) {
+  SteerableVfs disk;
+  {
+    Child killed([&] {
+      SqliteSettingsStore store(directory.path(), log);
+      store.set("role", std::string("child"));
+      raise(SIGKILL);
+    });
+  }
+  ASSERT_GT(fs::file_size(file("-wal")), 0U);
+  disk.setFull(true);
+  SqliteSettingsStore store(directory.path(), log);
+  EXPECT_EQ(store.string("role"), "child");
+  store.set("other", true);
+  EXPECT_THAT(log.printed(), SizeIs(1));
+  disk.setFull(false);
+  store.set("another", true);
+  EXPECT_THAT(open().all(),
+              ElementsAre(testing::Key("another"), testing::Key("other"), testing::Key("role")));
+  EXPECT_THAT(filesSetAside(), IsEmpty());
+}
+
+TEST_F(SqliteSettingsStoreTest, a_real_limit_of_file_size_neither_kills_nor_loses_what_was_saved) {
+  fill();
+  Child limited([&] {
+    signal(SIGXFSZ, SIG_IGN);
+    SqliteSettingsStore store(directory.path(), log);
+    store.set("first", true);
+    const rlimit limit{fs::file_size(file("-wal")), RLIM_INFINITY};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    store.set("second", std::string(100000, 'x'));
+    _exit(store.string("second")->size() == 100000 && log.printed().size() == 1 ? 0 : 1);
+  });
+  EXPECT_EQ(limited.wait(), 0);
+  EXPECT_THAT(open().all(), ElementsAre(testing::Key("first"), testing::Key("key")));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_directory_that_can_not_be_made_leaves_a_store_in_memory) {
+  std::ofstream(directory.path() / "file") << "no directory";
+  SqliteSettingsStore store(directory.path() / "file", log);
+  store.set("key", true);
+  store.set("other", true);
+  store.synchronize();
+  EXPECT_THAT(store.all(), SizeIs(2));
+  EXPECT_THAT(log.printed(), SizeIs(1));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_file_that_can_not_be_opened_leaves_a_store_in_memory) {
+  fs::create_directory(file());
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("key", true);
+  EXPECT_TRUE(store.boolean("key"));
+  EXPECT_THAT(log.printed(), SizeIs(1));
+  EXPECT_THAT(filesSetAside(), IsEmpty());
+}
+
+TEST_F(SqliteSettingsStoreTest, the_next_read_sees_what_another_process_wrote) {
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("mine", std::int64_t{1});
+  store.set("shared", std::string("old"));
+  Child other([&] {
+    SqliteSettingsStore theirs(directory.path(), log);
+    theirs.set("theirs", std::int64_t{2});
+    theirs.set("shared", std::string("new"));
+    theirs.remove("mine");
+  });
+  EXPECT_EQ(other.wait(), 0);
+  EXPECT_EQ(store.string("shared"), "new");
+  EXPECT_EQ(store.integer("theirs"), 2);
+  EXPECT_EQ(store.integer("mine"), std::nullopt);
+}
+
+TEST_F(SqliteSettingsStoreTest, two_processes_that_write_at_once_lose_nothing) {
+  constexpr int each = 200;
+  const auto writer = [this](const std::string& name) {
+    return [this, name] {
+      SqliteSettingsStore store(directory.path(), log);
+      for (int i = 0; i < each; ++i) {
+        store.set(name + std::to_string(i), std::int64_t{i});
+      }
+      _exit(log.printed().empty() ? 0 : 1);
+    };
+  };
+  Child one(writer("one"));
+  Child other(writer("other"));
+  EXPECT_EQ(one.wait(), 0);
+  EXPECT_EQ(other.wait(), 0);
+  EXPECT_THAT(open().all(), SizeIs(2 * each));
+}
+
+TEST_F(SqliteSettingsStoreTest, two_processes_that_find_a_damaged_file_set_it_aside_once) {
+  std::ofstream(file()) << std::string(5000, 'x');
+  const auto starter = [this](const std::string& name) {
+    return [this, name] { SqliteSettingsStore(directory.path(), log).set(name, true); };
+  };
+  {
+    Child one(starter("one"));
+    Child other(starter("other"));
+  }
+  EXPECT_THAT(filesSetAside(), SizeIs(1));
+  EXPECT_THAT(open().all(), ElementsAre(testing::Key("one"), testing::Key("other")));
+}
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sqlite3.h>
+
+#include <atomic>
+
+namespace quillmar {
+
+// While it lives, SQLite's file system for every database that is opened: it counts what reaches the disk and
+// can refuse it.
+class SteerableVfs {
+ public:
+  SteerableVfs();
+  SteerableVfs(const SteerableVfs&) = delete;
+  SteerableVfs& operator=(const SteerableVfs&) = delete;
+  ~SteerableVfs();
+
+  int syncs() const { return syncs_; }
+  int writes() const { return writes_; }
+  // Writing fails with SQLITE_FULL and shared memory can't grow.
+  void setFull(bool full) { full_ = full; }
+
+ private:
+  struct File;
+  struct Methods;
+
+  sqlite3_vfs vfs_{};
+  std::atomic<int> syncs_ = 0;
+  std::atomic<int> writes_ = 0;
+  std::atomic<bool> full_ = false;
+};
+
+}  // namespace quillmar
