@@ -1,0 +1,195 @@
+#!/usr/bin/env python3
+"""Checks who includes whom: arrows point down only, and the system itself touches no platform library.
+
+  architecture_test.py ROOT     checks the tree at ROOT, and this checker on trees made up for it
+"""
+
+import pathlib
+import re
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(sys.argv.pop() if len(sys.argv) > 1 else pathlib.Path(__file__).parents[2])
+
+# The screens and the objects behind them know each other.
+SCREENS = {"app", "identity", "child", "console", "family"}
+CORE = SCREENS | {"foundation", "platform", "client", "client/records", "presentation"}
+ADAPTERS = {"platform/linux", "platform/simulated"}
+# The tools of the tree play the fakes of the tests.
+TEST_SUPPORT = {"tests/support", "tests/ui/support"}
+
+# Which folders of ours a folder may include, besides itself. A folder within one of these has its own row or
+# belongs to the one above.
+MAY_INCLUDE = {
+    "foundation": set(),
+    "platform": {"foundation"},
+    "client/records": {"foundation"},
+    "client": {"client/records", "platform", "foundation"},
+    "presentation": {"client", "client/records", "platform", "foundation"},
+    **{folder: SCREENS | {"presentation", "client", "client/records", "platform", "foundation"} for folder in SCREENS},
+    **{folder: {"platform", "foundation"} for folder in ADAPTERS},
+    "ui": CORE | ADAPTERS,
+    "programs": CORE | ADAPTERS | {"ui"} | TEST_SUPPORT,
+    "sandbox": set(),
+}
+
+# What the core may include from outside: the standard library, and foundation the libraries that it wraps.
+LIBRARIES = {"foundation": re.compile(r"simdjson\.h|unicode/\w+\.h")}
+STANDARD_HEADER = re.compile(r"[a-z_]+")
+PLATFORM_HEADERS = {"thread", "filesystem", "fstream", "iostream", "cstdio", "csignal", "ctime"}
+PLATFORM_CALLS = re.compile(r"\b(?:getenv|system_clock::now|steady_clock::now|sleep_for|sleep_until)\b")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
+SOURCES = {".h", ".cpp"}
+
+
+def folder_of(path, known):
+    """The known folder that a path lies in: the longest one."""
+    parents = [parent.as_posix() for parent in pathlib.PurePosixPath(path).parents]
+    return next((parent for parent in parents if parent in known), None)
+
+
+def include_faults(folder, header):
+    target = folder_of(header, MAY_INCLUDE.keys() | TEST_SUPPORT | {"tests"})
+    if target is None:
+        yield f'"{header}" is in no folder of the tree'
+    elif target != folder and target not in MAY_INCLUDE[folder]:
+        yield f"{folder} may not include {target}"
+
+
+def library_faults(folder, header):
+    wrapped = folder in LIBRARIES and LIBRARIES[folder].fullmatch(header)
+    standard = STANDARD_HEADER.fullmatch(header) and header not in PLATFORM_HEADERS
+    if folder in CORE and not wrapped and not standard:
+        yield f"{folder} may not include <{header}>"
+
+
+def line_faults(folder, line):
+    include = INCLUDE.match(line)
+    if include and include[1]:
+        yield from include_faults(folder, include[1])
+    elif include:
+        yield from library_faults(folder, include[2])
+    elif folder in CORE and (call := PLATFORM_CALLS.search(line.split("//")[0])):
+        yield f"{folder} may not call {call[0]}"
+
+
+def sources(root):
+    top = {folder.split("/")[0] for folder in MAY_INCLUDE}
+    return (path for name in sorted(top) for path in sorted((root / name).rglob("*")) if path.suffix in SOURCES)
+
+
+def faults(root):
+    for path in sources(root):
+        name = path.relative_to(root).as_posix()
+        folder = folder_of(name, MAY_INCLUDE)
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), start=1):
+            for fault in line_faults(folder, line):
+                yield f"{name}:{number}: {fault}"
+
+
+class TheTree(unittest.TestCase):
+    def test_keeps_the_arrows(self):
+        self.assertEqual([], list(faults(ROOT)))
+
+    def test_is_looked_at_in_every_folder_that_has_sources(self):
+        seen = {folder_of(path.relative_to(ROOT).as_posix(), MAY_INCLUDE) for path in sources(ROOT)}
+        here = {folder for folder in MAY_INCLUDE if any((ROOT / folder).glob("*.h"))}
+        self.assertIn("foundation", here)
+        self.assertLessEqual(here, seen)
+
+
+class TheChecker(unittest.TestCase):
+    def faults_of(self, name, line):
+        with tempfile.TemporaryDirectory() as directory:
+            root = pathlib.Path(directory)
+            path = root / name
+            path.parent.mkdir(parents=True)
+            path.write_text(f"#pragma once\n\n{line}\n", encoding="utf-8")
+            return list(faults(root))
+
+    def test_finds_an_arrow_that_points_up_or_out(self):
+        for name, line in [
+            ("foundation/a.h", '#include "platform/log.h"'),
+            ("platform/a.h", '#include "client/b.h"'),
+            ("platform/a.h", '#include "platform/linux/b.h"'),
+            ("client/a.cpp", '#include "presentation/b.h"'),
+            ("client/a.cpp", '#include "identity/b.h"'),
+            ("client/records/a.h", '#include "client/b.h"'),
+            ("client/records/a.h", '#include "platform/b.h"'),
+            ("presentation/a.h", '#include "app/b.h"'),
+            ("app/a.h", '#include "ui/b.h"'),
+            ("child/a.h", '#include "platform/simulated/b.h"'),
+            ("console/deep/a.cpp", '#include "sandbox/b.h"'),
+            ("family/a.h", '#include "tests/support/b.h"'),
+            ("platform/linux/a.h", '#include "platform/simulated/b.h"'),
+            ("platform/linux/a.h", '#include "client/b.h"'),
+            ("ui/a.h", '#include "sandbox/b.h"'),
+            ("ui/bridge/a.h", '#include "tests/support/b.h"'),
+            ("ui/a.h", '#include "programs/b.h"'),
+            ("programs/a/main.cpp", '#include "sandbox/b.h"'),
+            ("programs/a/main.cpp", '#include "tests/client/b.h"'),
+            ("sandbox/a.h", '#include "foundation/b.h"'),
+            ("sandbox/store/a.h", '#include "client/records/b.h"'),
+            ("app/a.h", '#include "b.h"'),
+            ("app/a.h", '#include "../ui/b.h"'),
+            ("app/a.h", '  #  include  "ui/b.h"  // why not'),
+        ]:
+            with self.subTest(name=name, line=line):
+                found = self.faults_of(name, line)
+                self.assertEqual(1, len(found), found)
+                self.assertTrue(found[0].startswith(f"{name}:3: "), found)
+
+    def test_finds_a_platform_in_the_core(self):
+        for name, line in [
+            ("child/a.cpp", "#include <thread>"),
+            ("client/a.cpp", "#include <filesystem>"),
+            ("app/a.cpp", "#include <fstream>"),
+            ("console/a.cpp", "#include <QString>"),
+            ("console/a.cpp", "#include <QtCore/QString>"),
+            ("client/a.cpp", "#include <curl/curl.h>"),
+            ("identity/a.cpp", "#include <sdbus-c++/sdbus-c++.h>"),
+            ("family/a.cpp", "#include <boost/asio.hpp>"),
+            ("platform/a.cpp", "#include <unistd.h>"),
+            ("platform/a.cpp", "#include <simdjson.h>"),
+            ("presentation/a.cpp", "#include <unicode/uchar.h>"),
+            ("foundation/a.cpp", "#include <sqlite3.h>"),
+            ("app/a.cpp", '  const char* home = std::getenv("HOME");'),
+            ("child/a.cpp", "  const auto now = std::chrono::system_clock::now();"),
+            ("child/a.cpp", "  std::this_thread::sleep_for(time);"),
+        ]:
+            with self.subTest(name=name, line=line):
+                self.assertEqual(1, len(self.faults_of(name, line)))
+
+    def test_leaves_the_arrows_that_point_down(self):
+        for name, line in [
+            ("foundation/a.cpp", '#include "foundation/b.h"'),
+            ("foundation/a.cpp", "#include <simdjson.h>"),
+            ("foundation/a.cpp", "#include <unicode/uchar.h>"),
+            ("platform/a.h", '#include "foundation/b.h"'),
+            ("client/a.h", '#include "client/records/b.h"'),
+            ("client/records/a.h", "#include <string_view>"),
+            ("client/a.cpp", "#include <mutex>"),
+            ("presentation/a.h", '#include "client/records/b.h"'),
+            ("app/a.h", '#include "child/b.h"'),
+            ("family/deep/a.h", '#include "family/b.h"'),
+            ("console/a.h", "// getenv is not for us"),
+            ("platform/linux/a.cpp", "#include <thread>"),
+            ("platform/linux/a.cpp", '  std::getenv("HOME");'),
+            ("platform/simulated/a.h", '#include "platform/tunnel.h"'),
+            ("ui/a.h", "#include <QString>"),
+            ("ui/a.h", '#include "platform/linux/b.h"'),
+            ("programs/a/main.cpp", '#include "ui/window.h"'),
+            ("programs/a/main.cpp", '#include "tests/support/b.h"'),
+            ("sandbox/store/a.cpp", '#include "sandbox/b.h"'),
+            ("sandbox/a.cpp", "#include <filesystem>"),
+            ("bench/a.cpp", '#include "tests/support/b.h"'),
+            ("app/a.txt", '#include "ui/b.h"'),
+        ]:
+            with self.subTest(name=name, line=line):
+                self.assertEqual([], self.faults_of(name, line))
+
+
+if __name__ == "__main__":
+    unittest.main()
