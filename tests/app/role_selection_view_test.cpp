@@ -1,0 +1,89 @@
+#include "app/role_selection_view.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/test_application.h"
+
+namespace quillmar {
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct RoleSelection : testing::Test {
+  TestApplication app;
+  RoleSelectionView& screen = app.screen<RoleSelectionView>();
+  RoleManager& roles = *app.environment().roleManager();
+};
+
+TEST_F(RoleSelection, a_first_start_shows_the_cards_and_calls_nobody) {
+  app.advance(std::chrono::hours(1));
+  EXPECT_EQ(app.screenNames(), Names{"RoleSelectionView"});
+  EXPECT_TRUE(app.machine.http.requests().empty());
+  EXPECT_TRUE(app.machine.tunnel.calls().empty());
+  EXPECT_EQ(app.machine.settings.writes(), 0);
+}
+
+TEST_F(RoleSelection, the_cards_stand_in_their_order_with_their_words) {
+  ASSERT_EQ(screen.cards.size(), 2U);
+  EXPECT_EQ(screen.cards[0].role(), DeviceRole::parent);
+  EXPECT_EQ(screen.cards[0].icon(), "person.2.fill");
+  EXPECT_EQ(screen.cards[0].title(), "I'm a Parent");
+  EXPECT_EQ(screen.cards[0].subtitle(), "Manage and monitor your children's devices");
+  EXPECT_EQ(screen.cards[1].role(), DeviceRole::child);
+  EXPECT_EQ(screen.cards[1].icon(), "person.fill");
+  EXPECT_EQ(screen.cards[1].title(), "I'm a Child");
+  EXPECT_EQ(screen.cards[1].subtitle(), "This device will be monitored by a parent");
+}
+
+TEST_F(RoleSelection, a_child_is_stored_at_once_without_a_region) {
+  screen.cards.find("child")->action();
+  EXPECT_EQ(app.machine.settings.string("com.quillmar.deviceRole"), "child");
+  EXPECT_FALSE(app.machine.settings.object("com.quillmar.region").has_value());
+  EXPECT_EQ(roles.selectedRegion(), std::nullopt);
+  app.settle();
+  EXPECT_EQ(app.screenNames(), Names{"ChildEnrollmentView"});
+}
+
+TEST_F(RoleSelection, a_parent_goes_on_to_the_region_with_nothing_stored) {
+  screen.cards.find("parent")->action();
+  app.settle();
+  EXPECT_TRUE(roles.pendingParentSelection());
+  EXPECT_EQ(roles.currentRole(), DeviceRole::unset);
+  EXPECT_EQ(app.machine.settings.writes(), 0);
+  EXPECT_EQ(app.screenNames(), (Names{"RoleSelectionView", "CountrySelectionView"}));
+}
+
+TEST_F(RoleSelection, a_parent_who_leaves_on_the_region_screen_starts_at_the_cards_again) {
+  screen.cards.find("parent")->action();
+  app.restart();
+  EXPECT_EQ(app.screenNames(), Names{"RoleSelectionView"});
+  EXPECT_EQ(app.environment().roleManager()->currentRole(), DeviceRole::unset);
+}
+
+TEST_F(RoleSelection, pressing_a_card_gates_nothing) {
+  auto& card = *screen.cards.find("child");
+  card.isPressed = true;
+  EXPECT_TRUE(card.action.isEnabled());
+  card.isPressed = false;
+  EXPECT_TRUE(card.action.isEnabled());
+}
+
+TEST_F(RoleSelection, the_entry_animation_ends_in_its_place) {
+  EXPECT_EQ(screen.logoScale(), 1.0);
+  EXPECT_EQ(screen.logoOpacity(), 1.0);
+  EXPECT_EQ(screen.cardsOpacity(), 1.0);
+  EXPECT_EQ(screen.cardsOffset(), 0.0);
+}
+
+TEST_F(RoleSelection, the_sentences_are_the_systems_own) {
+  EXPECT_EQ(screen.welcome(), "Welcome to Quillmar");
+  EXPECT_EQ(screen.tagline(), "Family internet protection made simple");
+  EXPECT_EQ(screen.question(), "Who will use this device?");
+  EXPECT_EQ(screen.note(), "This choice is permanent. To change it, you'll need to reinstall the app.");
+}
+
+}  // namespace
+}  // namespace quillmar
