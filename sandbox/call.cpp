@@ -37,7 +37,8 @@ std::optional<std::string> queryParameter(std::string_view query, std::string_vi
     query.remove_prefix(std::min(query.size(), pair.size() + 1));
     const auto equals = pair.find('=');
     if (pair.substr(0, equals) != name) continue;
-    return percentDecoded(equals == std::string_view::npos ? std::string_view{} : pair.substr(equals + 1));
+    const std::string value{equals == std::string_view::npos ? std::string_view{} : pair.substr(equals + 1)};
+    return percentDecoded(value).value_or(value);
   }
   return std::nullopt;
 }

@@ -38,7 +38,7 @@ using CallFunction = Answer (*)(Call&);
 
 [[nodiscard]] Answer notFound(std::string_view what);  // 404: "There is no <what> here."
 
-// The value of a parameter of the query, decoded; nothing if absent.
+// The value of a parameter of the query, decoded (as it stands where that fails); nothing if absent.
 [[nodiscard]] std::optional<std::string> queryParameter(std::string_view query, std::string_view name);
 
 // Undoes percent-encoding; nothing if it is malformed.

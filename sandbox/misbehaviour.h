@@ -16,7 +16,7 @@ enum class ErrorBody { json, html };
 struct Misbehaviour {
   // Only requests whose path holds this text are ill served; empty: all of them. The last four fields always
   // hold.
-  std::string onlyPath;
+  std::string onlyPath{};
 
   std::chrono::milliseconds latency{0};   // before every answer
   std::chrono::milliseconds bodyTime{0};  // over which each body is spread
@@ -35,7 +35,7 @@ struct Misbehaviour {
   bool refuseRefresh = false;
   std::string checkinStatus = "ok";
   bool withoutEndpoint = false;  // enrollment status and check-in leave out the endpoint and its base
-  std::optional<std::string> publicAddress;  // from which requests seem to come
+  std::optional<std::string> publicAddress{};  // from which requests seem to come
 };
 
 // Applies a Misbehaviour to requests as they come. Any thread.
