@@ -1,0 +1,61 @@
+#include <QCommandLineParser>
+#include <QDir>
+#include <QGuiApplication>
+#include <QTextStream>
+
+#include "programs/pictures/scenes.h"
+
+namespace {
+
+constexpr auto sizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
+
+QString fileName(const quillmar::Scene& scene, bool dark, QSize size) {
+  return QStringLiteral("%1-%2-%3.png")
+      .arg(QString::fromStdString(scene.name), dark ? QStringLiteral("dark") : QStringLiteral("light"))
+      .arg(size.width());
+}
+
+bool draw(const quillmar::Scene& scene, bool dark, QSize size, const QDir& directory) {
+  quillmar::ui::UiStage stage({.stored = scene.stored,
+                               .size = size,
+                               .desktop = {.dark = dark, .textScale = scene.textScale, .reducedMotion = false}});
+  scene.play(stage);
+  return stage.picture().save(directory.filePath(fileName(scene, dark, size)));
+}
+
+}  // namespace
+
+// Draws every screen in each of its states, in both looks and several widths.
+int main(int count, char** arguments) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QUICK_BACKEND", "software");
+  const QGuiApplication application(count, arguments);
+  QCommandLineParser parser;
+  parser.addHelpOption();
+  parser.addOption({"only", "Draw only scenes whose names begin so.", "name"});
+  parser.addPositionalArgument("directory", "Where the pictures go.");
+  parser.process(application);
+  if (parser.positionalArguments().size() != 1) {
+    parser.showHelp(2);
+  }
+  const QDir directory(parser.positionalArguments().constFirst());
+  QTextStream errors(stderr);
+  if (!directory.mkpath(QStringLiteral("."))) {
+    errors << directory.path() << " cannot be made\n";
+    return 1;
+  }
+  for (const auto& scene : quillmar::scenes()) {
+    if (!scene.name.starts_with(parser.value("only").toStdString())) {
+      continue;
+    }
+    for (const QSize size : sizes) {
+      for (const bool dark : {false, true}) {
+        if (!draw(scene, dark, size, directory)) {
+          errors << fileName(scene, dark, size) << " cannot be written\n";
+          return 1;
+        }
+      }
+    }
+  }
+  return 0;
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/test_application.h"
+#include "tests/ui/support/ui_stage.h"
+
+namespace quillmar {
+
+// One state of one screen: what the installation holds when it starts, and what then happens.
+struct Scene {
+  std::string name;
+  StoredSettings stored;
+  std::function<void(ui::UiStage&)> play = [](ui::UiStage& /*stage*/) {};
+  double textScale = 1;
+};
+
+// Every screen in each of its states.
+std::vector<Scene> scenes();
+
+}  // namespace quillmar

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+class QDBusVariant;
+
+namespace quillmar::ui {
+
+class DesktopSettings;
+
+// Reads the desktop's wishes from its portal, and each change of them. Does nothing where there is no session bus.
+class DesktopPortal final : public QObject {
+  Q_OBJECT
+
+ public:
+  explicit DesktopPortal(DesktopSettings& settings);
+
+ private Q_SLOTS:
+  void settingChanged(const QString& group, const QString& name, const QDBusVariant& value);
+
+ private:
+  void readAll();
+  void take(const QString& group, const QString& name, const QVariant& value);
+
+  DesktopSettings& settings_;
+};
+
+}  // namespace quillmar::ui

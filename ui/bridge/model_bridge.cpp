@@ -1,0 +1,228 @@
+#include "ui/bridge/model_bridge.h"
+
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <utility>
+
+#include "ui/bridge/keyed_list_model.h"
+#include "ui/bridge/variants.h"
+
+namespace quillmar::ui {
+namespace {
+
+QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+
+// A record is known by its id, or else by its place; anything else by what it is.
+QString rowKey(const Value& row, std::size_t place) {
+  if (const Value* const id = row.find("id")) {
+    return id->string() ? text(*id->string()) : text(writeJson(*id));
+  }
+  return row.map() ? QString::number(place) : text(writeJson(row));
+}
+
+std::vector<KeyedListModel::Row> rowsOf(const Value::List& list) {
+  std::vector<KeyedListModel::Row> rows;
+  rows.reserve(list.size());
+  for (const auto& element : list) {
+    rows.push_back({rowKey(element, rows.size()), toVariant(element)});
+  }
+  return rows;
+}
+
+}  // namespace
+
+ActionBridge::ActionBridge(ModelBridge& model, Member& member)
+    : QObject(&model), model_(model), member_(&member), enabled_(member.isEnabled()) {}
+
+void ActionBridge::update() {
+  if (std::exchange(enabled_, member_->isEnabled()) != enabled_) {
+    Q_EMIT enabledChanged();
+  }
+}
+
+void ActionBridge::retire() { member_ = nullptr; }
+
+bool ActionBridge::perform(const QVariantList& arguments) {
+  if (!member_) {
+    return false;
+  }
+  // The action may end the presentation of its own screen.
+  const auto alive = model_.model();
+  Value::List converted;
+  for (const auto& argument : arguments) {
+    converted.push_back(fromVariant(argument));
+  }
+  return member_->perform(converted);
+}
+
+struct ModelBridge::Entry {
+  Member& member;
+  QString name;
+  Value shown{};
+  ActionBridge* action = nullptr;
+  KeyedListModel* list = nullptr;
+  std::vector<ModelBridge*> bridges{};
+};
+
+ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* parent)
+    : QQmlPropertyMap(this, parent), model_(std::move(model)) {
+  insert(QStringLiteral("typeName"), text(model_->typeName()));
+  insert(QStringLiteral("sheet"), QVariant::fromValue<QObject*>(nullptr));
+  for (Member* const member : model_->members()) {
+    addEntry(*member);
+  }
+  changes_ = model_->observe([this](const Member& /*member*/) { scheduleRefresh(); });
+}
+
+ModelBridge::~ModelBridge() = default;
+
+void ModelBridge::addEntry(Member& member) {
+  auto& entry = *entries_.emplace_back(std::make_unique<Entry>(Entry{member, text(member.name())}));
+  switch (member.kind()) {
+    case Member::Kind::action:
+      entry.action = new ActionBridge(*this, member);
+      insert(entry.name, QVariant::fromValue(entry.action));
+      return;
+    case Member::Kind::part:
+    case Member::Kind::sheet:
+      showNested(entry);
+      return;
+    default:
+      entry.shown = member.value();
+      if (entry.shown.list()) {
+        entry.list = new KeyedListModel(this);
+        entry.list->assign(rowsOf(*entry.shown.list()));
+        insert(entry.name, QVariant::fromValue(entry.list));
+      } else {
+        insert(entry.name, toVariant(entry.shown));
+      }
+  }
+}
+
+QVariant ModelBridge::updateValue(const QString& key, const QVariant& input) {
+  const auto found = std::ranges::find(entries_, key, [](const auto& entry) { return entry->name; });
+  if (found == entries_.end() || !model_) {
+    return value(key);
+  }
+  Entry& entry = **found;
+  if (!entry.member.isInput() || entry.member.kind() == Member::Kind::sheet) {
+    return value(key);
+  }
+  const auto alive = model_;
+  entry.member.input(fromVariant(input));
+  entry.shown = entry.member.value();
+  return toVariant(entry.shown);
+}
+
+void ModelBridge::scheduleRefresh() {
+  if (!std::exchange(refreshScheduled_, true)) {
+    QMetaObject::invokeMethod(this, &ModelBridge::refresh, Qt::QueuedConnection);
+  }
+}
+
+void ModelBridge::refresh() {
+  refreshScheduled_ = false;
+  if (!model_) {
+    return;
+  }
+  for (auto& entry : entries_) {
+    show(*entry);
+  }
+}
+
+void ModelBridge::show(Entry& entry) {
+  switch (entry.member.kind()) {
+    case Member::Kind::action:
+      return entry.action->update();
+    case Member::Kind::part:
+    case Member::Kind::sheet:
+      return showNested(entry);
+    case Member::Kind::text:
+      return;
+    default:
+      return showValue(entry);
+  }
+}
+
+void ModelBridge::showValue(Entry& entry) {
+  Value value = entry.member.value();
+  if (value == entry.shown) {
+    return;
+  }
+  entry.shown = std::move(value);
+  if (entry.list && entry.shown.list()) {
+    entry.list->assign(rowsOf(*entry.shown.list()));
+  } else {
+    insert(entry.name, toVariant(entry.shown));
+  }
+}
+
+// One object is known by its type's name, rows by keys of their own; a member that has had rows stays a list.
+void ModelBridge::showNested(Entry& entry) {
+  const auto nested = entry.member.nested();
+  const auto former = std::exchange(entry.bridges, {});
+  std::vector<KeyedListModel::Row> rows;
+  for (const auto& [key, object] : nested) {
+    const auto known = std::ranges::find(former, object, &ModelBridge::model_);
+    entry.bridges.push_back(known == former.end() ? new ModelBridge(object, this) : *known);
+    rows.push_back({text(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
+  }
+  const bool isOne = nested.size() == 1 && nested.front().key == nested.front().object->typeName();
+  if (!entry.list && !nested.empty() && !isOne) {
+    entry.list = new KeyedListModel(this);
+    insert(entry.name, QVariant::fromValue(entry.list));
+  }
+  if (entry.list) {
+    entry.list->assign(std::move(rows));
+  } else {
+    insert(entry.name, nested.empty() ? QVariant::fromValue<QObject*>(nullptr) : rows.front().data);
+  }
+  if (entry.member.kind() == Member::Kind::sheet) {
+    showSheet();
+  }
+  for (ModelBridge* const gone : former) {
+    if (std::ranges::find(entry.bridges, gone) == entry.bridges.end()) {
+      gone->retire();
+    }
+  }
+}
+
+// What a person may not take away stands in its owner's place, not over it.
+bool ModelBridge::isSheetUp(const Entry& entry) {
+  return entry.member.kind() == Member::Kind::sheet && entry.member.isInput() && !entry.bridges.empty();
+}
+
+void ModelBridge::showSheet() {
+  const auto up = std::ranges::find_if(entries_, [](const auto& entry) { return isSheetUp(*entry); });
+  insert(QStringLiteral("sheet"), QVariant::fromValue<QObject*>(up == entries_.end() ? nullptr : (*up)->bridges.back()));
+}
+
+void ModelBridge::dismissSheet() {
+  const auto up = std::ranges::find_if(entries_, [](const auto& entry) { return isSheetUp(*entry); });
+  if (model_ && up != entries_.end()) {
+    const auto alive = model_;
+    (*up)->member.input(false);
+  }
+}
+
+// The model is let go at once, so that what it started finds it gone. The bridge keeps showing what was last to be
+// seen for as long as a sheet may be sliding out or a row may be fading away.
+void ModelBridge::retire() {
+  using namespace std::chrono_literals;
+  constexpr auto longerThanAnyTransition = 2s;
+  changes_.cancel();
+  for (auto& entry : entries_) {
+    if (entry->action) {
+      entry->action->retire();
+    }
+    for (ModelBridge* const nested : entry->bridges) {
+      nested->retire();
+    }
+  }
+  model_.reset();
+  QTimer::singleShot(longerThanAnyTransition, this, &QObject::deleteLater);
+}
+
+}  // namespace quillmar::ui

@@ -1,0 +1,73 @@
+#include "ui/bridge/variants.h"
+
+#include <cmath>
+
+namespace quillmar::ui {
+namespace {
+
+QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+
+struct ToVariant {
+  QVariant operator()(std::monostate /*nil*/) const { return QVariant::fromValue(nullptr); }
+  QVariant operator()(bool value) const { return value; }
+  QVariant operator()(std::int64_t value) const { return QVariant::fromValue<qlonglong>(value); }
+  QVariant operator()(double value) const { return value; }
+  QVariant operator()(const std::string& value) const { return text(value); }
+  QVariant operator()(const Value::List& list) const {
+    QVariantList converted;
+    for (const auto& element : list) {
+      converted.append(toVariant(element));
+    }
+    return converted;
+  }
+  QVariant operator()(const Value::Map& map) const {
+    QVariantMap converted;
+    for (const auto& [key, value] : map) {
+      converted.insert(text(key), toVariant(value));
+    }
+    return converted;
+  }
+};
+
+Value fromNumber(double number) {
+  constexpr double exactIntegers = 9007199254740992.0;
+  if (std::trunc(number) == number && std::abs(number) <= exactIntegers) {
+    return static_cast<std::int64_t>(number);
+  }
+  return number;
+}
+
+Value fromList(const QVariantList& list) {
+  Value::List converted;
+  for (const auto& element : list) {
+    converted.push_back(fromVariant(element));
+  }
+  return converted;
+}
+
+}  // namespace
+
+QVariant toVariant(const Value& value) { return value.visit(ToVariant()); }
+
+Value fromVariant(const QVariant& variant) {
+  switch (variant.typeId()) {
+    case QMetaType::Bool:
+      return variant.toBool();
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+      return variant.toLongLong();
+    case QMetaType::Double:
+    case QMetaType::Float:
+      return fromNumber(variant.toDouble());
+    case QMetaType::QString:
+      return variant.toString().toStdString();
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList:
+      return fromList(variant.toList());
+    default:
+      return {};
+  }
+}
+
+}  // namespace quillmar::ui

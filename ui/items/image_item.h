@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QImage>
+#include <QQuickItem>
+#include <QSGTexture>
+
+namespace quillmar::ui {
+
+// An item that is one picture, drawn anew only when its size, its screen or what it shows has changed.
+class ImageItem : public QQuickItem {
+  Q_OBJECT
+
+ public:
+  explicit ImageItem(QQuickItem* parent = nullptr);
+
+ protected:
+  // The whole item in device pixels; none where there is nothing to show.
+  virtual QImage draw(QSize pixels) const = 0;
+  virtual QSGTexture::Filtering filtering() const { return QSGTexture::Linear; }
+  void redraw();
+
+  QSGNode* updatePaintNode(QSGNode* former, UpdatePaintNodeData* data) override;
+  void geometryChange(const QRectF& present, const QRectF& former) override;
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
+
+ private:
+  bool imageIsStale_ = true;
+};
+
+}  // namespace quillmar::ui

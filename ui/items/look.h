@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
+
+class QJSEngine;
+class QQmlEngine;
+
+namespace quillmar::ui {
+
+class QtWindowStyle;
+
+// What the theme starts from: the look in force, the desktop's wishes, and the brand's colours by name.
+class Look final : public QObject {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_SINGLETON
+  Q_PROPERTY(bool dark READ dark NOTIFY changed)
+  Q_PROPERTY(double textScale READ textScale NOTIFY changed)
+  Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY changed)
+  Q_PROPERTY(QVariantMap colors READ colors CONSTANT)
+  Q_PROPERTY(QColor tint READ tint NOTIFY changed)
+  Q_PROPERTY(QString face READ face CONSTANT)
+  Q_PROPERTY(QString displayFace READ displayFace CONSTANT)
+  Q_PROPERTY(QString fixedFace READ fixedFace CONSTANT)
+
+ public:
+  explicit Look(QtWindowStyle& style);
+  static Look* create(QQmlEngine* engine, QJSEngine* script);
+
+  bool dark() const;
+  double textScale() const;
+  bool reducedMotion() const;
+  QVariantMap colors() const;
+  // Of navigation bars' controls.
+  QColor tint() const;
+  // For text, for large headings, and for codes.
+  QString face() const;
+  QString displayFace() const;
+  QString fixedFace() const;
+
+ Q_SIGNALS:
+  void changed();
+
+ private:
+  QtWindowStyle& style_;
+};
+
+}  // namespace quillmar::ui

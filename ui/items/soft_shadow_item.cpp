@@ -1,0 +1,82 @@
+#include "ui/items/soft_shadow_item.h"
+
+#include <QImage>
+#include <QQuickWindow>
+#include <QSGNinePatchNode>
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace quillmar::ui {
+namespace {
+
+// How far a point lies outside a rounded square around the origin; negative inside.
+double distanceOutside(double x, double y, double half, double corner) {
+  const double dx = std::abs(x) - half + corner;
+  const double dy = std::abs(y) - half + corner;
+  const double outside = std::hypot(std::max(dx, 0.0), std::max(dy, 0.0));
+  return outside + std::min(std::max(dx, dy), 0.0) - corner;
+}
+
+// 1 deep inside, 0 far outside, without an edge in between.
+double coverage(double distance, double reach) {
+  const double t = std::clamp((reach - distance) / (2 * reach), 0.0, 1.0);
+  return t * t * (3 - 2 * t);
+}
+
+// The smallest picture that holds the four corners whole and a stretch between them. Lengths are device pixels.
+QImage drawCorners(const QColor& color, double corner, double reach) {
+  const int side = 2 * static_cast<int>(std::ceil(2 * reach + corner)) + 1;
+  const double half = side / 2.0 - reach;
+  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+  for (int row = 0; row < side; ++row) {
+    for (int column = 0; column < side; ++column) {
+      const double distance =
+          distanceOutside(column + 0.5 - side / 2.0, row + 0.5 - side / 2.0, half, std::min(corner, half));
+      const double alpha = color.alphaF() * coverage(distance, reach);
+      image.setPixel(column, row, qPremultiply(qRgba(color.red(), color.green(), color.blue(),
+                                                     static_cast<int>(std::lround(255 * alpha)))));
+    }
+  }
+  return image;
+}
+
+}  // namespace
+
+SoftShadowItem::SoftShadowItem(QQuickItem* parent) : QQuickItem(parent) { setFlag(ItemHasContents); }
+
+void SoftShadowItem::geometryChange(const QRectF& present, const QRectF& former) {
+  QQuickItem::geometryChange(present, former);
+  update();
+}
+
+void SoftShadowItem::itemChange(ItemChange change, const ItemChangeData& data) {
+  QQuickItem::itemChange(change, data);
+  if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange) {
+    imageIsStale_ = true;
+    update();
+  }
+}
+
+QSGNode* SoftShadowItem::updatePaintNode(QSGNode* former, UpdatePaintNodeData* /*data*/) {
+  std::unique_ptr<QSGNinePatchNode> node(static_cast<QSGNinePatchNode*>(former));
+  if (depth_ <= 0 || width() <= 0 || height() <= 0) {
+    return nullptr;
+  }
+  const double ratio = window()->effectiveDevicePixelRatio();
+  if (!node || imageIsStale_) {
+    if (!node) {
+      node.reset(window()->createNinePatchNode());
+    }
+    node->setTexture(window()->createTextureFromImage(drawCorners(color_, corner_ * ratio, depth_ * ratio)));
+    node->setDevicePixelRatio(ratio);
+    imageIsStale_ = false;
+  }
+  const double fixed = std::ceil((2 * depth_ + corner_) * ratio);
+  node->setPadding(fixed, fixed, fixed, fixed);
+  node->setBounds(boundingRect().adjusted(-depth_, -depth_, depth_, depth_));
+  node->update();
+  return node.release();
+}
+
+}  // namespace quillmar::ui

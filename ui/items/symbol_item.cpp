@@ -1,0 +1,65 @@
+#include "ui/items/symbol_item.h"
+
+#include <QImageReader>
+#include <QPainter>
+#include <algorithm>
+
+#include "ui/items/symbols.h"
+
+namespace quillmar::ui {
+namespace {
+
+// The symbol's coverage; it has no colour of its own.
+QImage readSymbol(const QString& name, int side) {
+  const auto file = symbolFile(name.toStdString());
+  if (file.empty()) {
+    qWarning("no symbol is named \"%s\"", qUtf8Printable(name));
+    return {};
+  }
+  QImageReader reader(QStringLiteral(":/quillmar/icons/%1.svg")
+                          .arg(QString::fromUtf8(file.data(), static_cast<qsizetype>(file.size()))));
+  reader.setScaledSize(QSize(side, side));
+  const QImage image = reader.read();
+  if (image.isNull()) {
+    qWarning("symbol \"%s\" cannot be drawn: %s", qUtf8Printable(name), qUtf8Printable(reader.errorString()));
+  }
+  return image;
+}
+
+}  // namespace
+
+void SymbolItem::setName(const QString& name) {
+  if (name_ != name) {
+    name_ = name;
+    redraw();
+    Q_EMIT nameChanged();
+  }
+}
+
+void SymbolItem::setColor(const QColor& color) {
+  if (color_ != color) {
+    color_ = color;
+    redraw();
+    Q_EMIT colorChanged();
+  }
+}
+
+QImage SymbolItem::draw(QSize pixels) const {
+  if (name_.isEmpty()) {
+    return {};
+  }
+  const int side = std::min(pixels.width(), pixels.height());
+  const QImage symbol = readSymbol(name_, side);
+  if (symbol.isNull()) {
+    return {};
+  }
+  QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  painter.drawImage((pixels.width() - side) / 2, (pixels.height() - side) / 2, symbol);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(image.rect(), color_);
+  return image;
+}
+
+}  // namespace quillmar::ui

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QColor>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+#include "ui/items/image_item.h"
+
+namespace quillmar::ui {
+
+// One of the symbols of ui/items/symbols.h, tinted, in the middle of the item and as sharp as the screen.
+class SymbolItem : public ImageItem {
+  Q_OBJECT
+  QML_NAMED_ELEMENT(Symbol)
+  Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
+  Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
+
+ public:
+  using ImageItem::ImageItem;
+
+  QString name() const { return name_; }
+  void setName(const QString& name);
+  QColor color() const { return color_; }
+  void setColor(const QColor& color);
+
+ Q_SIGNALS:
+  void nameChanged();
+  void colorChanged();
+
+ protected:
+  QImage draw(QSize pixels) const override;
+
+ private:
+  QString name_;
+  QColor color_ = Qt::black;
+};
+
+}  // namespace quillmar::ui

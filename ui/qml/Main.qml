@@ -1,0 +1,28 @@
+import QtQuick
+import Quillmar
+
+// The window: the root's screen, and the questions that belong to no screen.
+Window {
+    id: window
+
+    required property var content
+    property var permissionPrompt: null
+
+    title: "Quillmar"
+    minimumWidth: 360
+    minimumHeight: 480
+    color: Theme.page
+
+    ScreenHost {
+        anchors.fill: parent
+        focus: true
+        screen: window.content.screen
+        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.childrenInherit: true
+    }
+
+    Loader {
+        active: window.permissionPrompt !== null
+        sourceComponent: SimulatedPermissionPrompt { prompt: window.permissionPrompt }
+    }
+}

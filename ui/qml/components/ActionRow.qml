@@ -1,0 +1,75 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// A row of a GroupedSection that does something.
+Pressable {
+    id: row
+
+    property string symbol
+    property color tint: Theme.blue
+    property color ink: Theme.linkText
+    property string value
+    property bool first: false
+    property bool chevron: false
+
+    width: parent ? parent.width : 0
+    implicitHeight: Math.max(Theme.target + 4, implicitContentHeight + 2 * Theme.between)
+    leftPadding: Theme.gap
+    rightPadding: Theme.gap
+    pressedScale: 1
+    corner: Theme.corner - 2
+
+    background: Item {
+        Rectangle {
+            anchors.fill: parent
+            radius: Theme.corner
+            color: Theme.alpha(Theme.text, row.down ? 0.10 : row.hovered ? 0.04 : 0)
+            Behavior on color { ColorAnimation { duration: Theme.quick } }
+        }
+        Rectangle {
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.leftMargin: Theme.gap + (row.symbol.length > 0 ? 30 + Theme.between : 0)
+            height: 1
+            visible: !row.first
+            color: Theme.separator
+        }
+    }
+    contentItem: RowLayout {
+        spacing: Theme.between
+        opacity: row.enabled ? 1 : 0.4
+
+        SymbolTile {
+            visible: row.symbol.length > 0
+            symbol: row.symbol
+            tint: row.tint
+            size: 30
+            symbolShare: 0.6
+        }
+        Label {
+            text: row.text
+            color: row.ink
+            lineHeight: 1.1
+            topPadding: 0
+            verticalAlignment: Text.AlignVCenter
+            Layout.fillWidth: true
+            Accessible.ignored: true
+        }
+        Label {
+            visible: row.value.length > 0
+            text: row.value
+            color: Theme.cardSecondaryText
+            lineHeight: 1
+            topPadding: 0
+            Accessible.ignored: true
+        }
+        Symbol {
+            visible: row.chevron
+            implicitWidth: 16
+            implicitHeight: 16
+            name: row.mirrored ? "chevron.left" : "chevron.right"
+            color: Theme.cardSecondaryText
+        }
+    }
+}

@@ -1,0 +1,10 @@
+import QtQml
+
+// One answer of an Alert.
+QtObject {
+    enum Role { Default, Cancel, Destructive }
+
+    property string text
+    property int role: AlertButton.Default
+    signal clicked
+}

@@ -1,0 +1,31 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// Leads back to where one came from.
+Pressable {
+    id: control
+
+    leftPadding: Theme.unit
+    rightPadding: Theme.within
+    corner: Theme.within
+
+    contentItem: RowLayout {
+        spacing: 2
+        opacity: control.down ? 0.5 : control.hovered ? 0.75 : 1
+
+        Symbol {
+            implicitWidth: 24
+            implicitHeight: 24
+            name: control.mirrored ? "chevron.right" : "chevron.left"
+            color: Theme.linkText
+        }
+        Label {
+            text: control.text
+            color: Theme.linkText
+            lineHeight: 1
+            topPadding: 0
+            Accessible.ignored: true
+        }
+    }
+}

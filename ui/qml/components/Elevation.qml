@@ -1,0 +1,13 @@
+import QtQuick
+import Quillmar
+
+// Lifts what stands on it off the page.
+SoftShadow {
+    property real drop: depth / 4
+    property real strength: Theme.dark ? 0.5 : 0.14
+
+    color: Theme.alpha(Theme.shadow, strength)
+    corner: Theme.corner
+    depth: 16
+    transform: Translate { y: drop }
+}

@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// What a screen says when it has nothing to show yet; what may be done about it follows.
+ColumnLayout {
+    id: empty
+
+    property string symbol
+    property string heading
+    property string text
+
+    spacing: Theme.within
+
+    SymbolTile {
+        symbol: empty.symbol
+        size: 88
+        radius: 44
+        Layout.alignment: Qt.AlignHCenter
+        Layout.bottomMargin: Theme.gap
+    }
+    Label {
+        text: empty.heading
+        font: Theme.title
+        horizontalAlignment: Text.AlignHCenter
+        Layout.fillWidth: true
+        Accessible.role: Accessible.Heading
+    }
+    Label {
+        text: empty.text
+        color: Theme.secondaryText
+        horizontalAlignment: Text.AlignHCenter
+        Layout.fillWidth: true
+        Layout.bottomMargin: Theme.gap
+    }
+}

@@ -1,0 +1,51 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// A titled group of rows on one rounded ground, with a line of explanation under it where one is needed. Rows draw
+// their own separators; the first visible one goes without.
+ColumnLayout {
+    id: section
+
+    default property alias rows: column.data
+    property string header
+    property string footer
+    property color ground: Theme.card
+
+    spacing: Theme.within
+    Layout.fillWidth: true
+    Layout.topMargin: Theme.within
+    Accessible.role: Accessible.Grouping
+    Accessible.name: header
+
+    Label {
+        visible: section.header.length > 0
+        text: section.header
+        font: Theme.footnoteStrong
+        color: Theme.secondaryText
+        leftPadding: Theme.gap
+        rightPadding: Theme.gap
+        Layout.fillWidth: true
+        Accessible.role: Accessible.Heading
+    }
+    Rectangle {
+        implicitHeight: column.implicitHeight
+        radius: Theme.corner
+        color: section.ground
+        Layout.fillWidth: true
+
+        Column {
+            id: column
+            width: parent.width
+        }
+    }
+    Label {
+        visible: section.footer.length > 0
+        text: section.footer
+        font: Theme.footnote
+        color: Theme.secondaryText
+        leftPadding: Theme.gap
+        rightPadding: Theme.gap
+        Layout.fillWidth: true
+    }
+}

@@ -1,0 +1,36 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The spinner for a whole screen, with what is waited for under it.
+ColumnLayout {
+    id: wait
+
+    property string heading
+    property string text
+
+    spacing: Theme.within
+    Accessible.role: Accessible.Indicator
+    Accessible.name: heading
+
+    Spinner {
+        size: 40
+        Layout.alignment: Qt.AlignHCenter
+        Layout.bottomMargin: Theme.gap
+    }
+    Label {
+        visible: text.length > 0
+        text: wait.heading
+        font: Theme.headline
+        horizontalAlignment: Text.AlignHCenter
+        Layout.fillWidth: true
+    }
+    Label {
+        visible: text.length > 0
+        text: wait.text
+        font: Theme.callout
+        color: Theme.secondaryText
+        horizontalAlignment: Text.AlignHCenter
+        Layout.fillWidth: true
+    }
+}

@@ -1,0 +1,110 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// A screen's page: a bar where it has one, and a column of content, at most as wide as reads well and in the middle,
+// that scrolls when it is too long and stands centred when `centered` and short.
+FocusScope {
+    id: page
+
+    default property alias content: column.data
+    property Item bar: null
+    property real maximumWidth: Theme.contentWidth
+    property bool centered: false
+    property real topSpace: Theme.section
+    property real bottomSpace: 40
+    property bool tinted: false
+    property alias spacing: column.spacing
+    readonly property real margin: Theme.margin(width)
+    readonly property bool regular: width >= Theme.regularWidth
+    readonly property real contentWidth: column.width
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.page
+    }
+    Rectangle {
+        width: parent.width
+        height: Math.min(parent.height, 460)
+        visible: page.tinted
+        gradient: Gradient {
+            GradientStop { position: 0; color: Theme.alpha(Theme.blue, Theme.dark ? 0.16 : 0.10) }
+            GradientStop { position: 1; color: Theme.alpha(Theme.blue, 0) }
+        }
+    }
+
+    Item {
+        id: barPlace
+        width: parent.width
+        height: page.bar ? page.bar.implicitHeight : 0
+        z: 1
+        data: page.bar ? [page.bar] : []
+        Binding {
+            target: page.bar
+            property: "width"
+            value: barPlace.width
+            when: page.bar !== null
+        }
+    }
+
+    Flickable {
+        id: flickable
+        y: barPlace.height
+        width: parent.width
+        height: parent.height - y
+        contentWidth: width
+        contentHeight: Math.max(height, column.height + page.topSpace + page.bottomSpace)
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+
+        ColumnLayout {
+            id: column
+            x: (flickable.width - width) / 2
+            y: page.centered ? Math.max(page.topSpace, (flickable.contentHeight - height) / 2) : page.topSpace
+            width: Math.min(flickable.width - 2 * page.margin, page.maximumWidth)
+            spacing: Theme.between
+        }
+    }
+
+    ScrollMarker {
+        flickable: flickable
+        anchors.right: parent.right
+    }
+
+    // What the keyboard reaches is brought into view.
+    readonly property Item focused: Window.activeFocusItem
+    onFocusedChanged: {
+        if (!focused || !isWithin(focused)) {
+            return
+        }
+        const top = focused.mapToItem(column, 0, 0).y + column.y
+        const room = 24
+        if (top - room < flickable.contentY) {
+            flickable.contentY = Math.max(0, top - room)
+        } else if (top + focused.height + room > flickable.contentY + flickable.height) {
+            flickable.contentY = Math.min(flickable.contentHeight - flickable.height,
+                                          top + focused.height + room - flickable.height)
+        }
+    }
+    function isWithin(item) {
+        for (let above = item; above; above = above.parent) {
+            if (above === column) {
+                return true
+            }
+        }
+        return false
+    }
+    function scrollBy(distance) {
+        flickable.contentY = Math.max(0, Math.min(flickable.contentHeight - flickable.height,
+                                                  flickable.contentY + distance))
+    }
+    Keys.onPressed: event => {
+        const page = flickable.height * 0.9
+        const distances = { [Qt.Key_Down]: 60, [Qt.Key_Up]: -60, [Qt.Key_PageDown]: page, [Qt.Key_PageUp]: -page,
+                            [Qt.Key_End]: flickable.contentHeight, [Qt.Key_Home]: -flickable.contentHeight }
+        if (event.key in distances) {
+            scrollBy(distances[event.key])
+            event.accepted = true
+        }
+    }
+}

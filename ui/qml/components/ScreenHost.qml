@@ -1,0 +1,58 @@
+import QtQuick
+import Quillmar
+
+// Shows one screen after another, each fading into the next.
+FocusScope {
+    id: host
+
+    property var screen: null
+    property Item current: null
+
+    onScreenChanged: {
+        const former = current
+        current = screen ? view.createObject(host, { screen: screen }) : null
+        if (current) {
+            current.forceActiveFocus()
+            if (former) {
+                current.fadeIn()
+            }
+        }
+        if (former) {
+            former.fadeOut()
+        }
+    }
+
+    Component {
+        id: view
+
+        ScreenView {
+            id: shown
+
+            function fadeIn() { entering.start() }
+            function fadeOut() {
+                enabled = false
+                leaving.start()
+            }
+
+            anchors.fill: parent
+            focus: true
+
+            NumberAnimation on opacity {
+                id: entering
+                running: false
+                from: 0
+                to: 1
+                duration: Theme.rerouting
+                easing.type: Easing.InOutQuad
+            }
+            NumberAnimation on opacity {
+                id: leaving
+                running: false
+                to: 0
+                duration: Theme.rerouting
+                easing.type: Easing.InOutQuad
+                onFinished: shown.destroy()
+            }
+        }
+    }
+}

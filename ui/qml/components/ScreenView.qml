@@ -1,0 +1,28 @@
+import QtQuick
+import Quillmar
+
+// Draws one screen by its type's name, and the sheet that it presents.
+FocusScope {
+    id: view
+
+    property var screen: null
+    property var sheetScreen: screen ? screen.sheet : null
+
+    Loader {
+        id: drawing
+        anchors.fill: parent
+        focus: true
+    }
+    Loader {
+        id: sheet
+        active: false
+        source: "Sheet.qml"
+        onLoaded: item.screen = Qt.binding(() => view.sheetScreen)
+    }
+    Connections {
+        target: sheet.item
+        function onDismissed() { view.screen.dismissSheet() }
+    }
+    onSheetScreenChanged: if (sheetScreen) sheet.active = true
+    Component.onCompleted: if (screen) drawing.setSource(screen.typeName + ".qml", { screen: screen })
+}

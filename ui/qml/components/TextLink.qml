@@ -1,0 +1,28 @@
+import QtQuick
+import Quillmar
+
+// A button that is only its words.
+Pressable {
+    id: control
+
+    property color ink: Theme.linkText
+    property bool strong: false
+
+    leftPadding: Theme.within
+    rightPadding: Theme.within
+    corner: Theme.within
+
+    contentItem: Label {
+        text: control.text
+        font: control.strong ? Theme.headline : Theme.body
+        color: control.ink
+        opacity: control.enabled ? control.down ? 0.5 : control.hovered ? 0.75 : 1 : 0.4
+        lineHeight: 1
+        topPadding: 0
+        wrapMode: Text.NoWrap
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+}

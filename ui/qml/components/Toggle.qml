@@ -1,0 +1,53 @@
+import QtQuick
+import QtQuick.Templates as T
+import Quillmar
+
+// On or off, with its words before it.
+T.Switch {
+    id: control
+
+    implicitWidth: implicitContentWidth + indicator.width + Theme.between
+    implicitHeight: Math.max(Theme.target, implicitContentHeight)
+    focusPolicy: Qt.StrongFocus
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+    Accessible.role: Accessible.CheckBox
+    Accessible.name: text
+    Accessible.checked: checked
+
+    indicator: Rectangle {
+        x: control.mirrored ? 0 : control.width - width
+        y: (control.height - height) / 2
+        width: 51
+        height: 31
+        radius: height / 2
+        color: control.checked ? Theme.green : Theme.dark ? "#48484A" : "#D1D1D6"
+        opacity: control.enabled ? 1 : 0.5
+        Behavior on color { ColorAnimation { duration: Theme.moderate } }
+
+        Rectangle {
+            readonly property bool atEnd: control.checked !== control.mirrored
+            x: atEnd ? parent.width - width - 2 : 2
+            y: 2
+            width: 27
+            height: 27
+            radius: width / 2
+            color: "#FFFFFF"
+            Behavior on x { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutQuad } }
+        }
+        FocusRing {
+            around: control
+            anchors.fill: parent
+            corner: parent.radius
+        }
+    }
+    contentItem: Label {
+        leftPadding: control.mirrored ? control.indicator.width + Theme.between : 0
+        rightPadding: control.mirrored ? 0 : control.indicator.width + Theme.between
+        text: control.text
+        lineHeight: 1
+        topPadding: 0
+        verticalAlignment: Text.AlignVCenter
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,183 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+Page {
+    id: page
+
+    required property var screen
+    readonly property var panel: screen.panel
+
+    topSpace: Theme.within
+    spacing: Theme.gap
+    bar: NavigationBar {
+        trailing: IconButton {
+            symbol: page.screen.settingsIcon
+            text: page.screen.settingsLabel
+            effect: page.screen.openSettings
+        }
+    }
+
+    RowLayout {
+        spacing: Theme.gap
+        Layout.fillWidth: true
+
+        Logo { size: 56 }
+        ColumnLayout {
+            spacing: 2
+            Layout.fillWidth: true
+
+            Label {
+                text: page.screen.title
+                font: Theme.title
+                topPadding: 0
+                lineHeight: 1.15
+                Layout.fillWidth: true
+                Accessible.role: Accessible.Heading
+            }
+            Label {
+                text: page.screen.tagline
+                font: Theme.callout
+                color: Theme.secondaryText
+                topPadding: 0
+                Layout.fillWidth: true
+            }
+        }
+    }
+
+    Rectangle {
+        implicitHeight: status.implicitHeight + 2 * 28
+        radius: 24
+        color: Theme.alpha(Theme.tint(page.screen.statusColor), Theme.dark ? 0.12 : 0.09)
+        Layout.fillWidth: true
+        Layout.topMargin: Theme.within
+        Behavior on color { ColorAnimation { duration: Theme.rerouting } }
+
+        ColumnLayout {
+            id: status
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.margins: Theme.section
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 2
+
+            StatusHalo {
+                symbol: page.screen.statusIcon
+                tint: Theme.tint(page.screen.statusColor)
+                pulsing: page.screen.isPulsing
+                Layout.alignment: Qt.AlignHCenter
+            }
+            Label {
+                text: page.screen.headline
+                font: Theme.title
+                color: Theme.ink(page.screen.statusColor)
+                horizontalAlignment: Text.AlignHCenter
+                Layout.fillWidth: true
+                Accessible.role: Accessible.Heading
+            }
+            Label {
+                text: page.screen.statusLine
+                font: Theme.callout
+                color: Theme.cardSecondaryText
+                topPadding: 0
+                horizontalAlignment: Text.AlignHCenter
+                Layout.fillWidth: true
+            }
+        }
+    }
+
+    GridLayout {
+        columns: page.contentWidth >= 520 * Theme.textScale ? 2 : 1
+        columnSpacing: Theme.between
+        rowSpacing: Theme.between
+        Layout.fillWidth: true
+
+        Repeater {
+            model: page.screen.cards
+            StatusCard {
+                required property var modelData
+
+                title: modelData.title
+                value: modelData.value
+                symbol: modelData.icon
+                positive: modelData.isPositive
+                mark: modelData.stateIcon
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.preferredWidth: 1
+            }
+        }
+    }
+
+    Card {
+        padding: 20
+        spacing: Theme.gap
+        Layout.fillWidth: true
+
+        RowLayout {
+            spacing: Theme.gap
+            Layout.fillWidth: true
+
+            SymbolTile {
+                symbol: page.panel.icon
+                tint: Theme.tint(page.panel.color)
+                size: 52
+                Layout.alignment: Qt.AlignTop
+            }
+            ColumnLayout {
+                spacing: 2
+                Layout.fillWidth: true
+
+                Label {
+                    text: page.panel.heading
+                    font: Theme.headline
+                    topPadding: 0
+                    Layout.fillWidth: true
+                    Accessible.role: Accessible.Heading
+                }
+                Label {
+                    text: page.panel.text
+                    font: Theme.callout
+                    color: Theme.cardSecondaryText
+                    topPadding: 0
+                    Layout.fillWidth: true
+                }
+            }
+            Spinner { running: page.panel.isBusy }
+        }
+        PrimaryButton {
+            visible: text.length > 0
+            text: page.panel.button ?? ""
+            effect: page.screen.enableProtection
+            Layout.fillWidth: true
+        }
+        Label {
+            visible: text.length > 0
+            text: page.panel.footnote ?? ""
+            font: Theme.footnote
+            color: Theme.cardSecondaryText
+            topPadding: 0
+            horizontalAlignment: Text.AlignHCenter
+            Layout.fillWidth: true
+        }
+    }
+
+    RowLayout {
+        visible: page.screen.lastCheckin !== null
+        spacing: Theme.within
+        Layout.fillWidth: true
+
+        Label {
+            text: page.screen.lastCheckin ?? ""
+            font: Theme.footnote
+            color: Theme.secondaryText
+            topPadding: 0
+            leftPadding: Theme.unit
+            Layout.fillWidth: true
+        }
+        TextLink {
+            text: page.screen.refreshTitle
+            effect: page.screen.refresh
+        }
+    }
+}
