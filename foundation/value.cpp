@@ -48,10 +48,22 @@ void writeString(std::string_view text, std::string& out) {
 }
 
 template <class Number>
-void writeNumber(Number number, std::string& out) {
+std::string_view written(Number number, std::array<char, 32>& buffer) {
+  const char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
+  return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
+}
+
+void writeInteger(std::int64_t number, std::string& out) {
   std::array<char, 32> buffer{};
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number).ptr;
-  out.append(buffer.data(), end);
+  out += written(number, buffer);
+}
+
+// Always with a point or an exponent, or it would be read back as an integer.
+void writeReal(double number, std::string& out) {
+  std::array<char, 32> buffer{};
+  const auto digits = written(number, buffer);
+  out += digits;
+  out += digits.find_first_of(".e") == std::string_view::npos ? ".0" : "";
 }
 
 struct Writer {
@@ -59,9 +71,9 @@ struct Writer {
 
   void operator()(std::monostate) const { out += "null"; }
   void operator()(bool value) const { out += value ? "true" : "false"; }
-  void operator()(std::int64_t value) const { writeNumber(value, out); }
+  void operator()(std::int64_t value) const { writeInteger(value, out); }
   void operator()(double value) const {
-    std::isfinite(value) ? writeNumber(value, out) : (*this)(std::monostate());
+    std::isfinite(value) ? writeReal(value, out) : (*this)(std::monostate());
   }
   void operator()(const std::string& value) const { writeString(value, out); }
 

@@ -85,6 +85,20 @@ TEST(Encoding, writes_every_kind_of_value) {
   EXPECT_EQ(writeJson(Value::List()), "[]");
 }
 
+TEST(Encoding, writes_a_real_number_so_that_it_is_read_back_as_one) {
+  const std::vector<std::pair<double, std::string>> cases = {
+      {0.1, "0.1"},
+      {5.0, "5.0"},
+      {-0.0, "-0.0"},
+      {1e300, "1e+300"},
+      {123456789012345680000.0, "123456789012345683968.0"},
+      {9007199254740993.0, "9007199254740992.0"}};
+  for (const auto& [number, text] : cases) {
+    EXPECT_EQ(writeJson(number), text);
+    EXPECT_EQ(parseJson(text).value(), Value(number)) << text;
+  }
+}
+
 TEST(Encoding, writes_numbers_that_json_does_not_know_as_null) {
   EXPECT_EQ(writeJson(std::nan("")), "null");
   EXPECT_EQ(writeJson(std::numeric_limits<double>::infinity()), "null");
