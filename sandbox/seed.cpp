@@ -46,14 +46,14 @@ constexpr std::array demoDevices{
     DemoDevice{"Leo-PC", "windows", "Leo's Computer", 1, true, 1min, 260},
     DemoDevice{"PlayStation 5", "playstation", "", 1, true, 7h, 90},
     DemoDevice{"Zoe's iPad", "ios", "", 2, true, 2min, 110},
-    DemoDevice{"Living Room TV", "smarttv", "", -1, true, 26h, 60},
+    DemoDevice{"Living Room TV", "smarttv", "", -1, true, 11h, 60},
     DemoDevice{"Old Pixel", "android", "", -1, false, 24h * 40, 0},
 };
 
 // Few queries at night, many in the afternoon; never after the device was last seen.
 Time momentWithinDay(Time now, std::chrono::minutes seenAgo, Dice& dice) {
   const auto span = std::chrono::duration_cast<std::chrono::milliseconds>(24h);
-  std::uniform_int_distribution<std::int64_t> ago{std::chrono::milliseconds{seenAgo}.count() % span.count(),
+  std::uniform_int_distribution<std::int64_t> ago{std::chrono::milliseconds{seenAgo}.count(),
                                                   span.count() - 1};
   Time moment = now - std::chrono::milliseconds{ago(dice)};
   const auto hourOf = [](Time time) {

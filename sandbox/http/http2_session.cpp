@@ -124,6 +124,7 @@ void Http2Session::requestCame(int32_t id) {
   auto* const stream = find(id);
   if (stream == nullptr || stream->answered) return;
   stream->request.secure = true;
+  stream->headOnly = stream->request.method == "HEAD";
   exchange_.answer(std::move(stream->request), [self = shared_from_this(), id](Answer answer) {
     if (self->closed_ || self->find(id) == nullptr) return;
     self->submit(id, std::move(answer));
@@ -149,7 +150,7 @@ void Http2Session::submit(int32_t id, Answer answer) {
   makeReady(id);
   nghttp2_data_provider provider{};
   provider.read_callback = &Http2Session::readAnswer;
-  const bool withBody = !stream.answer.body.empty() && stream.request.method != "HEAD";
+  const bool withBody = !stream.answer.body.empty() && !stream.headOnly;
   nghttp2_submit_response(session_, id, fields.data(), fields.size(), withBody ? &provider : nullptr);
 }
 

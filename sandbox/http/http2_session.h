@@ -32,6 +32,7 @@ class Http2Session : public std::enable_shared_from_this<Http2Session> {
     std::size_t sent = 0;
     std::size_t ready = 0;  // how much of the body may be sent by now
     bool answered = false;
+    bool headOnly = false;
     boost::asio::steady_timer pause;
   };
 

@@ -1,5 +1,7 @@
 #include "tests/sandbox/support/household.h"
 
+#include <sstream>
+
 namespace quillmar::sandbox::test {
 namespace {
 
@@ -38,15 +40,14 @@ Reply ServiceTest::curl(const std::vector<std::string>& options, const std::stri
   std::vector<std::string> words{"curl",        "--silent",
                                  "--max-time",  "30",
                                  "--cacert",    service().caFile().string(),
-                                 "--write-out", "\n%{http_code} %{content_type}"};
+                                 "--write-out", "\n%{http_code} %{time_total} %{content_type}"};
   words.insert(words.end(), options.begin(), options.end());
   const auto outcome = runCommand(words, input);
   const auto newline = outcome.output.rfind('\n');
   Reply reply{.exitStatus = outcome.status};
   if (newline == std::string::npos) return reply;
   const auto summary = outcome.output.substr(newline + 1);
-  reply.status = std::atoi(summary.c_str());
-  reply.contentType = summary.substr(std::min(summary.size(), summary.find(' ') + 1));
+  std::istringstream{summary} >> reply.status >> reply.seconds >> reply.contentType;
   reply.body = outcome.output.substr(0, newline);
   return reply;
 }

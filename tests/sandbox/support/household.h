@@ -19,6 +19,7 @@ struct Reply {
   int exitStatus = -1;  // curl's own
   int status = 0;
   std::string contentType{};
+  double seconds = 0;  // from the start of the request to the end of its answer
   std::string body{};
 
   [[nodiscard]] Json json() const { return Json::parse(body, nullptr, false); }

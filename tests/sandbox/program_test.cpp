@@ -1,0 +1,255 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <regex>
+#include <set>
+#include <thread>
+
+#include "sandbox/json.h"
+#include "tests/sandbox/support/raw_connection.h"
+#include "tests/sandbox/support/run_command.h"
+
+namespace quillmar::sandbox::test {
+namespace {
+
+const std::string program = QUILLMAR_SANDBOX_PROGRAM;
+
+struct Addresses {
+  std::string plain;
+  std::string secure;
+  std::string ca;
+
+  int port() const { return std::stoi(plain.substr(plain.rfind(':') + 1)); }
+};
+
+Addresses addressesIn(const std::string& line) {
+  std::smatch found;
+  const std::regex form{
+      "quillmar-sandbox (http://127\\.0\\.0\\.1:\\d+) (https://127\\.0\\.0\\.1:\\d+) ca=(/.+)"};
+  EXPECT_TRUE(std::regex_match(line, found, form)) << line;
+  return {found[1], found[2], found[3]};
+}
+
+std::vector<std::string> command(const std::vector<std::string>& more) {
+  std::vector<std::string> words{program, "--port", "0", "--tls-port", "0"};
+  words.insert(words.end(), more.begin(), more.end());
+  return words;
+}
+
+std::string post(const std::string& url, const std::string& body) {
+  return runCommand({"curl", "--silent", "--max-time", "30", "--data-binary", "@-", url}, body).output;
+}
+
+Json login(const Addresses& service) {
+  return Json::parse(
+      post(service.plain + "/api/v1/auth/login", R"({"email":"ann@example.com","password":"quillmar-demo"})"),
+      nullptr, false);
+}
+
+// A directory of the test's own, empty at first and gone at the end.
+class Directory {
+ public:
+  explicit Directory(const std::string& name) : path_{testing::TempDir() + "quillmar-" + name} {
+    std::filesystem::remove_all(path_);
+  }
+  ~Directory() { std::filesystem::remove_all(path_); }
+  Directory(const Directory&) = delete;
+  Directory& operator=(const Directory&) = delete;
+  std::string path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+TEST(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    RunningProgram running{command({"--memory"})};
+    const auto service = addressesIn(running.readLine());
+    EXPECT_NE(service.plain, service.secure);
+    EXPECT_TRUE(std::filesystem::exists(service.ca));
+    EXPECT_THAT(post(service.plain + "/api/v1/device/checkin", "{}"), testing::HasSubstr("error"));
+    EXPECT_EQ(running.end(signal), 0);
+    EXPECT_FALSE(std::filesystem::exists(service.ca)) << "in memory nothing stays";
+  }
+}
+
+TEST(Program, several_run_beside_one_another) {
+  RunningProgram first{command({})};
+  RunningProgram second{command({})};
+  EXPECT_NE(addressesIn(first.readLine()).plain, addressesIn(second.readLine()).plain);
+}
+
+TEST(Program, says_what_is_wrong_with_its_options) {
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"--port"},
+                                                {"--port", "x"},
+                                                {"--port", "70000"},
+                                                {"--seed", "much"},
+                                                {"--sead", "demo"},
+                                                {"--memory", "--data", "/tmp/x"},
+                                                {"approve"},
+                                                {"approve", "A", "B"},
+                                                {"dance"}}) {
+    std::vector<std::string> whole{program};
+    whole.insert(whole.end(), words.begin(), words.end());
+    const auto result = runCommand(whole);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(words);
+    EXPECT_THAT(result.errors, testing::StartsWith("usage:"));
+    EXPECT_EQ(result.output, "");
+  }
+}
+
+TEST(Program, says_which_port_is_taken) {
+  RunningProgram running{command({})};
+  const auto port = std::to_string(addressesIn(running.readLine()).port());
+  const auto result = runCommand({program, "--port", port, "--tls-port", "0"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, testing::HasSubstr("Port " + port + " can't be used"));
+}
+
+TEST(Program, is_heard_on_this_machine_only) {
+  RunningProgram running{command({})};
+  const auto port = addressesIn(running.readLine()).port();
+  const auto listening = runCommand({"ss", "-Hltn", "sport = :" + std::to_string(port)}).output;
+  EXPECT_THAT(listening, testing::HasSubstr("127.0.0.1:" + std::to_string(port)));
+  EXPECT_THAT(listening, testing::Not(testing::HasSubstr("0.0.0.0:" + std::to_string(port))));
+}
+
+TEST(Program, approves_a_code_from_the_command_line) {
+  RunningProgram running{command({})};
+  const auto service = addressesIn(running.readLine());
+  const auto port = std::to_string(service.port());
+  const auto pending = Json::parse(post(service.plain + "/api/v1/enrollment/init",
+                                        R"({"device_id":"A","device_name":"Phone","device_type":"ios"})"));
+  const std::string code = pending.at("enrollment_code");
+  const auto approved = runCommand({program, "approve", code, "--port", port});
+  EXPECT_EQ(approved.status, 0) << approved.errors;
+  EXPECT_EQ(approved.output, "The device was added to your family.\n");
+  const auto again = runCommand({program, "approve", code, "--port", port});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.errors, testing::HasSubstr("used already"));
+  EXPECT_EQ(running.end(SIGTERM), 0);
+  const auto alone = runCommand({program, "approve", code, "--port", port});
+  EXPECT_EQ(alone.status, 1);
+  EXPECT_THAT(alone.errors, testing::HasSubstr("Is it running?"));
+}
+
+TEST(Program, keeps_its_data_and_its_certificates_from_one_run_to_the_next) {
+  const Directory data{"kept"};
+  std::string first;
+  {
+    RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+    first = login(addressesIn(running.readLine())).at("parent_id");
+    EXPECT_EQ(running.end(SIGTERM), 0);
+  }
+  const auto ca = runCommand({"cat", data.path() + "/ca.pem"}).output;
+  EXPECT_THAT(ca, testing::HasSubstr("BEGIN CERTIFICATE"));
+  EXPECT_EQ(runCommand({"stat", "-c", "%a", data.path() + "/server.key"}).output, "600\n");
+  RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+  EXPECT_EQ(login(addressesIn(running.readLine())).at("parent_id"), first) << "seeds are for new ground only";
+  EXPECT_EQ(runCommand({"cat", data.path() + "/ca.pem"}).output, ca);
+}
+
+TEST(Program, refuses_a_directory_that_holds_something_else) {
+  const Directory data{"foreign"};
+  std::filesystem::create_directories(data.path());
+  std::ofstream{data.path() + "/sandbox.sqlite"} << std::string(4096, 'x');
+  const auto result = runCommand(command({"--data", data.path()}));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, testing::HasSubstr("not one of this program's"));
+}
+
+TEST(Program, is_believed_only_by_those_who_know_its_authority) {
+  RunningProgram running{command({})};
+  const auto service = addressesIn(running.readLine());
+  const auto url = service.secure + "/api/v1/children";
+  constexpr int notVerified = 60;
+  EXPECT_EQ(runCommand({"curl", "--silent", "--max-time", "30", url}).status, notVerified);
+  EXPECT_EQ(runCommand({"curl", "--silent", "--max-time", "30", "--cacert", service.ca, url}).status, 0);
+  EXPECT_EQ(
+      runCommand({"curl", "--silent", "--max-time", "30", "--cacert", service.ca, "--tls-max", "1.1", url})
+          .status,
+      35);
+}
+
+// Writes one entry of a list after the other over one connection, and notes how many were answered.
+class Writer {
+ public:
+  Writer(int port, std::string path, std::string token, std::string prefix)
+      : connection_{port}, path_{std::move(path)}, token_{std::move(token)}, prefix_{std::move(prefix)} {}
+
+  bool write() {
+    const auto body = Json{{"domain", nameOf(answered_)}}.dump();
+    connection_.send("POST " + path_ + " HTTP/1.1\r\nHost: x\r\nAuthorization: Bearer " + token_ +
+                     "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+    if (statusOf(connection_.readAnswer()) != 200) return false;
+    ++answered_;
+    return true;
+  }
+  int answered() const { return answered_; }
+  std::string nameOf(int number) const { return prefix_ + std::to_string(number) + ".example"; }
+
+ private:
+  RawConnection connection_;
+  std::string path_;
+  std::string token_;
+  std::string prefix_;
+  int answered_ = 0;
+};
+
+TEST(Program, killed_in_the_middle_of_a_thousand_writes_has_lost_nothing_that_it_answered) {
+  static constexpr int writers = 4;
+  static constexpr int writes = 1000;
+  const Directory data{"killed"};
+  std::vector<std::unique_ptr<Writer>> writing;
+  std::string path;
+  {
+    RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+    const auto service = addressesIn(running.readLine());
+    const std::string token = login(service).at("token");
+    const auto children =
+        Json::parse(runCommand({"curl", "--silent", "--header", "Authorization: Bearer " + token,
+                                service.plain + "/api/v1/children"})
+                        .output);
+    path = "/api/v1/children/" + children.at("children")[0].at("id").get<std::string>() + "/policy/block";
+    for (int i = 0; i < writers; ++i) {
+      writing.push_back(std::make_unique<Writer>(service.port(), path, token, std::string(1, char('a' + i))));
+    }
+    std::atomic<int> total = 0;
+    std::vector<std::thread> threads;
+    for (auto& writer : writing) {
+      threads.emplace_back([&] {
+        while (total < writes && writer->write()) {
+          if (++total == writes / 2) running.end(SIGKILL);
+        }
+      });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_GE(total, writes / 2);
+    EXPECT_LT(total, writes);
+  }
+  RunningProgram running{command({"--data", data.path()})};
+  const auto service = addressesIn(running.readLine());
+  const std::string token = login(service).at("token");
+  const auto reply = runCommand(
+      {"curl", "--silent", "--request", "PUT", "--header", "Authorization: Bearer " + token, "--data-binary",
+       R"({"is_blocked":false,"block_mode":"blacklist"})", service.plain + path.substr(0, path.rfind('/'))});
+  const auto kept = Json::parse(reply.output).at("blocked_domains").get<std::set<std::string>>();
+  int answered = 0;
+  for (const auto& writer : writing) {
+    answered += writer->answered();
+    for (int number = 0; number < writer->answered(); ++number) {
+      EXPECT_TRUE(kept.contains(writer->nameOf(number))) << writer->nameOf(number);
+    }
+    EXPECT_FALSE(kept.contains(writer->nameOf(writer->answered() + 1)))
+        << "nothing was written that wasn't asked for";
+  }
+  EXPECT_GE(answered, writes / 2);
+}
+
+}  // namespace
+}  // namespace quillmar::sandbox::test

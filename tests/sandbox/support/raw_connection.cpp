@@ -1,0 +1,75 @@
+#include "tests/sandbox/support/raw_connection.h"
+
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+namespace quillmar::sandbox::test {
+
+RawConnection::RawConnection(int port) : socket_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)} {
+  const timeval patience{.tv_sec = 30, .tv_usec = 0};
+  ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    ::close(socket_);
+    socket_ = -1;
+  }
+}
+
+RawConnection::~RawConnection() {
+  if (socket_ >= 0) ::close(socket_);
+}
+
+bool RawConnection::send(const std::string& bytes) {
+  for (std::size_t sent = 0; sent < bytes.size();) {
+    const auto size = ::send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+    if (size <= 0) return false;
+    sent += std::size_t(size);
+  }
+  return true;
+}
+
+bool RawConnection::readMore() {
+  std::array<char, 4096> buffer;
+  const auto size = ::recv(socket_, buffer.data(), buffer.size(), 0);
+  if (size > 0) received_.append(buffer.data(), std::size_t(size));
+  return size > 0;
+}
+
+std::string RawConnection::readAnswer() {
+  static constexpr std::string_view field = "Content-Length: ";
+  auto headEnd = received_.find("\r\n\r\n");
+  for (; headEnd == std::string::npos; headEnd = received_.find("\r\n\r\n")) {
+    if (!readMore()) return {};
+  }
+  const auto at = received_.find(field);
+  const auto length = at < headEnd ? std::strtoul(received_.c_str() + at + field.size(), nullptr, 10) : 0;
+  const auto whole = headEnd + 4 + length;
+  while (received_.size() < whole) {
+    if (!readMore()) return {};
+  }
+  auto answer = received_.substr(0, whole);
+  received_.erase(0, whole);
+  return answer;
+}
+
+std::string RawConnection::readToEnd() {
+  while (readMore()) {
+  }
+  return std::exchange(received_, {});
+}
+
+int statusOf(const std::string& answer) {
+  return answer.starts_with("HTTP/1.1 ") ? std::atoi(answer.c_str() + 9) : 0;
+}
+
+}  // namespace quillmar::sandbox::test
