@@ -60,4 +60,11 @@ const std::shared_ptr<BackgroundService>& Environment::backgroundService() {
   return madeOnce(backgroundService_, platform_.dispatch, platform_.log, networkService_, vpnManager());
 }
 
+std::vector<std::shared_ptr<ObservableObject>> Environment::madeObjects() const {
+  std::vector<std::shared_ptr<ObservableObject>> made{roleManager_,       authState_,  childAppState_,
+                                                      appearanceManager_, vpnManager_, backgroundService_};
+  std::erase(made, nullptr);
+  return made;
+}
+
 }  // namespace quillmar

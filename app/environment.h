@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "client/deployments.h"
 #include "foundation/date_format.h"
@@ -13,6 +14,7 @@ class AuthState;
 class BackgroundService;
 class ChildAppState;
 class NetworkService;
+class ObservableObject;
 class RoleManager;
 class VPNDNSManager;
 
@@ -36,6 +38,9 @@ class Environment {
   const std::shared_ptr<AppearanceManager>& appearanceManager();
   const std::shared_ptr<VPNDNSManager>& vpnManager();
   const std::shared_ptr<BackgroundService>& backgroundService();
+
+  // Those of the observable ones that exist by now; asking makes none.
+  std::vector<std::shared_ptr<ObservableObject>> madeObjects() const;
 
  private:
   const Platform platform_;

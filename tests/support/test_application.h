@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -24,10 +26,15 @@ class TestApplication {
  public:
   static constexpr const char* serviceRoot = "https://au.example";
 
-  explicit TestApplication(const StoredSettings& stored = {}) : TestApplication(stored, nullptr) {}
-  // On a session with a real network, and a service of its own.
-  TestApplication(const StoredSettings& stored, HttpSession* session, const std::string& root = serviceRoot)
-      : session_(session ? *session : machine.http), root_(root) {
+  // Where requests go: a session over the machine's time, and the root of the service that it reaches.
+  struct Network {
+    std::function<std::unique_ptr<HttpSession>(VirtualDispatch& time)> makeSession;
+    std::string root;
+  };
+
+  explicit TestApplication(const StoredSettings& stored = {}, const std::optional<Network>& network = {})
+      : session_(network ? network->makeSession(machine.dispatch) : nullptr),
+        root_(network ? network->root : serviceRoot) {
     for (const auto& [key, value] : stored) {
       machine.settings.set(key, value);
     }
@@ -79,11 +86,12 @@ class TestApplication {
 
  private:
   void start() {
-    app_ = std::make_unique<QuillmarApp>(machine.portsWith(session_), Deployments::all(root_));
+    app_ = std::make_unique<QuillmarApp>(session_ ? machine.portsWith(*session_) : machine.ports(),
+                                         Deployments::all(root_));
     app_->launch();
   }
 
-  HttpSession& session_;
+  const std::unique_ptr<HttpSession> session_;
   const std::string root_;
   std::unique_ptr<QuillmarApp> app_;
 };
