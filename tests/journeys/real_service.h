@@ -5,27 +5,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/linux/curl_http_session.h"
 #include "sandbox/service.h"
-#include "tests/support/settling_http_session.h"
+#include "tests/support/network_session.h"
 #include "tests/support/test_application.h"
 
 namespace quillmar {
-
-// A session over the real network that the machine's virtual time waits for.
-class NetworkSession final : public HttpSession {
- public:
-  NetworkSession(const std::string& caFile, VirtualDispatch& time)
-      : network_(CurlHttpSession::Options{.extraCaFile = caFile}), settling_(network_, &time) {}
-
-  void dataTask(HttpRequest request, Completion completion) override {
-    settling_.dataTask(std::move(request), std::move(completion));
-  }
-
- private:
-  CurlHttpSession network_;
-  SettlingHttpSession settling_;
-};
 
 // The stand-in service on free ports of this machine.
 class RealService {
@@ -36,9 +20,7 @@ class RealService {
 
   // Over TLS, verified against the service's own authority.
   TestApplication::Network network() const {
-    return {.makeSession = [ca = service_->caFile().string()](
-                               VirtualDispatch& time) { return std::make_unique<NetworkSession>(ca, time); },
-            .root = service_->secureUrl()};
+    return realNetwork(service_->secureUrl(), service_->caFile().string());
   }
 
   // How often the service was asked for this since the last `clearRequests`.

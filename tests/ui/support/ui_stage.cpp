@@ -29,7 +29,7 @@ QQuickItem* search(QQuickItem& item, const std::function<bool(const QQuickItem&)
 
 }  // namespace
 
-UiStage::UiStage(const Options& options) : application(options.stored) {
+UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
   desktop.setWishes(options.desktop);
   window_ = std::make_unique<Window>(application.app().contentView(), application.machine.qrEncoder, style,
                                      Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt});

@@ -7,6 +7,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "tests/support/test_application.h"
 #include "ui/adapters/desktop_settings.h"
@@ -39,6 +40,7 @@ class UiStage {
  public:
   struct Options {
     StoredSettings stored{};
+    std::optional<TestApplication::Network> network{};
     QSize size{390, 844};
     DesktopSettings::Wishes desktop{.dark = false};
   };
