@@ -1,0 +1,321 @@
+#include "platform/linux/curl_transfer.h"
+
+#include <netinet/in.h>
+#include <strings.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+namespace quillmar {
+namespace {
+
+using Kind = TransportError::Kind;
+
+constexpr int mostRedirects = 16;
+constexpr std::size_t mostHeaders =
+    std::size_t{256} * 1024;  // below libcurl's own limit, which looks like a lost connection
+// No more than this is set aside before it has come.
+constexpr curl_off_t largestReserve = curl_off_t{1} << 20;
+
+constexpr auto errors = std::to_array<std::pair<CURLcode, Kind>>({
+    {CURLE_UNSUPPORTED_PROTOCOL, Kind::badServerResponse},  // HTTP/0.9: the URL's scheme is known to be good
+    {CURLE_URL_MALFORMAT, Kind::badURL},
+    {CURLE_COULDNT_RESOLVE_PROXY, Kind::cannotFindHost},
+    {CURLE_COULDNT_RESOLVE_HOST, Kind::cannotFindHost},
+    {CURLE_COULDNT_CONNECT, Kind::cannotConnectToHost},
+    {CURLE_WEIRD_SERVER_REPLY, Kind::badServerResponse},
+    {CURLE_PARTIAL_FILE, Kind::networkConnectionLost},
+    {CURLE_WRITE_ERROR, Kind::badServerResponse},    // refused by our size limit
+    {CURLE_OUT_OF_MEMORY, Kind::badServerResponse},  // a header line over libcurl's limit
+    {CURLE_OPERATION_TIMEDOUT, Kind::timedOut},
+    {CURLE_SSL_CONNECT_ERROR, Kind::secureConnectionFailed},
+    {CURLE_GOT_NOTHING, Kind::networkConnectionLost},
+    {CURLE_SEND_ERROR, Kind::networkConnectionLost},
+    {CURLE_RECV_ERROR, Kind::networkConnectionLost},
+    {CURLE_SSL_CERTPROBLEM, Kind::secureConnectionFailed},
+    {CURLE_SSL_CIPHER, Kind::secureConnectionFailed},
+    {CURLE_PEER_FAILED_VERIFICATION, Kind::serverCertificateUntrusted},
+    {CURLE_BAD_CONTENT_ENCODING, Kind::badServerResponse},
+    {CURLE_FILESIZE_EXCEEDED, Kind::badServerResponse},
+    {CURLE_USE_SSL_FAILED, Kind::secureConnectionFailed},
+    {CURLE_SSL_CACERT_BADFILE, Kind::secureConnectionFailed},
+    {CURLE_SSL_SHUTDOWN_FAILED, Kind::secureConnectionFailed},
+    {CURLE_SSL_ISSUER_ERROR, Kind::serverCertificateUntrusted},
+    {CURLE_HTTP2, Kind::networkConnectionLost},
+    {CURLE_HTTP2_STREAM, Kind::networkConnectionLost},
+    {CURLE_SSL_INVALIDCERTSTATUS, Kind::serverCertificateUntrusted},
+    {CURLE_PROXY, Kind::cannotConnectToHost},
+});
+
+constexpr auto networkIsMissing = std::to_array<int>({ENETUNREACH, ENETDOWN});
+
+// Which requests go on as a GET without a body.
+enum class Turns { none, post, all };
+constexpr auto redirectRules = std::to_array<std::pair<int, Turns>>(
+    {{301, Turns::post}, {302, Turns::post}, {303, Turns::all}, {307, Turns::none}, {308, Turns::none}});
+
+constexpr auto methodsWithBody = std::to_array<std::string_view>({"POST", "PUT", "PATCH"});
+constexpr auto headersOfBody =
+    std::to_array<const char*>({"Content-Type", "Content-Length", "Content-Encoding"});
+
+bool isHeader(const std::string& name, const char* known) { return strcasecmp(name.c_str(), known) == 0; }
+
+// A name or value with a line break in it would add headers of its own.
+bool isSafe(const std::string& text) {
+  return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
+}
+
+bool isLoopback(const sockaddr& address) {
+  if (address.sa_family == AF_INET) {
+    const auto& v4 = reinterpret_cast<const sockaddr_in&>(address);
+    return ntohl(v4.sin_addr.s_addr) >> 24U == 127;
+  }
+  return address.sa_family == AF_INET6 &&
+         IN6_IS_ADDR_LOOPBACK(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr);
+}
+
+}  // namespace
+
+CurlTransfer::CurlTransfer(HttpRequest request, HttpSession::Completion completion,
+                           const TransferSettings& settings)
+    : request_(std::move(request)), completion_(std::move(completion)), settings_(settings) {}
+
+CurlTransfer& CurlTransfer::of(CURL* handle) {
+  void* self = nullptr;
+  curl_easy_getinfo(handle, CURLINFO_PRIVATE, &self);
+  return *static_cast<CurlTransfer*>(self);
+}
+
+Result<void> CurlTransfer::begin(EasyHandle handle) {
+  handle_ = std::move(handle);
+  return aim(HttpTarget::parse(request_.url));
+}
+
+Result<void> CurlTransfer::aim(Result<HttpTarget> target) {
+  if (!target) {
+    return target.error();
+  }
+  if (target.value().isPlain() && !target.value().isLoopback()) {
+    return Error(TransportError{Kind::appTransportSecurityRequiresSecureConnection, {}});
+  }
+  target_.emplace(std::move(target).value());
+  setUp();
+  return success();
+}
+
+void CurlTransfer::setUp() {
+  CURL* handle = handle_.get();
+  curl_easy_reset(handle);
+  body_.clear();
+  headerSize_ = 0;
+  sent_ = 0;
+
+  curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(handle, CURLOPT_CURLU, target_->handle());
+  curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+  // Worth the wait for a handshake that may offer HTTP/2; without TLS it would be for the whole first answer.
+  curl_easy_setopt(handle, CURLOPT_PIPEWAIT, target_->isPlain() ? 0L : 1L);
+  curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a resolver that hangs
+  curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  if (target_->isLoopback()) {
+    curl_easy_setopt(handle, CURLOPT_PROXY, "");
+  }
+
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
+  curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  // libcurl keeps the parsed certificates for later connections only if they come from one file and nothing
+  // else.
+  curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+  curl_easy_setopt(handle, CURLOPT_CAINFO, settings_.caFile.c_str());
+  if (!settings_.certificates.empty()) {
+    curl_blob certificates{
+        const_cast<char*>(settings_.certificates.data()),  // NOLINT: a C interface that only reads
+        settings_.certificates.size(), CURL_BLOB_NOCOPY};
+    curl_easy_setopt(handle, CURLOPT_CAINFO_BLOB, &certificates);
+  }
+
+  curl_easy_setopt(handle, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(settings_.sizeLimit));
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+  curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+  curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+  curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
+  curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
+  setUpMethod();
+  setUpHeaders();
+}
+
+void CurlTransfer::setUpMethod() {
+  CURL* handle = handle_.get();
+  const std::string& method = request_.method;
+  if (request_.body || std::ranges::find(methodsWithBody, method) != methodsWithBody.end()) {
+    const std::string_view body = request_.body ? std::string_view(*request_.body) : std::string_view("");
+    curl_easy_setopt(handle, CURLOPT_POST, 1L);
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.data());
+  } else if (method == "HEAD") {
+    curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+  } else {
+    curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
+  }
+  curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, method.c_str());
+}
+
+// Of its own accord libcurl adds three that nobody asked for.
+void CurlTransfer::setUpHeaders() {
+  headers_.reset();
+  for (const char* unwanted : {"Accept:", "Expect:", "Content-Type:"}) {
+    addHeader(unwanted);
+  }
+  for (const auto& [name, value] : request_.headers) {
+    if (isSafe(name) && isSafe(value)) {
+      addHeader(value.empty() ? name + ';' : name + ": " + value);
+    }
+  }
+  curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, headers_.get());
+}
+
+void CurlTransfer::addHeader(const std::string& line) {
+  curl_slist* list = curl_slist_append(headers_.get(), line.c_str());
+  static_cast<void>(headers_.release());
+  headers_.reset(list);
+}
+
+CurlTransfer::Clock::time_point CurlTransfer::deadline() const {
+  return std::min(lastProgress_ + request_.timeout, start_ + settings_.longestTransfer);
+}
+
+int CurlTransfer::status() const {
+  long status = 0;
+  curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &status);
+  return static_cast<int>(status);
+}
+
+std::string CurlTransfer::redirectLocation() const {
+  const char* location = nullptr;
+  curl_easy_getinfo(handle_.get(), CURLINFO_REDIRECT_URL, &location);
+  return location ? location : "";
+}
+
+bool CurlTransfer::isRedirect() const {
+  const auto isKnown = [status = status()](const auto& rule) { return rule.first == status; };
+  return std::ranges::any_of(redirectRules, isKnown) && !redirectLocation().empty();
+}
+
+Result<void> CurlTransfer::redirect() {
+  if (++redirects_ > mostRedirects) {
+    return Error(TransportError{Kind::httpTooManyRedirects, {}});
+  }
+  auto target = HttpTarget::parseRedirect(redirectLocation());
+  if (!target) {
+    return target.error();
+  }
+  if (!target.value().hasSameOrigin(*target_)) {
+    std::erase_if(request_.headers,
+                  [](const auto& header) { return isHeader(header.first, "Authorization"); });
+  }
+  const auto turns = std::ranges::find(redirectRules, status(), &std::pair<int, Turns>::first)->second;
+  if (turns == Turns::all || (turns == Turns::post && request_.method == "POST")) {
+    request_.method = "GET";
+    request_.body.reset();
+    std::erase_if(request_.headers, [](const auto& header) {
+      return std::ranges::any_of(headersOfBody,
+                                 [&](const char* known) { return isHeader(header.first, known); });
+    });
+  }
+  return aim(std::move(target));
+}
+
+void CurlTransfer::complete(CURLcode code, bool hasNetwork) {
+  if (code != CURLE_OK) {
+    fail(errorOf(code, hasNetwork));
+  } else {
+    completion_({.data = std::move(body_), .response = Response{status()}, .error = std::nullopt});
+  }
+}
+
+void CurlTransfer::fail(const TransportError& error) {
+  completion_({.data = std::nullopt, .response = std::nullopt, .error = error});
+}
+
+TransportError CurlTransfer::errorOf(CURLcode code, bool hasNetwork) const {
+  const auto known = std::ranges::find(errors, code, &std::pair<CURLcode, Kind>::first);
+  const Kind kind = known == errors.end() ? Kind::networkConnectionLost : known->second;
+  if (kind == Kind::serverCertificateUntrusted) {
+    return {kind, target_->host()};
+  }
+  if (kind == Kind::cannotFindHost || kind == Kind::cannotConnectToHost) {
+    long cause = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_OS_ERRNO, &cause);
+    const bool unreachable = std::ranges::find(networkIsMissing, cause) != networkIsMissing.end();
+    if (!target_->isLoopback() && (unreachable || !hasNetwork)) {
+      return {Kind::notConnectedToInternet, {}};
+    }
+  }
+  return {kind, {}};
+}
+
+std::size_t CurlTransfer::onHeader(char*, std::size_t size, std::size_t count, void* self) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  transfer.madeProgress();
+  transfer.headerSize_ += size * count;
+  return transfer.headerSize_ <= mostHeaders ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  transfer.madeProgress();
+  std::string& body = transfer.body_;
+  if (body.size() + size * count > transfer.settings_.sizeLimit) {
+    return 0;
+  }
+  if (body.empty()) {
+    curl_off_t expected = 0;
+    curl_easy_getinfo(transfer.handle_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &expected);
+    body.reserve(static_cast<std::size_t>(std::clamp(expected, curl_off_t{0}, largestReserve)));
+  }
+  body.append(bytes, size * count);
+  return size * count;
+}
+
+int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
+  static_cast<CurlTransfer*>(self)->madeProgress();
+  return CURL_PREREQFUNC_OK;
+}
+
+int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  if (sent != transfer.sent_) {
+    transfer.sent_ = sent;
+    transfer.madeProgress();
+  }
+  return 0;
+}
+
+// Not inherited by programs that this one starts; and whatever a name resolves to, plain text stays on this
+// machine.
+curl_socket_t CurlTransfer::openSocket(void* self, curlsocktype, curl_sockaddr* address) {
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  transfer.madeProgress();
+  if (transfer.target_->isPlain() && !isLoopback(address->addr)) {
+    return CURL_SOCKET_BAD;
+  }
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+}  // namespace quillmar

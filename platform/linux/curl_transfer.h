@@ -1,0 +1,94 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "foundation/result.h"
+#include "platform/http_session.h"
+#include "platform/linux/http_target.h"
+#include "platform/transport_error.h"
+
+namespace quillmar {
+
+struct EasyCleanup {
+  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+using EasyHandle = std::unique_ptr<CURL, EasyCleanup>;
+
+// What all transfers of a session have in common.
+struct TransferSettings {
+  std::string caFile;
+  std::string certificates;  // PEM, in place of the file where there is any
+  std::size_t sizeLimit = 0;
+  std::chrono::seconds longestTransfer{0};
+};
+
+// One data task on its way: a handle of libcurl set up for it, and what has come so far. Used on the
+// session's thread.
+class CurlTransfer {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  CurlTransfer(HttpRequest request, HttpSession::Completion completion, const TransferSettings& settings);
+  CurlTransfer(const CurlTransfer&) = delete;
+  CurlTransfer& operator=(const CurlTransfer&) = delete;
+  ~CurlTransfer() = default;
+
+  // Sets the handle up for the request, or tells why the request can't be sent.
+  Result<void> begin(EasyHandle handle);
+  CURL* handle() const { return handle_.get(); }
+  EasyHandle takeHandle() { return std::move(handle_); }
+
+  // When it has been without progress for too long, or has gone on for ever.
+  Clock::time_point deadline() const;
+
+  // Whether the answer that has come asks to look elsewhere; then the handle is set up anew, or the error
+  // says why not.
+  bool isRedirect() const;
+  Result<void> redirect();
+
+  void complete(CURLcode code, bool hasNetwork);
+  void fail(const TransportError& error);
+
+  static CurlTransfer& of(CURL* handle);
+
+ private:
+  using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+  Result<void> aim(Result<HttpTarget> target);
+  void setUp();
+  void setUpMethod();
+  void setUpHeaders();
+  void addHeader(const std::string& line);
+  TransportError errorOf(CURLcode code, bool hasNetwork) const;
+  std::string redirectLocation() const;
+  int status() const;
+
+  void madeProgress() { lastProgress_ = Clock::now(); }
+
+  static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+  static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
+  static int onConnected(void* self, char*, char*, int, int);
+  static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
+  static curl_socket_t openSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
+
+  HttpRequest request_;
+  HttpSession::Completion completion_;
+  const TransferSettings& settings_;
+  EasyHandle handle_;
+  std::optional<HttpTarget> target_;
+  HeaderList headers_{nullptr, &curl_slist_free_all};
+  int redirects_ = 0;
+  std::string body_;
+  std::size_t headerSize_ = 0;
+  curl_off_t sent_ = 0;
+  const Clock::time_point start_ = Clock::now();
+  Clock::time_point lastProgress_ = start_;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,77 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "platform/linux/curl_http_session.h"
+#include "tests/platform/fetching.h"
+#include "tests/platform/raw_server.h"
+#include "tests/support/contracts/http_session_contract.h"
+#include "tests/support/scripted_http_session.h"
+#include "tests/support/virtual_dispatch.h"
+
+namespace quillmar {
+namespace {
+
+class ScriptedHarness final : public HttpSessionHarness {
+ public:
+  HttpSession& session() override { return session_; }
+  void answerWith(int status, const std::string& body) override {
+    session_.answerAlways("GET", "/", status, body);
+  }
+  std::string unreachableUrl() override { return "https://h/elsewhere"; }
+  std::string url() override { return "https://h/"; }
+  bool isMainThread() override { return dispatch_.isMainThread(); }
+  bool runUntil(const std::function<bool()>& done) override { return dispatch_.settleUntil(done); }
+
+ private:
+  VirtualDispatch dispatch_;
+  ScriptedHttpSession session_{dispatch_};
+};
+
+class CurlHarness final : public HttpSessionHarness {
+ public:
+  HttpSession& session() override { return watched_; }
+  void answerWith(int status, const std::string& body) override {
+    const std::scoped_lock lock(mutex_);
+    const bool hasBody = status != 204 && status != 304;
+    response_ =
+        hasBody ? httpResponse(status, body) : "HTTP/1.1 " + std::to_string(status) + " Reason\r\n\r\n";
+  }
+  std::string unreachableUrl() override {
+    const RawServer gone([](RawConnection&) {});
+    return gone.url("/");
+  }
+  std::string url() override { return server_.url("/"); }
+  bool isMainThread() override { return std::this_thread::get_id() == main_; }
+  bool runUntil(const std::function<bool()>& done) override { return watched_.waitUntil(done); }
+
+ private:
+  std::string response() {
+    const std::scoped_lock lock(mutex_);
+    return response_;
+  }
+
+  const std::thread::id main_ = std::this_thread::get_id();
+  std::mutex mutex_;
+  std::string response_;
+  RawServer server_{[this](RawConnection& connection) {
+    while (connection.readRequest() && connection.send(response())) {
+    }
+  }};
+  CurlHttpSession session_;
+  WatchedSession watched_{session_};
+};
+
+template <class Harness>
+std::unique_ptr<HttpSessionHarness> make() {
+  return std::make_unique<Harness>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Scripted, HttpSessionContract, testing::Values(make<ScriptedHarness>));
+INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract, testing::Values(make<CurlHarness>));
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <openssl/evp.h>
+#include <openssl/x509.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "tests/platform/raw_server.h"
+
+namespace quillmar {
+
+// A certificate authority that lives for one test.
+class TestAuthority {
+ public:
+  TestAuthority();
+
+  // Its own certificate, as a client would be told to trust it.
+  std::string certificate() const;
+
+  struct Server {
+    // "DNS:localhost,IP:127.0.0.1"
+    std::string names = "DNS:localhost,IP:127.0.0.1";
+    std::chrono::hours validFrom{-1};
+    std::chrono::hours validTo{1};
+  };
+  // What a server with a certificate from here needs.
+  TlsContext contextFor(const Server& server) const;
+  TlsContext context() const { return contextFor(Server()); }
+
+ private:
+  using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+  using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
+
+  static Certificate make(const std::string& name, EVP_PKEY* key, const Server& validity);
+
+  Key key_;
+  Certificate certificate_;
+};
+
+}  // namespace quillmar
