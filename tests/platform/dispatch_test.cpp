@@ -15,18 +15,7 @@ namespace {
 class VirtualHarness final : public DispatchHarness {
  public:
   Dispatch& dispatch() override { return dispatch_; }
-  bool runUntil(const std::function<bool()>& done) override {
-    while (true) {
-      dispatch_.settle();
-      if (done()) {
-        return true;
-      }
-      if (dispatch_.nextDue() == Date::max() && !dispatch_.waitForWork()) {
-        return false;
-      }
-      dispatch_.jump(std::max(dispatch_.nextDue() - dispatch_.now(), Duration::zero()));
-    }
-  }
+  bool runUntil(const std::function<bool()>& done) override { return dispatch_.advanceUntil(done); }
   void stall(Duration duration) override { dispatch_.jump(duration); }
 
  private:

@@ -127,6 +127,19 @@ bool VirtualDispatch::settleUntil(const std::function<bool()>& predicate) {
   }
 }
 
+bool VirtualDispatch::advanceUntil(const std::function<bool()>& predicate) {
+  while (true) {
+    settle();
+    if (predicate()) {
+      return true;
+    }
+    if (nextDue() == Date::max() && !waitForWork()) {
+      return false;
+    }
+    jump(std::max(nextDue() - now(), Duration::zero()));
+  }
+}
+
 bool VirtualDispatch::waitForWork() {
   std::unique_lock lock(mutex_);
   return changed_.wait_until(lock, deadline(), [this] { return isReady(); });

@@ -47,6 +47,8 @@ class VirtualDispatch final : public Dispatch {
 
   // Settles until `predicate` holds, waiting for posts of other threads; false when the patience ended first.
   bool settleUntil(const std::function<bool()>& predicate);
+  // The same, moving time on to the next task or timer whenever nothing is left to do now.
+  bool advanceUntil(const std::function<bool()>& predicate);
   // Blocks until something is ready to run; false when the patience ended first.
   bool waitForWork();
 

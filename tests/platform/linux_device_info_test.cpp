@@ -1,0 +1,173 @@
+#include "platform/linux/linux_device_info.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sdbus-c++/sdbus-c++.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "platform/linux/file_descriptor.h"
+#include "tests/support/temporary_directory.h"
+
+namespace quillmar {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string machineName() {
+  std::array<char, 256> name{};
+  gethostname(name.data(), name.size() - 1);
+  return name.data();
+}
+
+// A message bus of its own.
+class PrivateBus {
+ public:
+  explicit PrivateBus(const fs::path& directory) : address_("unix:path=" + (directory / "bus").string()) {
+    std::ofstream(directory / "bus.conf")
+        << "<busconfig><type>session</type><listen>" << address_ << "</listen><auth>EXTERNAL</auth>"
+        << "<policy context='default'><allow send_destination='*'/><allow eavesdrop='true'/><allow own='*'/>"
+        << "</policy></busconfig>";
+    const std::string config = "--config-file=" + (directory / "bus.conf").string();
+    std::array<int, 2> ready{};
+    if (pipe(ready.data()) != 0) {
+      return;
+    }
+    const FileDescriptor output(ready[0]);
+    FileDescriptor input(ready[1]);
+    const std::string print = "--print-address=" + std::to_string(input.get());
+    daemon_ = fork();
+    if (daemon_ == 0) {
+      dup2(open("/dev/null", O_WRONLY | O_CLOEXEC),
+           STDERR_FILENO);  // it complains of limits it may not raise
+      execlp("dbus-daemon", "dbus-daemon", "--nofork", config.c_str(), print.c_str(), nullptr);
+      _exit(1);
+    }
+    input = FileDescriptor();
+    char first = 0;
+    running_ = read(output.get(), &first, 1) == 1;
+  }
+  PrivateBus(const PrivateBus&) = delete;
+  PrivateBus& operator=(const PrivateBus&) = delete;
+  ~PrivateBus() {
+    if (daemon_ > 0) {
+      kill(daemon_, SIGTERM);
+      waitpid(daemon_, nullptr, 0);
+    }
+  }
+
+  bool running() const { return running_; }
+  const std::string& address() const { return address_; }
+
+ private:
+  const std::string address_;
+  pid_t daemon_ = -1;
+  bool running_ = false;
+};
+
+// A hostnamed that knows one name.
+class Hostnamed {
+ public:
+  Hostnamed(const std::string& busAddress, std::string name)
+      : connection_(sdbus::createSessionBusConnectionWithAddress(busAddress)),
+        object_(sdbus::createObject(*connection_, "/org/freedesktop/hostname1")) {
+    object_->registerProperty("PrettyHostname").onInterface("org.freedesktop.hostname1").withGetter([name] {
+      return name;
+    });
+    object_->finishRegistration();
+    connection_->requestName("org.freedesktop.hostname1");
+    connection_->enterEventLoopAsync();
+  }
+
+ private:
+  std::unique_ptr<sdbus::IConnection> connection_;
+  std::unique_ptr<sdbus::IObject> object_;
+};
+
+class LinuxDeviceInfoTest : public testing::Test {
+ protected:
+  LinuxDeviceInfoTest() {
+    sources.busAddress = "unix:path=" + (directory.path() / "no-bus").string();
+    sources.patience = std::chrono::seconds(20);
+    sources.machineInfo = directory.path() / "machine-info";
+  }
+  void writeMachineInfo(const std::string& text) const { std::ofstream(sources.machineInfo) << text; }
+  std::string name() const { return LinuxDeviceInfo(sources).name(); }
+
+  TemporaryDirectory directory;
+  LinuxDeviceInfo::Sources sources;
+};
+
+TEST_F(LinuxDeviceInfoTest, hostnamed_knows_the_name_best) {
+  const PrivateBus bus(directory.path());
+  ASSERT_TRUE(bus.running());
+  const Hostnamed hostnamed(bus.address(), "Zoë’s Laptop");
+  sources.busAddress = bus.address();
+  writeMachineInfo("PRETTY_HOSTNAME=other\n");
+  EXPECT_EQ(name(), "Zoë’s Laptop");
+}
+
+TEST_F(LinuxDeviceInfoTest, a_hostnamed_without_a_name_and_a_bus_without_hostnamed_leave_it_to_the_file) {
+  const PrivateBus bus(directory.path());
+  ASSERT_TRUE(bus.running());
+  sources.busAddress = bus.address();
+  writeMachineInfo("PRETTY_HOSTNAME=other\n");
+  EXPECT_EQ(name(), "other");
+  const Hostnamed hostnamed(bus.address(), "");
+  EXPECT_EQ(name(), "other");
+}
+
+TEST_F(LinuxDeviceInfoTest, a_bus_that_never_answers_is_not_waited_for) {
+  const fs::path path = directory.path() / "mute";
+  const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.string().copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener.get(), 1), 0);
+  sources.busAddress = "unix:path=" + path.string();
+  sources.patience = std::chrono::milliseconds(10);
+  writeMachineInfo("PRETTY_HOSTNAME=file\n");
+  EXPECT_EQ(name(), "file");
+}
+
+TEST_F(LinuxDeviceInfoTest, without_a_bus_the_file_says_the_name_in_any_quotes) {
+  for (const auto& [text, expected] :
+       {std::pair("PRETTY_HOSTNAME=plain\n", "plain"),
+        std::pair("PRETTY_HOSTNAME=\"Ann's \\\"PC\\\"\"\n", "Ann's \"PC\""),
+        std::pair("ICON_NAME=x\nPRETTY_HOSTNAME='with $ and \\'\n", "with $ and \\"),
+        std::pair("# PRETTY_HOSTNAME=no\nPRETTY_HOSTNAME=yes", "yes"),
+        std::pair("PRETTY_HOSTNAME=\"open", "open")}) {
+    writeMachineInfo(text);
+    EXPECT_EQ(name(), expected);
+  }
+}
+
+TEST_F(LinuxDeviceInfoTest, without_any_of_them_the_host_name_serves) {
+  EXPECT_FALSE(machineName().empty());
+  EXPECT_EQ(name(), machineName());
+  for (const char* text : {"", "PRETTY_HOSTNAME=\n", "PRETTY_HOSTNAME=\"\"\n", "OTHER=x\n"}) {
+    writeMachineInfo(text);
+    EXPECT_EQ(name(), machineName());
+  }
+}
+
+TEST_F(LinuxDeviceInfoTest, locale_and_zone_are_never_empty_and_the_locale_is_one_for_people) {
+  const LinuxDeviceInfo info(sources);
+  EXPECT_FALSE(info.timeZone().empty());
+  EXPECT_FALSE(info.locale().empty());
+  EXPECT_EQ(info.locale().find("POSIX"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillmar

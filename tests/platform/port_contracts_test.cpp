@@ -1,0 +1,56 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/simulated/simulated_tunnel.h"
+#include "tests/support/contracts/clipboard_contract.h"
+#include "tests/support/contracts/secure_item_store_contract.h"
+#include "tests/support/contracts/tunnel_service_contract.h"
+#include "tests/support/fake_clipboard.h"
+#include "tests/support/memory_secure_items.h"
+#include "tests/support/virtual_dispatch.h"
+
+namespace quillmar {
+namespace {
+
+std::unique_ptr<Clipboard> makeFakeClipboard() { return std::make_unique<FakeClipboard>(); }
+
+class MemorySecureItemsHarness final : public SecureItemStoreHarness {
+ public:
+  SecureItemStore& store() override { return store_; }
+  void setLocked(bool locked) override { store_.setLocked(locked); }
+
+ private:
+  MemorySecureItems store_;
+};
+
+class SimulatedTunnelHarness final : public TunnelServiceHarness {
+ public:
+  SimulatedTunnelHarness() { service_.behaveLikePlatform(); }
+
+  TunnelService& service() override { return service_; }
+  TunnelProtocol protocol(const std::string& endpoint) override {
+    return {"example.tunnel", "dns.example", {{"dohEndpoint", endpoint}}};
+  }
+  bool isMainThread() override { return dispatch_.isMainThread(); }
+  void onMain(std::function<void()> task) override { dispatch_.main().async(std::move(task)); }
+  bool runUntil(const std::function<bool()>& done) override { return dispatch_.advanceUntil(done); }
+
+ private:
+  VirtualDispatch dispatch_;
+  SimulatedTunnel service_{dispatch_};
+};
+
+template <class Base, class Harness>
+std::unique_ptr<Base> make() {
+  return std::make_unique<Harness>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Fake, ClipboardContract, testing::Values(makeFakeClipboard));
+INSTANTIATE_TEST_SUITE_P(Memory, SecureItemStoreContract,
+                         testing::Values(make<SecureItemStoreHarness, MemorySecureItemsHarness>));
+INSTANTIATE_TEST_SUITE_P(Simulated, TunnelServiceContract,
+                         testing::Values(make<TunnelServiceHarness, SimulatedTunnelHarness>));
+
+}  // namespace
+}  // namespace quillmar

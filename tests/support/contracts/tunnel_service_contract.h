@@ -1,0 +1,177 @@
+#pragma once
+
+// What every TunnelService promises:
+//   INSTANTIATE_TEST_SUITE_P(NetworkManager, TunnelServiceContract,
+//   testing::Values(makeNetworkManagerHarness));
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/tunnel.h"
+
+namespace quillmar {
+
+// A service without configurations, on a machine where permission is granted and a tunnel can come up. Made,
+// used and destroyed on the main thread.
+class TunnelServiceHarness {
+ public:
+  TunnelServiceHarness() = default;
+  TunnelServiceHarness(const TunnelServiceHarness&) = delete;
+  TunnelServiceHarness& operator=(const TunnelServiceHarness&) = delete;
+  virtual ~TunnelServiceHarness() = default;
+
+  virtual TunnelService& service() = 0;
+  // A protocol that the machine has a tunnel program for, and others with the same program.
+  virtual TunnelProtocol protocol(const std::string& endpoint) = 0;
+  virtual bool isMainThread() = 0;
+  // Runs a task on the main thread, from any thread.
+  virtual void onMain(std::function<void()> task) = 0;
+  // Runs the main queue until `done` holds after one of its tasks; false when that took far too long.
+  virtual bool runUntil(const std::function<bool()>& done) = 0;
+};
+
+using TunnelServiceHarnessFactory = std::unique_ptr<TunnelServiceHarness> (*)();
+
+class TunnelServiceContract : public testing::TestWithParam<TunnelServiceHarnessFactory> {
+ protected:
+  TunnelService& service() { return harness_->service(); }
+
+  // Brings what a completion reports back to the main thread and waits for it.
+  template <class Outcome>
+  Outcome await(const std::function<void(std::function<void(Outcome)>)>& begin) {
+    std::optional<Outcome> outcome;
+    bool inCall = true;
+    begin([&](Outcome result) {
+      EXPECT_FALSE(inCall && harness_->isMainThread());
+      harness_->onMain(
+          [&outcome, result = std::move(result)]() mutable { outcome.emplace(std::move(result)); });
+    });
+    inCall = false;
+    EXPECT_TRUE(harness_->runUntil([&] { return outcome.has_value(); }));
+    return std::move(*outcome);
+  }
+
+  std::shared_ptr<TunnelConfiguration> make(const std::string& endpoint = "https://dns.example/q") {
+    auto configuration = service().makeConfiguration();
+    configuration->protocolConfiguration = harness_->protocol(endpoint);
+    configuration->localizedDescription = "Protection";
+    configuration->isEnabled = true;
+    configuration->onDemandRules = {{InterfaceType::any}};
+    configuration->isOnDemandEnabled = true;
+    return configuration;
+  }
+  std::optional<Error> save(TunnelConfiguration& configuration) {
+    return await<std::optional<Error>>([&](auto completion) { configuration.save(std::move(completion)); });
+  }
+  std::optional<Error> load(TunnelConfiguration& configuration) {
+    return await<std::optional<Error>>([&](auto completion) { configuration.load(std::move(completion)); });
+  }
+  TunnelService::Configurations loadAll() {
+    auto result = await<Result<TunnelService::Configurations>>(
+        [&](auto completion) { service().loadAll(std::move(completion)); });
+    EXPECT_TRUE(result.ok());
+    return result.ok() ? std::move(result).value() : TunnelService::Configurations();
+  }
+  bool runUntil(const std::function<bool()>& done) { return harness_->runUntil(done); }
+  bool isMainThread() { return harness_->isMainThread(); }
+  TunnelProtocol protocol(const std::string& endpoint) { return harness_->protocol(endpoint); }
+
+ private:
+  std::unique_ptr<TunnelServiceHarness> harness_ = GetParam()();
+};
+
+TEST_P(TunnelServiceContract, at_first_there_are_no_configurations) { EXPECT_TRUE(loadAll().empty()); }
+
+TEST_P(TunnelServiceContract, a_configuration_that_was_not_saved_is_unknown_to_the_system) {
+  const auto made = make();
+  EXPECT_EQ(made->connection().status(), TunnelStatus::invalid);
+  EXPECT_TRUE(loadAll().empty());
+}
+
+TEST_P(TunnelServiceContract, a_saved_configuration_is_listed_with_all_its_properties) {
+  const auto made = make();
+  EXPECT_EQ(save(*made), std::nullopt);
+  EXPECT_EQ(made->connection().status(), TunnelStatus::disconnected);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, made->protocolConfiguration);
+  EXPECT_EQ(list[0]->localizedDescription, "Protection");
+  EXPECT_TRUE(list[0]->isEnabled);
+  EXPECT_EQ(list[0]->onDemandRules, made->onDemandRules);
+  EXPECT_TRUE(list[0]->isOnDemandEnabled);
+  EXPECT_EQ(list[0]->connection().status(), TunnelStatus::disconnected);
+}
+
+TEST_P(TunnelServiceContract, saving_again_changes_the_configuration_and_adds_none) {
+  save(*make("https://dns.example/old"));
+  const auto found = loadAll();
+  ASSERT_EQ(found.size(), 1U);
+  found[0]->protocolConfiguration = protocol("https://dns.example/new");
+  EXPECT_EQ(save(*found[0]), std::nullopt);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
+}
+
+TEST_P(TunnelServiceContract, loading_fetches_what_was_saved_over_what_was_only_set) {
+  const auto made = make();
+  save(*made);
+  made->localizedDescription = "Changed";
+  made->protocolConfiguration.reset();
+  EXPECT_EQ(load(*made), std::nullopt);
+  EXPECT_EQ(made->localizedDescription, "Protection");
+  EXPECT_EQ(made->protocolConfiguration, protocol("https://dns.example/q"));
+}
+
+TEST_P(TunnelServiceContract,
+       a_start_leads_through_connecting_to_connected_and_each_change_is_told_on_the_main_thread) {
+  const auto made = make();
+  save(*made);
+  std::vector<TunnelStatus> seen;
+  const Subscription subscription = service().observeStatus([&](TunnelConnection& connection) {
+    EXPECT_TRUE(isMainThread());
+    seen.push_back(connection.status());
+  });
+  // What the save brought is not counted.
+  ASSERT_TRUE(runUntil([&] { return seen.empty() || seen.back() == TunnelStatus::disconnected; }));
+  seen.clear();
+  EXPECT_TRUE(made->connection().startTunnel());
+  ASSERT_TRUE(runUntil([&] { return !seen.empty() && seen.back() == TunnelStatus::connected; }));
+  EXPECT_EQ(made->connection().status(), TunnelStatus::connected);
+  EXPECT_THAT(seen, testing::Contains(TunnelStatus::connecting));
+  EXPECT_EQ(loadAll().at(0)->connection().status(), TunnelStatus::connected);
+}
+
+TEST_P(TunnelServiceContract, an_observer_hears_nothing_after_its_subscription_has_ended) {
+  const auto made = make();
+  save(*made);
+  int heard = 0;
+  int other = 0;
+  Subscription subscription = service().observeStatus([&](TunnelConnection&) { ++heard; });
+  const Subscription stays = service().observeStatus([&](TunnelConnection&) { ++other; });
+  subscription.cancel();
+  EXPECT_TRUE(made->connection().startTunnel());
+  ASSERT_TRUE(runUntil([&] { return made->connection().status() == TunnelStatus::connected && other > 0; }));
+  EXPECT_EQ(heard, 0);
+}
+
+TEST_P(TunnelServiceContract, a_configuration_that_was_not_saved_does_not_start) {
+  EXPECT_FALSE(make()->connection().startTunnel());
+}
+
+TEST_P(TunnelServiceContract, a_configuration_that_is_switched_off_does_not_start) {
+  const auto made = make();
+  made->isEnabled = false;
+  save(*made);
+  const auto started = made->connection().startTunnel();
+  ASSERT_FALSE(started);
+  EXPECT_FALSE(started.error().localizedDescription().empty());
+}
+
+}  // namespace quillmar
