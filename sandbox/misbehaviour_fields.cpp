@@ -35,8 +35,10 @@ struct Word {
   Value value;
 };
 
-constexpr std::array errorBodies{Word{"json", ErrorBody::json}, Word{"html", ErrorBody::html}};
-constexpr std::array drops{Word{"before_answer", Drop::beforeAnswer}, Word{"in_body", Drop::inBody}};
+constexpr std::array errorBodies{Word<ErrorBody>{"json", ErrorBody::json},
+                                 Word<ErrorBody>{"html", ErrorBody::html}};
+constexpr std::array drops{Word<Drop>{"before_answer", Drop::beforeAnswer},
+                           Word<Drop>{"in_body", Drop::inBody}};
 
 constexpr const auto& wordsFor(ErrorBody) { return errorBodies; }
 constexpr const auto& wordsFor(Drop) { return drops; }

@@ -37,7 +37,7 @@ std::string newId() {
   bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
   bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
   auto text = hex(bytes);
-  for (const std::size_t position : {20, 16, 12, 8}) text.insert(position, 1, '-');
+  for (const std::size_t position : {20U, 16U, 12U, 8U}) text.insert(position, 1, '-');
   return text;
 }
 

@@ -37,7 +37,7 @@ std::string nameOf(const ldns_rdf* owner) {
 // FNV-1a: spreads names over the addresses, alike in every run.
 std::uint64_t spread(std::string_view text) {
   std::uint64_t hash = 14695981039346656037U;
-  for (const unsigned char c : text) hash = (hash ^ c) * 1099511628211U;
+  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
   return hash;
 }
 
