@@ -278,6 +278,10 @@ struct RedirectCase {
   std::string method;
   std::string expectedMethod;
   bool keepsBody;
+
+  friend std::ostream& operator<<(std::ostream& out, const RedirectCase& redirect) {
+    return out << redirect.status << ' ' << redirect.method;
+  }
 };
 
 class RedirectRules : public testing::TestWithParam<RedirectCase> {};

@@ -44,13 +44,10 @@ class AsioHarness final : public DispatchHarness {
   AsioDispatch dispatch_;
 };
 
-template <class Harness>
-std::unique_ptr<DispatchHarness> make() {
-  return std::make_unique<Harness>();
-}
-
-INSTANTIATE_TEST_SUITE_P(Virtual, DispatchContract, testing::Values(make<VirtualHarness>));
-INSTANTIATE_TEST_SUITE_P(Asio, DispatchContract, testing::Values(make<AsioHarness>));
+INSTANTIATE_TEST_SUITE_P(Virtual, DispatchContract,
+                         testing::Values(factory<DispatchHarness, VirtualHarness>("virtual")));
+INSTANTIATE_TEST_SUITE_P(Asio, DispatchContract,
+                         testing::Values(factory<DispatchHarness, AsioHarness>("Asio")));
 
 TEST(AsioDispatch, runs_until_it_is_stopped_and_can_be_run_again) {
   AsioDispatch dispatch;

@@ -65,13 +65,10 @@ class CurlHarness final : public HttpSessionHarness {
   WatchedSession watched_{session_};
 };
 
-template <class Harness>
-std::unique_ptr<HttpSessionHarness> make() {
-  return std::make_unique<Harness>();
-}
-
-INSTANTIATE_TEST_SUITE_P(Scripted, HttpSessionContract, testing::Values(make<ScriptedHarness>));
-INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract, testing::Values(make<CurlHarness>));
+INSTANTIATE_TEST_SUITE_P(Scripted, HttpSessionContract,
+                         testing::Values(factory<HttpSessionHarness, ScriptedHarness>("scripted")));
+INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract,
+                         testing::Values(factory<HttpSessionHarness, CurlHarness>("libcurl")));
 
 }  // namespace
 }  // namespace quillmar

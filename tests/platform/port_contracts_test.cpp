@@ -13,8 +13,6 @@
 namespace quillmar {
 namespace {
 
-std::unique_ptr<Clipboard> makeFakeClipboard() { return std::make_unique<FakeClipboard>(); }
-
 class MemorySecureItemsHarness final : public SecureItemStoreHarness {
  public:
   SecureItemStore& store() override { return store_; }
@@ -41,16 +39,12 @@ class SimulatedTunnelHarness final : public TunnelServiceHarness {
   SimulatedTunnel service_{dispatch_};
 };
 
-template <class Base, class Harness>
-std::unique_ptr<Base> make() {
-  return std::make_unique<Harness>();
-}
-
-INSTANTIATE_TEST_SUITE_P(Fake, ClipboardContract, testing::Values(makeFakeClipboard));
-INSTANTIATE_TEST_SUITE_P(Memory, SecureItemStoreContract,
-                         testing::Values(make<SecureItemStoreHarness, MemorySecureItemsHarness>));
+INSTANTIATE_TEST_SUITE_P(Fake, ClipboardContract, testing::Values(factory<Clipboard, FakeClipboard>("fake")));
+INSTANTIATE_TEST_SUITE_P(
+    Memory, SecureItemStoreContract,
+    testing::Values(factory<SecureItemStoreHarness, MemorySecureItemsHarness>("memory")));
 INSTANTIATE_TEST_SUITE_P(Simulated, TunnelServiceContract,
-                         testing::Values(make<TunnelServiceHarness, SimulatedTunnelHarness>));
+                         testing::Values(factory<TunnelServiceHarness, SimulatedTunnelHarness>("simulated")));
 
 }  // namespace
 }  // namespace quillmar

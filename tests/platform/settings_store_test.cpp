@@ -66,14 +66,13 @@ class DisklessHarness final : public SettingsStoreHarness {
   SqliteSettingsStore store_{"/dev/null/quillmar", log_};
 };
 
-template <class Harness>
-std::unique_ptr<SettingsStoreHarness> make() {
-  return std::make_unique<Harness>();
-}
-
-INSTANTIATE_TEST_SUITE_P(Memory, SettingsStoreContract, testing::Values(make<MemoryHarness>));
-INSTANTIATE_TEST_SUITE_P(Sqlite, SettingsStoreContract, testing::Values(make<SqliteHarness>));
-INSTANTIATE_TEST_SUITE_P(Diskless, SettingsStoreContract, testing::Values(make<DisklessHarness>));
+INSTANTIATE_TEST_SUITE_P(Memory, SettingsStoreContract,
+                         testing::Values(factory<SettingsStoreHarness, MemoryHarness>("memory")));
+INSTANTIATE_TEST_SUITE_P(Sqlite, SettingsStoreContract,
+                         testing::Values(factory<SettingsStoreHarness, SqliteHarness>("SQLite")));
+INSTANTIATE_TEST_SUITE_P(
+    Diskless, SettingsStoreContract,
+    testing::Values(factory<SettingsStoreHarness, DisklessHarness>("SQLite without a disk")));
 
 // Another process, running `work` until it returns or is killed.
 class Child {

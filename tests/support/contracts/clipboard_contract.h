@@ -1,7 +1,7 @@
 #pragma once
 
 // What every Clipboard promises:
-//   INSTANTIATE_TEST_SUITE_P(Qt, ClipboardContract, testing::Values(makeQtClipboard));
+//   INSTANTIATE_TEST_SUITE_P(Qt, ClipboardContract, testing::Values(factory<Clipboard, QtClipboard>("Qt")));
 
 #include <gtest/gtest.h>
 
@@ -9,12 +9,11 @@
 #include <string>
 
 #include "platform/clipboard.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
-using ClipboardFactory = std::unique_ptr<Clipboard> (*)();
-
-class ClipboardContract : public testing::TestWithParam<ClipboardFactory> {
+class ClipboardContract : public testing::TestWithParam<Factory<Clipboard>> {
  protected:
   std::unique_ptr<Clipboard> clipboard = GetParam()();
 };

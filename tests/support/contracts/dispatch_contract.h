@@ -1,7 +1,8 @@
 #pragma once
 
 // What every Dispatch promises. An adapter's test writes a harness and instantiates the suite once:
-//   INSTANTIATE_TEST_SUITE_P(Qt, DispatchContract, testing::Values(makeQtHarness));
+//   INSTANTIATE_TEST_SUITE_P(Qt, DispatchContract, testing::Values(factory<DispatchHarness,
+//   QtHarness>("Qt")));
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 
 #include "platform/dispatch.h"
 #include "platform/dispatch_group.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
@@ -34,9 +36,7 @@ class DispatchHarness {
   virtual void stall(Duration duration) = 0;
 };
 
-using DispatchHarnessFactory = std::unique_ptr<DispatchHarness> (*)();
-
-class DispatchContract : public testing::TestWithParam<DispatchHarnessFactory> {
+class DispatchContract : public testing::TestWithParam<Factory<DispatchHarness>> {
  protected:
   static constexpr Duration period{20};
 

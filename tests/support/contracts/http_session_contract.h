@@ -1,7 +1,8 @@
 #pragma once
 
 // What every HttpSession promises:
-//   INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract, testing::Values(makeCurlHarness));
+//   INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract, testing::Values(factory<HttpSessionHarness,
+//   CurlHarness>("Curl")));
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -16,6 +17,7 @@
 
 #include "platform/http_session.h"
 #include "platform/transport_error.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
@@ -40,9 +42,7 @@ class HttpSessionHarness {
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 
-using HttpSessionHarnessFactory = std::unique_ptr<HttpSessionHarness> (*)();
-
-class HttpSessionContract : public testing::TestWithParam<HttpSessionHarnessFactory> {
+class HttpSessionContract : public testing::TestWithParam<Factory<HttpSessionHarness>> {
  protected:
   HttpSession& session() { return harness_->session(); }
   HttpSessionHarness& harness() { return *harness_; }

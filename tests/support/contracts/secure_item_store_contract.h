@@ -1,7 +1,8 @@
 #pragma once
 
 // What every SecureItemStore promises:
-//   INSTANTIATE_TEST_SUITE_P(Libsecret, SecureItemStoreContract, testing::Values(makeLibsecretHarness));
+//   INSTANTIATE_TEST_SUITE_P(Libsecret, SecureItemStoreContract,
+//   testing::Values(factory<SecureItemStoreHarness, LibsecretHarness>("Libsecret")));
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include <string>
 
 #include "platform/secure_item_store.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
@@ -25,9 +27,7 @@ class SecureItemStoreHarness {
   virtual void setLocked(bool locked) = 0;
 };
 
-using SecureItemStoreHarnessFactory = std::unique_ptr<SecureItemStoreHarness> (*)();
-
-class SecureItemStoreContract : public testing::TestWithParam<SecureItemStoreHarnessFactory> {
+class SecureItemStoreContract : public testing::TestWithParam<Factory<SecureItemStoreHarness>> {
  protected:
   using Status = SecureItemStatus;
 

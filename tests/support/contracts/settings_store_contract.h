@@ -1,7 +1,8 @@
 #pragma once
 
 // What every SettingsStore promises, beside its durability:
-//   INSTANTIATE_TEST_SUITE_P(Sqlite, SettingsStoreContract, testing::Values(makeSqliteHarness));
+//   INSTANTIATE_TEST_SUITE_P(Sqlite, SettingsStoreContract, testing::Values(factory<SettingsStoreHarness,
+//   SqliteHarness>("Sqlite")));
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "platform/settings_store.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
@@ -27,9 +29,7 @@ class SettingsStoreHarness {
   virtual SettingsStore& store() = 0;
 };
 
-using SettingsStoreHarnessFactory = std::unique_ptr<SettingsStoreHarness> (*)();
-
-class SettingsStoreContract : public testing::TestWithParam<SettingsStoreHarnessFactory> {
+class SettingsStoreContract : public testing::TestWithParam<Factory<SettingsStoreHarness>> {
  protected:
   SettingsStore& store() { return harness_->store(); }
 

@@ -2,6 +2,7 @@
 
 // What every TunnelService promises:
 //   INSTANTIATE_TEST_SUITE_P(NetworkManager, TunnelServiceContract,
+//   testing::Values(factory<TunnelServiceHarness, NetworkManagerHarness>("NetworkManager")));
 //   testing::Values(makeNetworkManagerHarness));
 
 #include <gmock/gmock.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "platform/tunnel.h"
+#include "tests/support/contracts/factory.h"
 
 namespace quillmar {
 
@@ -36,9 +38,7 @@ class TunnelServiceHarness {
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 
-using TunnelServiceHarnessFactory = std::unique_ptr<TunnelServiceHarness> (*)();
-
-class TunnelServiceContract : public testing::TestWithParam<TunnelServiceHarnessFactory> {
+class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServiceHarness>> {
  protected:
   TunnelService& service() { return harness_->service(); }
 
