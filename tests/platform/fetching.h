@@ -33,35 +33,43 @@ class WatchedSession final : public HttpSession {
   explicit WatchedSession(HttpSession& inner) : inner_(inner) {}
 
   void dataTask(HttpRequest request, Completion completion) override {
-    inner_.dataTask(std::move(request), Watched{std::make_shared<Notice>(*this), std::move(completion)});
+    inner_.dataTask(std::move(request), Watched{std::make_shared<Notice>(state_), std::move(completion)});
   }
 
   bool waitUntil(const std::function<bool()>& done) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, farTooLong, done);
+    std::unique_lock lock(state_->mutex);
+    return state_->changed.wait_for(lock, farTooLong, done);
   }
 
  private:
+  // Outlives the session where a completion is still being cleared away.
+  struct State {
+    std::mutex mutex;
+    std::condition_variable changed;
+  };
   // Goes after the completion and what that holds.
   struct Notice {
-    explicit Notice(WatchedSession& session) : session(session) {}
+    explicit Notice(std::shared_ptr<State> state) : state(std::move(state)) {}
     Notice(const Notice&) = delete;
     Notice& operator=(const Notice&) = delete;
     ~Notice() {
-      const std::scoped_lock lock(session.mutex_);
-      session.changed_.notify_all();
+      const std::scoped_lock lock(state->mutex);
+      state->changed.notify_all();
     }
-    WatchedSession& session;
+    const std::shared_ptr<State> state;
   };
   struct Watched {
     std::shared_ptr<Notice> notice;
     Completion completion;
-    void operator()(DataTaskResult result) const { completion(std::move(result)); }
+    // A predicate that is looked at meanwhile sees all of what the completion does or none.
+    void operator()(DataTaskResult result) const {
+      const std::scoped_lock lock(notice->state->mutex);
+      completion(std::move(result));
+    }
   };
 
   HttpSession& inner_;
-  std::mutex mutex_;
-  std::condition_variable changed_;
+  const std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
 }  // namespace quillmar
