@@ -28,6 +28,7 @@ CountrySelectionView::CountrySelectionView(Environment& environment)
       roleManager_(*environment.roleManager()),
       dispatch_(environment.platform().dispatch) {
   std::vector<std::pair<std::string, std::shared_ptr<RegionCard>>> rows;
+  rows.reserve(rawNames<Region>.size());
   for (const auto& [region, name] : rawNames<Region>) {
     rows.emplace_back(name, std::make_shared<RegionCard>(region, *this));
   }

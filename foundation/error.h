@@ -21,11 +21,8 @@ concept ErrorKind = requires(const E& error) {
 // Cheap to copy; safe to hand between threads.
 class Error {
  public:
-  template <class E>
-  requires(!std::same_as<std::remove_cvref_t<E>, Error>) &&
-      ErrorKind<std::remove_cvref_t<E>> Error(
-          E&& kind)  // NOLINT(google-explicit-constructor, bugprone-forwarding-reference-overload)
-      : held_(std::make_shared<const Held<std::remove_cvref_t<E>>>(std::forward<E>(kind))) {}
+  template <ErrorKind E>
+  Error(E kind) : held_(std::make_shared<const Held<E>>(std::move(kind))) {}
 
   std::string localizedDescription() const { return held_->localizedDescription(); }
 

@@ -22,16 +22,15 @@ class Value {
   using Map = std::vector<Entry>;
 
   Value() = default;
-  Value(bool value) : held_(value) {}                           // NOLINT(google-explicit-constructor)
-  Value(double value) : held_(value) {}                         // NOLINT(google-explicit-constructor)
-  Value(std::string value) : held_(std::move(value)) {}         // NOLINT(google-explicit-constructor)
-  Value(std::string_view value) : held_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
-  Value(const char* value) : held_(std::string(value)) {}       // NOLINT(google-explicit-constructor)
-  Value(List value) : held_(std::move(value)) {}                // NOLINT(google-explicit-constructor)
-  Value(Map value) : held_(std::move(value)) {}                 // NOLINT(google-explicit-constructor)
+  Value(bool value) : held_(value) {}
+  Value(double value) : held_(value) {}
+  Value(std::string value) : held_(std::move(value)) {}
+  Value(std::string_view value) : held_(std::string(value)) {}
+  Value(const char* value) : held_(std::string(value)) {}
+  Value(List value) : held_(std::move(value)) {}
+  Value(Map value) : held_(std::move(value)) {}
   template <std::integral T>
-  requires(!std::same_as<T, bool>) Value(T value)
-      : held_(static_cast<std::int64_t>(value)) {}  // NOLINT(google-explicit-constructor)
+  requires(!std::same_as<T, bool>) Value(T value) : held_(static_cast<std::int64_t>(value)) {}
 
   bool isNil() const { return std::holds_alternative<std::monostate>(held_); }
   const bool* boolean() const { return std::get_if<bool>(&held_); }

@@ -1,7 +1,7 @@
 #include "identity/auth_state.h"
 
 #include <chrono>
-#include <ranges>
+#include <sstream>
 #include <utility>
 #include <vector>
 
@@ -15,9 +15,10 @@ constexpr auto tokenLife = std::chrono::hours(12);
 
 std::vector<std::string> wordsOf(const std::string& name) {
   std::vector<std::string> words;
-  for (const auto piece : std::views::split(name, ' ')) {
+  std::istringstream pieces(name);
+  for (std::string piece; std::getline(pieces, piece, ' ');) {
     if (!piece.empty()) {
-      words.emplace_back(piece.begin(), piece.end());
+      words.push_back(piece);
     }
   }
   return words;

@@ -164,7 +164,7 @@ std::shared_ptr<ObservableObject> Driver::findScreen(std::string_view name) {
 }
 
 std::shared_ptr<ObservableObject> Driver::findTarget(const Value& request) {
-  const auto screen = findScreen(text(request, "screen"));
+  auto screen = findScreen(text(request, "screen"));
   const std::string& row = text(request, "row");
   if (!screen || row.empty()) {
     return screen;

@@ -21,8 +21,8 @@ using quillmar::ui::UiStage;
 // its real window and against a running service. Time is virtual, the requests are not.
 class Walk {
  public:
-  Walk(UiStage& stage, QDir directory, QString approval)
-      : stage_(stage), directory_(std::move(directory)), approval_(std::move(approval)) {}
+  Walk(UiStage& stage, const QDir& directory, QString approval)
+      : stage_(stage), directory_(directory), approval_(std::move(approval)) {}
 
   bool run() {
     stage_.application.machine.tunnel.behaveLikePlatform(
