@@ -12,6 +12,7 @@
 #include <future>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -23,9 +24,9 @@ namespace {
 constexpr const char* hostnameService = "org.freedesktop.hostname1";
 constexpr const char* hostnameObject = "/org/freedesktop/hostname1";
 
-std::string askHostnamed(const std::string& busAddress, std::chrono::milliseconds patience) {
+std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
   try {
-    const auto connection = sdbus::createSessionBusConnectionWithAddress(busAddress);
+    const auto connection = sdbus::createSessionBusConnectionWithAddress("unix:path=" + busSocket.string());
     const auto proxy = sdbus::createProxy(*connection, hostnameService, hostnameObject);
     sdbus::Variant name;
     proxy->callMethod("Get")
@@ -40,12 +41,16 @@ std::string askHostnamed(const std::string& busAddress, std::chrono::millisecond
 }
 
 // On a thread that may be left behind: joining the bus has no time limit of its own.
-std::string prettyNameFromBus(const std::string& busAddress, std::chrono::milliseconds patience) {
+std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
+  std::error_code error;
+  if (!std::filesystem::exists(busSocket, error)) {
+    return {};
+  }
   std::promise<std::string> promise;
   auto answer = promise.get_future();
-  std::thread([promise = std::move(promise), busAddress, patience]() mutable {
+  std::thread([promise = std::move(promise), busSocket, patience]() mutable {
     blockSignalsOfThisThread();
-    promise.set_value(askHostnamed(busAddress, patience));
+    promise.set_value(askHostnamed(busSocket, patience));
   }).detach();
   return answer.wait_for(patience) == std::future_status::ready ? answer.get() : std::string();
 }
@@ -105,7 +110,7 @@ LinuxDeviceInfo::LinuxDeviceInfo(Sources sources)
     : sources_(std::move(sources)), locale_(defaultLocale()), timeZone_(defaultTimeZone()) {}
 
 std::string LinuxDeviceInfo::name() const {
-  std::string name = prettyNameFromBus(sources_.busAddress, sources_.patience);
+  std::string name = prettyNameFromBus(sources_.busSocket, sources_.patience);
   if (name.empty()) {
     name = prettyNameFromFile(sources_.machineInfo);
   }

@@ -13,7 +13,7 @@ class LinuxDeviceInfo final : public DeviceInfo {
  public:
   struct Sources {
     // Where hostnamed is asked, for no longer than `patience`.
-    std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
+    std::filesystem::path busSocket = "/run/dbus/system_bus_socket";
     std::chrono::milliseconds patience{1000};
     std::filesystem::path machineInfo = "/etc/machine-info";
   };

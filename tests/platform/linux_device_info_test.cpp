@@ -33,9 +33,9 @@ std::string machineName() {
 // A message bus of its own.
 class PrivateBus {
  public:
-  explicit PrivateBus(const fs::path& directory) : address_("unix:path=" + (directory / "bus").string()) {
+  explicit PrivateBus(const fs::path& directory) : socket_(directory / "bus") {
     std::ofstream(directory / "bus.conf")
-        << "<busconfig><type>session</type><listen>" << address_ << "</listen><auth>EXTERNAL</auth>"
+        << "<busconfig><type>session</type><listen>" << address() << "</listen><auth>EXTERNAL</auth>"
         << "<policy context='default'><allow send_destination='*'/><allow eavesdrop='true'/><allow own='*'/>"
         << "</policy></busconfig>";
     const std::string config = "--config-file=" + (directory / "bus.conf").string();
@@ -67,10 +67,11 @@ class PrivateBus {
   }
 
   bool running() const { return running_; }
-  const std::string& address() const { return address_; }
+  const fs::path& socket() const { return socket_; }
+  std::string address() const { return "unix:path=" + socket_.string(); }
 
  private:
-  const std::string address_;
+  const fs::path socket_;
   pid_t daemon_ = -1;
   bool running_ = false;
 };
@@ -97,7 +98,7 @@ class Hostnamed {
 class LinuxDeviceInfoTest : public testing::Test {
  protected:
   LinuxDeviceInfoTest() {
-    sources.busAddress = "unix:path=" + (directory.path() / "no-bus").string();
+    sources.busSocket = directory.path() / "no-bus";
     sources.patience = std::chrono::seconds(20);
     sources.machineInfo = directory.path() / "machine-info";
   }
@@ -112,7 +113,7 @@ TEST_F(LinuxDeviceInfoTest, hostnamed_knows_the_name_best) {
   const PrivateBus bus(directory.path());
   ASSERT_TRUE(bus.running());
   const Hostnamed hostnamed(bus.address(), "Zoë’s Laptop");
-  sources.busAddress = bus.address();
+  sources.busSocket = bus.socket();
   writeMachineInfo("PRETTY_HOSTNAME=other\n");
   EXPECT_EQ(name(), "Zoë’s Laptop");
 }
@@ -120,7 +121,7 @@ TEST_F(LinuxDeviceInfoTest, hostnamed_knows_the_name_best) {
 TEST_F(LinuxDeviceInfoTest, a_hostnamed_without_a_name_and_a_bus_without_hostnamed_leave_it_to_the_file) {
   const PrivateBus bus(directory.path());
   ASSERT_TRUE(bus.running());
-  sources.busAddress = bus.address();
+  sources.busSocket = bus.socket();
   writeMachineInfo("PRETTY_HOSTNAME=other\n");
   EXPECT_EQ(name(), "other");
   const Hostnamed hostnamed(bus.address(), "");
@@ -135,7 +136,7 @@ TEST_F(LinuxDeviceInfoTest, a_bus_that_never_answers_is_not_waited_for) {
   path.string().copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
   ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   ASSERT_EQ(listen(listener.get(), 1), 0);
-  sources.busAddress = "unix:path=" + path.string();
+  sources.busSocket = path;
   sources.patience = std::chrono::milliseconds(10);
   writeMachineInfo("PRETTY_HOSTNAME=file\n");
   EXPECT_EQ(name(), "file");

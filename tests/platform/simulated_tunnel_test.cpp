@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,14 +30,14 @@ class SimulatedTunnelTest : public testing::Test {
     configuration.isOnDemandEnabled = true;
   }
   std::string save(TunnelConfiguration& configuration) {
-    std::string outcome = "none";
-    configuration.save([&](const std::optional<Error>& error) {
+    const auto outcome = std::make_shared<std::string>("none");  // it may come much later
+    configuration.save([this, outcome](const std::optional<Error>& error) {
       EXPECT_FALSE(dispatch.isMainThread());
-      outcome = error ? error->localizedDescription() : "saved";
+      *outcome = error ? error->localizedDescription() : "saved";
     });
-    EXPECT_EQ(outcome, "none");
+    EXPECT_EQ(*outcome, "none");
     dispatch.settle();
-    return outcome;
+    return *outcome;
   }
   TunnelService::Configurations load(TunnelService& service) {
     TunnelService::Configurations list;
