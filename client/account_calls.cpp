@@ -72,13 +72,10 @@ void NetworkService::authenticate(const Words& words, std::string_view path, con
     completion(body.error());
     return;
   }
-  http_.dataTask(
-      std::move(request).value(),
-      [weak = weak_from_this(), &words, completion = std::move(completion)](const DataTaskResult& result) {
-        if (const auto self = weak.lock()) {
-          completion(self->handleAuthentication(words, result));
-        }
-      });
+  send(std::move(request).value(),
+       [this, &words, completion = std::move(completion)](const DataTaskResult& result) {
+         completion(handleAuthentication(words, result));
+       });
 }
 
 Result<AuthResponse> NetworkService::handleAuthentication(const Words& words, const DataTaskResult& result) {

@@ -25,12 +25,9 @@ void NetworkService::initEnrollment(const std::string& deviceId, const std::stri
     completion(request.ok() ? Error(NetworkError::encodingError()) : request.error());
     return;
   }
-  http_.dataTask(std::move(request).value(),
-                 [completion = std::move(completion)](const DataTaskResult& result) {
-                   const auto answer = answerOf(result);
-                   completion(answer.ok() ? judgeExactly200<InitEnrollmentResponse>(answer.value())
-                                          : Result<InitEnrollmentResponse>(answer.error()));
-                 });
+  send(std::move(request).value(), [completion = std::move(completion)](const DataTaskResult& result) {
+    completion(judgeExactly200<InitEnrollmentResponse>(result));
+  });
 }
 
 bool NetworkService::getEnrollmentStatus(const std::string& deviceId,
@@ -39,12 +36,9 @@ bool NetworkService::getEnrollmentStatus(const std::string& deviceId,
   if (!request.ok()) {
     return false;
   }
-  http_.dataTask(std::move(request).value(),
-                 [completion = std::move(completion)](const DataTaskResult& result) {
-                   const auto answer = answerOf(result);
-                   completion(answer.ok() ? judgeExactly200<EnrollmentStatusResponse>(answer.value())
-                                          : Result<EnrollmentStatusResponse>(answer.error()));
-                 });
+  send(std::move(request).value(), [completion = std::move(completion)](const DataTaskResult& result) {
+    completion(judgeExactly200<EnrollmentStatusResponse>(result));
+  });
   return true;
 }
 
@@ -69,12 +63,9 @@ void NetworkService::checkin(const std::string& deviceId, const std::string& dev
   }
   log("[NetworkService] checkin - URL: ",
       request.value().url + ", deviceId: " + firstCharacters(deviceId, loggedIdCharacters) + "...");
-  http_.dataTask(std::move(request).value(),
-                 [weak = weak_from_this(), completion = std::move(completion)](const DataTaskResult& result) {
-                   if (const auto self = weak.lock()) {
-                     completion(self->judgeCheckin(result));
-                   }
-                 });
+  send(std::move(request).value(), [this, completion = std::move(completion)](const DataTaskResult& result) {
+    completion(judgeCheckin(result));
+  });
 }
 
 Result<CheckinResponse> NetworkService::judgeCheckin(const DataTaskResult& result) {
@@ -88,18 +79,15 @@ Result<CheckinResponse> NetworkService::judgeCheckin(const DataTaskResult& resul
       log("[NetworkService] checkin - response: ", firstCharacters(*result.data, loggedBodyCharacters));
     }
   }
-  const auto answer = answerOf(result);
-  if (!answer.ok() || !answer.value().response.status) {
-    log("[NetworkService] checkin - no data or response");
-    return Error(NetworkError::invalidResponse());
-  }
-  auto judged = judgeExactly200<CheckinResponse>(answer.value());
+  auto judged = judgeExactly200<CheckinResponse>(result);
   if (judged.ok()) {
     log("[NetworkService] checkin - success, doh_endpoint: ", judged.value().dohEndpoint.value_or("nil"));
-  } else if (answer.value().response.status == 200) {
+  } else if (judged.error() == NetworkError::invalidResponse()) {
+    log("[NetworkService] checkin - no data or response");
+  } else if (result.response->status == 200) {
     log("[NetworkService] checkin - decode error: ", judged.error().localizedDescription());
   } else {
-    log("[NetworkService] checkin - server error: ", serverWords(answer.value().data, "Unknown"));
+    log("[NetworkService] checkin - server error: ", serverWords(*result.data, "Unknown"));
   }
   return judged;
 }
@@ -134,32 +122,23 @@ void NetworkService::completeEnrollment(const std::string& enrollmentCode, const
   request.body = body.value();
   log("[NetworkService] completeEnrollment - request URL: ", request.url);
 
-  http_.dataTask(std::move(request), [=, weak = weak_from_this(),
-                                      completion = std::move(completion)](const DataTaskResult& result) {
-    const auto self = weak.lock();
-    if (!self) {
-      return;
-    }
-    const auto answer = self->completionAnswer(result);
+  send(std::move(request), [=, this, completion = std::move(completion)](const DataTaskResult& result) {
+    const auto answer = completionAnswer(result);
     if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
-      completion(answer.ok() ? self->judgeCompletion(answer.value())
+      completion(answer.ok() ? judgeCompletion(answer.value())
                              : Result<CompleteEnrollmentResponse>(answer.error()));
       return;
     }
-    self->log("[NetworkService] completeEnrollment - Got 401, attempting token refresh...");
-    self->refreshToken([=](const Result<AuthResponse>& refreshed) {
-      const auto again = weak.lock();
-      if (!again) {
-        return;
-      }
+    log("[NetworkService] completeEnrollment - Got 401, attempting token refresh...");
+    refreshToken([=, this](const Result<AuthResponse>& refreshed) {
       if (!refreshed.ok()) {
-        again->log("[NetworkService] completeEnrollment - Token refresh failed: ",
-                   refreshed.error().localizedDescription());
+        log("[NetworkService] completeEnrollment - Token refresh failed: ",
+            refreshed.error().localizedDescription());
         completion(Error(NetworkError::unauthorized()));
         return;
       }
-      again->log("[NetworkService] completeEnrollment - Token refreshed, retrying request...");
-      again->completeEnrollment(enrollmentCode, deviceName, childId, true, completion);
+      log("[NetworkService] completeEnrollment - Token refreshed, retrying request...");
+      completeEnrollment(enrollmentCode, deviceName, childId, true, completion);
     });
   });
 }
@@ -203,15 +182,14 @@ void NetworkService::manualEnrollment(const ManualEnrollmentRequest& device,
     return;
   }
   performRequest(std::move(request).value(), false,
-                 [weak = weak_from_this(), completion = std::move(completion)](const Result<Answer>& answer) {
+                 [this, completion = std::move(completion)](const Result<Answer>& answer) {
                    if (!answer.ok()) {
                      completion(answer.error());
                      return;
                    }
                    const auto judged = validatedRecord<ManualEnrollmentResponse>(answer.value());
-                   if (const auto self = weak.lock();
-                       self && !judged.ok() && isValidUtf8(answer.value().data)) {
-                     self->log("[NetworkService] Manual enrollment response: ", answer.value().data);
+                   if (!judged.ok() && isValidUtf8(answer.value().data)) {
+                     log("[NetworkService] Manual enrollment response: ", answer.value().data);
                    }
                    completion(judged);
                  });

@@ -43,11 +43,16 @@ Result<T> validatedRecord(const NetworkService::Answer& answer) {
 // The rule of calls without a token: success is 200 and nothing else, and every refusal speaks in the
 // service's words.
 template <Record T>
-Result<T> judgeExactly200(const NetworkService::Answer& answer) {
-  if (!answer.response.status) {
+Result<T> judgeExactly200(const DataTaskResult& result) {
+  const auto answer = answerOf(result);
+  if (!answer.ok()) {
+    return answer.error();
+  }
+  const auto& [data, response] = answer.value();
+  if (!response.status) {
     return Error(NetworkError::invalidResponse());
   }
-  return *answer.response.status == 200 ? decodeJson<T>(answer.data) : Result<T>(serverError(answer.data));
+  return *response.status == 200 ? decodeJson<T>(data) : Result<T>(serverError(data));
 }
 
 // What an authorised call with a record makes of its answer.

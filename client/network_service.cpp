@@ -43,6 +43,15 @@ Result<HttpRequest> NetworkService::makeRequest(std::string_view method, const s
   return request;
 }
 
+void NetworkService::send(HttpRequest request, std::function<void(const DataTaskResult&)> handle) {
+  http_.dataTask(std::move(request),
+                 [weak = weak_from_this(), handle = std::move(handle)](const DataTaskResult& result) {
+                   if (const auto self = weak.lock()) {
+                     handle(result);
+                   }
+                 });
+}
+
 Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
   const auto token = settings_.string(authTokenKey);
   if (!token) {
@@ -80,26 +89,22 @@ void NetworkService::performRequest(HttpRequest request, bool isRetry, Completio
     completion(header.error());
     return;
   }
-  http_.dataTask(std::move(authorised), [weak = weak_from_this(), request = std::move(request), isRetry,
-                                         completion = std::move(completion)](const DataTaskResult& result) {
+  send(std::move(authorised), [this, request = std::move(request), isRetry,
+                               completion = std::move(completion)](const DataTaskResult& result) {
     const auto answer = answerOf(result);
-    const auto self = weak.lock();
-    if (!self || !answer.ok() || answer.value().response.status != 401 || isRetry) {
+    if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
       completion(answer);
       return;
     }
-    self->log("[NetworkService] Got 401, attempting token refresh...");
-    self->refreshToken([weak, request, completion](const Result<AuthResponse>& refreshed) {
-      const auto again = weak.lock();
-      if (!again || !refreshed.ok()) {
-        if (again) {
-          again->log("[NetworkService] Token refresh failed: ", refreshed.error().localizedDescription());
-        }
+    log("[NetworkService] Got 401, attempting token refresh...");
+    refreshToken([this, request, completion](const Result<AuthResponse>& refreshed) {
+      if (!refreshed.ok()) {
+        log("[NetworkService] Token refresh failed: ", refreshed.error().localizedDescription());
         completion(Error(NetworkError::unauthorized()));
         return;
       }
-      again->log("[NetworkService] Token refreshed successfully, retrying request...");
-      again->performRequest(request, true, completion);
+      log("[NetworkService] Token refreshed successfully, retrying request...");
+      performRequest(request, true, completion);
     });
   });
 }
@@ -142,12 +147,9 @@ void NetworkService::refreshToken(Completion<AuthResponse> completion) {
     return;
   }
   log("[NetworkService] Attempting token refresh...");
-  http_.dataTask(std::move(request).value(),
-                 [weak = weak_from_this(), completion = std::move(completion)](const DataTaskResult& result) {
-                   if (const auto self = weak.lock()) {
-                     self->finishRefresh(result, completion);
-                   }
-                 });
+  send(std::move(request).value(), [this, completion = std::move(completion)](const DataTaskResult& result) {
+    finishRefresh(result, completion);
+  });
 }
 
 void NetworkService::finishRefresh(const DataTaskResult& result, const Completion<AuthResponse>& completion) {

@@ -25,8 +25,8 @@ using Completion = std::function<void(Result<T>)>;
 
 // The one client of the cloud service. A call may be made from any thread and returns at once. Its completion
 // runs exactly once: on the caller's thread when nothing could be sent, else on the HTTP session's thread.
-// Two exceptions are never answered: a status poll whose URL does not parse, and a call that waits for a
-// refresh which ends with neither an error nor a body.
+// Three exceptions are never answered: a status poll whose URL does not parse, a call that waits for a
+// refresh which ends with neither an error nor a body, and a call whose service has gone meanwhile.
 class NetworkService : public std::enable_shared_from_this<NetworkService> {
  public:
   static constexpr std::string_view regionKey = "com.quillmar.region";
@@ -91,6 +91,8 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
 
   static Result<HttpRequest> makeRequest(std::string_view method, const std::string& url,
                                          std::optional<std::string> body = {});
+  // `handle` runs only if this service is still there by then, so that it may use `this`.
+  void send(HttpRequest request, std::function<void(const DataTaskResult&)> handle);
   void authenticate(const Words& words, std::string_view path, const Result<std::string>& body,
                     Completion<AuthResponse> completion);
   Result<AuthResponse> handleAuthentication(const Words& words, const DataTaskResult& result);
