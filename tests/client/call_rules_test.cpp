@@ -1,0 +1,445 @@
+// What all calls have in common, call by call; what only one does has tests of its own elsewhere.
+
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tests/client/client_test.h"
+
+namespace quillmar {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Kind = TransportError::Kind;
+using Headers = std::vector<std::pair<std::string, std::string>>;
+
+enum class Token { none, bearer };
+enum class Root { required, orDefault };
+// When an answer is a success, and whose words a refusal has.
+enum class Judging { by2xx, byExactly200 };
+
+struct Call {
+  std::string name;
+  std::string method;
+  std::string path;
+  std::optional<std::string> body;
+  Token token;
+  Root root;
+  Judging judging;
+  // Of a success; empty for a call without a record.
+  std::string answer;
+  // What the log says where there is no root.
+  std::vector<std::string> noRootLines;
+  std::function<void(NetworkService&, Completion<void>)> start;
+  // The same with text in it that JSON can't carry, and how that ends; none where no text goes into a body.
+  std::function<void(NetworkService&, Completion<void>)> startUnwritable;
+  std::string unwritableEnd;
+};
+
+void PrintTo(const Call& call, std::ostream* out) { *out << call.name; }
+
+// The rules here look at how a call ends and not at what it brings.
+template <class T>
+Completion<T> ending(Completion<void> completion) {
+  return [completion = std::move(completion)](const Result<T>& result) {
+    completion(result.ok() ? success() : Result<void>(result.error()));
+  };
+}
+
+const std::string encodingFailed = "Failed to encode request";
+const std::string unwritable(unwritableText);
+
+const std::vector<Call> calls{
+    {.name = "register",
+     .method = "POST",
+     .path = "/auth/register",
+     .body =
+         R"({"email":"zoe@example.org","password":"secret-password","phone":"+61400000000","name":"Zoe Lee"})",
+     .token = Token::none,
+     .root = Root::required,
+     .judging = Judging::by2xx,
+     .answer = authBody(newToken),
+     .noRootLines = {"[NetworkService] Register failed: No region configured"},
+     .start = [](NetworkService& service,
+                 Completion<void> end) { service.registerAccount(newAccount, ending<AuthResponse>(end)); },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           RegisterRequest account = newAccount;
+           account.name = notUtf8;
+           service.registerAccount(account, ending<AuthResponse>(end));
+         },
+     .unwritableEnd = unwritable},
+    {.name = "login",
+     .method = "POST",
+     .path = "/auth/login",
+     .body = R"({"email":"zoe@example.org","password":"secret-password"})",
+     .token = Token::none,
+     .root = Root::required,
+     .judging = Judging::by2xx,
+     .answer = authBody(newToken),
+     .noRootLines = {"[NetworkService] Login failed: No region configured"},
+     .start =
+         [](NetworkService& service, Completion<void> end) {
+           service.login({.email = "zoe@example.org", .password = password}, ending<AuthResponse>(end));
+         },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           service.login({.email = "zoe@example.org", .password = notUtf8}, ending<AuthResponse>(end));
+         },
+     .unwritableEnd = unwritable},
+    {.name = "deleteAccount",
+     .method = "DELETE",
+     .path = "/auth/account",
+     .body = R"({"password":"secret-password"})",
+     .token = Token::bearer,
+     .root = Root::required,
+     .judging = Judging::by2xx,
+     .answer = "",
+     .noRootLines = {},
+     .start = [](NetworkService& service, Completion<void> end) { service.deleteAccount(password, end); },
+     .startUnwritable = [](NetworkService& service,
+                           Completion<void> end) { service.deleteAccount(notUtf8, end); },
+     .unwritableEnd = unwritable},
+    {.name = "initEnrollment",
+     .method = "POST",
+     .path = "/enrollment/init",
+     .body = R"({"device_id":"d1","device_name":"Tablet","device_type":"ios"})",
+     .token = Token::none,
+     .root = Root::orDefault,
+     .judging = Judging::byExactly200,
+     .answer = R"({"enrollment_code":"ABC123","device_id":"d1","expires_at":"e"})",
+     .noRootLines = {},
+     .start =
+         [](NetworkService& service, Completion<void> end) {
+           service.initEnrollment("d1", "Tablet", "ios", ending<InitEnrollmentResponse>(end));
+         },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           service.initEnrollment("d1", notUtf8, "ios", ending<InitEnrollmentResponse>(end));
+         },
+     .unwritableEnd = encodingFailed},
+    {.name = "getEnrollmentStatus",
+     .method = "GET",
+     .path = "/enrollment/status/d1",
+     .body = std::nullopt,
+     .token = Token::none,
+     .root = Root::orDefault,
+     .judging = Judging::byExactly200,
+     .answer = R"({"status":"pending","device_id":"d1"})",
+     .noRootLines = {},
+     .start =
+         [](NetworkService& service, Completion<void> end) {
+           service.getEnrollmentStatus("d1", ending<EnrollmentStatusResponse>(end));
+         },
+     .startUnwritable = nullptr,
+     .unwritableEnd = {}},
+    {.name = "completeEnrollment",
+     .method = "POST",
+     .path = "/enrollment/complete",
+     .body = R"({"enrollment_code":"ABC123","device_name":"Tablet"})",
+     .token = Token::bearer,
+     .root = Root::required,
+     .judging = Judging::by2xx,
+     .answer = completedBody(),
+     .noRootLines = {"[NetworkService] completeEnrollment failed: No region configured"},
+     .start =
+         [](NetworkService& service, Completion<void> end) {
+           service.completeEnrollment("ABC123", "Tablet", std::nullopt, false,
+                                      ending<CompleteEnrollmentResponse>(end));
+         },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           service.completeEnrollment("ABC123", notUtf8, std::nullopt, false,
+                                      ending<CompleteEnrollmentResponse>(end));
+         },
+     .unwritableEnd = unwritable},
+    {.name = "manualEnrollment",
+     .method = "POST",
+     .path = "/enrollment/manual",
+     .body = R"({"device_name":"TV","device_type":"smart-tv"})",
+     .token = Token::bearer,
+     .root = Root::required,
+     .judging = Judging::by2xx,
+     .answer = manualBody(),
+     .noRootLines = {},
+     .start =
+         [](NetworkService& service, Completion<void> end) {
+           service.manualEnrollment(television, ending<ManualEnrollmentResponse>(end));
+         },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           ManualEnrollmentRequest device = television;
+           device.deviceName = notUtf8;
+           service.manualEnrollment(device, ending<ManualEnrollmentResponse>(end));
+         },
+     .unwritableEnd = unwritable},
+    {.name = "checkin",
+     .method = "POST",
+     .path = "/device/checkin",
+     .body = R"({"device_id":"d1","device_type":"ios"})",
+     .token = Token::none,
+     .root = Root::required,
+     .judging = Judging::byExactly200,
+     .answer = R"({"status":"ok"})",
+     .noRootLines = {"[NetworkService] checkin failed: No region configured"},
+     .start = [](NetworkService& service,
+                 Completion<void> end) { service.checkin("d1", "ios", ending<CheckinResponse>(end)); },
+     .startUnwritable =
+         [](NetworkService& service, Completion<void> end) {
+           service.checkin(notUtf8, "ios", ending<CheckinResponse>(end));
+         },
+     .unwritableEnd = encodingFailed},
+};
+
+class CallRulesTest : public ClientTest, public testing::WithParamInterface<Call> {
+ protected:
+  Outcome<void> start() {
+    auto ended = outcome<void>();
+    GetParam().start(*service, ended.completion());
+    return ended;
+  }
+  // The call from start to end with this answer to its one request.
+  Outcome<void> callAnswered(DataTaskResult result) {
+    http.answer(GetParam().method, GetParam().path, std::move(result));
+    const auto ended = start();
+    settle();
+    EXPECT_EQ(ended.calls(), 1);
+    EXPECT_FALSE(ended.onMainThread());
+    return ended;
+  }
+  bool isAuthorised() const { return GetParam().token == Token::bearer; }
+  bool hasRecord() const { return !GetParam().answer.empty(); }
+  std::string callName() const { return GetParam().method + ' ' + GetParam().path; }
+};
+
+// Ends before anything is sent, on the thread that called.
+
+TEST_P(CallRulesTest, without_a_root_nothing_is_sent_unless_the_call_has_a_default) {
+  removeRoot();
+  const auto ended = start();
+  if (GetParam().root == Root::orDefault) {
+    EXPECT_TRUE(ended.isPending());
+    ASSERT_THAT(http.requests(), SizeIs(1));
+    EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1" + GetParam().path);
+  } else {
+    EXPECT_EQ(ended.error(), NetworkError::noRegionConfigured());
+    EXPECT_TRUE(ended.onMainThread());
+    settle();
+    EXPECT_EQ(ended.calls(), 1);
+    EXPECT_THAT(http.requests(), IsEmpty());
+  }
+  EXPECT_THAT(printed(), ElementsAreArray(GetParam().noRootLines));
+}
+
+TEST_P(CallRulesTest, with_a_root_that_is_no_url_nothing_is_sent) {
+  breakRoot();
+  const auto ended = start();
+  settle();
+  EXPECT_THAT(http.requests(), IsEmpty());
+  if (GetParam().name == "getEnrollmentStatus") {
+    EXPECT_TRUE(ended.isPending());
+  } else {
+    EXPECT_EQ(ended.error(), NetworkError::invalidResponse());
+    EXPECT_EQ(ended.calls(), 1);
+    EXPECT_TRUE(ended.onMainThread());
+  }
+}
+
+TEST_P(CallRulesTest, without_a_token_only_calls_that_need_none_are_sent) {
+  removeToken();
+  const auto ended = start();
+  if (!isAuthorised()) {
+    EXPECT_TRUE(ended.isPending());
+    EXPECT_THAT(http.calls(), ElementsAre(callName()));
+    return;
+  }
+  EXPECT_EQ(ended.error(), NetworkError::unauthorized());
+  EXPECT_EQ(ended.errorText(), "Please log in again");
+  EXPECT_TRUE(ended.onMainThread());
+  settle();
+  EXPECT_EQ(ended.calls(), 1);
+  EXPECT_THAT(http.requests(), IsEmpty());
+  EXPECT_TRUE(log.hasPrinted("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults"));
+}
+
+TEST_P(CallRulesTest, a_body_that_can_not_be_written_is_not_sent) {
+  if (!GetParam().startUnwritable) {
+    return;
+  }
+  auto ended = outcome<void>();
+  GetParam().startUnwritable(*service, ended.completion());
+  EXPECT_EQ(ended.errorText(), GetParam().unwritableEnd);
+  EXPECT_TRUE(ended.onMainThread());
+  settle();
+  EXPECT_EQ(ended.calls(), 1);
+  EXPECT_THAT(http.requests(), IsEmpty());
+}
+
+// What is sent.
+
+TEST_P(CallRulesTest, the_request_is_exactly_this) {
+  const auto ended = start();
+  ASSERT_THAT(http.requests(), SizeIs(1));
+  const HttpRequest sent = http.requests()[0];
+  EXPECT_EQ(sent.method, GetParam().method);
+  EXPECT_EQ(sent.url, "https://au.example/api/v1" + GetParam().path);
+  EXPECT_EQ(sent.body, GetParam().body);
+  EXPECT_EQ(sent.timeout, std::chrono::seconds(60));
+  Headers headers;
+  if (GetParam().body) {
+    headers.emplace_back("Content-Type", "application/json");
+  }
+  if (isAuthorised()) {
+    headers.emplace_back("Authorization", "Bearer " + oldToken);
+  }
+  EXPECT_EQ(sent.headers, headers);
+  EXPECT_TRUE(ended.isPending());
+}
+
+TEST_P(CallRulesTest, a_stored_root_is_where_it_goes) {
+  settings.set(NetworkService::apiURLKey, "https://own.example");
+  const auto ended = start();
+  ASSERT_THAT(http.requests(), SizeIs(1));
+  EXPECT_EQ(http.requests()[0].url, "https://own.example/api/v1" + GetParam().path);
+}
+
+// How it ends.
+
+TEST_P(CallRulesTest, a_transport_error_is_handed_on_and_never_retried) {
+  for (const auto kind : {Kind::timedOut, Kind::cannotConnectToHost, Kind::badServerResponse}) {
+    EXPECT_EQ(callAnswered(transportFailure(kind)).error(), (TransportError{kind, {}}));
+  }
+  EXPECT_THAT(http.calls(), ElementsAre(callName(), callName(), callName()));
+}
+
+TEST_P(CallRulesTest, an_answer_with_a_part_missing_is_invalid) {
+  for (const auto& part :
+       {answerWithoutData(200), answerWithoutData(401), answerWithoutResponse(GetParam().answer),
+        answerThatIsNotHttp(GetParam().answer), DataTaskResult{}}) {
+    EXPECT_EQ(callAnswered(part).error(), NetworkError::invalidResponse());
+  }
+  EXPECT_EQ(refreshes(), 0);
+}
+
+TEST_P(CallRulesTest, a_200_is_a_success) {
+  callAnswered(httpAnswer(200, GetParam().answer)).value();
+  EXPECT_THAT(http.calls(), ElementsAre(callName()));
+}
+
+TEST_P(CallRulesTest, another_2xx_is_a_success_unless_the_call_wants_exactly_200) {
+  for (const int status : {201, 299}) {
+    const auto ended = callAnswered(httpAnswer(status, GetParam().answer));
+    if (GetParam().judging == Judging::by2xx) {
+      ended.value();
+    } else {
+      EXPECT_EQ(ended.error(), NetworkError::serverError("Unknown error"));
+    }
+  }
+}
+
+TEST_P(CallRulesTest, a_204_is_a_success_only_without_a_record) {
+  const auto ended = callAnswered(httpAnswer(204, ""));
+  if (GetParam().judging == Judging::byExactly200) {
+    EXPECT_EQ(ended.error(), NetworkError::serverError("Unknown error"));
+  } else if (hasRecord()) {
+    EXPECT_EQ(ended.errorText(), malformedText);
+  } else {
+    ended.value();
+  }
+}
+
+TEST_P(CallRulesTest, only_a_call_with_a_record_reads_the_body_of_a_success) {
+  for (const auto& [body, text] :
+       {std::pair{"<html>", malformedText}, {"", malformedText}, {"{}", missingText}}) {
+    const auto ended = callAnswered(httpAnswer(200, body));
+    if (hasRecord()) {
+      EXPECT_EQ(ended.errorText(), text);
+    } else {
+      ended.value();
+    }
+  }
+}
+
+TEST_P(CallRulesTest, a_failing_service_speaks_its_own_words) {
+  for (const int status : {302, 400, 409, 422, 500, 503}) {
+    EXPECT_EQ(callAnswered(httpAnswer(status, R"({"error":"In its own words"})")).error(),
+              NetworkError::serverError("In its own words"));
+    EXPECT_EQ(callAnswered(httpAnswer(status, "<html>")).error(), NetworkError::serverError("Unknown error"));
+    EXPECT_EQ(callAnswered(httpAnswer(status, "")).error(), NetworkError::serverError("Unknown error"));
+  }
+  EXPECT_EQ(refreshes(), 0);
+}
+
+TEST_P(CallRulesTest, a_403_and_a_404_have_fixed_words_unless_the_call_wants_exactly_200) {
+  const auto forbidden = callAnswered(httpAnswer(403, R"({"error":"own"})"));
+  const auto notFound = callAnswered(httpAnswer(404, R"({"error":"own"})"));
+  const bool own = GetParam().judging == Judging::byExactly200;
+  EXPECT_EQ(forbidden.error(), own ? NetworkError::serverError("own") : NetworkError::forbidden());
+  EXPECT_EQ(notFound.error(), own ? NetworkError::serverError("own") : NetworkError::notFound());
+  EXPECT_EQ(refreshes(), 0);
+}
+
+TEST_P(CallRulesTest, a_401_of_a_call_without_a_token_starts_no_refresh) {
+  if (isAuthorised()) {
+    return;
+  }
+  const auto ended = callAnswered(httpAnswer(401, R"({"error":"own"})"));
+  EXPECT_EQ(ended.error(), GetParam().judging == Judging::byExactly200 ? NetworkError::serverError("own")
+                                                                       : NetworkError::unauthorized());
+  EXPECT_THAT(http.calls(), ElementsAre(callName()));
+}
+
+TEST_P(CallRulesTest, a_401_of_a_call_with_a_token_is_repeated_once_with_the_same_body) {
+  if (!isAuthorised()) {
+    return;
+  }
+  http.answer("POST", "/auth/refresh", 200, authBody(newToken));
+  http.answer(GetParam().method, GetParam().path, 401, R"({"error":"own"})");
+  callAnswered(httpAnswer(200, GetParam().answer)).value();
+  EXPECT_THAT(http.calls(), ElementsAre(callName(), "POST /auth/refresh", callName()));
+  EXPECT_EQ(http.requests()[2].body, GetParam().body);
+  EXPECT_THAT(http.requests()[2].headers, ElementsAre(testing::Pair("Content-Type", "application/json"),
+                                                      testing::Pair("Authorization", "Bearer " + newToken)));
+}
+
+TEST_P(CallRulesTest, a_401_after_the_refresh_is_unauthorized) {
+  if (!isAuthorised()) {
+    return;
+  }
+  http.answer("POST", "/auth/refresh", 200, authBody(newToken));
+  http.answer(GetParam().method, GetParam().path, 401);
+  EXPECT_EQ(callAnswered(httpAnswer(401, R"({"error":"own"})")).error(), NetworkError::unauthorized());
+  EXPECT_THAT(http.calls(), ElementsAre(callName(), "POST /auth/refresh", callName()));
+}
+
+TEST_P(CallRulesTest, a_401_and_a_failed_refresh_are_unauthorized) {
+  if (!isAuthorised()) {
+    return;
+  }
+  http.fail("POST", "/auth/refresh", Kind::timedOut);
+  EXPECT_EQ(callAnswered(httpAnswer(401)).error(), NetworkError::unauthorized());
+  EXPECT_THAT(http.calls(), ElementsAre(callName(), "POST /auth/refresh"));
+  EXPECT_EQ(storedToken(), oldToken);
+}
+
+TEST_P(CallRulesTest, an_answer_after_the_service_has_gone_is_told_to_nobody) {
+  const auto ended = start();
+  http.answer(GetParam().method, GetParam().path, 200, GetParam().answer);
+  const auto before = settings.all();
+  const auto lines = printed();
+  service.reset();
+  settle();
+  EXPECT_TRUE(ended.isPending());
+  EXPECT_EQ(settings.all(), before);
+  EXPECT_EQ(printed(), lines);
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, CallRulesTest, testing::ValuesIn(calls),
+                         [](const auto& tested) { return tested.param.name; });
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,495 @@
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "client/records/account.h"
+#include "client/records/checkin.h"
+#include "client/records/device.h"
+#include "client/records/device_policy.h"
+#include "client/records/dns_log.h"
+#include "client/records/enrollment.h"
+#include "client/records/error_response.h"
+#include "foundation/json_decode.h"
+#include "tests/client/client_test.h"
+
+namespace quillmar {
+namespace {
+
+// One key of a record, in the order of writing, with a value as JSON. The tests below make all their
+// documents from these.
+struct Key {
+  std::string name;
+  std::string json;
+  bool isRequired = true;
+};
+
+Key maybe(std::string name, std::string json) { return {std::move(name), std::move(json), false}; }
+
+std::string document(const std::vector<Key>& keys) {
+  std::string text = "{";
+  for (const char* separator = ""; const Key& key : keys) {
+    text += separator + ('"' + key.name + "\":" + key.json);
+    separator = ",";
+  }
+  return text + "}";
+}
+
+struct RecordCase {
+  std::string name;
+  std::vector<Key> keys;
+  // The record that holds every value of `keys` is equal to the decoded one.
+  std::function<bool(std::string_view)> decodesToExpected;
+  // Decodes and writes what was decoded.
+  std::function<Result<std::string>(std::string_view)> rewrite;
+  // Writes the expected record, whole and without anything that may be left out.
+  std::function<Result<std::string>()> writeWhole;
+  std::function<Result<std::string>()> writeLeast;
+};
+
+void PrintTo(const RecordCase& tested, std::ostream* out) { *out << tested.name; }
+
+template <Record T>
+RecordCase recordCase(T expected, std::vector<Key> keys) {
+  T least = expected;
+  forEachField<T>([&](const auto& field) {
+    if constexpr (isOptional<typename std::remove_cvref_t<decltype(field)>::Type>) {
+      least.*field.member = std::nullopt;
+    }
+  });
+  return {.name = std::string(recordName<T>()),
+          .keys = std::move(keys),
+          .decodesToExpected =
+              [expected](std::string_view text) {
+                const auto decoded = decodeJson<T>(text);
+                return decoded.ok() && decoded.value() == expected;
+              },
+          .rewrite = [](std::string_view text) -> Result<std::string> {
+            const auto decoded = decodeJson<T>(text);
+            return decoded.ok() ? encodeJson(decoded.value()) : Result<std::string>(decoded.error());
+          },
+          .writeWhole = [expected] { return encodeJson(expected); },
+          .writeLeast = [least] { return encodeJson(least); }};
+}
+
+const Device tablet{.id = "id",
+                    .parentId = "parentId",
+                    .childId = "childId",
+                    .deviceName = "deviceName",
+                    .deviceType = "deviceType",
+                    .dohEndpoint = "dohEndpoint",
+                    .isActive = true,
+                    .createdAt = "createdAt",
+                    .updatedAt = "updatedAt",
+                    .friendlyName = "friendlyName",
+                    .isOnline = false,
+                    .lastSeenAt = "lastSeenAt"};
+const std::vector<Key> tabletKeys{{"id", R"("id")"},
+                                  {"parent_id", R"("parentId")"},
+                                  maybe("child_id", R"("childId")"),
+                                  {"device_name", R"("deviceName")"},
+                                  {"device_type", R"("deviceType")"},
+                                  {"doh_endpoint", R"("dohEndpoint")"},
+                                  {"is_active", "true"},
+                                  {"created_at", R"("createdAt")"},
+                                  {"updated_at", R"("updatedAt")"},
+                                  maybe("friendly_name", R"("friendlyName")"),
+                                  maybe("is_online", "false"),
+                                  maybe("last_seen_at", R"("lastSeenAt")")};
+
+const std::vector<RecordCase> received{
+    recordCase(AuthResponse{.token = "token",
+                            .parentId = "parentId",
+                            .email = "email",
+                            .phone = "phone",
+                            .name = "name",
+                            .region = "region",
+                            .dohServerId = "dohServerId",
+                            .dohBaseURL = "dohBaseURL"},
+               {{"token", R"("token")"},
+                {"parent_id", R"("parentId")"},
+                {"email", R"("email")"},
+                maybe("phone", R"("phone")"),
+                {"name", R"("name")"},
+                maybe("region", R"("region")"),
+                maybe("doh_server_id", R"("dohServerId")"),
+                maybe("doh_base_url", R"("dohBaseURL")")}),
+    recordCase(ErrorResponse{.error = "error"}, {{"error", R"("error")"}}),
+    recordCase(tablet, tabletKeys),
+    recordCase(DevicePolicy{.id = "id",
+                            .deviceId = "deviceId",
+                            .parentId = "parentId",
+                            .isBlocked = true,
+                            .blockMode = "blockMode",
+                            .blockedDomains = {"a.example", "b.example"},
+                            .allowedDomains = {},
+                            .createdAt = "createdAt",
+                            .updatedAt = "updatedAt"},
+               {{"id", R"("id")"},
+                {"device_id", R"("deviceId")"},
+                {"parent_id", R"("parentId")"},
+                {"is_blocked", "true"},
+                {"block_mode", R"("blockMode")"},
+                {"blocked_domains", R"(["a.example","b.example"])"},
+                {"allowed_domains", "[]"},
+                {"created_at", R"("createdAt")"},
+                {"updated_at", R"("updatedAt")"}}),
+    recordCase(DNSLog{.id = 7,
+                      .deviceId = "deviceId",
+                      .parentId = "parentId",
+                      .domain = "domain",
+                      .queryType = "queryType",
+                      .wasBlocked = true,
+                      .timestamp = "timestamp"},
+               {{"id", "7"},
+                {"device_id", R"("deviceId")"},
+                {"parent_id", R"("parentId")"},
+                {"domain", R"("domain")"},
+                {"query_type", R"("queryType")"},
+                {"was_blocked", "true"},
+                {"timestamp", R"("timestamp")"}}),
+    recordCase(DNSLogsResponse{}, {{"logs", "[]"}}),
+    recordCase(
+        InitEnrollmentResponse{
+            .enrollmentCode = "enrollmentCode", .deviceId = "deviceId", .expiresAt = "expiresAt"},
+        {{"enrollment_code", R"("enrollmentCode")"},
+         {"device_id", R"("deviceId")"},
+         {"expires_at", R"("expiresAt")"}}),
+    recordCase(EnrollmentStatusResponse{.status = "status",
+                                        .deviceId = "deviceId",
+                                        .dohEndpoint = "dohEndpoint",
+                                        .dohBaseUrl = "dohBaseUrl",
+                                        .apiBaseUrl = "apiBaseUrl"},
+               {{"status", R"("status")"},
+                {"device_id", R"("deviceId")"},
+                maybe("doh_endpoint", R"("dohEndpoint")"),
+                maybe("doh_base_url", R"("dohBaseUrl")"),
+                maybe("api_base_url", R"("apiBaseUrl")")}),
+    recordCase(QRCodeData{.enrollmentCode = "enrollmentCode",
+                          .deviceId = "deviceId",
+                          .deviceName = "deviceName",
+                          .deviceType = "deviceType"},
+               {{"enrollment_code", R"("enrollmentCode")"},
+                {"device_id", R"("deviceId")"},
+                {"device_name", R"("deviceName")"},
+                {"device_type", R"("deviceType")"}}),
+    recordCase(
+        CompleteEnrollmentResponse{.message = "message", .device = tablet, .dohEndpoint = "dohEndpoint"},
+        {{"message", R"("message")"},
+         {"device", document(tabletKeys)},
+         {"doh_endpoint", R"("dohEndpoint")"}}),
+    recordCase(
+        SetupInstructions{.platform = "platform", .dnsServerIP = "dnsServerIP", .steps = {"1", "2", "1"}},
+        {{"platform", R"("platform")"},
+         {"dns_server_ip", R"("dnsServerIP")"},
+         {"steps", R"(["1","2","1"])"}}),
+    recordCase(
+        ManualEnrollmentResponse{.message = "message",
+                                 .device = tablet,
+                                 .dnsServer = "dnsServer",
+                                 .setupInstructions = {.platform = "p", .dnsServerIP = "ip", .steps = {}},
+                                 .note = "note"},
+        {{"message", R"("message")"},
+         {"device", document(tabletKeys)},
+         {"dns_server", R"("dnsServer")"},
+         {"setup_instructions", R"({"platform":"p","dns_server_ip":"ip","steps":[]})"},
+         {"note", R"("note")"}}),
+    recordCase(CheckinResponse{.status = "status",
+                               .dohEndpoint = "dohEndpoint",
+                               .dohBaseUrl = "dohBaseUrl",
+                               .serverTime = "serverTime"},
+               {{"status", R"("status")"},
+                maybe("doh_endpoint", R"("dohEndpoint")"),
+                maybe("doh_base_url", R"("dohBaseUrl")"),
+                maybe("server_time", R"("serverTime")")}),
+};
+
+const std::vector<RecordCase> sent{
+    recordCase(
+        RegisterRequest{
+            .email = "email", .password = "password", .phone = "phone", .name = "name", .region = "region"},
+        {{"email", R"("email")"},
+         {"password", R"("password")"},
+         {"phone", R"("phone")"},
+         {"name", R"("name")"},
+         maybe("region", R"("region")")}),
+    recordCase(LoginRequest{.email = "email", .password = "password"},
+               {{"email", R"("email")"}, {"password", R"("password")"}}),
+    recordCase(UpdateDeviceRequest{.friendlyName = "friendlyName", .deviceName = "deviceName"},
+               {maybe("friendly_name", R"("friendlyName")"), maybe("device_name", R"("deviceName")")}),
+    recordCase(UpdatePolicyRequest{.isBlocked = false, .blockMode = "blockMode"},
+               {{"is_blocked", "false"}, {"block_mode", R"("blockMode")"}}),
+    recordCase(AddDomainRequest{.domain = "domain"}, {{"domain", R"("domain")"}}),
+    recordCase(
+        InitEnrollmentRequest{.deviceId = "deviceId", .deviceName = "deviceName", .deviceType = "ios"},
+        {{"device_id", R"("deviceId")"}, {"device_name", R"("deviceName")"}, {"device_type", R"("ios")"}}),
+    recordCase(QRCodeData{.enrollmentCode = "enrollmentCode",
+                          .deviceId = "deviceId",
+                          .deviceName = "deviceName",
+                          .deviceType = "deviceType"},
+               {{"enrollment_code", R"("enrollmentCode")"},
+                {"device_id", R"("deviceId")"},
+                {"device_name", R"("deviceName")"},
+                {"device_type", R"("deviceType")"}}),
+    recordCase(
+        CompleteEnrollmentRequest{
+            .enrollmentCode = "enrollmentCode", .deviceName = "deviceName", .childId = "childId"},
+        {{"enrollment_code", R"("enrollmentCode")"},
+         {"device_name", R"("deviceName")"},
+         maybe("child_id", R"("childId")")}),
+    recordCase(ManualEnrollmentRequest{.deviceName = "deviceName",
+                                       .deviceType = "deviceType",
+                                       .deviceIP = "deviceIP",
+                                       .childId = "childId"},
+               {{"device_name", R"("deviceName")"},
+                {"device_type", R"("deviceType")"},
+                maybe("device_ip", R"("deviceIP")"),
+                maybe("child_id", R"("childId")")}),
+    recordCase(CheckinRequest{.deviceId = "deviceId", .deviceType = "ios"},
+               {{"device_id", R"("deviceId")"}, {"device_type", R"("ios")"}}),
+};
+
+// Values of every type that JSON has.
+constexpr auto samples = std::to_array<std::string_view>(
+    {R"("5")", R"("true")", "5", "5.5", "1", "0", "true", "[]", R"([5])", "{}"});
+
+bool isNumber(std::string_view json) { return json.front() >= '0' && json.front() <= '9'; }
+
+bool isBool(std::string_view json) { return json == "true" || json == "false"; }
+
+// Whether a sample would pass where a value like `json` is due.
+bool hasSameType(std::string_view sample, std::string_view json) {
+  if (isNumber(json)) {
+    return isNumber(sample) && sample != "5.5";
+  }
+  if (isBool(json)) {
+    return isBool(sample);
+  }
+  return sample.front() == json.front() && sample != "[5]";
+}
+
+std::vector<Key> without(std::vector<Key> keys, std::string_view name) {
+  std::erase_if(keys, [&](const Key& key) { return key.name == name; });
+  return keys;
+}
+
+std::vector<Key> with(std::vector<Key> keys, std::string_view name, std::string_view json) {
+  for (Key& key : keys) {
+    if (key.name == name) {
+      key.json = json;
+    }
+  }
+  return keys;
+}
+
+std::vector<Key> requiredOf(std::vector<Key> keys) {
+  std::erase_if(keys, [](const Key& key) { return !key.isRequired; });
+  return keys;
+}
+
+class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
+ protected:
+  const std::vector<Key>& keys() const { return GetParam().keys; }
+  Result<std::string> rewritten(const std::vector<Key>& changed) const {
+    return GetParam().rewrite(document(changed));
+  }
+  // Expects the document to be refused at this key.
+  void expectRefusal(const std::vector<Key>& changed, CodingError::Kind kind, const std::string& key) const {
+    const std::string text = document(changed);
+    const auto refused = GetParam().rewrite(text);
+    ASSERT_FALSE(refused.ok()) << text;
+    const auto* error = refused.error().as<CodingError>();
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->kind, kind) << text;
+    // A wrong type in the place of a record is a refusal of that record.
+    EXPECT_TRUE(error->record == GetParam().name || kind == CodingError::Kind::wrongFormat) << text;
+    EXPECT_EQ(error->keyPath.substr(0, error->keyPath.find('[')), key) << text;
+  }
+};
+
+TEST_P(ReceivedRecordTest, a_missing_required_key_is_refused) {
+  for (const Key& key : requiredOf(keys())) {
+    expectRefusal(without(keys(), key.name), CodingError::Kind::missing, key.name);
+  }
+}
+
+TEST_P(ReceivedRecordTest, null_for_a_required_key_is_refused) {
+  for (const Key& key : requiredOf(keys())) {
+    const auto kind = isBool(key.json) ? CodingError::Kind::wrongFormat : CodingError::Kind::missing;
+    expectRefusal(with(keys(), key.name, "null"), kind, key.name);
+  }
+}
+
+TEST_P(ReceivedRecordTest, nothing_is_converted) {
+  for (const Key& key : keys()) {
+    for (const std::string_view sample : samples) {
+      if (!hasSameType(sample, key.json)) {
+        expectRefusal(with(keys(), key.name, sample), CodingError::Kind::wrongFormat, key.name);
+      }
+    }
+  }
+}
+
+TEST_P(ReceivedRecordTest, only_an_object_is_a_record) {
+  for (const std::string_view text : {"[]", "null", "5", R"("x")", "", " ", "{", "{}x"}) {
+    EXPECT_FALSE(GetParam().rewrite(text).ok()) << text;
+  }
+}
+
+TEST_P(ReceivedRecordTest, decodes_into_the_fields_of_the_same_names) {
+  EXPECT_TRUE(GetParam().decodesToExpected(document(keys()))) << document(keys());
+}
+
+TEST_P(ReceivedRecordTest, the_order_of_keys_does_not_count) {
+  std::vector<Key> reversed(keys().rbegin(), keys().rend());
+  EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
+  std::ranges::rotate(reversed, reversed.begin() + 1);
+  EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
+}
+
+TEST_P(ReceivedRecordTest, unknown_keys_are_skipped_wherever_they_stand) {
+  for (std::size_t place = 0; place <= keys().size(); ++place) {
+    auto more = keys();
+    const auto at = more.begin() + static_cast<std::ptrdiff_t>(place);
+    more.insert(at, {{"unknown", R"({"id":[null,5]})"}, {"", "null"}, {"ID", "5"}});
+    EXPECT_TRUE(GetParam().decodesToExpected(document(more))) << place;
+  }
+}
+
+TEST_P(ReceivedRecordTest, of_a_key_given_twice_the_first_counts) {
+  for (const Key& key : keys()) {
+    auto twice = keys();
+    twice.push_back({key.name, "[[]]"});
+    EXPECT_TRUE(GetParam().decodesToExpected(document(twice))) << key.name;
+
+    auto wrongFirst = keys();
+    wrongFirst.insert(wrongFirst.begin(), {key.name, "[[]]"});
+    expectRefusal(wrongFirst, CodingError::Kind::wrongFormat, key.name);
+  }
+}
+
+TEST_P(ReceivedRecordTest, an_absent_optional_is_nil_and_so_is_null) {
+  EXPECT_EQ(rewritten(requiredOf(keys())).value(), GetParam().writeLeast().value());
+  for (const Key& key : keys()) {
+    if (!key.isRequired) {
+      EXPECT_EQ(rewritten(without(keys(), key.name)).value(), document(without(keys(), key.name)));
+      EXPECT_EQ(rewritten(with(keys(), key.name, "null")).value(), document(without(keys(), key.name)));
+    }
+  }
+}
+
+TEST_P(ReceivedRecordTest, a_null_that_comes_first_counts) {
+  for (const Key& key : keys()) {
+    if (!key.isRequired) {
+      auto nullFirst = keys();
+      nullFirst.insert(nullFirst.begin(), {key.name, "null"});
+      EXPECT_EQ(rewritten(nullFirst).value(), document(without(keys(), key.name)));
+    }
+  }
+}
+
+TEST_P(ReceivedRecordTest, an_empty_text_is_not_nil) {
+  for (const Key& key : keys()) {
+    if (key.json.front() == '"') {
+      EXPECT_EQ(rewritten(with(keys(), key.name, R"("")")).value(),
+                document(with(keys(), key.name, R"("")")));
+    }
+  }
+}
+
+class SentRecordTest : public testing::TestWithParam<RecordCase> {};
+
+TEST_P(SentRecordTest, writes_its_keys_in_the_order_of_its_table) {
+  EXPECT_EQ(GetParam().writeWhole().value(), document(GetParam().keys));
+}
+
+TEST_P(SentRecordTest, leaves_out_what_is_nil) {
+  EXPECT_EQ(GetParam().writeLeast().value(), document(requiredOf(GetParam().keys)));
+}
+
+const auto byName = [](const auto& tested) { return tested.param.name; };
+
+INSTANTIATE_TEST_SUITE_P(Records, ReceivedRecordTest, testing::ValuesIn(received), byName);
+INSTANTIATE_TEST_SUITE_P(Records, SentRecordTest, testing::ValuesIn(sent), byName);
+
+// What the tables above can't tell.
+
+CodingError refusal(const Result<DNSLogsResponse>& result) {
+  const auto* error = result.ok() ? nullptr : result.error().as<CodingError>();
+  EXPECT_NE(error, nullptr);
+  return error ? *error : CodingError{};
+}
+
+std::string logEntry(std::string_view id) {
+  return R"({"id":)" + std::string(id) +
+         R"(,"device_id":"d","parent_id":"p","domain":"x","query_type":"A","was_blocked":false,"timestamp":"t"})";
+}
+
+TEST(Records, a_log_whose_id_is_a_text_fails_the_whole_answer) {
+  const auto error =
+      refusal(decodeJson<DNSLogsResponse>(R"({"logs":[)" + logEntry("1") + "," + logEntry(R"("2")") + "]}"));
+  EXPECT_EQ(error.kind, CodingError::Kind::wrongFormat);
+  EXPECT_EQ(error.keyPath, "logs[1].id");
+}
+
+TEST(Records, the_id_of_a_log_has_64_bits) {
+  const auto decoded = decodeJson<DNSLogsResponse>(R"({"logs":[)" + logEntry("9223372036854775807") + "]}");
+  ASSERT_TRUE(decoded.ok());
+  EXPECT_EQ(decoded.value().logs.at(0).id, 9223372036854775807);
+  EXPECT_FALSE(decodeJson<DNSLogsResponse>(R"({"logs":[)" + logEntry("9223372036854775808") + "]}").ok());
+}
+
+TEST(Records, logs_keep_their_order) {
+  const auto decoded =
+      decodeJson<DNSLogsResponse>(R"({"logs":[)" + logEntry("2") + "," + logEntry("1") + "]}");
+  ASSERT_TRUE(decoded.ok());
+  ASSERT_EQ(decoded.value().logs.size(), 2);
+  EXPECT_EQ(decoded.value().logs[0].id, 2);
+  EXPECT_EQ(decoded.value().logs[1].id, 1);
+}
+
+TEST(Records, one_bad_log_of_several_fails_them_all) {
+  for (const std::string_view bad : {"null", "5", "[]", "{}"}) {
+    const std::string text = R"({"logs":[)" + logEntry("1") + "," + std::string(bad) + "]}";
+    EXPECT_FALSE(decodeJson<DNSLogsResponse>(text).ok()) << bad;
+  }
+}
+
+TEST(Records, a_key_missing_in_a_nested_record_is_named_with_its_path) {
+  const auto decoded =
+      decodeJson<CompleteEnrollmentResponse>(document({{"message", R"("m")"},
+                                                       {"device", document(without(tabletKeys, "is_active"))},
+                                                       {"doh_endpoint", R"("e")"}}));
+  ASSERT_FALSE(decoded.ok());
+  const auto* error = decoded.error().as<CodingError>();
+  ASSERT_NE(error, nullptr);
+  EXPECT_EQ(error->kind, CodingError::Kind::missing);
+  EXPECT_EQ(error->record, "Device");
+  EXPECT_EQ(error->keyPath, "device.is_active");
+}
+
+TEST(Records, an_account_without_its_optional_keys_decodes) {
+  EXPECT_EQ(decodeJson<AuthResponse>(authBody("t")).value(), authResponse("t"));
+}
+
+TEST(Records, text_passes_unchanged_in_both_directions) {
+  const std::string awkward =
+      "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7 \"quoted\" \\ /\n\t\x01 e\xCC\x81";
+  const auto written = encodeJson(AddDomainRequest{.domain = awkward});
+  ASSERT_TRUE(written.ok());
+  const auto decoded = decodeJson<AddDomainRequest>(written.value());
+  ASSERT_TRUE(decoded.ok());
+  EXPECT_EQ(decoded.value().domain, awkward);
+}
+
+TEST(Records, text_that_is_not_utf8_is_not_written) {
+  const auto written = encodeJson(AddDomainRequest{.domain = notUtf8});
+  ASSERT_FALSE(written.ok());
+  EXPECT_EQ(written.error().localizedDescription(), unwritableText);
+}
+
+}  // namespace
+}  // namespace quillmar
