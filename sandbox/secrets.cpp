@@ -9,7 +9,7 @@ namespace {
 
 // Argon2id with 7 MiB and five passes: what is advised as the least for a service, at about 10 ms a password.
 constexpr unsigned long long passes = 5;
-constexpr std::size_t memory = 7 * 1024 * 1024;
+constexpr std::size_t memory = std::size_t{7} * 1024 * 1024;
 
 bool ready() {
   static const bool initialised = sodium_init() >= 0;

@@ -75,6 +75,7 @@ void setRules(Database& database, const std::string& childId, const DemoChild& c
 void addLogs(Database& database, const std::string& deviceId, const DemoDevice& device, Time now,
              Dice& dice) {
   std::vector<Time> moments;
+  moments.reserve(std::size_t(device.lookups));
   for (int i = 0; i < device.lookups; ++i) moments.push_back(momentWithinDay(now, device.seenAgo, dice));
   std::ranges::sort(moments);
   for (const auto moment : moments) {

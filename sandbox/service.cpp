@@ -127,12 +127,9 @@ class Service::Implementation {
     if (!server) return Failure{server.failure()};
     server_ = std::move(*server);
 
-    world_.reset(
-        new World{.database = *database_,
-                  .saboteur = saboteur_,
-                  .recorder = recorder_,
-                  .addresses = {address("http://", server_->port()), address("https://", server_->tlsPort())},
-                  .clock = std::move(clock)});
+    world_.emplace(*database_, saboteur_, recorder_,
+                   Addresses{address("http://", server_->port()), address("https://", server_->tlsPort())},
+                   std::move(clock));
     world_->upstream = options.upstream;
     world_->seed = options.seed;
     world_->hold = [this](bool holding) { server_->hold(holding); };
@@ -154,7 +151,7 @@ class Service::Implementation {
   std::unique_ptr<Database> database_;
   Saboteur saboteur_;
   Recorder recorder_;
-  std::unique_ptr<World> world_;
+  std::optional<World> world_;
   std::unique_ptr<HttpServer> server_;
   std::optional<TrafficThread> traffic_;
 };

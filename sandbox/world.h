@@ -31,12 +31,19 @@ struct Addresses {
 
 // What every call works with: one service's data and circumstances.
 struct World {
+  World(Database& tables, Saboteur& mischief, Recorder& record, Addresses reachedAt, Clock time)
+      : database{tables},
+        saboteur{mischief},
+        recorder{record},
+        addresses{std::move(reachedAt)},
+        clock{std::move(time)} {}
+
   Database& database;
   Saboteur& saboteur;
   Recorder& recorder;
   Addresses addresses;
   Clock clock;
-  std::optional<std::string> upstream{};         // a DNS server's address, asked for allowed names
+  std::optional<std::string> upstream;           // a DNS server's address, asked for allowed names
   Seed seed = Seed::empty;                       // what a reset goes back to
   std::function<void(bool)> hold = [](bool) {};  // whether answers that ask to be held are
   std::atomic<std::int64_t> ahead{0};            // milliseconds by which a steered clock differs

@@ -13,18 +13,17 @@ namespace {
 
 constexpr std::size_t largestMessage = 65'535;
 
-struct FreeText {
-  void operator()(char* text) const { std::free(text); }
-};
-using Text = std::unique_ptr<char, FreeText>;
+// What the library leaves to its callers to free.
+template <class T>
+using Owned = std::unique_ptr<T, void (*)(void*)>;
 
 struct FreeResolver {
   void operator()(ldns_resolver* resolver) const { ldns_resolver_deep_free(resolver); }
 };
 using Resolver = std::unique_ptr<ldns_resolver, FreeResolver>;
 
-std::string textOf(char* owned) {
-  const Text text{owned};
+std::string textOf(char* given) {
+  const Owned<char> text{given, &std::free};
   return text ? text.get() : std::string{};
 }
 
@@ -130,9 +129,8 @@ std::string DnsQuery::wire(const ldns_struct_pkt& packet) {
   std::uint8_t* bytes = nullptr;
   std::size_t size = 0;
   if (ldns_pkt2wire(&bytes, &packet, &size) != LDNS_STATUS_OK) return {};
-  std::string text(reinterpret_cast<const char*>(bytes), size);
-  std::free(bytes);
-  return text;
+  const Owned<std::uint8_t> owned{bytes, &std::free};
+  return {reinterpret_cast<const char*>(bytes), size};
 }
 
 std::string DnsQuery::answerWith(int code) const { return wire(*answer(code)); }

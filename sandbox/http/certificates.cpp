@@ -24,10 +24,10 @@ struct Releaser {
 
 using Key = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY_free>>;
 using Certificate = std::unique_ptr<X509, Releaser<X509_free>>;
-using File = std::unique_ptr<std::FILE, Releaser<std::fclose>>;
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 using Extension = std::unique_ptr<X509_EXTENSION, Releaser<X509_EXTENSION_free>>;
 
-constexpr long day = 24 * 60 * 60;
+constexpr long day = 24L * 60 * 60;
 constexpr long lifetime = 825 * day;
 constexpr long renewal = 30 * day;
 
@@ -92,7 +92,7 @@ bool store(const std::filesystem::path& path, mode_t mode, Write write) {
   const auto beside = path.string() + ".new";
   const int descriptor = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
   if (descriptor < 0) return false;
-  File file{::fdopen(descriptor, "w")};
+  File file{::fdopen(descriptor, "w"), &std::fclose};
   if (!file || write(file.get()) != 1 || std::fclose(file.release()) != 0) return false;
   std::error_code error;
   std::filesystem::rename(beside, path, error);
@@ -100,7 +100,7 @@ bool store(const std::filesystem::path& path, mode_t mode, Write write) {
 }
 
 bool stillGood(const Certificates& files) {
-  const File file{std::fopen(files.certificate.c_str(), "r")};
+  const File file{std::fopen(files.certificate.c_str(), "r"), &std::fclose};
   if (!file || !std::filesystem::exists(files.authority) || !std::filesystem::exists(files.key)) return false;
   const Certificate certificate{PEM_read_X509(file.get(), nullptr, nullptr, nullptr)};
   if (!certificate) return false;

@@ -26,7 +26,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
 
  private:
   using Error = boost::beast::error_code;
-  static constexpr std::size_t largestHeader = 16 * 1024;
+  static constexpr std::size_t largestHeader = std::size_t{16} * 1024;
   static constexpr std::size_t piecesOfSlowBody = 10;
   static constexpr std::chrono::seconds patience{60};
 

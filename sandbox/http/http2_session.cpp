@@ -12,18 +12,16 @@ namespace quillmar::sandbox {
 namespace {
 
 constexpr std::size_t piecesOfSlowBody = 10;
-constexpr std::size_t largestWrite = 64 * 1024;
-constexpr std::size_t largestHeader = 16 * 1024;
+constexpr std::size_t largestWrite = std::size_t{64} * 1024;
+constexpr std::size_t largestHeader = std::size_t{16} * 1024;
 
 std::string_view text(const uint8_t* data, size_t length) {
   return {reinterpret_cast<const char*>(data), length};
 }
 
-nghttp2_nv field(std::string_view name, std::string_view value) {
-  // nghttp2 copies both, unless told otherwise.
-  const auto bytes = [](std::string_view t) {
-    return reinterpret_cast<uint8_t*>(const_cast<char*>(t.data()));
-  };
+// nghttp2 copies both, though it asks for them unconst.
+nghttp2_nv field(std::string& name, std::string& value) {
+  const auto bytes = [](std::string& text) { return reinterpret_cast<uint8_t*>(text.data()); };
   return {bytes(name), bytes(value), name.size(), value.size(), NGHTTP2_NV_FLAG_NONE};
 }
 
@@ -137,15 +135,14 @@ void Http2Session::submit(int32_t id, Answer answer) {
   auto& stream = *find(id);
   stream.answered = true;
   stream.answer = std::move(answer);
-  stream.answer.headers.emplace_back("content-length", std::to_string(stream.answer.body.size()));
-  if (!stream.answer.contentType.empty()) {
-    stream.answer.headers.emplace_back("content-type", stream.answer.contentType);
-  }
-  for (auto& [name, value] : stream.answer.headers) name = lowerCase(std::move(name));
-
-  const auto status = std::to_string(stream.answer.status);
-  std::vector<nghttp2_nv> fields{field(":status", status)};
-  for (const auto& [name, value] : stream.answer.headers) fields.push_back(field(name, value));
+  auto& headers = stream.answer.headers;
+  headers.emplace_back("content-length", std::to_string(stream.answer.body.size()));
+  if (!stream.answer.contentType.empty()) headers.emplace_back("content-type", stream.answer.contentType);
+  for (auto& [name, value] : headers) name = lowerCase(std::move(name));
+  // Pseudo headers come first.
+  headers.emplace(headers.begin(), ":status", std::to_string(stream.answer.status));
+  std::vector<nghttp2_nv> fields;
+  for (auto& [name, value] : headers) fields.push_back(field(name, value));
 
   makeReady(id);
   nghttp2_data_provider provider{};

@@ -55,7 +55,7 @@ class Http2Session : public std::enable_shared_from_this<Http2Session> {
   Exchange& exchange_;
   nghttp2_session* session_ = nullptr;
   std::map<int32_t, Exchanged> streams_;
-  std::array<uint8_t, 16 * 1024> incoming_{};
+  std::array<uint8_t, std::size_t{16} * 1024> incoming_{};
   std::string outgoing_;
   bool writing_ = false;
   bool closed_ = false;

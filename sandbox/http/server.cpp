@@ -3,6 +3,7 @@
 #include <array>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <cstring>
 #include <optional>
 #include <thread>
@@ -116,12 +117,20 @@ class HttpServer::Implementation {
   template <class Serve>
   void accept(tcp::acceptor& acceptor, Serve serve) {
     acceptor.async_accept([this, &acceptor, serve](auto error, tcp::socket socket) {
-      if (!error) {
-        boost::system::error_code ignored;
-        socket.set_option(tcp::no_delay{true}, ignored);
-        serve(std::move(socket));
-      }
-      if (acceptor.is_open()) accept(acceptor, serve);
+      if (error) return acceptAfterPause(acceptor, serve);
+      boost::system::error_code ignored;
+      socket.set_option(tcp::no_delay{true}, ignored);
+      serve(std::move(socket));
+      accept(acceptor, serve);
+    });
+  }
+
+  // Out of descriptors, for one: it will not be better at once.
+  template <class Serve>
+  void acceptAfterPause(tcp::acceptor& acceptor, Serve serve) {
+    auto timer = std::make_shared<net::steady_timer>(network_, std::chrono::milliseconds{50});
+    timer->async_wait([this, &acceptor, serve, timer](auto error) {
+      if (!error) accept(acceptor, serve);
     });
   }
 

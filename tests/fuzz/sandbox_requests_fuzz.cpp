@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <set>
 
 #include "sandbox/json.h"
@@ -32,12 +33,9 @@ class Household {
     database_ = std::move(*Database::open(std::nullopt));
     recorder_.clear();
     saboteur_.set({});
-    world_.reset(
-        new World{.database = *database_,
-                  .saboteur = saboteur_,
-                  .recorder = recorder_,
-                  .addresses = {"http://127.0.0.1:8790", "https://127.0.0.1:8791"},
-                  .clock = [] { return std::chrono::system_clock::time_point{now.time_since_epoch()}; }});
+    world_.emplace(*database_, saboteur_, recorder_,
+                   Addresses{"http://127.0.0.1:8790", "https://127.0.0.1:8791"},
+                   [] { return std::chrono::system_clock::time_point{now.time_since_epoch()}; });
     token_ = open(
                  "POST /api/v1/auth/register\n"
                  R"({"email":"a@example.com","password":"secret","phone":"1234567890","name":"A"})")
@@ -81,7 +79,7 @@ class Household {
   std::unique_ptr<Database> database_;
   Saboteur saboteur_;
   Recorder recorder_;
-  std::unique_ptr<World> world_;
+  std::optional<World> world_;
   std::string token_;
   std::array<std::pair<std::string, std::string>, 4> marks_;
   std::size_t asked_ = 0;

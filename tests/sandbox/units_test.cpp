@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include "sandbox/dns/rules.h"
+#include "sandbox/http/certificates.h"
 #include "sandbox/service.h"
 #include "sandbox/time.h"
 #include "tests/sandbox/support/household.h"
@@ -82,6 +85,41 @@ TEST(Services, cannot_share_a_port) {
   const auto second = Service::start({.port = (*first)->port()});
   ASSERT_FALSE(second);
   EXPECT_EQ(second.failure().substr(0, 5), "Port ");
+}
+
+std::string contents(const std::filesystem::path& file) {
+  std::ostringstream text;
+  text << std::ifstream{file}.rdbuf();
+  return text.str();
+}
+
+TEST(Certificates, are_used_again_and_made_anew_where_damaged) {
+  const std::filesystem::path directory = testing::TempDir() + "quillmar-certificates";
+  std::filesystem::create_directories(directory);
+  const auto first = certificatesIn(directory);
+  ASSERT_TRUE(first);
+  const auto authority = contents(first->authority);
+  ASSERT_TRUE(certificatesIn(directory));
+  EXPECT_EQ(contents(first->authority), authority);
+  for (const auto& damaged : {first->certificate, first->key, first->authority}) {
+    std::filesystem::remove(damaged);
+    ASSERT_TRUE(certificatesIn(directory));
+    EXPECT_NE(contents(first->authority), authority);
+    EXPECT_EQ(
+        runCommand({"openssl", "verify", "-x509_strict", "-CAfile", first->authority, first->certificate})
+            .status,
+        0);
+  }
+  std::ofstream{first->certificate} << "no certificate";
+  ASSERT_TRUE(certificatesIn(directory));
+  EXPECT_EQ(runCommand({"openssl", "verify", "-x509_strict", "-CAfile", first->authority, first->certificate})
+                .status,
+            0);
+  std::filesystem::remove_all(directory);
+}
+
+TEST(Certificates, cannot_be_made_where_there_is_no_directory) {
+  EXPECT_FALSE(certificatesIn("/proc/nowhere"));
 }
 
 class CrowdTest : public ServiceTest {};
