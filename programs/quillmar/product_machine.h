@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/linux/absent_services.h"
+#include "platform/linux/curl_http_session.h"
+#include "platform/linux/linux_device_info.h"
+#include "platform/linux/qrencode_encoder.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/system_log.h"
+#include "platform/platform.h"
+#include "platform/simulated/simulated_tunnel.h"
+#include "programs/quillmar/options.h"
+#include "ui/adapters/desktop_portal.h"
+#include "ui/adapters/desktop_settings.h"
+#include "ui/adapters/qt_clipboard.h"
+#include "ui/adapters/qt_dispatch.h"
+#include "ui/adapters/qt_window_style.h"
+#include "ui/permission_prompt.h"
+
+namespace quillmar {
+
+// The adapters of this computer, for a program with a window.
+class ProductMachine {
+ public:
+  explicit ProductMachine(const Options& options);
+  ProductMachine(const ProductMachine&) = delete;
+  ProductMachine& operator=(const ProductMachine&) = delete;
+  ~ProductMachine();
+
+  Platform ports();
+  const QREncoder& qrEncoder() const { return qrEncoder_; }
+  ui::QtWindowStyle& windowStyle() { return windowStyle_; }
+  // Asked in the window where the tunnel is simulated.
+  ui::PermissionPrompt& permissionPrompt() { return permissionPrompt_; }
+
+ private:
+  std::unique_ptr<TunnelService> makeTunnel(const Options& options);
+
+  SystemLog log_;
+  ui::QtDispatch dispatch_;
+  SqliteSettingsStore settings_;
+  CurlHttpSession http_;
+  ui::PermissionPrompt permissionPrompt_;
+  std::unique_ptr<TunnelService> tunnel_;
+  AbsentSecureItemStore secureItems_;
+  AbsentBiometricCheck biometrics_;
+  AbsentHaptics haptics_;
+  LinuxDeviceInfo deviceInfo_;
+  ui::QtClipboard clipboard_;
+  ui::DesktopSettings desktop_;
+  ui::DesktopPortal portal_{desktop_};
+  ui::QtWindowStyle windowStyle_{desktop_};
+  QrencodeEncoder qrEncoder_;
+};
+
+}  // namespace quillmar

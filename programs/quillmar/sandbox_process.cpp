@@ -1,0 +1,56 @@
+#include "programs/quillmar/sandbox_process.h"
+
+#include <sys/prctl.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTextStream>
+#include <csignal>
+
+namespace quillmar {
+namespace {
+
+constexpr int startMilliseconds = 20000;
+constexpr int endMilliseconds = 3000;
+
+// Beside this program where they are installed, in the folder of its own in a build.
+QString sandboxProgram() {
+  const QDir here(QCoreApplication::applicationDirPath());
+  const QString installed = here.filePath("quillmar-sandbox");
+  return QFileInfo(installed).isExecutable()
+             ? installed
+             : QDir::cleanPath(here.filePath("../../sandbox/quillmar-sandbox"));
+}
+
+}  // namespace
+
+std::optional<SandboxProcess::Addresses> SandboxProcess::start(const std::filesystem::path& dataDirectory) {
+  process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+  // It ends with this process, however that ends.
+  process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+  process_.start(sandboxProgram(), {"--data", QString::fromStdString((dataDirectory / "sandbox").string())});
+  if (!process_.waitForReadyRead(startMilliseconds)) {
+    QTextStream(stderr) << "quillmar: the stand-in service does not start (" << sandboxProgram() << ")\n";
+    return std::nullopt;
+  }
+  static const QRegularExpression addresses(R"((http://\S+) (https://\S+) ca=(.+))");
+  const auto match = addresses.match(QString::fromUtf8(process_.readLine()).trimmed());
+  if (!match.hasMatch()) {
+    return std::nullopt;
+  }
+  return Addresses{match.captured(1).toStdString(), match.captured(2).toStdString(),
+                   match.captured(3).toStdString()};
+}
+
+std::string SandboxProcess::approval() const { return (sandboxProgram() + " approve").toStdString(); }
+
+SandboxProcess::~SandboxProcess() {
+  if (process_.state() != QProcess::NotRunning) {
+    process_.terminate();
+    process_.waitForFinished(endMilliseconds);
+  }
+}
+
+}  // namespace quillmar
