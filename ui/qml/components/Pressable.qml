@@ -17,8 +17,8 @@ T.AbstractButton {
     hoverEnabled: true
     scale: down && !Theme.reducedMotion ? pressedScale : 1
     onClicked: if (effect) effect.trigger()
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     Accessible.role: Accessible.Button
     Accessible.name: text
 
