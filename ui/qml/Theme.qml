@@ -50,9 +50,9 @@ QtObject {
     // Type
     readonly property real textScale: Look.textScale
     readonly property real lineHeight: 1.3
-    readonly property font largeTitle: display(34, Font.Bold, -0.6)
-    readonly property font title: display(22, Font.Bold, -0.3)
-    readonly property font subtitle: display(19, Font.DemiBold, -0.2)
+    readonly property font largeTitle: display(34, Font.Bold, -0.4)
+    readonly property font title: display(22, Font.Bold, -0.1)
+    readonly property font subtitle: display(19, Font.DemiBold, 0)
     readonly property font headline: face(17, Font.DemiBold)
     readonly property font body: face(17, Font.Normal)
     readonly property font callout: face(15, Font.Normal)
@@ -65,7 +65,7 @@ QtObject {
 
     function scaled(size) { return Math.round(size * textScale) }
     function face(size, weight) {
-        return Qt.font({ family: Look.face, pixelSize: scaled(size), weight: weight, letterSpacing: -0.1 })
+        return Qt.font({ family: Look.face, pixelSize: scaled(size), weight: weight, letterSpacing: 0 })
     }
     function display(size, weight, spacing) {
         return Qt.font({ family: Look.displayFace, pixelSize: scaled(size), weight: weight,

@@ -51,7 +51,6 @@ Pressable {
             text: row.text
             color: row.ink
             lineHeight: 1.1
-            topPadding: 0
             verticalAlignment: Text.AlignVCenter
             Layout.fillWidth: true
             Accessible.ignored: true
@@ -61,7 +60,6 @@ Pressable {
             text: row.value
             color: Theme.cardSecondaryText
             lineHeight: 1
-            topPadding: 0
             Accessible.ignored: true
         }
         Symbol {

@@ -32,7 +32,6 @@ Pressable {
         font: Theme.headline
         color: answer.isDefault ? Theme.onBrand : answer.isDestructive ? Theme.dangerText : Theme.text
         lineHeight: 1
-        topPadding: 0
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true

@@ -24,7 +24,6 @@ Pressable {
             text: control.text
             color: Theme.linkText
             lineHeight: 1
-            topPadding: 0
             Accessible.ignored: true
         }
     }

@@ -34,7 +34,6 @@ Rectangle {
             font: Theme.caption
             color: badge.ink
             lineHeight: 1
-            topPadding: 0
             wrapMode: Text.NoWrap
             elide: Text.ElideRight
             Layout.fillWidth: true

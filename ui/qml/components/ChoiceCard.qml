@@ -47,7 +47,7 @@ Pressable {
             radius: implicitWidth * 0.3
             from: card.from
             to: card.to
-            Layout.alignment: Qt.AlignCenter
+            Layout.alignment: card.horizontal ? Qt.AlignVCenter : Qt.AlignHCenter | Qt.AlignTop
 
             Symbol {
                 anchors.centerIn: parent
@@ -58,14 +58,14 @@ Pressable {
             }
         }
         ColumnLayout {
-            spacing: 2
+            spacing: 6
             Layout.fillWidth: true
+            Layout.fillHeight: !card.horizontal
             Layout.alignment: card.horizontal ? Qt.AlignVCenter : Qt.AlignTop
 
             Label {
                 text: card.text
                 font: card.horizontal ? Theme.subtitle : Theme.title
-                topPadding: 0
                 lineHeight: 1.2
                 horizontalAlignment: card.horizontal ? Text.AlignLeft : Text.AlignHCenter
                 Layout.fillWidth: true
@@ -75,9 +75,10 @@ Pressable {
                 text: card.detail
                 font: Theme.callout
                 color: Theme.cardSecondaryText
-                topPadding: 0
                 horizontalAlignment: card.horizontal ? Text.AlignLeft : Text.AlignHCenter
+                verticalAlignment: Text.AlignTop
                 Layout.fillWidth: true
+                Layout.fillHeight: !card.horizontal
                 Accessible.ignored: true
             }
         }

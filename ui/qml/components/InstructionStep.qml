@@ -41,13 +41,12 @@ RowLayout {
                 font: Theme.footnoteStrong
                 color: Theme.linkText
                 lineHeight: 1
-                topPadding: 0
                 Accessible.ignored: true
             }
         }
     }
     ColumnLayout {
-        spacing: 2
+        spacing: 5
         Layout.bottomMargin: step.last ? 0 : 20
         Layout.topMargin: 4
         Layout.alignment: Qt.AlignTop
@@ -55,7 +54,6 @@ RowLayout {
         Label {
             text: step.title
             font: Theme.headline
-            topPadding: 0
             Layout.fillWidth: true
             Accessible.ignored: true
         }
@@ -63,7 +61,6 @@ RowLayout {
             text: step.description
             font: Theme.callout
             color: Theme.cardSecondaryText
-            topPadding: 0
             Layout.fillWidth: true
             Accessible.ignored: true
         }

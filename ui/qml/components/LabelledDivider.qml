@@ -17,7 +17,6 @@ RowLayout {
         text: parent.text
         font: Theme.footnoteStrong
         color: Theme.secondaryText
-        topPadding: 0
     }
     Rectangle {
         implicitHeight: 1

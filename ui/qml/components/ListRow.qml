@@ -68,7 +68,6 @@ Item {
         Label {
             text: row.title
             lineHeight: row.below ? 1.2 : 1
-            topPadding: 0
             Layout.fillWidth: row.below
             Accessible.ignored: true
         }
@@ -78,7 +77,6 @@ Item {
             font: row.code ? Theme.code : row.below ? Theme.callout : Theme.body
             color: row.valueColor
             lineHeight: row.below ? 1.2 : 1
-            topPadding: 0
             wrapMode: row.code ? Text.WrapAnywhere : Text.Wrap
             horizontalAlignment: row.below ? Text.AlignLeft : Text.AlignRight
             Layout.fillWidth: true

@@ -28,7 +28,6 @@ Rectangle {
         text: bar.title
         font: Theme.headline
         lineHeight: 1
-        topPadding: 0
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter

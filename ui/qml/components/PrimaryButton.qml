@@ -53,7 +53,6 @@ Pressable {
                 font: Theme.headline
                 color: control.enabled ? Theme.onBrand : Theme.outOfUseText
                 lineHeight: 1
-                topPadding: 0
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true
                 Accessible.ignored: true

@@ -11,7 +11,7 @@ ColumnLayout {
     property int logoSize: 80
     property font titleFont: Theme.largeTitle
 
-    spacing: 4
+    spacing: Theme.within
     Layout.fillWidth: true
 
     Logo {

@@ -44,7 +44,6 @@ Pressable {
                 font: Theme.headline
                 color: control.ink
                 lineHeight: 1
-                topPadding: 0
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true
                 Accessible.ignored: true

@@ -37,7 +37,6 @@ Pressable {
         Label {
             text: card.text
             font: Theme.headline
-            topPadding: 0
             lineHeight: 1.2
             verticalAlignment: Text.AlignVCenter
             Layout.fillWidth: true

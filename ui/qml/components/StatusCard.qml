@@ -2,55 +2,71 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// How one thing stands: in words, with a mark, and in colour.
+// How one thing stands: in words, with a mark, and in colour. Upright, the words stand under the symbol.
 Card {
     id: card
 
     property string title
     property string value
     property string symbol
-    property bool positive: false
     property string mark
+    property bool positive: false
+    property bool upright: false
+    readonly property color tint: positive ? Theme.green : Theme.orange
 
+    spacing: Theme.between
     Accessible.role: Accessible.StaticText
     Accessible.name: title
     Accessible.description: value
 
+    component Words: ColumnLayout {
+        spacing: 4
+
+        Label {
+            text: card.title
+            font: Theme.footnote
+            color: Theme.cardSecondaryText
+            Layout.fillWidth: true
+            Accessible.ignored: true
+        }
+        Label {
+            text: card.value
+            font: Theme.headline
+            Layout.fillWidth: true
+            Accessible.ignored: true
+        }
+    }
+
     RowLayout {
-        Layout.fillWidth: true
         spacing: Theme.between
+        Layout.fillWidth: true
+        Layout.fillHeight: !card.upright
 
         SymbolTile {
             symbol: card.symbol
-            tint: card.positive ? Theme.green : Theme.orange
+            tint: card.tint
             ink: card.positive ? Theme.positiveText : Theme.warningText
-            size: 44
+            size: card.upright ? 40 : 44
         }
-        ColumnLayout {
-            spacing: 1
+        Words {
+            visible: !card.upright
             Layout.fillWidth: true
-
-            Label {
-                text: card.title
-                font: Theme.footnote
-                color: Theme.cardSecondaryText
-                topPadding: 0
-                Layout.fillWidth: true
-                Accessible.ignored: true
-            }
-            Label {
-                text: card.value
-                font: Theme.headline
-                topPadding: 0
-                Layout.fillWidth: true
-                Accessible.ignored: true
-            }
+        }
+        Item {
+            visible: card.upright
+            Layout.fillWidth: true
         }
         Symbol {
             implicitWidth: 22
             implicitHeight: 22
             name: card.mark
-            color: card.positive ? Theme.green : Theme.orange
+            color: card.tint
+            Layout.alignment: card.upright ? Qt.AlignTop : Qt.AlignVCenter
         }
+    }
+    Words {
+        visible: card.upright
+        Layout.fillWidth: true
+        Layout.fillHeight: true
     }
 }

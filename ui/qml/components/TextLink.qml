@@ -18,7 +18,6 @@ Pressable {
         color: control.ink
         opacity: control.enabled ? control.down ? 0.5 : control.hovered ? 0.75 : 1 : 0.4
         lineHeight: 1
-        topPadding: 0
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter

@@ -9,11 +9,16 @@ T.Switch {
     implicitWidth: implicitContentWidth + indicator.width + Theme.between
     implicitHeight: Math.max(Theme.target, implicitContentHeight)
     focusPolicy: Qt.StrongFocus
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: flip()
+    Keys.onEnterPressed: flip()
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
     Accessible.checked: checked
+
+    function flip() {
+        toggle()
+        toggled()
+    }
 
     indicator: Rectangle {
         x: control.mirrored ? 0 : control.width - width
@@ -46,7 +51,6 @@ T.Switch {
         rightPadding: control.mirrored ? 0 : control.indicator.width + Theme.between
         text: control.text
         lineHeight: 1
-        topPadding: 0
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
     }

@@ -42,7 +42,6 @@ Page {
             Label {
                 text: page.screen.startHeading
                 font: Theme.title
-                topPadding: 0
                 Layout.fillWidth: true
                 Accessible.role: Accessible.Heading
             }
@@ -50,7 +49,6 @@ Page {
                 text: page.screen.startText
                 font: Theme.callout
                 color: Theme.cardSecondaryText
-                topPadding: 0
                 Layout.fillWidth: true
             }
             ColumnLayout {
@@ -87,7 +85,6 @@ Page {
         Label {
             text: page.screen.codeHeading
             font: Theme.title
-            topPadding: 0
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
             Accessible.role: Accessible.Heading
@@ -98,7 +95,7 @@ Page {
             color: Theme.secondaryText
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
-            Layout.topMargin: 2
+            Layout.topMargin: Theme.within
             Layout.bottomMargin: Theme.section
         }
         QRPlate {
@@ -120,6 +117,7 @@ Page {
             font: Theme.largeCode
             lineHeight: 1.1
             wrapMode: Text.WrapAnywhere
+            Layout.topMargin: 6
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
         }
@@ -133,7 +131,6 @@ Page {
                 text: page.screen.waitingText
                 font: Theme.callout
                 color: Theme.secondaryText
-                topPadding: 0
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true
             }

@@ -24,13 +24,12 @@ Page {
 
         Logo { size: 56 }
         ColumnLayout {
-            spacing: 2
+            spacing: 6
             Layout.fillWidth: true
 
             Label {
                 text: page.screen.title
                 font: Theme.title
-                topPadding: 0
                 lineHeight: 1.15
                 Layout.fillWidth: true
                 Accessible.role: Accessible.Heading
@@ -39,15 +38,14 @@ Page {
                 text: page.screen.tagline
                 font: Theme.callout
                 color: Theme.secondaryText
-                topPadding: 0
                 Layout.fillWidth: true
             }
         }
     }
 
     Rectangle {
-        implicitHeight: status.implicitHeight + 2 * 28
-        radius: 24
+        implicitHeight: status.implicitHeight + 2 * (page.regular ? 28 : 20)
+        radius: 20
         color: Theme.alpha(Theme.tint(page.screen.statusColor), Theme.dark ? 0.12 : 0.09)
         Layout.fillWidth: true
         Layout.topMargin: Theme.within
@@ -59,9 +57,10 @@ Page {
             anchors.right: parent.right
             anchors.margins: Theme.section
             anchors.verticalCenter: parent.verticalCenter
-            spacing: 2
+            spacing: 6
 
             StatusHalo {
+                size: page.regular ? 104 : 88
                 symbol: page.screen.statusIcon
                 tint: Theme.tint(page.screen.statusColor)
                 pulsing: page.screen.isPulsing
@@ -79,7 +78,6 @@ Page {
                 text: page.screen.statusLine
                 font: Theme.callout
                 color: Theme.cardSecondaryText
-                topPadding: 0
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true
             }
@@ -87,7 +85,7 @@ Page {
     }
 
     GridLayout {
-        columns: page.contentWidth >= 520 * Theme.textScale ? 2 : 1
+        columns: page.contentWidth >= 320 * Theme.textScale ? 2 : 1
         columnSpacing: Theme.between
         rowSpacing: Theme.between
         Layout.fillWidth: true
@@ -102,6 +100,7 @@ Page {
                 symbol: modelData.icon
                 positive: modelData.isPositive
                 mark: modelData.stateIcon
+                upright: page.contentWidth >= 320 * Theme.textScale && page.contentWidth < 520 * Theme.textScale
                 Layout.fillWidth: true
                 Layout.fillHeight: true
                 Layout.preferredWidth: 1
@@ -110,40 +109,32 @@ Page {
     }
 
     Card {
-        padding: 20
-        spacing: Theme.gap
+        padding: page.regular ? 20 : Theme.gap
+        spacing: page.regular ? Theme.gap : Theme.between
         Layout.fillWidth: true
 
         RowLayout {
-            spacing: Theme.gap
+            spacing: Theme.between
             Layout.fillWidth: true
 
             SymbolTile {
                 symbol: page.panel.icon
                 tint: Theme.tint(page.panel.color)
-                size: 52
-                Layout.alignment: Qt.AlignTop
+                size: 44
             }
-            ColumnLayout {
-                spacing: 2
+            Label {
+                text: page.panel.heading
+                font: Theme.headline
                 Layout.fillWidth: true
-
-                Label {
-                    text: page.panel.heading
-                    font: Theme.headline
-                    topPadding: 0
-                    Layout.fillWidth: true
-                    Accessible.role: Accessible.Heading
-                }
-                Label {
-                    text: page.panel.text
-                    font: Theme.callout
-                    color: Theme.cardSecondaryText
-                    topPadding: 0
-                    Layout.fillWidth: true
-                }
+                Accessible.role: Accessible.Heading
             }
             Spinner { running: page.panel.isBusy }
+        }
+        Label {
+            text: page.panel.text
+            font: Theme.callout
+            color: Theme.cardSecondaryText
+            Layout.fillWidth: true
         }
         PrimaryButton {
             visible: text.length > 0
@@ -156,7 +147,6 @@ Page {
             text: page.panel.footnote ?? ""
             font: Theme.footnote
             color: Theme.cardSecondaryText
-            topPadding: 0
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
         }
@@ -171,7 +161,6 @@ Page {
             text: page.screen.lastCheckin ?? ""
             font: Theme.footnote
             color: Theme.secondaryText
-            topPadding: 0
             leftPadding: Theme.unit
             Layout.fillWidth: true
         }

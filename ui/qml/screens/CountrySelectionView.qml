@@ -62,7 +62,7 @@ Page {
             color: Theme.secondaryText
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
-            Layout.topMargin: Theme.unit
+            Layout.topMargin: Theme.within
             Layout.bottomMargin: 32
         }
         ColumnLayout {

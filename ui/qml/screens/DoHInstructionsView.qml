@@ -47,13 +47,11 @@ Page {
                     text: page.screen.automaticLabel
                     font: Theme.footnoteStrong
                     color: Theme.positiveText
-                    topPadding: 0
                     Layout.fillWidth: true
                 }
                 Label {
                     text: page.screen.automaticHeading
                     font: Theme.headline
-                    topPadding: 0
                     Layout.fillWidth: true
                     Accessible.role: Accessible.Heading
                 }
@@ -63,7 +61,6 @@ Page {
             text: page.screen.automaticText
             font: Theme.callout
             color: Theme.cardSecondaryText
-            topPadding: 0
             Layout.fillWidth: true
         }
         PrimaryButton {
@@ -76,7 +73,6 @@ Page {
             text: page.screen.automaticFootnote
             font: Theme.footnote
             color: Theme.cardSecondaryText
-            topPadding: 0
             Layout.fillWidth: true
         }
     }
@@ -94,7 +90,6 @@ Page {
         Label {
             text: page.screen.manualHeading
             font: Theme.headline
-            topPadding: 0
             Layout.fillWidth: true
             Layout.bottomMargin: Theme.gap
             Accessible.role: Accessible.Heading
@@ -121,7 +116,6 @@ Page {
         Label {
             text: page.screen.endpointTitle
             font: Theme.headline
-            topPadding: 0
             Layout.fillWidth: true
             Accessible.role: Accessible.Heading
         }
@@ -130,7 +124,6 @@ Page {
             font: Theme.code
             color: Theme.cardSecondaryText
             wrapMode: Text.WrapAnywhere
-            topPadding: 0
             Layout.fillWidth: true
         }
         SecondaryButton {

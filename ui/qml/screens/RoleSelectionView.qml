@@ -48,7 +48,7 @@ FocusScope {
             color: Theme.secondaryText
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true
-            Layout.topMargin: Theme.unit
+            Layout.topMargin: Theme.within
         }
         Label {
             text: view.screen.question
@@ -95,20 +95,19 @@ FocusScope {
             spacing: Theme.within
             Layout.alignment: Qt.AlignHCenter
             Layout.topMargin: 28
-            Layout.maximumWidth: page.contentWidth
 
             Symbol {
                 implicitWidth: 18
                 implicitHeight: 18
                 name: view.screen.noteIcon
                 color: Theme.secondaryText
+                Layout.alignment: Qt.AlignTop
             }
             Label {
                 text: view.screen.note
                 font: Theme.footnote
                 color: Theme.secondaryText
-                topPadding: 0
-                Layout.fillWidth: true
+                Layout.maximumWidth: page.contentWidth - 26
             }
         }
     }
