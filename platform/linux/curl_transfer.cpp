@@ -184,7 +184,7 @@ void CurlTransfer::setUpHeaders() {
   }
   for (const auto& [name, value] : request_.headers) {
     if (isSafe(name) && isSafe(value)) {
-      addHeader(value.empty() ? name + ';' : name + ": " + value);
+      addHeader(std::string(name).append(value.empty() ? ";" : ": ").append(value));
     }
   }
   curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, headers_.get());

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -26,6 +25,7 @@
 #include "tests/platform/fetching.h"
 #include "tests/platform/raw_server.h"
 #include "tests/platform/test_authority.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temporary_directory.h"
 
 namespace quillmar {
@@ -35,7 +35,6 @@ using namespace std::string_literals;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
@@ -228,12 +227,10 @@ TEST_F(CurlHttpSessionTest, a_header_that_would_smuggle_in_another_does_not_go_o
 }
 
 TEST_F(CurlHttpSessionTest, a_proxy_of_the_environment_is_not_asked_for_this_machine) {
-  setenv("http_proxy", "http://127.0.0.1:1", 1);
-  setenv("all_proxy", "http://127.0.0.1:1", 1);
+  const ScopedEnvironment forHttp("http_proxy", "http://127.0.0.1:1");
+  const ScopedEnvironment forAll("all_proxy", "http://127.0.0.1:1");
   const RawServer server(answering(httpResponse(200, "direct")));
   EXPECT_EQ(fetch(get(server.url("/"))).data, "direct");
-  unsetenv("http_proxy");
-  unsetenv("all_proxy");
 }
 
 // Where it may go

@@ -5,12 +5,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <optional>
-#include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temporary_directory.h"
 
 namespace quillmar {
@@ -18,42 +17,22 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Sets a variable of the environment for a while; nothing unsets it.
-class Environment {
- public:
-  Environment(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) {
-      old_ = old;
-    }
-    assign(value);
-  }
-  Environment(const Environment&) = delete;
-  Environment& operator=(const Environment&) = delete;
-  ~Environment() { assign(old_ ? old_->c_str() : nullptr); }
-
- private:
-  void assign(const char* value) const { value ? setenv(name_, value, 1) : unsetenv(name_); }
-
-  const char* const name_;
-  std::optional<std::string> old_;
-};
-
 TEST(DataDirectory, is_where_the_desktop_says) {
-  const Environment data("XDG_DATA_HOME", "/data");
+  const ScopedEnvironment data("XDG_DATA_HOME", "/data");
   EXPECT_EQ(dataDirectory(), "/data/quillmar");
 }
 
 TEST(DataDirectory, is_in_the_home_directory_when_the_desktop_says_nothing_usable) {
-  const Environment home("HOME", "/home/ann");
+  const ScopedEnvironment home("HOME", "/home/ann");
   for (const char* value : {static_cast<const char*>(nullptr), "", "relative/path"}) {
-    const Environment data("XDG_DATA_HOME", value);
+    const ScopedEnvironment data("XDG_DATA_HOME", value);
     EXPECT_EQ(dataDirectory(), "/home/ann/.local/share/quillmar");
   }
 }
 
 TEST(DataDirectory, is_found_without_any_environment) {
-  const Environment home("HOME", nullptr);
-  const Environment data("XDG_DATA_HOME", nullptr);
+  const ScopedEnvironment home("HOME", nullptr);
+  const ScopedEnvironment data("XDG_DATA_HOME", nullptr);
   EXPECT_TRUE(dataDirectory().is_absolute());
   EXPECT_EQ(dataDirectory().filename(), "quillmar");
 }

@@ -3,14 +3,13 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sdbus-c++/sdbus-c++.h>
-#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -79,7 +78,7 @@ class PrivateBus {
 // A hostnamed that knows one name.
 class Hostnamed {
  public:
-  Hostnamed(const std::string& busAddress, std::string name)
+  Hostnamed(const std::string& busAddress, const std::string& name)
       : connection_(sdbus::createSessionBusConnectionWithAddress(busAddress)),
         object_(sdbus::createObject(*connection_, "/org/freedesktop/hostname1")) {
     object_->registerProperty("PrettyHostname").onInterface("org.freedesktop.hostname1").withGetter([name] {

@@ -1,6 +1,6 @@
 #include "tests/platform/steerable_vfs.h"
 
-#include <new>
+#include <memory>
 
 namespace quillmar {
 
@@ -91,7 +91,7 @@ struct SteerableVfs::Methods {
                                              fetch,
                                              unfetch};
     auto* owner = static_cast<SteerableVfs*>(vfs->pAppData);
-    auto* file = new (memory) File();
+    File* file = std::construct_at(static_cast<File*>(memory));
     file->owner = owner;
     sqlite3_vfs* real = sqlite3_vfs_find("unix");
     const int result = real->xOpen(real, name, file->real(), flags, outFlags);

@@ -86,6 +86,7 @@ TEST(SystemLog, lines_of_many_threads_never_mix) {
   Pipe pipe;
   SystemLog log("program", pipe.input());
   std::vector<std::thread> writers;
+  writers.reserve(4);
   for (int writer = 0; writer < 4; ++writer) {
     writers.emplace_back([&, writer] {
       for (int i = 0; i < 20; ++i) {
