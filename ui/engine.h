@@ -15,7 +15,8 @@ class Engine final : public QQmlEngine {
   Q_OBJECT
 
  public:
-  Engine(const QREncoder& qrEncoder, QtWindowStyle& windowStyle) : qrEncoder_(qrEncoder), windowStyle_(windowStyle) {}
+  Engine(const QREncoder& qrEncoder, QtWindowStyle& windowStyle)
+      : qrEncoder_(qrEncoder), windowStyle_(windowStyle) {}
 
   const QREncoder& qrEncoder() const { return qrEncoder_; }
   QtWindowStyle& windowStyle() const { return windowStyle_; }

@@ -7,8 +7,8 @@
 
 namespace quillmar::ui {
 
-// Stands in for the system's own question whether a program may add a tunnel, where the tunnel is simulated. The
-// window draws it and says that it is a simulation.
+// Stands in for the system's own question whether a program may add a tunnel, where the tunnel is simulated.
+// The window draws it and says that it is a simulation.
 class PermissionPrompt final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool shown READ shown NOTIFY shownChanged)
@@ -28,7 +28,8 @@ class PermissionPrompt final : public QObject {
   QString label() const { return QStringLiteral("Simulation"); }
   QString title() const { return QStringLiteral("“Quillmar” Would Like to Add VPN Configurations"); }
   QString message() const {
-    return QStringLiteral("On a real device the system asks this question. Nothing on this computer is changed.");
+    return QStringLiteral(
+        "On a real device the system asks this question. Nothing on this computer is changed.");
   }
   QString allowTitle() const { return QStringLiteral("Allow"); }
   QString refuseTitle() const { return QStringLiteral("Don't Allow"); }

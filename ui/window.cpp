@@ -23,7 +23,8 @@ const auto sizeKey = QStringLiteral("window/size");
 const auto maximizedKey = QStringLiteral("window/maximized");
 
 QSize rememberedSize(const QString& file, const QScreen* screen) {
-  const QSize size = file.isEmpty() ? firstSize : QSettings(file, QSettings::IniFormat).value(sizeKey, firstSize).toSize();
+  const QSize size =
+      file.isEmpty() ? firstSize : QSettings(file, QSettings::IniFormat).value(sizeKey, firstSize).toSize();
   return screen ? size.boundedTo(screen->availableSize()) : size;
 }
 
@@ -66,7 +67,8 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Quillmar/Main.qml")));
   parts_->window.reset(component.createWithInitialProperties(
       {{QStringLiteral("content"), QVariant::fromValue<QObject*>(&parts_->bridge)},
-       {QStringLiteral("permissionPrompt"), QVariant::fromValue<QObject*>(parts_->options.permissionPrompt)}}));
+       {QStringLiteral("permissionPrompt"),
+        QVariant::fromValue<QObject*>(parts_->options.permissionPrompt)}}));
   window_ = qobject_cast<QQuickWindow*>(parts_->window.get());
   if (!window_) {
     qFatal("the window's own files are damaged: %s", qUtf8Printable(component.errorString()));

@@ -17,8 +17,8 @@ class ModelBridge;
 class PermissionPrompt;
 class QtWindowStyle;
 
-// The application's window. It shows the screen that the root's member `screen` holds, and the sheets that the screens
-// present. Everything it borrows must outlive it.
+// The application's window. It shows the screen that the root's member `screen` holds, and the sheets that
+// the screens present. Everything it borrows must outlive it.
 class Window {
  public:
   struct Options {

@@ -16,9 +16,10 @@ QString fileName(const quillmar::Scene& scene, bool dark, QSize size) {
 }
 
 bool draw(const quillmar::Scene& scene, bool dark, QSize size, const QDir& directory) {
-  quillmar::ui::UiStage stage({.stored = scene.stored,
-                               .size = size,
-                               .desktop = {.dark = dark, .textScale = scene.textScale, .reducedMotion = false}});
+  quillmar::ui::UiStage stage(
+      {.stored = scene.stored,
+       .size = size,
+       .desktop = {.dark = dark, .textScale = scene.textScale, .reducedMotion = false}});
   scene.play(stage);
   return stage.picture().save(directory.filePath(fileName(scene, dark, size)));
 }

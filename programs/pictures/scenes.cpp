@@ -35,7 +35,8 @@ void showCode(UiStage& stage) {
 void letCodeExpire(UiStage& stage) {
   showCode(stage);
   stage.settle();
-  stage.application.machine.http.answerAlways("GET", "/enrollment/status/5E0B4C1A-9F7D-4B52-8C33-0A1B2C3D4E5F", 200,
+  stage.application.machine.http.answerAlways("GET",
+                                              "/enrollment/status/5E0B4C1A-9F7D-4B52-8C33-0A1B2C3D4E5F", 200,
                                               R"({"status":"expired","device_id":"x"})");
   stage.advance(6s);
 }
@@ -66,7 +67,10 @@ void reach(UiStage& stage, bool configured, bool connecting, bool connected) {
   vpn.isConfigured = configured;
   vpn.isConnecting = connecting;
   vpn.isConnected = connected;
-  vpn.statusMessage = connected ? "Connected" : connecting ? "Connecting..." : configured ? "Disconnected" : "Not configured";
+  vpn.statusMessage = connected    ? "Connected"
+                      : connecting ? "Connecting..."
+                      : configured ? "Disconnected"
+                                   : "Not configured";
 }
 
 void openSettings(UiStage& stage) { stage.application.screen<ChildHomeView>().openSettings(); }
@@ -75,7 +79,8 @@ void hostileEndpoint(UiStage& stage) {
   stage.application.child().deviceID = "<b>!</b>\n\u202Eevil";
   stage.application.child().dohEndpoint =
       "https://<img src=x>/" + std::string(180, 'a') + "/\u202E<script>alert(1)</script>";
-  stage.application.child().dohBaseUrl = "https://\U0001F9D1\u200D\U0001F680.example/\u0645\u0631\u062D\u0628\u0627";
+  stage.application.child().dohBaseUrl =
+      "https://\U0001F9D1\u200D\U0001F680.example/\u0645\u0631\u062D\u0628\u0627";
   openSettings(stage);
 }
 
@@ -86,7 +91,12 @@ std::vector<Scene> scenes() {
       {"role", {}},
       {"role-text-200", {}, [](UiStage&) {}, 2},
       {"region", {}, chooseParent},
-      {"region-chosen", {}, [](UiStage& s) { chooseParent(s); s.click("Singapore"); }},
+      {"region-chosen",
+       {},
+       [](UiStage& s) {
+         chooseParent(s);
+         s.click("Singapore");
+       }},
       {"login", asParent()},
       {"enrollment-start", asNewChild()},
       {"enrollment-start-text-200", asNewChild(), [](UiStage&) {}, 2},
@@ -96,7 +106,9 @@ std::vector<Scene> scenes() {
       {"enrollment-expired", asNewChild(), letCodeExpire},
       {"enrollment-failed-hostile", asNewChild(),
        [](UiStage& s) {
-         refuseEnrollment(s, R"({"error":"<b>Unexpected</b> <a href='http://x'>token</a> &lt; in JSON at position 0, near a very long word Donaudampfschifffahrtsgesellschaftskapitaenswitwe"})");
+         refuseEnrollment(
+             s,
+             R"({"error":"<b>Unexpected</b> <a href='http://x'>token</a> &lt; in JSON at position 0, near a very long word Donaudampfschifffahrtsgesellschaftskapitaenswitwe"})");
        }},
       {"home-connecting", enrolled()},
       {"home-required", enrolled(), [](UiStage& s) { reach(s, false, false, false); }},
@@ -115,16 +127,29 @@ std::vector<Scene> scenes() {
          reach(s, false, false, false);
          s.permissionPrompt.ask([](bool) {});
        }},
-      {"settings-new", enrolled(), [](UiStage& s) { reach(s, false, false, false); openSettings(s); }},
+      {"settings-new", enrolled(),
+       [](UiStage& s) {
+         reach(s, false, false, false);
+         openSettings(s);
+       }},
       {"settings-active", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, true);
          s.application.child().dohBaseUrl = "https://dns.quillmar.live";
          openSettings(s);
        }},
-      {"settings-disconnected", enrolled(), [](UiStage& s) { reach(s, true, false, false); openSettings(s); }},
+      {"settings-disconnected", enrolled(),
+       [](UiStage& s) {
+         reach(s, true, false, false);
+         openSettings(s);
+       }},
       {"settings-hostile", enrolled(), hostileEndpoint},
-      {"settings-text-200", enrolled(), [](UiStage& s) { reach(s, true, false, true); openSettings(s); }, 2},
+      {"settings-text-200", enrolled(),
+       [](UiStage& s) {
+         reach(s, true, false, true);
+         openSettings(s);
+       },
+       2},
       {"settings-reset", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, true);

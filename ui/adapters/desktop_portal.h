@@ -10,7 +10,8 @@ namespace quillmar::ui {
 
 class DesktopSettings;
 
-// Reads the desktop's wishes from its portal, and each change of them. Does nothing where there is no session bus.
+// Reads the desktop's wishes from its portal, and each change of them. Does nothing where there is no session
+// bus.
 class DesktopPortal final : public QObject {
   Q_OBJECT
 

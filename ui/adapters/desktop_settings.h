@@ -5,8 +5,8 @@
 
 namespace quillmar::ui {
 
-// What the desktop says about its look. Until something is known of dark or light, the palette that the platform theme
-// gives decides, and is followed.
+// What the desktop says about its look. Until something is known of dark or light, the palette that the
+// platform theme gives decides, and is followed.
 class DesktopSettings final : public QObject {
   Q_OBJECT
 

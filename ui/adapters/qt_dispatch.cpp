@@ -27,8 +27,8 @@ void runAt(QObject& receiver, steady_clock::time_point due, Task task) {
       Qt::QueuedConnection);
 }
 
-// Fires at whole periods after its start; a firing that comes late does not shift the next, and one that was missed
-// altogether is not made up for.
+// Fires at whole periods after its start; a firing that comes late does not shift the next, and one that was
+// missed altogether is not made up for.
 class RepeatingTimer final : public Timer {
  public:
   RepeatingTimer(Duration period, Task task)
@@ -74,11 +74,13 @@ class QtDispatch::LoopQueue final : public DispatchQueue {
 
 class QtDispatch::PoolQueue final : public DispatchQueue {
  public:
-  PoolQueue(QThreadPool& pool, QObject& clock, int priority) : pool_(pool), clock_(clock), priority_(priority) {}
+  PoolQueue(QThreadPool& pool, QObject& clock, int priority)
+      : pool_(pool), clock_(clock), priority_(priority) {}
 
   void async(Task task) override { pool_.start(std::move(task), priority_); }
   void asyncAfter(Duration delay, Task task) override {
-    runAt(clock_, steady_clock::now() + delay, [this, task = std::move(task)]() mutable { async(std::move(task)); });
+    runAt(clock_, steady_clock::now() + delay,
+          [this, task = std::move(task)]() mutable { async(std::move(task)); });
   }
 
  private:

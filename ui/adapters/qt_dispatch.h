@@ -9,8 +9,9 @@
 
 namespace quillmar::ui {
 
-// The queues over Qt's event loop: the main queue is the loop of the thread that made this, background queues are a
-// thread pool. What is left in the queues when this is destroyed never runs; a task that runs then is waited for.
+// The queues over Qt's event loop: the main queue is the loop of the thread that made this, background queues
+// are a thread pool. What is left in the queues when this is destroyed never runs; a task that runs then is
+// waited for.
 class QtDispatch final : public Dispatch {
  public:
   QtDispatch();

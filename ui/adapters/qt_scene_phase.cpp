@@ -5,7 +5,8 @@
 
 namespace quillmar::ui {
 
-QtScenePhase::QtScenePhase(QWindow& window, Listener listener) : window_(&window), listener_(std::move(listener)) {
+QtScenePhase::QtScenePhase(QWindow& window, Listener listener)
+    : window_(&window), listener_(std::move(listener)) {
   connect(&window, &QWindow::visibilityChanged, this, &QtScenePhase::update);
   for (const auto* const service : {"org.freedesktop.ScreenSaver", "org.gnome.ScreenSaver"}) {
     QDBusConnection::sessionBus().connect(QString(), QString(), QLatin1StringView(service),

@@ -10,8 +10,8 @@ namespace quillmar::ui {
 // How a window stands to its person.
 enum class WindowPhase { active, inactive, background };
 
-// Tells of each change: a window that can be seen is active, whether it has the focus or not; minimised or hidden it
-// is in the background; in a locked session it is inactive.
+// Tells of each change: a window that can be seen is active, whether it has the focus or not; minimised or
+// hidden it is in the background; in a locked session it is inactive.
 class QtScenePhase final : public QObject {
   Q_OBJECT
 

@@ -22,7 +22,8 @@ void QtWindowStyle::setOverrideUserInterfaceStyle(UserInterfaceStyle style) {
 }
 
 bool QtWindowStyle::isDark() const {
-  return override_ == UserInterfaceStyle::unspecified ? desktop_.isDark() : override_ == UserInterfaceStyle::dark;
+  return override_ == UserInterfaceStyle::unspecified ? desktop_.isDark()
+                                                      : override_ == UserInterfaceStyle::dark;
 }
 
 }  // namespace quillmar::ui

@@ -68,7 +68,9 @@ void KeyedListModel::place(int index, Row row) {
   }
 }
 
-QVariant KeyedListModel::at(int index) const { return data(this->index(index), modelDataRole); }
+QVariant KeyedListModel::at(int index) const {
+  return index >= 0 && index < count() ? rows_[static_cast<std::size_t>(index)].data : QVariant();
+}
 
 int KeyedListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
 

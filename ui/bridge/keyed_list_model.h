@@ -7,8 +7,8 @@
 
 namespace quillmar::ui {
 
-// A list whose rows are known by a key: after `assign` the rows that stayed are the same rows, moved where need
-// be, so that a view keeps its place, its focus and what is half swiped.
+// A list whose rows are known by a key: after `assign` the rows that stayed are the same rows, moved where
+// need be, so that a view keeps its place, its focus and what is half swiped.
 class KeyedListModel final : public QAbstractListModel {
   Q_OBJECT
   Q_PROPERTY(int count READ count NOTIFY countChanged)

@@ -12,7 +12,9 @@
 namespace quillmar::ui {
 namespace {
 
-QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+QString text(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
 
 // A record is known by its id, or else by its place; anything else by what it is.
 QString rowKey(const Value& row, std::size_t place) {
@@ -196,7 +198,8 @@ bool ModelBridge::isSheetUp(const Entry& entry) {
 
 void ModelBridge::showSheet() {
   const auto up = std::ranges::find_if(entries_, [](const auto& entry) { return isSheetUp(*entry); });
-  insert(QStringLiteral("sheet"), QVariant::fromValue<QObject*>(up == entries_.end() ? nullptr : (*up)->bridges.back()));
+  insert(QStringLiteral("sheet"),
+         QVariant::fromValue<QObject*>(up == entries_.end() ? nullptr : (*up)->bridges.back()));
 }
 
 void ModelBridge::dismissSheet() {
@@ -207,8 +210,8 @@ void ModelBridge::dismissSheet() {
   }
 }
 
-// The model is let go at once, so that what it started finds it gone. The bridge keeps showing what was last to be
-// seen for as long as a sheet may be sliding out or a row may be fading away.
+// The model is let go at once, so that what it started finds it gone. The bridge keeps showing what was last
+// to be seen for as long as a sheet may be sliding out or a row may be fading away.
 void ModelBridge::retire() {
   using namespace std::chrono_literals;
   constexpr auto longerThanAnyTransition = 2s;

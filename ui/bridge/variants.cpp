@@ -5,7 +5,9 @@
 namespace quillmar::ui {
 namespace {
 
-QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
+QString text(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
 
 struct ToVariant {
   QVariant operator()(std::monostate /*nil*/) const { return QVariant::fromValue(nullptr); }

@@ -1,13 +1,15 @@
 #pragma once
 
-#include <QColor>
 #include <QtQml/qqmlregistration.h>
+
+#include <QColor>
 
 #include "ui/items/image_item.h"
 
 namespace quillmar::ui {
 
-// A rounded rectangle from one colour at its top to another at its bottom, with smooth edges on every renderer.
+// A rounded rectangle from one colour at its top to another at its bottom, with smooth edges on every
+// renderer.
 class GradientPlateItem : public ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(GradientPlate)

@@ -27,7 +27,9 @@ QString firstInstalled(const QStringList& families, QFontDatabase::SystemFont ot
 
 }  // namespace
 
-Look::Look(QtWindowStyle& style) : style_(style) { connect(&style, &QtWindowStyle::changed, this, &Look::changed); }
+Look::Look(QtWindowStyle& style) : style_(style) {
+  connect(&style, &QtWindowStyle::changed, this, &Look::changed);
+}
 
 Look* Look::create(QQmlEngine* engine, QJSEngine* /*script*/) {
   return new Look(qobject_cast<Engine*>(engine)->windowStyle());
@@ -43,8 +45,7 @@ QVariantMap Look::colors() const {
   QVariantMap byName;
   for (const auto& [name, text] : rawNames<SemanticColor>) {
     const Color& color = quillmar::color(name);
-    byName.insert(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())),
-                  toQColor(color));
+    byName.insert(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())), toQColor(color));
   }
   return byName;
 }
@@ -57,7 +58,8 @@ QColor Look::tint() const {
 QString Look::face() const { return firstInstalled({QStringLiteral("Inter")}, QFontDatabase::GeneralFont); }
 
 QString Look::displayFace() const {
-  return firstInstalled({QStringLiteral("Inter Display"), QStringLiteral("Inter")}, QFontDatabase::GeneralFont);
+  return firstInstalled({QStringLiteral("Inter Display"), QStringLiteral("Inter")},
+                        QFontDatabase::GeneralFont);
 }
 
 QString Look::fixedFace() const { return firstInstalled({}, QFontDatabase::FixedFont); }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <QString>
 #include <QtQml/qqmlregistration.h>
+
+#include <QString>
 
 #include "ui/items/image_item.h"
 
@@ -13,8 +14,8 @@
 
 namespace quillmar::ui {
 
-// The modules of a text's QR code, stretched over the item with sharp edges; the quiet zone is left to the plate under
-// it. Where the text fits no code the item draws nothing and is not `available`.
+// The modules of a text's QR code, stretched over the item with sharp edges; the quiet zone is left to the
+// plate under it. Where the text fits no code the item draws nothing and is not `available`.
 class QRCodeItem : public ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(QRCode)

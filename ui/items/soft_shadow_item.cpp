@@ -24,7 +24,8 @@ double coverage(double distance, double reach) {
   return t * t * (3 - 2 * t);
 }
 
-// The smallest picture that holds the four corners whole and a stretch between them. Lengths are device pixels.
+// The smallest picture that holds the four corners whole and a stretch between them. Lengths are device
+// pixels.
 QImage drawCorners(const QColor& color, double corner, double reach) {
   const int side = 2 * static_cast<int>(std::ceil(2 * reach + corner)) + 1;
   const double half = side / 2.0 - reach;
@@ -34,8 +35,9 @@ QImage drawCorners(const QColor& color, double corner, double reach) {
       const double distance =
           distanceOutside(column + 0.5 - side / 2.0, row + 0.5 - side / 2.0, half, std::min(corner, half));
       const double alpha = color.alphaF() * coverage(distance, reach);
-      image.setPixel(column, row, qPremultiply(qRgba(color.red(), color.green(), color.blue(),
-                                                     static_cast<int>(std::lround(255 * alpha)))));
+      image.setPixel(column, row,
+                     qPremultiply(qRgba(color.red(), color.green(), color.blue(),
+                                        static_cast<int>(std::lround(255 * alpha)))));
     }
   }
   return image;

@@ -1,13 +1,14 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
+
 #include <QColor>
 #include <QQuickItem>
-#include <QtQml/qqmlregistration.h>
 
 namespace quillmar::ui {
 
-// The shadow of a rounded rectangle as large as the item, reaching `depth` beyond it on every side. It is drawn once
-// for its corners and stretched between them, so that it costs the same at every size.
+// The shadow of a rounded rectangle as large as the item, reaching `depth` beyond it on every side. It is
+// drawn once for its corners and stretched between them, so that it costs the same at every size.
 class SoftShadowItem : public QQuickItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(SoftShadow)

@@ -1,8 +1,9 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
+
 #include <QColor>
 #include <QString>
-#include <QtQml/qqmlregistration.h>
 
 #include "ui/items/image_item.h"
 

@@ -13,7 +13,11 @@ Window {
     minimumHeight: 480
     color: Theme.page
 
+    // Where a closing question leaves the keyboard, it is at the window itself; it belongs to the screen.
+    onActiveFocusItemChanged: if (activeFocusItem === contentItem) host.forceActiveFocus()
+
     ScreenHost {
+        id: host
         anchors.fill: parent
         focus: true
         screen: window.content.screen

@@ -29,7 +29,7 @@ QtObject {
     readonly property color separator: alpha(text, 0.12)
     readonly property color outOfUse: dark ? "#48484A" : "#C7C7CC"
     readonly property color outOfUseText: dark ? "#8E8E93" : "#FFFFFF"
-    readonly property color dim: Qt.rgba(0, 0, 0, dark ? 0.6 : 0.4)
+    readonly property color dim: Qt.rgba(0, 0, 0, dark ? 0.55 : 0.4)
     readonly property color shadow: "#000000"
     readonly property color onBrand: "#FFFFFF"
 

@@ -31,8 +31,9 @@ QQuickItem* search(QQuickItem& item, const std::function<bool(const QQuickItem&)
 
 UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
   desktop.setWishes(options.desktop);
-  window_ = std::make_unique<Window>(application.app().contentView(), application.machine.qrEncoder, style,
-                                     Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt});
+  window_ =
+      std::make_unique<Window>(application.app().contentView(), application.machine.qrEncoder, style,
+                               Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt});
   window().resize(options.size);
   window_->show();
   window().requestActivate();
@@ -49,6 +50,8 @@ void UiStage::settle() {
     QCoreApplication::processEvents();
     animations_.step(longerThanAStep);
   }
+  // Layouts come to rest when a frame is made.
+  window().grabWindow();
   QCoreApplication::processEvents();
 }
 

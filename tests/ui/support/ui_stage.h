@@ -35,7 +35,8 @@ class SteppedAnimations final : public QAnimationDriver {
   qint64 elapsed_ = 0;
 };
 
-// A whole application on a machine of its own, and its real window: in virtual time, with animations that end at once.
+// A whole application on a machine of its own, and its real window: in virtual time, with animations that end
+// at once.
 class UiStage {
  public:
   struct Options {
@@ -55,7 +56,8 @@ class UiStage {
   PermissionPrompt permissionPrompt;
 
   QQuickWindow& window() const { return window_->quickWindow(); }
-  // Lets the application and its window come to rest: what is due now has run, and every transition has ended.
+  // Lets the application and its window come to rest: what is due now has run, and every transition has
+  // ended.
   void settle();
   // The same after virtual time has passed.
   void advance(Duration duration);

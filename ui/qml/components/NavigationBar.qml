@@ -8,7 +8,10 @@ Rectangle {
     property string title
     property alias leading: leadingItems.data
     property alias trailing: trailingItems.data
-    readonly property real sideWidth: Math.max(leadingItems.width, trailingItems.width)
+    readonly property Item onLeft: leadingItems.x <= trailingItems.x ? leadingItems : trailingItems
+    readonly property Item onRight: onLeft === leadingItems ? trailingItems : leadingItems
+    readonly property real titleStart: onLeft.x + onLeft.width + Theme.within
+    readonly property real titleEnd: onRight.x - Theme.within
 
     implicitHeight: Math.max(Theme.barHeight, titleLabel.implicitHeight + Theme.gap)
     color: Theme.page
@@ -23,8 +26,10 @@ Rectangle {
     }
     Label {
         id: titleLabel
-        anchors.centerIn: parent
-        width: Math.min(implicitWidth, bar.width - 2 * (bar.sideWidth + Theme.gap))
+        // In the middle of the bar, or as near to it as what stands beside it lets.
+        x: Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
+        anchors.verticalCenter: parent.verticalCenter
+        width: Math.min(implicitWidth, bar.titleEnd - bar.titleStart)
         text: bar.title
         font: Theme.headline
         lineHeight: 1

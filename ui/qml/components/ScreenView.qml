@@ -12,6 +12,7 @@ FocusScope {
         id: drawing
         anchors.fill: parent
         focus: true
+        onLoaded: item.focus = true
     }
     Loader {
         id: sheet

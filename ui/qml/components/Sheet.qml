@@ -78,7 +78,10 @@ T.Popup {
             anchors.rightMargin: sheet.card ? 1 : 0
             focus: true
             active: sheet.shownScreen !== null
-            sourceComponent: ScreenView { screen: sheet.shownScreen }
+            sourceComponent: ScreenView {
+                focus: true
+                screen: sheet.shownScreen
+            }
         }
     }
 }

@@ -5,11 +5,20 @@ import Quillmar
 // One of several contents of a screen that take turns; it fades in when its turn comes.
 ColumnLayout {
     property bool shown: false
+    // Where the keyboard goes when the turn comes.
+    property Item first: null
 
     visible: shown
     spacing: Theme.between
     Layout.fillWidth: true
-    onShownChanged: if (shown) entering.restart()
+    onShownChanged: {
+        if (shown) {
+            entering.restart()
+            if (first) {
+                first.focus = true
+            }
+        }
+    }
 
     NumberAnimation on opacity {
         id: entering

@@ -32,6 +32,7 @@ Page {
 
     Stage {
         shown: page.screen.stage === "start"
+        first: startButton
         spacing: 28
 
         Card {
@@ -71,6 +72,7 @@ Page {
             }
         }
         PrimaryButton {
+            id: startButton
             text: page.screen.startTitle
             effect: page.screen.startEnrollment
             focus: true
@@ -80,6 +82,7 @@ Page {
 
     Stage {
         shown: page.screen.stage === "code"
+        first: cancelButton
         spacing: 0
 
         Label {
@@ -140,6 +143,7 @@ Page {
             }
         }
         SecondaryButton {
+            id: cancelButton
             text: page.screen.cancelTitle
             effect: page.screen.cancelEnrollment
             Layout.fillWidth: true

@@ -7,9 +7,10 @@ Page {
 
     required property var screen
     readonly property var panel: screen.panel
+    readonly property bool roomy: regular && height >= 900
 
     topSpace: Theme.within
-    spacing: Theme.gap
+    spacing: roomy ? Theme.gap : Theme.between
     bar: NavigationBar {
         trailing: IconButton {
             symbol: page.screen.settingsIcon
@@ -44,7 +45,7 @@ Page {
     }
 
     Rectangle {
-        implicitHeight: status.implicitHeight + 2 * (page.regular ? 28 : 20)
+        implicitHeight: status.implicitHeight + 2 * (page.roomy ? 28 : Theme.gap)
         radius: 20
         color: Theme.alpha(Theme.tint(page.screen.statusColor), Theme.dark ? 0.12 : 0.09)
         Layout.fillWidth: true
@@ -60,7 +61,7 @@ Page {
             spacing: 6
 
             StatusHalo {
-                size: page.regular ? 104 : 88
+                size: page.roomy ? 104 : 84
                 symbol: page.screen.statusIcon
                 tint: Theme.tint(page.screen.statusColor)
                 pulsing: page.screen.isPulsing

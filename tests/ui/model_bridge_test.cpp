@@ -1,0 +1,274 @@
+#include "ui/bridge/model_bridge.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QSignalSpy>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "presentation/screen_model.h"
+#include "ui/bridge/keyed_list_model.h"
+
+namespace quillmar::ui {
+namespace {
+
+struct Entry {
+  std::string id;
+  int count = 0;
+  friend bool operator==(const Entry&, const Entry&) = default;
+};
+
+}  // namespace
+}  // namespace quillmar::ui
+
+namespace quillmar {
+template <>
+inline constexpr auto wire<ui::Entry> = record(required("id", &ui::Entry::id),
+                                               required("count", &ui::Entry::count));
+}  // namespace quillmar
+
+namespace quillmar::ui {
+namespace {
+
+class Child final : public ScreenModel {
+ public:
+  Child() : ScreenModel("Child") {}
+  Published<std::string> name{*this, "name", "first"};
+  Action<> leave{*this, "leave", [this] { dismiss(); }};
+};
+
+class Model final : public ScreenModel {
+ public:
+  Model() : ScreenModel("Model") {}
+
+  Input<std::string> email{*this, "email"};
+  Input<bool> remember{*this, "remember", false};
+  Input<double> share{*this, "share", 0};
+  Published<int> count{*this, "count", 0};
+  Published<std::optional<std::string>> note{*this, "note"};
+  Published<std::vector<Entry>> entries{*this, "entries"};
+  Derived<bool> isValid{*this, "isValid", [this] {
+                          ++evaluations;
+                          return !email().empty();
+                        }};
+  Text title{*this, "title", "Sign In"};
+  Action<> signIn{*this, "signIn", [this] { count = count() + 1; }, [this] { return isValid(); }};
+  Action<std::string, std::int64_t> add{*this, "add", [this](const std::string& id, std::int64_t number) {
+                                          entries = {{id, static_cast<int>(number)}};
+                                        }};
+  Part<Child> part{*this, "part"};
+  Rows<Child> rows{*this, "rows"};
+  Sheet<Child> showChild{*this, "showChild", [] { return std::make_shared<Child>(); }};
+  Presented<Child> inPlace{*this, "inPlace", [] { return std::make_shared<Child>(); }};
+
+  int evaluations = 0;
+};
+
+class ModelBridgeTest : public testing::Test {
+ protected:
+  static void turn() { QCoreApplication::processEvents(); }
+  static ModelBridge* asBridge(const QVariant& value) {
+    return qobject_cast<ModelBridge*>(value.value<QObject*>());
+  }
+  QVariant shown(const char* name) const { return bridge.value(QLatin1StringView(name)); }
+  ModelBridge* nested(const char* name) const { return asBridge(shown(name)); }
+  KeyedListModel* list(const char* name) const { return shown(name).value<KeyedListModel*>(); }
+  ActionBridge* action(const char* name) const { return shown(name).value<ActionBridge*>(); }
+  // What QML does when it assigns to a property.
+  void assign(const char* name, const QVariant& value) { bridge.setProperty(name, value); }
+
+  std::shared_ptr<Model> model = std::make_shared<Model>();
+  ModelBridge bridge{model};
+};
+
+TEST_F(ModelBridgeTest, shows_what_the_model_holds) {
+  EXPECT_EQ(shown("typeName"), "Model");
+  EXPECT_EQ(shown("title"), "Sign In");
+  EXPECT_EQ(shown("email"), "");
+  EXPECT_EQ(shown("count"), 0);
+  EXPECT_EQ(shown("isValid"), false);
+  EXPECT_TRUE(shown("note").isNull());
+}
+
+TEST_F(ModelBridgeTest, follows_a_change_in_the_next_turn) {
+  model->count = 7;
+  EXPECT_EQ(shown("count"), 0);
+  turn();
+  EXPECT_EQ(shown("count"), 7);
+}
+
+TEST_F(ModelBridgeTest, looks_once_at_what_changed_in_one_turn) {
+  const int before = model->evaluations;
+  for (int i = 0; i < 100; ++i) {
+    model->count = i;
+  }
+  turn();
+  // Once for itself, and once for the action that depends on it.
+  EXPECT_EQ(model->evaluations, before + 2);
+}
+
+TEST_F(ModelBridgeTest, says_nothing_of_a_value_that_is_the_same) {
+  model->count = 3;
+  turn();
+  const QMetaObject& meta = *bridge.metaObject();
+  const auto property = meta.property(meta.indexOfProperty("count"));
+  int changes = 0;
+  QSignalSpy spy(&bridge, property.notifySignal());
+  model->count = 3;
+  turn();
+  changes = static_cast<int>(spy.count());
+  model->count = 4;
+  turn();
+  EXPECT_EQ(changes, 0);
+  EXPECT_EQ(spy.count(), 1);
+}
+
+TEST_F(ModelBridgeTest, an_absent_value_comes_and_goes) {
+  model->note = "hello";
+  turn();
+  EXPECT_EQ(shown("note"), "hello");
+  model->note = std::nullopt;
+  turn();
+  EXPECT_TRUE(shown("note").isNull());
+}
+
+TEST_F(ModelBridgeTest, input_reaches_the_model_at_once) {
+  assign("remember", true);
+  EXPECT_TRUE(model->remember());
+  assign("share", 0.5);
+  EXPECT_EQ(model->share(), 0.5);
+}
+
+TEST_F(ModelBridgeTest, input_of_another_type_changes_nothing) {
+  assign("email", 12);
+  EXPECT_EQ(model->email(), "");
+  EXPECT_EQ(shown("email"), "");
+}
+
+TEST_F(ModelBridgeTest, what_is_no_input_cannot_be_set) {
+  assign("count", 12);
+  assign("title", "Other");
+  turn();
+  EXPECT_EQ(model->count(), 0);
+  EXPECT_EQ(shown("count"), 0);
+  EXPECT_EQ(shown("title"), "Sign In");
+}
+
+TEST_F(ModelBridgeTest, an_action_tells_whether_it_is_in_use_and_does_nothing_when_not) {
+  QSignalSpy changes(action("signIn"), &ActionBridge::enabledChanged);
+  EXPECT_FALSE(action("signIn")->enabled());
+  EXPECT_FALSE(action("signIn")->trigger());
+  EXPECT_EQ(model->count(), 0);
+  assign("email", "ann@example.com");
+  turn();
+  EXPECT_TRUE(action("signIn")->enabled());
+  EXPECT_EQ(changes.count(), 1);
+  EXPECT_TRUE(action("signIn")->trigger());
+  EXPECT_EQ(model->count(), 1);
+}
+
+TEST_F(ModelBridgeTest, an_action_takes_its_arguments_and_refuses_others) {
+  EXPECT_FALSE(action("add")->trigger("a"));
+  EXPECT_FALSE(action("add")->trigger(1, "a"));
+  EXPECT_TRUE(action("add")->trigger("a", 2.0));
+  EXPECT_EQ(model->entries(), (std::vector<Entry>{{"a", 2}}));
+}
+
+TEST_F(ModelBridgeTest, a_list_is_one_model_whose_rows_stay_by_their_id) {
+  KeyedListModel* const entries = list("entries");
+  model->entries = {{"a", 1}, {"b", 2}};
+  turn();
+  ASSERT_EQ(list("entries"), entries);
+  QSignalSpy inserted(entries, &QAbstractItemModel::rowsInserted);
+  QSignalSpy changed(entries, &QAbstractItemModel::dataChanged);
+  model->entries = {{"a", 1}, {"b", 3}};
+  turn();
+  EXPECT_EQ(inserted.count(), 0);
+  ASSERT_EQ(changed.count(), 1);
+  EXPECT_EQ(changed.front().front().toModelIndex().row(), 1);
+  EXPECT_EQ(entries->at(1).toMap().value("count"), 3);
+}
+
+TEST_F(ModelBridgeTest, a_part_is_a_bridge_or_null) {
+  EXPECT_EQ(nested("part"), nullptr);
+  model->part.put(std::make_shared<Child>());
+  turn();
+  ModelBridge* const part = nested("part");
+  ASSERT_NE(part, nullptr);
+  EXPECT_EQ(part->value("name"), "first");
+  model->part.put(nullptr);
+  turn();
+  EXPECT_EQ(nested("part"), nullptr);
+}
+
+TEST_F(ModelBridgeTest, rows_keep_their_bridge_for_as_long_as_their_object_is_there) {
+  const auto a = std::make_shared<Child>();
+  const auto b = std::make_shared<Child>();
+  model->rows.assign({{"a", a}, {"b", b}});
+  turn();
+  const auto* const bridgeOfB = asBridge(list("rows")->at(1));
+  model->rows.assign({{"b", b}});
+  turn();
+  ASSERT_EQ(list("rows")->count(), 1);
+  EXPECT_EQ(asBridge(list("rows")->at(0)), bridgeOfB);
+  model->rows.assign({});
+  turn();
+  EXPECT_EQ(list("rows")->count(), 0);
+}
+
+TEST_F(ModelBridgeTest, the_sheet_is_what_is_presented_over_the_screen_and_not_in_its_place) {
+  model->inPlace.present(true);
+  turn();
+  EXPECT_NE(nested("inPlace"), nullptr);
+  EXPECT_EQ(nested("sheet"), nullptr);
+  model->showChild = true;
+  turn();
+  EXPECT_NE(nested("sheet"), nullptr);
+  EXPECT_EQ(nested("sheet"), nested("showChild"));
+  bridge.dismissSheet();
+  EXPECT_FALSE(model->showChild());
+  turn();
+  EXPECT_EQ(nested("sheet"), nullptr);
+  EXPECT_NE(nested("inPlace"), nullptr);
+}
+
+TEST_F(ModelBridgeTest, a_sheet_cannot_be_overwritten_from_outside) {
+  model->showChild = true;
+  turn();
+  assign("showChild", 3);
+  turn();
+  EXPECT_TRUE(model->showChild());
+  EXPECT_NE(nested("showChild"), nullptr);
+}
+
+TEST_F(ModelBridgeTest, a_dismissed_model_ends_at_once_and_its_bridge_keeps_the_last_picture) {
+  model->showChild = true;
+  turn();
+  const std::weak_ptr<ObservableObject> child = nested("sheet")->model();
+  const QPointer<ModelBridge> sheet = nested("sheet");
+  auto* const leave = sheet->value("leave").value<ActionBridge*>();
+  EXPECT_TRUE(leave->trigger());
+  turn();
+  EXPECT_TRUE(child.expired());
+  ASSERT_FALSE(sheet.isNull());
+  EXPECT_EQ(sheet->value("name"), "first");
+  EXPECT_FALSE(leave->trigger());
+  sheet->setProperty("name", "other");
+  EXPECT_EQ(sheet->value("name"), "first");
+}
+
+TEST_F(ModelBridgeTest, presenting_again_makes_a_new_bridge) {
+  model->showChild = true;
+  turn();
+  const auto* const first = nested("sheet");
+  model->showChild = false;
+  turn();
+  model->showChild = true;
+  turn();
+  EXPECT_NE(nested("sheet"), first);
+}
+
+}  // namespace
+}  // namespace quillmar::ui
