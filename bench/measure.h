@@ -1,0 +1,47 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <functional>
+#include <string_view>
+#include <vector>
+
+namespace quillmar::bench {
+
+using Seconds = std::chrono::duration<double>;
+
+// What the whole process, or only the calling thread, has used of a processor.
+inline Seconds cpuTime(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+inline Seconds median(std::vector<Seconds> times) {
+  const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+  std::ranges::nth_element(times, middle);
+  return *middle;
+}
+
+// The median processor time of each candidate. They take turns, so that a change of the machine's speed hits
+// all alike; the first round warms up and does not count.
+inline std::vector<Seconds> race(int rounds, const std::vector<std::function<void()>>& candidates) {
+  std::vector<std::vector<Seconds>> times(candidates.size());
+  for (int round = 0; round <= rounds; ++round) {
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+      const auto start = cpuTime(CLOCK_PROCESS_CPUTIME_ID);
+      candidates[i]();
+      if (round > 0) {
+        times[i].push_back(cpuTime(CLOCK_PROCESS_CPUTIME_ID) - start);
+      }
+    }
+  }
+  std::vector<Seconds> medians;
+  for (auto& all : times) {
+    medians.push_back(median(std::move(all)));
+  }
+  return medians;
+}
+
+}  // namespace quillmar::bench
