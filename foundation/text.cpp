@@ -43,6 +43,15 @@ bool isAscii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+std::unique_ptr<icu::BreakIterator> makeCharacterIterator() {
+  UErrorCode status = U_ZERO_ERROR;
+  return std::unique_ptr<icu::BreakIterator>(
+      icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+}
+
+// Making one loads rules; one a thread is enough, since a walk ends before the next begins.
+thread_local const std::unique_ptr<icu::BreakIterator> characterIterator = makeCharacterIterator();
+
 // Where the characters of a valid text end. Plain text needs no tables: only a CR LF pair is one character.
 class CharacterWalk {
  public:
@@ -67,25 +76,15 @@ class CharacterWalk {
   std::size_t position() const { return position_; }
 
  private:
-  // Making an iterator loads rules; one a thread is enough, since a walk ends before the next begins.
-  static icu::BreakIterator* iterator() {
-    thread_local const std::unique_ptr<icu::BreakIterator> shared = [] {
-      UErrorCode status = U_ZERO_ERROR;
-      return std::unique_ptr<icu::BreakIterator>(
-          icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
-    }();
-    return shared.get();
-  }
-
   void begin() {
     UErrorCode status = U_ZERO_ERROR;
     utext_openUTF8(&utext_, text_.data(), static_cast<std::int64_t>(text_.size()), &status);
-    iterator()->setText(&utext_, status);
-    iterator()->first();
+    characterIterator->setText(&utext_, status);
+    characterIterator->first();
   }
 
   std::size_t nextBoundary() const {
-    const auto boundary = iterator()->next();
+    const auto boundary = characterIterator->next();
     return boundary == icu::BreakIterator::DONE ? text_.size() : static_cast<std::size_t>(boundary);
   }
 
