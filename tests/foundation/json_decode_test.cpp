@@ -15,6 +15,8 @@
 namespace quillmar {
 namespace {
 
+using namespace std::string_literals;
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -105,8 +107,7 @@ TEST(Decoding, reads_whole_numbers_however_they_are_written) {
 
 TEST(Decoding, reads_text_as_it_is) {
   EXPECT_EQ(decoded(document({{"name", R"("")"}})).name, "");
-  EXPECT_EQ(decoded(document({{"name", R"("a\u0000\n\u00e9\ud83d\ude00é")"}})).name,
-            std::string("a\0\né😀é", 11));
+  EXPECT_EQ(decoded(document({{"name", R"("a\u0000\n\u00e9\ud83d\ude00é")"}})).name, "a\0\né😀é"s);
 }
 
 TEST(Decoding, reads_an_empty_list) { EXPECT_THAT(decoded(document({{"toys", "[]"}})).toys, IsEmpty()); }
@@ -226,7 +227,7 @@ TEST(Decoding, refuses_a_malformed_document_wherever_the_fault_lies) {
                                     document({{"legs", "5."}}),
                                     document({{"legs", "NaN"}}),
                                     document({{"toys", R"(["ball",])"}}),
-                                    std::string("\0", 1)};
+                                    "\0"s};
   for (const auto* unread : {"tru", "[1,]", "{\"a\"}", "{a:1}", "01", "1.", "\"\\x\"", "\"\\u12\"",
                              "\"\\ud800\"", "\"\xff\"", "\"\n\"", "\"", "[", "nul", "-", "1e", "--1"}) {
     texts.push_back(document({{"unread", unread}}));

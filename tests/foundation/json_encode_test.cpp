@@ -17,6 +17,8 @@
 namespace quillmar {
 namespace {
 
+using namespace std::string_literals;
+
 Pet rex() {
   Pet pet;
   pet.name = "Rex";
@@ -52,7 +54,7 @@ TEST(Encoding, writes_every_field_that_is_there) {
 
 TEST(Encoding, is_read_back_as_the_same_record) {
   auto pet = rex();
-  pet.name = std::string("\"\\/\b\f\n\r\t\0\x1f é 👍", 24);
+  pet.name = "\"\\/\b\f\n\r\t\0\x1f é 👍"s;
   pet.legs = std::numeric_limits<std::int64_t>::min();
   pet.age = std::numeric_limits<std::int64_t>::max();
   pet.friends = {{"Bob"}, {""}};
@@ -72,8 +74,8 @@ TEST(Encoding, refuses_text_that_is_no_utf_8) {
 }
 
 TEST(Encoding, escapes_control_characters_and_leaves_the_rest_as_it_is) {
-  EXPECT_EQ(writeJson(std::string("\"\\\b\f\n\r\t", 7)), R"("\"\\\b\f\n\r\t")");
-  EXPECT_EQ(writeJson(std::string("\0\x1f\x7f", 3)), "\"\\u0000\\u001f\x7f\"");
+  EXPECT_EQ(writeJson("\"\\\b\f\n\r\t"s), R"("\"\\\b\f\n\r\t")");
+  EXPECT_EQ(writeJson("\0\x1f\x7f"s), "\"\\u0000\\u001f\x7f\"");
   EXPECT_EQ(writeJson("é/👍"), "\"é/👍\"");
 }
 

@@ -10,6 +10,8 @@
 namespace quillmar {
 namespace {
 
+using namespace std::string_literals;
+
 TEST(Url, is_refused_for_characters_that_no_url_has) {
   const std::vector<std::string> refused = {"",
                                             " ",
@@ -27,7 +29,7 @@ TEST(Url, is_refused_for_characters_that_no_url_has) {
                                             "https://h\\p",
                                             "https://h/^",
                                             "https://h/`",
-                                            std::string("https://h\0", 10),
+                                            "https://h\0"s,
                                             "https://h/\x7f",
                                             "https://h/\xff"};
   for (const auto& text : refused) {
@@ -97,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(Url, has_path_and_query_encoded_byte_by_byte_in_upper_case) {
   EXPECT_EQ(percentEncodedForPath("é"), "%C3%A9");
   EXPECT_EQ(percentEncodedForQuery("a b\n"), "a%20b%0A");
-  EXPECT_EQ(percentEncodedForPath(std::string_view("\0\xff", 2)), "%00%FF");
+  EXPECT_EQ(percentEncodedForPath("\0\xff"s), "%00%FF");
 }
 
 TEST(Url, has_a_percent_sign_encoded_always) {
