@@ -274,6 +274,21 @@ TEST_P(BadRefreshTest, is_told_to_each_waiter_once_or_never) {
   EXPECT_EQ(refreshes(), 1);
 }
 
+TEST_P(BadRefreshTest, is_told_to_its_caller_before_the_flag_falls_and_to_the_waiters_after) {
+  std::vector<std::string> order;
+  const auto note = [&](const std::string& who) {
+    return [this, &order, who](const Result<AuthResponse>&) {
+      order.push_back(who + (service->isRefreshingToken() ? " while refreshing" : " when done"));
+    };
+  };
+  service->refreshToken(note("first"));
+  service->refreshToken(note("second"));
+  settle();
+  ASSERT_THAT(order, SizeIs(GetParam().waitersHear ? 2 : 1));
+  EXPECT_EQ(order.front(), "first while refreshing");
+  EXPECT_TRUE(order.size() == 1 || order.back() == "second when done");
+}
+
 TEST_P(BadRefreshTest, keeps_the_session_as_it_was) {
   settings.set(NetworkService::parentIdKey, "p1");
   const auto before = settings.all();
