@@ -58,14 +58,14 @@ Result<T> judgeExactly200(const DataTaskResult& result) {
 // What an authorised call with a record makes of its answer.
 template <Record T>
 Completion<NetworkService::Answer> decodingInto(Completion<T> completion) {
-  return [completion = std::move(completion)](Result<NetworkService::Answer> answer) {
+  return [completion = std::move(completion)](const Result<NetworkService::Answer>& answer) {
     completion(answer.ok() ? validatedRecord<T>(answer.value()) : Result<T>(answer.error()));
   };
 }
 
 // An authorised call without a record never looks at the body of a success.
 inline Completion<NetworkService::Answer> validating(Completion<void> completion) {
-  return [completion = std::move(completion)](Result<NetworkService::Answer> answer) {
+  return [completion = std::move(completion)](const Result<NetworkService::Answer>& answer) {
     completion(answer.ok() ? NetworkService::validateResponse(answer.value().response, answer.value().data)
                            : Result<void>(answer.error()));
   };
