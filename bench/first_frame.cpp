@@ -1,4 +1,3 @@
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QQmlComponent>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "app/quillmar_app.h"
+#include "bench/measure.h"
 #include "tests/support/fake_platform.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
@@ -24,11 +24,11 @@ constexpr int rounds = 21;
 constexpr auto empty = "empty";
 constexpr auto role = "role";
 
-int exitAfterFirstFrame(QQuickWindow& window, const QElapsedTimer& sinceStart) {
+int exitAfterFirstFrame(QQuickWindow& window) {
   QObject::connect(
       &window, &QQuickWindow::frameSwapped, &window,
-      [&] {
-        QTextStream(stdout) << sinceStart.nsecsElapsed() << '\n';
+      [] {
+        QTextStream(stdout) << quillmar::bench::cpuTime(CLOCK_PROCESS_CPUTIME_ID).count() << '\n';
         QGuiApplication::quit();
       },
       Qt::SingleShotConnection);
@@ -36,22 +36,22 @@ int exitAfterFirstFrame(QQuickWindow& window, const QElapsedTimer& sinceStart) {
   return QGuiApplication::exec();
 }
 
-int showEmptyWindow(const QElapsedTimer& sinceStart) {
+int showEmptyWindow() {
   QQmlEngine engine;
   QQmlComponent component(&engine);
   component.setData("import QtQuick.Controls\nApplicationWindow { width: 460; height: 860 }", QUrl());
   const std::unique_ptr<QObject> window(component.create());
-  return exitAfterFirstFrame(*qobject_cast<QQuickWindow*>(window.get()), sinceStart);
+  return exitAfterFirstFrame(*qobject_cast<QQuickWindow*>(window.get()));
 }
 
-int showRoleScreen(const QElapsedTimer& sinceStart) {
+int showRoleScreen() {
   quillmar::FakePlatform machine;
   quillmar::QuillmarApp app(machine.ports(), quillmar::Deployments::builtIn());
   app.launch();
   const quillmar::ui::DesktopSettings desktop;
   quillmar::ui::QtWindowStyle style(desktop);
   const quillmar::ui::Window window(app.contentView(), machine.qrEncoder, style, {});
-  return exitAfterFirstFrame(window.quickWindow(), sinceStart);
+  return exitAfterFirstFrame(window.quickWindow());
 }
 
 // Milliseconds; negative when the process said nothing.
@@ -60,8 +60,8 @@ double measure(const QString& program, const QString& what) {
   process.start(program, {what});
   process.waitForFinished();
   bool isNumber = false;
-  const double nanoseconds = process.readAllStandardOutput().trimmed().toDouble(&isNumber);
-  return isNumber ? nanoseconds / 1e6 : -1;
+  const double seconds = process.readAllStandardOutput().trimmed().toDouble(&isNumber);
+  return isNumber ? seconds * 1000 : -1;
 }
 
 double median(std::vector<double> values) {
@@ -89,13 +89,11 @@ int compare(const QString& program) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  QElapsedTimer sinceStart;
-  sinceStart.start();
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
   QGuiApplication application(count, arguments);
   const QString what = application.arguments().value(1);
-  return what == empty  ? showEmptyWindow(sinceStart)
-         : what == role ? showRoleScreen(sinceStart)
+  return what == empty  ? showEmptyWindow()
+         : what == role ? showRoleScreen()
                         : compare(application.applicationFilePath());
 }

@@ -1,7 +1,7 @@
 #include "ui/items/look.h"
 
-#include <QFontDatabase>
 #include <QQmlEngine>
+#include <algorithm>
 
 #include "presentation/colors.h"
 #include "ui/adapters/desktop_settings.h"
@@ -16,13 +16,14 @@ QColor toQColor(const Color& color) {
                           static_cast<float>(color.blue), static_cast<float>(color.alpha));
 }
 
-QString firstInstalled(const QStringList& families, QFontDatabase::SystemFont otherwise) {
-  for (const auto& family : families) {
-    if (QFontDatabase::hasFamily(family)) {
-      return family;
-    }
-  }
-  return QFontDatabase::systemFont(otherwise).family();
+// Where none of the families is installed, the font system finds another by the hint.
+QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, int weight) {
+  QFont font;
+  font.setFamilies(families);
+  font.setStyleHint(hint);
+  font.setPixelSize(std::max(pixelSize, 1));
+  font.setWeight(static_cast<QFont::Weight>(weight));
+  return font;
 }
 
 }  // namespace
@@ -55,13 +56,21 @@ QColor Look::tint() const {
   return toQColor({tint.red, tint.green, tint.blue, tint.alpha});
 }
 
-QString Look::face() const { return firstInstalled({QStringLiteral("Inter")}, QFontDatabase::GeneralFont); }
-
-QString Look::displayFace() const {
-  return firstInstalled({QStringLiteral("Inter Display"), QStringLiteral("Inter")},
-                        QFontDatabase::GeneralFont);
+QFont Look::textFont(int pixelSize, int weight) const {
+  return fontOf({QStringLiteral("Inter")}, QFont::SansSerif, pixelSize, weight);
 }
 
-QString Look::fixedFace() const { return firstInstalled({}, QFontDatabase::FixedFont); }
+QFont Look::displayFont(int pixelSize, int weight, double letterSpacing) const {
+  QFont font =
+      fontOf({QStringLiteral("Inter Display"), QStringLiteral("Inter")}, QFont::SansSerif, pixelSize, weight);
+  font.setLetterSpacing(QFont::AbsoluteSpacing, letterSpacing);
+  return font;
+}
+
+QFont Look::codeFont(int pixelSize, int weight, double letterSpacing) const {
+  QFont font = fontOf({QStringLiteral("monospace")}, QFont::Monospace, pixelSize, weight);
+  font.setLetterSpacing(QFont::AbsoluteSpacing, letterSpacing);
+  return font;
+}
 
 }  // namespace quillmar::ui

@@ -3,8 +3,8 @@
 #include <QtQml/qqmlregistration.h>
 
 #include <QColor>
+#include <QFont>
 #include <QObject>
-#include <QString>
 #include <QVariantMap>
 
 class QJSEngine;
@@ -24,9 +24,6 @@ class Look final : public QObject {
   Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY changed)
   Q_PROPERTY(QVariantMap colors READ colors CONSTANT)
   Q_PROPERTY(QColor tint READ tint NOTIFY changed)
-  Q_PROPERTY(QString face READ face CONSTANT)
-  Q_PROPERTY(QString displayFace READ displayFace CONSTANT)
-  Q_PROPERTY(QString fixedFace READ fixedFace CONSTANT)
 
  public:
   explicit Look(QtWindowStyle& style);
@@ -39,9 +36,9 @@ class Look final : public QObject {
   // Of navigation bars' controls.
   QColor tint() const;
   // For text, for large headings, and for codes.
-  QString face() const;
-  QString displayFace() const;
-  QString fixedFace() const;
+  Q_INVOKABLE QFont textFont(int pixelSize, int weight) const;
+  Q_INVOKABLE QFont displayFont(int pixelSize, int weight, double letterSpacing) const;
+  Q_INVOKABLE QFont codeFont(int pixelSize, int weight, double letterSpacing) const;
 
  Q_SIGNALS:
   void changed();

@@ -1,9 +1,9 @@
 #include "ui/items/symbol_item.h"
 
-#include <QImageReader>
 #include <QPainter>
 #include <algorithm>
 
+#include "ui/items/picture_item.h"
 #include "ui/items/symbols.h"
 
 namespace quillmar::ui {
@@ -16,14 +16,9 @@ QImage readSymbol(const QString& name, int side) {
     qWarning("no symbol is named \"%s\"", qUtf8Printable(name));
     return {};
   }
-  QImageReader reader(QStringLiteral(":/quillmar/icons/%1.svg")
-                          .arg(QString::fromUtf8(file.data(), static_cast<qsizetype>(file.size()))));
-  reader.setScaledSize(QSize(side, side));
-  const QImage image = reader.read();
-  if (image.isNull()) {
-    qWarning("symbol \"%s\" cannot be drawn: %s", qUtf8Printable(name), qUtf8Printable(reader.errorString()));
-  }
-  return image;
+  return readDrawing(QStringLiteral(":/quillmar/icons/%1.svg")
+                         .arg(QString::fromUtf8(file.data(), static_cast<qsizetype>(file.size()))),
+                     side);
 }
 
 }  // namespace

@@ -27,6 +27,6 @@ Window {
 
     Loader {
         active: window.permissionPrompt !== null
-        sourceComponent: SimulatedPermissionPrompt { prompt: window.permissionPrompt }
+        Component.onCompleted: if (active) setSource("SimulatedPermissionPrompt.qml", { prompt: window.permissionPrompt })
     }
 }

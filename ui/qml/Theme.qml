@@ -50,6 +50,8 @@ QtObject {
     // Type
     readonly property real textScale: Look.textScale
     readonly property real lineHeight: 1.3
+    // Of one line of the interface's face, in its size.
+    readonly property real faceHeight: 1.21
     readonly property font largeTitle: display(34, Font.Bold, -0.4)
     readonly property font title: display(22, Font.Bold, -0.1)
     readonly property font subtitle: display(19, Font.DemiBold, 0)
@@ -59,18 +61,12 @@ QtObject {
     readonly property font footnote: face(13, Font.Normal)
     readonly property font footnoteStrong: face(13, Font.DemiBold)
     readonly property font caption: face(12, Font.Medium)
-    readonly property font code: Qt.font({ family: Look.fixedFace, pixelSize: scaled(13) })
-    readonly property font largeCode: Qt.font({
-        family: Look.fixedFace, pixelSize: scaled(28), weight: Font.DemiBold, letterSpacing: 4 })
+    readonly property font code: Look.codeFont(scaled(13), Font.Normal, 0)
+    readonly property font largeCode: Look.codeFont(scaled(28), Font.DemiBold, 4)
 
     function scaled(size) { return Math.round(size * textScale) }
-    function face(size, weight) {
-        return Qt.font({ family: Look.face, pixelSize: scaled(size), weight: weight, letterSpacing: 0 })
-    }
-    function display(size, weight, spacing) {
-        return Qt.font({ family: Look.displayFace, pixelSize: scaled(size), weight: weight,
-                         letterSpacing: spacing })
-    }
+    function face(size, weight) { return Look.textFont(scaled(size), weight) }
+    function display(size, weight, spacing) { return Look.displayFont(scaled(size), weight, spacing) }
 
     // Space
     readonly property int unit: 4

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QtQml/qqmlregistration.h>
+
+#include <QString>
+
+#include "ui/items/image_item.h"
+
+namespace quillmar::ui {
+
+// The drawing in a resource's SVG file as `side` pixels square; none, with a warning, where it cannot be
+// read.
+QImage readDrawing(const QString& file, int side);
+
+// One of the drawings of ui/images, by name, as sharp as the screen.
+class PictureItem : public ImageItem {
+  Q_OBJECT
+  QML_NAMED_ELEMENT(Picture)
+  Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)
+
+ public:
+  using ImageItem::ImageItem;
+
+  QString name() const { return name_; }
+  void setName(const QString& name);
+
+ Q_SIGNALS:
+  void nameChanged();
+
+ protected:
+  QImage draw(QSize pixels) const override;
+
+ private:
+  QString name_;
+};
+
+}  // namespace quillmar::ui
