@@ -42,7 +42,7 @@ class SilentLog final : public Log {
  public:
   void print(std::string_view line) override {
     std::fprintf(stderr, "%s\n", std::string(line).c_str());
-    std::exit(1);
+    std::quick_exit(1);
   }
   void system(std::string_view line) override { print(line); }
 };
@@ -50,7 +50,7 @@ class SilentLog final : public Log {
 void require(bool done) {
   if (!done) {
     std::fprintf(stderr, "settings: SQLite refused\n");
-    std::exit(1);
+    std::quick_exit(1);
   }
 }
 
