@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <deque>
 #include <fstream>
 #include <iterator>
 #include <limits>
@@ -29,7 +28,7 @@ namespace {
 using Kind = TransportError::Kind;
 using Clock = CurlTransfer::Clock;
 
-constexpr long mostConnectionsToAHost = 6;
+constexpr std::ptrdiff_t mostTransfersFromAHost = 6;
 constexpr long mostIdleConnections = 16;
 constexpr std::size_t mostIdleHandles = 16;
 
@@ -82,14 +81,18 @@ class CurlHttpSession::Loop {
   }
 
   void add(HttpRequest request, Completion completion) {
+    bool wasAsleep = false;
     {
       const std::scoped_lock lock(mutex_);
       incoming_.push_back({std::move(request), std::move(completion)});
       if (!thread_.joinable()) {
         thread_ = std::thread([this] { run(); });
       }
+      wasAsleep = std::exchange(asleep_, false);
     }
-    wake();
+    if (wasAsleep) {
+      wake();
+    }
   }
 
  private:
@@ -97,6 +100,7 @@ class CurlHttpSession::Loop {
     HttpRequest request;
     Completion completion;
   };
+  using Transfers = std::vector<std::unique_ptr<CurlTransfer>>;
 
   void wake() const { eventfd_write(wakeUp_.get(), 1); }
 
@@ -105,12 +109,14 @@ class CurlHttpSession::Loop {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     settings_ = settingsFrom(options_);
     multi_.reset(curl_multi_init());
-    curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS, mostConnectionsToAHost);
     curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS, mostIdleConnections);
     while (!isStopping()) {
-      startIncoming();
-      perform();
+      acceptIncoming();
       expire();
+      startWaiting();
+      do {
+        perform();
+      } while (startWaiting());
       sleep();
     }
     cancelAll();
@@ -123,25 +129,51 @@ class CurlHttpSession::Loop {
     return stopping_;
   }
 
-  std::deque<Incoming> takeIncoming() {
+  std::vector<Incoming> takeIncoming() {
     const std::scoped_lock lock(mutex_);
+    asleep_ = false;
     return std::exchange(incoming_, {});
   }
 
-  void startIncoming() {
+  void acceptIncoming() {
     for (auto& [request, completion] : takeIncoming()) {
       auto transfer = std::make_unique<CurlTransfer>(std::move(request), std::move(completion), settings_);
-      start(std::move(transfer));
+      if (const auto prepared = transfer->prepare(); prepared) {
+        waiting_.push_back(std::move(transfer));
+      } else {
+        transfer->fail(*prepared.error().as<TransportError>());
+      }
     }
   }
 
-  void start(std::unique_ptr<CurlTransfer> transfer) {
-    if (const auto begun = transfer->begin(takeIdleHandle()); !begun) {
-      transfer->fail(*begun.error().as<TransportError>());
-      return;
+  // Whether any could be started.
+  bool startWaiting() {
+    bool anyStarted = false;
+    for (auto& transfer : std::exchange(waiting_, {})) {
+      if (mayStart(*transfer)) {
+        anyStarted = true;
+        transfer->begin(takeIdleHandle());
+        curl_multi_add_handle(multi_.get(), transfer->handle());
+        active_.push_back(std::move(transfer));
+      } else {
+        waiting_.push_back(std::move(transfer));
+      }
     }
-    curl_multi_add_handle(multi_.get(), transfer->handle());
-    active_.push_back(std::move(transfer));
+    return anyStarted;
+  }
+
+  // The first to a host goes ahead: its handshake shows whether one connection will do for all. (libcurl has
+  // a limit and a queue of its own for this, but version 7.88 forgets transfers in that queue.)
+  bool mayStart(const CurlTransfer& waiting) const {
+    std::ptrdiff_t count = 0;
+    bool connected = false;
+    for (const auto& transfer : active_) {
+      if (transfer->hasSameOrigin(waiting)) {
+        ++count;
+        connected = connected || transfer->isConnected();
+      }
+    }
+    return count == 0 || (connected && count < mostTransfersFromAHost);
   }
 
   void perform() {
@@ -173,41 +205,43 @@ class CurlHttpSession::Loop {
       keep(transfer->takeHandle());
       return;
     }
+    redirected.begin(redirected.takeHandle());
     curl_multi_add_handle(multi_.get(), redirected.handle());
   }
 
   void expire() {
     const auto now = Clock::now();
-    std::vector<CurlTransfer*> late;
-    for (const auto& transfer : active_) {
-      if (transfer->deadline() <= now) {
-        late.push_back(transfer.get());
+    const auto isLate = [now](const auto& transfer) { return transfer->deadline() <= now; };
+    for (auto* list : {&active_, &waiting_}) {
+      for (auto late = std::ranges::find_if(*list, isLate); late != list->end();
+           late = std::ranges::find_if(*list, isLate)) {
+        abandon(*list, late, Kind::timedOut);
       }
-    }
-    for (CurlTransfer* transfer : late) {
-      abandon(*transfer, Kind::timedOut);
     }
   }
 
   // A completion may add requests, which end here as well.
   void cancelAll() {
-    while (!active_.empty()) {
-      abandon(*active_.front(), Kind::cancelled);
-    }
-    for (auto incoming = takeIncoming(); !incoming.empty(); incoming = takeIncoming()) {
-      for (auto& [request, completion] : incoming) {
-        CurlTransfer(std::move(request), std::move(completion), settings_).fail({Kind::cancelled, {}});
+    do {
+      for (auto* list : {&active_, &waiting_}) {
+        while (!list->empty()) {
+          abandon(*list, list->begin(), Kind::cancelled);
+        }
       }
-    }
+      acceptIncoming();
+    } while (!waiting_.empty());
   }
 
-  void abandon(CurlTransfer& abandoned, Kind kind) {
-    curl_multi_remove_handle(multi_.get(), abandoned.handle());
-    const auto transfer = retire(abandoned);
+  void abandon(Transfers& list, Transfers::iterator abandoned, Kind kind) {
+    const auto transfer = std::move(*abandoned);
+    list.erase(abandoned);
+    if (transfer->handle()) {
+      curl_multi_remove_handle(multi_.get(), transfer->handle());
+    }
     transfer->fail({kind, {}});
   }
 
-  std::unique_ptr<CurlTransfer> retire(CurlTransfer& done) {
+  std::unique_ptr<CurlTransfer> retire(const CurlTransfer& done) {
     const auto found = std::ranges::find(active_, &done, [](const auto& transfer) { return transfer.get(); });
     auto transfer = std::move(*found);
     active_.erase(found);
@@ -232,30 +266,51 @@ class CurlHttpSession::Loop {
   // Until a connection stirs, a request comes or a deadline passes. With nothing under way only a request
   // wakes it.
   void sleep() {
-    auto next = Clock::time_point::max();
-    for (const auto& transfer : active_) {
-      next = std::min(next, transfer->deadline());
+    if (!fallAsleep()) {
+      return;
     }
     curl_waitfd wakeUp{wakeUp_.get(), CURL_WAIT_POLLIN, 0};
-    curl_multi_poll(multi_.get(), &wakeUp, 1,
-                    active_.empty() ? std::numeric_limits<int>::max() : millisecondsUntil(next), nullptr);
-    eventfd_t count = 0;
-    eventfd_read(wakeUp_.get(), &count);
+    curl_multi_poll(multi_.get(), &wakeUp, 1, timeToNextDeadline(), nullptr);
+    if (wakeUp.revents != 0) {
+      eventfd_t count = 0;
+      eventfd_read(wakeUp_.get(), &count);
+    }
+  }
+
+  int timeToNextDeadline() const {
+    if (active_.empty()) {
+      return std::numeric_limits<int>::max();
+    }
+    auto next = Clock::time_point::max();
+    for (const auto* list : {&active_, &waiting_}) {
+      for (const auto& transfer : *list) {
+        next = std::min(next, transfer->deadline());
+      }
+    }
+    return millisecondsUntil(next);
+  }
+
+  bool fallAsleep() {
+    const std::scoped_lock lock(mutex_);
+    asleep_ = incoming_.empty() && !stopping_;
+    return asleep_;
   }
 
   const Options options_;
   const FileDescriptor wakeUp_{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
 
   std::mutex mutex_;
-  std::deque<Incoming> incoming_;
+  std::vector<Incoming> incoming_;
   bool stopping_ = false;
+  bool asleep_ = false;  // whoever brings work must wake the thread
   std::thread thread_;
 
   // The session's thread only.
   TransferSettings settings_;
   MultiHandle multi_;
   std::vector<EasyHandle> idleHandles_;
-  std::vector<std::unique_ptr<CurlTransfer>> active_;
+  Transfers waiting_;
+  Transfers active_;
 };
 
 CurlHttpSession::CurlHttpSession() : CurlHttpSession(Options()) {}

@@ -90,11 +90,6 @@ CurlTransfer& CurlTransfer::of(CURL* handle) {
   return *static_cast<CurlTransfer*>(self);
 }
 
-Result<void> CurlTransfer::begin(EasyHandle handle) {
-  handle_ = std::move(handle);
-  return aim(HttpTarget::parse(request_.url));
-}
-
 Result<void> CurlTransfer::aim(Result<HttpTarget> target) {
   if (!target) {
     return target.error();
@@ -103,14 +98,15 @@ Result<void> CurlTransfer::aim(Result<HttpTarget> target) {
     return Error(TransportError{Kind::appTransportSecurityRequiresSecureConnection, {}});
   }
   target_.emplace(std::move(target).value());
-  setUp();
   return success();
 }
 
-void CurlTransfer::setUp() {
+void CurlTransfer::begin(EasyHandle easyHandle) {
+  handle_ = std::move(easyHandle);
   CURL* handle = handle_.get();
   curl_easy_reset(handle);
   body_.clear();
+  connected_ = false;
   headerSize_ = 0;
   sent_ = 0;
 
@@ -119,8 +115,6 @@ void CurlTransfer::setUp() {
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-  // Worth the wait for a handshake that may offer HTTP/2; without TLS it would be for the whole first answer.
-  curl_easy_setopt(handle, CURLOPT_PIPEWAIT, target_->isPlain() ? 0L : 1L);
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
@@ -294,7 +288,9 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
 }
 
 int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
-  static_cast<CurlTransfer*>(self)->madeProgress();
+  auto& transfer = *static_cast<CurlTransfer*>(self);
+  transfer.connected_ = true;
+  transfer.madeProgress();
   return CURL_PREREQFUNC_OK;
 }
 

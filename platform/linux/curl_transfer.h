@@ -39,16 +39,21 @@ class CurlTransfer {
   CurlTransfer& operator=(const CurlTransfer&) = delete;
   ~CurlTransfer() = default;
 
-  // Sets the handle up for the request, or tells why the request can't be sent.
-  Result<void> begin(EasyHandle handle);
+  // Tells why the request can't be sent. It comes first.
+  Result<void> prepare() { return aim(HttpTarget::parse(request_.url)); }
+  bool hasSameOrigin(const CurlTransfer& other) const { return target_->hasSameOrigin(*other.target_); }
+
+  // Sets the handle up for the request.
+  void begin(EasyHandle handle);
   CURL* handle() const { return handle_.get(); }
+  bool isConnected() const { return connected_; }
   EasyHandle takeHandle() { return std::move(handle_); }
 
   // When it has been without progress for too long, or has gone on for ever.
   Clock::time_point deadline() const;
 
-  // Whether the answer that has come asks to look elsewhere; then the handle is set up anew, or the error
-  // says why not.
+  // Whether the answer that has come asks to look elsewhere; then it must begin anew, or the error says why
+  // it can't.
   bool isRedirect() const;
   Result<void> redirect();
 
@@ -61,7 +66,6 @@ class CurlTransfer {
   using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
   Result<void> aim(Result<HttpTarget> target);
-  void setUp();
   void setUpMethod();
   void setUpHeaders();
   void addHeader(const std::string& line);
@@ -85,6 +89,7 @@ class CurlTransfer {
   HeaderList headers_{nullptr, &curl_slist_free_all};
   int redirects_ = 0;
   std::string body_;
+  bool connected_ = false;
   std::size_t headerSize_ = 0;
   curl_off_t sent_ = 0;
   const Clock::time_point start_ = Clock::now();

@@ -745,6 +745,30 @@ TEST_F(CurlHttpSessionTlsTest, http_2_is_offered) {
   EXPECT_THAT(offered, HasSubstr("\2h2"));
 }
 
+TEST_F(CurlHttpSessionTlsTest, of_a_burst_to_one_host_the_first_goes_ahead_with_its_handshake) {
+  std::latch mayGreet(1);
+  const TlsContext tls = authority.context();
+  const RawServer slow(
+      [&](RawConnection& connection) {
+        mayGreet.wait();
+        answering(httpResponse(200, "fine"))(connection);
+      },
+      tls.get());
+  const RawServer other(answering(httpResponse(200, "other")), tls.get());
+  CurlHttpSession session(options);
+  WatchedSession watched(session);
+  int answered = 0;
+  for (int i = 0; i < 20; ++i) {
+    watched.dataTask(get(slow.url("/", "localhost")),
+                     [&](const DataTaskResult& result) { answered += result.data == "fine"; });
+  }
+  EXPECT_EQ(fetch(session, get(other.url("/", "localhost"))).data, "other");
+  EXPECT_LE(slow.connections(), 1);
+  mayGreet.count_down();
+  EXPECT_TRUE(watched.waitUntil([&] { return answered == 20; }));
+  EXPECT_LE(slow.connections(), 6);
+}
+
 TEST_F(CurlHttpSessionTlsTest, a_reset_in_the_middle_of_a_secure_answer_loses_the_connection) {
   const TlsContext tls = authority.context();
   const RawServer server(
