@@ -9,6 +9,7 @@ Page {
     readonly property var panel: screen.panel
     readonly property bool roomy: regular && height >= 900
 
+    centered: roomy
     topSpace: Theme.within
     spacing: roomy ? Theme.gap : Theme.between
     bar: NavigationBar {
