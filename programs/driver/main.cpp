@@ -1,5 +1,6 @@
 #include <getopt.h>
 
+#include <csignal>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -80,6 +81,7 @@ int main(int argc, char** argv) {
     std::cerr << usage;
     return 2;
   }
+  std::signal(SIGPIPE, SIG_IGN);
   quillmar::driver::Driver driver(*options, writeLine);
   if (options->clock == quillmar::driver::Clock::virtualTime) {
     driveInVirtualTime(driver);

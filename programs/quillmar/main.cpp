@@ -1,6 +1,7 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QTextStream>
+#include <csignal>
 
 #include "app/quillmar_app.h"
 #include "app/role_manager.h"
@@ -79,6 +80,8 @@ int runWindow(const Options& options, quillmar::SingleInstance& instance) {
 }  // namespace
 
 int main(int count, char** arguments) {
+  // Whoever read the log may go; the protection stays.
+  std::signal(SIGPIPE, SIG_IGN);
   const QGuiApplication application(count, arguments);
   QGuiApplication::setApplicationName("quillmar");
   QGuiApplication::setApplicationDisplayName("Quillmar");
