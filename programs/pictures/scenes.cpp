@@ -67,7 +67,7 @@ void reach(UiStage& stage, bool configured, bool connecting, bool connected) {
   vpn.isConfigured = configured;
   vpn.isConnecting = connecting;
   vpn.isConnected = connected;
-  vpn.statusMessage = connected    ? "Connected"
+  vpn.statusMessage = connected    ? "DNS Protection Active"
                       : connecting ? "Connecting..."
                       : configured ? "Disconnected"
                                    : "Not configured";
