@@ -75,6 +75,7 @@ void reach(UiStage& stage, bool configured, bool connecting, bool connected) {
 
 void openSettings(UiStage& stage) { stage.application.screen<ChildHomeView>().openSettings(); }
 
+// NOLINTBEGIN(misc-misleading-bidirectional): misleading is what this text is for
 void hostileEndpoint(UiStage& stage) {
   stage.application.child().deviceID = "<b>!</b>\n\u202Eevil";
   stage.application.child().dohEndpoint =
@@ -83,6 +84,7 @@ void hostileEndpoint(UiStage& stage) {
       "https://\U0001F9D1\u200D\U0001F680.example/\u0645\u0631\u062D\u0628\u0627";
   openSettings(stage);
 }
+// NOLINTEND(misc-misleading-bidirectional)
 
 }  // namespace
 
