@@ -9,7 +9,7 @@ QImage readDrawing(const QString& file, int side) {
   // Told the format, the reader does not load the readers of all others.
   QImageReader reader(file, "svg");
   reader.setScaledSize(QSize(side, side));
-  const QImage image = reader.read();
+  QImage image = reader.read();
   if (image.isNull()) {
     qWarning("%s cannot be drawn: %s", qUtf8Printable(file), qUtf8Printable(reader.errorString()));
   }
