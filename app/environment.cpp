@@ -25,8 +25,8 @@ const std::shared_ptr<T>& madeOnce(std::shared_ptr<T>& object, Args&&... args) {
 
 Environment::Environment(const Platform& platform, Deployments deployments)
     : platform_(platform),
-      networkService_(
-          NetworkService::make(platform.http, platform.settings, platform.log, std::move(deployments))) {}
+      networkService_(NetworkService::make(platform.http, platform.settings, platform.log, platform.dispatch,
+                                           std::move(deployments))) {}
 
 Environment::~Environment() = default;
 

@@ -20,6 +20,7 @@
 
 #include "bench/measure.h"
 #include "client/network_service.h"
+#include "platform/linux/asio_dispatch.h"
 #include "platform/linux/curl_http_session.h"
 #include "sandbox/service.h"
 #include "tests/support/memory_settings_store.h"
@@ -193,7 +194,8 @@ int run() {
   MemorySettingsStore settings;
   SilentLog log;
   settings.set(NetworkService::apiURLKey, process.url);
-  const auto service = NetworkService::make(session, settings, log, Deployments::all(process.url));
+  AsioDispatch dispatch;
+  const auto service = NetworkService::make(session, settings, log, dispatch, Deployments::all(process.url));
 
   Waiting<AuthResponse> account;
   service->registerAccount({.email = "zoe@example.org",

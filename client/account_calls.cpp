@@ -111,18 +111,9 @@ void NetworkService::clearSession() {
 }
 
 void NetworkService::deleteAccount(const std::string& password, Completion<void> completion) {
-  const auto root = baseURL();
-  if (!root) {
-    completion(Error(NetworkError::noRegionConfigured()));
-    return;
-  }
-  auto body = checkedJson(writeJson(Value::Map{{"password", password}}), "deleteAccount");
-  auto request = makeRequest("DELETE", *root + "/auth/account", body.ok() ? body.value() : std::string());
-  if (!request.ok() || !body.ok()) {
-    completion(request.ok() ? body.error() : request.error());
-    return;
-  }
-  performRequest(std::move(request).value(), false, validating(std::move(completion)));
+  authorisedCall("DELETE", "/auth/account",
+                 checkedJson(writeJson(Value::Map{{"password", password}}), "deleteAccount"),
+                 validating(std::move(completion)));
 }
 
 }  // namespace quillmar

@@ -170,18 +170,7 @@ Result<CompleteEnrollmentResponse> NetworkService::judgeCompletion(const Answer&
 
 void NetworkService::manualEnrollment(const ManualEnrollmentRequest& device,
                                       Completion<ManualEnrollmentResponse> completion) {
-  const auto root = baseURL();
-  if (!root) {
-    completion(Error(NetworkError::noRegionConfigured()));
-    return;
-  }
-  const auto body = encodeJson(device);
-  auto request = makeRequest("POST", *root + "/enrollment/manual", body.ok() ? body.value() : std::string());
-  if (!request.ok() || !body.ok()) {
-    completion(request.ok() ? body.error() : request.error());
-    return;
-  }
-  performRequest(std::move(request).value(), false,
+  authorisedCall("POST", "/enrollment/manual", encodeJson(device),
                  [this, completion = std::move(completion)](const Result<Answer>& answer) {
                    if (!answer.ok()) {
                      completion(answer.error());

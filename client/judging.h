@@ -55,6 +55,14 @@ Result<T> judgeExactly200(const DataTaskResult& result) {
   return *response.status == 200 ? decodeJson<T>(data) : Result<T>(serverError(data));
 }
 
+// An authorised call with a record.
+template <Record T>
+Completion<NetworkService::Answer> decoding(Completion<T> completion) {
+  return [completion = std::move(completion)](const Result<NetworkService::Answer>& answer) {
+    completion(answer.ok() ? validatedRecord<T>(answer.value()) : Result<T>(answer.error()));
+  };
+}
+
 // An authorised call without a record never looks at the body of a success.
 inline Completion<NetworkService::Answer> validating(Completion<void> completion) {
   return [completion = std::move(completion)](const Result<NetworkService::Answer>& answer) {

@@ -9,13 +9,17 @@
 namespace quillmar {
 
 std::shared_ptr<NetworkService> NetworkService::make(HttpSession& http, SettingsStore& settings, Log& log,
-                                                     Deployments deployments) {
-  return std::make_shared<NetworkService>(Passkey(), http, settings, log, std::move(deployments));
+                                                     Dispatch& dispatch, Deployments deployments) {
+  return std::make_shared<NetworkService>(Passkey(), http, settings, log, dispatch, std::move(deployments));
 }
 
 NetworkService::NetworkService(Passkey /*only make() constructs*/, HttpSession& http, SettingsStore& settings,
-                               Log& log, Deployments deployments)
-    : http_(http), settings_(settings), log_(log), deployments_(std::move(deployments)) {}
+                               Log& log, Dispatch& dispatch, Deployments deployments)
+    : http_(http),
+      settings_(settings),
+      log_(log),
+      dispatch_(dispatch),
+      deployments_(std::move(deployments)) {}
 
 std::optional<std::string> NetworkService::baseURL() const {
   if (const auto stored = settings_.string(apiURLKey)) {
@@ -41,6 +45,28 @@ Result<HttpRequest> NetworkService::makeRequest(std::string_view method, const s
     request.body = std::move(body);
   }
   return request;
+}
+
+Result<HttpRequest> NetworkService::buildRequest(std::string_view method, const std::string& path,
+                                                 const std::optional<Result<std::string>>& body) const {
+  const auto root = baseURL();
+  if (!root) {
+    return Error(NetworkError::noRegionConfigured());
+  }
+  auto request = makeRequest(method, *root + path,
+                             body ? std::optional(body->ok() ? body->value() : std::string()) : std::nullopt);
+  return request.ok() && body && !body->ok() ? Result<HttpRequest>(body->error()) : request;
+}
+
+void NetworkService::authorisedCall(std::string_view method, const std::string& path,
+                                    const std::optional<Result<std::string>>& body,
+                                    Completion<Answer> completion) {
+  auto request = buildRequest(method, path, body);
+  if (!request.ok()) {
+    completion(request.error());
+    return;
+  }
+  performRequest(std::move(request).value(), false, std::move(completion));
 }
 
 void NetworkService::send(HttpRequest request, std::function<void(const DataTaskResult&)> handle) {

@@ -12,8 +12,15 @@
 #include "client/network_error.h"
 #include "client/records/account.h"
 #include "client/records/checkin.h"
+#include "client/records/child.h"
+#include "client/records/device.h"
+#include "client/records/device_policy.h"
+#include "client/records/dns_log.h"
 #include "client/records/enrollment.h"
+#include "client/records/family.h"
+#include "client/records/home_network.h"
 #include "foundation/result.h"
+#include "platform/dispatch.h"
 #include "platform/http_session.h"
 #include "platform/log.h"
 #include "platform/settings_store.h"
@@ -37,7 +44,7 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   static constexpr std::string_view parentNameKey = "parentName";
 
   static std::shared_ptr<NetworkService> make(HttpSession& http, SettingsStore& settings, Log& log,
-                                              Deployments deployments);
+                                              Dispatch& dispatch, Deployments deployments);
 
   // The root of every call, read afresh each time; nothing without a stored root or a known region.
   std::optional<std::string> baseURL() const;
@@ -65,6 +72,65 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   void checkin(const std::string& deviceId, const std::string& deviceType,
                Completion<CheckinResponse> completion);
 
+  // Children. No segment of a path is encoded, so that a domain with a blank fails with `invalidResponse`.
+  // `getChildren` and `createChild` leave a trail in the system log.
+  void getChildren(Completion<ChildrenResponse> completion);
+  void createChild(const CreateChildRequest& child, Completion<ChildProfileWithDevices> completion);
+  void getChild(const std::string& childId, Completion<ChildProfileWithDevices> completion);
+  void updateChild(const std::string& childId, const UpdateChildRequest& changes,
+                   Completion<ChildProfile> completion);
+  void deleteChild(const std::string& childId, Completion<void> completion);
+  void linkDevice(const std::string& childId, const std::string& deviceId, Completion<void> completion);
+  void unlinkDevice(const std::string& childId, const std::string& deviceId, Completion<void> completion);
+  void updateChildPolicy(const std::string& childId, bool isBlocked, const std::string& blockMode,
+                         Completion<ChildPolicy> completion);
+  void addChildBlockedDomain(const std::string& childId, const std::string& domain,
+                             Completion<ChildPolicy> completion);
+  void removeChildBlockedDomain(const std::string& childId, const std::string& domain,
+                                Completion<ChildPolicy> completion);
+  void addChildAllowedDomain(const std::string& childId, const std::string& domain,
+                             Completion<ChildPolicy> completion);
+  void removeChildAllowedDomain(const std::string& childId, const std::string& domain,
+                                Completion<ChildPolicy> completion);
+
+  // Devices, their policies and their logs. Here a domain in a path is percent-encoded.
+  void deleteDevice(const std::string& deviceId, Completion<void> completion);
+  void updateDevice(const std::string& deviceId, const UpdateDeviceRequest& changes,
+                    Completion<Device> completion);
+  void getDevicePolicy(const std::string& deviceId, Completion<DevicePolicy> completion);
+  void updateDevicePolicy(const std::string& deviceId, bool isBlocked, const std::string& blockMode,
+                          Completion<DevicePolicy> completion);
+  void addBlockedDomain(const std::string& deviceId, const std::string& domain, Completion<void> completion);
+  void removeBlockedDomain(const std::string& deviceId, const std::string& domain,
+                           Completion<void> completion);
+  void addAllowedDomain(const std::string& deviceId, const std::string& domain, Completion<void> completion);
+  void removeAllowedDomain(const std::string& deviceId, const std::string& domain,
+                           Completion<void> completion);
+  void getDeviceLogs(const std::string& deviceId, int limit, int offset,
+                     Completion<std::vector<DNSLog>> completion);
+  // The newest `limit` entries of all the devices since that long ago, newest first. Asks each device for an
+  // equal share of `limit`. Fails only where no device gave anything and one failed. Unlike every other call
+  // it completes on the main queue, or at once on the caller's thread where there is no device.
+  void getRecentDeviceLogs(const std::vector<std::string>& deviceIds, Duration since, std::size_t limit,
+                           Completion<std::vector<DNSLog>> completion);
+
+  // The home network.
+  void getHomeNetwork(Completion<HomeNetworkResponse> completion);
+  void createHomeNetwork(const std::optional<std::string>& name, bool confirm,
+                         Completion<CreateHomeNetworkResponse> completion);
+  void updateHomeNetworkIP(Completion<UpdateHomeNetworkIPResponse> completion);
+
+  // The family. `validateInvite` and `joinFamily` go out without a token.
+  void getFamily(Completion<FamilyResponse> completion);
+  void createInvitation(const std::optional<std::string>& inviteeName,
+                        Completion<CreateInvitationResponse> completion);
+  void revokeInvitation(const std::string& invitationId, Completion<void> completion);
+  void validateInvite(const std::string& inviteCode, Completion<ValidateInviteResponse> completion);
+  void updateMemberPermissions(const std::string& memberId, const UpdateMemberPermissionsRequest& changes,
+                               Completion<void> completion);
+  void removeMember(const std::string& memberId, Completion<void> completion);
+  void joinFamily(const JoinFamilyRequest& account, Completion<JoinFamilyResponse> completion);
+
   // Steps that the calls share.
 
   struct Answer {
@@ -84,13 +150,22 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   struct Passkey {};
 
  public:
-  NetworkService(Passkey, HttpSession& http, SettingsStore& settings, Log& log, Deployments deployments);
+  NetworkService(Passkey, HttpSession& http, SettingsStore& settings, Log& log, Dispatch& dispatch,
+                 Deployments deployments);
 
  private:
   struct Words;
+  struct Trail;
 
   static Result<HttpRequest> makeRequest(std::string_view method, const std::string& url,
                                          std::optional<std::string> body = {});
+  // The request of a call: the root, then the URL, then the body must be good.
+  Result<HttpRequest> buildRequest(std::string_view method, const std::string& path,
+                                   const std::optional<Result<std::string>>& body) const;
+  void authorisedCall(std::string_view method, const std::string& path,
+                      const std::optional<Result<std::string>>& body, Completion<Answer> completion);
+  template <Record T>
+  Result<T> judgeOnTrail(const Trail& trail, const Result<Answer>& answer);
   // `handle` runs only if this service is still there by then, so that it may use `this`.
   void send(HttpRequest request, std::function<void(const DataTaskResult&)> handle);
   void authenticate(const Words& words, std::string_view path, const Result<std::string>& body,
@@ -112,6 +187,7 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   HttpSession& http_;
   SettingsStore& settings_;
   Log& log_;
+  Dispatch& dispatch_;
   const Deployments deployments_;
 
   mutable std::mutex refreshMutex_;

@@ -151,8 +151,9 @@ class ClientTest : public testing::Test {
   MemorySettingsStore& settings = platform.settings;
   RecordingLog& log = platform.log;
   ScriptedHttpSession& http = platform.http;
-  std::shared_ptr<NetworkService> service = NetworkService::make(
-      http, settings, log, {"https://au.example", "https://nz.example", "https://sg.example"});
+  std::shared_ptr<NetworkService> service =
+      NetworkService::make(http, settings, log, platform.dispatch,
+                           {"https://au.example", "https://nz.example", "https://sg.example"});
 
  private:
   static bool showsABody(std::string_view line) {

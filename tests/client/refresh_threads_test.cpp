@@ -121,7 +121,9 @@ TEST(RefreshThreads, a_hundred_refusals_at_once_make_one_refresh_and_one_repetit
   RecordingLog log;
   Answers answers;
   auto session = std::make_unique<RefusingSession>();
-  const auto service = NetworkService::make(*session, settings, log, Deployments::all("https://au.example"));
+  VirtualDispatch dispatch;
+  const auto service =
+      NetworkService::make(*session, settings, log, dispatch, Deployments::all("https://au.example"));
 
   std::vector<std::thread> callers;
   for (std::size_t caller = 0; caller < callerCount; ++caller) {

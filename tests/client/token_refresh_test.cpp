@@ -495,7 +495,8 @@ class HandSession final : public HttpSession {
 
 TEST_F(TokenRefreshTest, a_request_refused_while_the_first_is_answered_is_repeated_after_the_drain) {
   HandSession session;
-  service = NetworkService::make(session, settings, log, Deployments::all("https://au.example"));
+  service =
+      NetworkService::make(session, settings, log, platform.dispatch, Deployments::all("https://au.example"));
   const auto answered = perform("/one");
   service->refreshToken([&](const Result<AuthResponse>&) {
     const HttpSession::Completion refuse = session.completions[0];
@@ -517,7 +518,8 @@ TEST_F(TokenRefreshTest, a_request_refused_while_the_first_is_answered_is_repeat
 
 TEST_F(TokenRefreshTest, what_comes_after_the_service_has_gone_is_told_to_nobody) {
   HandSession session;
-  service = NetworkService::make(session, settings, log, Deployments::all("https://au.example"));
+  service =
+      NetworkService::make(session, settings, log, platform.dispatch, Deployments::all("https://au.example"));
   const auto answered = perform("/one");
   const auto first = refresh();
   const auto waiter = refresh();

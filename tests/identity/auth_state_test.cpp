@@ -88,8 +88,8 @@ class AuthStateTest : public testing::Test {
   FakePlatform platform;
   MemorySettingsStore& settings = platform.settings;
   VirtualDispatch& dispatch = platform.dispatch;
-  std::shared_ptr<NetworkService> service =
-      NetworkService::make(platform.http, settings, platform.log, Deployments::all("https://api.example"));
+  std::shared_ptr<NetworkService> service = NetworkService::make(
+      platform.http, settings, platform.log, platform.dispatch, Deployments::all("https://api.example"));
   std::unique_ptr<AuthState> state;
 };
 

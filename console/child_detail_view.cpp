@@ -1,0 +1,1 @@
+#include "console/child_detail_view.h"

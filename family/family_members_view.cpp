@@ -1,0 +1,1 @@
+#include "family/family_members_view.h"
