@@ -12,7 +12,8 @@ namespace {
 
 // In the order of the enumerations.
 constexpr std::array<std::string_view, rawNames<SemanticColor>.size()> semanticHex = {
-    "007AFF", "0055D4", "00C9A7", "FFD700", "34C759", "FF9500", "FF3B30", "34C759", "8E8E93"};
+    "007AFF", "0055D4", "00C9A7", "FFD700", "34C759", "FF9500",
+    "FF3B30", "34C759", "8E8E93", "AF52DE", "FF9F0A"};
 
 struct SchemeHex {
   std::string_view dark;

@@ -30,7 +30,9 @@ enum class SemanticColor {
   brandOrange,
   brandRed,
   statusOnline,
-  statusOffline
+  statusOffline,
+  systemPurple,  // the platform's own
+  systemOrange
 };
 
 template <>
@@ -43,7 +45,9 @@ inline constexpr std::array rawNames<SemanticColor> =
                              {SemanticColor::brandOrange, "brandOrange"},
                              {SemanticColor::brandRed, "brandRed"},
                              {SemanticColor::statusOnline, "statusOnline"},
-                             {SemanticColor::statusOffline, "statusOffline"}});
+                             {SemanticColor::statusOffline, "statusOffline"},
+                             {SemanticColor::systemPurple, "systemPurple"},
+                             {SemanticColor::systemOrange, "systemOrange"}});
 
 const Color& color(SemanticColor name);
 

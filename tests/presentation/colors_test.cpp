@@ -69,11 +69,12 @@ TEST(Colors, count_characters_and_not_bytes) {
 
 TEST(Colors, by_meaning_are_the_same_in_both_schemes) {
   const std::vector<std::pair<std::string, Color>> cases = {
-      {"brandBlue", bytes(0x00, 0x7A, 0xFF)},    {"brandBlueDark", bytes(0x00, 0x55, 0xD4)},
-      {"brandTeal", bytes(0x00, 0xC9, 0xA7)},    {"brandGold", bytes(0xFF, 0xD7, 0x00)},
-      {"brandGreen", bytes(0x34, 0xC7, 0x59)},   {"brandOrange", bytes(0xFF, 0x95, 0x00)},
-      {"brandRed", bytes(0xFF, 0x3B, 0x30)},     {"statusOnline", bytes(0x34, 0xC7, 0x59)},
-      {"statusOffline", bytes(0x8E, 0x8E, 0x93)}};
+      {"brandBlue", bytes(0x00, 0x7A, 0xFF)},     {"brandBlueDark", bytes(0x00, 0x55, 0xD4)},
+      {"brandTeal", bytes(0x00, 0xC9, 0xA7)},     {"brandGold", bytes(0xFF, 0xD7, 0x00)},
+      {"brandGreen", bytes(0x34, 0xC7, 0x59)},    {"brandOrange", bytes(0xFF, 0x95, 0x00)},
+      {"brandRed", bytes(0xFF, 0x3B, 0x30)},      {"statusOnline", bytes(0x34, 0xC7, 0x59)},
+      {"statusOffline", bytes(0x8E, 0x8E, 0x93)}, {"systemPurple", bytes(0xAF, 0x52, 0xDE)},
+      {"systemOrange", bytes(0xFF, 0x9F, 0x0A)}};
   ASSERT_EQ(cases.size(), rawNames<SemanticColor>.size());
   for (const auto& [name, expected] : cases) {
     const auto known = fromRawValue<SemanticColor>(name);

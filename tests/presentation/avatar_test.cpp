@@ -1,0 +1,72 @@
+#include "presentation/avatar.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace quillmar {
+namespace {
+
+std::string nameOf(int number) { return "Child " + std::to_string(number); }
+
+TEST(AvatarColor, stays_the_same_for_a_name_in_one_process) {
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(avatarColor(nameOf(i)), avatarColor(nameOf(i)));
+  }
+}
+
+TEST(AvatarColor, is_one_of_six_and_each_of_them_is_used) {
+  std::set<SemanticColor> seen;
+  for (int i = 0; i < 1000; ++i) {
+    seen.insert(avatarColor(nameOf(i)));
+  }
+  EXPECT_EQ(seen,
+            (std::set{SemanticColor::brandBlue, SemanticColor::brandTeal, SemanticColor::brandGreen,
+                      SemanticColor::brandOrange, SemanticColor::systemPurple, SemanticColor::systemOrange}));
+}
+
+TEST(AvatarColor, may_differ_between_runs) {
+  std::set<SemanticColor> seen;
+  for (int run = 0; run < 100; ++run) {
+    seen.insert(avatarColor("Mia", std::to_string(run)));
+  }
+  EXPECT_GT(seen.size(), 1U);
+}
+
+TEST(AvatarColor, even_an_empty_name_has_one) { EXPECT_EQ(avatarColor(""), avatarColor("")); }
+
+TEST(AvatarColor, the_platforms_orange_is_not_the_brands) {
+  EXPECT_NE(color(SemanticColor::systemOrange), color(SemanticColor::brandOrange));
+}
+
+TEST(AvatarLetter, is_the_first_character_as_it_is_written) {
+  EXPECT_EQ(avatarLetter("Mia"), "M");
+  EXPECT_EQ(avatarLetter("mia"), "m");
+  EXPECT_EQ(avatarLetter("👨‍👩‍👧 and more"), "👨‍👩‍👧");
+  EXPECT_EQ(avatarLetter("é"), "é");
+  EXPECT_EQ(avatarLetter(""), "");
+}
+
+TEST(Initials, are_those_of_the_first_two_words_or_the_first_two_characters) {
+  struct Row {
+    std::string name;
+    std::string expected;
+  };
+  for (const auto& row : std::vector<Row>{{"Ann Lee", "AL"},
+                                          {"ann marie lee", "AM"},
+                                          {"  ann   lee ", "AL"},
+                                          {"Ann", "AN"},
+                                          {"a", "A"},
+                                          {"", ""},
+                                          {" a", " A"},
+                                          {"ßa Lee", "SSL"},
+                                          {"👨‍👩‍👧 👩‍👩‍👧 👨‍👨‍👧",
+                                           "👨‍👩‍👧👩‍👩‍👧"}}) {
+    EXPECT_EQ(initials(row.name), row.expected) << row.name;
+  }
+}
+
+}  // namespace
+}  // namespace quillmar
