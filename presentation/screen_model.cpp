@@ -42,6 +42,10 @@ void Presentation::present(bool shown) {
 
 void Presentation::show() {
   const auto model = make_();
+  if (!model) {
+    announce();
+    return;
+  }
   model_ = model;
   model->setDismissHandler(owner().weakly([this] { present(false); }));
   announce();

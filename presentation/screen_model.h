@@ -37,7 +37,8 @@ class ScreenModel : public ObservableObject {
 // A screen that its owner shows or not. The model exists exactly while it is shown: it is made, announced and
 // told to appear; when its time is over, it is told to disappear, its end is announced, it is let go, and
 // then `onDismiss` runs. A model that goes takes with it, first, the screens that it presents itself; their
-// `onDismiss` does not run, for there is no screen to come back to. `make` never gives null.
+// `onDismiss` does not run, for there is no screen to come back to. Where there is nothing to show, `make`
+// gives null, and nothing is presented.
 class Presentation : public Member {
  public:
   std::vector<Nested> nested() const override;

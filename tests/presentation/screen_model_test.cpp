@@ -185,6 +185,22 @@ TEST_F(ASheet, that_is_down_only_announces_when_it_is_set_to_false_again) {
   EXPECT_THAT(news(), IsEmpty());
 }
 
+TEST_F(ASheet, with_nothing_to_show_stays_down_and_its_presenter_hears_of_no_dismissal) {
+  struct Empty final : ObservableObject {
+    Empty() : ObservableObject("Empty") {}
+    int dismissals = 0;
+    Sheet<Inner> sheet{*this, "sheet", [] { return nullptr; }, [this] { ++dismissals; }};
+  };
+  Empty owner;
+  int announced = 0;
+  const auto subscription = owner.observe([&](const Member&) { ++announced; });
+  owner.sheet = true;
+  EXPECT_FALSE(owner.sheet());
+  EXPECT_THAT(owner.sheet.nested(), IsEmpty());
+  EXPECT_EQ(announced, 1) << "a front end that asked for it must show again that it is down";
+  EXPECT_EQ(owner.dismissals, 0);
+}
+
 TEST_F(ASheet, announces_each_change_once_and_already_in_its_new_state) {
   std::vector<bool> seen;
   const auto subscription = outer->observe([&](const Member& member) {
