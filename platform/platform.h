@@ -10,6 +10,7 @@
 #include "platform/http_session.h"
 #include "platform/log.h"
 #include "platform/qr_encoder.h"
+#include "platform/qr_reader.h"
 #include "platform/secure_item_store.h"
 #include "platform/settings_store.h"
 #include "platform/tunnel.h"
@@ -31,6 +32,7 @@ struct Platform {
   Haptics& haptics;
   WindowStyle& windowStyle;
   const QREncoder& qrEncoder;
+  QRReader& qrReader;
 };
 
 }  // namespace quillmar

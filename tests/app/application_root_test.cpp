@@ -65,7 +65,8 @@ TEST(ApplicationRoot, loads_the_four_objects_in_their_order) {
                  machine.clipboard,
                  machine.haptics,
                  machine.windowStyle,
-                 machine.qrEncoder};
+                 machine.qrEncoder,
+                 machine.qrReader};
   QuillmarApp app(ports, Deployments::all("https://au.example"));
   EXPECT_TRUE(store.asked.empty()) << "nothing is loaded before the scene is built";
   app.launch();

@@ -7,6 +7,7 @@
 #include "tests/support/fake_clipboard.h"
 #include "tests/support/fake_device_info.h"
 #include "tests/support/fake_haptics.h"
+#include "tests/support/fake_qr_reader.h"
 #include "tests/support/fake_window_style.h"
 #include "tests/support/memory_secure_items.h"
 #include "tests/support/memory_settings_store.h"
@@ -36,12 +37,13 @@ struct FakePlatform {
   FakeHaptics haptics;
   FakeWindowStyle windowStyle;
   QrencodeEncoder qrEncoder;
+  FakeQRReader qrReader{dispatch};
 
   Platform ports() { return portsWith(http); }
   // The same machine on another session, such as one with a real network.
   Platform portsWith(HttpSession& session) {
-    return {settings,   session,    dispatch,  log,     tunnel,      secureItems,
-            biometrics, deviceInfo, clipboard, haptics, windowStyle, qrEncoder};
+    return {settings,   session,   dispatch, log,         tunnel,    secureItems, biometrics,
+            deviceInfo, clipboard, haptics,  windowStyle, qrEncoder, qrReader};
   }
 };
 
