@@ -5,7 +5,7 @@
 
 #include "presentation/colors.h"
 
-// What stands for a person who has no picture: a letter or two on a coloured circle.
+// What stands for a person who has no picture: a letter on a coloured circle.
 namespace quillmar {
 
 // The same for a name for as long as the process runs; another run may choose another.
@@ -14,8 +14,5 @@ SemanticColor avatarColor(std::string_view name, std::string_view seed);
 
 // The first character of the name, as it is written.
 std::string avatarLetter(std::string_view name);
-// "AL" of "Ann Lee Smith", "AN" of "Ann": the first characters of the first two words, or with fewer words
-// the name's first two characters.
-std::string initials(std::string_view name);
 
 }  // namespace quillmar

@@ -4,7 +4,6 @@
 
 #include <set>
 #include <string>
-#include <vector>
 
 namespace quillmar {
 namespace {
@@ -47,25 +46,6 @@ TEST(AvatarLetter, is_the_first_character_as_it_is_written) {
   EXPECT_EQ(avatarLetter("👨‍👩‍👧 and more"), "👨‍👩‍👧");
   EXPECT_EQ(avatarLetter("é"), "é");
   EXPECT_EQ(avatarLetter(""), "");
-}
-
-TEST(Initials, are_those_of_the_first_two_words_or_the_first_two_characters) {
-  struct Row {
-    std::string name;
-    std::string expected;
-  };
-  for (const auto& row : std::vector<Row>{{"Ann Lee", "AL"},
-                                          {"ann marie lee", "AM"},
-                                          {"  ann   lee ", "AL"},
-                                          {"Ann", "AN"},
-                                          {"a", "A"},
-                                          {"", ""},
-                                          {" a", " A"},
-                                          {"ßa Lee", "SSL"},
-                                          {"👨‍👩‍👧 👩‍👩‍👧 👨‍👨‍👧",
-                                           "👨‍👩‍👧👩‍👩‍👧"}}) {
-    EXPECT_EQ(initials(row.name), row.expected) << row.name;
-  }
 }
 
 }  // namespace
