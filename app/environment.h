@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "app/scene.h"
 #include "client/deployments.h"
 #include "foundation/date_format.h"
 #include "platform/platform.h"
@@ -12,7 +13,9 @@ namespace quillmar {
 class AppearanceManager;
 class AuthState;
 class BackgroundService;
+class BiometricAuthManager;
 class ChildAppState;
+class KeychainService;
 class NetworkService;
 class ObservableObject;
 class RoleManager;
@@ -30,6 +33,7 @@ class Environment {
 
   const Platform& platform() const { return platform_; }
   DateStyles dateStyles() const;
+  Scene& scene() { return scene_; }
 
   const std::shared_ptr<NetworkService>& networkService();
   const std::shared_ptr<RoleManager>& roleManager();
@@ -38,12 +42,15 @@ class Environment {
   const std::shared_ptr<AppearanceManager>& appearanceManager();
   const std::shared_ptr<VPNDNSManager>& vpnManager();
   const std::shared_ptr<BackgroundService>& backgroundService();
+  const std::shared_ptr<KeychainService>& keychainService();
+  const std::shared_ptr<BiometricAuthManager>& biometricAuthManager();
 
   // Those of the observable ones that exist by now; asking makes none.
   std::vector<std::shared_ptr<ObservableObject>> madeObjects() const;
 
  private:
   const Platform platform_;
+  Scene scene_;
   std::shared_ptr<NetworkService> networkService_;
   std::shared_ptr<RoleManager> roleManager_;
   std::shared_ptr<AuthState> authState_;
@@ -51,6 +58,8 @@ class Environment {
   std::shared_ptr<AppearanceManager> appearanceManager_;
   std::shared_ptr<VPNDNSManager> vpnManager_;
   std::shared_ptr<BackgroundService> backgroundService_;
+  std::shared_ptr<KeychainService> keychainService_;
+  std::shared_ptr<BiometricAuthManager> biometricAuthManager_;
 };
 
 }  // namespace quillmar

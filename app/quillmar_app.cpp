@@ -40,8 +40,7 @@ void QuillmarApp::rootDidAppear() {
 }
 
 void QuillmarApp::setScenePhase(ScenePhase phase) {
-  const ScenePhase former = std::exchange(scenePhase_, phase);
-  if (phase == ScenePhase::active && former != phase) {
+  if (environment_.scene().setPhase(phase) && phase == ScenePhase::active) {
     environment_.authState()->refreshTokenIfNeeded();
   }
 }

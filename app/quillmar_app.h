@@ -4,18 +4,11 @@
 
 #include "app/content_view.h"
 #include "app/environment.h"
+#include "app/scene.h"
 #include "client/deployments.h"
 #include "platform/platform.h"
 
 namespace quillmar {
-
-enum class ScenePhase { active, inactive, background };
-
-template <>
-inline constexpr std::array rawNames<ScenePhase> = rawCases<ScenePhase>({{ScenePhase::active, "active"},
-                                                                         {ScenePhase::inactive, "inactive"},
-                                                                         {ScenePhase::background,
-                                                                          "background"}});
 
 // The platform's process-level callbacks. Both references are empty until the root has appeared.
 class AppDelegate {
@@ -40,7 +33,6 @@ class QuillmarApp {
   void launch();
 
   void setScenePhase(ScenePhase phase);
-  ScenePhase scenePhase() const { return scenePhase_; }
   void applicationDidBecomeActive() { appDelegate_.applicationDidBecomeActive(environment_); }
 
   Environment& environment() { return environment_; }
@@ -53,7 +45,6 @@ class QuillmarApp {
 
   Environment environment_;
   AppDelegate appDelegate_;
-  ScenePhase scenePhase_ = ScenePhase::background;
   std::unique_ptr<ContentView> contentView_;
 };
 
