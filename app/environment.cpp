@@ -9,6 +9,8 @@
 #include "child/vpn_dns_manager.h"
 #include "client/network_service.h"
 #include "identity/auth_state.h"
+#include "identity/biometric_auth_manager.h"
+#include "identity/keychain_service.h"
 
 namespace quillmar {
 namespace {
@@ -60,9 +62,18 @@ const std::shared_ptr<BackgroundService>& Environment::backgroundService() {
   return madeOnce(backgroundService_, platform_.dispatch, platform_.log, networkService_, vpnManager());
 }
 
+const std::shared_ptr<KeychainService>& Environment::keychainService() {
+  return madeOnce(keychainService_, platform_.secureItems);
+}
+
+const std::shared_ptr<BiometricAuthManager>& Environment::biometricAuthManager() {
+  return madeOnce(biometricAuthManager_, platform_.biometrics, platform_.dispatch, *keychainService());
+}
+
 std::vector<std::shared_ptr<ObservableObject>> Environment::madeObjects() const {
-  std::vector<std::shared_ptr<ObservableObject>> made{roleManager_,       authState_,  childAppState_,
-                                                      appearanceManager_, vpnManager_, backgroundService_};
+  std::vector<std::shared_ptr<ObservableObject>> made{roleManager_,         authState_,  childAppState_,
+                                                      appearanceManager_,   vpnManager_, backgroundService_,
+                                                      biometricAuthManager_};
   std::erase(made, nullptr);
   return made;
 }

@@ -1,28 +1,16 @@
 #include "identity/auth_state.h"
 
 #include <chrono>
-#include <sstream>
 #include <utility>
-#include <vector>
 
 #include "foundation/text.h"
+#include "identity/initials.h"
 #include "platform/hop.h"
 
 namespace quillmar {
 namespace {
 
 constexpr auto tokenLife = std::chrono::hours(12);
-
-std::vector<std::string> wordsOf(const std::string& name) {
-  std::vector<std::string> words;
-  std::istringstream pieces(name);
-  for (std::string piece; std::getline(pieces, piece, ' ');) {
-    if (!piece.empty()) {
-      words.push_back(piece);
-    }
-  }
-  return words;
-}
 
 }  // namespace
 
@@ -132,11 +120,8 @@ void AuthState::logout() {
 }
 
 std::string AuthState::computeInitials() const {
-  const auto words = wordsOf(name());
-  if (words.size() >= 2) {
-    return uppercased(firstCharacters(words[0], 1) + firstCharacters(words[1], 1));
-  }
-  return uppercased(firstCharacters(words.empty() ? email() : words[0], 2));
+  const auto words = nameWords(name());
+  return initialsOf(words, words.empty() ? email() : words[0]);
 }
 
 }  // namespace quillmar

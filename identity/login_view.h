@@ -1,15 +1,100 @@
 #pragma once
 
+#include <memory>
+#include <string>
+
+#include "app/environment.h"
+#include "client/records/account.h"
+#include "family/join_family_view.h"
+#include "foundation/result.h"
+#include "identity/auth_state.h"
+#include "identity/biometric_auth_manager.h"
+#include "identity/keychain_service.h"
+#include "identity/register_view.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
-
-// Where a parent signs in.
+// Where a parent signs in. Changes no screen itself: the root follows the session that a sign-in opens.
 class LoginView final : public ScreenModel {
  public:
-  explicit LoginView(Environment& /*environment*/) : ScreenModel("LoginView") {}
+  explicit LoginView(Environment& environment);
+
+  Input<std::string> email{*this, "email"};
+  Input<std::string> password{*this, "password"};
+  Published<bool> isLoading{*this, "isLoading", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showError{*this, "showError", false};
+  Sheet<RegisterView> showRegister{*this, "showRegister",
+                                   [this] { return std::make_shared<RegisterView>(environment_); }};
+  Sheet<JoinFamilyView> showJoinFamily{*this, "showJoinFamily",
+                                       [this] { return std::make_shared<JoinFamilyView>(environment_); }};
+  // Nothing that is stored changes with it before the next sign-in by password.
+  Input<bool> rememberMe{*this, "rememberMe", false};
+  Published<bool> hasSavedCredentials{*this, "hasSavedCredentials", false};
+  // The entry animation.
+  Published<double> logoScale{*this, "logoScale", 0.5};
+  Published<double> logoOpacity{*this, "logoOpacity", 0.0};
+  Published<double> formOpacity{*this, "formOpacity", 0.0};
+  Published<double> formOffset{*this, "formOffset", 30.0};
+
+  Derived<bool> isFormValid{*this, "isFormValid", [this] { return computeIsFormValid(); }};
+  Derived<bool> showsBiometricButton{*this, "showsBiometricButton", [this] {
+                                       return hasSavedCredentials() && biometrics_->isBiometricAvailable();
+                                     }};
+  Derived<std::string> biometricTitle{*this, "biometricTitle", [this] { return computeBiometricTitle(); }};
+  Derived<std::string> biometricIcon{*this, "biometricIcon", [this] {
+                                       const bool isFace =
+                                           biometrics_->biometricType() == BiometricType::faceID;
+                                       return std::string(isFace ? "faceid" : "touchid");
+                                     }};
+
+  Text logo{*this, "logo", "QuillmarLogo"};
+  Text title{*this, "title", "Quillmar"};
+  Text subtitle{*this, "subtitle", "Parent Dashboard"};
+  Text tagline{*this, "tagline", "Protect your family's digital life"};
+  Text emailTitle{*this, "emailTitle", "Email"};
+  Text emailPlaceholder{*this, "emailPlaceholder", "name@example.com"};
+  Text passwordTitle{*this, "passwordTitle", "Password"};
+  Text passwordPlaceholder{*this, "passwordPlaceholder", "Enter your password"};
+  Text rememberMeTitle{*this, "rememberMeTitle", "Remember me"};
+  Text signInTitle{*this, "signInTitle", "Sign In"};
+  Text orText{*this, "orText", "or"};
+  Text signUpQuestion{*this, "signUpQuestion", "Don't have an account?"};
+  Text signUpTitle{*this, "signUpTitle", "Sign Up"};
+  Text joinFamilyQuestion{*this, "joinFamilyQuestion", "Have an invite code from another parent?"};
+  Text joinFamilyTitle{*this, "joinFamilyTitle", "Join Existing Family"};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> signIn{*this, "signIn", [this] { startSignIn(); },
+                  [this] { return isFormValid() && !isLoading(); }};
+  Action<> signInWithBiometrics{*this, "signInWithBiometrics", [this] { startBiometricSignIn(); },
+                                [this] { return showsBiometricButton() && !isLoading(); }};
+  Action<> signUp{*this, "signUp", [this] { showRegister = true; }};
+  Action<> joinFamily{*this, "joinFamily", [this] { showJoinFamily = true; }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+ private:
+  void onAppear() override;
+  void playEntryAnimation();
+  void recallSavedLogin();
+  bool computeIsFormValid() const;
+  std::string computeBiometricTitle() const;
+
+  void beginSignIn();
+  void startSignIn();
+  void handleSignIn(const Result<AuthResponse>& result);
+  void rememberOrForget();
+  void startBiometricSignIn();
+  void handleCredentials(const Result<SavedCredentials>& credentials);
+  void openSession(const Result<AuthResponse>& result);
+  void showFailure(const Error& error);
+
+  Environment& environment_;
+  Dispatch& dispatch_;
+  const std::shared_ptr<KeychainService> keychain_;
+  const std::shared_ptr<BiometricAuthManager> biometrics_;
 };
 
 }  // namespace quillmar

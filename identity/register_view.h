@@ -1,15 +1,94 @@
 #pragma once
 
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/environment.h"
+#include "client/records/account.h"
+#include "foundation/record.h"
+#include "foundation/result.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
+struct StrengthBar {
+  std::string color;
+  double opacity = 1;
+};
 
-// Where a parent makes an account.
+template <>
+inline constexpr auto wire<StrengthBar> = record(required("color", &StrengthBar::color),
+                                                 required("opacity", &StrengthBar::opacity));
+
+// From 0 to 4: a point each for 6 characters, for 8, for a digit, and for a symbol or a punctuation mark.
+int passwordStrength(const std::string& password);
+
+// Where a parent makes an account, which is a sign-in too. Nothing of it is remembered for a later one.
 class RegisterView final : public ScreenModel {
  public:
-  explicit RegisterView(Environment& /*environment*/) : ScreenModel("RegisterView") {}
+  explicit RegisterView(Environment& environment);
+
+  Input<std::string> name{*this, "name"};
+  Input<std::string> email{*this, "email"};
+  Input<std::string> phone{*this, "phone"};
+  Input<std::string> password{*this, "password"};
+  Input<std::string> confirmPassword{*this, "confirmPassword"};
+  Published<bool> isLoading{*this, "isLoading", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showError{*this, "showError", false};
+  // The entry animation.
+  Published<double> headerOpacity{*this, "headerOpacity", 0.0};
+  Published<double> formOpacity{*this, "formOpacity", 0.0};
+  Published<double> formOffset{*this, "formOffset", 30.0};
+
+  Derived<bool> isFormValid{*this, "isFormValid", [this] { return computeIsFormValid(); }};
+  Derived<int> strength{*this, "strength", [this] { return passwordStrength(password()); }};
+  Derived<bool> showsStrength{*this, "showsStrength", [this] { return !password().empty(); }};
+  Derived<std::string> strengthLabel{*this, "strengthLabel", [this] { return computeStrengthLabel(); }};
+  Derived<std::string> strengthColor{*this, "strengthColor", [this] { return computeStrengthColor(); }};
+  Derived<std::vector<StrengthBar>> strengthBars{*this, "strengthBars",
+                                                 [this] { return computeStrengthBars(); }};
+  Derived<bool> showsMismatch{*this, "showsMismatch", [this] {
+                                return !confirmPassword().empty() && confirmPassword() != password();
+                              }};
+
+  Text title{*this, "title", "Create Account"};
+  Text subtitle{*this, "subtitle", "Start protecting your family today"};
+  Text nameTitle{*this, "nameTitle", "Full Name"};
+  Text namePlaceholder{*this, "namePlaceholder", "Enter your name"};
+  Text emailTitle{*this, "emailTitle", "Email Address"};
+  Text emailPlaceholder{*this, "emailPlaceholder", "name@example.com"};
+  Text phoneTitle{*this, "phoneTitle", "Phone Number"};
+  Text phonePlaceholder{*this, "phonePlaceholder", "+61 412 345 678"};
+  Text phoneHint{*this, "phoneHint", "Used for account recovery"};
+  Text passwordTitle{*this, "passwordTitle", "Password"};
+  Text passwordPlaceholder{*this, "passwordPlaceholder", "At least 6 characters"};
+  Text confirmPasswordTitle{*this, "confirmPasswordTitle", "Confirm Password"};
+  Text confirmPasswordPlaceholder{*this, "confirmPasswordPlaceholder", "Re-enter your password"};
+  Text mismatchIcon{*this, "mismatchIcon", "exclamationmark.triangle.fill"};
+  Text mismatchText{*this, "mismatchText", "Passwords do not match"};
+  Text createAccountTitle{*this, "createAccountTitle", "Create Account"};
+  Text termsText{*this, "termsText",
+                 "By creating an account, you agree to our Terms of Service and Privacy Policy"};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> createAccount{*this, "createAccount", [this] { startRegistration(); },
+                         [this] { return isFormValid() && !isLoading(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+ private:
+  void onAppear() override;
+  bool computeIsFormValid() const;
+  std::string computeStrengthLabel() const;
+  std::string computeStrengthColor() const;
+  std::vector<StrengthBar> computeStrengthBars() const;
+  RegisterRequest account() const;
+  void startRegistration();
+  void handleRegistration(const Result<AuthResponse>& result);
+
+  Environment& environment_;
 };
 
 }  // namespace quillmar

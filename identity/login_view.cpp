@@ -1,0 +1,128 @@
+#include "identity/login_view.h"
+
+#include "client/network_service.h"
+#include "platform/hop.h"
+
+namespace quillmar {
+namespace {
+
+constexpr auto emailKey = KeychainService::emailKey;
+constexpr auto passwordKey = KeychainService::passwordKey;
+
+std::string_view sensorName(BiometricType type) {
+  switch (type) {
+    case BiometricType::touchID:
+      return "Touch ID";
+    case BiometricType::faceID:
+      return "Face ID";
+    case BiometricType::none:
+      break;
+  }
+  return "Biometric";
+}
+
+}  // namespace
+
+LoginView::LoginView(Environment& environment)
+    : ScreenModel("LoginView"),
+      environment_(environment),
+      dispatch_(environment.platform().dispatch),
+      keychain_(environment.keychainService()),
+      biometrics_(environment.biometricAuthManager()) {
+  follow(*biometrics_);
+}
+
+void LoginView::onAppear() {
+  playEntryAnimation();
+  recallSavedLogin();
+}
+
+void LoginView::playEntryAnimation() {
+  logoScale = 1.0;
+  logoOpacity = 1.0;
+  formOpacity = 1.0;
+  formOffset = 0.0;
+}
+
+void LoginView::recallSavedLogin() {
+  hasSavedCredentials = keychain_->load(emailKey).has_value() && keychain_->load(passwordKey).has_value();
+  if (const auto saved = keychain_->load(emailKey)) {
+    email = *saved;
+    rememberMe = true;
+  }
+}
+
+bool LoginView::computeIsFormValid() const {
+  return email().find('@') != std::string::npos && !password().empty();
+}
+
+std::string LoginView::computeBiometricTitle() const {
+  return "Sign in with " + std::string(sensorName(biometrics_->biometricType()));
+}
+
+void LoginView::beginSignIn() {
+  isLoading = true;
+  errorMessage = std::string();
+}
+
+void LoginView::startSignIn() {
+  beginSignIn();
+  environment_.networkService()->login(
+      {email(), password()},
+      hoppingToMain(dispatch_, weakly([this](const Result<AuthResponse>& result) { handleSignIn(result); })));
+}
+
+void LoginView::handleSignIn(const Result<AuthResponse>& result) {
+  if (result.ok()) {
+    rememberOrForget();
+  }
+  openSession(result);
+}
+
+// What was typed counts, not what the service gave back. A failed save goes unnoticed.
+void LoginView::rememberOrForget() {
+  if (rememberMe()) {
+    keychain_->save(emailKey, email());
+    keychain_->save(passwordKey, password());
+  } else {
+    keychain_->deleteItem(emailKey);
+    keychain_->deleteItem(passwordKey);
+  }
+}
+
+void LoginView::startBiometricSignIn() {
+  beginSignIn();
+  biometrics_->authenticate(hoppingToMain(
+      dispatch_,
+      weakly([this](const Result<SavedCredentials>& credentials) { handleCredentials(credentials); })));
+}
+
+void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
+  if (credentials.ok()) {
+    environment_.networkService()->login(
+        {credentials.value().email, credentials.value().password},
+        hoppingToMain(dispatch_,
+                      weakly([this](const Result<AuthResponse>& result) { openSession(result); })));
+    return;
+  }
+  isLoading = false;
+  if (credentials.error() != BiometricError{BiometricError::Case::userCancelled}) {
+    showFailure(credentials.error());
+  }
+}
+
+void LoginView::openSession(const Result<AuthResponse>& result) {
+  isLoading = false;
+  if (result.ok()) {
+    environment_.authState()->saveLogin(result.value());
+  } else {
+    showFailure(result.error());
+  }
+}
+
+void LoginView::showFailure(const Error& error) {
+  errorMessage = error.localizedDescription();
+  showError = true;
+}
+
+}  // namespace quillmar
