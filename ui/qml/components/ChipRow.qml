@@ -1,0 +1,66 @@
+import QtQuick
+import Quillmar
+
+// A few choices of which one holds, as chips that wrap where they have to. The arrow keys go from one to the next.
+Flow {
+    id: row
+
+    property var options: []
+    property string selected
+    signal chosen(string option)
+
+    spacing: Theme.within
+    Accessible.role: Accessible.PageTabList
+
+    function focusOn(index) {
+        const chip = chips.itemAt((index + chips.count) % chips.count)
+        if (chip) {
+            chip.forceActiveFocus(Qt.TabFocusReason)
+        }
+    }
+
+    Repeater {
+        id: chips
+        model: row.options
+
+        Pressable {
+            id: chip
+
+            required property string modelData
+            required property int index
+            readonly property bool current: modelData === row.selected
+
+            text: modelData
+            leftPadding: Theme.gap
+            rightPadding: Theme.gap
+            corner: height / 2
+            onClicked: row.chosen(modelData)
+            Keys.onRightPressed: row.focusOn(index + 1)
+            Keys.onLeftPressed: row.focusOn(index - 1)
+            Accessible.role: Accessible.RadioButton
+            Accessible.checkable: true
+            Accessible.checked: current
+
+            background: Item {
+                Rectangle {
+                    anchors.fill: parent
+                    anchors.topMargin: 4
+                    anchors.bottomMargin: 4
+                    radius: height / 2
+                    color: chip.current ? Theme.blueDark : chip.down || chip.hovered ? Theme.cardPressed : Theme.card
+                    Behavior on color { ColorAnimation { duration: Theme.quick } }
+                }
+            }
+            contentItem: Label {
+                text: chip.text
+                font: Theme.footnoteStrong
+                color: chip.current ? Theme.onBrand : Theme.text
+                lineHeight: 1
+                wrapMode: Text.NoWrap
+                horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+                Accessible.ignored: true
+            }
+        }
+    }
+}

@@ -1,0 +1,21 @@
+import QtQuick
+import Quillmar
+
+// A labelled field that hides what is written, until it is asked to show it.
+LabelledField {
+    id: field
+
+    property bool revealed: false
+
+    echoMode: revealed ? TextInput.Normal : TextInput.Password
+    inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+    endSpace: Theme.target - Theme.within
+
+    IconButton {
+        text: field.revealed ? qsTr("Hide password") : qsTr("Show password")
+        symbol: field.revealed ? "eye.slash" : "eye"
+        symbolSize: 20
+        ink: Theme.cardSecondaryText
+        onClicked: field.revealed = !field.revealed
+    }
+}
