@@ -1,8 +1,8 @@
-#include <algorithm>
 #include <utility>
 
 #include "client/judging.h"
 #include "client/network_service.h"
+#include "client/recent_logs.h"
 #include "foundation/date_format.h"
 #include "foundation/url.h"
 #include "platform/dispatch_group.h"
@@ -20,32 +20,6 @@ Completion<DNSLogsResponse> takingLogs(Completion<std::vector<DNSLog>> completio
                            : Result<std::vector<DNSLog>>(answer.error()));
   };
 }
-
-// What the devices' answers add up to. Touched on one serial queue only, until all of them are in.
-struct CollectedLogs {
-  std::vector<DNSLog> logs;
-  std::optional<Error> firstError;
-
-  void add(Result<std::vector<DNSLog>> result) {
-    if (!result.ok()) {
-      firstError = firstError.value_or(result.error());
-      return;
-    }
-    auto more = std::move(result).value();
-    logs.insert(logs.end(), std::move_iterator(more.begin()), std::move_iterator(more.end()));
-  }
-
-  // An error of one device vanishes where another has given anything.
-  Result<std::vector<DNSLog>> newest(std::size_t limit) && {
-    if (firstError && logs.empty()) {
-      return *firstError;
-    }
-    const auto end = logs.begin() + static_cast<std::ptrdiff_t>(std::min(limit, logs.size()));
-    std::ranges::partial_sort(logs, end, std::ranges::greater(), &DNSLog::timestamp);
-    logs.erase(end, logs.end());
-    return std::move(logs);
-  }
-};
 
 }  // namespace
 
@@ -108,7 +82,7 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
   }
   const DispatchGroup group;
   const auto queue = dispatch_.makeSerialQueue("com.quillmar.logs-fetch");
-  const auto collected = std::make_shared<CollectedLogs>();
+  const auto collected = std::make_shared<RecentLogs>();
   const std::string query = "/logs?limit=" + std::to_string(limit / deviceIds.size()) +
                             "&since=" + percentEncodedForQuery(formatISO8601(dispatch_.now() - since));
   for (const auto& deviceId : deviceIds) {
@@ -122,7 +96,7 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
                    })));
   }
   group.notify(dispatch_.main(), [collected, limit, completion = std::move(completion)] {
-    completion(std::move(*collected).newest(limit));
+    completion(collected->takeNewest(limit));
   });
 }
 

@@ -1,0 +1,291 @@
+#include <functional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "foundation/json_decode.h"
+#include "tests/client/console_answers.h"
+
+namespace quillmar {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Kind = TransportError::Kind;
+using Lines = std::vector<std::string>;
+
+// The two calls that leave a trail in the system's log differ in what they send and say at the end only.
+struct Trail {
+  std::string name;
+  std::string method;
+  std::string urlLine;
+  std::string body;
+  std::string successLine;
+  std::function<void(NetworkService&, std::function<void(bool)>)> start;
+};
+
+void PrintTo(const Trail& trail, std::ostream* out) { *out << trail.name; }
+
+const std::vector<Trail> trails{
+    {"getChildren", "GET", " - URL: https://au.example/api/v1/children",
+     R"({"children":[)" + childBody() + "," + childBody() + R"(],"unassigned_devices":[]})",
+     " - decoded 2 children",
+     [](NetworkService& service, std::function<void(bool)> end) {
+       service.getChildren([end](const Result<ChildrenResponse>& result) { end(result.ok()); });
+     }},
+    {"createChild", "POST", " - URL: https://au.example/api/v1/children, name: Mia %@ %n", childBody(),
+     " - success: Mia (id: c1)",
+     [](NetworkService& service, std::function<void(bool)> end) {
+       service.createChild({.name = "Mia %@ %n", .photoURL = {}, .birthYear = {}},
+                           [end](const Result<ChildProfileWithDevices>& result) { end(result.ok()); });
+     }},
+};
+
+class TrailTest : public ClientTest, public testing::WithParamInterface<Trail> {
+ protected:
+  // The lines of one call that gets this answer.
+  Lines linesOf(DataTaskResult result) {
+    http.answer(GetParam().method, "/children", std::move(result));
+    log.clear();
+    start();
+    settle();
+    return log.systemLines();
+  }
+  void start() {
+    GetParam().start(*service, [this](bool ok) { succeeded = ok; });
+  }
+  std::string line(const std::string& rest) const { return "[NetworkService] " + GetParam().name + rest; }
+
+  std::optional<bool> succeeded;
+};
+
+TEST_P(TrailTest, a_missing_root_is_told_by_name) {
+  removeRoot();
+  start();
+  EXPECT_EQ(succeeded, false);
+  EXPECT_THAT(log.systemLines(), ElementsAre(line(" failed: No region configured")));
+}
+
+TEST_P(TrailTest, a_root_that_is_no_url_leaves_no_trail) {
+  breakRoot();
+  start();
+  EXPECT_EQ(succeeded, false);
+  EXPECT_THAT(log.systemLines(), IsEmpty());
+}
+
+TEST_P(TrailTest, a_missing_token_is_an_error_on_the_way) {
+  removeToken();
+  start();
+  EXPECT_THAT(log.systemLines(),
+              ElementsAre(line(GetParam().urlLine), line(" - error: Please log in again")));
+}
+
+TEST_P(TrailTest, a_success_is_told_step_by_step) {
+  EXPECT_THAT(linesOf(httpAnswer(201, GetParam().body)),
+              ElementsAre(line(GetParam().urlLine), line(" - status: 201"),
+                          line(" - response: " + GetParam().body), line(GetParam().successLine)));
+  EXPECT_EQ(succeeded, true);
+  EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - token found, length: 12"));
+}
+
+TEST_P(TrailTest, a_transport_error_is_told_in_its_words) {
+  EXPECT_THAT(linesOf(transportFailure(Kind::timedOut)),
+              ElementsAre(line(GetParam().urlLine), line(" - error: The request timed out.")));
+}
+
+TEST_P(TrailTest, an_answer_with_a_part_missing_is_an_error_too) {
+  for (const auto& part : {answerWithoutData(200), answerWithoutResponse("x"), DataTaskResult{}}) {
+    EXPECT_THAT(linesOf(part),
+                ElementsAre(line(GetParam().urlLine), line(" - error: Invalid response from server")));
+  }
+}
+
+TEST_P(TrailTest, an_answer_that_is_not_http_has_no_status_to_tell) {
+  EXPECT_THAT(linesOf(answerThatIsNotHttp("file")),
+              ElementsAre(line(GetParam().urlLine), line(" - response: file"),
+                          line(" - decode error: Invalid response from server")));
+}
+
+TEST_P(TrailTest, a_refusal_is_told_with_its_body) {
+  EXPECT_THAT(linesOf(httpAnswer(403, R"({"error":"own"})")),
+              ElementsAre(line(GetParam().urlLine), line(" - status: 403"),
+                          line(R"( - response: {"error":"own"})"), line(" - decode error: Access denied")));
+  EXPECT_EQ(succeeded, false);
+}
+
+TEST_P(TrailTest, an_answer_that_does_not_decode_is_told_with_its_body) {
+  EXPECT_THAT(linesOf(httpAnswer(200, "")),
+              ElementsAre(line(GetParam().urlLine), line(" - status: 200"), line(" - response: "),
+                          line(" - decode error: " + std::string(malformedText))));
+}
+
+TEST_P(TrailTest, only_the_first_500_characters_of_a_body_are_told) {
+  const std::string family = "👨‍👩‍👧";
+  std::string first500;
+  for (int i = 0; i < 500; ++i) {
+    first500 += family;
+  }
+  for (const auto& body : {first500, first500 + "!", first500 + family}) {
+    EXPECT_EQ(linesOf(httpAnswer(200, body)).at(2), line(" - response: " + first500));
+  }
+}
+
+TEST_P(TrailTest, a_body_that_is_not_utf8_is_not_told) {
+  EXPECT_THAT(linesOf(httpAnswer(500, notUtf8)), ElementsAre(line(GetParam().urlLine), line(" - status: 500"),
+                                                             line(" - decode error: Unknown error")));
+}
+
+TEST_P(TrailTest, a_refresh_on_the_way_leaves_one_trail) {
+  http.answer("POST", "/auth/refresh", 200, authBody(newToken));
+  http.answer(GetParam().method, "/children", 401);
+  EXPECT_THAT(linesOf(httpAnswer(200, GetParam().body)),
+              ElementsAre(line(GetParam().urlLine), line(" - status: 200"),
+                          line(" - response: " + GetParam().body), line(GetParam().successLine)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Calls, TrailTest, testing::ValuesIn(trails),
+                         [](const auto& tested) { return tested.param.name; });
+
+class ChildCallsTest : public ClientTest {
+ protected:
+  template <class T>
+  T answered(const std::function<void(NetworkService&, Completion<T>)>& call) {
+    auto ended = outcome<T>();
+    call(*service, ended.completion());
+    settle();
+    return ended.value();
+  }
+  std::optional<std::string> sentBody() const { return http.requests().at(0).body; }
+};
+
+TEST_F(ChildCallsTest, a_name_that_can_not_be_written_is_told_as_the_encoder_says_it) {
+  auto ended = outcome<ChildProfileWithDevices>();
+  service->createChild({.name = notUtf8, .photoURL = {}, .birthYear = {}}, ended.completion());
+  EXPECT_EQ(ended.errorText(), unwritableText);
+  EXPECT_THAT(log.systemLines(),
+              ElementsAre("[NetworkService] createChild - encode error: " + std::string(unwritableText)));
+}
+
+TEST_F(ChildCallsTest, an_empty_object_is_a_family_without_children) {
+  http.answer("GET", "/children", 200, "{}");
+  EXPECT_EQ(answered<ChildrenResponse>([](auto& calls, auto end) { calls.getChildren(end); }),
+            ChildrenResponse());
+  EXPECT_EQ(log.systemLines().back(), "[NetworkService] getChildren - decoded 0 children");
+}
+
+TEST_F(ChildCallsTest, children_come_with_devices_and_policies_and_the_rest_without_a_child) {
+  http.answer("GET", "/children", 200,
+              R"({"children":[{"id":"c1","family_id":"f1","name":"Mia","is_active":true,"created_at":"c",)"
+              R"("updated_at":"u","devices":[)" +
+                  deviceBody() + R"(],"policy":)" + childPolicyBody() + R"(}],"unassigned_devices":[)" +
+                  deviceBody() + "," + deviceBody() + "]}");
+  const auto answer = answered<ChildrenResponse>([](auto& calls, auto end) { calls.getChildren(end); });
+  ASSERT_THAT(answer.children, SizeIs(1));
+  EXPECT_THAT(answer.children[0].devices, SizeIs(1));
+  EXPECT_EQ(answer.children[0].policy->blockMode, "blacklist");
+  EXPECT_THAT(answer.unassignedDevices, SizeIs(2));
+}
+
+TEST_F(ChildCallsTest, a_new_child_is_sent_with_what_is_known_of_it) {
+  service->createChild({.name = " Mia ", .photoURL = "https://p.example/1", .birthYear = 2015},
+                       outcome<ChildProfileWithDevices>().completion());
+  EXPECT_EQ(sentBody(), R"({"name":" Mia ","photo_url":"https://p.example/1","birth_year":2015})");
+}
+
+TEST_F(ChildCallsTest, an_update_sends_the_one_key_that_is_set) {
+  UpdateChildRequest changes;
+  changes.isActive = false;
+  service->updateChild("c1", changes, outcome<ChildProfile>().completion());
+  EXPECT_EQ(sentBody(), R"({"is_active":false})");
+}
+
+TEST_F(ChildCallsTest, an_update_of_nothing_is_sent_all_the_same) {
+  service->updateChild("c1", {}, outcome<ChildProfile>().completion());
+  EXPECT_EQ(sentBody(), "{}");
+}
+
+TEST_F(ChildCallsTest, an_updated_child_without_its_place_is_refused) {
+  http.answer("PUT", "/children/c1", 200, childBody());
+  auto ended = outcome<ChildProfile>();
+  service->updateChild("c1", {}, ended.completion());
+  settle();
+  EXPECT_EQ(ended.errorText(), missingText);
+}
+
+TEST_F(ChildCallsTest, a_child_without_its_place_is_read) {
+  http.answer("GET", "/children/c1", 200, childBody());
+  const auto child =
+      answered<ChildProfileWithDevices>([](auto& calls, auto end) { calls.getChild("c1", end); });
+  EXPECT_EQ(child.displayOrder, 0);
+  EXPECT_EQ(child.policy, std::nullopt);
+}
+
+TEST_F(ChildCallsTest, a_deleted_child_that_is_not_there_is_not_found) {
+  http.answer("DELETE", "/children/c1", 404, R"({"error":"own"})");
+  auto ended = outcome<void>();
+  service->deleteChild("c1", ended.completion());
+  settle();
+  EXPECT_EQ(ended.error(), NetworkError::notFound());
+  EXPECT_EQ(ended.errorText(), "Resource not found");
+}
+
+TEST_F(ChildCallsTest, a_domain_that_no_url_can_hold_is_not_sent) {
+  auto blocked = outcome<ChildPolicy>();
+  auto allowed = outcome<ChildPolicy>();
+  for (const std::string domain : {"a b", "bücher.example", "a\nb", "<b>", "100%"}) {
+    service->removeChildBlockedDomain("c1", domain, blocked.completion());
+    service->removeChildAllowedDomain("c1", domain, allowed.completion());
+    EXPECT_EQ(blocked.error(), NetworkError::invalidResponse()) << domain;
+    EXPECT_EQ(allowed.error(), NetworkError::invalidResponse()) << domain;
+  }
+  EXPECT_THAT(http.requests(), IsEmpty());
+}
+
+TEST_F(ChildCallsTest, ids_and_domains_go_into_the_path_as_they_stand) {
+  service->removeChildBlockedDomain("c/1", "x.example/a?b=%41#c", outcome<ChildPolicy>().completion());
+  service->removeChildAllowedDomain("c1", "", outcome<ChildPolicy>().completion());
+  service->unlinkDevice("c1", "d?1", outcome<void>().completion());
+  ASSERT_THAT(http.requests(), SizeIs(3));
+  EXPECT_EQ(http.requests()[0].url,
+            "https://au.example/api/v1/children/c/1/policy/block/x.example/a?b=%41#c");
+  EXPECT_EQ(http.requests()[1].url, "https://au.example/api/v1/children/c1/policy/allow/");
+  EXPECT_EQ(http.requests()[2].url, "https://au.example/api/v1/children/c1/devices/d?1");
+}
+
+TEST_F(ChildCallsTest, a_domain_is_sent_as_it_was_given) {
+  service->addChildBlockedDomain("c1", "https://X.example/ \n", outcome<ChildPolicy>().completion());
+  service->addChildAllowedDomain("c1", "", outcome<ChildPolicy>().completion());
+  ASSERT_THAT(http.requests(), SizeIs(2));
+  EXPECT_EQ(http.requests()[0].body, R"({"domain":"https://X.example/ \n"})");
+  EXPECT_EQ(http.requests()[1].body, R"({"domain":""})");
+}
+
+TEST_F(ChildCallsTest, the_mode_is_sent_as_it_was_given) {
+  service->updateChildPolicy("c1", true, "whitelist", outcome<ChildPolicy>().completion());
+  EXPECT_EQ(sentBody(), R"({"is_blocked":true,"block_mode":"whitelist"})");
+}
+
+TEST_F(ChildCallsTest, a_changed_policy_is_answered_whole) {
+  const std::string body =
+      R"({"id":"p1","child_id":"c1","family_id":"f1","is_blocked":true,"block_mode":"whitelist",)"
+      R"("blocked_domains":["a","b"],"allowed_domains":["c"],"created_at":"c","updated_at":"u"})";
+  http.answerAlways("PUT", "/children/c1/policy", 200, body);
+  http.answerAlways("POST", "/children/c1/policy/block", 200, body);
+  http.answerAlways("DELETE", "/children/c1/policy/block/x", 200, body);
+  http.answerAlways("POST", "/children/c1/policy/allow", 200, body);
+  http.answerAlways("DELETE", "/children/c1/policy/allow/x", 200, body);
+  const auto expected = decodeJson<ChildPolicy>(body).value();
+  for (const auto& call : std::vector<std::function<void(NetworkService&, Completion<ChildPolicy>)>>{
+           [](auto&calls, auto end) { calls.updateChildPolicy("c1", true, "whitelist", end); },
+           [](auto&calls, auto end) { calls.addChildBlockedDomain("c1", "x", end); },
+           [](auto&calls, auto end) { calls.removeChildBlockedDomain("c1", "x", end); },
+           [](auto&calls, auto end) { calls.addChildAllowedDomain("c1", "x", end); },
+           [](auto&calls, auto end) { calls.removeChildAllowedDomain("c1", "x", end); }}) {
+    EXPECT_EQ(answered<ChildPolicy>(call), expected);
+  }
+}
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,96 @@
+#include "client/recent_logs.h"
+
+#include <string>
+#include <vector>
+
+#include "tests/client/console_answers.h"
+
+namespace quillmar {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Times = std::vector<std::string>;
+
+const Error timedOut = TransportError{TransportError::Kind::timedOut, {}};
+const Error forbidden = NetworkError::forbidden();
+
+Result<std::vector<DNSLog>> answerWith(const Times& times) {
+  std::vector<DNSLog> logs;
+  for (const auto& time : times) {
+    logs.push_back(logEntry(static_cast<std::int64_t>(logs.size()), time));
+  }
+  return logs;
+}
+
+Times times(const Result<std::vector<DNSLog>>& result) {
+  Times all;
+  for (const auto& entry : result.value()) {
+    all.push_back(entry.timestamp);
+  }
+  return all;
+}
+
+TEST(RecentLogs, nothing_is_an_empty_list) {
+  RecentLogs logs;
+  EXPECT_THAT(logs.takeNewest(10).value(), IsEmpty());
+}
+
+TEST(RecentLogs, the_newest_of_all_devices_come_first_and_the_rest_is_cut) {
+  RecentLogs logs;
+  logs.add(answerWith({"2016-10-08T01:00:00Z", "2016-10-08T04:00:00Z"}));
+  logs.add(answerWith({"2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"}));
+  EXPECT_THAT(times(logs.takeNewest(3)),
+              ElementsAre("2016-10-08T04:00:00Z", "2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"));
+}
+
+TEST(RecentLogs, times_are_compared_as_plain_text) {
+  RecentLogs logs;
+  logs.add(answerWith({"2016-10-08T01:00:00Z", "", "zebra", "2016-10-08T01:00:00.5Z", "Ära"}));
+  EXPECT_THAT(times(logs.takeNewest(10)),
+              ElementsAre("Ära", "zebra", "2016-10-08T01:00:00Z", "2016-10-08T01:00:00.5Z", ""));
+}
+
+TEST(RecentLogs, entries_of_one_time_are_all_kept) {
+  RecentLogs logs;
+  logs.add(answerWith({"t", "t"}));
+  logs.add(answerWith({"t"}));
+  EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t", "t", "t"));
+}
+
+TEST(RecentLogs, an_entry_is_kept_whole) {
+  RecentLogs logs;
+  const DNSLog entry = logEntry(7, "2016-10-08T01:00:00Z", "a device whose id is long");
+  logs.add(std::vector{entry});
+  EXPECT_THAT(logs.takeNewest(1).value(), ElementsAre(entry));
+}
+
+TEST(RecentLogs, a_limit_of_none_keeps_nothing) {
+  RecentLogs logs;
+  logs.add(answerWith({"t"}));
+  EXPECT_THAT(logs.takeNewest(0).value(), IsEmpty());
+}
+
+TEST(RecentLogs, an_error_vanishes_where_another_device_gave_anything) {
+  RecentLogs logs;
+  logs.add(timedOut);
+  logs.add(answerWith({"t"}));
+  EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t"));
+}
+
+TEST(RecentLogs, an_error_beside_empty_lists_is_the_outcome) {
+  RecentLogs logs;
+  logs.add(answerWith({}));
+  logs.add(timedOut);
+  EXPECT_EQ(logs.takeNewest(10).error(), timedOut);
+}
+
+TEST(RecentLogs, of_two_errors_the_first_counts) {
+  RecentLogs logs;
+  logs.add(forbidden);
+  logs.add(timedOut);
+  EXPECT_EQ(logs.takeNewest(10).error(), forbidden);
+}
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,154 @@
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "client/records/device.h"
+#include "foundation/json_decode.h"
+#include "tests/client/client_test.h"
+
+// The rules that hold for every record, as tests over a table of its keys: they stand in records_test.cpp,
+// and each file of records brings its own tables.
+namespace quillmar {
+
+// One key of a record, in the order of writing, with a value as JSON. The tests below make all their
+// documents from these.
+struct Key {
+  std::string name;
+  std::string json;
+  bool isRequired = true;
+  // What is read where the key is absent or null, and written then; a nil where there is none.
+  std::optional<std::string> otherwise = {};
+};
+
+inline Key maybe(std::string name, std::string json) { return {std::move(name), std::move(json), false, {}}; }
+inline Key orElse(std::string name, std::string json, std::string otherwise) {
+  return {std::move(name), std::move(json), false, std::move(otherwise)};
+}
+
+inline std::string document(const std::vector<Key>& keys) {
+  std::string text = "{";
+  for (const char* separator = ""; const Key& key : keys) {
+    text += separator + ('"' + key.name + "\":" + key.json);
+    separator = ",";
+  }
+  return text + "}";
+}
+
+struct RecordCase {
+  std::string name;
+  std::vector<Key> keys;
+  // The record that holds every value of `keys` is equal to the decoded one.
+  std::function<bool(std::string_view)> decodesToExpected;
+  // Decodes and writes what was decoded.
+  std::function<Result<std::string>(std::string_view)> rewrite;
+  // Writes the expected record, whole and without anything that may be left out.
+  std::function<Result<std::string>()> writeWhole;
+  std::function<Result<std::string>()> writeLeast;
+};
+
+inline void PrintTo(const RecordCase& tested, std::ostream* out) { *out << tested.name; }
+
+template <Record T>
+RecordCase recordCase(T expected, std::vector<Key> keys) {
+  T least = expected;
+  forEachField<T>([&](const auto& field) {
+    if constexpr (isOptional<typename std::remove_cvref_t<decltype(field)>::Type>) {
+      least.*field.member = std::nullopt;
+    }
+  });
+  return {.name = std::string(recordName<T>()),
+          .keys = std::move(keys),
+          .decodesToExpected =
+              [expected](std::string_view text) {
+                const auto decoded = decodeJson<T>(text);
+                return decoded.ok() && decoded.value() == expected;
+              },
+          .rewrite = [](std::string_view text) -> Result<std::string> {
+            const auto decoded = decodeJson<T>(text);
+            return decoded.ok() ? encodeJson(decoded.value()) : Result<std::string>(decoded.error());
+          },
+          .writeWhole = [expected] { return encodeJson(expected); },
+          .writeLeast = [least] { return encodeJson(least); }};
+}
+
+inline const Device tablet{.id = "id",
+                           .parentId = "parentId",
+                           .childId = "childId",
+                           .deviceName = "deviceName",
+                           .deviceType = "deviceType",
+                           .dohEndpoint = "dohEndpoint",
+                           .isActive = true,
+                           .createdAt = "createdAt",
+                           .updatedAt = "updatedAt",
+                           .friendlyName = "friendlyName",
+                           .isOnline = false,
+                           .lastSeenAt = "lastSeenAt"};
+inline const std::vector<Key> tabletKeys{{"id", R"("id")"},
+                                         {"parent_id", R"("parentId")"},
+                                         maybe("child_id", R"("childId")"),
+                                         {"device_name", R"("deviceName")"},
+                                         {"device_type", R"("deviceType")"},
+                                         {"doh_endpoint", R"("dohEndpoint")"},
+                                         {"is_active", "true"},
+                                         {"created_at", R"("createdAt")"},
+                                         {"updated_at", R"("updatedAt")"},
+                                         maybe("friendly_name", R"("friendlyName")"),
+                                         maybe("is_online", "false"),
+                                         maybe("last_seen_at", R"("lastSeenAt")")};
+
+inline std::vector<Key> without(std::vector<Key> keys, std::string_view name) {
+  std::erase_if(keys, [&](const Key& key) { return key.name == name; });
+  return keys;
+}
+
+inline std::vector<Key> with(std::vector<Key> keys, std::string_view name, std::string_view json) {
+  for (Key& key : keys) {
+    if (key.name == name) {
+      key.json = json;
+    }
+  }
+  return keys;
+}
+
+inline std::vector<Key> requiredOf(std::vector<Key> keys) {
+  std::erase_if(keys, [](const Key& key) { return !key.isRequired; });
+  return keys;
+}
+
+// How a record without this key is written again.
+inline std::vector<Key> lacking(const std::vector<Key>& keys, const Key& key) {
+  return key.otherwise ? with(keys, key.name, *key.otherwise) : without(keys, key.name);
+}
+
+class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
+ protected:
+  const std::vector<Key>& keys() const { return GetParam().keys; }
+  Result<std::string> rewritten(const std::vector<Key>& changed) const {
+    return GetParam().rewrite(document(changed));
+  }
+  // Expects the document to be refused at this key.
+  void expectRefusal(const std::vector<Key>& changed, CodingError::Kind kind, const std::string& key) const {
+    const std::string text = document(changed);
+    const auto refused = GetParam().rewrite(text);
+    ASSERT_FALSE(refused.ok()) << text;
+    const auto* error = refused.error().as<CodingError>();
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->kind, kind) << text;
+    // A wrong type in the place of a record is a refusal of that record.
+    EXPECT_TRUE(error->record == GetParam().name || kind == CodingError::Kind::wrongFormat) << text;
+    EXPECT_EQ(error->keyPath.substr(0, error->keyPath.find('[')), key) << text;
+  }
+};
+
+class SentRecordTest : public testing::TestWithParam<RecordCase> {};
+
+inline const auto byName = [](const auto& tested) { return tested.param.name; };
+
+}  // namespace quillmar
