@@ -1,0 +1,32 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+// Where an invitation's code is to be scanned. The panel is only a picture for now: no camera is opened and
+// nothing calls `onScan`.
+class QRScannerView final : public ScreenModel {
+ public:
+  using OnScan = std::function<void(const std::string& text)>;
+
+  explicit QRScannerView(OnScan scanned) : ScreenModel("QRScannerView"), onScan(std::move(scanned)) {}
+
+  // Takes what was scanned, as it stands, and takes this screen away.
+  const OnScan onScan;
+
+  Text title{*this, "title", "Scan QR Code"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text panelIcon{*this, "panelIcon", "qrcode.viewfinder"};
+  Text panelTitle{*this, "panelTitle", "QR Scanner"};
+  Text panelText{*this, "panelText", "Point your camera at the QR code from the primary parent"};
+  Text manualText{*this, "manualText", "Or enter the code manually"};
+
+  Action<> cancel{*this, "cancel", [this] { dismiss(); }};
+};
+
+}  // namespace quillmar
