@@ -1,21 +1,49 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
 
-#include "client/records/child.h"
+#include "app/environment.h"
+#include "client/network_service.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
-
-// Creates a child profile.
+// Creates a child profile. The only place where a birth year can be given.
 class AddChildView final : public ScreenModel {
  public:
-  explicit AddChildView(Environment& /*environment*/, std::function<void()> /*onChildAdded*/ = {})
-      : ScreenModel("AddChildView") {}
+  // `onChildAdded` is kept and never called: the dashboard reloads when this sheet goes.
+  explicit AddChildView(Environment& environment, std::function<void()> onChildAdded = {});
+
+  Input<std::string> name{*this, "name"};
+  Input<std::string> birthYear{*this, "birthYear"};
+  Published<bool> isLoading{*this, "isLoading", false};
+  Input<bool> showError{*this, "showError", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+
+  Text title{*this, "title", "Add Child"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text section{*this, "section", "Child Information"};
+  Text nameLabel{*this, "nameLabel", "Name"};
+  Text birthYearLabel{*this, "birthYearLabel", "Birth Year (optional)"};
+  Text footer{*this, "footer", "You can add a photo and link devices after creating the profile."};
+  Derived<std::string> createTitle{*this, "createTitle", [this] {
+                                     return std::string(isLoading() ? "Creating..." : "Create Child Profile");
+                                   }};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> cancel{*this, "cancel", [this] { dismiss(); }};
+  Action<> createChildProfile{*this, "createChildProfile", [this] { create(); },
+                              [this] { return !name().empty() && !isLoading(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+ private:
+  void create();
+  void handleResult(const Result<ChildProfileWithDevices>& result);
+
+  Environment& environment_;
+  const std::function<void()> onChildAdded_;
 };
 
 }  // namespace quillmar

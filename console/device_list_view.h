@@ -1,15 +1,177 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/appearance_manager.h"
+#include "app/environment.h"
+#include "client/network_service.h"
+#include "console/add_child_view.h"
+#include "console/add_device_sheet.h"
+#include "console/child_dashboard_card.h"
+#include "console/child_detail_view.h"
+#include "console/settings_view.h"
+#include "family/family_members_view.h"
+#include "family/home_network_view.h"
+#include "identity/auth_state.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
+enum class DashboardContent { loading, list, empty };
 
-// The dashboard of a signed-in parent.
+template <>
+inline constexpr std::array rawNames<DashboardContent> =
+    rawCases<DashboardContent>({{DashboardContent::loading, "loading"},
+                                {DashboardContent::list, "list"},
+                                {DashboardContent::empty, "empty"}});
+
+// The dashboard of a signed-in parent: the family's children, a sum of their devices, and the way to every
+// other screen. Keeps itself fresh by a silent refresh every 30 seconds while it is in view. Neither kind of
+// load ever tells of a failure: a foreground load that fails empties the screen, a silent one changes
+// nothing.
 class DeviceListView final : public ScreenModel {
  public:
-  explicit DeviceListView(Environment& /*environment*/) : ScreenModel("DeviceListView") {}
+  static constexpr double refreshInterval = 30.0;  // seconds
+
+  explicit DeviceListView(Environment& environment);
+
+  // In the service's order.
+  Published<std::vector<ChildProfileWithDevices>> children{*this, "children"};
+  // A row is its child's, by id, for as long as the child is in the list.
+  Rows<ChildDashboardCard> cards{*this, "cards"};
+  // Under way with nothing to show yet.
+  Published<bool> isLoading{*this, "isLoading", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showError{*this, "showError", false};
+  Input<bool> showLogoutConfirmation{*this, "showLogoutConfirmation", false};
+  // Whose detail is shown, and for whom a device is added.
+  Published<std::optional<ChildProfileWithDevices>> selectedChild{*this, "selectedChild"};
+  Published<std::optional<ChildProfileWithDevices>> childForNewDevice{*this, "childForNewDevice"};
+  Published<bool> cardsAppeared{*this, "cardsAppeared", false};
+  Published<bool> isBackgroundRefreshing{*this, "isBackgroundRefreshing", false};
+  // The last load of either kind to end, however it ended.
+  Published<Date> lastRefreshTime;
+
+  Sheet<AddChildView> showAddChild;
+  // Up exactly while a child is selected.
+  Sheet<ChildDetailView> showChildDetail;
+  Sheet<SettingsView> showSettings;
+  Sheet<HomeNetworkView> showHomeNetwork;
+  Sheet<FamilyMembersView> showFamilyMembers;
+  // Stays down without a child to add a device for.
+  Sheet<AddDeviceSheet> showAddDevice;
+
+  Derived<DashboardContent> content{*this, "content", [this] { return computeContent(); }};
+  // In points, on a wide window.
+  Derived<double> maximumContentWidth{*this, "maximumContentWidth", [this] { return computeWidth(); }};
+  Derived<std::int64_t> totalChildren{*this, "totalChildren", [this] { return countChildren(); }};
+  Derived<std::int64_t> totalDevices{*this, "totalDevices", [this] { return countDevices(); }};
+  Derived<std::int64_t> onlineDevices{*this, "onlineDevices", [this] { return countOnlineDevices(); }};
+  // What stands with each count.
+  Derived<std::string> childrenLabel{
+      *this, "childrenLabel", [this] { return std::string("Child") + (countChildren() == 1 ? "" : "ren"); }};
+  Derived<std::string> devicesLabel{
+      *this, "devicesLabel", [this] { return std::string("Device") + (countDevices() == 1 ? "" : "s"); }};
+  Text onlineLabel{*this, "onlineLabel", "Online"};
+  // Absent while a silent refresh runs, when a spinner stands in its place.
+  Derived<std::optional<std::string>> statusIcon{
+      *this, "statusIcon", [this] {
+        return isBackgroundRefreshing() ? std::nullopt : std::optional<std::string>("arrow.clockwise");
+      }};
+  Derived<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
+  Text autoRefreshText{*this, "autoRefreshText", "Auto-refresh every 30s"};
+
+  // The entry of the cards: each begins `appearanceDelay` of its own later.
+  Derived<double> cardOpacity{*this, "cardOpacity", [this] { return cardsAppeared() ? 1.0 : 0.0; }};
+  Derived<double> cardOffset{*this, "cardOffset", [this] { return cardsAppeared() ? 0.0 : 20.0; }};
+
+  Text title{*this, "title", "My Family"};
+  Derived<std::string> initials{*this, "initials", [this] { return authState_->initials(); }};
+  Text addChildIcon{*this, "addChildIcon", "plus"};
+  Text refreshIcon{*this, "refreshIcon", "arrow.clockwise"};
+  Text settingsTitle{*this, "settingsTitle", "Settings"};
+  Text settingsIcon{*this, "settingsIcon", "gearshape"};
+  Text familyMembersTitle{*this, "familyMembersTitle", "Family Members"};
+  Text familyMembersIcon{*this, "familyMembersIcon", "person.2.fill"};
+  Text homeNetworkTitle{*this, "homeNetworkTitle", "Home Network"};
+  Text homeNetworkIcon{*this, "homeNetworkIcon", "house.fill"};
+  Text homeNetworkText{*this, "homeNetworkText", "Manage filtering for game consoles & smart TVs"};
+  Derived<std::string> themeTitle{*this, "themeTitle", [this] { return computeThemeTitle(); }};
+  Text themeIcon{*this, "themeIcon", "circle.lefthalf.filled"};
+  Text logoutTitle{*this, "logoutTitle", "Logout"};
+  Text logoutIcon{*this, "logoutIcon", "rectangle.portrait.and.arrow.right"};
+  Text addAnotherTitle{*this, "addAnotherTitle", "Add Another Child"};
+
+  Text loadingText{*this, "loadingText", "Loading..."};
+  Text welcomeHeading{*this, "welcomeHeading", "Welcome to Quillmar"};
+  Text welcomeText{*this, "welcomeText", "Add your children to start protecting\ntheir online experience"};
+  Text addFirstTitle{*this, "addFirstTitle", "Add Your First Child"};
+  Text setUpHomeNetworkTitle{*this, "setUpHomeNetworkTitle", "Set Up Home Network"};
+  Text setUpHomeNetworkCaption{*this, "setUpHomeNetworkCaption", "For game consoles & smart TVs"};
+
+  Text confirmationTitle{*this, "confirmationTitle", "Logout?"};
+  Text confirmationText{*this, "confirmationText", "Are you sure you want to logout?"};
+  Text confirmTitle{*this, "confirmTitle", "Logout"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> loadChildren{*this, "loadChildren", [this] { load(); }};
+  Action<> addChild{*this, "addChild", [this] { showAddChild = true; }};
+  Action<> openSettings{*this, "openSettings", [this] { showSettings = true; }};
+  Action<> openFamilyMembers{*this, "openFamilyMembers", [this] { showFamilyMembers = true; }};
+  Action<> openHomeNetwork{*this, "openHomeNetwork", [this] { showHomeNetwork = true; }};
+  Action<> cycleTheme{*this, "cycleTheme", [this] { appearanceManager_->cycleMode(); }};
+  Action<> logout{*this, "logout", [this] { showLogoutConfirmation = true; }};
+  Action<> confirmLogout{*this, "confirmLogout", [this] { endSession(); },
+                         [this] { return showLogoutConfirmation(); }};
+  Action<> cancelLogout{*this, "cancelLogout", [this] { showLogoutConfirmation = false; },
+                        [this] { return showLogoutConfirmation(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+  // The timer runs.
+  bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }
+
+ private:
+  void onAppear() override;
+  void onDisappear() override;
+  // A sheet has gone.
+  void comeBack();
+  void followScene(ScenePhase phase);
+
+  void load();
+  void handleLoad(const Result<ChildrenResponse>& result);
+  void startAutoRefresh();
+  void stopAutoRefresh();
+  void backgroundRefresh();
+  void handleBackgroundRefresh(const Result<ChildrenResponse>& result);
+  void show(const std::vector<ChildProfileWithDevices>& fresh);
+  void updateCards();
+  std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child, std::int64_t position);
+
+  void select(const ChildProfileWithDevices& child);
+  void addDeviceFor(const ChildProfileWithDevices& child);
+  void endSession();
+
+  DashboardContent computeContent() const;
+  double computeWidth() const;
+  std::int64_t countChildren() const { return static_cast<std::int64_t>(children().size()); }
+  std::int64_t countDevices() const;
+  std::int64_t countOnlineDevices() const;
+  std::string computeUpdatedText() const;
+  std::string computeThemeTitle() const;
+
+  Environment& environment_;
+  Dispatch& dispatch_;
+  const std::shared_ptr<AuthState> authState_;
+  const std::shared_ptr<AppearanceManager> appearanceManager_;
+  std::unique_ptr<Timer> refreshTimer_;
+  Subscription sceneReaction_;
 };
 
 }  // namespace quillmar

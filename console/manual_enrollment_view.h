@@ -1,22 +1,127 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "client/records/child.h"
+#include "app/environment.h"
+#include "client/network_service.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
+enum class ManualDeviceType { playstation, xbox, nintendo, smarttv, other };
 
-// Registers a device that cannot run the application.
+template <>
+inline constexpr std::array rawNames<ManualDeviceType> =
+    rawCases<ManualDeviceType>({{ManualDeviceType::playstation, "playstation"},
+                                {ManualDeviceType::xbox, "xbox"},
+                                {ManualDeviceType::nintendo, "nintendo"},
+                                {ManualDeviceType::smarttv, "smarttv"},
+                                {ManualDeviceType::other, "other"}});
+
+struct ManualDeviceChoice {
+  std::string id;  // the raw value
+  std::string label;
+  std::string icon;
+};
+
+template <>
+inline constexpr auto wire<ManualDeviceChoice> = record(required("id", &ManualDeviceChoice::id),
+                                                        required("label", &ManualDeviceChoice::label),
+                                                        required("icon", &ManualDeviceChoice::icon));
+
+struct SetupStep {
+  std::int64_t number = 0;
+  std::string text;
+};
+
+template <>
+inline constexpr auto wire<SetupStep> = record(required("number", &SetupStep::number),
+                                               required("text", &SetupStep::text));
+
+// Registers a device that cannot run the application, and shows what to type into it. The device exists on
+// the service from then on: going back undoes nothing, and adding once more registers a second one.
 class ManualEnrollmentView final : public ScreenModel {
  public:
-  explicit ManualEnrollmentView(Environment& /*environment*/, std::optional<std::string> /*childId*/,
-                                std::function<void()> /*onEnrollmentComplete*/ = {})
-      : ScreenModel("ManualEnrollmentView") {}
+  // Without a child the device belongs to none. `onEnrollmentComplete` runs when the person is done.
+  ManualEnrollmentView(Environment& environment, std::optional<std::string> childId,
+                       std::function<void()> onEnrollmentComplete = {});
+
+  Input<std::string> deviceName{*this, "deviceName"};
+  Input<ManualDeviceType> selectedDeviceType{*this, "selectedDeviceType", ManualDeviceType::playstation};
+  Input<std::string> deviceIP{*this, "deviceIP"};
+  Published<bool> isLoading{*this, "isLoading", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showError{*this, "showError", false};
+  Published<std::optional<ManualEnrollmentResponse>> enrollmentResult{*this, "enrollmentResult"};
+  // Which of the two screens stands.
+  Published<bool> showInstructions{*this, "showInstructions", false};
+
+  Derived<std::string> title{
+      *this, "title",
+      [this] { return std::string(showInstructions() ? "Setup Instructions" : "Add Console/TV"); }};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text backTitle{*this, "backTitle", "Back"};
+  Text doneTitle{*this, "doneTitle", "Done"};
+
+  Text heading{*this, "heading", "Add Game Console or Smart TV"};
+  Text explanation{*this, "explanation", "Devices that can't run apps use plain DNS filtering"};
+  Text typeSection{*this, "typeSection", "Device Type"};
+  Derived<std::vector<ManualDeviceChoice>> deviceTypes{*this, "deviceTypes", [] { return choices(); }};
+  Text nameSection{*this, "nameSection", "Device Name"};
+  Text namePlaceholder{*this, "namePlaceholder", "e.g., Jake's PlayStation"};
+  Text addressSection{*this, "addressSection", "Device IP (Optional)"};
+  Text addressBadge{*this, "addressBadge", "Advanced"};
+  Text addressPlaceholder{*this, "addressPlaceholder", "e.g., 192.168.1.50"};
+  Text addressHint{*this, "addressHint",
+                   "Pre-registering the IP helps identify the device immediately. Leave blank to "
+                   "auto-detect on first connection."};
+  Text addTitle{*this, "addTitle", "Add Device"};
+
+  Text resultHeading{*this, "resultHeading", "Device Added!"};
+  Derived<std::string> resultText{*this, "resultText",
+                                  [this] { return "Now configure DNS on your " + setup().platform; }};
+  Text serverPanel{*this, "serverPanel", "DNS Server"};
+  Text serverLabel{*this, "serverLabel", "IP Address:"};
+  Derived<std::string> dnsServerIP{*this, "dnsServerIP", [this] { return setup().dnsServerIP; }};
+  Text copyTitle{*this, "copyTitle", "Copy IP Address"};
+  Derived<std::string> stepsTitle{*this, "stepsTitle",
+                                  [this] { return "Setup Steps for " + setup().platform; }};
+  Derived<std::vector<SetupStep>> steps{*this, "steps", [this] { return numberedSteps(); }};
+  Derived<std::string> note{*this, "note",
+                            [this] { return enrollmentResult() ? enrollmentResult()->note : std::string(); }};
+
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> cancel{*this, "cancel", [this] { dismiss(); }, [this] { return !showInstructions(); }};
+  Action<> back{*this, "back", [this] { showInstructions = false; }, [this] { return showInstructions(); }};
+  Action<> done{*this, "done", [this] { finish(); }, [this] { return showInstructions(); }};
+  Action<> addDevice{*this, "addDevice", [this] { enroll(); },
+                     [this] { return !deviceName().empty() && !isLoading() && !showInstructions(); }};
+  Action<> copyIPAddress{*this, "copyIPAddress",
+                         [this] { environment_.platform().clipboard.setString(setup().dnsServerIP); },
+                         [this] { return showInstructions(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+ private:
+  static std::vector<ManualDeviceChoice> choices();
+  // Empty before there is an answer.
+  SetupInstructions setup() const;
+  std::vector<SetupStep> numberedSteps() const;
+
+  void enroll();
+  void handleResult(const Result<ManualEnrollmentResponse>& result);
+  void finish();
+
+  Environment& environment_;
+  const std::optional<std::string> childId_;
+  const std::function<void()> onEnrollmentComplete_;
 };
 
 }  // namespace quillmar

@@ -8,6 +8,7 @@
 
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
+#include "foundation/signal.h"
 
 namespace quillmar {
 
@@ -50,6 +51,8 @@ class QRReader {
   virtual ~QRReader() = default;
 
   virtual CameraState camera() const = 0;
+  // Runs after a change of that: a camera is plugged in, a permission is refused.
+  virtual Subscription observeCamera(std::function<void()> changed) = 0;
   bool canCapture() const { return camera() == CameraState::available; }
 
   // The camera comes up on a background queue of user-initiated quality. From then on each batch of objects

@@ -83,6 +83,7 @@ class AbsentQRReader final : public QRReader {
   explicit AbsentQRReader(Dispatch& dispatch) : dispatch_(dispatch) {}
 
   CameraState camera() const override { return CameraState::absent; }
+  Subscription observeCamera(std::function<void()> /*never called*/) override { return {}; }
   void startRunning(BatchHandler /*never called*/) override {}
   void stopRunning() override {}
   void readPicture(const std::string& /*path*/, Reply reply) override { refuse(std::move(reply)); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -15,7 +16,6 @@ class FakeQRReader final : public QRReader {
  public:
   explicit FakeQRReader(Dispatch& dispatch) : dispatch_(dispatch) {}
 
-  CameraState state = CameraState::available;
   // What each of the still sources gives.
   Result<RecognisedObjects> picture = RecognisedObjects();
   Result<RecognisedObjects> clipboard = RecognisedObjects();
@@ -23,6 +23,10 @@ class FakeQRReader final : public QRReader {
   // What was asked for, in order: "start", "stop", "picture /a.png", "clipboard", "screen".
   std::vector<std::string> calls;
 
+  void setCamera(CameraState state) {
+    state_ = state;
+    changed_.emit();
+  }
   // The camera is up and delivers.
   bool isRunning() const { return session_ && session_->isUp; }
 
@@ -36,7 +40,10 @@ class FakeQRReader final : public QRReader {
   }
   void showCode(std::string text) { show({{.isQRCode = true, .text = std::move(text)}}); }
 
-  CameraState camera() const override { return state; }
+  CameraState camera() const override { return state_; }
+  Subscription observeCamera(std::function<void()> changed) override {
+    return changed_.connect(std::move(changed));
+  }
   void startRunning(BatchHandler handler) override {
     calls.emplace_back("start");
     session_ = std::make_shared<Session>(Session{std::move(handler)});
@@ -76,6 +83,8 @@ class FakeQRReader final : public QRReader {
   }
 
   Dispatch& dispatch_;
+  CameraState state_ = CameraState::available;
+  Signal<> changed_;
   std::shared_ptr<Session> session_;
 };
 

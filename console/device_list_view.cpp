@@ -1,0 +1,231 @@
+#include "console/device_list_view.h"
+
+#include <chrono>
+#include <map>
+#include <numeric>
+#include <string_view>
+#include <utility>
+
+#include "platform/hop.h"
+#include "presentation/adaptive_content.h"
+
+namespace quillmar {
+namespace {
+
+using CardRow = std::pair<std::string, std::shared_ptr<ChildDashboardCard>>;
+
+constexpr auto refreshPeriod =
+    std::chrono::duration_cast<Duration>(std::chrono::duration<double>(DeviceListView::refreshInterval));
+
+// The service's ids are opaque; should one come twice, its rows are still rows of their own.
+class UniqueKeys {
+ public:
+  std::string operator()(const std::string& id) {
+    const int before = seen_[id]++;
+    return before == 0 ? id : id + '\n' + std::to_string(before);
+  }
+
+ private:
+  std::map<std::string, int> seen_;
+};
+
+}  // namespace
+
+DeviceListView::DeviceListView(Environment& environment)
+    : ScreenModel("DeviceListView"),
+      lastRefreshTime(*this, "lastRefreshTime", environment.platform().dispatch.now()),
+      showAddChild(
+          *this, "showAddChild", [this] { return std::make_shared<AddChildView>(environment_); },
+          [this] { comeBack(); }),
+      showChildDetail(
+          *this, "showChildDetail",
+          [this] {
+            return selectedChild() ? std::make_shared<ChildDetailView>(environment_, *selectedChild(),
+                                                                       weakly([this] { load(); }))
+                                   : nullptr;
+          },
+          [this] {
+            selectedChild = std::nullopt;
+            comeBack();
+          }),
+      showSettings(
+          *this, "showSettings", [this] { return std::make_shared<SettingsView>(environment_); },
+          [this] { comeBack(); }),
+      showHomeNetwork(
+          *this, "showHomeNetwork", [this] { return std::make_shared<HomeNetworkView>(environment_); },
+          [this] { comeBack(); }),
+      showFamilyMembers(
+          *this, "showFamilyMembers", [this] { return std::make_shared<FamilyMembersView>(environment_); },
+          [this] { comeBack(); }),
+      showAddDevice(
+          *this, "showAddDevice",
+          [this] {
+            return childForNewDevice() ? std::make_shared<AddDeviceSheet>(environment_, *childForNewDevice(),
+                                                                          weakly([this] { load(); }))
+                                       : nullptr;
+          },
+          [this] { comeBack(); }),
+      environment_(environment),
+      dispatch_(environment.platform().dispatch),
+      authState_(environment.authState()),
+      appearanceManager_(environment.appearanceManager()),
+      sceneReaction_(environment.scene().onChange([this](ScenePhase phase) { followScene(phase); })) {
+  follow(*authState_);
+  follow(*appearanceManager_);
+}
+
+void DeviceListView::onAppear() {
+  load();
+  startAutoRefresh();
+}
+
+void DeviceListView::onDisappear() { stopAutoRefresh(); }
+
+void DeviceListView::comeBack() {
+  if (isOnScreen()) {
+    onAppear();
+  }
+}
+
+void DeviceListView::followScene(ScenePhase phase) {
+  if (phase == ScenePhase::active) {
+    startAutoRefresh();
+  } else {
+    stopAutoRefresh();
+  }
+}
+
+void DeviceListView::load() {
+  isLoading = children().empty();
+  cardsAppeared = false;
+  environment_.networkService()->getChildren(hoppingToMain(
+      dispatch_, weakly([this](const Result<ChildrenResponse>& result) { handleLoad(result); })));
+}
+
+void DeviceListView::handleLoad(const Result<ChildrenResponse>& result) {
+  isLoading = false;
+  lastRefreshTime = dispatch_.now();
+  show(result.ok() ? result.value().children : std::vector<ChildProfileWithDevices>());
+  cardsAppeared = true;
+  if (result.ok()) {
+    startAutoRefresh();
+  }
+}
+
+void DeviceListView::startAutoRefresh() {
+  if (!refreshTimer_ && isOnScreen() && environment_.scene().isInUse()) {
+    refreshTimer_ = dispatch_.scheduleRepeating(refreshPeriod, weakly([this] { backgroundRefresh(); }));
+  }
+}
+
+void DeviceListView::stopAutoRefresh() { refreshTimer_.reset(); }
+
+void DeviceListView::backgroundRefresh() {
+  if (isBackgroundRefreshing() || isLoading()) {
+    return;
+  }
+  isBackgroundRefreshing = true;
+  environment_.networkService()->getChildren(hoppingToMain(
+      dispatch_,
+      weakly([this](const Result<ChildrenResponse>& result) { handleBackgroundRefresh(result); })));
+}
+
+void DeviceListView::handleBackgroundRefresh(const Result<ChildrenResponse>& result) {
+  isBackgroundRefreshing = false;
+  lastRefreshTime = dispatch_.now();
+  if (result.ok()) {
+    show(result.value().children);
+  }
+}
+
+void DeviceListView::show(const std::vector<ChildProfileWithDevices>& fresh) {
+  if (!(children() == fresh)) {
+    children = fresh;
+    updateCards();
+  }
+}
+
+void DeviceListView::updateCards() {
+  UniqueKeys keyOf;
+  std::vector<CardRow> rows;
+  rows.reserve(children().size());
+  bool isSameList = children().size() == cards.size();
+  for (const auto& child : children()) {
+    const auto position = static_cast<std::int64_t>(rows.size());
+    const std::string key = keyOf(child.id);
+    auto card = cards.share(key);
+    if (card) {
+      isSameList = isSameList && card->position() == position;
+      card->update(child, position);
+    } else {
+      isSameList = false;
+      card = makeCard(child, position);
+    }
+    rows.emplace_back(key, std::move(card));
+  }
+  if (!isSameList) {
+    cards.assign(std::move(rows));
+  }
+}
+
+std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileWithDevices& child,
+                                                             std::int64_t position) {
+  return std::make_shared<ChildDashboardCard>(
+      child, position, weakly([this](const ChildProfileWithDevices& tapped) { select(tapped); }),
+      weakly([this](const ChildProfileWithDevices& tapped) { addDeviceFor(tapped); }));
+}
+
+void DeviceListView::select(const ChildProfileWithDevices& child) {
+  if (!showChildDetail()) {
+    selectedChild = child;
+    showChildDetail = true;
+  }
+}
+
+void DeviceListView::addDeviceFor(const ChildProfileWithDevices& child) {
+  if (!showAddDevice()) {
+    childForNewDevice = child;
+    showAddDevice = true;
+  }
+}
+
+void DeviceListView::endSession() {
+  showLogoutConfirmation = false;
+  stopAutoRefresh();
+  authState_->logout();
+}
+
+DashboardContent DeviceListView::computeContent() const {
+  if (isLoading()) {
+    return DashboardContent::loading;
+  }
+  return children().empty() ? DashboardContent::empty : DashboardContent::list;
+}
+
+double DeviceListView::computeWidth() const {
+  return computeContent() == DashboardContent::list ? wideContentWidth : usualContentWidth;
+}
+
+std::int64_t DeviceListView::countDevices() const {
+  return std::accumulate(children().begin(), children().end(), std::int64_t{0},
+                         [](std::int64_t sum, const ChildProfileWithDevices& child) {
+                           return sum + static_cast<std::int64_t>(child.devices.size());
+                         });
+}
+
+std::int64_t DeviceListView::countOnlineDevices() const {
+  return std::accumulate(children().begin(), children().end(), std::int64_t{0},
+                         [](std::int64_t sum, const ChildProfileWithDevices& child) {
+                           return sum + countOnline(child.devices);
+                         });
+}
+
+std::string DeviceListView::computeUpdatedText() const {
+  return "Updated " + environment_.dateStyles().abbreviatedRelative(lastRefreshTime(), dispatch_.now());
+}
+
+std::string DeviceListView::computeThemeTitle() const {
+  return "Theme: " + std::string(rawValue(appearanceManager_->currentMode()));
+}
+
+}  // namespace quillmar
