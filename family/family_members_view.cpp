@@ -1,1 +1,160 @@
 #include "family/family_members_view.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "client/network_service.h"
+#include "platform/hop.h"
+
+namespace quillmar {
+namespace {
+
+// The sheet is gone before the alert rises.
+constexpr auto sheetLeaves = std::chrono::milliseconds(300);
+
+template <class Row>
+using KeyedRows = std::vector<std::pair<std::string, std::shared_ptr<Row>>>;
+
+}  // namespace
+
+FamilyMembersView::FamilyMembersView(Environment& environment)
+    : ScreenModel("FamilyMembersView"),
+      environment_(environment),
+      dispatch_(environment.platform().dispatch) {}
+
+void FamilyMembersView::onAppear() { load(); }
+
+FamilyContent FamilyMembersView::computeContent() const {
+  if (isLoading()) {
+    return FamilyContent::loading;
+  }
+  return familyResponse() ? FamilyContent::family : FamilyContent::failure;
+}
+
+std::optional<std::string> FamilyMembersView::computeFamilyName() const {
+  const auto& response = familyResponse();
+  return response && response->family ? std::optional(response->family->name) : std::nullopt;
+}
+
+void FamilyMembersView::load() {
+  isLoading = true;
+  environment_.networkService()->getFamily(hoppingToMain(
+      dispatch_, weakly([this](const Result<FamilyResponse>& result) { handleFamily(result); })));
+}
+
+void FamilyMembersView::handleFamily(const Result<FamilyResponse>& result) {
+  isLoading = false;
+  if (result.ok()) {
+    familyResponse = result.value();
+    updateRows();
+  } else {
+    showFailure(result.error());
+  }
+}
+
+void FamilyMembersView::updateRows() {
+  const FamilyResponse& response = *familyResponse();
+  KeyedRows<FamilyMemberRow> people;
+  for (const auto& member : response.members) {
+    people.emplace_back(member.id, std::make_shared<FamilyMemberRow>(
+                                       member, response.isPrimary,
+                                       weakly([this](const FamilyMember& tapped) { open(tapped); })));
+  }
+  memberRows.assign(std::move(people));
+
+  KeyedRows<FamilyInvitationRow> invitations;
+  if (response.isPrimary && response.pendingInvitations) {
+    for (const auto& invitation : *response.pendingInvitations) {
+      invitations.emplace_back(
+          invitation.id,
+          std::make_shared<FamilyInvitationRow>(
+              invitation, dispatch_, weakly([this](const FamilyInvitation& revoked) { revoke(revoked); })));
+    }
+  }
+  invitationRows.assign(std::move(invitations));
+}
+
+void FamilyMembersView::startInvitation() {
+  isCreatingInvite = true;
+  environment_.networkService()->createInvitation(
+      std::nullopt, hoppingToMain(dispatch_, weakly([this](const Result<CreateInvitationResponse>& result) {
+                                    handleInvitation(result);
+                                  })));
+}
+
+void FamilyMembersView::handleInvitation(const Result<CreateInvitationResponse>& result) {
+  isCreatingInvite = false;
+  if (!result.ok()) {
+    showFailure(result.error());
+    return;
+  }
+  inviteCode = result.value().inviteCode;
+  inviteQRData = result.value().qrData;
+  showInviteSheet = true;
+}
+
+void FamilyMembersView::copyInviteCode() { environment_.platform().clipboard.setString(inviteCode()); }
+
+void FamilyMembersView::finishInviting() {
+  showInviteSheet = false;
+  load();
+}
+
+void FamilyMembersView::open(const FamilyMember& member) {
+  selectedMember = member;
+  showMemberSheet = true;
+}
+
+void FamilyMembersView::updatePermissions(const UpdateMemberPermissionsRequest& changes,
+                                          std::function<void()> whenDone) {
+  auto handle = weakly([this, whenDone = std::move(whenDone)](const Result<void>& result) {
+    whenDone();
+    handleChange(result);
+  });
+  environment_.networkService()->updateMemberPermissions(selectedMember()->id, changes,
+                                                         hoppingToMain(dispatch_, std::move(handle)));
+}
+
+void FamilyMembersView::askToRemove() {
+  showMemberSheet = false;
+  dispatch_.main().asyncAfter(sheetLeaves, weakly([this] { showRemoveConfirmation = true; }));
+}
+
+void FamilyMembersView::removeSelected() {
+  showRemoveConfirmation = false;
+  if (!selectedMember()) {
+    return;
+  }
+  auto handle = weakly([this](const Result<void>& result) {
+    if (result.ok()) {
+      selectedMember = std::nullopt;
+    }
+    handleChange(result);
+  });
+  environment_.networkService()->removeMember(selectedMember()->id,
+                                              hoppingToMain(dispatch_, std::move(handle)));
+}
+
+// The service knows an invitation by its code here, not by its id.
+void FamilyMembersView::revoke(const FamilyInvitation& invitation) {
+  environment_.networkService()->revokeInvitation(
+      invitation.inviteCode,
+      hoppingToMain(dispatch_, weakly([this](const Result<void>& result) { handleChange(result); })));
+}
+
+void FamilyMembersView::handleChange(const Result<void>& result) {
+  if (result.ok()) {
+    load();
+  } else {
+    showFailure(result.error());
+  }
+}
+
+void FamilyMembersView::showFailure(const Error& error) {
+  errorMessage = error.localizedDescription();
+  showError = true;
+}
+
+}  // namespace quillmar

@@ -1,15 +1,121 @@
 #pragma once
 
+#include <array>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "app/environment.h"
+#include "client/records/family.h"
+#include "family/family_member_sheet.h"
+#include "family/family_rows.h"
+#include "family/invite_family_member_sheet.h"
+#include "foundation/raw_enum.h"
+#include "foundation/result.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
 
-class Environment;
+enum class FamilyContent { loading, family, failure };
 
-// The family: its members, their rights, and the invitations still open.
+template <>
+inline constexpr std::array rawNames<FamilyContent> =
+    rawCases<FamilyContent>({{FamilyContent::loading, "loading"},
+                             {FamilyContent::family, "family"},
+                             {FamilyContent::failure, "failure"}});
+
+// The family: its members, their rights, and the invitations still open. Only the primary parent can change
+// anything. Every change that the service took is followed by a load, which shows nothing of the old state.
 class FamilyMembersView final : public ScreenModel {
  public:
-  explicit FamilyMembersView(Environment& /*environment*/) : ScreenModel("FamilyMembersView") {}
+  explicit FamilyMembersView(Environment& environment);
+
+  // The last good answer.
+  Published<std::optional<FamilyResponse>> familyResponse{*this, "familyResponse"};
+  Published<bool> isLoading{*this, "isLoading", true};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showError{*this, "showError", false};
+  // The invitation that was made last.
+  Published<std::string> inviteCode{*this, "inviteCode"};
+  Published<std::string> inviteQRData{*this, "inviteQRData"};
+  Published<bool> isCreatingInvite{*this, "isCreatingInvite", false};
+  Sheet<InviteFamilyMemberSheet> showInviteSheet{
+      *this, "showInviteSheet", [this] { return std::make_shared<InviteFamilyMemberSheet>(*this); }};
+  // A copy, which no load updates.
+  Published<std::optional<FamilyMember>> selectedMember{*this, "selectedMember"};
+  Sheet<FamilyMemberSheet> showMemberSheet{*this, "showMemberSheet",
+                                           [this] { return std::make_shared<FamilyMemberSheet>(*this); }};
+  Input<bool> showRemoveConfirmation{*this, "showRemoveConfirmation", false};
+
+  Derived<FamilyContent> content{*this, "content", [this] { return computeContent(); }};
+  Derived<bool> isPrimary{*this, "isPrimary",
+                          [this] { return familyResponse() && familyResponse()->isPrimary; }};
+  Derived<bool> showsInviteButton{*this, "showsInviteButton", [this] { return isPrimary(); }};
+  // Absent where the account has no family, and then there is no header.
+  Derived<std::optional<std::string>> familyName{*this, "familyName", [this] { return computeFamilyName(); }};
+  Derived<std::string> standing{
+      *this, "standing",
+      [this] { return std::string(isPrimary() ? "You are the primary parent" : "Family member"); }};
+  Rows<FamilyMemberRow> memberRows{*this, "memberRows"};
+  // Empty where the section is not shown.
+  Rows<FamilyInvitationRow> invitationRows{*this, "invitationRows"};
+  Derived<bool> showsInvitations{*this, "showsInvitations", [this] { return invitationRows.size() > 0; }};
+
+  Text title{*this, "title", "Family"};
+  Text doneTitle{*this, "doneTitle", "Done"};
+  Text inviteIcon{*this, "inviteIcon", "person.badge.plus"};
+  Text loadingText{*this, "loadingText", "Loading family..."};
+  Text failureIcon{*this, "failureIcon", "exclamationmark.triangle"};
+  Text failureText{*this, "failureText", "Unable to load family"};
+  Text tryAgainTitle{*this, "tryAgainTitle", "Try Again"};
+  Text familyIcon{*this, "familyIcon", "person.3.fill"};
+  Text membersSection{*this, "membersSection", "Family Members"};
+  Text invitationsSection{*this, "invitationsSection", "Pending Invitations"};
+  Text removeTitle{*this, "removeTitle", "Remove Family Member?"};
+  Text removeText{*this, "removeText", "This will revoke their access to your family's devices."};
+  Text confirmTitle{*this, "confirmTitle", "Remove"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> done{*this, "done", [this] { dismiss(); }};
+  Action<> tryAgain{*this, "tryAgain", [this] { load(); },
+                    [this] { return content() == FamilyContent::failure; }};
+  Action<> createInvitation{*this, "createInvitation", [this] { startInvitation(); },
+                            [this] { return showsInviteButton() && !isCreatingInvite(); }};
+  Action<> confirmRemove{*this, "confirmRemove", [this] { removeSelected(); },
+                         [this] { return showRemoveConfirmation(); }};
+  Action<> cancelRemove{*this, "cancelRemove", [this] { showRemoveConfirmation = false; },
+                        [this] { return showRemoveConfirmation(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+  // What the sheets of this screen ask for.
+
+  // Of the selected member, which must be there. `whenDone` runs when the answer is there, good or bad.
+  void updatePermissions(const UpdateMemberPermissionsRequest& changes, std::function<void()> whenDone);
+  void askToRemove();
+  void copyInviteCode();
+  void finishInviting();
+
+ private:
+  void onAppear() override;
+  FamilyContent computeContent() const;
+  std::optional<std::string> computeFamilyName() const;
+  void updateRows();
+
+  void load();
+  void handleFamily(const Result<FamilyResponse>& result);
+  void startInvitation();
+  void handleInvitation(const Result<CreateInvitationResponse>& result);
+  void open(const FamilyMember& member);
+  void removeSelected();
+  void revoke(const FamilyInvitation& invitation);
+  // The end of every change.
+  void handleChange(const Result<void>& result);
+  void showFailure(const Error& error);
+
+  Environment& environment_;
+  Dispatch& dispatch_;
 };
 
 }  // namespace quillmar

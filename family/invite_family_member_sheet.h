@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "child/qr_code_view.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+class FamilyMembersView;
+
+// The invitation that was just made, to be handed on.
+class InviteFamilyMemberSheet final : public ScreenModel {
+ public:
+  explicit InviteFamilyMemberSheet(FamilyMembersView& family);
+
+  // Absent where the service gave no text for it.
+  Derived<std::optional<QRCodeView>> qrCode{*this, "qrCode", [this] { return computeQRCode(); }};
+  Derived<std::string> inviteCode{*this, "inviteCode", [this] { return computeInviteCode(); }};
+
+  Text title{*this, "title", "Invite Family Member"};
+  Text doneTitle{*this, "doneTitle", "Done"};
+  Text expiryText{*this, "expiryText", "This invitation expires in 24 hours"};
+  Text inviteCodeTitle{*this, "inviteCodeTitle", "Invite Code"};
+  Text copyIcon{*this, "copyIcon", "doc.on.doc"};
+  Text copyTitle{*this, "copyTitle", "Copy Code"};
+  Text shareHeading{*this, "shareHeading", "Share this with a family member"};
+  Text shareText{*this, "shareText",
+                 "They can scan this QR code or enter the invite code when they open the Quillmar app."};
+
+  Action<> done{*this, "done", [this] { finish(); }};
+  Action<> copyCode{*this, "copyCode", [this] { copy(); }};
+
+ private:
+  std::optional<QRCodeView> computeQRCode() const;
+  std::string computeInviteCode() const;
+  void finish();
+  void copy();
+
+  FamilyMembersView& family_;
+};
+
+}  // namespace quillmar
