@@ -221,6 +221,9 @@ std::int64_t DeviceListView::countOnlineDevices() const {
 }
 
 std::string DeviceListView::computeUpdatedText() const {
+  if (computeContent() != DashboardContent::list) {
+    return {};
+  }
   return "Updated " + environment_.dateStyles().abbreviatedRelative(lastRefreshTime(), dispatch_.now());
 }
 

@@ -83,6 +83,7 @@ class DeviceListView final : public ScreenModel {
       *this, "statusIcon", [this] {
         return isBackgroundRefreshing() ? std::nullopt : std::optional<std::string>("arrow.clockwise");
       }};
+  // Empty where the list is not shown: the formats of dates take long to load the first time.
   Derived<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
   Text autoRefreshText{*this, "autoRefreshText", "Auto-refresh every 30s"};
 

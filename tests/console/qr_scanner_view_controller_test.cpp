@@ -1,0 +1,138 @@
+#include "console/qr_scanner_view_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/absent_services.h"
+#include "tests/support/fake_platform.h"
+
+namespace quillmar {
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct Receiver final : QRScannerDelegate {
+  void notify(std::string_view notification, const std::string& object) override {
+    received.push_back(std::string(notification) + " " + object);
+  }
+  Names received;
+};
+
+struct Scanner : testing::Test {
+  Scanner() { controller->delegate = receiver; }
+  void open() {
+    controller->viewDidLoad();
+    controller->viewWillAppear();
+    machine.dispatch.settle();
+  }
+  void show(const RecognisedObjects& objects) {
+    reader.show(objects);
+    machine.dispatch.settle();
+  }
+
+  FakePlatform machine;
+  FakeQRReader& reader = machine.qrReader;
+  std::shared_ptr<Receiver> receiver = std::make_shared<Receiver>();
+  std::shared_ptr<QRScannerViewController> controller = std::make_shared<QRScannerViewController>(reader);
+};
+
+TEST_F(Scanner, runs_from_its_appearance_to_its_disappearance) {
+  controller->viewDidLoad();
+  EXPECT_TRUE(reader.calls.empty());
+  controller->viewWillAppear();
+  EXPECT_FALSE(reader.isRunning()) << "the camera comes up in the background";
+  machine.dispatch.settle();
+  EXPECT_TRUE(reader.isRunning());
+  controller->viewWillDisappear();
+  EXPECT_FALSE(reader.isRunning());
+  EXPECT_EQ(reader.calls, (Names{"start", "stop"}));
+}
+
+TEST_F(Scanner, that_goes_before_the_camera_is_up_leaves_it_off) {
+  controller->viewDidLoad();
+  controller->viewWillAppear();
+  controller->viewWillDisappear();
+  machine.dispatch.settle();
+  EXPECT_FALSE(reader.isRunning());
+}
+
+TEST_F(Scanner, without_a_camera_does_nothing) {
+  for (const auto state : {CameraState::absent, CameraState::refused}) {
+    reader.setCamera(state);
+    open();
+    controller->viewWillDisappear();
+  }
+  EXPECT_TRUE(reader.calls.empty());
+}
+
+TEST_F(Scanner, stops_at_the_first_code_and_then_notifies) {
+  open();
+  reader.showCode("one");
+  reader.showCode("two");
+  machine.dispatch.settle();
+  EXPECT_EQ(receiver->received, Names{"QRCodeScanned one"});
+  EXPECT_EQ(reader.calls, (Names{"start", "stop"}));
+}
+
+TEST_F(Scanner, looks_at_the_first_object_of_a_batch_only) {
+  open();
+  show({{.isQRCode = false, .text = "4006381333931"}, {.isQRCode = true, .text = "hidden"}});
+  show({{.isQRCode = true, .text = std::nullopt}, {.isQRCode = true, .text = "hidden"}});
+  EXPECT_TRUE(receiver->received.empty());
+  EXPECT_TRUE(reader.isRunning());
+  show({{.isQRCode = true, .text = "first"}, {.isQRCode = true, .text = "second"}});
+  EXPECT_EQ(receiver->received, Names{"QRCodeScanned first"});
+}
+
+TEST_F(Scanner, stops_at_a_code_even_if_nobody_wants_to_know) {
+  receiver.reset();
+  open();
+  show({{.isQRCode = true, .text = "one"}});
+  EXPECT_FALSE(reader.isRunning());
+}
+
+TEST_F(Scanner, an_empty_code_is_a_code) {
+  open();
+  show({{.isQRCode = true, .text = ""}});
+  EXPECT_EQ(receiver->received, Names{"QRCodeScanned "});
+}
+
+TEST_F(Scanner, hears_nothing_once_it_has_gone) {
+  open();
+  reader.showCode("late");
+  controller.reset();
+  machine.dispatch.settle();
+  EXPECT_TRUE(receiver->received.empty());
+}
+
+TEST_F(Scanner, runs_again_after_it_has_stopped) {
+  open();
+  show({{.isQRCode = true, .text = "one"}});
+  open();
+  show({{.isQRCode = true, .text = "two"}});
+  EXPECT_EQ(receiver->received, (Names{"QRCodeScanned one", "QRCodeScanned two"}));
+}
+
+TEST(AbsentQRReader, has_no_camera_and_says_that_it_can_read_nothing) {
+  FakePlatform machine;
+  AbsentQRReader reader(machine.dispatch);
+  EXPECT_EQ(reader.camera(), CameraState::absent);
+  EXPECT_FALSE(reader.canCapture());
+  Names sentences;
+  const auto reply = [&](const Result<RecognisedObjects>& objects) {
+    sentences.push_back(objects.ok() ? "objects" : objects.error().localizedDescription());
+  };
+  reader.readPicture("/a.png", reply);
+  reader.readClipboard(reply);
+  reader.readScreen(reply);
+  EXPECT_TRUE(sentences.empty()) << "a reply never comes inside the call";
+  machine.dispatch.settle();
+  EXPECT_EQ(sentences, Names(3, "This build cannot read QR codes on this computer."));
+}
+
+}  // namespace
+}  // namespace quillmar

@@ -1,0 +1,498 @@
+#include "console/scanner_view.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/console/console_test.h"
+
+namespace quillmar {
+namespace {
+
+using namespace std::chrono_literals;
+using Names = std::vector<std::string>;
+
+const std::string path = "/enrollment/complete";
+const std::string invitation = R"({"type":"family_invite","invite_code":"AB12CD"})";
+
+std::string code(const std::string& deviceName = "Mia's iPhone",
+                 const std::string& enrollmentCode = "ABC123") {
+  return jsonOf(QRCodeData{.enrollmentCode = enrollmentCode,
+                           .deviceId = "device-1",
+                           .deviceName = deviceName,
+                           .deviceType = "ios"});
+}
+
+struct Scanning : testing::Test {
+  struct Presenter final : ObservableObject {
+    Presenter(Environment& environment, std::optional<std::string> childId)
+        : ObservableObject("Presenter"), sheet(*this, "sheet", [this, &environment, childId] {
+            return std::make_shared<ScannerView>(environment, childId, [this] { wasUp.push_back(sheet()); });
+          }) {}
+    Sheet<ScannerView> sheet;
+    std::vector<bool> wasUp;
+  };
+
+  Scanning() {
+    app.machine.http.answerAlways("GET", "/children", 200, "{}");
+    app.machine.http.answerAlways(
+        "POST", path, 200,
+        jsonOf(CompleteEnrollmentResponse{
+            .message = "done", .device = makeDevice("d1"), .dohEndpoint = "https://dns.example/d1"}));
+    app.settle();
+    app.machine.http.forgetRequests();
+    app.machine.log.clear();
+  }
+
+  void open() {
+    presenter.sheet = true;
+    app.settle();
+  }
+  ScannerView& screen() { return *presenter.sheet; }
+  FakeQRReader& reader() { return app.machine.qrReader; }
+  void scan(const std::string& text) {
+    reader().showCode(text);
+    app.settle();
+  }
+  void complete() {
+    screen().completeEnrollment();
+    app.settle();
+  }
+  std::size_t calls() { return app.machine.http.count("POST", path); }
+  std::string lastBody() { return *app.machine.http.requests("POST", path).back().body; }
+
+  TestApplication app{asSignedInParent()};
+  Presenter presenter{app.environment(), "c1"};
+};
+
+using Completing = Scanning;
+using WithoutACamera = Scanning;
+
+TEST_F(Scanning, begins_with_the_camera_and_calls_nobody) {
+  open();
+  EXPECT_TRUE(screen().isScanning());
+  EXPECT_EQ(screen().stage(), ScannerStage::scanning);
+  EXPECT_EQ(screen().scannedCode(), "");
+  EXPECT_EQ(screen().deviceName(), "");
+  EXPECT_FALSE(screen().isProcessing());
+  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().enrollmentSuccess());
+  EXPECT_TRUE(screen().hasCamera());
+  EXPECT_EQ(screen().cameraNotice(), std::nullopt);
+  EXPECT_TRUE(reader().isRunning());
+  EXPECT_FALSE(screen().completeEnrollment());
+  EXPECT_FALSE(screen().scanAgain());
+  EXPECT_FALSE(screen().done());
+  app.advance(1min);
+  EXPECT_TRUE(app.machine.http.requests("POST", path).empty());
+}
+
+TEST_F(Scanning, a_code_leads_to_the_review_with_the_devices_own_name) {
+  open();
+  scan(code());
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(screen().scannedCode(), code());
+  EXPECT_EQ(screen().deviceName(), "Mia's iPhone");
+  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(reader().isRunning());
+  EXPECT_EQ(calls(), 0U);
+}
+
+TEST_F(Scanning, goes_on_past_what_is_no_qr_code) {
+  open();
+  reader().show({{.isQRCode = false, .text = code()}});
+  app.settle();
+  EXPECT_TRUE(screen().isScanning());
+  scan(code());
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+}
+
+TEST_F(Scanning, an_empty_code_leads_nowhere) {
+  open();
+  scan("");
+  EXPECT_TRUE(screen().isScanning());
+  EXPECT_EQ(screen().scannedCode(), "");
+}
+
+TEST_F(Scanning, what_is_no_enrollment_is_an_invalid_format_and_leaves_a_way_out) {
+  std::string garbage(3000, '\0');
+  for (std::size_t i = 0; i < garbage.size(); ++i) {
+    garbage[i] = static_cast<char>(i * 7 + 1);
+  }
+  for (const auto& text :
+       Names{invitation, garbage, std::string(1'000'000, 'x'), std::string(1'000'000, '['), "AB12CD", "{}",
+             "[]", "null", "\xFF\xFE", R"({"enrollment_code":"A","device_id":"d","device_name":"n"})",
+             R"({"enrollment_code":7,"device_id":"d","device_name":"n","device_type":"ios"})",
+             R"({"enrollment_code":"A","device_id":"d","device_name":null,"device_type":"ios"})",
+             code() + "x"}) {
+    open();
+    scan(text);
+    EXPECT_EQ(screen().errorMessage(), "Invalid QR code format") << text.substr(0, 80);
+    EXPECT_TRUE(screen().showError());
+    EXPECT_EQ(screen().stage(), ScannerStage::review);
+    EXPECT_EQ(screen().deviceName(), "");
+    screen().dismissError();
+    screen().scanAgain();
+    EXPECT_TRUE(screen().isScanning());
+    presenter.sheet = false;
+  }
+  EXPECT_EQ(calls(), 0U);
+}
+
+TEST_F(Scanning, an_invalid_code_cannot_be_completed) {
+  open();
+  scan(invitation);
+  screen().dismissError();
+  complete();
+  EXPECT_EQ(screen().errorMessage(), "Invalid QR code data");
+  EXPECT_TRUE(screen().showError());
+  EXPECT_FALSE(screen().isProcessing());
+  EXPECT_EQ(calls(), 0U);
+  EXPECT_TRUE(app.machine.log.systemLines().empty());
+}
+
+TEST_F(Scanning, a_code_without_a_name_leaves_the_field_as_it_is) {
+  open();
+  scan(code(""));
+  EXPECT_EQ(screen().deviceName(), "");
+  complete();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"","child_id":"c1"})");
+}
+
+TEST_F(Scanning, again_keeps_the_typed_name_until_the_next_code_brings_its_own) {
+  open();
+  scan(code());
+  screen().deviceName = "typed";
+  screen().scanAgain();
+  EXPECT_EQ(screen().scannedCode(), "");
+  EXPECT_EQ(screen().deviceName(), "typed");
+  app.settle();
+  EXPECT_TRUE(reader().isRunning());
+  scan(code(""));
+  EXPECT_EQ(screen().deviceName(), "typed");
+  screen().scanAgain();
+  app.settle();
+  scan(code("Tablet"));
+  EXPECT_EQ(screen().deviceName(), "Tablet");
+}
+
+TEST_F(Scanning, the_camera_runs_exactly_while_there_is_something_to_scan) {
+  EXPECT_TRUE(reader().calls.empty());
+  open();
+  scan(code());
+  screen().scanAgain();
+  app.settle();
+  screen().cancel();
+  EXPECT_FALSE(reader().isRunning());
+  // The scanner stops it at a code, and its view once more when it goes.
+  EXPECT_EQ(reader().calls, (Names{"start", "stop", "stop", "start", "stop"}));
+}
+
+TEST_F(Scanning, a_screen_that_was_never_shown_leaves_the_camera_alone) {
+  {
+    ScannerView unseen(app.environment(), std::nullopt, [] {});
+  }
+  EXPECT_TRUE(reader().calls.empty());
+}
+
+TEST_F(Scanning, cancel_goes_whatever_the_state_and_tells_nobody) {
+  open();
+  screen().cancel();
+  EXPECT_FALSE(presenter.sheet());
+  open();
+  scan(code());
+  screen().cancel();
+  EXPECT_FALSE(presenter.sheet());
+  open();
+  scan(code());
+  app.machine.http.hold();
+  complete();
+  screen().cancel();
+  EXPECT_FALSE(presenter.sheet());
+  app.machine.http.releaseAll();
+  app.settle();
+  open();
+  scan(code());
+  complete();
+  screen().cancel();
+  EXPECT_FALSE(presenter.sheet());
+  EXPECT_TRUE(presenter.wasUp.empty());
+}
+
+TEST_F(Completing, sends_the_code_the_name_and_the_child_and_nothing_else) {
+  open();
+  scan(code());
+  screen().deviceName = " My name ";
+  complete();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":" My name ","child_id":"c1"})");
+  EXPECT_EQ(header(app.machine.http.requests("POST", path).front(), "Authorization"), "Bearer token");
+  EXPECT_EQ(app.machine.log.systemLines().front(), "[ScannerView] Enrolling device with childId: c1");
+}
+
+TEST_F(Completing, a_cleared_name_is_the_devices_own) {
+  open();
+  scan(code());
+  screen().deviceName = "";
+  complete();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"Mia's iPhone","child_id":"c1"})");
+}
+
+TEST_F(Completing, without_a_child_the_device_is_nobodys_and_the_log_says_so) {
+  ScannerView alone(app.environment(), std::nullopt, [] {});
+  alone.handleScannedCode(code());
+  alone.completeEnrollment();
+  app.settle();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"Mia's iPhone"})");
+  EXPECT_EQ(app.machine.log.systemLines().front(),
+            "[ScannerView] Enrolling device without childId (will be unassigned)");
+}
+
+TEST_F(Completing, is_out_of_use_while_the_call_lasts) {
+  open();
+  scan(code());
+  app.machine.http.hold();
+  complete();
+  EXPECT_TRUE(screen().isProcessing());
+  EXPECT_FALSE(screen().completeEnrollment());
+  EXPECT_TRUE(screen().scanAgain.isEnabled());
+  app.settle();
+  EXPECT_EQ(calls(), 1U);
+  app.machine.http.releaseAll();
+  app.settle();
+  EXPECT_FALSE(screen().isProcessing());
+}
+
+TEST_F(Completing, ends_in_the_success_screen_whose_done_tells_and_then_goes) {
+  open();
+  scan(code());
+  complete();
+  EXPECT_TRUE(screen().enrollmentSuccess());
+  EXPECT_EQ(screen().stage(), ScannerStage::success);
+  EXPECT_FALSE(screen().completeEnrollment());
+  EXPECT_TRUE(presenter.wasUp.empty());
+  screen().done();
+  EXPECT_EQ(presenter.wasUp, std::vector{true});
+  EXPECT_FALSE(presenter.sheet());
+}
+
+TEST_F(Completing, a_success_that_comes_while_scanning_again_waits_behind_the_camera) {
+  open();
+  scan(code());
+  app.machine.http.hold();
+  complete();
+  screen().scanAgain();
+  app.machine.http.releaseAll();
+  app.settle();
+  EXPECT_TRUE(screen().enrollmentSuccess());
+  EXPECT_EQ(screen().stage(), ScannerStage::scanning);
+}
+
+TEST_F(Completing, a_failure_speaks_in_the_calls_words_with_two_flags_behind) {
+  open();
+  scan(code());
+  app.machine.http.answer("POST", path, 400, R"({"error":"Enrollment code has expired"})");
+  complete();
+  EXPECT_EQ(screen().errorMessage(), "Enrollment code has expired\n\n[Debug: Token: Yes, Region: Yes]");
+  EXPECT_TRUE(screen().showError());
+  EXPECT_FALSE(screen().isProcessing());
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(screen().scannedCode(), code());
+  screen().dismissError();
+  complete();
+  EXPECT_TRUE(screen().enrollmentSuccess());
+}
+
+TEST_F(Completing, the_flags_tell_whether_the_keys_exist_at_the_time_of_the_call) {
+  struct Row {
+    std::optional<std::string> token;
+    std::optional<std::string> region;
+    std::string tail;
+  };
+  open();
+  scan(code());
+  const auto store = [&](std::string_view key, const std::optional<std::string>& value) {
+    if (value) {
+      app.machine.settings.set(key, *value);
+    } else {
+      app.machine.settings.remove(key);
+    }
+  };
+  for (const auto& row : std::vector<Row>{{"t", "australia", "[Debug: Token: Yes, Region: Yes]"},
+                                          {"", "", "[Debug: Token: Yes, Region: Yes]"},
+                                          {std::nullopt, "australia", "[Debug: Token: No, Region: Yes]"},
+                                          {"t", std::nullopt, "[Debug: Token: Yes, Region: No]"},
+                                          {std::nullopt, std::nullopt, "[Debug: Token: No, Region: No]"}}) {
+    store(settings::authToken, row.token);
+    store(settings::region, row.region);
+    app.machine.http.fail("POST", path, TransportError::Kind::timedOut);
+    screen().completeEnrollment();
+    app.machine.settings.set(settings::authToken, std::string("later"));
+    app.machine.settings.set(settings::region, std::string("australia"));
+    app.settle();
+    EXPECT_TRUE(screen().showError());
+    EXPECT_EQ(screen().errorMessage().substr(screen().errorMessage().find("\n\n") + 2), row.tail);
+    screen().dismissError();
+  }
+}
+
+TEST_F(Completing, a_stored_value_of_another_type_is_a_value) {
+  open();
+  scan(code());
+  app.machine.settings.set(settings::region, std::int64_t{7});
+  complete();
+  EXPECT_NE(screen().errorMessage().find("Region: Yes"), std::string::npos) << screen().errorMessage();
+}
+
+TEST_F(WithoutACamera, says_so_and_starts_none) {
+  reader().setCamera(CameraState::absent);
+  open();
+  EXPECT_FALSE(screen().hasCamera());
+  EXPECT_EQ(screen().cameraNotice(), "No camera was found. Use a picture of the code instead.");
+  EXPECT_TRUE(screen().isScanning());
+  EXPECT_FALSE(screen().showError());
+  EXPECT_TRUE(reader().calls.empty());
+}
+
+TEST_F(WithoutACamera, a_refused_one_says_what_to_do_and_comes_up_once_it_is_allowed) {
+  open();
+  reader().setCamera(CameraState::refused);
+  EXPECT_FALSE(screen().hasCamera());
+  EXPECT_EQ(screen().cameraNotice(),
+            "The camera may not be used. Allow it in the system's settings, or use a picture of the code.");
+  EXPECT_FALSE(reader().isRunning());
+  reader().setCamera(CameraState::available);
+  app.settle();
+  EXPECT_TRUE(screen().hasCamera());
+  EXPECT_TRUE(reader().isRunning());
+  scan(code());
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  reader().setCamera(CameraState::absent);
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+}
+
+TEST_F(WithoutACamera, reads_the_code_in_a_picture) {
+  open();
+  reader().picture = RecognisedObjects{{.isQRCode = true, .text = code()}};
+  screen().choosePicture("/tmp/a picture.png");
+  EXPECT_TRUE(screen().isReading());
+  EXPECT_FALSE(screen().choosePicture("/tmp/other.png"));
+  EXPECT_FALSE(screen().pasteCode());
+  EXPECT_FALSE(screen().readScreen());
+  app.settle();
+  EXPECT_FALSE(screen().isReading());
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(screen().deviceName(), "Mia's iPhone");
+  EXPECT_EQ(reader().calls, (Names{"start", "picture /tmp/a picture.png", "stop"}));
+}
+
+TEST_F(WithoutACamera, takes_the_first_readable_qr_code_of_several_objects) {
+  open();
+  reader().screen = RecognisedObjects{{.isQRCode = false, .text = "4006381333931"},
+                                      {.isQRCode = true, .text = std::nullopt},
+                                      {.isQRCode = true, .text = ""},
+                                      {.isQRCode = true, .text = code("first")},
+                                      {.isQRCode = true, .text = code("second")}};
+  screen().readScreen();
+  app.settle();
+  EXPECT_EQ(screen().deviceName(), "first");
+}
+
+TEST_F(WithoutACamera, text_on_the_clipboard_is_the_code_itself) {
+  open();
+  app.machine.clipboard.setString(code());
+  screen().pasteCode();
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(screen().deviceName(), "Mia's iPhone");
+  EXPECT_EQ(reader().calls, (Names{"start", "stop"}));
+}
+
+TEST_F(WithoutACamera, without_text_the_clipboards_picture_is_looked_at) {
+  open();
+  reader().clipboard = RecognisedObjects{{.isQRCode = true, .text = code()}};
+  screen().pasteCode();
+  app.settle();
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(reader().calls, (Names{"start", "clipboard", "stop"}));
+}
+
+TEST_F(WithoutACamera, other_text_on_the_clipboard_is_an_invalid_format) {
+  open();
+  app.machine.clipboard.setString("a shopping list");
+  screen().pasteCode();
+  EXPECT_EQ(screen().errorMessage(), "Invalid QR code format");
+  EXPECT_TRUE(screen().showError());
+}
+
+TEST_F(WithoutACamera, a_picture_without_a_code_says_so_and_goes_on_scanning) {
+  open();
+  reader().picture = RecognisedObjects{{.isQRCode = false, .text = "4006381333931"}};
+  screen().choosePicture("/tmp/dog.jpg");
+  app.settle();
+  EXPECT_EQ(screen().errorMessage(), "No QR code was found in this picture.");
+  EXPECT_TRUE(screen().showError());
+  EXPECT_TRUE(screen().isScanning());
+  EXPECT_EQ(screen().scannedCode(), "");
+  EXPECT_TRUE(reader().isRunning());
+  screen().pasteCode();
+  app.settle();
+  EXPECT_EQ(screen().errorMessage(), "No QR code was found on the clipboard.");
+  screen().readScreen();
+  app.settle();
+  EXPECT_EQ(screen().errorMessage(), "No QR code was found on the screen.");
+  EXPECT_TRUE(screen().isScanning());
+}
+
+TEST_F(WithoutACamera, a_picture_that_cannot_be_read_speaks_in_the_readers_words) {
+  open();
+  reader().picture = Error(QRReaderError{"The file is no picture."});
+  screen().choosePicture("/etc/passwd");
+  app.settle();
+  EXPECT_EQ(screen().errorMessage(), "The file is no picture.");
+  EXPECT_TRUE(screen().showError());
+  EXPECT_TRUE(screen().isScanning());
+  EXPECT_TRUE(screen().choosePicture.isEnabled());
+}
+
+TEST_F(WithoutACamera, a_picture_that_is_read_after_the_camera_found_a_code_changes_nothing) {
+  open();
+  reader().picture = RecognisedObjects{{.isQRCode = true, .text = code("picture")}};
+  reader().showCode(code("camera"));
+  screen().choosePicture("/tmp/a.png");
+  app.settle();
+  EXPECT_EQ(screen().deviceName(), "camera");
+  EXPECT_FALSE(screen().isReading());
+  EXPECT_FALSE(screen().choosePicture("/tmp/b.png")) << "there is a code to review";
+}
+
+TEST_F(WithoutACamera, a_picture_that_is_read_after_the_screen_has_gone_is_nobodys) {
+  open();
+  reader().picture = RecognisedObjects{{.isQRCode = true, .text = code()}};
+  screen().choosePicture("/tmp/a.png");
+  screen().cancel();
+  app.settle();
+  EXPECT_FALSE(presenter.sheet());
+}
+
+TEST_F(Scanning, says_what_it_is) {
+  open();
+  EXPECT_EQ(screen().title(), "Add Device");
+  EXPECT_EQ(screen().cancelTitle(), "Cancel");
+  EXPECT_EQ(screen().scanLine(), "Point camera at QR code on child's device");
+  EXPECT_EQ(screen().reviewHeading(), "QR Code Scanned");
+  EXPECT_EQ(screen().nameLabel(), "Device Name (optional)");
+  EXPECT_EQ(screen().namePlaceholder(), "e.g., John's iPhone");
+  EXPECT_EQ(screen().completeTitle(), "Complete Enrollment");
+  EXPECT_EQ(screen().scanAgainTitle(), "Scan Again");
+  EXPECT_EQ(screen().successHeading(), "Device Enrolled!");
+  EXPECT_EQ(screen().successText(), "The device has been successfully added to your account.");
+  EXPECT_EQ(screen().doneTitle(), "Done");
+  EXPECT_EQ(screen().errorTitle(), "Error");
+  EXPECT_EQ(screen().okTitle(), "OK");
+}
+
+}  // namespace
+}  // namespace quillmar
