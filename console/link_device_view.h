@@ -1,0 +1,122 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/environment.h"
+#include "client/network_service.h"
+#include "console/manual_enrollment_view.h"
+#include "console/scanner_view.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+enum class LinkDeviceContent { loading, list, empty };
+
+template <>
+inline constexpr std::array rawNames<LinkDeviceContent> =
+    rawCases<LinkDeviceContent>({{LinkDeviceContent::loading, "loading"},
+                                 {LinkDeviceContent::list, "list"},
+                                 {LinkDeviceContent::empty, "empty"}});
+
+// A device that belongs to no child yet.
+class UnassignedDeviceRow final : public ObservableObject {
+ public:
+  using Reaction = std::function<void(const Device&)>;
+
+  UnassignedDeviceRow(Device device, Reaction onLink, Reaction onRemove);
+
+  Published<Device> device;
+  Derived<std::string> deviceIconName;
+  Derived<std::string> deviceDisplayName;
+  Derived<std::string> deviceTypeLabel;
+
+  // A tap on the row.
+  Action<> link{*this, "link", [this] { onLink_(device()); }};
+  // Asks for the device's deletion.
+  Action<> remove{*this, "remove", [this] { onRemove_(device()); }};
+
+ private:
+  const Reaction onLink_;
+  const Reaction onRemove_;
+};
+
+// Attaches a device to a child: a new one, or one that belongs to none.
+class LinkDeviceView final : public ScreenModel {
+ public:
+  // `onDeviceLinked` runs whenever the devices of the family have changed.
+  LinkDeviceView(Environment& environment, std::string childId, std::function<void()> onDeviceLinked);
+
+  Published<std::vector<Device>> unassignedDevices{*this, "unassignedDevices"};
+  Rows<UnassignedDeviceRow> deviceRows{*this, "deviceRows"};
+  Published<bool> isLoading{*this, "isLoading", true};
+  Input<bool> showError{*this, "showError", false};
+  Published<std::string> errorMessage{*this, "errorMessage"};
+  Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
+  // Overwritten by the next use and never cleared.
+  Published<std::optional<Device>> deviceToDelete{*this, "deviceToDelete"};
+  Sheet<ScannerView> showScanner;
+  Sheet<ManualEnrollmentView> showManualEnrollment;
+
+  Derived<LinkDeviceContent> content{*this, "content", [this] { return computeContent(); }};
+
+  Text title{*this, "title", "Link Device"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text newSection{*this, "newSection", "Add New Device"};
+  Text phoneTitle{*this, "phoneTitle", "Phone or Tablet"};
+  Text phoneText{*this, "phoneText", "Scan QR code on child's device"};
+  Text phoneIcon{*this, "phoneIcon", "qrcode.viewfinder"};
+  Text consoleTitle{*this, "consoleTitle", "Game Console or Smart TV"};
+  Text consoleText{*this, "consoleText", "Configure DNS settings manually"};
+  Text consoleIcon{*this, "consoleIcon", "gamecontroller.fill"};
+  Text existingSection{*this, "existingSection", "Link Existing Device"};
+  Text loadingText{*this, "loadingText", "Loading existing devices..."};
+  Text emptyText{*this, "emptyText", "No unassigned devices available"};
+
+  Text deletionTitle{*this, "deletionTitle", "Delete Device?"};
+  Derived<std::string> deletionText{*this, "deletionText", [this] { return computeDeletionText(); }};
+  Text deleteTitle{*this, "deleteTitle", "Delete"};
+  Text errorTitle{*this, "errorTitle", "Error"};
+  Text okTitle{*this, "okTitle", "OK"};
+
+  Action<> cancel{*this, "cancel", [this] { dismiss(); }};
+  Action<> addPhone{*this, "addPhone", [this] { showScanner = true; }};
+  Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
+  // Asks for the deletion of the device at that place, if there is one.
+  Action<std::int64_t> deleteAt{*this, "deleteAt", [this](std::int64_t index) { askToDeleteAt(index); }};
+  Action<> deleteSelectedDevice{*this, "deleteSelectedDevice", [this] { deleteSelected(); },
+                                [this] { return showDeleteConfirmation(); }};
+  Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteConfirmation = false; },
+                          [this] { return showDeleteConfirmation(); }};
+  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+
+  void loadUnassignedDevices();
+  void linkSelectedDevice(const Device& device);
+
+ private:
+  // A screen that enrols a new device for this child.
+  template <class Screen>
+  std::shared_ptr<Screen> makeEnrollment();
+
+  void onAppear() override { loadUnassignedDevices(); }
+  LinkDeviceContent computeContent() const;
+  std::string computeDeletionText() const;
+  void showRows();
+  void finish();
+  void askToDelete(const Device& device);
+  void askToDeleteAt(std::int64_t index);
+  void deleteSelected();
+  void showFailure(const Error& error);
+
+  Environment& environment_;
+  Dispatch& dispatch_;
+  const std::string childId_;
+  const std::function<void()> onDeviceLinked_;
+  Subscription devicesReaction_;
+};
+
+}  // namespace quillmar
