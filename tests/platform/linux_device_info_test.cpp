@@ -1,21 +1,19 @@
 #include "platform/linux/linux_device_info.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sdbus-c++/sdbus-c++.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
 
 #include "platform/linux/file_descriptor.h"
+#include "tests/platform/private_bus.h"
 #include "tests/support/temporary_directory.h"
 
 namespace quillmar {
@@ -28,52 +26,6 @@ std::string machineName() {
   gethostname(name.data(), name.size() - 1);
   return name.data();
 }
-
-// A message bus of its own.
-class PrivateBus {
- public:
-  explicit PrivateBus(const fs::path& directory) : socket_(directory / "bus") {
-    std::ofstream(directory / "bus.conf")
-        << "<busconfig><type>session</type><listen>" << address() << "</listen><auth>EXTERNAL</auth>"
-        << "<policy context='default'><allow send_destination='*'/><allow eavesdrop='true'/><allow own='*'/>"
-        << "</policy></busconfig>";
-    const std::string config = "--config-file=" + (directory / "bus.conf").string();
-    std::array<int, 2> ready{};
-    if (pipe(ready.data()) != 0) {
-      return;
-    }
-    const FileDescriptor output(ready[0]);
-    FileDescriptor input(ready[1]);
-    const std::string print = "--print-address=" + std::to_string(input.get());
-    daemon_ = fork();
-    if (daemon_ == 0) {
-      dup2(open("/dev/null", O_WRONLY | O_CLOEXEC),
-           STDERR_FILENO);  // it complains of limits it may not raise
-      execlp("dbus-daemon", "dbus-daemon", "--nofork", config.c_str(), print.c_str(), nullptr);
-      _exit(1);
-    }
-    input = FileDescriptor();
-    char first = 0;
-    running_ = read(output.get(), &first, 1) == 1;
-  }
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
-  ~PrivateBus() {
-    if (daemon_ > 0) {
-      kill(daemon_, SIGTERM);
-      waitpid(daemon_, nullptr, 0);
-    }
-  }
-
-  bool running() const { return running_; }
-  const fs::path& socket() const { return socket_; }
-  std::string address() const { return "unix:path=" + socket_.string(); }
-
- private:
-  const fs::path socket_;
-  pid_t daemon_ = -1;
-  bool running_ = false;
-};
 
 // A hostnamed that knows one name.
 class Hostnamed {

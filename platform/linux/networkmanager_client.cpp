@@ -1,0 +1,500 @@
+#include "platform/linux/networkmanager_client.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+namespace quillmar {
+namespace {
+
+constexpr const char* service = "org.freedesktop.NetworkManager";
+constexpr const char* managerPath = "/org/freedesktop/NetworkManager";
+constexpr const char* settingsPath = "/org/freedesktop/NetworkManager/Settings";
+constexpr const char* settingsInterface = "org.freedesktop.NetworkManager.Settings";
+constexpr const char* connectionInterface = "org.freedesktop.NetworkManager.Settings.Connection";
+constexpr const char* activeInterface = "org.freedesktop.NetworkManager.Connection.Active";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr const char* objectManagerInterface = "org.freedesktop.DBus.ObjectManager";
+constexpr const char* objectsPath = "/org/freedesktop";
+constexpr const char* busService = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
+
+constexpr std::uint32_t keptOnDisk = 1;
+
+// NetworkManager's numbers of an activation's state.
+enum ActiveState : std::uint32_t {
+  unknown = 0,
+  activating = 1,
+  activated = 2,
+  deactivating = 3,
+  deactivated = 4
+};
+
+constexpr auto statusOfActiveState =
+    std::to_array<TunnelStatus>({TunnelStatus::connecting, TunnelStatus::connecting, TunnelStatus::connected,
+                                 TunnelStatus::disconnecting, TunnelStatus::disconnected});
+
+bool isNamed(const sdbus::Error& error, std::initializer_list<std::string_view> names) {
+  return std::ranges::find(names, error.getName()) != names.end();
+}
+
+bool saysNotThere(const sdbus::Error& error) {
+  return isNamed(error,
+                 {"org.freedesktop.NetworkManager.Settings.InvalidConnection",
+                  "org.freedesktop.DBus.Error.UnknownMethod", "org.freedesktop.DBus.Error.UnknownObject"});
+}
+
+bool saysNotOurs(const sdbus::Error& error) {
+  return isNamed(error, {"org.freedesktop.NetworkManager.Settings.PermissionDenied",
+                         "org.freedesktop.DBus.Error.AccessDenied"});
+}
+
+Error errorFrom(const sdbus::Error& error) {
+  if (isNamed(error,
+              {"org.freedesktop.DBus.Error.ServiceUnknown", "org.freedesktop.DBus.Error.NameHasNoOwner"})) {
+    return TunnelError{"NetworkManager is not running."};
+  }
+  if (isNamed(error, {"org.freedesktop.DBus.Error.Timeout", "System.Error.ETIMEDOUT"})) {
+    return TunnelError{"NetworkManager does not answer."};
+  }
+  return TunnelError{sentenceOf(error)};
+}
+
+sdbus::Error refusal(const std::string& sentence) { return {"live.quillmar.Error.Refused", sentence}; }
+
+template <class T>
+auto failing(std::function<void(Result<T>)> reply) {
+  return [reply = std::move(reply)](const sdbus::Error& error) { reply(errorFrom(error)); };
+}
+
+}  // namespace
+
+NetworkManagerClient::NetworkManagerClient(Options options, StatusChanged statusChanged)
+    : options_(std::move(options)),
+      statusChanged_(std::move(statusChanged)),
+      thread_(options_.busAddress, options_.patience, *this) {}
+
+NetworkManagerClient::~NetworkManagerClient() = default;
+
+template <class T>
+void NetworkManagerClient::post(std::function<void()> work, Reply<T> reply) {
+  auto failed = failing<T>(std::move(reply));
+  thread_.post(
+      [this, work = std::move(work), failed](sdbus::IConnection&) {
+        if (isLooking_) {
+          deferred_.push_back({work, failed});
+        } else {
+          work();
+        }
+      },
+      failed);
+}
+
+void NetworkManagerClient::list(Reply<std::vector<Listed>> reply) {
+  post(
+      [this, reply] {
+        std::vector<Listed> listed;
+        for (auto& profile : readProfiles()) {
+          const auto status = statusOf(profile.uuid);
+          listed.push_back({std::move(profile), status});
+        }
+        reply(std::move(listed));
+      },
+      reply);
+}
+
+void NetworkManagerClient::fetch(std::string uuid, Reply<NetworkManagerProfile> reply) {
+  post(
+      [this, uuid = std::move(uuid), reply] {
+        const auto path = pathOf(uuid);
+        if (!path) {
+          throw refusal("NetworkManager no longer has the connection.");
+        }
+        reply(profileAt(*path));
+      },
+      reply);
+}
+
+void NetworkManagerClient::save(NetworkManagerProfile profile, Reply<void> reply) {
+  post([this, profile = std::move(profile), reply] { saveNow(profile, reply); }, reply);
+}
+
+void NetworkManagerClient::start(std::string uuid, Reply<void> reply) {
+  post([this, uuid = std::move(uuid), reply] { startNow(uuid, reply); }, reply);
+}
+
+void NetworkManagerClient::joined(sdbus::IConnection& bus) {
+  bus_ = &bus;
+  watchSignals();
+  try {
+    std::string owner;
+    sdbus::createProxy(bus, busService, busPath)
+        ->callMethod("GetNameOwner")
+        .onInterface(busService)
+        .withArguments(std::string(service))
+        .storeResultsTo(owner);
+    ownerChanged(owner);
+  } catch (const sdbus::Error&) {
+    // It isn't running. Its arrival will be heard of, and who asks for something is told.
+  }
+}
+
+void NetworkManagerClient::left() {
+  ownerChanged({});
+  const sdbus::Error gone("org.freedesktop.DBus.Error.Disconnected", "The system's message bus went away.");
+  for (const auto& [call, failed] : std::exchange(pending_, {})) {
+    failed(gone);
+  }
+  for (const auto& deferred : std::exchange(deferred_, {})) {
+    deferred.failed(gone);
+  }
+  isLooking_ = false;
+  willReadProfiles_ = false;
+  matches_.clear();
+  lastingObjects_.clear();
+  bus_ = nullptr;
+}
+
+// A signal could also be sent to this program alone, by anybody: it counts if it comes from the owner of the
+// service's name.
+void NetworkManagerClient::watch(const std::string& rule, std::function<void(sdbus::Message&)> heard) {
+  matches_.push_back(
+      bus_->addMatch("type='signal'," + rule, [heard = std::move(heard)](sdbus::Message& message) {
+        try {
+          heard(message);
+        } catch (const sdbus::Error&) {
+          // A signal of another shape than it should have is none.
+        }
+      }));
+}
+
+void NetworkManagerClient::watchSignals() {
+  const auto fromService = [this](auto handle) {
+    return [this, handle](sdbus::Message& message) {
+      if (message.getSender() == owner_) {
+        handle(message);
+      }
+    };
+  };
+  const std::string fromIt = "sender='" + std::string(service) + "',";
+  const std::string activations = "arg0path='/org/freedesktop/NetworkManager/ActiveConnection/'";
+  const std::string objects = fromIt + "interface='" + objectManagerInterface + "',";
+  const std::string settings = fromIt + "interface='" + settingsInterface + "',";
+
+  watch("sender='" + std::string(busService) + "',interface='" + busService +
+            "',member='NameOwnerChanged',arg0='" + service + "'",
+        [this](sdbus::Message& message) {
+          std::string name;
+          std::string before;
+          std::string owner;
+          message >> name >> before >> owner;
+          if (message.getSender() == busService && name == service) {
+            ownerChanged(owner);
+          }
+        });
+  watch(objects + "member='InterfacesAdded'," + activations, fromService([this](sdbus::Message& message) {
+          Path path;
+          Settings interfaces;
+          message >> path >> interfaces;
+          if (const auto active = interfaces.find(activeInterface); active != interfaces.end()) {
+            add(path, active->second);
+            announceChanges();
+          }
+        }));
+  watch(objects + "member='InterfacesRemoved'," + activations, fromService([this](sdbus::Message& message) {
+          Path path;
+          message >> path;
+          std::erase_if(activations_, [&](const auto& known) { return known.first == path; });
+          announceChanges();
+        }));
+  watch(fromIt + "interface='" + propertiesInterface + "',member='PropertiesChanged',arg0='" +
+            activeInterface + "'",
+        fromService([this](sdbus::Message& message) {
+          std::string interface;
+          Values changed;
+          message >> interface >> changed;
+          activationChanged(Path(message.getPath()), changed);
+          announceChanges();
+        }));
+  watch(settings + "member='NewConnection'", fromService([this](sdbus::Message&) { readProfilesSoon(); }));
+  watch(settings + "member='ConnectionRemoved'", fromService([this](sdbus::Message& message) {
+          Path path;
+          message >> path;
+          saved_.erase(path);
+          announceChanges();
+        }));
+}
+
+void NetworkManagerClient::ownerChanged(const std::string& owner) {
+  if (owner == owner_) {
+    return;
+  }
+  owner_ = owner;
+  activations_.clear();
+  announceChanges();
+  if (!owner.empty()) {
+    lookAround();
+  }
+}
+
+void NetworkManagerClient::add(const Path& path, const Values& properties) {
+  const auto uuid = properties.find("Uuid");
+  if (uuid != properties.end()) {
+    activations_.emplace_back(path, Activation{.uuid = uuid->second.get<std::string>()});
+    activationChanged(path, properties);
+  }
+}
+
+void NetworkManagerClient::activationChanged(const Path& path, const Values& properties) {
+  const auto known = std::ranges::find(activations_, path, &Activations::value_type::first);
+  const auto state = properties.find("State");
+  if (known != activations_.end() && state != properties.end()) {
+    known->second.state = state->second.get<std::uint32_t>();
+    known->second.wasUp = known->second.wasUp || known->second.state == activated;
+  }
+}
+
+// All activations of one moment. The answer is taken in its turn among the signals, so that none is older
+// than what it says.
+void NetworkManagerClient::lookAround() {
+  isLooking_ = true;
+  callLater(
+      {objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
+      [this](sdbus::MethodReply& answer) {
+        std::map<Path, Settings> objects;
+        answer >> objects;
+        activations_.clear();
+        for (const auto& [path, interfaces] : objects) {
+          if (const auto active = interfaces.find(activeInterface); active != interfaces.end()) {
+            add(path, active->second);
+          }
+        }
+        std::ranges::sort(activations_, {}, [](const auto& known) {  // by number
+          return std::pair(known.first.size(), known.first);
+        });
+        readProfiles();
+        looked();
+      },
+      [this](const sdbus::Error&) { looked(); });
+}
+
+void NetworkManagerClient::looked() {
+  isLooking_ = false;
+  for (const auto& deferred : std::exchange(deferred_, {})) {
+    try {
+      deferred.work();
+    } catch (const sdbus::Error& error) {
+      deferred.failed(error);
+    }
+  }
+}
+
+// Once for all signals that have come by then: a NetworkManager that starts announces each of its
+// connections.
+void NetworkManagerClient::readProfilesSoon() {
+  if (!std::exchange(willReadProfiles_, true)) {
+    thread_.postIfJoined([this](sdbus::IConnection&) {
+      willReadProfiles_ = false;
+      readProfiles();
+    });
+  }
+}
+
+std::vector<NetworkManagerProfile> NetworkManagerClient::readProfiles() {
+  std::vector<Path> paths;
+  object(settingsPath)->callMethod("ListConnections").onInterface(settingsInterface).storeResultsTo(paths);
+  std::vector<NetworkManagerProfile> profiles;
+  std::map<Path, std::string> saved;
+  for (const Path& path : paths) {
+    try {
+      if (auto profile = profileFrom(settingsOf(path), options_.serviceType)) {
+        saved[path] = profile->uuid;
+        known_.try_emplace(profile->uuid, statusOf(profile->uuid));
+        profiles.push_back(std::move(*profile));
+      }
+    } catch (const sdbus::Error& error) {
+      if (!saysNotThere(error) && !saysNotOurs(error)) {
+        throw;
+      }
+    }
+  }
+  saved_ = std::move(saved);
+  announceChanges();
+  return profiles;
+}
+
+NetworkManagerClient::Settings NetworkManagerClient::settingsOf(const Path& path) {
+  Settings settings;
+  object(path)->callMethod("GetSettings").onInterface(connectionInterface).storeResultsTo(settings);
+  return settings;
+}
+
+std::optional<NetworkManagerClient::Path> NetworkManagerClient::pathOf(const std::string& uuid) {
+  try {
+    Path path;
+    object(settingsPath)
+        ->callMethod("GetConnectionByUuid")
+        .onInterface(settingsInterface)
+        .withArguments(uuid)
+        .storeResultsTo(path);
+    return path;
+  } catch (const sdbus::Error& error) {
+    if (saysNotThere(error)) {
+      return std::nullopt;
+    }
+    throw;
+  }
+}
+
+NetworkManagerProfile NetworkManagerClient::profileAt(const Path& path) {
+  auto profile = profileFrom(settingsOf(path), options_.serviceType);
+  if (!profile) {
+    throw refusal("The connection belongs to another program by now.");
+  }
+  return std::move(*profile);
+}
+
+NetworkManagerClient::Activation* NetworkManagerClient::activationOf(const std::string& uuid) {
+  const auto newest = std::find_if(activations_.rbegin(), activations_.rend(),
+                                   [&](const auto& known) { return known.second.uuid == uuid; });
+  return newest == activations_.rend() ? nullptr : &newest->second;
+}
+
+TunnelStatus NetworkManagerClient::statusOf(const std::string& uuid) {
+  const auto* activation = activationOf(uuid);
+  if (!activation) {
+    return TunnelStatus::disconnected;
+  }
+  if (activation->state == activating && activation->wasUp) {
+    return TunnelStatus::reasserting;
+  }
+  return activation->state < statusOfActiveState.size() ? statusOfActiveState[activation->state]
+                                                        : TunnelStatus::invalid;
+}
+
+void NetworkManagerClient::announceChanges() {
+  for (auto& [uuid, status] : known_) {
+    const bool isSaved = std::ranges::any_of(saved_, [&](const auto& saved) { return saved.second == uuid; });
+    const auto present = isSaved ? statusOf(uuid) : TunnelStatus::invalid;
+    if (std::exchange(status, present) != present) {
+      statusChanged_(uuid, present);
+    }
+  }
+}
+
+void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const Reply<void>& reply) {
+  Settings settings;
+  const auto path = pathOf(profile.uuid);
+  if (!path) {
+    // Before it is there: its signal may come ahead of the answer.
+    known_.try_emplace(profile.uuid, TunnelStatus::invalid);
+    write(profile, settings);
+    callLater(
+        {settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
+        [this, uuid = profile.uuid, reply](sdbus::MethodReply& answer) {
+          Path added;
+          answer >> added;
+          saved_[added] = uuid;
+          announceChanges();
+          reply(success());
+        },
+        failing<void>(reply), settings, keptOnDisk, Values());
+    return;
+  }
+  const bool changes =
+      profileAt(*path).protocol.providerConfiguration != profile.protocol.providerConfiguration;
+  settings = settingsOf(*path);
+  write(profile, settings);
+  callLater(
+      {*path, connectionInterface, "Update2"}, options_.promptPatience,
+      [this, uuid = profile.uuid, changes, reply](sdbus::MethodReply&) {
+        if (auto* activation = activationOf(uuid)) {
+          activation->outdated = activation->outdated || changes;
+        }
+        reply(success());
+      },
+      failing<void>(reply), settings, keptOnDisk, Values());
+}
+
+void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& reply) {
+  const auto path = pathOf(uuid);
+  if (!path) {
+    throw refusal("NetworkManager has no such connection.");
+  }
+  if (const auto profile = profileAt(*path); !profile.enabled) {
+    throw refusal("“" + profile.name + "” is switched off.");
+  }
+  const auto* activation = activationOf(uuid);
+  if (!activation || activation->state > activated) {
+    activate(*path, reply);
+  } else if (!activation->outdated) {
+    reply(success());
+  } else {
+    const auto at =
+        std::ranges::find(activations_, activation, [](const auto& known) { return &known.second; });
+    restart(*path, at->first, reply);
+  }
+}
+
+void NetworkManagerClient::restart(const Path& connection, const Path& activation, const Reply<void>& reply) {
+  callLater(
+      {managerPath, service, "DeactivateConnection"}, options_.promptPatience,
+      [this, connection, reply](sdbus::MethodReply&) { activate(connection, reply); }, failing<void>(reply),
+      activation);
+}
+
+void NetworkManagerClient::activate(const Path& connection, const Reply<void>& reply) {
+  const Path ofItsChoice("/");
+  callLater(
+      {managerPath, service, "ActivateConnection"}, options_.promptPatience,
+      [reply](sdbus::MethodReply&) { reply(success()); },
+      [reply](const sdbus::Error& error) {
+        if (isNamed(error, {"org.freedesktop.NetworkManager.ConnectionAlreadyActive"})) {
+          reply(success());
+        } else {
+          reply(errorFrom(error));
+        }
+      },
+      connection, ofItsChoice, ofItsChoice);
+}
+
+// Nothing here waits for the answer, which may take a person's permission.
+template <class... Args>
+void NetworkManagerClient::callLater(const Method& method, std::chrono::milliseconds patience, Then then,
+                                     Failed failed, const Args&... arguments) {
+  auto& object = lastingObject(method.path);
+  auto call = object.createMethodCall(method.interface, method.name);
+  (static_cast<void>(call << arguments), ...);
+  const auto id = ++lastCall_;
+  pending_.emplace(id, failed);
+  object.callMethod(
+      call,
+      [this, id, then = std::move(then), failed = std::move(failed)](sdbus::MethodReply& reply,
+                                                                     const sdbus::Error* error) {
+        pending_.erase(id);
+        try {
+          if (error) {
+            throw sdbus::Error(*error);
+          }
+          then(reply);
+        } catch (const sdbus::Error& failure) {
+          failed(failure);
+        }
+      },
+      patience);
+}
+
+std::unique_ptr<sdbus::IProxy> NetworkManagerClient::object(const std::string& path) {
+  return sdbus::createProxy(*bus_, service, path);
+}
+
+// A call whose answer comes later needs its object until then.
+sdbus::IProxy& NetworkManagerClient::lastingObject(const std::string& path) {
+  auto& known = lastingObjects_[path];
+  if (!known) {
+    known = object(path);
+  }
+  return *known;
+}
+
+}  // namespace quillmar

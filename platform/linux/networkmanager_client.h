@@ -1,0 +1,127 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "foundation/result.h"
+#include "platform/linux/bus_thread.h"
+#include "platform/linux/networkmanager_profile.h"
+#include "platform/tunnel.h"
+
+namespace quillmar {
+
+// NetworkManager's VPN connections of one service type, and how they do. Operations may be called from any
+// thread; what they are given is called on the client's own thread.
+class NetworkManagerClient final : private BusSession {
+ public:
+  struct Options {
+    std::string busAddress;
+    std::string serviceType;
+    std::chrono::milliseconds patience;
+    std::chrono::milliseconds promptPatience;
+  };
+  struct Listed {
+    NetworkManagerProfile profile;
+    TunnelStatus status;
+  };
+  using StatusChanged = std::function<void(const std::string& uuid, TunnelStatus)>;
+  template <class T>
+  using Reply = std::function<void(Result<T>)>;
+
+  // A change is told before the reply of the operation that brought it. What is seen for the first time, by
+  // a list, is no change.
+  NetworkManagerClient(Options options, StatusChanged statusChanged);
+  ~NetworkManagerClient() override;
+
+  void list(Reply<std::vector<Listed>> reply);
+  void fetch(std::string uuid, Reply<NetworkManagerProfile> reply);
+  // Adds the connection if there is none of its UUID.
+  void save(NetworkManagerProfile profile, Reply<void> reply);
+  void start(std::string uuid, Reply<void> reply);
+
+ private:
+  using Settings = NetworkManagerSettings;
+  using Values = std::map<std::string, sdbus::Variant>;
+  using Path = sdbus::ObjectPath;
+  using Then = std::function<void(sdbus::MethodReply&)>;
+  using Failed = std::function<void(const sdbus::Error&)>;
+
+  struct Method {
+    std::string path;
+    std::string interface;
+    std::string name;
+  };
+  struct Deferred {
+    std::function<void()> work;
+    Failed failed;
+  };
+  struct Activation {
+    std::string uuid;
+    std::uint32_t state = 0;
+    bool wasUp = false;
+    bool outdated = false;
+  };
+  using Activations = std::vector<std::pair<Path, Activation>>;
+
+  void joined(sdbus::IConnection& bus) override;
+  void left() override;
+
+  void watch(const std::string& rule, std::function<void(sdbus::Message&)> heard);
+  void watchSignals();
+  void ownerChanged(const std::string& owner);
+  void add(const Path& path, const Values& properties);
+  void activationChanged(const Path& path, const Values& properties);
+  void lookAround();
+  void looked();
+  void readProfilesSoon();
+
+  std::vector<NetworkManagerProfile> readProfiles();
+  Settings settingsOf(const Path& path);
+  std::optional<Path> pathOf(const std::string& uuid);
+  NetworkManagerProfile profileAt(const Path& path);
+  Activation* activationOf(const std::string& uuid);
+  TunnelStatus statusOf(const std::string& uuid);
+  void announceChanges();
+
+  // Runs `work` on the thread once it is known what is active.
+  template <class T>
+  void post(std::function<void()> work, Reply<T> reply);
+  void saveNow(const NetworkManagerProfile& profile, const Reply<void>& reply);
+  void startNow(const std::string& uuid, const Reply<void>& reply);
+  void restart(const Path& connection, const Path& activation, const Reply<void>& reply);
+  void activate(const Path& connection, const Reply<void>& reply);
+
+  template <class... Args>
+  void callLater(const Method& method, std::chrono::milliseconds patience, Then then, Failed failed,
+                 const Args&... arguments);
+  std::unique_ptr<sdbus::IProxy> object(const std::string& path);
+  sdbus::IProxy& lastingObject(const std::string& path);
+
+  const Options options_;
+  const StatusChanged statusChanged_;
+
+  // All of the rest belongs to the thread.
+  sdbus::IConnection* bus_ = nullptr;
+  std::vector<sdbus::Slot> matches_;
+  std::map<std::string, std::unique_ptr<sdbus::IProxy>> lastingObjects_;
+  std::string owner_;  // the bus's name for the NetworkManager that runs; empty when none does
+  std::map<Path, std::string> saved_;
+  Activations activations_;  // the newest last
+  std::map<std::string, TunnelStatus> known_;
+  bool isLooking_ = false;
+  bool willReadProfiles_ = false;
+  std::vector<Deferred> deferred_;  // until it has looked around
+  std::map<std::uint64_t, Failed> pending_;
+  std::uint64_t lastCall_ = 0;
+
+  BusThread thread_;
+};
+
+}  // namespace quillmar

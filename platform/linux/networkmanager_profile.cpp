@@ -1,0 +1,83 @@
+#include "platform/linux/networkmanager_profile.h"
+
+#include <utility>
+
+#include "foundation/url.h"
+
+namespace quillmar {
+namespace {
+
+using Values = std::map<std::string, sdbus::Variant>;
+using Data = std::map<std::string, std::string>;
+
+constexpr const char* vpnType = "vpn";
+
+// NetworkManager leaves out what has its default.
+template <class T>
+T valueOr(const Values& values, const std::string& key, T standard) {
+  const auto found = values.find(key);
+  return found == values.end() ? std::move(standard) : found->second.get<T>();
+}
+
+Values valuesOf(const NetworkManagerSettings& settings, const std::string& name) {
+  const auto found = settings.find(name);
+  return found == settings.end() ? Values() : found->second;
+}
+
+std::string serverAddress(const Data& data) {
+  for (const auto& [key, value] : data) {
+    if (const auto url = URL::parse(value); url && url->host()) {
+      return *url->host();
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+NetworkManagerProfile profileOf(const TunnelConfiguration& configuration, const TunnelProtocol& protocol,
+                                const std::string& uuid) {
+  return {.uuid = uuid,
+          .protocol = protocol,
+          .name = configuration.localizedDescription,
+          .enabled = configuration.isEnabled,
+          .onDemand = configuration.isOnDemandEnabled && !configuration.onDemandRules.empty()};
+}
+
+void assign(TunnelConfiguration& configuration, const NetworkManagerProfile& profile) {
+  configuration.protocolConfiguration = profile.protocol;
+  configuration.localizedDescription = profile.name;
+  configuration.isEnabled = profile.enabled;
+  configuration.isOnDemandEnabled = profile.onDemand;
+  configuration.onDemandRules.assign(profile.onDemand ? 1 : 0, {InterfaceType::any});
+}
+
+std::optional<NetworkManagerProfile> profileFrom(const NetworkManagerSettings& settings,
+                                                 const std::string& serviceType) {
+  const Values connection = valuesOf(settings, "connection");
+  const Values vpn = valuesOf(settings, "vpn");
+  if (valueOr<std::string>(connection, "type", {}) != vpnType ||
+      valueOr<std::string>(vpn, "service-type", {}) != serviceType) {
+    return std::nullopt;
+  }
+  auto data = valueOr<Data>(vpn, "data", {});
+  auto address = serverAddress(data);
+  return NetworkManagerProfile{.uuid = valueOr<std::string>(connection, "uuid", {}),
+                               .protocol = {serviceType, std::move(address), std::move(data)},
+                               .name = valueOr<std::string>(connection, "id", {}),
+                               .enabled = valueOr(connection, "autoconnect", true),
+                               .onDemand = valueOr(vpn, "persistent", false)};
+}
+
+void write(const NetworkManagerProfile& profile, NetworkManagerSettings& settings) {
+  Values& connection = settings["connection"];
+  connection["type"] = std::string(vpnType);
+  connection["uuid"] = profile.uuid;
+  connection["id"] = profile.name;
+  connection["autoconnect"] = profile.enabled;
+  settings["vpn"] = {{"service-type", profile.protocol.providerBundleIdentifier},
+                     {"data", profile.protocol.providerConfiguration},
+                     {"persistent", profile.onDemand}};
+}
+
+}  // namespace quillmar

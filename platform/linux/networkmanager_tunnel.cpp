@@ -1,0 +1,203 @@
+#include "platform/linux/networkmanager_tunnel.h"
+
+#include <future>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "foundation/signal.h"
+#include "foundation/text.h"
+#include "platform/hop.h"
+#include "platform/linux/networkmanager_client.h"
+#include "platform/linux/networkmanager_profile.h"
+
+namespace quillmar {
+namespace {
+
+using Listed = std::vector<NetworkManagerClient::Listed>;
+
+template <class T>
+std::optional<Error> errorIn(const Result<T>& result) {
+  return result.ok() ? std::nullopt : std::optional(result.error());
+}
+
+}  // namespace
+
+// All of it belongs to the main thread. The client's replies come on the client's thread, which must never
+// hold the state: it would have to end itself.
+struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
+  State(Dispatch& dispatch, std::string bundleIdentifier, std::chrono::milliseconds startPatience)
+      : dispatch(dispatch), bundleIdentifier(std::move(bundleIdentifier)), startPatience(startPatience) {}
+
+  void open(const Options& options);
+  // A reply that may come on any thread and calls `function(state, ...)` on the main thread, if the state is
+  // still there by then.
+  template <class Function>
+  auto onMain(Function function);
+  std::shared_ptr<Connection> connection(const std::string& uuid, TunnelStatus ifUnknown);
+  void changeStatus(const std::string& uuid, TunnelStatus status);
+  Configurations configurations(const Listed& listed);
+
+  Dispatch& dispatch;
+  const std::string bundleIdentifier;
+  const std::chrono::milliseconds startPatience;
+  std::map<std::string, std::shared_ptr<Connection>> connections;
+  Signal<TunnelConnection&> statusChanged;
+  std::unique_ptr<NetworkManagerClient> client;
+};
+
+template <class Function>
+auto NetworkManagerTunnel::State::onMain(Function function) {
+  return hoppingToMain(dispatch,
+                       [known = weak_from_this(), function = std::move(function)](auto... arguments) {
+                         if (const auto state = known.lock()) {
+                           function(*state, std::move(arguments)...);
+                         }
+                       });
+}
+
+class NetworkManagerTunnel::Connection final : public TunnelConnection {
+ public:
+  Connection(std::weak_ptr<State> state, std::string uuid, TunnelStatus status)
+      : state_(std::move(state)), uuid_(std::move(uuid)), status_(status) {}
+
+  const std::string& uuid() const { return uuid_; }
+  TunnelStatus status() const override { return status_; }
+  Result<void> startTunnel() override;
+
+  // False where it is no change.
+  bool become(TunnelStatus status) { return std::exchange(status_, status) != status; }
+
+ private:
+  const std::weak_ptr<State> state_;
+  const std::string uuid_;
+  TunnelStatus status_;
+};
+
+Result<void> NetworkManagerTunnel::Connection::startTunnel() {
+  const auto state = state_.lock();
+  if (!state) {
+    return Error(TunnelError{"The tunnel service is gone."});
+  }
+  const auto promise = std::make_shared<std::promise<Result<void>>>();
+  auto answer = promise->get_future();
+  state->client->start(uuid_, [promise](Result<void> result) { promise->set_value(std::move(result)); });
+  return answer.wait_for(state->startPatience) == std::future_status::ready ? answer.get() : success();
+}
+
+class NetworkManagerTunnel::Configuration final : public TunnelConfiguration,
+                                                  public std::enable_shared_from_this<Configuration> {
+ public:
+  Configuration(std::weak_ptr<State> state, std::shared_ptr<Connection> connection)
+      : state_(std::move(state)), connection_(std::move(connection)) {}
+
+  TunnelConnection& connection() override { return *connection_; }
+  void save(Completion completion) override;
+  void load(Completion completion) override;
+
+ private:
+  const std::weak_ptr<State> state_;
+  const std::shared_ptr<Connection> connection_;
+};
+
+void NetworkManagerTunnel::Configuration::save(Completion completion) {
+  const auto state = state_.lock();
+  if (!state) {
+    return;
+  }
+  auto saved = state->onMain([completion = std::move(completion)](State&, const Result<void>& result) {
+    completion(errorIn(result));
+  });
+  if (!protocolConfiguration || protocolConfiguration->providerBundleIdentifier != state->bundleIdentifier) {
+    saved(Result<void>(TunnelError{"The configuration is not one of this program's tunnel."}));
+    return;
+  }
+  state->connections.emplace(connection_->uuid(), connection_);
+  state->client->save(profileOf(*this, *protocolConfiguration, connection_->uuid()), std::move(saved));
+}
+
+void NetworkManagerTunnel::Configuration::load(Completion completion) {
+  if (const auto state = state_.lock()) {
+    state->client->fetch(connection_->uuid(),
+                         state->onMain([self = shared_from_this(), completion = std::move(completion)](
+                                           State&, const Result<NetworkManagerProfile>& fetched) {
+                           if (fetched.ok()) {
+                             assign(*self, fetched.value());
+                           }
+                           completion(errorIn(fetched));
+                         }));
+  }
+}
+
+void NetworkManagerTunnel::State::open(const Options& options) {
+  client = std::make_unique<NetworkManagerClient>(
+      NetworkManagerClient::Options{
+          .busAddress = options.busAddress,
+          .serviceType = bundleIdentifier,
+          .patience = options.patience,
+          .promptPatience = options.promptPatience,
+      },
+      onMain([](State& state, const std::string& uuid, TunnelStatus status) {
+        state.changeStatus(uuid, status);
+      }));
+}
+
+std::shared_ptr<NetworkManagerTunnel::Connection> NetworkManagerTunnel::State::connection(
+    const std::string& uuid, TunnelStatus ifUnknown) {
+  auto& known = connections[uuid];
+  if (!known) {
+    known = std::make_shared<Connection>(weak_from_this(), uuid, ifUnknown);
+  }
+  return known;
+}
+
+void NetworkManagerTunnel::State::changeStatus(const std::string& uuid, TunnelStatus status) {
+  const auto changed = connection(uuid, TunnelStatus::invalid);
+  if (changed->become(status)) {
+    statusChanged.emit(*changed);
+  }
+}
+
+TunnelService::Configurations NetworkManagerTunnel::State::configurations(const Listed& listed) {
+  Configurations configurations;
+  for (const auto& [profile, status] : listed) {
+    configurations.push_back(
+        std::make_shared<Configuration>(weak_from_this(), connection(profile.uuid, status)));
+    assign(*configurations.back(), profile);
+  }
+  return configurations;
+}
+
+NetworkManagerTunnel::NetworkManagerTunnel(Dispatch& dispatch, std::string bundleIdentifier)
+    : NetworkManagerTunnel(dispatch, std::move(bundleIdentifier), Options()) {}
+
+NetworkManagerTunnel::NetworkManagerTunnel(Dispatch& dispatch, std::string bundleIdentifier,
+                                           const Options& options)
+    : state_(std::make_shared<State>(dispatch, std::move(bundleIdentifier), options.startPatience)) {
+  state_->open(options);
+}
+
+NetworkManagerTunnel::~NetworkManagerTunnel() = default;
+
+void NetworkManagerTunnel::loadAll(ListCompletion completion) {
+  state_->client->list(
+      state_->onMain([completion = std::move(completion)](State& state, const Result<Listed>& listed) {
+        if (listed.ok()) {
+          completion(state.configurations(listed.value()));
+        } else {
+          completion(listed.error());
+        }
+      }));
+}
+
+std::shared_ptr<TunnelConfiguration> NetworkManagerTunnel::makeConfiguration() {
+  return std::make_shared<Configuration>(
+      state_, std::make_shared<Connection>(state_, lowercased(newUUID()), TunnelStatus::invalid));
+}
+
+Subscription NetworkManagerTunnel::observeStatus(std::function<void(TunnelConnection&)> observer) {
+  return state_->statusChanged.connect(std::move(observer));
+}
+
+}  // namespace quillmar

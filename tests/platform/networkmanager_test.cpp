@@ -1,0 +1,540 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "platform/linux/asio_dispatch.h"
+#include "platform/linux/networkmanager_tunnel.h"
+#include "tests/platform/networkmanager_world.h"
+#include "tests/support/contracts/tunnel_service_contract.h"
+
+namespace quillmar {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using std::chrono_literals::operator""ms;
+using std::chrono_literals::operator""s;
+
+using Status = TunnelStatus;
+
+// One NetworkManager serves all tests of this program.
+class World final : public testing::Environment {
+ public:
+  void SetUp() override {
+    if (const auto obstacle = NetworkManagerWorld::obstacle(); !obstacle.empty()) {
+      GTEST_SKIP() << obstacle;
+    }
+    world_ = std::make_unique<NetworkManagerWorld>();
+    ASSERT_TRUE(world_->running());
+  }
+  void TearDown() override { world_.reset(); }
+  NetworkManagerWorld& operator*() { return *world_; }
+
+ private:
+  std::unique_ptr<NetworkManagerWorld> world_;
+};
+
+World& environment() {
+  static auto* const environment = static_cast<World*>(testing::AddGlobalTestEnvironment(new World));
+  return *environment;
+}
+[[maybe_unused]] const World& registered = environment();
+
+NetworkManagerWorld& world() { return *environment(); }
+
+constexpr const char* endpoint = "https://dns.example/q";
+
+TunnelProtocol protocolOf(const std::string& service, const std::string& endpoint) {
+  return {service, "dns.example", {{"dohEndpoint", endpoint}}};
+}
+
+// The adapter with a main queue of its own.
+class Machine {
+ public:
+  explicit Machine(NetworkManagerTunnel::Options options = {},
+                   const char* service = NetworkManagerWorld::service)
+      : service_(dispatch, service, at(std::move(options))) {}
+
+  TunnelService& service() { return service_; }
+  bool runUntil(const std::function<bool()>& done) {
+    const auto deadline = std::chrono::steady_clock::now() + 60s;
+    while (!done()) {
+      if (!dispatch.runOne(deadline)) {
+        return false;
+      }
+    }
+    return true;
+  }
+  template <class Outcome>
+  Outcome await(const std::function<void(std::function<void(Outcome)>)>& begin) {
+    std::optional<Outcome> outcome;
+    begin([&](Outcome result) { outcome.emplace(std::move(result)); });
+    EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
+    return std::move(*outcome);
+  }
+
+  AsioDispatch dispatch;
+
+ private:
+  static NetworkManagerTunnel::Options at(NetworkManagerTunnel::Options options) {
+    if (options.busAddress == NetworkManagerTunnel::Options().busAddress) {
+      options.busAddress = world().bus().address();
+    }
+    return options;
+  }
+
+  NetworkManagerTunnel service_;
+};
+
+class NetworkManagerHarness final : public TunnelServiceHarness {
+ public:
+  NetworkManagerHarness() { world().tidy(); }
+
+  TunnelService& service() override { return machine_.service(); }
+  TunnelProtocol protocol(const std::string& endpoint) override {
+    return protocolOf(NetworkManagerWorld::service, endpoint);
+  }
+  bool isMainThread() override { return machine_.dispatch.isMainThread(); }
+  void onMain(std::function<void()> task) override { machine_.dispatch.main().async(std::move(task)); }
+  bool runUntil(const std::function<bool()>& done) override { return machine_.runUntil(done); }
+
+ private:
+  Machine machine_;
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    NetworkManager, TunnelServiceContract,
+    testing::Values(factory<TunnelServiceHarness, NetworkManagerHarness>("NetworkManager")));
+
+class NetworkManagerTest : public testing::Test {
+ protected:
+  NetworkManagerTest() {
+    world().tidy();
+    makeMachine();
+  }
+
+  void makeMachine(NetworkManagerTunnel::Options options = {},
+                   const char* service = NetworkManagerWorld::service) {
+    subscription_.cancel();
+    machine_ = std::make_unique<Machine>(std::move(options), service);
+    subscription_ = machine_->service().observeStatus(
+        [this](TunnelConnection& connection) { announced.push_back(connection.status()); });
+  }
+
+  std::shared_ptr<TunnelConfiguration> make(const std::string& endpoint,
+                                            const std::string& service = NetworkManagerWorld::service) {
+    auto configuration = machine_->service().makeConfiguration();
+    configuration->protocolConfiguration = protocolOf(service, endpoint);
+    configuration->localizedDescription = "Protection";
+    configuration->isEnabled = true;
+    configuration->onDemandRules = {{InterfaceType::any}};
+    configuration->isOnDemandEnabled = true;
+    return configuration;
+  }
+  std::optional<Error> save(TunnelConfiguration& configuration) {
+    return machine_->await<std::optional<Error>>(
+        [&](auto completion) { configuration.save(std::move(completion)); });
+  }
+  std::optional<Error> load(TunnelConfiguration& configuration) {
+    return machine_->await<std::optional<Error>>(
+        [&](auto completion) { configuration.load(std::move(completion)); });
+  }
+  Result<TunnelService::Configurations> list() {
+    return machine_->await<Result<TunnelService::Configurations>>(
+        [&](auto completion) { machine_->service().loadAll(std::move(completion)); });
+  }
+  TunnelService::Configurations listed() {
+    auto result = list();
+    EXPECT_TRUE(result.ok()) << result.error().localizedDescription();
+    return result.ok() ? std::move(result).value() : TunnelService::Configurations();
+  }
+  std::shared_ptr<TunnelConfiguration> saved(const std::string& endpoint = quillmar::endpoint,
+                                             bool onDemand = true) {
+    auto configuration = make(endpoint);
+    configuration->isOnDemandEnabled = onDemand;
+    EXPECT_EQ(save(*configuration), std::nullopt);
+    announced.clear();
+    return configuration;
+  }
+  std::shared_ptr<TunnelConfiguration> connected(bool onDemand = true) {
+    auto configuration = saved(endpoint, onDemand);
+    EXPECT_TRUE(configuration->connection().startTunnel());
+    EXPECT_TRUE(becomes(Status::connected));
+    announced.clear();
+    return configuration;
+  }
+  bool becomes(Status status) {
+    return machine_->runUntil([&] { return !announced.empty() && announced.back() == status; });
+  }
+  // What the outside witness says of the one connection.
+  static std::string property(const std::string& name) {
+    return world().nmcli({"-g", name, "connection", "show", "Protection"});
+  }
+  static std::string connections() { return world().nmcli({"-g", "NAME", "connection", "show"}); }
+  static std::string said(const std::optional<Error>& error) {
+    return error ? error->localizedDescription() : "no error";
+  }
+  template <class T>
+  static std::string said(const Result<T>& result) {
+    return result.ok() ? "no error" : result.error().localizedDescription();
+  }
+
+  std::vector<Status> announced;
+
+ private:
+  std::unique_ptr<Machine> machine_;
+  Subscription subscription_;
+};
+
+TEST_F(NetworkManagerTest, a_first_save_makes_the_connection_that_the_systems_own_tools_show) {
+  EXPECT_EQ(save(*make(endpoint)), std::nullopt);
+  EXPECT_EQ(property("connection.type"), "vpn");
+  EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::service);
+  EXPECT_EQ(property("vpn.data"), "dohEndpoint = https\\://dns.example/q");
+  EXPECT_EQ(property("vpn.persistent"), "yes");
+  EXPECT_EQ(property("connection.autoconnect"), "yes");
+  EXPECT_EQ(announced, std::vector{Status::disconnected});
+}
+
+TEST_F(NetworkManagerTest, a_refused_permission_is_an_error_in_networkmanagers_words_and_can_be_given_later) {
+  const BusRelay relay(world().file("user-bus"), world().bus().socket());
+  makeMachine({.busAddress = relay.address()});
+  world().permissions().grant(false);
+  const auto configuration = make(endpoint);
+  EXPECT_EQ(said(save(*configuration)), "Insufficient privileges");
+  EXPECT_EQ(connections().find("Protection"), std::string::npos);
+  EXPECT_THAT(announced, IsEmpty());
+  EXPECT_EQ(configuration->connection().status(), Status::invalid);
+
+  world().permissions().grant(true);
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::service);
+}
+
+TEST_F(NetworkManagerTest, a_refused_change_leaves_the_connection_as_it_was) {
+  saved();
+  const BusRelay relay(world().file("user-bus"), world().bus().socket());
+  makeMachine({.busAddress = relay.address()});
+  world().permissions().grant(false);
+  const auto list = listed();
+  ASSERT_EQ(list.size(), 1U);
+  list[0]->protocolConfiguration = protocolOf(NetworkManagerWorld::service, "https://dns.example/new");
+  EXPECT_EQ(said(save(*list[0])), "Insufficient privileges");
+  EXPECT_EQ(property("vpn.data"), "dohEndpoint = https\\://dns.example/q");
+  EXPECT_EQ(said(list[0]->connection().startTunnel()).find("Not authorized"), 0U);
+}
+
+TEST_F(NetworkManagerTest, another_endpoint_goes_into_the_same_connection_and_replaces_all_its_data) {
+  saved();
+  const auto uuid = property("connection.uuid");
+  world().nmcli(
+      {"connection", "modify", "Protection", "+vpn.data", "added=by hand", "ipv4.dns-search", "home"});
+  const auto found = listed().at(0);
+  found->protocolConfiguration = protocolOf(NetworkManagerWorld::service, "https://dns.example/new");
+  EXPECT_EQ(save(*found), std::nullopt);
+  EXPECT_EQ(property("connection.uuid"), uuid);
+  EXPECT_EQ(property("vpn.data"), "dohEndpoint = https\\://dns.example/new");
+  EXPECT_EQ(property("ipv4.dns-search"), "home");
+}
+
+TEST_F(NetworkManagerTest, a_running_tunnel_takes_up_another_endpoint_when_it_is_started_again) {
+  const auto configuration = connected();
+  const auto before = world().program().connections().size();
+  configuration->protocolConfiguration = protocolOf(NetworkManagerWorld::service, "https://dns.example/new");
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_THAT(announced, IsEmpty());
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+  const auto asked = world().program().connections();
+  ASSERT_EQ(asked.size(), before + 1);
+  EXPECT_EQ(asked.back(), (std::map<std::string, std::string>{{"dohEndpoint", "https://dns.example/new"}}));
+}
+
+TEST_F(NetworkManagerTest, a_tunnel_that_is_up_is_left_alone_by_another_save_of_the_same_and_another_start) {
+  const auto configuration = connected();
+  const auto before = world().program().connections().size();
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  listed();
+  EXPECT_THAT(announced, IsEmpty());
+  EXPECT_EQ(world().program().connections().size(), before);
+}
+
+TEST_F(NetworkManagerTest, the_connections_of_others_are_neither_listed_nor_heard_nor_touched) {
+  const auto profiles = [] {
+    std::string text;
+    for (const char* name : {"wire", "Office"}) {
+      text += world().nmcli({"-s", "connection", "show", name});
+    }
+    return text;
+  };
+  world().nmcli({"connection", "add", "type", "vpn", "vpn-type", NetworkManagerWorld::foreignService,
+                 "con-name", "Office", "vpn.data", "gateway=office"});
+  EXPECT_THAT(listed(), IsEmpty());
+  world().nmcli({"connection", "up", "Office"});
+  const auto before = profiles();
+
+  auto foreign = make(endpoint, NetworkManagerWorld::foreignService);
+  EXPECT_NE(save(*foreign), std::nullopt);
+  foreign->protocolConfiguration.reset();
+  EXPECT_NE(save(*foreign), std::nullopt);
+  EXPECT_THAT(announced, IsEmpty());
+  const auto configuration = connected();
+  EXPECT_EQ(listed().size(), 1U);
+  EXPECT_EQ(profiles(), before);
+}
+
+TEST_F(NetworkManagerTest, what_became_anothers_connection_is_neither_changed_nor_started) {
+  const auto configuration = saved();
+  world().nmcli(
+      {"connection", "modify", "Protection", "vpn.service-type", NetworkManagerWorld::foreignService});
+  EXPECT_NE(save(*configuration), std::nullopt);
+  EXPECT_NE(load(*configuration), std::nullopt);
+  EXPECT_FALSE(configuration->connection().startTunnel());
+  EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::foreignService);
+  EXPECT_THAT(listed(), IsEmpty());
+  EXPECT_EQ(configuration->connection().status(), Status::invalid);
+}
+
+TEST_F(NetworkManagerTest, what_a_person_changes_in_the_systems_own_tools_is_read_and_obeyed) {
+  const auto configuration = saved();
+  world().nmcli({"connection", "modify", "Protection", "connection.autoconnect", "no", "vpn.persistent", "no",
+                 "connection.id", "Renamed", "vpn.data", "dohEndpoint=https://other.example/"});
+  EXPECT_EQ(load(*configuration), std::nullopt);
+  EXPECT_FALSE(configuration->isEnabled);
+  EXPECT_FALSE(configuration->isOnDemandEnabled);
+  EXPECT_TRUE(configuration->onDemandRules.empty());
+  EXPECT_EQ(configuration->localizedDescription, "Renamed");
+  EXPECT_EQ(configuration->protocolConfiguration,
+            (TunnelProtocol{
+                NetworkManagerWorld::service, "other.example", {{"dohEndpoint", "https://other.example/"}}}));
+  EXPECT_EQ(said(configuration->connection().startTunnel()), "“Renamed” is switched off.");
+
+  world().nmcli({"connection", "modify", "Renamed", "connection.autoconnect", "yes"});
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+}
+
+TEST_F(NetworkManagerTest, each_change_is_announced_once_whoever_brought_it) {
+  const auto configuration = saved();
+  world().nmcli({"connection", "up", "Protection"});
+  EXPECT_TRUE(becomes(Status::connected));
+  world().nmcli({"connection", "down", "Protection"});
+  EXPECT_TRUE(becomes(Status::disconnected));
+  listed();
+  EXPECT_THAT(announced, ElementsAre(Status::connecting, Status::connected, Status::disconnecting,
+                                     Status::disconnected));
+}
+
+TEST_F(NetworkManagerTest, a_status_that_was_there_before_is_listed_and_not_announced) {
+  connected();
+  makeMachine();
+  EXPECT_EQ(listed().at(0)->connection().status(), Status::connected);
+  listed();
+  EXPECT_THAT(announced, IsEmpty());
+}
+
+TEST_F(NetworkManagerTest, a_dropped_tunnel_on_demand_is_brought_back_by_networkmanager) {
+  connected();
+  world().program().drop();
+  EXPECT_TRUE(becomes(Status::connected));
+  EXPECT_THAT(announced, ElementsAre(Status::disconnected, Status::connecting, Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_dropped_tunnel_can_be_started_again) {
+  const auto configuration = connected(false);
+  world().program().drop();
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+  EXPECT_THAT(announced, ElementsAre(Status::disconnected, Status::connecting, Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_tunnel_on_its_way_is_not_started_twice) {
+  world().program().setSlow(true);
+  const auto configuration = saved();
+  const auto before = world().program().connections().size();
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connecting));
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  listed();
+  EXPECT_EQ(announced, std::vector{Status::connecting});
+  EXPECT_LE(world().program().connections().size(), before + 1);
+}
+
+TEST_F(NetworkManagerTest, a_missing_tunnel_program_refuses_the_start_and_not_the_save) {
+  makeMachine({}, "missing.tunnel");
+  const auto configuration = make(endpoint, "missing.tunnel");
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  announced.clear();
+  EXPECT_EQ(said(configuration->connection().startTunnel()),
+            "The VPN service 'missing.tunnel' was not installed.");
+  listed();
+  EXPECT_EQ(configuration->connection().status(), Status::disconnected);
+}
+
+TEST_F(NetworkManagerTest, without_a_network_the_start_is_refused_until_there_is_one) {
+  const auto configuration = saved();
+  world().nmcli({"connection", "down", "wire"});
+  EXPECT_EQ(said(configuration->connection().startTunnel()), "Could not find source connection.");
+  EXPECT_EQ(configuration->connection().status(), Status::disconnected);
+  world().nmcli({"connection", "up", "wire"});
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_network_that_goes_takes_the_tunnel_along) {
+  const auto configuration = connected();
+  world().nmcli({"connection", "down", "wire"});
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_EQ(announced.size(), 1U);
+}
+
+TEST_F(NetworkManagerTest, a_connection_deleted_from_outside_is_invalid_until_it_is_saved_again) {
+  const auto configuration = connected();
+  world().nmcli({"connection", "delete", "Protection"});
+  EXPECT_TRUE(becomes(Status::invalid));
+  EXPECT_THAT(listed(), IsEmpty());
+  EXPECT_NE(load(*configuration), std::nullopt);
+  EXPECT_EQ(configuration->localizedDescription, "Protection");
+  EXPECT_FALSE(configuration->connection().startTunnel());
+  announced.clear();
+
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_EQ(announced, std::vector{Status::disconnected});
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_networkmanager_that_stops_and_comes_back_needs_no_new_start_of_the_program) {
+  const auto configuration = connected();
+  world().stop();
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_EQ(said(list()), "NetworkManager is not running.");
+  EXPECT_EQ(said(save(*configuration)), "NetworkManager is not running.");
+  EXPECT_EQ(said(load(*configuration)), "NetworkManager is not running.");
+  EXPECT_EQ(said(configuration->connection().startTunnel()), "NetworkManager is not running.");
+
+  world().start();
+  EXPECT_EQ(load(*configuration), std::nullopt);
+  EXPECT_EQ(listed().size(), 1U);
+  announced.clear();
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_TRUE(becomes(Status::connected));
+  EXPECT_THAT(announced, ElementsAre(Status::connecting, Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_bus_that_goes_away_and_comes_back_is_joined_again) {
+  auto relay = std::make_unique<BusRelay>(world().file("user-bus"), world().bus().socket());
+  makeMachine({.busAddress = relay->address()});
+  connected();
+  relay.reset();
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_EQ(said(list()), "The system's message bus does not answer.");
+  relay = std::make_unique<BusRelay>(world().file("user-bus"), world().bus().socket());
+  EXPECT_EQ(listed().size(), 1U);
+  EXPECT_TRUE(becomes(Status::connected));
+}
+
+TEST_F(NetworkManagerTest, a_networkmanager_that_hangs_is_an_error_soon_and_works_when_it_goes_on) {
+  makeMachine({.patience = 100ms, .startPatience = 20ms});
+  const auto configuration = saved();
+  const auto process = world().process();
+  kill(process, SIGSTOP);
+  EXPECT_EQ(said(list()), "NetworkManager does not answer.");
+  EXPECT_TRUE(configuration->connection().startTunnel());
+  EXPECT_EQ(said(load(*configuration)), "NetworkManager does not answer.");
+  EXPECT_THAT(announced, IsEmpty());
+  kill(process, SIGCONT);
+  world().nmcli({"general"});
+  EXPECT_EQ(listed().size(), 1U);
+}
+
+TEST_F(NetworkManagerTest, a_signal_of_somebody_else_changes_nothing) {
+  connected();
+  const auto liar = sdbus::createSessionBusConnectionWithAddress(world().bus().address());
+  const auto path =
+      world().nmcli({"-g", "GENERAL.DBUS-PATH", "connection", "show", "--active", "Protection"});
+  ASSERT_TRUE(path.starts_with("/org/freedesktop/NetworkManager/ActiveConnection/")) << path;
+  std::vector<std::string> everybody;
+  sdbus::createProxy(*liar, "org.freedesktop.DBus", "/org/freedesktop/DBus")
+      ->callMethod("ListNames")
+      .onInterface("org.freedesktop.DBus")
+      .storeResultsTo(everybody);
+  const auto object = sdbus::createObject(*liar, path);
+  for (const auto& one : everybody) {
+    auto lie = object->createSignal("org.freedesktop.DBus.Properties", "PropertiesChanged");
+    lie.setDestination(one);
+    lie << std::string("org.freedesktop.NetworkManager.Connection.Active")
+        << std::map<std::string, sdbus::Variant>{{"State", std::uint32_t{4}}} << std::vector<std::string>();
+    object->emitSignal(lie);
+  }
+  world().nmcli({"connection", "down", "Protection"});
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_THAT(announced, ElementsAre(Status::disconnecting, Status::disconnected));
+}
+
+TEST_F(NetworkManagerTest, a_service_destroyed_with_work_under_way_leaves_its_configurations_harmless) {
+  const auto configuration = saved();
+  bool told = false;
+  configuration->save([&](const auto&) { told = true; });
+  makeMachine();
+  configuration->load([&](const auto&) { told = true; });
+  EXPECT_FALSE(configuration->connection().startTunnel());
+  EXPECT_EQ(listed().size(), 1U);
+  EXPECT_FALSE(told);
+}
+
+// A bus without NetworkManager, where something else owns its name.
+class StrangeManagerTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(bus_.running()); }
+
+  template <class Answer>
+  void answerLists(Answer answer) {
+    object_ = sdbus::createObject(*connection_, "/org/freedesktop/NetworkManager/Settings");
+    object_->registerMethod("ListConnections")
+        .onInterface("org.freedesktop.NetworkManager.Settings")
+        .implementedAs([answer] { return answer; });
+    object_->finishRegistration();
+    connection_->requestName("org.freedesktop.NetworkManager");
+    connection_->enterEventLoopAsync();
+  }
+  Result<TunnelService::Configurations> list() {
+    Machine machine({.busAddress = bus_.address()});
+    return machine.await<Result<TunnelService::Configurations>>(
+        [&](auto completion) { machine.service().loadAll(std::move(completion)); });
+  }
+
+ private:
+  const TemporaryDirectory directory_;
+  const PrivateBus bus_{directory_.path()};
+  const std::unique_ptr<sdbus::IConnection> connection_ =
+      sdbus::createSessionBusConnectionWithAddress(bus_.address());
+  std::unique_ptr<sdbus::IObject> object_;
+};
+
+TEST_F(StrangeManagerTest, an_answer_of_another_shape_is_an_error) {
+  answerLists(std::string("none"));
+  const auto result = list();
+  ASSERT_FALSE(result.ok());
+  EXPECT_FALSE(result.error().localizedDescription().empty());
+}
+
+TEST_F(StrangeManagerTest, a_manager_without_the_rest_has_no_connections) {
+  answerLists(std::vector<sdbus::ObjectPath>{sdbus::ObjectPath("/gone")});
+  const auto result = list();
+  ASSERT_TRUE(result.ok());
+  EXPECT_THAT(result.value(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace quillmar
