@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+#include "presentation/bound_input.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+class SettingsView;
+
+// The second step of the account's end, which asks for the password again.
+class DeleteAccountSheet final : public ScreenModel {
+ public:
+  explicit DeleteAccountSheet(SettingsView& settings);
+
+  BoundInput<std::string> deleteAccountPassword;
+  // With a spinner in place of the button then.
+  Derived<bool> isDeletingAccount;
+
+  Text title{*this, "title", "Delete Account"};
+  Text cancelTitle{*this, "cancelTitle", "Cancel"};
+  Text warningIcon{*this, "warningIcon", "exclamationmark.triangle.fill"};
+  Text heading{*this, "heading", "Confirm Account Deletion"};
+  Text explanation{*this, "explanation",
+                   "Enter your password to permanently delete your account. This cannot be undone."};
+  Text passwordPlaceholder{*this, "passwordPlaceholder", "Password"};
+  Text deletingText{*this, "deletingText", "Deleting account..."};
+  Text deleteTitle{*this, "deleteTitle", "Delete My Account"};
+
+  Action<> cancel{*this, "cancel", [this] { dismiss(); }};
+  Action<> deleteMyAccount;
+};
+
+}  // namespace quillmar
