@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "console/keyed_rows.h"
 #include "presentation/avatar.h"
 #include "presentation/device_texts.h"
 #include "presentation/indicators.h"
@@ -30,21 +31,15 @@ std::int64_t countOnline(const std::vector<Device>& devices) {
   return std::ranges::count_if(devices, effectiveOnline);
 }
 
-ChildDashboardCard::ChildDashboardCard(ChildProfileWithDevices child, std::int64_t position, Reaction onTap,
-                                       Reaction onAddDevice)
+ChildDashboardCard::ChildDashboardCard(ChildProfileWithDevices child, Reaction onTap, Reaction onAddDevice)
     : ObservableObject("ChildDashboardCard"),
       child(*this, "child", std::move(child)),
-      position(*this, "position", position),
       onTap_(std::move(onTap)),
       onAddDevice_(std::move(onAddDevice)) {}
 
 void ChildDashboardCard::update(const ChildProfileWithDevices& newChild, std::int64_t newPosition) {
-  if (!(child() == newChild)) {
-    child = newChild;
-  }
-  if (position() != newPosition) {
-    position = newPosition;
-  }
+  setIfChanged(child, newChild);
+  setIfChanged(position, newPosition);
 }
 
 std::string ChildDashboardCard::computeAvatarLetter() const { return quillmar::avatarLetter(child().name); }

@@ -35,12 +35,11 @@ class ChildDashboardCard final : public ObservableObject {
  public:
   using Reaction = std::function<void(const ChildProfileWithDevices&)>;
 
-  ChildDashboardCard(ChildProfileWithDevices child, std::int64_t position, Reaction onTap,
-                     Reaction onAddDevice);
+  ChildDashboardCard(ChildProfileWithDevices child, Reaction onTap, Reaction onAddDevice);
 
   Published<ChildProfileWithDevices> child;
   // Place in the list, from 0; only its entry follows from it.
-  Published<std::int64_t> position;
+  Published<std::int64_t> position{*this, "position", 0};
   // In seconds.
   Derived<double> appearanceDelay{*this, "appearanceDelay",
                                   [this] { return static_cast<double>(position()) * 0.1; }};

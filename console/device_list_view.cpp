@@ -1,33 +1,18 @@
 #include "console/device_list_view.h"
 
 #include <chrono>
-#include <map>
 #include <numeric>
-#include <string_view>
 #include <utility>
 
+#include "console/keyed_rows.h"
 #include "platform/hop.h"
 #include "presentation/adaptive_content.h"
 
 namespace quillmar {
 namespace {
 
-using CardRow = std::pair<std::string, std::shared_ptr<ChildDashboardCard>>;
-
 constexpr auto refreshPeriod =
     std::chrono::duration_cast<Duration>(std::chrono::duration<double>(DeviceListView::refreshInterval));
-
-// The service's ids are opaque; should one come twice, its rows are still rows of their own.
-class UniqueKeys {
- public:
-  std::string operator()(const std::string& id) {
-    const int before = seen_[id]++;
-    return before == 0 ? id : id + '\n' + std::to_string(before);
-  }
-
- private:
-  std::map<std::string, int> seen_;
-};
 
 }  // namespace
 
@@ -146,32 +131,17 @@ void DeviceListView::show(const std::vector<ChildProfileWithDevices>& fresh) {
 }
 
 void DeviceListView::updateCards() {
-  UniqueKeys keyOf;
-  std::vector<CardRow> rows;
-  rows.reserve(children().size());
-  bool isSameList = children().size() == cards.size();
-  for (const auto& child : children()) {
-    const auto position = static_cast<std::int64_t>(rows.size());
-    const std::string key = keyOf(child.id);
-    auto card = cards.share(key);
-    if (card) {
-      isSameList = isSameList && card->position() == position;
-      card->update(child, position);
-    } else {
-      isSameList = false;
-      card = makeCard(child, position);
-    }
-    rows.emplace_back(key, std::move(card));
-  }
-  if (!isSameList) {
-    cards.assign(std::move(rows));
-  }
+  showInRows(
+      cards, children(), [](const ChildProfileWithDevices& child) { return child.id; },
+      [this](const ChildProfileWithDevices& child) { return makeCard(child); },
+      [position = std::int64_t{0}](ChildDashboardCard& card, const ChildProfileWithDevices& child) mutable {
+        card.update(child, position++);
+      });
 }
 
-std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileWithDevices& child,
-                                                             std::int64_t position) {
+std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileWithDevices& child) {
   return std::make_shared<ChildDashboardCard>(
-      child, position, weakly([this](const ChildProfileWithDevices& tapped) { select(tapped); }),
+      child, weakly([this](const ChildProfileWithDevices& tapped) { select(tapped); }),
       weakly([this](const ChildProfileWithDevices& tapped) { addDeviceFor(tapped); }));
 }
 

@@ -153,7 +153,7 @@ class DeviceListView final : public ScreenModel {
   void handleBackgroundRefresh(const Result<ChildrenResponse>& result);
   void show(const std::vector<ChildProfileWithDevices>& fresh);
   void updateCards();
-  std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child, std::int64_t position);
+  std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child);
 
   void select(const ChildProfileWithDevices& child);
   void addDeviceFor(const ChildProfileWithDevices& child);

@@ -12,9 +12,11 @@
 namespace quillmar {
 namespace {
 
-std::shared_ptr<ChildDashboardCard> cardOf(ChildProfileWithDevices child, std::int64_t position = 0) {
+std::shared_ptr<ChildDashboardCard> cardOf(const ChildProfileWithDevices& child, std::int64_t position = 0) {
   const auto nothing = [](const ChildProfileWithDevices&) {};
-  return std::make_shared<ChildDashboardCard>(std::move(child), position, nothing, nothing);
+  auto card = std::make_shared<ChildDashboardCard>(child, nothing, nothing);
+  card->update(child, position);
+  return card;
 }
 
 std::shared_ptr<ChildDashboardCard> cardWith(std::vector<Device> devices) {
@@ -111,7 +113,7 @@ TEST(ChildDashboardCard, comes_in_a_tenth_of_a_second_after_the_one_before) {
 TEST(ChildDashboardCard, its_two_controls_give_the_child_as_it_is_by_then) {
   std::vector<std::string> told;
   ChildDashboardCard card(
-      makeChild("c1", "Mia"), 0,
+      makeChild("c1", "Mia"),
       [&](const ChildProfileWithDevices& child) { told.push_back("tap " + child.name); },
       [&](const ChildProfileWithDevices& child) { told.push_back("add " + child.name); });
   card.tap();
