@@ -123,6 +123,19 @@ TEST_F(Login, sends_what_was_typed_to_the_region_chosen) {
   EXPECT_EQ(app.screenNames().front(), "DeviceListView");
 }
 
+TEST_F(Login, a_token_of_one_blank_and_a_name_of_three_families_are_a_session) {
+  type("ann@example.com", "secret");
+  answer(
+      200,
+      R"({"token":" ","parent_id":"","email":"","name":"👨‍👩‍👧👩‍👩‍👦👨‍👨‍👦"})");
+  signIn();
+  EXPECT_TRUE(isLoggedIn());
+  EXPECT_EQ(app.environment().authState()->initials(), "👨‍👩‍👧👩‍👩‍👦");
+  app.restart();
+  EXPECT_TRUE(isLoggedIn());
+  EXPECT_EQ(app.screenNames().front(), "DeviceListView");
+}
+
 TEST_F(Login, while_one_sign_in_runs_there_is_no_second) {
   app.machine.http.hold();
   type("ann@example.com", "secret");
