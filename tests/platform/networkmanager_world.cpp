@@ -215,8 +215,7 @@ void NetworkManagerWorld::writeFiles() const {
 }
 
 void NetworkManagerWorld::start() {
-  manager_.emplace(
-      endingWithTheTest({"env", bus_.environment(), "unshare", "-n", "-m", "sh", file("world.sh").string()}));
+  manager_.emplace(endingWithTheTest(bus_.joining({"unshare", "-n", "-m", "sh", file("world.sh").string()})));
   running_ = bus_.run({"nm-online", "-q", "-s", "-t", "30"}).status == 0;
   EXPECT_TRUE(running_) << (std::ostringstream() << std::ifstream(file("log")).rdbuf()).str();
 }

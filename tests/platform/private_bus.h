@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/sandbox/support/run_command.h"
@@ -31,12 +32,13 @@ class PrivateBus {
   const std::filesystem::path& socket() const { return socket_; }
   std::string address() const { return "unix:path=" + socket_.string(); }
 
-  // Runs a program that finds this bus as the system's.
-  CommandResult run(std::vector<std::string> words) const {
-    words.insert(words.begin(), {"env", environment()});
-    return runCommand(words);
+  // The words that run a program which finds this bus in the place of the system's and the session's.
+  std::vector<std::string> joining(std::vector<std::string> words) const {
+    words.insert(words.begin(),
+                 {"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address(), "DBUS_SESSION_BUS_ADDRESS=" + address()});
+    return words;
   }
-  std::string environment() const { return "DBUS_SYSTEM_BUS_ADDRESS=" + address(); }
+  CommandResult run(std::vector<std::string> words) const { return runCommand(joining(std::move(words))); }
   // Until somebody owns the name.
   bool waitFor(const std::string& name) const {
     return run({"gdbus", "wait", "--system", "--timeout", "30", name}).status == 0;
