@@ -98,7 +98,7 @@ TEST_F(AddDevice, all_sheets_go_when_a_scan_is_done_and_the_dashboard_reloads) {
   app.screen<ScannerView>().done();
   EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
   app.settle();
-  EXPECT_GE(app.machine.http.count("GET", "/children"), 1U);
+  EXPECT_EQ(app.machine.http.count("GET", "/children"), 2U) << "coming back loads, and so does the news";
 }
 
 TEST_F(AddDevice, all_sheets_go_when_an_enrollment_by_hand_is_done) {

@@ -188,15 +188,6 @@ TEST_F(DashboardLoad, first_failed_leaves_the_timer_which_fills_the_list_without
   EXPECT_EQ(entries, 0);
 }
 
-TEST_F(DashboardLoad, that_ends_well_starts_a_timer_that_was_stopped) {
-  load();
-  setPhase(ScenePhase::inactive);
-  screen().loadChildren();
-  setPhase(ScenePhase::active);
-  app.settle();
-  EXPECT_TRUE(screen().isAutoRefreshing());
-}
-
 TEST_F(DashboardLoad, that_ends_after_the_screen_has_gone_starts_no_timer) {
   load();
   const auto kept = app.find<DeviceListView>();
@@ -242,6 +233,18 @@ TEST_F(DashboardRefresh, comes_every_thirty_seconds_and_first_after_thirty) {
   app.advance(1s);
   EXPECT_EQ(loads(), 1U);
   app.advance(90s);
+  EXPECT_EQ(loads(), 4U);
+}
+
+TEST_F(DashboardRefresh, keeps_to_its_times_whatever_is_loaded_in_between) {
+  load();
+  app.advance(20s);
+  screen().loadChildren();
+  app.advance(10s);
+  EXPECT_EQ(loads(), 2U);
+  screen().openSettings();
+  screen().showSettings = false;
+  app.advance(30s);
   EXPECT_EQ(loads(), 4U);
 }
 
