@@ -39,7 +39,7 @@ struct ChildDetailView::Fetch {
   std::size_t limit;
   std::optional<bool> wasBlocked;
   std::size_t kept;
-  std::string_view what;
+  std::string_view failureLine;
   void (ChildDetailView::*showRows)();
 };
 
@@ -106,17 +106,18 @@ void ChildDetailView::stopAllTimers() {
 
 void ChildDetailView::fetchRecentActivity() {
   fetch({recentLogs, isLoadingRecentLogs, span(ActivityTimeFilter::realTime), 20, std::nullopt,
-         shownRecentSites, "recent activity", &ChildDetailView::showRecentRows});
+         shownRecentSites,
+         "[ChildDetailView] Failed to fetch recent activity: ", &ChildDetailView::showRecentRows});
 }
 
 void ChildDetailView::fetchBlockedLogs() {
-  fetch({blockedLogs, isLoadingBlockedLogs, span(blockedTimeFilter()), 100, true, allSites, "blocked logs",
-         &ChildDetailView::showBlockedSiteRows});
+  fetch({blockedLogs, isLoadingBlockedLogs, span(blockedTimeFilter()), 100, true, allSites,
+         "[ChildDetailView] Failed to fetch blocked logs: ", &ChildDetailView::showBlockedSiteRows});
 }
 
 void ChildDetailView::fetchAllowedLogs() {
-  fetch({allowedLogs, isLoadingAllowedLogs, span(allowedTimeFilter()), 100, false, allSites, "allowed logs",
-         &ChildDetailView::showAllowedSiteRows});
+  fetch({allowedLogs, isLoadingAllowedLogs, span(allowedTimeFilter()), 100, false, allSites,
+         "[ChildDetailView] Failed to fetch allowed logs: ", &ChildDetailView::showAllowedSiteRows});
 }
 
 void ChildDetailView::fetch(const Fetch& list) {
@@ -139,8 +140,7 @@ void ChildDetailView::fetch(const Fetch& list) {
 void ChildDetailView::finishFetch(const Fetch& list, Result<std::vector<DNSLog>> result) {
   list.isLoading = false;
   if (!result.ok()) {
-    environment_.platform().log.system("[ChildDetailView] Failed to fetch " + std::string(list.what) + ": " +
-                                       result.error().localizedDescription());
+    environment_.platform().log.system(std::string(list.failureLine) + result.error().localizedDescription());
     return;
   }
   setIfChanged(list.logs, newestOfEachSite(std::move(result).value(), list.wasBlocked, list.kept));

@@ -1,0 +1,591 @@
+#include <functional>
+#include <ostream>
+
+#include "tests/console/child_detail_fixture.h"
+
+namespace quillmar {
+namespace {
+
+using namespace std::chrono_literals;
+using Names = std::vector<std::string>;
+using Logs = std::vector<DNSLog>;
+
+struct ActivityPage : ChildDetail {
+  static Names domains(const Logs& logs) {
+    Names all;
+    for (const auto& log : logs) {
+      all.push_back(log.domain);
+    }
+    return all;
+  }
+  static Logs sites(int count) {
+    Logs logs;
+    for (int i = 0; i < count; ++i) {
+      logs.push_back(makeLog("www.site" + std::to_string(i) + ".example", i));
+    }
+    return logs;
+  }
+  // The page of a child with one device, at its first list.
+  void openWithDevice(std::optional<ChildPolicy> policy = {}) {
+    open({makeDevice("d1")}, std::move(policy));
+    http().forgetRequests();
+  }
+  std::size_t fetches() { return count("GET", "/devices/d1/logs"); }
+  Names queries() {
+    Names all;
+    for (const auto& request : http().requests("GET", "/devices/d1/logs")) {
+      all.push_back(request.url.substr(request.url.find('?') + 1));
+    }
+    return all;
+  }
+  Names runningTimers() {
+    Names all;
+    const auto add = [&](bool isRunning, const char* name) {
+      if (isRunning) {
+        all.emplace_back(name);
+      }
+    };
+    add(page().isRecentActivityTimerRunning(), "recent");
+    add(page().isBlockedLogsTimerRunning(), "blocked");
+    add(page().isAllowedLogsTimerRunning(), "allowed");
+    add(page().isDeviceStatusTimerRunning(), "status");
+    return all;
+  }
+  void setTab(ChildDetailTab tab) {
+    EXPECT_TRUE(page().selectedTab.input(std::string(rawValue(tab))));
+    app.settle();
+  }
+  void setFilter(Input<ActivityTimeFilter>& filter, ActivityTimeFilter to) {
+    EXPECT_TRUE(filter.input(std::string(rawValue(to))));
+    app.settle();
+  }
+  Names recentSites() { return texts(page().recentActivityRows, &RecentActivityRow::site); }
+};
+
+// The live list.
+
+using RecentActivity = ActivityPage;
+
+TEST_F(RecentActivity, fills_at_the_first_tick_since_the_devices_are_not_known_before) {
+  answerLogs({makeLog("www.example.com", 1)});
+  open({makeDevice("d1")});
+  EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
+  EXPECT_FALSE(page().isLoadingRecentLogs());
+  app.advance(1999ms);
+  EXPECT_EQ(fetches(), 0U);
+  app.advance(1ms);
+  EXPECT_EQ(queries(), Names{"limit=20&since=2016-10-08T22:30:02Z"});
+  EXPECT_EQ(recentSites(), Names{"example.com"});
+  EXPECT_EQ(page().recentActivityRows[0].timeText(), "Just now");
+}
+
+TEST_F(RecentActivity, is_asked_for_every_2_seconds_from_each_device) {
+  open({makeDevice("d1"), makeDevice("d2")});
+  answerLogs({}, "d1");
+  answerLogs({}, "d2");
+  http().forgetRequests();
+  app.advance(6s);
+  EXPECT_EQ(count("GET", "/devices/d1/logs"), 3U);
+  EXPECT_EQ(count("GET", "/devices/d2/logs"), 3U);
+  EXPECT_EQ(queries()[0], "limit=10&since=2016-10-08T22:30:02Z");
+}
+
+TEST_F(RecentActivity, without_a_device_asks_nothing_and_is_empty) {
+  open();
+  http().forgetRequests();
+  int changes = 0;
+  const auto listening = page().observe([&](const Member& /*any*/) { ++changes; });
+  app.advance(10s);
+  EXPECT_TRUE(http().requests().empty());
+  EXPECT_EQ(changes, 0);
+  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+  EXPECT_FALSE(page().showsRecentCaption());
+}
+
+TEST_F(RecentActivity, empties_at_once_when_the_last_device_has_gone) {
+  answerLogs({makeLog("a.example", 1)});
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(page().recentLogs().size(), 1U);
+  http().answer("DELETE", "/children/c1/devices/d1", 204);
+  page().deviceRows[0].unlink();
+  page().unlinkSelectedDevice();
+  app.advance(2s);
+  EXPECT_TRUE(page().recentLogs().empty());
+  EXPECT_EQ(page().recentActivityRows.size(), 0U);
+  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+}
+
+TEST_F(RecentActivity, shows_blocked_and_allowed_sites_alike) {
+  answerLogs({makeLog("a.example", 1, true), makeLog("b.example", 2, false)});
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(recentSites(), (Names{"a.example", "b.example"}));
+  EXPECT_EQ(page().recentActivityRows[0].badge(), "Blocked");
+  EXPECT_EQ(page().recentActivityRows[1].badge(), std::nullopt);
+  EXPECT_TRUE(page().showsRecentCaption());
+}
+
+TEST_F(RecentActivity, keeps_ten_of_eleven_sites_and_ten_of_ten) {
+  answerLogs(sites(11));
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(page().recentLogs().size(), 10U);
+  EXPECT_EQ(page().recentActivityRows.size(), 10U);
+  EXPECT_EQ(recentSites().back(), "site9.example");
+  answerLogs(sites(10));
+  app.advance(2s);
+  EXPECT_EQ(page().recentLogs().size(), 10U);
+}
+
+TEST_F(RecentActivity, ten_are_counted_after_each_site_has_become_one) {
+  auto logs = sites(10);
+  for (int i = 0; i < 5; ++i) {
+    logs.insert(logs.begin() + i, makeLog("other" + std::to_string(i) + ".site0.example", 0));
+  }
+  answerLogs(logs);
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(page().recentLogs().size(), 10U);
+}
+
+TEST_F(RecentActivity, a_site_stands_once_with_its_newest_entry_whatever_sub_domain_and_case) {
+  answerLogs({makeLog("old.Example.com", 30), makeLog("NEW.example.COM", 5), makeLog("example.com", 20)});
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(domains(page().recentLogs()), Names{"NEW.example.COM"});
+  EXPECT_EQ(page().recentActivityRows[0].log().timestamp, "2016-10-08T22:30:55Z");
+}
+
+TEST_F(RecentActivity, spins_while_a_fetch_is_under_way) {
+  openWithDevice();
+  http().hold();
+  app.advance(2s);
+  EXPECT_TRUE(page().isLoadingRecentLogs());
+  http().complete(0, httpAnswer(200, R"({"logs":[]})"));
+  app.settle();
+  EXPECT_FALSE(page().isLoadingRecentLogs());
+  EXPECT_EQ(page().noRecentText(), "No recent activity");
+}
+
+TEST_F(RecentActivity, a_failure_is_logged_and_keeps_the_list) {
+  answerLogs({makeLog("a.example", 1)});
+  openWithDevice();
+  app.advance(2s);
+  http().failAlways("GET", "/devices/d1/logs", TransportError::Kind::timedOut);
+  app.advance(2s);
+  EXPECT_EQ(recentSites(), Names{"a.example"});
+  EXPECT_FALSE(page().isLoadingRecentLogs());
+  EXPECT_FALSE(page().showError());
+  EXPECT_EQ(app.machine.log.systemLines(),
+            Names{"[ChildDetailView] Failed to fetch recent activity: The request timed out."});
+}
+
+TEST_F(RecentActivity, fetches_may_overlap_and_the_last_answer_wins) {
+  openWithDevice();
+  http().hold();
+  app.advance(4s);
+  ASSERT_EQ(http().held().size(), 2U);
+  http().complete(1, httpAnswer(200, jsonOf(DNSLogsResponse{{makeLog("new.example", 1)}})));
+  app.settle();
+  EXPECT_EQ(recentSites(), Names{"new.example"});
+  http().complete(0, httpAnswer(200, jsonOf(DNSLogsResponse{{makeLog("old.example", 3)}})));
+  app.settle();
+  EXPECT_EQ(recentSites(), Names{"old.example"});
+}
+
+// Rows that live on.
+
+using ActivityRows = ActivityPage;
+
+TEST_F(ActivityRows, a_tick_that_brings_nothing_new_announces_and_makes_no_row) {
+  answerLogs(sites(5));
+  openWithDevice();
+  app.advance(2s);
+  Names changed;
+  const auto listening = page().observe([&](const Member& member) { changed.emplace_back(member.name()); });
+  int rowChanges = 0;
+  const auto* const row = &page().recentActivityRows[3];
+  const auto rowListening =
+      page().recentActivityRows[3].observe([&](const Member& /*any*/) { ++rowChanges; });
+  app.advance(2s);
+  EXPECT_EQ(changed, (Names{"isLoadingRecentLogs", "isLoadingRecentLogs"}));
+  EXPECT_EQ(rowChanges, 0);
+  EXPECT_EQ(&page().recentActivityRows[3], row);
+}
+
+TEST_F(ActivityRows, a_row_under_the_finger_survives_what_comes_above_it) {
+  answerLogs({makeLog("a.example", 5), makeLog("b.example", 6)});
+  openWithDevice();
+  app.advance(2s);
+  page().recentActivityRows[1].dragChanged(81, 0);
+  answerLogs({makeLog("new.example", 0), makeLog("www.b.example", 1), makeLog("a.example", 5)});
+  app.advance(2s);
+  EXPECT_EQ(recentSites(), (Names{"new.example", "b.example", "a.example"}));
+  auto& dragged = page().recentActivityRows[1];
+  EXPECT_EQ(dragged.offset(), 81);
+  EXPECT_EQ(dragged.log().domain, "www.b.example");
+  dragged.dragEnded(81, 0);
+  app.settle();
+  EXPECT_EQ(bodies("POST", "/children/c1/policy/allow"), Names{R"({"domain":"b.example"})"});
+}
+
+TEST_F(ActivityRows, times_go_on_while_the_entries_stand_still) {
+  answerLogs({makeLog("a.example", 0)});
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_EQ(page().recentActivityRows[0].timeText(), "Just now");
+  app.advance(58s);
+  EXPECT_EQ(page().recentActivityRows[0].timeText(), "1 min ago");
+}
+
+TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
+  answerLogs({makeLog("www.A.example", 1, true)});
+  answerPolicy("POST", "/allow", makePolicy(false, {"a.EXAMPLE"}));
+  openWithDevice();
+  app.advance(2s);
+  EXPECT_FALSE(page().recentActivityRows[0].isAlreadyAllowed());
+  page().recentActivityRows[0].allow();
+  app.settle();
+  EXPECT_TRUE(page().recentActivityRows[0].isAlreadyAllowed());
+  EXPECT_EQ(page().recentActivityRows[0].badge(), "Allowed");
+  EXPECT_EQ(page().recentLogs().size(), 1U);
+  setTab(ChildDetailTab::sitesBlocked);
+  EXPECT_TRUE(page().blockedSiteRows[0].isAlreadyAllowed());
+  answerPolicy("DELETE", "/allow/a.EXAMPLE", makePolicy());
+  page().permanentAllowedSiteRows[0].remove();
+  app.settle();
+  EXPECT_FALSE(page().blockedSiteRows[0].isAlreadyAllowed());
+  EXPECT_FALSE(page().recentActivityRows[0].isAlreadyAllowed());
+}
+
+TEST_F(ActivityRows, a_row_that_outlives_its_screen_fires_into_nothing) {
+  answerLogs({makeLog("a.example", 1)});
+  openWithDevice();
+  app.advance(2s);
+  const auto row = page().recentActivityRows.share("a.example");
+  screen.reset();
+  http().forgetRequests();
+  row->allow();
+  app.settle();
+  EXPECT_TRUE(http().requests().empty());
+}
+
+// The two lists that differ in little but their words.
+
+struct SiteTab {
+  std::string name;
+  ChildDetailTab tab;
+  bool wasBlocked;
+  std::string heading;
+  std::string failure;
+  Input<ActivityTimeFilter> ChildDetailView::*filter;
+  Published<Logs> ChildDetailView::*logs;
+  Published<bool> ChildDetailView::*isLoading;
+  Derived<std::string> ChildDetailView::*emptyHeading;
+  Derived<std::string> ChildDetailView::*emptyText;
+  Derived<std::vector<ChoiceItem>> ChildDetailView::*filters;
+  std::size_t (*rows)(const ChildDetailView&);
+};
+
+void PrintTo(const SiteTab& tab, std::ostream* out) { *out << tab.name; }
+
+const std::vector<SiteTab> siteTabs{
+    {.name = "blocked",
+     .tab = ChildDetailTab::sitesBlocked,
+     .wasBlocked = true,
+     .heading = "No sites blocked",
+     .failure = "blocked logs",
+     .filter = &ChildDetailView::blockedTimeFilter,
+     .logs = &ChildDetailView::blockedLogs,
+     .isLoading = &ChildDetailView::isLoadingBlockedLogs,
+     .emptyHeading = &ChildDetailView::noBlockedLogsHeading,
+     .emptyText = &ChildDetailView::noBlockedLogsText,
+     .filters = &ChildDetailView::blockedFilters,
+     .rows = [](const ChildDetailView& page) { return page.blockedSiteRows.size(); }},
+    {.name = "allowed",
+     .tab = ChildDetailTab::sitesAllowed,
+     .wasBlocked = false,
+     .heading = "No sites visited",
+     .failure = "allowed logs",
+     .filter = &ChildDetailView::allowedTimeFilter,
+     .logs = &ChildDetailView::allowedLogs,
+     .isLoading = &ChildDetailView::isLoadingAllowedLogs,
+     .emptyHeading = &ChildDetailView::noAllowedLogsHeading,
+     .emptyText = &ChildDetailView::noAllowedLogsText,
+     .filters = &ChildDetailView::allowedFilters,
+     .rows = [](const ChildDetailView& page) { return page.allowedSiteRows.size(); }},
+};
+
+struct SiteTabs : ActivityPage, testing::WithParamInterface<SiteTab> {
+  void openTab() {
+    openWithDevice();
+    setTab(GetParam().tab);
+  }
+  Input<ActivityTimeFilter>& filter() { return page().*GetParam().filter; }
+  const Logs& logs() { return (page().*GetParam().logs)(); }
+  ChildDetailTab otherTab() const {
+    return GetParam().wasBlocked ? ChildDetailTab::sitesAllowed : ChildDetailTab::sitesBlocked;
+  }
+};
+
+TEST_P(SiteTabs, fetches_on_entry_and_then_every_2_seconds) {
+  answerLogs({});
+  openTab();
+  EXPECT_EQ(queries(), Names{"limit=100&since=2016-10-08T22:30:00Z"});
+  EXPECT_EQ(runningTimers(), (Names{GetParam().name, "status"}));
+  app.advance(4s);
+  EXPECT_EQ(fetches(), 3U);
+}
+
+TEST_P(SiteTabs, shows_only_its_kind_of_entries_each_site_once) {
+  answerLogs({makeLog("both.example", 1, !GetParam().wasBlocked),
+              makeLog("www.both.example", 2, GetParam().wasBlocked),
+              makeLog("other.example", 3, !GetParam().wasBlocked),
+              makeLog("BOTH.example", 4, GetParam().wasBlocked)});
+  openTab();
+  EXPECT_EQ(domains(logs()), Names{"www.both.example"});
+  EXPECT_EQ(GetParam().rows(page()), 1U);
+}
+
+TEST_P(SiteTabs, keeps_all_its_sites) {
+  Logs many;
+  for (int i = 0; i < 50; ++i) {
+    many.push_back(makeLog("site" + std::to_string(i) + ".example", i, GetParam().wasBlocked));
+  }
+  answerLogs(many);
+  openTab();
+  EXPECT_EQ(logs().size(), 50U);
+}
+
+TEST_P(SiteTabs, another_span_is_fetched_once_and_stands_still) {
+  struct Span {
+    ActivityTimeFilter filter;
+    std::string since;
+  };
+  answerLogs({});
+  openTab();
+  for (const auto& [span, since] :
+       std::vector<Span>{{ActivityTimeFilter::last5Minutes, "2016-10-08T22:26:00Z"},
+                         {ActivityTimeFilter::lastHour, "2016-10-08T21:31:00Z"},
+                         {ActivityTimeFilter::today, "2016-10-07T22:31:00Z"}}) {
+    http().forgetRequests();
+    setFilter(filter(), span);
+    EXPECT_EQ(queries(), Names{"limit=100&since=" + since});
+    EXPECT_EQ(runningTimers(), Names{"status"});
+  }
+  http().forgetRequests();
+  app.advance(1min);
+  EXPECT_EQ(fetches(), 0U);
+}
+
+TEST_P(SiteTabs, back_in_real_time_fetches_at_once_and_starts_the_timer) {
+  answerLogs({});
+  openTab();
+  setFilter(filter(), ActivityTimeFilter::lastHour);
+  http().forgetRequests();
+  setFilter(filter(), ActivityTimeFilter::realTime);
+  EXPECT_EQ(fetches(), 1U);
+  EXPECT_EQ(runningTimers(), (Names{GetParam().name, "status"}));
+  app.advance(2s);
+  EXPECT_EQ(fetches(), 2U);
+}
+
+TEST_P(SiteTabs, the_chosen_span_chosen_again_changes_nothing) {
+  answerLogs({});
+  openTab();
+  app.advance(1s);
+  http().forgetRequests();
+  setFilter(filter(), ActivityTimeFilter::realTime);
+  setTab(GetParam().tab);
+  EXPECT_EQ(fetches(), 0U);
+  app.advance(1s);
+  EXPECT_EQ(fetches(), 1U) << "and the timer keeps its beat";
+}
+
+TEST_P(SiteTabs, a_change_of_span_on_another_tab_fetches_nothing_until_the_tab_is_entered) {
+  answerLogs({});
+  openWithDevice();
+  setTab(otherTab());
+  http().forgetRequests();
+  setFilter(filter(), ActivityTimeFilter::lastHour);
+  EXPECT_EQ(fetches(), 0U);
+  setTab(GetParam().tab);
+  EXPECT_EQ(queries(), Names{"limit=100&since=2016-10-08T21:31:00Z"});
+  EXPECT_EQ(runningTimers(), Names{"status"});
+}
+
+TEST_P(SiteTabs, the_span_and_the_list_survive_a_change_of_tab) {
+  answerLogs({makeLog("a.example", 1, GetParam().wasBlocked)});
+  openTab();
+  setFilter(filter(), ActivityTimeFilter::today);
+  http().hold();
+  setTab(ChildDetailTab::realTime);
+  setTab(GetParam().tab);
+  EXPECT_EQ(filter()(), ActivityTimeFilter::today);
+  EXPECT_EQ(logs().size(), 1U) << "shown until the next answer";
+  EXPECT_TRUE((page().*GetParam().isLoading)());
+}
+
+TEST_P(SiteTabs, without_a_device_asks_nothing) {
+  open();
+  http().forgetRequests();
+  setTab(GetParam().tab);
+  app.advance(10s);
+  EXPECT_TRUE(http().requests().empty());
+  EXPECT_FALSE((page().*GetParam().isLoading)());
+  EXPECT_EQ((page().*GetParam().emptyHeading)(), "Link a device to see activity");
+  EXPECT_EQ((page().*GetParam().emptyText)(), "in the last 60 seconds");
+}
+
+TEST_P(SiteTabs, an_empty_list_says_of_what_time) {
+  answerLogs({});
+  openTab();
+  EXPECT_EQ((page().*GetParam().emptyHeading)(), GetParam().heading);
+  EXPECT_EQ((page().*GetParam().emptyText)(), "in the last 60 seconds");
+  for (const auto span :
+       {ActivityTimeFilter::last5Minutes, ActivityTimeFilter::lastHour, ActivityTimeFilter::today}) {
+    setFilter(filter(), span);
+    EXPECT_EQ((page().*GetParam().emptyText)(), "during this time period");
+  }
+}
+
+TEST_P(SiteTabs, the_chips_are_the_four_spans_with_one_selected) {
+  openTab();
+  setFilter(filter(), ActivityTimeFilter::lastHour);
+  EXPECT_EQ((page().*GetParam().filters)(),
+            (std::vector<ChoiceItem>{
+                {"Real-Time", false}, {"Last 5 min", false}, {"Last Hour", true}, {"Today", false}}));
+}
+
+TEST_P(SiteTabs, a_failure_is_logged_and_keeps_the_list) {
+  answerLogs({makeLog("a.example", 1, GetParam().wasBlocked)});
+  openTab();
+  app.machine.log.clear();
+  http().answerAlways("GET", "/devices/d1/logs", 403);
+  app.advance(2s);
+  EXPECT_EQ(logs().size(), 1U);
+  EXPECT_FALSE((page().*GetParam().isLoading)());
+  EXPECT_FALSE(page().showError());
+  EXPECT_EQ(app.machine.log.systemLines(),
+            Names{"[ChildDetailView] Failed to fetch " + GetParam().failure + ": Access denied"});
+}
+
+INSTANTIATE_TEST_SUITE_P(Tabs, SiteTabs, testing::ValuesIn(siteTabs),
+                         [](const auto& tested) { return tested.param.name; });
+
+// Timers.
+
+using ActivityTimers = ActivityPage;
+
+TEST_F(ActivityTimers, only_the_shown_tabs_runs) {
+  answerLogs({});
+  openWithDevice();
+  EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
+  setTab(ChildDetailTab::sitesBlocked);
+  EXPECT_EQ(runningTimers(), (Names{"blocked", "status"}));
+  setTab(ChildDetailTab::sitesAllowed);
+  EXPECT_EQ(runningTimers(), (Names{"allowed", "status"}));
+  setTab(ChildDetailTab::realTime);
+  EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
+  http().forgetRequests();
+  app.advance(10s);
+  EXPECT_EQ(fetches(), 5U) << "one timer, however often the tab was changed";
+}
+
+TEST_F(ActivityTimers, a_change_of_tab_leaves_the_devices_timer_alone) {
+  answerLogs({});
+  openWithDevice();
+  app.advance(14s);
+  setTab(ChildDetailTab::sitesBlocked);
+  app.advance(1s);
+  EXPECT_EQ(count("GET", "/children/c1"), 1U);
+}
+
+TEST_F(ActivityTimers, none_starts_while_the_screen_is_not_up) {
+  make();
+  page().selectedTab = ChildDetailTab::sitesBlocked;
+  page().blockedTimeFilter = ActivityTimeFilter::today;
+  page().blockedTimeFilter = ActivityTimeFilter::realTime;
+  EXPECT_TRUE(runningTimers().empty());
+  openWithDevice();
+  page().disappear();
+  setTab(ChildDetailTab::sitesAllowed);
+  page().allowedTimeFilter = ActivityTimeFilter::today;
+  app.advance(1min);
+  EXPECT_TRUE(runningTimers().empty());
+  EXPECT_TRUE(http().requests().empty());
+}
+
+TEST_F(ActivityTimers, an_appearance_starts_that_of_the_tab_that_is_selected) {
+  answerLogs({});
+  openWithDevice();
+  setTab(ChildDetailTab::sitesAllowed);
+  page().disappear();
+  page().appear();
+  EXPECT_EQ(runningTimers(), (Names{"allowed", "status"}));
+}
+
+TEST_F(ActivityTimers, a_sheet_over_the_screen_stops_none) {
+  answerLogs({});
+  openWithDevice();
+  page().editName();
+  EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
+}
+
+TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time_leave_nothing_behind) {
+  openWithDevice();
+  constexpr int ticks = 8 * 60 * 60 / 2;
+  int failures = 0;
+  http().setLatency(300ms);
+  for (int tick = 1; tick <= ticks; ++tick) {
+    if (tick % 10 == 3) {
+      http().fail("GET", "/devices/d1/logs", TransportError::Kind::networkConnectionLost);
+      ++failures;
+    } else {
+      http().answer("GET", "/devices/d1/logs", 200,
+                    jsonOf(DNSLogsResponse{{makeLog("now" + std::to_string(tick % 97) + ".example", 1),
+                                            makeLog("always.example", 2)}}));
+    }
+    app.advance(2s);
+    ASSERT_LE(page().recentActivityRows.size(), 2U);
+    if (tick % 1800 == 0) {
+      EXPECT_EQ(fetches(), 1800U) << "one timer, one fetch a tick";
+      EXPECT_EQ(count("GET", "/children/c1"), 240U);
+      EXPECT_EQ(std::ssize(app.machine.log.systemLines()), failures);
+      EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
+      EXPECT_FALSE(page().showError());
+      failures = 0;
+      http().forgetRequests();
+      app.machine.log.clear();
+    }
+  }
+  app.advance(1s);
+  EXPECT_FALSE(page().isLoadingRecentLogs());
+  http().forgetRequests();
+  page().disappear();
+  app.advance(1min);
+  EXPECT_TRUE(http().requests().empty());
+  EXPECT_FALSE(app.machine.dispatch.hasReadyWork());
+  EXPECT_GT(app.machine.dispatch.nextDue(), app.machine.dispatch.now() + 24h)
+      << "no timer and no task is left";
+}
+
+TEST_F(ActivityTimers, the_sentences_are_the_systems_own) {
+  make();
+  EXPECT_EQ(page().recentTitle(), "Recent Activity");
+  EXPECT_EQ(page().swipeToAllowText(), "Swipe right to allow");
+  EXPECT_EQ(page().swipeToBlockText(), "Swipe right to block");
+  EXPECT_EQ(page().recentHelp(),
+            "Sites visited in the last 60 seconds will appear here. Swipe right to add to allowed list.");
+  EXPECT_EQ(page().blockedLogsTitle(), "Blocked Sites");
+  EXPECT_EQ(page().allowedLogsTitle(), "Sites Visited");
+  EXPECT_EQ(page().permanentTitle(), "Sites You've Allowed");
+  EXPECT_EQ(page().permanentCaption(), "These sites are always allowed. Swipe left to remove.");
+  EXPECT_EQ(page().noPermanentHeading(), "No sites manually allowed yet");
+  EXPECT_EQ(page().noPermanentText(),
+            "Default sites (Quillmar, Microsoft, Apple, Google) are always allowed.");
+}
+
+}  // namespace
+}  // namespace quillmar

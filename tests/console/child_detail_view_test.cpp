@@ -1,0 +1,399 @@
+#include "console/child_detail_view.h"
+
+#include <limits>
+
+#include "presentation/avatar.h"
+#include "tests/console/child_detail_fixture.h"
+
+namespace quillmar {
+namespace {
+
+using namespace std::chrono_literals;
+using Names = std::vector<std::string>;
+
+struct ChildDetailPage : ChildDetail {
+  Names deviceNames() { return texts(page().deviceRows, &SwipeableDeviceRow::deviceDisplayName); }
+};
+
+TEST_F(ChildDetailPage, starts_with_nothing_known) {
+  make(2010);
+  EXPECT_TRUE(page().devices().empty());
+  EXPECT_EQ(page().policy(), std::nullopt);
+  EXPECT_FALSE(page().isLoading());
+  EXPECT_EQ(page().selectedTab(), ChildDetailTab::realTime);
+  EXPECT_FALSE(page().isBlocked());
+  EXPECT_EQ(page().blockMode(), "blacklist");
+  EXPECT_EQ(page().onlineText(), "0/0 online");
+  EXPECT_EQ(page().onlineDotColor(), "statusOffline");
+  app.settle();
+  EXPECT_TRUE(http().requests().empty()) << "nothing is asked before it appears";
+}
+
+TEST_F(ChildDetailPage, appearing_loads_the_child_and_shows_its_devices) {
+  auto online = makeDevice("d2", false);
+  online.isOnline = true;
+  open({makeDevice("d1", false), online});
+  EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
+  EXPECT_EQ(deviceNames(), (Names{"Device d1", "Device d2"}));
+  EXPECT_EQ(page().onlineText(), "1/2 online");
+  EXPECT_EQ(page().onlineDotColor(), "brandGreen");
+  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen Just now");
+  EXPECT_EQ(page().deviceRows[1].lastSeenText(), "Online now");
+  EXPECT_FALSE(page().isLoading());
+}
+
+TEST_F(ChildDetailPage, a_failed_load_is_told_and_empties_nothing) {
+  open({makeDevice("d1")}, makePolicy(false, {"a.example"}));
+  http().fail("GET", "/children/c1", TransportError::Kind::timedOut);
+  page().reloadChild();
+  app.settle();
+  expectAlert("The request timed out.");
+  EXPECT_EQ(deviceNames(), Names{"Device d1"});
+  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
+  EXPECT_TRUE(page().dismissError());
+  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().dismissError()) << "there is nothing to dismiss";
+}
+
+TEST_F(ChildDetailPage, an_answer_without_a_policy_keeps_the_toggle_and_the_lists) {
+  auto blocking = makePolicy(false, {"a.example"}, {"b.example"});
+  open({}, blocking);
+  answerChild({makeDevice("d1")}, std::nullopt);
+  page().reloadChild();
+  app.settle();
+  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_EQ(page().policy(), blocking);
+  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
+}
+
+// The header.
+
+TEST_F(ChildDetailPage, the_header_says_who_it_is) {
+  make(2010);
+  EXPECT_EQ(page().name(), "Mia");
+  EXPECT_EQ(page().avatarLetter(), "M");
+  EXPECT_EQ(page().avatarColor(), rawValue(avatarColor("Mia")));
+  EXPECT_EQ(page().ageText(), "6 years old");
+}
+
+TEST_F(ChildDetailPage, the_age_is_there_only_with_a_birth_year_and_has_no_bounds) {
+  make();
+  EXPECT_EQ(page().ageText(), std::nullopt);
+  make(2016);
+  EXPECT_EQ(page().ageText(), "0 years old");
+  make(2020);
+  EXPECT_EQ(page().ageText(), "-4 years old");
+  make(std::numeric_limits<std::int64_t>::min());
+  EXPECT_NE(page().ageText(), std::nullopt);
+}
+
+TEST_F(ChildDetailPage, the_year_is_that_of_the_devices_calendar) {
+  // 31 December 2016, 23:30 UTC.
+  app.advance(std::chrono::hours(24 * 84) + 59min);
+  make(2010);
+  EXPECT_EQ(page().ageText(), "6 years old");
+  app.machine.deviceInfo.deviceTimeZone = "Australia/Sydney";
+  make(2010);
+  EXPECT_EQ(page().ageText(), "7 years old");
+  app.advance(2h);
+  app.machine.deviceInfo.deviceTimeZone = "America/New_York";
+  make(2010);
+  EXPECT_EQ(page().ageText(), "6 years old");
+}
+
+TEST_F(ChildDetailPage, the_tabs_are_the_three_in_order) {
+  make();
+  EXPECT_EQ(page().tabs(), (std::vector<ChoiceItem>{
+                               {"Real-Time", true}, {"Sites Blocked", false}, {"Sites Allowed", false}}));
+  page().selectedTab = ChildDetailTab::sitesAllowed;
+  EXPECT_TRUE(page().tabs()[2].isSelected);
+  EXPECT_FALSE(page().tabs()[0].isSelected);
+}
+
+TEST_F(ChildDetailPage, done_dismisses_and_updates_nobody) {
+  open();
+  EXPECT_TRUE(page().done());
+  EXPECT_EQ(order, "dismiss ");
+}
+
+// The devices' status.
+
+TEST_F(ChildDetailPage, the_devices_are_refreshed_every_15_seconds) {
+  open();
+  EXPECT_TRUE(page().isDeviceStatusTimerRunning());
+  app.advance(14999ms);
+  EXPECT_EQ(count("GET", "/children/c1"), 1U);
+  answerChild({makeDevice("d1")});
+  app.advance(1ms);
+  EXPECT_EQ(count("GET", "/children/c1"), 2U);
+  EXPECT_EQ(deviceNames(), Names{"Device d1"});
+  app.advance(30s);
+  EXPECT_EQ(count("GET", "/children/c1"), 4U);
+}
+
+TEST_F(ChildDetailPage, a_refresh_leaves_the_policy_alone) {
+  open({}, makePolicy(false, {"a.example"}));
+  answerChild({makeDevice("d1")}, makePolicy(true, {"z.example"}, {"y.example"}));
+  app.advance(15s);
+  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_FALSE(page().isBlocked());
+  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
+  EXPECT_TRUE(page().blockedDomains().empty());
+  EXPECT_TRUE(policyCalls().empty());
+}
+
+TEST_F(ChildDetailPage, a_failed_refresh_is_silent_and_keeps_the_devices) {
+  open({makeDevice("d1")});
+  http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
+  app.advance(45s);
+  EXPECT_FALSE(page().showError());
+  EXPECT_EQ(page().devices().size(), 1U);
+}
+
+TEST_F(ChildDetailPage, a_disappearance_ends_all_timers_and_an_appearance_begins_anew) {
+  open({makeDevice("d1")});
+  page().disappear();
+  EXPECT_FALSE(page().isDeviceStatusTimerRunning());
+  EXPECT_FALSE(page().isRecentActivityTimerRunning());
+  http().forgetRequests();
+  app.advance(1h);
+  EXPECT_TRUE(http().requests().empty());
+  page().appear();
+  app.advance(15s);
+  EXPECT_EQ(count("GET", "/children/c1"), 2U) << "one load and one tick of one timer";
+}
+
+TEST_F(ChildDetailPage, an_answer_after_its_end_is_told_to_nobody) {
+  answerChild({makeDevice("d1")}, makePolicy(true));
+  make();
+  screen->appear();
+  screen.reset();
+  app.settle();
+  EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
+}
+
+// The rows of the devices.
+
+TEST_F(ChildDetailPage, a_refresh_that_brings_nothing_new_announces_and_makes_no_row) {
+  open({makeDevice("d1"), makeDevice("d2")});
+  page().deviceRows[1].dragEnded(-100, 0);
+  const auto* const row = &page().deviceRows[1];
+  int changes = 0;
+  const auto listening = page().observe([&](const Member& member) {
+    changes += member.name() == "deviceRows" || member.name() == "devices" ? 1 : 0;
+  });
+  const auto rowListening = page().deviceRows[1].observe([&](const Member& /*any*/) { ++changes; });
+  app.advance(15s);
+  EXPECT_EQ(changes, 0);
+  EXPECT_EQ(&page().deviceRows[1], row);
+  EXPECT_TRUE(page().deviceRows[1].isSwiped());
+}
+
+TEST_F(ChildDetailPage, a_row_stays_its_devices_when_others_come_and_go) {
+  open({makeDevice("d1"), makeDevice("d2")});
+  page().deviceRows[1].dragChanged(-50, 0);
+  answerChild({makeDevice("d2"), makeDevice("d3")});
+  app.advance(15s);
+  EXPECT_EQ(deviceNames(), (Names{"Device d2", "Device d3"}));
+  EXPECT_EQ(page().deviceRows[0].offset(), -50);
+  EXPECT_EQ(page().deviceRows[1].offset(), 0);
+}
+
+TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_its_data_stand_still) {
+  open({makeDevice("d1", false)});
+  app.advance(60s);
+  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago");
+}
+
+TEST_F(ChildDetailPage, two_devices_of_one_id_are_two_rows) {
+  open({makeDevice("d1"), makeDevice("d1")});
+  EXPECT_EQ(page().deviceRows.size(), 2U);
+}
+
+// Unlinking.
+
+TEST_F(ChildDetailPage, unlinking_asks_first_and_cancel_changes_nothing) {
+  open({makeDevice("d1")});
+  EXPECT_FALSE(page().unlinkSelectedDevice());
+  page().deviceRows[0].unlink();
+  EXPECT_TRUE(page().showUnlinkConfirmation());
+  EXPECT_EQ(page().deviceToUnlink()->id, "d1");
+  EXPECT_EQ(page().unlinkAlertText(),
+            "This will remove Device d1 from Mia's profile. The device will still exist and can be linked to "
+            "another child.");
+  EXPECT_TRUE(page().cancelUnlinking());
+  app.settle();
+  EXPECT_EQ(count("DELETE", "/children/c1/devices/d1"), 0U);
+  EXPECT_EQ(page().devices().size(), 1U);
+}
+
+TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) {
+  http().answer("DELETE", "/children/c1/devices/d1", 204);
+  open({makeDevice("d1"), makeDevice("d2"), makeDevice("d1")});
+  page().deviceRows[0].unlink();
+  EXPECT_TRUE(page().unlinkSelectedDevice());
+  EXPECT_FALSE(page().showUnlinkConfirmation());
+  EXPECT_EQ(page().devices().size(), 3U) << "not before the service has answered";
+  app.settle();
+  EXPECT_EQ(deviceNames(), Names{"Device d2"});
+  EXPECT_EQ(order, "update ");
+}
+
+TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
+  http().answer("DELETE", "/children/c1/devices/d1", 403);
+  open({makeDevice("d1")});
+  page().deviceRows[0].unlink();
+  page().unlinkSelectedDevice();
+  app.settle();
+  expectAlert("Access denied");
+  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_EQ(updates, 0);
+}
+
+TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and_does_nothing) {
+  open();
+  http().forgetRequests();
+  page().showUnlinkConfirmation = true;
+  EXPECT_EQ(
+      page().unlinkAlertText(),
+      "This will remove this device from Mia's profile. The device will still exist and can be linked to "
+      "another child.");
+  page().unlinkSelectedDevice();
+  app.settle();
+  EXPECT_TRUE(http().requests().empty());
+}
+
+// Linking.
+
+TEST_F(ChildDetailPage, a_linked_device_loads_the_child_again_and_nothing_else) {
+  open();
+  page().linkDevice();
+  app.settle();
+  http().forgetRequests();
+  answerChild({makeDevice("d9")});
+  http().answer("POST", "/children/c1/devices", 204);
+  page().showLinkDevice->linkSelectedDevice(makeDevice("d9"));
+  app.settle();
+  EXPECT_FALSE(page().showLinkDevice());
+  EXPECT_EQ(http().calls(), (Names{"POST /children/c1/devices", "GET /children/c1"}));
+  EXPECT_EQ(deviceNames(), Names{"Device d9"});
+  EXPECT_EQ(updates, 0);
+}
+
+// The name.
+
+TEST_F(ChildDetailPage, the_name_sheet_opens_with_the_name) {
+  open();
+  page().editName();
+  ASSERT_TRUE(page().showEditName());
+  EXPECT_EQ(page().showEditName->name(), "Mia");
+}
+
+TEST_F(ChildDetailPage, a_saved_name_updates_and_closes_the_screen) {
+  http().answer("PUT", "/children/c1", 200,
+                R"({"id":"c1","family_id":"f1","name":"Zoe","display_order":0,"is_active":true,)"
+                R"("created_at":"c","updated_at":"u"})");
+  open();
+  page().editName();
+  page().showEditName->name = std::string("Zoe");
+  page().showEditName->save();
+  EXPECT_EQ(page().editedName(), "Zoe");
+  EXPECT_EQ(order, "") << "not before the service has answered";
+  app.settle();
+  EXPECT_EQ(bodies("PUT", "/children/c1"), Names{R"({"name":"Zoe"})"});
+  EXPECT_EQ(order, "update dismiss ");
+  EXPECT_EQ(page().name(), "Mia") << "the screen never shows the new one";
+}
+
+TEST_F(ChildDetailPage, a_failed_name_keeps_the_screen) {
+  http().answer("PUT", "/children/c1", 500, R"({"error":"Too long"})");
+  open();
+  page().editName();
+  page().showEditName->name = std::string("Zoe");
+  page().showEditName->save();
+  app.settle();
+  expectAlert("Too long");
+  EXPECT_EQ(order, "");
+}
+
+TEST_F(ChildDetailPage, an_empty_name_is_not_sent) {
+  open();
+  http().forgetRequests();
+  page().editName();
+  page().showEditName->name = std::string();
+  EXPECT_FALSE(page().showEditName->save());
+  app.settle();
+  EXPECT_TRUE(http().requests().empty());
+}
+
+// The end of the profile.
+
+TEST_F(ChildDetailPage, deleting_the_profile_asks_first) {
+  open();
+  http().forgetRequests();
+  EXPECT_FALSE(page().deleteChildProfile());
+  page().deleteProfile();
+  EXPECT_TRUE(page().showDeleteConfirmation());
+  EXPECT_EQ(page().deleteAlertTitle(), "Delete Mia?");
+  page().cancelDeletion();
+  EXPECT_FALSE(page().showDeleteConfirmation());
+  app.settle();
+  EXPECT_TRUE(http().requests().empty());
+}
+
+TEST_F(ChildDetailPage, a_deleted_profile_updates_and_closes_the_screen) {
+  http().answer("DELETE", "/children/c1", 204);
+  open();
+  page().deleteProfile();
+  EXPECT_TRUE(page().deleteChildProfile());
+  EXPECT_FALSE(page().showDeleteConfirmation());
+  app.settle();
+  EXPECT_EQ(order, "update dismiss ");
+}
+
+TEST_F(ChildDetailPage, a_failed_deletion_keeps_the_screen) {
+  http().answer("DELETE", "/children/c1", 404);
+  open();
+  page().deleteProfile();
+  page().deleteChildProfile();
+  app.settle();
+  expectAlert("Resource not found");
+  EXPECT_EQ(order, "");
+}
+
+TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_screen_go) {
+  http().answer("DELETE", "/children/c1", 204);
+  open();
+  screen->setDismissHandler([this] { screen.reset(); });
+  page().deleteProfile();
+  page().deleteChildProfile();
+  app.settle();
+  EXPECT_EQ(screen, nullptr);
+  EXPECT_EQ(updates, 1);
+}
+
+TEST_F(ChildDetailPage, the_sentences_are_the_systems_own) {
+  make();
+  EXPECT_EQ(page().doneTitle(), "Done");
+  EXPECT_EQ(page().devicesTitle(), "Devices");
+  EXPECT_EQ(page().noDevicesText(), "No devices linked yet");
+  EXPECT_EQ(page().linkDeviceTitle(), "Link Device");
+  EXPECT_EQ(page().unlinkAlertTitle(), "Unlink Device?");
+  EXPECT_EQ(page().unlinkTitle(), "Unlink");
+  EXPECT_EQ(page().deleteProfileTitle(), "Delete Child Profile");
+  EXPECT_EQ(page().deleteAlertText(),
+            "This will remove the child profile and unlink all their devices. The devices will remain but "
+            "won't be associated with this child.");
+  EXPECT_EQ(page().deleteTitle(), "Delete");
+  EXPECT_EQ(page().errorTitle(), "Error");
+  EXPECT_EQ(page().okTitle(), "OK");
+  EXPECT_EQ(page().screenTimeTitle(), "Screen Time Limits");
+  EXPECT_EQ(page().screenTimeBadge(), "Coming Soon");
+  EXPECT_EQ(page().screenTimeText(), "Schedule internet access times");
+  EXPECT_EQ(page().screenTimeRowTitle(), "Block Internet");
+  EXPECT_EQ(page().screenTimeRowValue(), "9:00 PM - 7:00 AM");
+}
+
+}  // namespace
+}  // namespace quillmar

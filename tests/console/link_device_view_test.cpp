@@ -1,0 +1,254 @@
+#include "console/link_device_view.h"
+
+#include "tests/console/child_detail_fixture.h"
+
+namespace quillmar {
+namespace {
+
+using namespace std::chrono_literals;
+using Names = std::vector<std::string>;
+
+struct LinkDevice : testing::Test {
+  LinkDevice() {
+    app.machine.settings.set(settings::authToken, std::string("token"));
+    app.settle();
+    answerWith({makeDevice("d1"), makeDevice("d2")});
+    sheet = std::make_shared<LinkDeviceView>(app.environment(), "c1", [this] { order += "linked "; });
+    sheet->setDismissHandler([this] { order += "dismissed "; });
+  }
+
+  void answerWith(std::vector<Device> devices) {
+    http().answerAlways("GET", "/children", 200,
+                        jsonOf(ChildrenResponse{.children = {makeChild("c9", "Other", {makeDevice("d9")})},
+                                                .unassignedDevices = std::move(devices)}));
+  }
+  void open() {
+    sheet->appear();
+    app.settle();
+  }
+  ScriptedHttpSession& http() { return app.machine.http; }
+  Names names() {
+    Names all;
+    for (std::size_t i = 0; i < sheet->deviceRows.size(); ++i) {
+      all.push_back(sheet->deviceRows[i].deviceDisplayName());
+    }
+    return all;
+  }
+
+  TestApplication app{asParent()};
+  std::string order;
+  std::shared_ptr<LinkDeviceView> sheet;
+};
+
+TEST_F(LinkDevice, loads_the_devices_without_a_child_and_throws_the_children_away) {
+  EXPECT_EQ(sheet->content(), LinkDeviceContent::loading);
+  sheet->appear();
+  EXPECT_TRUE(sheet->isLoading());
+  app.settle();
+  EXPECT_FALSE(sheet->isLoading());
+  EXPECT_EQ(http().calls(), Names{"GET /children"});
+  EXPECT_EQ(names(), (Names{"Device d1", "Device d2"}));
+  EXPECT_EQ(sheet->content(), LinkDeviceContent::list);
+}
+
+TEST_F(LinkDevice, says_when_there_is_no_such_device) {
+  answerWith({});
+  open();
+  EXPECT_EQ(sheet->content(), LinkDeviceContent::empty);
+}
+
+TEST_F(LinkDevice, a_row_says_what_kind_of_device_it_is) {
+  auto device = makeDevice("d1");
+  device.friendlyName = "Mia's Mac";
+  device.deviceType = "mac";
+  answerWith({device});
+  open();
+  EXPECT_EQ(sheet->deviceRows[0].deviceDisplayName(), "Mia's Mac");
+  EXPECT_EQ(sheet->deviceRows[0].deviceTypeLabel(), "Mac");
+  EXPECT_EQ(sheet->deviceRows[0].deviceIconName(), "laptopcomputer");
+}
+
+TEST_F(LinkDevice, a_failed_load_is_told_and_keeps_what_was_there) {
+  open();
+  http().failAlways("GET", "/children", TransportError::Kind::timedOut);
+  sheet->loadUnassignedDevices();
+  EXPECT_EQ(sheet->content(), LinkDeviceContent::loading);
+  app.settle();
+  EXPECT_TRUE(sheet->showError());
+  EXPECT_EQ(sheet->errorMessage(), "The request timed out.");
+  EXPECT_EQ(names(), (Names{"Device d1", "Device d2"}));
+  EXPECT_TRUE(sheet->dismissError());
+  EXPECT_FALSE(sheet->showError());
+}
+
+TEST_F(LinkDevice, a_tap_links_the_device_then_tells_then_closes) {
+  http().answer("POST", "/children/c1/devices", 204);
+  open();
+  EXPECT_TRUE(sheet->deviceRows[1].link());
+  EXPECT_EQ(order, "") << "not before the service has answered";
+  app.settle();
+  EXPECT_EQ(http().requests("POST", "/children/c1/devices").at(0).body, R"({"device_id":"d2"})");
+  EXPECT_EQ(order, "linked dismissed ");
+}
+
+TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
+  http().answer("POST", "/children/c1/devices", 403);
+  open();
+  sheet->deviceRows[0].link();
+  app.settle();
+  EXPECT_EQ(sheet->errorMessage(), "Access denied");
+  EXPECT_TRUE(sheet->showError());
+  EXPECT_EQ(order, "");
+  EXPECT_EQ(names().size(), 2U);
+}
+
+TEST_F(LinkDevice, cancel_closes_without_a_word) {
+  open();
+  http().forgetRequests();
+  sheet->cancel();
+  app.settle();
+  EXPECT_EQ(order, "dismissed ");
+  EXPECT_TRUE(http().requests().empty());
+}
+
+TEST_F(LinkDevice, deleting_asks_first_and_cancel_deletes_nothing) {
+  open();
+  EXPECT_FALSE(sheet->deleteSelectedDevice());
+  sheet->deleteAt(1);
+  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_EQ(sheet->deviceToDelete()->id, "d2");
+  EXPECT_EQ(sheet->deletionText(),
+            "This will permanently delete Device d2 and unregister it from Quillmar. This cannot be undone.");
+  EXPECT_TRUE(sheet->cancelDeletion());
+  app.settle();
+  EXPECT_EQ(http().count("DELETE", "/devices/d2"), 0U);
+  EXPECT_EQ(sheet->deviceToDelete()->id, "d2") << "kept until the next use";
+}
+
+TEST_F(LinkDevice, a_place_outside_of_the_list_asks_nothing) {
+  open();
+  for (const std::int64_t index : {-1, 2, 1000}) {
+    sheet->deleteAt(index);
+    EXPECT_FALSE(sheet->showDeleteConfirmation());
+    EXPECT_EQ(sheet->deviceToDelete(), std::nullopt);
+  }
+  EXPECT_EQ(
+      sheet->deletionText(),
+      "This will permanently delete this device and unregister it from Quillmar. This cannot be undone.");
+}
+
+TEST_F(LinkDevice, whoever_can_not_swipe_deletes_from_the_row) {
+  open();
+  sheet->deviceRows[0].remove();
+  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_EQ(sheet->deviceToDelete()->id, "d1");
+}
+
+TEST_F(LinkDevice, a_deleted_device_leaves_the_list_and_the_sheet_stays) {
+  http().answer("DELETE", "/devices/d1", 200, "ignored");
+  open();
+  sheet->deleteAt(0);
+  EXPECT_TRUE(sheet->deleteSelectedDevice());
+  EXPECT_FALSE(sheet->showDeleteConfirmation());
+  EXPECT_EQ(names().size(), 2U) << "not before the service has answered";
+  app.settle();
+  EXPECT_EQ(names(), Names{"Device d2"});
+  EXPECT_EQ(order, "linked ") << "the caller is to load again";
+}
+
+TEST_F(LinkDevice, a_failed_deletion_is_told_and_the_device_stays) {
+  http().answer("DELETE", "/devices/d1", 500, R"({"error":"Not now"})");
+  open();
+  sheet->deleteAt(0);
+  sheet->deleteSelectedDevice();
+  app.settle();
+  EXPECT_EQ(sheet->errorMessage(), "Not now");
+  EXPECT_EQ(names().size(), 2U);
+  EXPECT_EQ(order, "");
+}
+
+TEST_F(LinkDevice, without_a_device_nothing_is_deleted) {
+  open();
+  http().forgetRequests();
+  sheet->showDeleteConfirmation = true;
+  sheet->deleteSelectedDevice();
+  app.settle();
+  EXPECT_TRUE(http().requests().empty());
+}
+
+TEST_F(LinkDevice, a_load_that_answers_after_a_deletion_replaces_the_whole_list) {
+  http().answer("DELETE", "/devices/d1", 204);
+  open();
+  http().hold("GET", "/children");
+  sheet->loadUnassignedDevices();
+  app.settle();
+  sheet->deleteAt(0);
+  sheet->deleteSelectedDevice();
+  app.settle();
+  EXPECT_EQ(names(), Names{"Device d2"});
+  answerWith({makeDevice("d2"), makeDevice("d3")});
+  http().releaseAll();
+  app.settle();
+  EXPECT_EQ(names(), (Names{"Device d2", "Device d3"}));
+}
+
+TEST_F(LinkDevice, each_road_to_a_new_device_is_a_sheet_of_its_own) {
+  open();
+  sheet->addPhone();
+  EXPECT_TRUE(sheet->showScanner());
+  EXPECT_FALSE(sheet->showManualEnrollment());
+  sheet->showScanner = false;
+  sheet->addConsole();
+  EXPECT_TRUE(sheet->showManualEnrollment());
+}
+
+TEST_F(LinkDevice, coming_back_from_a_sheet_loads_again) {
+  open();
+  sheet->addPhone();
+  http().forgetRequests();
+  sheet->showScanner->cancel();
+  app.settle();
+  EXPECT_EQ(http().calls(), Names{"GET /children"});
+  sheet->addConsole();
+  http().forgetRequests();
+  sheet->showManualEnrollment->cancel();
+  app.settle();
+  EXPECT_EQ(http().calls(), Names{"GET /children"});
+}
+
+TEST_F(LinkDevice, a_new_device_is_enrolled_for_the_child_and_ends_like_a_link) {
+  http().answer("POST", "/enrollment/manual", 200,
+                R"({"message":"done","device":)" + jsonOf(makeDevice("d3")) +
+                    R"(,"dns_server":"192.0.2.1","setup_instructions":{"platform":"tv",)"
+                    R"("dns_server_ip":"192.0.2.1","steps":[]},"note":"n"})");
+  open();
+  sheet->addConsole();
+  auto& manual = *sheet->showManualEnrollment;
+  manual.deviceName = std::string("TV");
+  manual.addDevice();
+  app.settle();
+  EXPECT_NE(http().requests("POST", "/enrollment/manual").at(0).body->find(R"("child_id":"c1")"),
+            std::string::npos);
+  manual.done();
+  EXPECT_TRUE(order.starts_with("linked dismissed ")) << order;
+}
+
+TEST_F(LinkDevice, the_sentences_are_the_systems_own) {
+  EXPECT_EQ(sheet->title(), "Link Device");
+  EXPECT_EQ(sheet->cancelTitle(), "Cancel");
+  EXPECT_EQ(sheet->newSection(), "Add New Device");
+  EXPECT_EQ(sheet->phoneTitle(), "Phone or Tablet");
+  EXPECT_EQ(sheet->phoneText(), "Scan QR code on child's device");
+  EXPECT_EQ(sheet->consoleTitle(), "Game Console or Smart TV");
+  EXPECT_EQ(sheet->consoleText(), "Configure DNS settings manually");
+  EXPECT_EQ(sheet->existingSection(), "Link Existing Device");
+  EXPECT_EQ(sheet->loadingText(), "Loading existing devices...");
+  EXPECT_EQ(sheet->emptyText(), "No unassigned devices available");
+  EXPECT_EQ(sheet->deletionTitle(), "Delete Device?");
+  EXPECT_EQ(sheet->deleteTitle(), "Delete");
+  EXPECT_EQ(sheet->errorTitle(), "Error");
+  EXPECT_EQ(sheet->okTitle(), "OK");
+}
+
+}  // namespace
+}  // namespace quillmar
