@@ -1,10 +1,12 @@
 #include "ui/window.h"
 
+#include <QFontDatabase>
 #include <QQmlComponent>
 #include <QQuickWindow>
 #include <QRect>
 #include <QScreen>
 #include <QSettings>
+#include <thread>
 #include <utility>
 
 #include "ui/adapters/qt_window_style.h"
@@ -54,6 +56,8 @@ struct Window::Parts {
         bridge(std::shared_ptr<ObservableObject>(std::shared_ptr<void>(), &root)) {}
 
   Options options;
+  // Reading which fonts there are takes about as long as loading the QML modules; the two go side by side.
+  //std::jthread fonts{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
   Engine engine;
   ModelBridge bridge;
   std::unique_ptr<QObject> window;

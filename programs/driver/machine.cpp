@@ -45,7 +45,7 @@ Dispatch& Machine::dispatch() {
 
 Platform Machine::ports() {
   return {*settings_, http,       dispatch(), log_,    tunnel,      secureItems,
-          biometrics, deviceInfo, clipboard,  haptics, windowStyle, qrEncoder};
+          biometrics, deviceInfo, clipboard,  haptics, windowStyle, qrEncoder, qrReader};
 }
 
 }  // namespace quillmar::driver

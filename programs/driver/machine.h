@@ -16,6 +16,7 @@
 #include "tests/support/fake_clipboard.h"
 #include "tests/support/fake_device_info.h"
 #include "tests/support/fake_haptics.h"
+#include "tests/support/fake_qr_reader.h"
 #include "tests/support/fake_window_style.h"
 #include "tests/support/memory_secure_items.h"
 #include "tests/support/settling_http_session.h"
@@ -77,6 +78,7 @@ class Machine {
   FakeHaptics haptics;
   FakeWindowStyle windowStyle;
   QrencodeEncoder qrEncoder;
+  FakeQRReader qrReader;
 };
 
 }  // namespace quillmar::driver

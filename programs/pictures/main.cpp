@@ -9,13 +9,13 @@ namespace {
 
 constexpr auto sizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
 
-QString fileName(const quillmar::Scene& scene, bool dark, QSize size) {
+QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
   return QStringLiteral("%1-%2-%3.png")
       .arg(QString::fromStdString(scene.name), dark ? QStringLiteral("dark") : QStringLiteral("light"))
       .arg(size.width());
 }
 
-bool draw(const quillmar::Scene& scene, bool dark, QSize size, const QDir& directory) {
+bool draw(const quillmar::Shot& scene, bool dark, QSize size, const QDir& directory) {
   quillmar::ui::UiStage stage(
       {.stored = scene.stored,
        .size = size,

@@ -88,7 +88,7 @@ void hostileEndpoint(UiStage& stage) {
 
 }  // namespace
 
-std::vector<Scene> scenes() {
+std::vector<Shot> scenes() {
   return {
       {"role", {}},
       {"role-text-200", {}, [](UiStage&) {}, 2},

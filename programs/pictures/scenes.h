@@ -10,7 +10,7 @@
 namespace quillmar {
 
 // One state of one screen: what the installation holds when it starts, and what then happens.
-struct Scene {
+struct Shot {
   std::string name;
   StoredSettings stored;
   std::function<void(ui::UiStage&)> play = [](ui::UiStage& /*stage*/) {};
@@ -18,6 +18,6 @@ struct Scene {
 };
 
 // Every screen in each of its states.
-std::vector<Scene> scenes();
+std::vector<Shot> scenes();
 
 }  // namespace quillmar

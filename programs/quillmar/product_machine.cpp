@@ -47,7 +47,7 @@ std::unique_ptr<TunnelService> ProductMachine::makeTunnel(const Options& options
 
 Platform ProductMachine::ports() {
   return {settings_,   http_,       dispatch_,  log_,     *tunnel_,     secureItems_,
-          biometrics_, deviceInfo_, clipboard_, haptics_, windowStyle_, qrEncoder_};
+          biometrics_, deviceInfo_, clipboard_, haptics_, windowStyle_, qrEncoder_, qrReader_};
 }
 
 }  // namespace quillmar

@@ -52,6 +52,7 @@ class ProductMachine {
   ui::DesktopPortal portal_{desktop_};
   ui::QtWindowStyle windowStyle_{desktop_};
   QrencodeEncoder qrEncoder_;
+  AbsentQRReader qrReader_{dispatch_};
 };
 
 }  // namespace quillmar

@@ -1,5 +1,6 @@
 #include "ui/items/look.h"
 
+#include <QGuiApplication>
 #include <QQmlEngine>
 #include <algorithm>
 
@@ -16,6 +17,8 @@ QColor toQColor(const Color& color) {
                           static_cast<float>(color.blue), static_cast<float>(color.alpha));
 }
 
+constexpr int bodySize = 17;
+
 // Where none of the families is installed, the font system finds another by the hint.
 QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, int weight) {
   QFont font;
@@ -30,6 +33,9 @@ QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, 
 
 Look::Look(QtWindowStyle& style) : style_(style) {
   connect(&style, &QtWindowStyle::changed, this, &Look::changed);
+  // Every text asks for the height of the application's font before its own is set; loading one that nothing
+  // is then written in would cost as much as a visible one.
+  QGuiApplication::setFont(textFont(bodySize, QFont::Normal));
 }
 
 Look* Look::create(QQmlEngine* engine, QJSEngine* /*script*/) {

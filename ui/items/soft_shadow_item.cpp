@@ -24,20 +24,25 @@ double coverage(double distance, double reach) {
   return t * t * (3 - 2 * t);
 }
 
-// The smallest picture that holds the four corners whole and a stretch between them. Lengths are device
-// pixels.
+// The smallest picture that holds the four corners whole and a stretch between them; all four are the same,
+// mirrored. Lengths are device pixels.
 QImage drawCorners(const QColor& color, double corner, double reach) {
-  const int side = 2 * static_cast<int>(std::ceil(2 * reach + corner)) + 1;
-  const double half = side / 2.0 - reach;
-  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-  for (int row = 0; row < side; ++row) {
-    for (int column = 0; column < side; ++column) {
+  const int last = 2 * static_cast<int>(std::ceil(2 * reach + corner));
+  const double middle = (last + 1) / 2.0;
+  const double half = middle - reach;
+  QImage image(last + 1, last + 1, QImage::Format_ARGB32_Premultiplied);
+  for (int row = 0; row <= last / 2; ++row) {
+    for (int column = 0; column <= last / 2; ++column) {
       const double distance =
-          distanceOutside(column + 0.5 - side / 2.0, row + 0.5 - side / 2.0, half, std::min(corner, half));
+          distanceOutside(column + 0.5 - middle, row + 0.5 - middle, half, std::min(corner, half));
       const double alpha = color.alphaF() * coverage(distance, reach);
-      image.setPixel(column, row,
-                     qPremultiply(qRgba(color.red(), color.green(), color.blue(),
-                                        static_cast<int>(std::lround(255 * alpha)))));
+      const QRgb pixel = qPremultiply(
+          qRgba(color.red(), color.green(), color.blue(), static_cast<int>(std::lround(255 * alpha))));
+      for (const int y : {row, last - row}) {
+        for (const int x : {column, last - column}) {
+          image.setPixel(x, y, pixel);
+        }
+      }
     }
   }
   return image;

@@ -12,6 +12,8 @@ Pressable {
     property string value
     property bool first: false
     property bool chevron: false
+    // The symbol at its end.
+    property string mark: chevron ? mirrored ? "chevron.left" : "chevron.right" : ""
 
     width: parent ? parent.width : 0
     implicitHeight: Math.max(Theme.target + 4, implicitContentHeight + 2 * Theme.between)
@@ -63,11 +65,11 @@ Pressable {
             Accessible.ignored: true
         }
         Symbol {
-            visible: row.chevron
+            visible: row.mark.length > 0
             implicitWidth: 16
             implicitHeight: 16
-            name: row.mirrored ? "chevron.left" : "chevron.right"
-            color: Theme.cardSecondaryText
+            name: row.mark
+            color: row.chevron ? Theme.cardSecondaryText : Theme.linkText
         }
     }
 }

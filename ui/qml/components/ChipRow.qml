@@ -5,8 +5,8 @@ import Quillmar
 Flow {
     id: row
 
+    // Items with a `title` and `isSelected`.
     property var options: []
-    property string selected
     signal chosen(string option)
 
     spacing: Theme.within
@@ -26,15 +26,15 @@ Flow {
         Pressable {
             id: chip
 
-            required property string modelData
+            required property var modelData
             required property int index
-            readonly property bool current: modelData === row.selected
+            readonly property bool current: modelData.isSelected
 
-            text: modelData
+            text: modelData.title
             leftPadding: Theme.gap
             rightPadding: Theme.gap
             corner: height / 2
-            onClicked: row.chosen(modelData)
+            onClicked: row.chosen(modelData.title)
             Keys.onRightPressed: row.focusOn(index + 1)
             Keys.onLeftPressed: row.focusOn(index - 1)
             Accessible.role: Accessible.RadioButton

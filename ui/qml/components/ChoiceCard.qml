@@ -65,7 +65,7 @@ Pressable {
 
             Label {
                 text: card.text
-                font: card.horizontal ? Theme.subtitle : Theme.title
+                font: card.horizontal ? Theme.headline : Theme.title
                 lineHeight: 1.2
                 horizontalAlignment: card.horizontal ? Text.AlignLeft : Text.AlignHCenter
                 Layout.fillWidth: true

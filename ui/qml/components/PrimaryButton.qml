@@ -2,11 +2,12 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The one thing to do on a screen. Busy, it turns its spinner in place of its label.
+// The one thing to do on a screen. Busy, it turns its spinner in place of its label; spinning, beside it.
 Pressable {
     id: control
 
     property bool busy: false
+    property bool spinning: false
     property string symbol
 
     implicitHeight: Math.max(Theme.primaryTarget, implicitContentHeight + topPadding + bottomPadding)
@@ -15,7 +16,7 @@ Pressable {
     rightPadding: Theme.section
 
     background: GradientPlate {
-        readonly property bool inUse: control.enabled || control.busy
+        readonly property bool inUse: control.enabled || control.busy || control.spinning
         radius: control.corner
         from: inUse ? Theme.blue : Theme.outOfUse
         to: inUse ? Theme.blueDark : Theme.outOfUse
@@ -40,8 +41,13 @@ Pressable {
             spacing: Theme.within
             visible: !control.busy
 
+            Spinner {
+                running: control.spinning
+                color: text.color
+                size: 20
+            }
             Symbol {
-                visible: control.symbol.length > 0
+                visible: control.symbol.length > 0 && !control.spinning
                 name: control.symbol
                 color: text.color
                 Layout.preferredWidth: 20
@@ -51,7 +57,7 @@ Pressable {
                 id: text
                 text: control.text
                 font: Theme.headline
-                color: control.enabled ? Theme.onBrand : Theme.outOfUseText
+                color: control.enabled || control.spinning ? Theme.onBrand : Theme.outOfUseText
                 lineHeight: 1
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true

@@ -6,6 +6,8 @@ FocusScope {
     id: view
 
     property var screen: null
+    // Whether it has no control of its own that takes it away.
+    readonly property bool closable: drawing.item?.closable ?? false
     property var sheetScreen: screen ? screen.sheet : null
 
     Loader {

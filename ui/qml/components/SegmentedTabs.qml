@@ -5,21 +5,22 @@ import Quillmar
 FocusScope {
     id: tabs
 
+    // Items with a `title` and `isSelected`.
     property var options: []
-    property string selected
-    readonly property int current: Math.max(0, options.indexOf(selected))
-    readonly property real share: options.length > 0 ? (width - 2 * ground.inset) / options.length : 0
+    property int current: 0
+    readonly property int count: buttons.count
+    readonly property real share: count > 0 ? (width - 2 * ground.inset) / count : 0
     signal chosen(string option)
 
     implicitHeight: Theme.target
-    implicitWidth: 100 * options.length
+    implicitWidth: 100 * count
     Accessible.role: Accessible.PageTabList
 
     function go(index) {
         const tab = buttons.itemAt((index + buttons.count) % buttons.count)
         if (tab) {
             tab.forceActiveFocus(Qt.TabFocusReason)
-            tabs.chosen(tab.modelData)
+            tabs.chosen(tab.text)
         }
     }
 
@@ -31,7 +32,7 @@ FocusScope {
         color: Theme.card
 
         Rectangle {
-            x: (tabs.LayoutMirroring.enabled ? tabs.options.length - 1 - tabs.current : tabs.current) * tabs.share + ground.inset
+            x: (tabs.LayoutMirroring.enabled ? tabs.count - 1 - tabs.current : tabs.current) * tabs.share + ground.inset
             y: ground.inset
             width: tabs.share
             height: parent.height - 2 * ground.inset
@@ -53,16 +54,24 @@ FocusScope {
                 Pressable {
                     id: tab
 
-                    required property string modelData
+                    required property var modelData
                     required property int index
-                    readonly property bool isCurrent: index === tabs.current
+                    readonly property bool isCurrent: modelData.isSelected
+
+                    function take() {
+                        if (isCurrent) {
+                            tabs.current = index
+                        }
+                    }
+                    onIsCurrentChanged: take()
+                    Component.onCompleted: take()
 
                     width: tabs.share
                     height: tabs.height
-                    text: modelData
+                    text: modelData.title
                     padding: 4
                     focus: isCurrent
-                    onClicked: tabs.chosen(modelData)
+                    onClicked: tabs.chosen(text)
                     Keys.onRightPressed: tabs.go(index + 1)
                     Keys.onLeftPressed: tabs.go(index - 1)
                     Accessible.role: Accessible.PageTab

@@ -71,6 +71,7 @@ T.Popup {
 
         // Keeps a square page within the card's rounded corners.
         Loader {
+            id: place
             anchors.fill: parent
             anchors.topMargin: sheet.card ? Theme.sheetCorner / 2 : 0
             anchors.bottomMargin: sheet.card ? Theme.sheetCorner / 2 : 0
@@ -82,6 +83,17 @@ T.Popup {
                 focus: true
                 screen: sheet.shownScreen
             }
+        }
+        IconButton {
+            anchors.right: parent.right
+            anchors.top: parent.top
+            anchors.margins: Theme.within
+            visible: place.item?.closable ?? false
+            text: qsTr("Close")
+            symbol: "xmark"
+            symbolSize: 20
+            ink: Theme.secondaryText
+            onClicked: sheet.dismissed()
         }
     }
 }

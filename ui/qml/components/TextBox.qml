@@ -25,7 +25,7 @@ T.TextField {
     selectedTextColor: Theme.onBrand
     placeholderTextColor: Theme.cardSecondaryText
     selectByMouse: true
-    focusPolicy: Qt.StrongFocus
+    activeFocusOnTab: true
     Accessible.role: Accessible.EditableText
     Accessible.name: name.length > 0 ? name : placeholderText
     Accessible.passwordEdit: echoMode === TextInput.Password

@@ -105,7 +105,7 @@ FocusScope {
             }
             Label {
                 text: view.screen.note
-                font: Theme.footnote
+                font: Theme.callout
                 color: Theme.secondaryText
                 Layout.maximumWidth: page.contentWidth - 26
             }

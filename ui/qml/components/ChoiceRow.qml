@@ -1,0 +1,15 @@
+import QtQuick
+import Quillmar
+
+// A row of a GroupedSection that is one of several, of which exactly one is chosen and marked.
+ActionRow {
+    id: row
+
+    property bool chosen: false
+
+    ink: Theme.text
+    mark: chosen ? "checkmark" : ""
+    Accessible.role: Accessible.RadioButton
+    Accessible.checkable: true
+    Accessible.checked: chosen
+}

@@ -1,0 +1,166 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// A child on the dashboard: the whole card opens the child, its button adds a device.
+Pressable {
+    id: card
+
+    required property var child
+
+    text: child.name
+    effect: child.tap
+    corner: 18
+    padding: Theme.gap
+    pressedScale: 0.99
+    Accessible.description: child.deviceCount + ", " + child.onlineText
+
+    background: Rectangle {
+        radius: card.corner
+        color: Theme.raised
+        border.width: 1
+        border.color: card.hovered || card.visualFocus ? Theme.alpha(Theme.blue, 0.5) : Theme.separator
+        Behavior on border.color { ColorAnimation { duration: Theme.quick } }
+
+        Elevation {
+            z: -1
+            anchors.fill: parent
+            corner: card.corner
+            depth: card.hovered ? 16 : 10
+        }
+    }
+
+    contentItem: ColumnLayout {
+        spacing: Theme.between
+
+        RowLayout {
+            spacing: Theme.between
+            Layout.fillWidth: true
+
+            Avatar {
+                letters: card.child.avatarLetter
+                tint: Theme.tint(card.child.avatarColor)
+                size: 52
+            }
+            ColumnLayout {
+                spacing: 4
+                Layout.fillWidth: true
+
+                Label {
+                    text: card.child.name
+                    font: Theme.subtitle
+                    lineHeight: 1.1
+                    wrapMode: Text.Wrap
+                    maximumLineCount: 2
+                    elide: Text.ElideRight
+                    Layout.fillWidth: true
+                    Accessible.ignored: true
+                }
+                RowLayout {
+                    spacing: 6
+
+                    Symbol {
+                        name: card.child.deviceCountIcon
+                        color: Theme.secondaryText
+                        Layout.preferredWidth: 15
+                        Layout.preferredHeight: 15
+                    }
+                    Label {
+                        text: card.child.deviceCount
+                        font: Theme.footnote
+                        color: Theme.secondaryText
+                        lineHeight: 1
+                        Accessible.ignored: true
+                    }
+                    Rectangle {
+                        implicitWidth: 8
+                        implicitHeight: 8
+                        radius: 4
+                        color: Theme.tint(card.child.onlineDotColor)
+                        Layout.leftMargin: 8
+                    }
+                    Label {
+                        text: card.child.onlineText
+                        font: Theme.footnote
+                        color: Theme.secondaryText
+                        lineHeight: 1
+                        Layout.fillWidth: true
+                        Accessible.ignored: true
+                    }
+                }
+            }
+            Symbol {
+                name: card.mirrored ? "chevron.left" : card.child.chevronIcon
+                color: Theme.secondaryText
+                Layout.preferredWidth: 18
+                Layout.preferredHeight: 18
+            }
+        }
+
+        Rectangle {
+            visible: lines.count > 0
+            implicitHeight: deviceList.implicitHeight + 2 * Theme.between
+            radius: Theme.corner
+            color: Theme.card
+            Layout.fillWidth: true
+
+            ColumnLayout {
+                id: deviceList
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                anchors.leftMargin: Theme.between
+                anchors.rightMargin: Theme.between
+                spacing: 10
+
+                Repeater {
+                    id: lines
+                    model: card.child.deviceLines
+
+                    RowLayout {
+                        id: line
+
+                        required property var modelData
+
+                        spacing: 10
+                        Layout.fillWidth: true
+
+                        Symbol {
+                            name: line.modelData.icon
+                            color: Theme.tint(line.modelData.iconColor)
+                            Layout.preferredWidth: 18
+                            Layout.preferredHeight: 18
+                        }
+                        Label {
+                            text: line.modelData.name
+                            font: Theme.callout
+                            lineHeight: 1
+                            wrapMode: Text.NoWrap
+                            elide: Text.ElideRight
+                            Layout.fillWidth: true
+                        }
+                        OnlineDot {
+                            online: line.modelData.isOnline
+                            size: 8
+                        }
+                    }
+                }
+                Label {
+                    visible: text.length > 0
+                    text: card.child.moreText
+                    font: Theme.footnote
+                    color: Theme.cardSecondaryText
+                    lineHeight: 1
+                    leftPadding: 28
+                }
+            }
+        }
+
+        SecondaryButton {
+            symbol: card.child.addDeviceIcon
+            text: card.child.addDeviceTitle
+            effect: card.child.addDevice
+            Layout.fillWidth: true
+        }
+    }
+}

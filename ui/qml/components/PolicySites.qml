@@ -1,0 +1,79 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The sites of a list of the policy, each with the control that takes it out, or what stands in their place.
+ColumnLayout {
+    id: list
+
+    property var rows
+    property string emptyText
+    property string symbol
+    property color tint: Theme.green
+
+    Layout.fillWidth: true
+
+    RowGround {
+        visible: sites.count > 0
+
+        Repeater {
+            id: sites
+            model: list.rows
+
+            Item {
+                id: site
+
+                required property var modelData
+                required property int index
+
+                width: parent ? parent.width : 0
+                implicitHeight: Theme.target + 4
+                Accessible.role: Accessible.ListItem
+                Accessible.name: modelData.domain
+
+                Rectangle {
+                    anchors.left: parent.left
+                    anchors.right: parent.right
+                    anchors.leftMargin: Theme.gap + 22 + Theme.between
+                    height: 1
+                    visible: site.index > 0
+                    color: Theme.separator
+                }
+                RowLayout {
+                    anchors.fill: parent
+                    anchors.leftMargin: Theme.gap
+                    anchors.rightMargin: 4
+                    spacing: Theme.between
+
+                    Symbol {
+                        name: list.symbol
+                        color: list.tint
+                        Layout.preferredWidth: 22
+                        Layout.preferredHeight: 22
+                    }
+                    Label {
+                        text: site.modelData.domain
+                        font: Theme.callout
+                        lineHeight: 1
+                        wrapMode: Text.NoWrap
+                        elide: Text.ElideMiddle
+                        maximumLineCount: 1
+                        Layout.fillWidth: true
+                        Accessible.ignored: true
+                    }
+                    IconButton {
+                        text: site.modelData.removeTitle + " " + site.modelData.domain
+                        symbol: site.modelData.removeIcon
+                        symbolSize: 22
+                        ink: Theme.dangerText
+                        effect: site.modelData.remove
+                    }
+                }
+            }
+        }
+    }
+    QuietNote {
+        visible: sites.count === 0
+        text: list.emptyText
+    }
+}

@@ -1,0 +1,52 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The title of a part of a page, with a count, a spinner or a badge behind it and a caption under it.
+ColumnLayout {
+    id: title
+
+    property string text
+    property string count
+    property string caption
+    property string badge
+    property bool busy: false
+
+    spacing: 4
+    Layout.fillWidth: true
+    Layout.topMargin: Theme.between
+
+    RowLayout {
+        spacing: Theme.within
+        Layout.fillWidth: true
+
+        Label {
+            text: title.text
+            font: Theme.subtitle
+            lineHeight: 1.1
+            Layout.fillWidth: title.count.length + title.badge.length === 0 && !title.busy
+            Accessible.role: Accessible.Heading
+        }
+        Badge {
+            visible: title.count.length > 0
+            text: title.count
+        }
+        Badge {
+            visible: title.badge.length > 0
+            text: title.badge
+            tint: Theme.orange
+            ink: Theme.warningText
+        }
+        Spinner {
+            running: title.busy
+            size: 16
+        }
+    }
+    Label {
+        visible: text.length > 0
+        text: title.caption
+        font: Theme.footnote
+        color: Theme.secondaryText
+        Layout.fillWidth: true
+    }
+}

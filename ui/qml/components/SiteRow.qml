@@ -1,0 +1,73 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// A site of a child's activity, or of the sites allowed for good, with the swipe that acts on it.
+SwipeRow {
+    id: site
+
+    property string title
+    property string time
+    property string badge
+    property string badgeSymbol
+    property color badgeTint: Theme.green
+    property color badgeInk: Theme.positiveText
+    property bool stripAtEnd: false
+
+    name: title
+    description: [badge, time].filter(text => text.length > 0).join(", ")
+    actionTitle: row.stripTitle
+    actionSymbol: row.stripIcon
+    inset: Theme.gap + 22 + Theme.between
+    behind: SwipeStrip {
+        title: site.row.stripTitle
+        symbol: site.row.stripIcon
+        tint: Qt.darker(Theme.tint(site.row.stripColor), 1.15)
+        atEnd: site.stripAtEnd
+    }
+
+    RowLayout {
+        width: site.width
+        height: Math.max(Theme.target + 8, implicitHeight)
+        spacing: Theme.between
+
+        Symbol {
+            name: site.row.icon
+            color: Theme.tint(site.row.iconColor)
+            Layout.preferredWidth: 22
+            Layout.preferredHeight: 22
+            Layout.leftMargin: Theme.gap
+        }
+        Label {
+            text: site.title
+            font: Theme.callout
+            lineHeight: 1
+            wrapMode: Text.NoWrap
+            elide: Text.ElideMiddle
+            maximumLineCount: 1
+            Layout.fillWidth: true
+            Accessible.ignored: true
+        }
+        Badge {
+            visible: site.badge.length > 0
+            text: site.badge
+            symbol: site.badgeSymbol
+            tint: site.badgeTint
+            ink: site.badgeInk
+        }
+        Label {
+            visible: text.length > 0
+            text: site.time
+            font: Theme.caption
+            color: Theme.cardSecondaryText
+            lineHeight: 1
+            wrapMode: Text.NoWrap
+            Layout.rightMargin: Theme.gap
+            Accessible.ignored: true
+        }
+        Item {
+            visible: site.time.length === 0
+            implicitWidth: Theme.within
+        }
+    }
+}

@@ -1,0 +1,179 @@
+import QtQuick
+import Quillmar
+
+// A row of a list that follows a drag as its model lets it, by mouse, finger or trackpad, and shows what it would do
+// behind itself. The same stands in its context menu (right button, menu key or Shift-F10) and on its `key`.
+FocusScope {
+    id: swipe
+
+    // With `offset`, `minimumDistance`, `dragChanged` and `dragEnded`.
+    required property var row
+    // What a completed drag does, for those who do not drag.
+    property var effect: null
+    property string actionTitle
+    property string actionSymbol
+    property bool destructive: false
+    property int key: Qt.Key_Return
+    property string name
+    property string description
+    property bool first: false
+    property real inset: Theme.gap
+    // Under the face; it lies open while the face is drawn aside.
+    property alias behind: underlay.data
+    default property alias content: face.data
+    readonly property bool mirrored: LayoutMirroring.enabled
+    property bool dragging: false
+    // So that FocusRing sees it as it sees a control.
+    readonly property bool visualFocus: activeFocus
+
+    width: parent ? parent.width : 0
+    implicitHeight: Math.max(Theme.target + 8, face.childrenRect.height)
+    activeFocusOnTab: true
+    clip: true
+    Accessible.role: Accessible.ListItem
+    Accessible.name: name
+    Accessible.description: description
+    Accessible.focusable: true
+
+    signal tapped
+
+    function act() {
+        if (effect && effect.enabled) {
+            effect.trigger()
+        }
+    }
+    function openMenu(x, y) {
+        if (effect && effect.enabled) {
+            menu.popup(swipe, x, y)
+        }
+    }
+    Keys.onPressed: event => {
+        const isMenu = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier)
+        if (isMenu) {
+            openMenu(swipe.inset, swipe.height)
+        } else if (event.key === swipe.key || (swipe.key === Qt.Key_Return && event.key === Qt.Key_Enter)) {
+            swipe.act()
+        } else {
+            return
+        }
+        event.accepted = true
+    }
+
+    Item {
+        id: underlay
+        anchors.fill: parent
+        visible: face.x !== 0
+    }
+
+    Rectangle {
+        id: face
+        width: swipe.width
+        height: swipe.height
+        x: swipe.row.offset
+        color: area.containsMouse || swipe.activeFocus ? Theme.cardPressed : Theme.card
+        Behavior on x {
+            enabled: !swipe.dragging
+            NumberAnimation { duration: Theme.reducedMotion ? 0 : 500; easing.type: Easing.OutExpo }
+        }
+        Behavior on color { ColorAnimation { duration: Theme.quick } }
+    }
+    Rectangle {
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.leftMargin: swipe.inset
+        height: 1
+        visible: !swipe.first
+        color: Theme.separator
+    }
+
+    MouseArea {
+        id: area
+
+        property point start
+        property point last
+
+        x: face.x
+        width: face.width
+        height: face.height
+        hoverEnabled: true
+        acceptedButtons: Qt.LeftButton | Qt.RightButton
+        // Once the row moves, the list it stands in does not scroll.
+        preventStealing: swipe.dragging && swipe.row.offset !== 0
+
+        function finish() {
+            if (swipe.dragging) {
+                swipe.dragging = false
+                swipe.row.dragEnded.trigger(last.x - start.x, last.y - start.y)
+            }
+        }
+        onPressed: mouse => {
+            start = mapToItem(swipe, mouse.x, mouse.y)
+            last = start
+            swipe.forceActiveFocus(Qt.MouseFocusReason)
+            if (mouse.button === Qt.RightButton) {
+                swipe.openMenu(start.x, start.y)
+            }
+        }
+        onPositionChanged: mouse => {
+            if (!(mouse.buttons & Qt.LeftButton)) {
+                return
+            }
+            last = mapToItem(swipe, mouse.x, mouse.y)
+            const dx = last.x - start.x
+            const dy = last.y - start.y
+            if (!swipe.dragging && Math.hypot(dx, dy) >= swipe.row.minimumDistance) {
+                swipe.dragging = true
+            }
+            if (swipe.dragging) {
+                swipe.row.dragChanged.trigger(dx, dy)
+            }
+        }
+        onReleased: mouse => {
+            if (!swipe.dragging && mouse.button === Qt.LeftButton) {
+                swipe.tapped()
+            }
+            finish()
+        }
+        onCanceled: finish()
+        onPressAndHold: mouse => {
+            if (!swipe.dragging && mouse.source !== Qt.MouseEventNotSynthesized) {
+                swipe.openMenu(mouse.x, mouse.y)
+            }
+        }
+    }
+    WheelHandler {
+        acceptedDevices: PointerDevice.TouchPad
+        orientation: Qt.Horizontal
+        target: null
+        property real way: 0
+        onWheel: event => {
+            way += event.pixelDelta.x
+            swipe.dragging = true
+            swipe.row.dragChanged.trigger(way, 0)
+        }
+        onActiveChanged: {
+            if (!active && swipe.dragging) {
+                swipe.dragging = false
+                swipe.row.dragEnded.trigger(way, 0)
+                way = 0
+            }
+        }
+    }
+    FocusRing {
+        around: swipe
+        anchors.margins: 2
+        corner: Theme.corner - 4
+        z: 1
+    }
+
+    PopupMenu {
+        id: menu
+
+        MenuRow {
+            symbol: swipe.actionSymbol
+            text: swipe.actionTitle
+            effect: swipe.effect
+            destructive: swipe.destructive
+        }
+    }
+}

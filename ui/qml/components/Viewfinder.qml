@@ -1,0 +1,37 @@
+import QtQuick
+import Quillmar
+
+// The four corners that a code is to lie between.
+Item {
+    id: finder
+
+    property color color: "#FFFFFF"
+    property real arm: Math.min(width, height) * 0.16
+    property real thickness: 4
+
+    Repeater {
+        model: 4
+
+        Item {
+            id: corner
+
+            required property int index
+
+            anchors.fill: parent
+            rotation: index * 90
+
+            Rectangle {
+                width: finder.arm
+                height: finder.thickness
+                radius: height / 2
+                color: finder.color
+            }
+            Rectangle {
+                width: finder.thickness
+                height: finder.arm
+                radius: width / 2
+                color: finder.color
+            }
+        }
+    }
+}

@@ -1,0 +1,51 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The sites that a child was kept from.
+ColumnLayout {
+    id: tab
+
+    required property var screen
+
+    spacing: Theme.between
+
+    ChipRow {
+        options: tab.screen.blockedFilters
+        onChosen: option => tab.screen.blockedTimeFilter = option
+        Layout.fillWidth: true
+    }
+    SectionTitle {
+        text: tab.screen.blockedLogsTitle
+        busy: tab.screen.isLoadingBlockedLogs
+        caption: tab.screen.swipeToAllowText
+        Layout.topMargin: 0
+    }
+    RowGround {
+        visible: sites.count > 0
+
+        Repeater {
+            id: sites
+            model: tab.screen.blockedSiteRows
+            SiteRow {
+                required property var modelData
+                required property int index
+
+                row: modelData
+                first: index === 0
+                title: modelData.site
+                time: modelData.timeText
+                badge: modelData.badge ?? ""
+                badgeSymbol: modelData.badgeIcon
+                badgeTint: Theme.tint(modelData.badgeColor)
+                badgeInk: Theme.ink(modelData.badgeColor)
+                effect: modelData.allow
+            }
+        }
+    }
+    QuietNote {
+        visible: sites.count === 0
+        heading: tab.screen.noBlockedLogsHeading
+        text: tab.screen.noBlockedLogsText
+    }
+}

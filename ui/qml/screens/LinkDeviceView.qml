@@ -1,0 +1,116 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+Page {
+    id: page
+
+    required property var screen
+
+    topSpace: Theme.gap
+    spacing: Theme.gap
+    bar: NavigationBar {
+        title: page.screen.title
+        leading: TextLink {
+            text: page.screen.cancelTitle
+            effect: page.screen.cancel
+        }
+    }
+
+    SectionTitle {
+        text: page.screen.newSection
+        Layout.topMargin: 0
+    }
+    ChoiceCard {
+        focus: true
+        symbol: page.screen.phoneIcon
+        text: page.screen.phoneTitle
+        detail: page.screen.phoneText
+        padding: Theme.gap
+        effect: page.screen.addPhone
+        Layout.fillWidth: true
+    }
+    ChoiceCard {
+        symbol: page.screen.consoleIcon
+        text: page.screen.consoleTitle
+        detail: page.screen.consoleText
+        from: Theme.tint("systemPurple")
+        to: Qt.darker(Theme.tint("systemPurple"), 1.3)
+        padding: Theme.gap
+        effect: page.screen.addConsole
+        Layout.fillWidth: true
+    }
+
+    SectionTitle { text: page.screen.existingSection }
+    RowLayout {
+        visible: page.screen.content === "loading"
+        spacing: Theme.between
+        Layout.alignment: Qt.AlignHCenter
+
+        Spinner {}
+        Label {
+            text: page.screen.loadingText
+            font: Theme.callout
+            color: Theme.secondaryText
+            lineHeight: 1
+        }
+    }
+    QuietNote {
+        visible: page.screen.content === "empty"
+        text: page.screen.emptyText
+    }
+    GroupedSection {
+        visible: page.screen.content === "list"
+
+        Repeater {
+            model: page.screen.deviceRows
+
+            ActionRow {
+                id: device
+
+                required property var modelData
+                required property int index
+
+                first: index === 0
+                symbol: modelData.deviceIconName
+                text: modelData.deviceDisplayName
+                ink: Theme.text
+                value: modelData.deviceTypeLabel
+                effect: modelData.link
+                Keys.onDeletePressed: modelData.remove.trigger()
+
+                IconButton {
+                    id: removal
+                    parent: device
+                    anchors.right: parent.right
+                    anchors.rightMargin: 4
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: page.screen.deleteTitle
+                    symbol: "trash"
+                    symbolSize: 20
+                    ink: Theme.dangerText
+                    effect: device.modelData.remove
+                }
+                rightPadding: removal.width + Theme.within
+            }
+        }
+    }
+
+    Alert {
+        shown: page.screen.showDeleteConfirmation
+        title: page.screen.deletionTitle
+        message: page.screen.deletionText
+
+        AlertButton {
+            text: page.screen.cancelTitle
+            role: AlertButton.Cancel
+            onClicked: page.screen.cancelDeletion.trigger()
+        }
+        AlertButton {
+            text: page.screen.deleteTitle
+            role: AlertButton.Destructive
+            onClicked: page.screen.deleteSelectedDevice.trigger()
+        }
+    }
+    ErrorAlert { screen: page.screen }
+}
