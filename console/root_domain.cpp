@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "foundation/text.h"
@@ -11,13 +12,12 @@
 namespace quillmar {
 namespace {
 
-constexpr std::size_t longestListedLabel = 4;
-
 constexpr bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-constexpr bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 constexpr char lower(char c) { return isUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 
-// A short label as one number, whatever its case: its length and its letters. None of the lists holds a 0.
+constexpr std::size_t longestListedLabel = 4;
+
+// A short label as one number, whatever its case: its length and its letters. No listed label gives 0.
 constexpr std::uint64_t packed(std::string_view label) {
   if (label.size() > longestListedLabel) {
     return 0;
@@ -39,74 +39,118 @@ constexpr auto packedAll(const std::string_view (&labels)[count]) {
 constexpr auto secondLevelLabels =
     packedAll({"com",  "co",  "org", "net", "edu", "gov", "ac",   "or",  "ne",  "go",
                "govt", "gob", "gub", "me",  "web", "in",  "info", "biz", "asn", "id"});
-constexpr auto countryLabels =
-    packedAll({"au", "uk", "nz", "br", "jp", "cn", "in", "za", "mx", "sg", "hk", "my", "id", "ph",
-               "th", "tw", "kr", "vn", "il", "tr", "sa", "ae", "ar", "co", "pe", "ve", "cl", "ec",
-               "uy", "py", "bo", "ke", "tz", "ug", "ng", "eg", "pk", "bd", "np", "lk"});
-
-constexpr bool contains(const auto& numbers, std::string_view label) {
-  return std::ranges::find(numbers, packed(label)) != numbers.end();
+constexpr bool isSecondLevel(std::string_view label) {
+  return std::ranges::find(secondLevelLabels, packed(label)) != secondLevelLabels.end();
 }
 
-// The last labels of a name, the last first; as many of the three as there are.
-struct LastLabels {
-  std::array<std::string_view, 3> labels;
-  std::size_t count = 0;
+// A label of two letters has a place in a table of all there can be.
+constexpr std::size_t letterCount = 26;
+
+constexpr std::optional<std::size_t> placeOfTwoLetters(std::string_view label) {
+  if (label.size() != 2) {
+    return std::nullopt;
+  }
+  const auto first = static_cast<std::size_t>(lower(label[0]) - 'a');
+  const auto second = static_cast<std::size_t>(lower(label[1]) - 'a');
+  return first < letterCount && second < letterCount ? std::optional(first * letterCount + second)
+                                                     : std::nullopt;
+}
+
+constexpr auto countryLabels = [] {
+  std::array<bool, letterCount * letterCount> isListed{};
+  for (const std::string_view label :
+       {"au", "uk", "nz", "br", "jp", "cn", "in", "za", "mx", "sg", "hk", "my", "id", "ph",
+        "th", "tw", "kr", "vn", "il", "tr", "sa", "ae", "ar", "co", "pe", "ve", "cl", "ec",
+        "uy", "py", "bo", "ke", "tz", "ug", "ng", "eg", "pk", "bd", "np", "lk"}) {
+    isListed[*placeOfTwoLetters(label)] = true;
+  }
+  return isListed;
+}();
+
+constexpr bool isCountry(std::string_view label) {
+  const auto place = placeOfTwoLetters(label);
+  return place && countryLabels[*place];
+}
+
+// What is to be known of the characters of a label; several add up by |.
+enum Letter : unsigned { plain = 0, upperCase = 1, notAscii = 2 };
+
+constexpr auto letters = [] {
+  std::array<unsigned char, 256> kinds{};
+  for (std::size_t byte = 0; byte < kinds.size(); ++byte) {
+    kinds[byte] = byte >= 0x80 ? notAscii : isUpper(static_cast<char>(byte)) ? upperCase : plain;
+  }
+  return kinds;
+}();
+
+// The labels that make a site. The third, which comes first, only where the others ask for one.
+struct SiteLabels {
+  std::string_view third;
+  std::string_view second;
+  std::string_view last;
+  unsigned kinds = plain;  // of all their characters
+
+  explicit constexpr SiteLabels(std::string_view name) {
+    last = takeLast(name);
+    second = takeLast(name);
+    if (isCountry(last) && isSecondLevel(second)) {
+      third = takeLast(name);
+    }
+  }
+  // Takes the last label off a name, with the dots around it; an empty one where there is none left.
+  constexpr std::string_view takeLast(std::string_view& name) {
+    std::size_t end = name.size();
+    while (end > 0 && name[end - 1] == '.') {
+      --end;
+    }
+    std::size_t begin = end;
+    for (; begin > 0 && name[begin - 1] != '.'; --begin) {
+      kinds |= letters[static_cast<unsigned char>(name[begin - 1])];
+    }
+    const std::string_view label = name.substr(begin, end - begin);
+    name = name.substr(0, begin);
+    return label;
+  }
+  // Fewer than two are no site.
+  constexpr bool areEnough() const { return !second.empty(); }
+  constexpr std::string_view first() const { return third.empty() ? second : third; }
+  constexpr std::size_t joinedSize() const {
+    return third.size() + (third.empty() ? 0 : 1) + second.size() + 1 + last.size();
+  }
+  std::string joined() const {
+    std::string site;
+    site.reserve(joinedSize());
+    for (const auto label : {third, second}) {
+      site += label;
+      site += label.empty() ? "" : ".";
+    }
+    site += last;
+    return site;
+  }
 };
 
-LastLabels lastLabelsOf(std::string_view name) {
-  LastLabels last;
-  while (last.count < last.labels.size()) {
-    name = name.substr(0, name.find_last_not_of('.') + 1);
-    if (name.empty()) {
-      break;
-    }
-    const std::size_t begin = name.find_last_of('.') + 1;
-    last.labels[last.count++] = name.substr(begin);
-    name = name.substr(0, begin);
+// What of a name its site is made from.
+constexpr std::string_view relevantPart(std::string_view name, const SiteLabels& labels) {
+  if (!labels.areEnough()) {
+    return name;
   }
-  return last;
+  const auto begin = static_cast<std::size_t>(labels.first().data() - name.data());
+  const auto end = static_cast<std::size_t>(labels.last.data() - name.data()) + labels.last.size();
+  return name.substr(begin, end - begin);
 }
 
-bool isBelowCountry(const LastLabels& last) {
-  return last.count == 3 && contains(countryLabels, last.labels[0]) &&
-         contains(secondLevelLabels, last.labels[1]);
-}
-
-std::string_view inLowerCase(std::string_view text, std::string& storage) {
-  if (std::ranges::none_of(text, isUpper)) {
-    return text;
+// The site of a name whose letters outside of ASCII are in lower case.
+std::string_view siteOf(std::string_view name, const SiteLabels& labels, std::string& storage) {
+  const std::string_view relevant = relevantPart(name, labels);
+  // The labels stand in the name with more than one dot between them.
+  const bool isTorn = labels.areEnough() && relevant.size() > labels.joinedSize();
+  if (isTorn) {
+    storage = labels.joined();
+  } else if ((labels.kinds & upperCase) == 0) {
+    return relevant;
+  } else {
+    storage = relevant;
   }
-  storage.assign(text);
-  std::ranges::transform(storage, storage.begin(), lower);
-  return storage;
-}
-
-void join(const LastLabels& last, std::size_t count, std::string& storage) {
-  storage.clear();
-  for (std::size_t i = count; i-- > 0;) {
-    storage += last.labels[i];
-    storage += i > 0 ? "." : "";
-  }
-}
-
-// From the beginning of one label to the end of another in the same name.
-std::string_view span(std::string_view first, std::string_view last) {
-  return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
-}
-
-// Of a name whose letters outside ASCII are in lower case already.
-std::string_view siteOf(std::string_view name, const LastLabels& last, std::string& storage) {
-  if (last.count < 2) {
-    return inLowerCase(name, storage);
-  }
-  const std::size_t count = isBelowCountry(last) ? 3 : 2;
-  const std::string_view whole = span(last.labels[count - 1], last.labels[0]);
-  if (whole.find("..") == std::string_view::npos) {
-    return inLowerCase(whole, storage);
-  }
-  storage.reserve(whole.size());
-  join(last, count, storage);
   std::ranges::transform(storage, storage.begin(), lower);
   return storage;
 }
@@ -114,14 +158,14 @@ std::string_view siteOf(std::string_view name, const LastLabels& last, std::stri
 }  // namespace
 
 std::string_view rootDomain(std::string_view name, std::string& storage) {
-  const LastLabels last = lastLabelsOf(name);
-  const std::string_view relevant = last.count < 2 ? name : span(last.labels[last.count - 1], last.labels[0]);
-  if (std::ranges::all_of(relevant, isAscii)) {
-    return siteOf(name, last, storage);
+  const SiteLabels labels(name);
+  if ((labels.kinds & notAscii) == 0) {
+    return siteOf(name, labels, storage);
   }
+  // The lower case of a letter outside of ASCII may hang on its neighbours: the whole name is looked at.
   const std::string lowerName = lowercased(name);
   std::string site;
-  storage = siteOf(lowerName, lastLabelsOf(lowerName), site);
+  storage = siteOf(lowerName, SiteLabels(lowerName), site);
   return storage;
 }
 
