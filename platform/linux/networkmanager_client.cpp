@@ -125,6 +125,7 @@ void NetworkManagerClient::start(std::string uuid, Reply<void> reply) {
 
 void NetworkManagerClient::joined(sdbus::IConnection& bus) {
   bus_ = &bus;
+  calls_.joined(bus);
   watchSignals();
   try {
     std::string owner;
@@ -141,17 +142,14 @@ void NetworkManagerClient::joined(sdbus::IConnection& bus) {
 
 void NetworkManagerClient::left() {
   ownerChanged({});
+  calls_.left();
   const sdbus::Error gone("org.freedesktop.DBus.Error.Disconnected", "The system's message bus went away.");
-  for (const auto& [call, failed] : std::exchange(pending_, {})) {
-    failed(gone);
-  }
   for (const auto& deferred : std::exchange(deferred_, {})) {
     deferred.failed(gone);
   }
   isLooking_ = false;
   willReadProfiles_ = false;
   matches_.clear();
-  lastingObjects_.clear();
   bus_ = nullptr;
 }
 
@@ -258,8 +256,8 @@ void NetworkManagerClient::activationChanged(const Path& path, const Values& pro
 // than what it says.
 void NetworkManagerClient::lookAround() {
   isLooking_ = true;
-  callLater(
-      {objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
+  calls_.send(
+      {service, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
       [this](sdbus::MethodReply& answer) {
         std::map<Path, Settings> objects;
         answer >> objects;
@@ -389,8 +387,8 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
     // Before it is there: its signal may come ahead of the answer.
     known_.try_emplace(profile.uuid, TunnelStatus::invalid);
     write(profile, settings);
-    callLater(
-        {settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
+    calls_.send(
+        {service, settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
         [this, uuid = profile.uuid, reply](sdbus::MethodReply& answer) {
           Path added;
           answer >> added;
@@ -405,8 +403,8 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
       profileAt(*path).protocol.providerConfiguration != profile.protocol.providerConfiguration;
   settings = settingsOf(*path);
   write(profile, settings);
-  callLater(
-      {*path, connectionInterface, "Update2"}, options_.promptPatience,
+  calls_.send(
+      {service, *path, connectionInterface, "Update2"}, options_.promptPatience,
       [this, uuid = profile.uuid, changes, reply](sdbus::MethodReply&) {
         if (auto* activation = activationOf(uuid)) {
           activation->outdated = activation->outdated || changes;
@@ -437,16 +435,16 @@ void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& 
 }
 
 void NetworkManagerClient::restart(const Path& connection, const Path& activation, const Reply<void>& reply) {
-  callLater(
-      {managerPath, service, "DeactivateConnection"}, options_.promptPatience,
+  calls_.send(
+      {service, managerPath, service, "DeactivateConnection"}, options_.promptPatience,
       [this, connection, reply](sdbus::MethodReply&) { activate(connection, reply); }, failing<void>(reply),
       activation);
 }
 
 void NetworkManagerClient::activate(const Path& connection, const Reply<void>& reply) {
   const Path ofItsChoice("/");
-  callLater(
-      {managerPath, service, "ActivateConnection"}, options_.promptPatience,
+  calls_.send(
+      {service, managerPath, service, "ActivateConnection"}, options_.promptPatience,
       [reply](sdbus::MethodReply&) { reply(success()); },
       [reply](const sdbus::Error& error) {
         if (isNamed(error, {"org.freedesktop.NetworkManager.ConnectionAlreadyActive"})) {
@@ -458,43 +456,8 @@ void NetworkManagerClient::activate(const Path& connection, const Reply<void>& r
       connection, ofItsChoice, ofItsChoice);
 }
 
-// Nothing here waits for the answer, which may take a person's permission.
-template <class... Args>
-void NetworkManagerClient::callLater(const Method& method, std::chrono::milliseconds patience, Then then,
-                                     Failed failed, const Args&... arguments) {
-  auto& object = lastingObject(method.path);
-  auto call = object.createMethodCall(method.interface, method.name);
-  (static_cast<void>(call << arguments), ...);
-  const auto id = ++lastCall_;
-  pending_.emplace(id, failed);
-  object.callMethod(
-      call,
-      [this, id, then = std::move(then), failed = std::move(failed)](sdbus::MethodReply& reply,
-                                                                     const sdbus::Error* error) {
-        pending_.erase(id);
-        try {
-          if (error) {
-            throw sdbus::Error(*error);
-          }
-          then(reply);
-        } catch (const sdbus::Error& failure) {
-          failed(failure);
-        }
-      },
-      patience);
-}
-
 std::unique_ptr<sdbus::IProxy> NetworkManagerClient::object(const std::string& path) {
   return sdbus::createProxy(*bus_, service, path);
-}
-
-// A call whose answer comes later needs its object until then.
-sdbus::IProxy& NetworkManagerClient::lastingObject(const std::string& path) {
-  auto& known = lastingObjects_[path];
-  if (!known) {
-    known = object(path);
-  }
-  return *known;
 }
 
 }  // namespace quillmar

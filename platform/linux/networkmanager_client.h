@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "foundation/result.h"
+#include "platform/linux/bus_calls.h"
 #include "platform/linux/bus_thread.h"
 #include "platform/linux/networkmanager_profile.h"
 #include "platform/tunnel.h"
@@ -50,17 +51,10 @@ class NetworkManagerClient final : private BusSession {
   using Settings = NetworkManagerSettings;
   using Values = std::map<std::string, sdbus::Variant>;
   using Path = sdbus::ObjectPath;
-  using Then = std::function<void(sdbus::MethodReply&)>;
-  using Failed = std::function<void(const sdbus::Error&)>;
 
-  struct Method {
-    std::string path;
-    std::string interface;
-    std::string name;
-  };
   struct Deferred {
     std::function<void()> work;
-    Failed failed;
+    BusThread::Failure failed;
   };
   struct Activation {
     std::string uuid;
@@ -98,11 +92,7 @@ class NetworkManagerClient final : private BusSession {
   void restart(const Path& connection, const Path& activation, const Reply<void>& reply);
   void activate(const Path& connection, const Reply<void>& reply);
 
-  template <class... Args>
-  void callLater(const Method& method, std::chrono::milliseconds patience, Then then, Failed failed,
-                 const Args&... arguments);
   std::unique_ptr<sdbus::IProxy> object(const std::string& path);
-  sdbus::IProxy& lastingObject(const std::string& path);
 
   const Options options_;
   const StatusChanged statusChanged_;
@@ -110,7 +100,7 @@ class NetworkManagerClient final : private BusSession {
   // All of the rest belongs to the thread.
   sdbus::IConnection* bus_ = nullptr;
   std::vector<sdbus::Slot> matches_;
-  std::map<std::string, std::unique_ptr<sdbus::IProxy>> lastingObjects_;
+  BusCalls calls_;
   std::string owner_;  // the bus's name for the NetworkManager that runs; empty when none does
   std::map<Path, std::string> saved_;
   Activations activations_;  // the newest last
@@ -118,8 +108,6 @@ class NetworkManagerClient final : private BusSession {
   bool isLooking_ = false;
   bool willReadProfiles_ = false;
   std::vector<Deferred> deferred_;  // until it has looked around
-  std::map<std::uint64_t, Failed> pending_;
-  std::uint64_t lastCall_ = 0;
 
   BusThread thread_;
 };

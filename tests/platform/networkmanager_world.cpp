@@ -131,24 +131,6 @@ void TunnelProgram::connect(const Settings& settings) {
   say(started);
 }
 
-Permissions::Permissions(const std::string& busAddress)
-    : bus_(sdbus::createSessionBusConnectionWithAddress(busAddress)),
-      object_(sdbus::createObject(*bus_, "/org/freedesktop/PolicyKit1/Authority")) {
-  using Subject = sdbus::Struct<std::string, std::map<std::string, sdbus::Variant>>;
-  using Texts = std::map<std::string, std::string>;
-  object_->registerMethod("CheckAuthorization")
-      .onInterface("org.freedesktop.PolicyKit1.Authority")
-      .implementedAs(
-          [this](const Subject&, const std::string&, const Texts&, std::uint32_t, const std::string&) {
-            return sdbus::Struct<bool, bool, Texts>(granted_.load(), false, Texts());
-          });
-  object_->finishRegistration();
-  bus_->requestName("org.freedesktop.PolicyKit1");
-  bus_->enterEventLoopAsync();
-}
-
-Permissions::~Permissions() { bus_->leaveEventLoop(); }
-
 BusRelay::BusRelay(fs::path listening, const fs::path& bus) : path_(std::move(listening)) {
   fs::remove(path_);
   const FileDescriptor listener = newSocket();

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/platform/permissions.h"
 #include "tests/platform/private_bus.h"
 #include "tests/support/temporary_directory.h"
 
@@ -43,22 +44,6 @@ class TunnelProgram {
   std::atomic<bool> slow_ = false;
   mutable std::mutex mutex_;
   std::vector<std::map<std::string, std::string>> connections_;
-};
-
-// Who may do what, as polkit would answer for the machine's administrator.
-class Permissions {
- public:
-  explicit Permissions(const std::string& busAddress);
-  ~Permissions();
-  Permissions(const Permissions&) = delete;
-  Permissions& operator=(const Permissions&) = delete;
-
-  void grant(bool granted) { granted_ = granted; }
-
- private:
-  std::unique_ptr<sdbus::IConnection> bus_;
-  std::unique_ptr<sdbus::IObject> object_;
-  std::atomic<bool> granted_ = true;
 };
 
 // A second way to a bus, of another user's. It can be cut.

@@ -1,0 +1,387 @@
+#include "platform/linux/fprintd_check.h"
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <future>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/hop.h"
+#include "platform/linux/bus_calls.h"
+#include "platform/linux/bus_thread.h"
+
+namespace quillmar {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* service = "net.reactivated.Fprint";
+constexpr const char* managerPath = "/net/reactivated/Fprint/Manager";
+constexpr const char* managerInterface = "net.reactivated.Fprint.Manager";
+constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
+constexpr const char* busService = "org.freedesktop.DBus";
+
+// To fprintd, the person who asks.
+const std::string thisPerson;
+const std::string anyFinger = "any";
+
+enum Code {
+  failed = -1,
+  userCancel = -2,
+  userFallback = -3,
+  systemCancel = -4,
+  notAvailable = -6,
+  notEnrolled = -7,
+  lockout = -8
+};
+
+BiometricReply failure(Code code) { return {.success = false, .code = code}; }
+
+// What fprintd says of a finger, where that is the end of the check.
+struct Verdict {
+  std::string_view text;
+  BiometricReply reply;
+};
+
+constexpr std::string_view wrongFinger = "verify-no-match";
+
+const auto verdicts = std::to_array<Verdict>({
+    {"verify-match", {.success = true, .code = std::nullopt}},
+    {wrongFinger, failure(failed)},
+    {"verify-disconnected", failure(notAvailable)},
+    // Also said of a reader that was pulled out.
+    {"verify-unknown-error", failure(notAvailable)},
+});
+
+// The bus's own errors tell that there is no fprintd to ask.
+BiometricReply failureFrom(const sdbus::Error& error) {
+  const std::string& name = error.getName();
+  if (name == "net.reactivated.Fprint.Error.NoEnrolledPrints") {
+    return failure(notEnrolled);
+  }
+  const bool unavailable = name == "net.reactivated.Fprint.Error.NoSuchDevice" ||
+                           name == "net.reactivated.Fprint.Error.PermissionDenied" ||
+                           name.starts_with("org.freedesktop.DBus.Error.");
+  return failure(unavailable ? notAvailable : failed);
+}
+
+}  // namespace
+
+// The reader on the bus's thread. A check goes through claiming, verifying and the way back, one call at a
+// time. Its outcome may come at any point, the first one counts, and the way back begins as soon as no call
+// is under way.
+class FprintdCheck::Reader final : private BusSession {
+ public:
+  // Told on the thread: the reason when a finger is waited for, nothing when no longer.
+  using PromptChanged = std::function<void(Prompt)>;
+
+  Reader(const Options& options, PromptChanged promptChanged)
+      : options_(options),
+        promptChanged_(std::move(promptChanged)),
+        thread_(options.busAddress, options.patience, *this) {}
+
+  // Any thread, as all of these.
+  std::future<bool> isUsable();
+  // The check's number tells it from later ones.
+  void check(std::uint64_t number, std::string reason, std::function<void(BiometricReply)> reply);
+  void conclude(std::uint64_t number, BiometricReply outcome);
+  void concludeAny(BiometricReply outcome);
+
+ private:
+  struct Check {
+    std::uint64_t number = 0;
+    std::string reason;
+    std::function<void(BiometricReply)> reply;
+    std::optional<BiometricReply> outcome = std::nullopt;
+    bool calling = false;
+    bool claimed = false;
+    bool verifying = false;
+    bool prompting = false;
+  };
+
+  void joined(sdbus::IConnection& bus) override;
+  void left() override;
+  void watch(sdbus::IConnection& bus, const std::string& rule, void (Reader::*heard)(sdbus::Message&));
+  void ownerChanged(sdbus::Message& message);
+  void verifyStatus(sdbus::Message& message);
+  void readerGone();
+
+  void begin(Check check);
+  void claim(const std::string& device);
+  void verify();
+  void conclude(BiometricReply outcome);
+  void goBack();
+  void end();
+  bool isOneTooMany();
+
+  // One call of the check: `next` when it succeeded and there is no outcome yet.
+  template <class... Args>
+  void call(const std::string& path, const char* interface, const char* method, BusCalls::Then succeeded,
+            std::function<void()> next, const Args&... arguments);
+  // One on the way back, which goes on however it ends.
+  void callBack(const char* method);
+
+  const Options options_;
+  const PromptChanged promptChanged_;
+
+  // All of the rest belongs to the thread.
+  BusCalls calls_;
+  std::vector<sdbus::Slot> matches_;
+  std::optional<Check> check_;
+  std::string device_;
+  std::string owner_;  // the bus's name for the fprintd that holds the claim
+  int wrongFingers_ = 0;
+  Clock::time_point lockedUntil_;
+
+  BusThread thread_;
+};
+
+std::future<bool> FprintdCheck::Reader::isUsable() {
+  const auto promise = std::make_shared<std::promise<bool>>();
+  thread_.post(
+      [promise](sdbus::IConnection& bus) {
+        sdbus::ObjectPath device;
+        sdbus::createProxy(bus, service, managerPath)
+            ->callMethod("GetDefaultDevice")
+            .onInterface(managerInterface)
+            .storeResultsTo(device);
+        std::vector<std::string> fingers;
+        sdbus::createProxy(bus, service, device)
+            ->callMethod("ListEnrolledFingers")
+            .onInterface(deviceInterface)
+            .withArguments(thisPerson)
+            .storeResultsTo(fingers);
+        promise->set_value(!fingers.empty());
+      },
+      [promise](const sdbus::Error&) { promise->set_value(false); });
+  return promise->get_future();
+}
+
+void FprintdCheck::Reader::check(std::uint64_t number, std::string reason,
+                                 std::function<void(BiometricReply)> reply) {
+  thread_.post([this, check = Check{.number = number, .reason = std::move(reason), .reply = reply}](
+                   sdbus::IConnection&) { begin(check); },
+               [reply](const sdbus::Error& error) { reply(failureFrom(error)); });
+}
+
+void FprintdCheck::Reader::conclude(std::uint64_t number, BiometricReply outcome) {
+  thread_.postIfJoined([this, number, outcome](sdbus::IConnection&) {
+    if (check_ && check_->number == number) {
+      conclude(outcome);
+    }
+  });
+}
+
+void FprintdCheck::Reader::concludeAny(BiometricReply outcome) {
+  thread_.postIfJoined([this, outcome](sdbus::IConnection&) { conclude(outcome); });
+}
+
+void FprintdCheck::Reader::joined(sdbus::IConnection& bus) {
+  const std::string fromIt = "sender='" + std::string(service) + "',interface='" + deviceInterface + "',";
+  const std::string fromBus = "sender='" + std::string(busService) + "',interface='" + busService + "',";
+  watch(bus, fromIt + "member='VerifyStatus'", &Reader::verifyStatus);
+  watch(bus, fromBus + "member='NameOwnerChanged',arg0='" + service + "'", &Reader::ownerChanged);
+  calls_.joined(bus);
+}
+
+void FprintdCheck::Reader::left() {
+  readerGone();
+  calls_.left();
+  matches_.clear();
+}
+
+void FprintdCheck::Reader::watch(sdbus::IConnection& bus, const std::string& rule,
+                                 void (Reader::*heard)(sdbus::Message&)) {
+  matches_.push_back(bus.addMatch("type='signal'," + rule, [this, heard](sdbus::Message& message) {
+    try {
+      (this->*heard)(message);
+    } catch (const sdbus::Error&) {
+      // A signal of another shape than it should have is none.
+    }
+  }));
+}
+
+void FprintdCheck::Reader::ownerChanged(sdbus::Message& message) {
+  if (message.getSender() == busService && !owner_.empty()) {
+    readerGone();
+  }
+}
+
+// A signal could also be sent to this program alone, by anybody who wants to be let in: it counts if it comes
+// from the fprintd that answered the claim.
+void FprintdCheck::Reader::verifyStatus(sdbus::Message& message) {
+  std::string result;
+  message >> result;
+  const bool trusted = message.getSender() == owner_ && message.getPath() == device_;
+  const auto* const verdict = std::ranges::find(verdicts, result, &Verdict::text);
+  if (trusted && verdict != verdicts.end() && check_ && check_->verifying && !check_->outcome) {
+    conclude(result == wrongFinger && isOneTooMany() ? failure(lockout) : verdict->reply);
+  }
+}
+
+// There is nobody to give the reader back to.
+void FprintdCheck::Reader::readerGone() {
+  owner_.clear();
+  if (check_) {
+    check_->claimed = false;
+    check_->verifying = false;
+    conclude(failure(notAvailable));
+  }
+}
+
+void FprintdCheck::Reader::begin(Check check) {
+  if (Clock::now() < lockedUntil_) {
+    check.reply(failure(lockout));
+    return;
+  }
+  if (check_) {
+    check.reply(failure(systemCancel));
+    return;
+  }
+  check_ = std::move(check);
+  const auto device = std::make_shared<sdbus::ObjectPath>();
+  call(
+      managerPath, managerInterface, "GetDefaultDevice",
+      [device](sdbus::MethodReply& reply) { reply >> *device; }, [this, device] { claim(*device); });
+}
+
+void FprintdCheck::Reader::claim(const std::string& device) {
+  device_ = device;
+  call(
+      device_, deviceInterface, "Claim",
+      [this](sdbus::MethodReply& reply) {
+        check_->claimed = true;
+        owner_ = reply.getSender();
+      },
+      [this] { verify(); }, thisPerson);
+}
+
+void FprintdCheck::Reader::verify() {
+  call(
+      device_, deviceInterface, "VerifyStart", [this](sdbus::MethodReply&) { check_->verifying = true; },
+      [this] {
+        check_->prompting = true;
+        promptChanged_(check_->reason);
+      },
+      anyFinger);
+}
+
+void FprintdCheck::Reader::conclude(BiometricReply outcome) {
+  if (check_ && !check_->outcome) {
+    check_->outcome = outcome;
+    if (!check_->calling) {
+      goBack();
+    }
+  }
+}
+
+void FprintdCheck::Reader::goBack() {
+  if (std::exchange(check_->prompting, false)) {
+    promptChanged_(std::nullopt);
+  }
+  if (std::exchange(check_->verifying, false)) {
+    callBack("VerifyStop");
+  } else if (std::exchange(check_->claimed, false)) {
+    callBack("Release");
+  } else {
+    end();
+  }
+}
+
+void FprintdCheck::Reader::end() {
+  const Check ended = std::move(*check_);
+  check_.reset();
+  owner_.clear();
+  wrongFingers_ = ended.outcome->success ? 0 : wrongFingers_;
+  ended.reply(*ended.outcome);
+}
+
+bool FprintdCheck::Reader::isOneTooMany() {
+  const bool tooMany = ++wrongFingers_ >= options_.wrongFingers;
+  if (tooMany) {
+    wrongFingers_ = 0;
+    lockedUntil_ = Clock::now() + options_.lockTime;
+  }
+  return tooMany;
+}
+
+template <class... Args>
+void FprintdCheck::Reader::call(const std::string& path, const char* interface, const char* method,
+                                BusCalls::Then succeeded, std::function<void()> next,
+                                const Args&... arguments) {
+  check_->calling = true;
+  calls_.send(
+      {service, path, interface, method}, options_.patience,
+      [this, succeeded = std::move(succeeded), next = std::move(next)](sdbus::MethodReply& reply) {
+        succeeded(reply);
+        check_->calling = false;
+        if (check_->outcome) {
+          goBack();
+        } else {
+          next();
+        }
+      },
+      [this](const sdbus::Error& error) {
+        check_->calling = false;
+        check_->outcome = check_->outcome.value_or(failureFrom(error));
+        goBack();
+      },
+      arguments...);
+}
+
+void FprintdCheck::Reader::callBack(const char* method) {
+  check_->calling = true;
+  const auto goOn = [this] {
+    check_->calling = false;
+    goBack();
+  };
+  calls_.send(
+      {service, device_, deviceInterface, method}, options_.patience, [goOn](sdbus::MethodReply&) { goOn(); },
+      [goOn](const sdbus::Error&) { goOn(); });
+}
+
+FprintdCheck::FprintdCheck(Dispatch& dispatch) : FprintdCheck(dispatch, Options()) {}
+
+FprintdCheck::FprintdCheck(Dispatch& dispatch, const Options& options)
+    : dispatch_(dispatch),
+      patience_(options.patience),
+      fingerPatience_(options.fingerPatience),
+      prompt_(std::make_shared<PromptSignal>()),
+      reader_(std::make_shared<Reader>(
+          options, hoppingToMain(dispatch, [known = std::weak_ptr(prompt_)](const Prompt& prompt) {
+            if (const auto signal = known.lock()) {
+              signal->emit(prompt);
+            }
+          }))) {}
+
+FprintdCheck::~FprintdCheck() = default;
+
+bool FprintdCheck::canEvaluate() {
+  auto usable = reader_->isUsable();
+  return usable.wait_for(patience_) == std::future_status::ready && usable.get();
+}
+
+void FprintdCheck::evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) {
+  const auto number = ++lastCheck_;
+  reader_->check(number, std::string(reason), std::move(reply));
+  dispatch_.main().asyncAfter(std::chrono::duration_cast<Duration>(fingerPatience_),
+                              [known = std::weak_ptr(reader_), number] {
+                                if (const auto reader = known.lock()) {
+                                  reader->conclude(number, failure(systemCancel));
+                                }
+                              });
+}
+
+void FprintdCheck::cancel() { reader_->concludeAny(failure(userCancel)); }
+
+void FprintdCheck::enterPassword() { reader_->concludeAny(failure(userFallback)); }
+
+Subscription FprintdCheck::observePrompt(std::function<void(const Prompt&)> observer) {
+  return prompt_->connect(std::move(observer));
+}
+
+}  // namespace quillmar
