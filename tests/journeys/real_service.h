@@ -4,6 +4,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "sandbox/service.h"
 #include "tests/support/network_session.h"
@@ -14,7 +15,7 @@ namespace quillmar {
 // The stand-in service on free ports of this machine.
 class RealService {
  public:
-  RealService() : service_(start()) {}
+  explicit RealService(sandbox::Clock clock = sandbox::systemClock()) : service_(start(std::move(clock))) {}
 
   sandbox::Service* operator->() const { return service_.get(); }
 
@@ -32,8 +33,8 @@ class RealService {
   }
 
  private:
-  static std::unique_ptr<sandbox::Service> start() {
-    auto started = sandbox::Service::start({});
+  static std::unique_ptr<sandbox::Service> start(sandbox::Clock clock) {
+    auto started = sandbox::Service::start({}, std::move(clock));
     if (!started) {
       throw std::runtime_error(started.failure());
     }

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "app/country_selection_view.h"
+#include "app/role_selection_view.h"
+#include "child/child_enrollment_view.h"
+#include "child/child_home_view.h"
+#include "console/device_list_view.h"
+#include "identity/login_view.h"
+#include "tests/journeys/real_service.h"
+#include "tests/journeys/shared_time.h"
+#include "tests/support/qr_picture.h"
+#include "tests/support/test_application.h"
+
+// People with a machine each, by what they do on its screens.
+namespace quillmar {
+
+class Person : public TestApplication {
+ public:
+  Person(const RealService& service, SharedTime& time) : TestApplication({}, service.network()) {
+    time.include(machine.dispatch);
+  }
+
+  std::string setting(std::string_view key) { return machine.settings.string(key).value_or(""); }
+
+  // What a camera before this machine's screen reads.
+  std::string textInPicture(const QRCodeView& code) {
+    const auto modules = code.modules(machine.qrEncoder);
+    return modules ? textOf(readPictureOf(*modules)) : std::string();
+  }
+};
+
+class Parent : public Person {
+ public:
+  static constexpr const char* password = "correct horse";
+
+  using Person::Person;
+
+  void chooseRole() {
+    auto& roles = screen<RoleSelectionView>();
+    roles.cards.find("parent")->action();
+    settle();
+    roles.countrySelection->confirmRegion();
+    settle();
+  }
+
+  void signUp(const std::string& name, const std::string& email) {
+    auto& login = screen<LoginView>();
+    login.signUp();
+    auto& form = *login.showRegister;
+    form.name = name;
+    form.email = email;
+    form.phone = std::string("+61 412 345 678");
+    form.password = std::string(password);
+    form.confirmPassword = std::string(password);
+    press(form.createAccount);
+  }
+
+  DeviceListView& dashboard() { return screen<DeviceListView>(); }
+  ChildDashboardCard& card() { return dashboard().cards[0]; }
+
+  void addChild(const std::string& name) {
+    press(dashboard().addChild);
+    auto& form = *dashboard().showAddChild;
+    form.name = name;
+    press(form.createChildProfile);
+  }
+
+  // Up to the camera, for the first child.
+  ScannerView& openScanner() {
+    press(card().addDevice);
+    press(dashboard().showAddDevice->addPhone);
+    return scanner();
+  }
+  ScannerView& scanner() { return screen<ScannerView>(); }
+
+  void scan(const std::string& code) {
+    machine.qrReader.showCode(code);
+    settle();
+  }
+
+  // A control that has to be in use.
+  template <class Control>
+  void press(Control& control) {
+    EXPECT_TRUE(control()) << control.name();
+    settle();
+  }
+};
+
+class Child : public Person {
+ public:
+  Child(const RealService& service, SharedTime& time) : Person(service, time) {
+    machine.tunnel.behaveLikePlatform();
+  }
+
+  void chooseRole() {
+    screen<RoleSelectionView>().cards.find("child")->action();
+    settle();
+  }
+
+  ChildEnrollmentView& enrollment() { return screen<ChildEnrollmentView>(); }
+  ChildHomeView& home() { return screen<ChildHomeView>(); }
+
+  // What the picture on this machine's screen says then.
+  std::string startEnrollment() {
+    EXPECT_TRUE(enrollment().startEnrollment());
+    settle();
+    return textInPicture(enrollment().qrCode());
+  }
+};
+
+}  // namespace quillmar
