@@ -88,7 +88,7 @@ void hostileEndpoint(UiStage& stage) {
 
 }  // namespace
 
-std::vector<Shot> scenes() {
+std::vector<Shot> childDeviceScenes() {
   return {
       {"role", {}},
       {"role-text-200", {}, [](UiStage&) {}, 2},
@@ -99,7 +99,6 @@ std::vector<Shot> scenes() {
          chooseParent(s);
          s.click("Singapore");
        }},
-      {"login", asParent()},
       {"enrollment-start", asNewChild()},
       {"enrollment-start-text-200", asNewChild(), [](UiStage&) {}, 2},
       {"enrollment-loading", asNewChild(), holdEnrollment},
@@ -168,6 +167,14 @@ std::vector<Shot> scenes() {
          s.application.screen<DoHInstructionsView>().enableProtection();
        }},
   };
+}
+
+std::vector<Shot> scenes() {
+  auto all = childDeviceScenes();
+  for (auto& shot : parentScenes()) {
+    all.push_back(std::move(shot));
+  }
+  return all;
 }
 
 }  // namespace quillmar

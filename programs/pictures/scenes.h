@@ -17,6 +17,9 @@ struct Shot {
   double textScale = 1;
 };
 
+// The screens of a child's device and those before the choice of a role, and the screens of a parent's.
+std::vector<Shot> childDeviceScenes();
+std::vector<Shot> parentScenes();
 // Every screen in each of its states.
 std::vector<Shot> scenes();
 

@@ -101,7 +101,7 @@ Pressable {
             visible: lines.count > 0
             implicitHeight: deviceList.implicitHeight + 2 * Theme.between
             radius: Theme.corner
-            color: Theme.card
+            color: Theme.alpha(Theme.text, 0.05)
             Layout.fillWidth: true
 
             ColumnLayout {

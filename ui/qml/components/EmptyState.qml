@@ -20,6 +20,7 @@ ColumnLayout {
         Layout.bottomMargin: Theme.gap
     }
     Label {
+        visible: text.length > 0
         text: empty.heading
         font: Theme.title
         horizontalAlignment: Text.AlignHCenter
@@ -27,6 +28,7 @@ ColumnLayout {
         Accessible.role: Accessible.Heading
     }
     Label {
+        visible: text.length > 0
         text: empty.text
         color: Theme.secondaryText
         horizontalAlignment: Text.AlignHCenter

@@ -33,7 +33,6 @@ ColumnLayout {
     TextBox {
         id: box
         name: field.title
-        focus: true
         Layout.fillWidth: true
         Accessible.description: field.hint
         onEdited: text => field.edited(text)

@@ -63,7 +63,7 @@ Page {
 
         LabelledField {
             id: email
-            focus: true
+            box.focus: true
             title: page.screen.emailTitle
             placeholder: page.screen.emailPlaceholder
             inputMethodHints: Qt.ImhEmailCharactersOnly | Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText

@@ -33,7 +33,7 @@ Page {
 
     Stage {
         shown: !page.screen.showInstructions
-        first: name
+        first: name.box
         spacing: Theme.gap
 
         Label {

@@ -57,7 +57,7 @@ Page {
         Behavior on opacity { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
 
         LabelledField {
-            focus: true
+            box.focus: true
             title: page.screen.nameTitle
             placeholder: page.screen.namePlaceholder
             value: page.screen.name

@@ -107,7 +107,7 @@ Page {
 
     Stage {
         shown: page.screen.stage === "review"
-        first: name
+        first: name.box
         spacing: Theme.gap
 
         SymbolTile {
