@@ -97,7 +97,6 @@ void ChildDetailView::setDevices(std::vector<Device> answer) {
 }
 
 void ChildDetailView::startDeviceStatusTimer() {
-  deviceStatusTimer_.reset();
   deviceStatusTimer_ = dispatch_.scheduleRepeating(deviceStatusPeriod, [this] { refreshDeviceStatus(); });
 }
 

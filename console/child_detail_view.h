@@ -230,6 +230,8 @@ class ChildDetailView final : public ScreenModel {
   // Steps by name.
 
   void reloadChild();
+  // An empty name is not sent.
+  void saveChildName(const std::string& newName);
   bool isDomainAllowed(std::string_view domain) const;
   void allowFromLog(const DNSLog& log);
   void blockFromLog(const DNSLog& log);
@@ -254,7 +256,6 @@ class ChildDetailView final : public ScreenModel {
   void startDeviceStatusTimer();
   void refreshDeviceStatus();
   void showDeviceRows();
-  void saveChildName(const std::string& newName);
   void askToUnlink(const Device& device);
   void unlinkSelected();
   void deleteChild();

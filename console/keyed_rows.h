@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -10,10 +11,25 @@
 
 namespace quillmar {
 
+// Tells items of the same key apart: the first has the key itself, the others have it with their count.
+class UniqueKeys {
+ public:
+  std::string operator()(const std::string& key) {
+    std::string unique = key;
+    for (int& count = counts_[key]; !used_.insert(unique).second;) {
+      unique = key + '\n' + std::to_string(++count + 1);
+    }
+    return unique;
+  }
+
+ private:
+  std::unordered_map<std::string, int> counts_;
+  std::unordered_set<std::string> used_;
+};
+
 // Makes a list show these items, one a row. A row stays its item's for as long as the item's key is in the
-// list, and the list is announced only where rows came, went or moved. Of items with the same key the second
-// and later ones are told apart by their count. `make` makes the row of an item that had none, `update`
-// brings an item's row up to date.
+// list, and the list is announced only where rows came, went or moved. `make` makes the row of an item that
+// had none, `update` brings an item's row up to date.
 template <class Row, class Item, class KeyOf, class Make, class Update>
 void showInRows(Rows<Row>& rows, const std::vector<Item>& items, KeyOf keyOf, Make make, Update update) {
   const auto shown = rows.nested();
@@ -21,15 +37,12 @@ void showInRows(Rows<Row>& rows, const std::vector<Item>& items, KeyOf keyOf, Ma
   for (const auto& [key, row] : shown) {
     known.emplace(key, row);
   }
-  std::unordered_map<std::string, int> counts;
+  UniqueKeys uniqueKey;
   std::vector<std::pair<std::string, std::shared_ptr<Row>>> fresh;
   fresh.reserve(items.size());
   bool isSameList = items.size() == shown.size();
   for (const Item& item : items) {
-    std::string key = keyOf(item);
-    if (const int count = ++counts[key]; count > 1) {
-      key += '\n' + std::to_string(count);
-    }
+    std::string key = uniqueKey(keyOf(item));
     const auto found = known.find(key);
     auto row = found == known.end() ? make(item) : std::static_pointer_cast<Row>(found->second);
     update(*row, item);

@@ -323,7 +323,9 @@ TEST_F(ChildDetailPage, an_empty_name_is_not_sent) {
   page().editName();
   page().showEditName->name = std::string();
   EXPECT_FALSE(page().showEditName->save());
+  page().saveChildName("");
   app.settle();
+  EXPECT_EQ(page().editedName(), "");
   EXPECT_TRUE(http().requests().empty());
 }
 
