@@ -372,7 +372,8 @@ TunnelStatus NetworkManagerClient::statusOf(const std::string& uuid) {
 
 void NetworkManagerClient::announceChanges() {
   for (auto& [uuid, status] : known_) {
-    const bool isSaved = std::ranges::any_of(saved_, [&](const auto& saved) { return saved.second == uuid; });
+    const bool isSaved =
+        std::ranges::find(saved_, uuid, &std::pair<const Path, std::string>::second) != saved_.end();
     const auto present = isSaved ? statusOf(uuid) : TunnelStatus::invalid;
     if (std::exchange(status, present) != present) {
       statusChanged_(uuid, present);

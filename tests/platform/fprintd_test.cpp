@@ -82,7 +82,7 @@ class ReaderWorld final : public testing::Environment {
     }
     EXPECT_EQ(enrolling.end(0), 0);
   }
-  void forgetFingers() const { static_cast<void>(bus_->run({"fprintd-delete", "root"})); }
+  void forgetFingers() const { static_cast<void>(bus_->run({"sh", "-c", "fprintd-delete \"$(id -un)\""})); }
 
   pid_t process() const {
     std::uint32_t process = 0;

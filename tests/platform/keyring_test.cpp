@@ -22,6 +22,11 @@
 #include "tests/support/scoped_environment.h"
 #include "tests/support/temporary_directory.h"
 
+// GLib is not built for ThreadSanitizer, which sees none of its locks and atomic counts.
+extern "C" const char* __tsan_default_suppressions() {  // NOLINT(bugprone-reserved-identifier)
+  return "race:libglib-2.0.so\nrace:libgobject-2.0.so\nrace:libgio-2.0.so\nrace:libsecret-1.so\n";
+}
+
 namespace quillmar {
 namespace {
 
