@@ -51,7 +51,7 @@ const std::string mia = child(
     device("d1", "Mia's phone", "ios", true) + "," + device("d2", "Tablet", "ipad", false) + "," +
         device("d3", "PlayStation", "playstation", true) + "," + device("d4", "School laptop", "mac", false) +
         "," + device("d5", "TV", "smarttv", false),
-    R"(,"birth_year":2015,"policy":{"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":["games.example","video.example"],"allowed_domains":["school.example","Library.example.org"],"created_at":"c","updated_at":"u"})");
+    R"(,"birth_year":1990,"policy":{"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":["games.example","video.example"],"allowed_domains":["school.example","Library.example.org"],"created_at":"c","updated_at":"u"})");
 
 std::string family() {
   return R"({"children":[)" + mia + "," + child("c2", "Theo", device("d6", "Theo's tablet", "ipad", false)) +
@@ -296,7 +296,7 @@ std::vector<Shot> dashboardScenes() {
        [](UiStage& s) {
          openScanner(s, CameraState::absent)
              .handleScannedCode(
-                 R"({"deviceId":"d","deviceName":"Mia's phone","deviceType":"ios","enrollmentCode":"K7QX2M","timestamp":"2026-01-01T00:00:00Z"})");
+                 R"({"enrollment_code":"K7QX2M","device_id":"d","device_name":"Mia's phone","device_type":"ios"})");
        }},
       {"scanner-invalid", signedIn(),
        [](UiStage& s) { openScanner(s, CameraState::absent).handleScannedCode("hello"); }},
@@ -326,6 +326,9 @@ std::vector<Shot> childScenes() {
       {"child-text-200", signedIn(), [](UiStage& s) { openChild(s); }, 2},
       {"child-blocked", signedIn(),
        [](UiStage& s) {
+         s.application.machine.http.answerAlways(
+             "PUT", "/children/c1/policy", 200,
+             R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":true,"block_mode":"whitelist","created_at":"c","updated_at":"u"})");
          openChild(s).isBlocked = true;
          s.settle();
        }},

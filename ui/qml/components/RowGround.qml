@@ -14,20 +14,11 @@ Rectangle {
     Layout.fillWidth: true
     Accessible.role: Accessible.List
 
-    Item {
-        anchors.fill: parent
-        anchors.topMargin: 4
-        anchors.bottomMargin: 4
-        anchors.leftMargin: 1
-        anchors.rightMargin: 1
-
-        Column {
-            id: column
-            width: parent.width
-            topPadding: -4
-            move: Transition {
-                NumberAnimation { property: "y"; duration: Theme.travel; easing.type: Easing.OutQuad }
-            }
+    Column {
+        id: column
+        width: parent.width
+        move: Transition {
+            NumberAnimation { property: "y"; duration: Theme.travel; easing.type: Easing.OutQuad }
         }
     }
 }

@@ -20,14 +20,14 @@ FocusScope {
     property real inset: Theme.gap
     // Under the face; it lies open while the face is drawn aside.
     property alias behind: underlay.data
-    default property alias content: face.data
+    default property alias content: place.data
     readonly property bool mirrored: LayoutMirroring.enabled
     property bool dragging: false
     // So that FocusRing sees it as it sees a control.
     readonly property bool visualFocus: activeFocus
 
     width: parent ? parent.width : 0
-    implicitHeight: Math.max(Theme.target + 8, face.childrenRect.height)
+    implicitHeight: Math.max(Theme.target + 8, place.childrenRect.height)
     activeFocusOnTab: true
     clip: true
     Accessible.role: Accessible.ListItem
@@ -70,12 +70,24 @@ FocusScope {
         width: swipe.width
         height: swipe.height
         x: swipe.row.offset
-        color: area.containsMouse || swipe.activeFocus ? Theme.cardPressed : Theme.card
+        // At rest the ground that the row stands on shows, with its round corners.
+        color: x === 0 ? "transparent" : Theme.card
         Behavior on x {
             enabled: !swipe.dragging
             NumberAnimation { duration: Theme.reducedMotion ? 0 : 500; easing.type: Easing.OutExpo }
         }
-        Behavior on color { ColorAnimation { duration: Theme.quick } }
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: 3
+            radius: Theme.corner - 3
+            color: Theme.alpha(Theme.text, area.containsMouse ? 0.05 : 0)
+            Behavior on color { ColorAnimation { duration: Theme.quick } }
+        }
+        Item {
+            id: place
+            anchors.fill: parent
+        }
     }
     Rectangle {
         anchors.left: parent.left

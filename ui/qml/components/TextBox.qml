@@ -38,7 +38,7 @@ T.TextField {
         if (text === value) {
             return
         }
-        const place = cursorPosition
+        const place = cursorPosition === length ? value.length : cursorPosition
         text = value
         cursorPosition = Math.min(place, length)
     }
