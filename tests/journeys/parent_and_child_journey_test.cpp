@@ -211,10 +211,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
 
 TEST_F(ParentAndChildJourney, both_start_again_and_are_where_they_were) {
   begin();
-  parent.openScanner();
-  parent.scan(child.startEnrollment());
-  parent.press(parent.scanner().completeEnrollment);
-  expectSuccessAndFinish();
+  parent.enrol(child);
   expectEnrolled();
   const std::string token = parent.setting("authToken");
 

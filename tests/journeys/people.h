@@ -35,6 +35,28 @@ class Person : public TestApplication {
   }
 };
 
+class Child : public Person {
+ public:
+  Child(const RealService& service, SharedTime& time) : Person(service, time) {
+    machine.tunnel.behaveLikePlatform();
+  }
+
+  void chooseRole() {
+    screen<RoleSelectionView>().cards.find("child")->action();
+    settle();
+  }
+
+  ChildEnrollmentView& enrollment() { return screen<ChildEnrollmentView>(); }
+  ChildHomeView& home() { return screen<ChildHomeView>(); }
+
+  // What the picture on this machine's screen says then.
+  std::string startEnrollment() {
+    EXPECT_TRUE(enrollment().startEnrollment());
+    settle();
+    return textInPicture(enrollment().qrCode());
+  }
+};
+
 class Parent : public Person {
  public:
   static constexpr const char* password = "correct horse";
@@ -84,33 +106,19 @@ class Parent : public Person {
     settle();
   }
 
+  // Makes a device of the first child: from its own first tap until its next poll may hear of it.
+  void enrol(Child& child) {
+    openScanner();
+    scan(child.startEnrollment());
+    press(scanner().completeEnrollment);
+    press(scanner().done);
+  }
+
   // A control that has to be in use.
   template <class Control>
   void press(Control& control) {
     EXPECT_TRUE(control()) << control.name();
     settle();
-  }
-};
-
-class Child : public Person {
- public:
-  Child(const RealService& service, SharedTime& time) : Person(service, time) {
-    machine.tunnel.behaveLikePlatform();
-  }
-
-  void chooseRole() {
-    screen<RoleSelectionView>().cards.find("child")->action();
-    settle();
-  }
-
-  ChildEnrollmentView& enrollment() { return screen<ChildEnrollmentView>(); }
-  ChildHomeView& home() { return screen<ChildHomeView>(); }
-
-  // What the picture on this machine's screen says then.
-  std::string startEnrollment() {
-    EXPECT_TRUE(enrollment().startEnrollment());
-    settle();
-    return textInPicture(enrollment().qrCode());
   }
 };
 

@@ -1,0 +1,293 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "console/child_detail_view.h"
+#include "tests/journeys/dns_lookup.h"
+#include "tests/journeys/people.h"
+
+namespace quillmar {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Names = std::vector<std::string>;
+
+// A child's page on the parent's machine, while the child's machine looks names up.
+struct ActivityJourney : testing::Test {
+  ActivityJourney() {
+    child.machine.deviceInfo.deviceName = "Mia's Phone";
+    parent.chooseRole();
+    parent.signUp("Ann Fielding", "ann@example.com");
+    parent.addChild("Mia");
+    enrol(child);
+    parent.press(parent.card().tap);
+  }
+
+  void enrol(Child& machine) {
+    machine.chooseRole();
+    parent.enrol(machine);
+    time.advance(7s);
+    EXPECT_EQ(machine.home().headline(), "Protection Active");
+  }
+
+  ChildDetailView& page() { return parent.screen<ChildDetailView>(); }
+  void tick() { time.advance(2s); }
+  void choose(ChildDetailTab tab) {
+    page().selectedTab = tab;
+    time.settle();
+  }
+  void blockTheInternet(bool blocked) {
+    page().isBlocked = blocked;
+    time.settle();
+  }
+  void blockSite(const std::string& site) {
+    page().newBlockedDomain = site;
+    parent.press(page().addBlockedSite);
+  }
+
+  bool kdig(const std::string& name) { return kdigResolves(service, child.child().dohEndpoint(), name); }
+  bool curl(const std::string& name) { return curlResolves(service, child.child().dohEndpoint(), name); }
+
+  // Just beyond the threshold, and let go.
+  template <class Row>
+  void swipe(Row& row) {
+    const double dx = row.swipeThreshold() > 0 ? row.swipeThreshold() + 1 : row.swipeThreshold() - 1;
+    EXPECT_TRUE(row.dragChanged(dx, 0.0));
+    EXPECT_TRUE(row.dragEnded(dx, 0.0));
+    time.settle();
+  }
+
+  template <class Row>
+  static Names sites(const Rows<Row>& rows) {
+    Names names;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+      names.push_back(rows[i].site());
+    }
+    return names;
+  }
+  Names recent() { return sites(page().recentActivityRows); }
+  Names blocked() { return sites(page().blockedSiteRows); }
+  Names visited() { return sites(page().allowedSiteRows); }
+
+  SharedTime time;
+  RealService service{time.clock()};
+  Parent parent{service, time};
+  Child child{service, time};
+};
+
+TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_the_next_tick) {
+  EXPECT_EQ(page().selectedTab(), ChildDetailTab::realTime);
+  EXPECT_EQ(page().noRecentText(), "No recent activity");
+  EXPECT_TRUE(kdig("www.site.example"));
+  time.advance(1s);
+  EXPECT_TRUE(curl("api.weather.example"));
+  EXPECT_THAT(recent(), IsEmpty()) << "nothing is pushed";
+
+  tick();
+  EXPECT_THAT(recent(), ElementsAre("weather.example", "site.example"));
+  EXPECT_EQ(page().recentActivityRows[0].iconColor(), "brandGreen");
+  EXPECT_EQ(page().recentActivityRows[0].badge(), std::nullopt);
+  EXPECT_EQ(page().onlineText(), "1/1 online");
+
+  EXPECT_TRUE(kdig("static.site.example"));
+  tick();
+  EXPECT_THAT(recent(), ElementsAre("site.example", "weather.example")) << "once, by its newest entry";
+}
+
+TEST_F(ActivityJourney, the_policy_of_a_moment_before_decides_and_a_swipe_allows_again) {
+  EXPECT_TRUE(curl("www.games.example"));
+  blockTheInternet(true);
+  EXPECT_EQ(page().blockWarning(), "Internet is blocked for Mia. Only allowed sites will work.");
+  time.advance(1s);
+  EXPECT_FALSE(curl("www.games.example"));
+  tick();
+  ASSERT_THAT(recent(), ElementsAre("games.example"));
+  auto& row = page().recentActivityRows[0];
+  EXPECT_EQ(row.iconColor(), "brandRed");
+  EXPECT_EQ(row.badge(), "Blocked");
+
+  swipe(row);
+  EXPECT_THAT(page().allowedDomains(), ElementsAre("games.example"));
+  EXPECT_EQ(page().recentActivityRows[0].badge(), "Allowed");
+  EXPECT_TRUE(curl("www.games.example"));
+  EXPECT_TRUE(kdig("games.example"));
+  EXPECT_FALSE(kdig("www.site.example")) << "and nothing else";
+  tick();
+  EXPECT_EQ(page().recentActivityRows.find("games.example")->iconColor(), "brandGreen");
+
+  blockTheInternet(false);
+  EXPECT_TRUE(kdig("www.site.example"));
+}
+
+TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_a_swipe) {
+  choose(ChildDetailTab::sitesBlocked);
+  EXPECT_TRUE(kdig("www.site.example"));
+  EXPECT_TRUE(kdig("www.friends.example"));
+  blockSite(" Ads.Example ");
+  EXPECT_THAT(page().blockedDomains(), ElementsAre("ads.example"));
+  EXPECT_FALSE(kdig("pixel.ads.example"));
+  time.advance(1s);
+  blockTheInternet(true);
+  EXPECT_FALSE(curl("www.friends.example"));
+  EXPECT_THAT(blocked(), IsEmpty());
+  tick();
+  EXPECT_THAT(blocked(), ElementsAre("friends.example", "ads.example")) << "not what was visited";
+  EXPECT_THAT(recent(), IsEmpty()) << "its tab is not in view";
+
+  swipe(page().blockedSiteRows[0]);
+  EXPECT_EQ(page().blockedSiteRows[0].badge(), "Now Allowed");
+  EXPECT_FALSE(page().blockedSiteRows[0].dragChanged(90.0, 0.0)) << "it can be allowed once";
+  EXPECT_TRUE(curl("www.friends.example"));
+
+  // A site in both lists stays blocked until it is taken out of its own list.
+  swipe(page().blockedSiteRows[1]);
+  EXPECT_THAT(page().allowedDomains(), ElementsAre("friends.example", "ads.example"));
+  EXPECT_FALSE(kdig("pixel.ads.example"));
+  parent.press(page().blockedRows[0].remove);
+  EXPECT_THAT(page().blockedDomains(), IsEmpty());
+  EXPECT_TRUE(kdig("pixel.ads.example"));
+}
+
+TEST_F(ActivityJourney, the_allowed_tab_shows_what_was_visited_and_blocks_it_by_a_swipe) {
+  choose(ChildDetailTab::sitesAllowed);
+  EXPECT_TRUE(kdig("www.videos.example"));
+  EXPECT_THAT(visited(), IsEmpty());
+  tick();
+  ASSERT_THAT(visited(), ElementsAre("videos.example"));
+
+  swipe(page().allowedSiteRows[0]);
+  EXPECT_THAT(page().blockedDomains(), ElementsAre("videos.example"));
+  EXPECT_FALSE(kdig("www.videos.example"));
+  EXPECT_FALSE(curl("cdn.videos.example"));
+  choose(ChildDetailTab::sitesBlocked);
+  EXPECT_THAT(blocked(), ElementsAre("videos.example"));
+}
+
+TEST_F(ActivityJourney, a_site_that_is_allowed_for_good_is_taken_back_by_a_swipe) {
+  blockTheInternet(true);
+  page().newDomain = std::string("school.example");
+  parent.press(page().addAllowedSite);
+  EXPECT_TRUE(kdig("www.school.example"));
+  EXPECT_TRUE(kdig("www.apple.com")) << "a default site";
+  choose(ChildDetailTab::sitesAllowed);
+  ASSERT_EQ(page().permanentAllowedSiteRows.size(), 1U);
+  swipe(page().permanentAllowedSiteRows[0]);
+  EXPECT_EQ(page().permanentAllowedSiteRows.size(), 0U);
+  EXPECT_FALSE(kdig("www.school.example"));
+  EXPECT_TRUE(kdig("www.apple.com"));
+}
+
+TEST_F(ActivityJourney, each_span_of_time_holds_what_belongs_to_it) {
+  choose(ChildDetailTab::sitesAllowed);
+  EXPECT_TRUE(kdig("www.site.example"));
+  time.advance(60s);
+  EXPECT_THAT(visited(), ElementsAre("site.example")) << "its last second";
+  tick();
+  EXPECT_THAT(visited(), IsEmpty());
+
+  const auto visitedIn = [&](ActivityTimeFilter filter) {
+    page().allowedTimeFilter = filter;
+    time.settle();
+    return visited();
+  };
+  EXPECT_THAT(visitedIn(ActivityTimeFilter::last5Minutes), ElementsAre("site.example"));
+  EXPECT_THAT(visitedIn(ActivityTimeFilter::realTime), IsEmpty());
+  time.advance(5min);
+  EXPECT_THAT(visitedIn(ActivityTimeFilter::last5Minutes), IsEmpty());
+  EXPECT_THAT(visitedIn(ActivityTimeFilter::lastHour), ElementsAre("site.example"));
+  EXPECT_THAT(visitedIn(ActivityTimeFilter::today), ElementsAre("site.example"));
+}
+
+TEST_F(ActivityJourney, devices_of_one_child_are_one_list_and_another_childs_are_not_in_it) {
+  parent.press(page().done);
+  Child tablet(service, time);
+  tablet.machine.deviceInfo.deviceName = "Mia's Tablet";
+  enrol(tablet);
+  parent.addChild("Leo");
+  EXPECT_EQ(parent.dashboard().cards.size(), 2U);
+  parent.press(parent.card().tap);
+  EXPECT_EQ(page().onlineText(), "2/2 online");
+
+  EXPECT_TRUE(kdig("www.phone.example"));
+  time.advance(1s);
+  EXPECT_TRUE(kdigResolves(service, tablet.child().dohEndpoint(), "www.tablet.example"));
+  tick();
+  EXPECT_THAT(recent(), ElementsAre("tablet.example", "phone.example"));
+  blockTheInternet(true);
+  EXPECT_FALSE(kdigResolves(service, tablet.child().dohEndpoint(), "www.tablet.example"))
+      << "a policy is the child's, whatever the device";
+
+  parent.press(page().done);
+  parent.press(parent.dashboard().cards[1].tap);
+  EXPECT_EQ(page().name(), "Leo");
+  tick();
+  EXPECT_THAT(recent(), IsEmpty());
+  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+  EXPECT_FALSE(page().isBlocked());
+}
+
+TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes_back_by_a_link) {
+  blockSite("ads.example");
+  EXPECT_FALSE(kdig("ads.example"));
+  tick();
+  ASSERT_THAT(recent(), ElementsAre("ads.example"));
+
+  parent.press(page().deviceRows[0].unlink);
+  EXPECT_TRUE(page().showUnlinkConfirmation());
+  EXPECT_EQ(page().deviceRows.size(), 1U) << "not before the question is answered";
+  parent.press(page().unlinkSelectedDevice);
+  EXPECT_EQ(page().deviceRows.size(), 0U);
+  EXPECT_TRUE(kdig("ads.example")) << "no child, no child's policy";
+  tick();
+  EXPECT_THAT(recent(), IsEmpty());
+  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+  EXPECT_EQ(parent.card().deviceCount(), "0");
+  EXPECT_TRUE(child.child().isConnectedToServer()) << "the device itself hears nothing of it";
+
+  parent.press(page().linkDevice);
+  auto& linking = parent.screen<LinkDeviceView>();
+  ASSERT_EQ(linking.deviceRows.size(), 1U);
+  EXPECT_EQ(linking.deviceRows[0].deviceDisplayName(), "Mia's Phone");
+  parent.press(linking.deviceRows[0].link);
+  EXPECT_EQ(parent.find<LinkDeviceView>(), nullptr);
+  EXPECT_EQ(page().deviceRows.size(), 1U);
+  EXPECT_FALSE(kdig("ads.example"));
+  tick();
+  EXPECT_THAT(recent(), ElementsAre("ads.example"));
+}
+
+TEST_F(ActivityJourney, a_failing_service_leaves_the_list_as_it_was_and_says_nothing) {
+  EXPECT_TRUE(kdig("www.site.example"));
+  tick();
+  sandbox::Misbehaviour broken;
+  broken.failEverything = true;
+  broken.onlyPath = "/api/v1/";
+  service->misbehave(broken);
+  EXPECT_TRUE(kdig("www.other.example"));
+  time.advance(20s);
+  EXPECT_THAT(recent(), ElementsAre("site.example"));
+  EXPECT_FALSE(page().showError());
+  EXPECT_EQ(page().onlineText(), "1/1 online");
+
+  service->misbehave({});
+  tick();
+  EXPECT_THAT(recent(), ElementsAre("other.example", "site.example"));
+}
+
+TEST_F(ActivityJourney, a_page_that_was_closed_asks_no_more) {
+  parent.press(page().done);
+  service->clearRequests();
+  EXPECT_TRUE(kdig("www.site.example"));
+  time.advance(20s);
+  for (const auto& request : service->requests()) {
+    EXPECT_THAT(request.target, testing::Not(testing::HasSubstr("/logs")));
+  }
+}
+
+}  // namespace
+}  // namespace quillmar
