@@ -32,6 +32,7 @@ using Object = std::unique_ptr<T, Release<g_object_unref>>;
 using ErrorPtr = std::unique_ptr<GError, Release<g_error_free>>;
 using ValuePtr = std::unique_ptr<SecretValue, Release<secret_value_unref>>;
 using TablePtr = std::unique_ptr<GHashTable, Release<g_hash_table_unref>>;
+using Text = std::unique_ptr<char, Release<g_free>>;
 using Items = std::vector<Object<SecretItem>>;
 
 constexpr const char* label = "Quillmar";
@@ -89,17 +90,56 @@ class ErrorSlot {
   GError* error_ = nullptr;
 };
 
+// The person's message bus, over a connection of its own: the one that GLib shares would end the program
+// together with the bus, and would stay closed if it did not.
+class SessionBus {
+ public:
+  explicit SessionBus(GCancellable* cancellable) {
+    ErrorSlot error;
+    const Text address(g_dbus_address_get_for_bus_sync(G_BUS_TYPE_SESSION, cancellable, error));
+    error.check();
+    constexpr auto asClient = static_cast<GDBusConnectionFlags>(
+        G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    connection_.reset(
+        g_dbus_connection_new_for_address_sync(address.get(), asClient, nullptr, cancellable, error));
+    error.check();
+  }
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+  ~SessionBus() { g_dbus_connection_close_sync(connection_.get(), nullptr, nullptr); }
+
+  GDBusConnection* connection() const { return connection_.get(); }
+
+ private:
+  Object<GDBusConnection> connection_;
+};
+
+// libsecret's service joins the shared session bus whatever it is told. This one leaves the connection that
+// it was given in its place.
+GType serviceType() {
+  static SecretServiceClass* parent = nullptr;
+  const auto initialize = [](gpointer type, gpointer) {
+    parent = static_cast<SecretServiceClass*>(g_type_class_peek_parent(type));
+    G_OBJECT_CLASS(type)->constructor = [](GType own, guint count, GObjectConstructParam* properties) {
+      GObject* object = G_OBJECT_CLASS(parent)->constructor(own, count, properties);
+      g_object_set(object, "g-bus-type", G_BUS_TYPE_NONE, nullptr);
+      return object;
+    };
+  };
+  static const GType type =
+      g_type_register_static_simple(SECRET_TYPE_SERVICE, "QuillmarSecretService", sizeof(SecretServiceClass),
+                                    initialize, sizeof(SecretService), nullptr, G_TYPE_FLAG_NONE);
+  return type;
+}
+
 // The keyring service for one operation: it may have been restarted since the last one.
 class Keyring {
  public:
-  explicit Keyring(GCancellable* cancellable) : cancellable_(cancellable) {
+  explicit Keyring(GCancellable* cancellable) : cancellable_(cancellable), bus_(cancellable) {
     ErrorSlot error;
-    const Object<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable_, error));
-    error.check();
-    // GLib would end the program together with its session bus.
-    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-    service_.reset(secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION,
-                                            cancellable_, error));
+    service_.reset(static_cast<SecretService*>(g_initable_new(serviceType(), cancellable_, error,
+                                                              "g-connection", bus_.connection(), "flags",
+                                                              SECRET_SERVICE_OPEN_SESSION, nullptr)));
     error.check();
   }
 
@@ -157,6 +197,7 @@ class Keyring {
 
  private:
   GCancellable* const cancellable_;
+  const SessionBus bus_;
   Object<SecretService> service_;
 };
 

@@ -71,19 +71,26 @@ class Prompter {
 class Desktop final : public testing::Environment {
  public:
   void SetUp() override {
-    bus_ = std::make_unique<PrivateBus>(directory_.path());
-    ASSERT_TRUE(bus_->running());
+    startBus();
     environment_ = std::make_unique<ScopedEnvironment>("DBUS_SESSION_BUS_ADDRESS", bus_->address().c_str());
     std::ofstream(file("password")) << password;
-    prompter_ = std::make_unique<Prompter>(bus_->address());
-    witness_ = sdbus::createSessionBusConnectionWithAddress(bus_->address());
     logIn();
   }
   void TearDown() override {
+    stopBus();
+    environment_.reset();
+  }
+
+  void startBus() {
+    bus_ = std::make_unique<PrivateBus>(directory_.path());
+    ASSERT_TRUE(bus_->running());
+    prompter_ = std::make_unique<Prompter>(bus_->address());
+    witness_ = sdbus::createSessionBusConnectionWithAddress(bus_->address());
+  }
+  void stopBus() {
     daemon_.reset();
     witness_.reset();
     prompter_.reset();
-    environment_.reset();
     bus_.reset();
   }
 
@@ -288,6 +295,17 @@ TEST_F(KeyringTest, without_a_keyring_service_items_are_absent_and_saves_fail_un
   EXPECT_FALSE(save("other"));
   EXPECT_FALSE(keychain.deleteItem(KeychainService::passwordKey));
   desktop().logIn();
+  EXPECT_EQ(load(), "secret");
+}
+
+TEST_F(KeyringTest, a_session_bus_that_ends_takes_nobody_along_and_is_found_again) {
+  EXPECT_TRUE(save("secret"));
+  desktop().stopBus();
+  EXPECT_EQ(load(), std::nullopt);
+  EXPECT_FALSE(save("other"));
+  desktop().startBus();
+  desktop().logIn();
+  promptsBefore = desktop().prompts();
   EXPECT_EQ(load(), "secret");
 }
 

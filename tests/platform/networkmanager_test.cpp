@@ -84,9 +84,15 @@ class Machine {
   AsioDispatch dispatch;
 
  private:
+  // On the world's bus unless told otherwise, and with time for a busy machine.
   static NetworkManagerTunnel::Options at(NetworkManagerTunnel::Options options) {
-    if (options.busAddress == NetworkManagerTunnel::Options().busAddress) {
+    const NetworkManagerTunnel::Options standard;
+    if (options.busAddress == standard.busAddress) {
       options.busAddress = world().bus().address();
+    }
+    if (options.patience == standard.patience) {
+      options.patience = 30s;
+      options.startPatience = 30s;
     }
     return options;
   }
@@ -445,7 +451,7 @@ TEST_F(NetworkManagerTest, a_bus_that_goes_away_and_comes_back_is_joined_again) 
 }
 
 TEST_F(NetworkManagerTest, a_networkmanager_that_hangs_is_an_error_soon_and_works_when_it_goes_on) {
-  makeMachine({.patience = 100ms, .startPatience = 20ms});
+  makeMachine({.patience = 300ms, .startPatience = 20ms});
   const auto configuration = saved();
   const auto process = world().process();
   kill(process, SIGSTOP);
