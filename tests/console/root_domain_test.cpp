@@ -18,9 +18,13 @@ std::atomic<std::size_t> allocations = 0;
 }  // namespace
 
 // Counts what the whole program allocates, so that a test can tell what one call does.
-void* operator new(std::size_t size) {
+// Both ways of getting memory are here, since either is given back in the one way below.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
   ++allocations;
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+  return std::malloc(size == 0 ? 1 : size);
+}
+void* operator new(std::size_t size) {
+  if (void* memory = operator new(size, std::nothrow)) {
     return memory;
   }
   throw std::bad_alloc();
