@@ -247,7 +247,9 @@ TEST_F(FamilyJourney, invitations_that_are_no_longer_good_let_nobody_in) {
   auto& joining = openJoining();
   scan(joining, old);
   fillIn(joining);
+  ann.app().setScenePhase(ScenePhase::background);
   time.advance(24h);
+  ann.app().setScenePhase(ScenePhase::active);
   ben.press(joining.join);
   EXPECT_TRUE(joining.showError()) << "it was good when it was checked";
   EXPECT_EQ(joining.errorMessage(), "This invitation has expired. Ask for a new one.");
