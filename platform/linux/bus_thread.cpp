@@ -2,10 +2,13 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <array>
 #include <cstdint>
 #include <future>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/thread_signals.h"
@@ -15,7 +18,23 @@ namespace {
 
 using ConnectionPtr = std::unique_ptr<sdbus::IConnection>;
 
+// Asked first, as sdbus-c++ 1.2 loses the memory of a connection that can't be made.
+bool isServed(const std::string& address) {
+  constexpr std::string_view prefix = "unix:path=";
+  sockaddr_un at{};
+  if (!address.starts_with(prefix) || address.size() - prefix.size() >= sizeof at.sun_path) {
+    return false;
+  }
+  at.sun_family = AF_UNIX;
+  address.copy(static_cast<char*>(at.sun_path), sizeof at.sun_path - 1, prefix.size());
+  const FileDescriptor probe(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  return connect(probe.get(), reinterpret_cast<const sockaddr*>(&at), sizeof at) == 0;
+}
+
 ConnectionPtr connectTo(const std::string& address) {
+  if (!isServed(address)) {
+    return nullptr;
+  }
   try {
     return sdbus::createSessionBusConnectionWithAddress(address);
   } catch (const sdbus::Error&) {

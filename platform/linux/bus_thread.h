@@ -39,7 +39,8 @@ class BusThread {
   // Told why a work could not be done.
   using Failure = std::function<void(const sdbus::Error&)>;
 
-  // `patience` limits the joining and each call that sets no limit of its own. The session must outlive this.
+  // An address is "unix:path=" and a socket. `patience` limits the joining and each call that sets no limit
+  // of its own. The session must outlive this.
   BusThread(std::string address, std::chrono::milliseconds patience, BusSession& session);
   BusThread(const BusThread&) = delete;
   BusThread& operator=(const BusThread&) = delete;
