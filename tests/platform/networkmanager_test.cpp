@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <chrono>
 #include <csignal>
@@ -11,6 +13,7 @@
 #include <vector>
 
 #include "platform/linux/asio_dispatch.h"
+#include "platform/linux/file_descriptor.h"
 #include "platform/linux/networkmanager_tunnel.h"
 #include "tests/platform/networkmanager_world.h"
 #include "tests/support/contracts/tunnel_service_contract.h"
@@ -540,6 +543,22 @@ TEST_F(StrangeManagerTest, a_manager_without_the_rest_has_no_connections) {
   const auto result = list();
   ASSERT_TRUE(result.ok());
   EXPECT_THAT(result.value(), IsEmpty());
+}
+
+TEST(MuteBusTest, a_bus_that_never_answers_is_an_error_soon) {
+  const TemporaryDirectory directory;
+  const auto path = directory.path() / "mute";
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.string().copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+  const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(listener.get(), 4), 0);
+  Machine machine({.busAddress = "unix:path=" + path.string(), .patience = 20ms});
+  const auto result = machine.await<Result<TunnelService::Configurations>>(
+      [&](auto completion) { machine.service().loadAll(std::move(completion)); });
+  ASSERT_FALSE(result.ok());
+  EXPECT_EQ(result.error().localizedDescription(), "The system's message bus does not answer.");
 }
 
 }  // namespace
