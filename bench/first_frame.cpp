@@ -1,7 +1,3 @@
-#include <fontconfig/fontconfig.h>
-#include <thread>
-#include <optional>
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QProcess>
 #include <QQmlComponent>
@@ -59,7 +55,6 @@ int showApplication(const quillmar::StoredSettings& stored) {
   }
   quillmar::QuillmarApp app(machine.ports(), quillmar::Deployments::builtIn());
   app.launch();
-  std::jthread more{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
   const quillmar::ui::DesktopSettings desktop;
   quillmar::ui::QtWindowStyle style(desktop);
   const quillmar::ui::Window window(app.contentView(), machine.qrEncoder, style, {});
@@ -131,10 +126,6 @@ int compare(const QString& program) {
 int main(int count, char** arguments) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
-  std::optional<std::jthread> fonts;
-  if (count > 1 && std::string_view(arguments[1]) != "empty") {
-    fonts.emplace([] { FcInit(); });
-  }
   QGuiApplication application(count, arguments);
   const QString what = application.arguments().value(1);
   for (const auto& candidate : candidates()) {

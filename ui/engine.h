@@ -8,6 +8,7 @@ class QREncoder;
 
 namespace quillmar::ui {
 
+class CameraFrames;
 class QtWindowStyle;
 
 // A QML engine with what the items of the Quillmar module need from outside.
@@ -20,10 +21,14 @@ class Engine final : public QQmlEngine {
 
   const QREncoder& qrEncoder() const { return qrEncoder_; }
   QtWindowStyle& windowStyle() const { return windowStyle_; }
+  // Null where no camera is shown.
+  CameraFrames* cameraFrames() const { return cameraFrames_; }
+  void setCameraFrames(CameraFrames* frames) { cameraFrames_ = frames; }
 
  private:
   const QREncoder& qrEncoder_;
   QtWindowStyle& windowStyle_;
+  CameraFrames* cameraFrames_ = nullptr;
 };
 
 }  // namespace quillmar::ui

@@ -1,6 +1,7 @@
 #include "ui/window.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQuickWindow>
 #include <QRect>
@@ -12,6 +13,7 @@
 #include "ui/adapters/qt_window_style.h"
 #include "ui/bridge/model_bridge.h"
 #include "ui/engine.h"
+#include "ui/items/look.h"
 #include "ui/permission_prompt.h"
 
 // Made by Qt's build tools. Without this call the linker would leave the registration out.
@@ -57,13 +59,15 @@ struct Window::Parts {
 
   Options options;
   // Reading which fonts there are takes about as long as loading the QML modules; the two go side by side.
-  //std::jthread fonts{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
+  std::jthread fonts{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
   Engine engine;
   ModelBridge bridge;
   std::unique_ptr<QObject> window;
 };
 
 Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle& style, Options options) {
+  // Before anything asks for the platform's own, which nothing is written in and which costs a look-up.
+  QGuiApplication::setFont(Look(style).bodyFont());
   qml_register_types_Quillmar();
   parts_ = std::make_unique<Parts>(root, qrEncoder, style, std::move(options));
   auto& engine = parts_->engine;

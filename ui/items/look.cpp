@@ -1,8 +1,8 @@
 #include "ui/items/look.h"
 
-#include <QGuiApplication>
 #include <QQmlEngine>
 #include <algorithm>
+#include <cmath>
 
 #include "presentation/colors.h"
 #include "ui/adapters/desktop_settings.h"
@@ -33,9 +33,6 @@ QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, 
 
 Look::Look(QtWindowStyle& style) : style_(style) {
   connect(&style, &QtWindowStyle::changed, this, &Look::changed);
-  // Every text asks for the height of the application's font before its own is set; loading one that nothing
-  // is then written in would cost as much as a visible one.
-  QGuiApplication::setFont(textFont(bodySize, QFont::Normal));
 }
 
 Look* Look::create(QQmlEngine* engine, QJSEngine* /*script*/) {
@@ -64,6 +61,10 @@ QColor Look::tint() const {
 
 QFont Look::textFont(int pixelSize, int weight) const {
   return fontOf({QStringLiteral("Inter")}, QFont::SansSerif, pixelSize, weight);
+}
+
+QFont Look::bodyFont() const {
+  return textFont(static_cast<int>(std::lround(bodySize * textScale())), QFont::Normal);
 }
 
 QFont Look::displayFont(int pixelSize, int weight, double letterSpacing) const {

@@ -35,6 +35,8 @@ class Look final : public QObject {
   QVariantMap colors() const;
   // Of navigation bars' controls.
   QColor tint() const;
+  // What text is written in that names no font.
+  QFont bodyFont() const;
   // For text, for large headings, and for codes.
   Q_INVOKABLE QFont textFont(int pixelSize, int weight) const;
   Q_INVOKABLE QFont displayFont(int pixelSize, int weight, double letterSpacing) const;

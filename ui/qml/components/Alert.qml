@@ -1,11 +1,9 @@
 import QtQuick
-import QtQuick.Layouts
-import QtQuick.Templates as T
 import Quillmar
 
-// A short question or message over everything. Its buttons are AlertButtons: Escape is the cancelling one, Return the
-// default one, and the keyboard stays inside.
-T.Popup {
+// A short question or message over everything. Its buttons are AlertButtons. What it shows is made when it is first
+// shown, so that a screen costs nothing for what it rarely says.
+Item {
     id: alert
 
     default property list<AlertButton> buttons
@@ -16,156 +14,21 @@ T.Popup {
     property string label
     property string symbol
     property color tint: Theme.blue
-    readonly property Item area: T.Overlay.overlay
-    readonly property real areaWidth: area ? area.width : 0
-    readonly property real areaHeight: area ? area.height : 0
-    // Beside one another where their words fit, else one above the other.
-    readonly property bool stacked: buttons.length > 2 || Theme.textScale > 1.3
-    property real growth: 1
 
-    parent: area
-    width: Math.min(Math.round(320 * Math.max(1, Math.min(Theme.textScale, 1.5))), areaWidth - 32)
-    height: Math.min(implicitHeight, areaHeight - 32)
-    implicitHeight: body.implicitHeight + 2 * Theme.gap
-    x: Math.round((areaWidth - width) / 2)
-    y: Math.round((areaHeight - height) / 2)
-    visible: shown
-    modal: true
-    dim: true
-    focus: true
-    padding: Theme.gap
-    closePolicy: T.Popup.NoAutoClose
-    scale: growth
-    onOpened: giveFocus()
-    onAboutToShow: giveFocus()
+    // Takes no place where it stands; what it shows lies over everything.
+    visible: false
 
-    function find(role) {
-        for (let i = 0; i < buttons.length; ++i) {
-            if (buttons[i].role === role) {
-                return i
-            }
-        }
-        return -1
+    Loader {
+        id: loader
+        active: false
     }
-    function press(index) {
-        if (shown && index >= 0) {
-            buttons[index].clicked()
-        }
-    }
-    // Escape with nothing to cancel is the only answer there is.
-    function cancel() { press(Math.max(find(AlertButton.Cancel), buttons.length === 1 ? 0 : -1)) }
-    function giveFocus() {
-        const first = find(AlertButton.Default) >= 0 ? find(AlertButton.Default) : Math.max(0, find(AlertButton.Cancel))
-        const item = answers.itemAt(first)
-        if (item) {
-            item.forceActiveFocus()
-        }
-    }
+    onShownChanged: load()
+    Component.onCompleted: load()
 
-    T.Overlay.modal: Rectangle {
-        color: Theme.dim
-        Behavior on opacity { NumberAnimation { duration: Theme.quick } }
-    }
-
-    enter: Transition {
-        NumberAnimation { property: "opacity"; from: 0; to: 1; duration: 200; easing.type: Easing.OutQuad }
-        NumberAnimation { property: "growth"; from: Theme.reducedMotion ? 1 : 0.94; to: 1; duration: 200; easing.type: Easing.OutQuad }
-    }
-    exit: Transition {
-        NumberAnimation { property: "opacity"; to: 0; duration: Theme.quick }
-    }
-
-    background: Rectangle {
-        radius: Theme.sheetCorner
-        color: Theme.raised
-        border.width: Theme.dark ? 1 : 0
-        border.color: Theme.separator
-
-        Elevation {
-            z: -1
-            anchors.fill: parent
-            corner: Theme.sheetCorner
-            depth: 24
-        }
-    }
-
-    contentItem: FocusScope {
-        focus: true
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
-        LayoutMirroring.childrenInherit: true
-        Keys.onEscapePressed: alert.cancel()
-        Keys.onReturnPressed: alert.press(alert.find(AlertButton.Default))
-        Keys.onEnterPressed: alert.press(alert.find(AlertButton.Default))
-        Accessible.role: Accessible.AlertMessage
-        Accessible.name: alert.title
-        Accessible.description: alert.message
-
-        Flickable {
-            anchors.fill: parent
-            contentHeight: body.implicitHeight
-            interactive: contentHeight > height
-            boundsBehavior: Flickable.StopAtBounds
-            clip: interactive
-
-            ColumnLayout {
-                id: body
-                width: parent.width
-                spacing: 6
-
-                SymbolTile {
-                    visible: alert.symbol.length > 0
-                    symbol: alert.symbol
-                    tint: alert.tint
-                    size: 48
-                    radius: 24
-                    Layout.alignment: Qt.AlignHCenter
-                    Layout.topMargin: 4
-                    Layout.bottomMargin: 4
-                }
-                Badge {
-                    visible: alert.label.length > 0
-                    text: alert.label
-                    tint: Theme.orange
-                    ink: Theme.warningText
-                    Layout.alignment: Qt.AlignHCenter
-                }
-                Label {
-                    text: alert.title
-                    font: Theme.headline
-                    horizontalAlignment: Text.AlignHCenter
-                    Layout.fillWidth: true
-                    Layout.topMargin: alert.symbol.length > 0 ? 0 : 4
-                    Accessible.role: Accessible.Heading
-                }
-                Label {
-                    visible: text.length > 0
-                    text: alert.message
-                    font: Theme.callout
-                    color: Theme.cardSecondaryText
-                    horizontalAlignment: Text.AlignHCenter
-                    wrapMode: Text.Wrap
-                    Layout.fillWidth: true
-                }
-                GridLayout {
-                    columns: alert.stacked ? 1 : Math.max(1, answers.count)
-                    columnSpacing: Theme.within
-                    rowSpacing: Theme.within
-                    Layout.fillWidth: true
-                    Layout.topMargin: Theme.between
-
-                    Repeater {
-                        id: answers
-                        model: alert.buttons.length
-                        AlertAnswer {
-                            required property int index
-                            button: alert.buttons[index]
-                            onClicked: alert.press(index)
-                            Layout.fillWidth: true
-                            Layout.preferredWidth: 1
-                        }
-                    }
-                }
-            }
+    function load() {
+        if (shown && !loader.item) {
+            loader.setSource("AlertPopup.qml", { alert: alert })
+            loader.active = true
         }
     }
 }

@@ -1,0 +1,82 @@
+#include "ui/adapters/screenshot_portal.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+#include <QUuid>
+#include <QVariantMap>
+#include <utility>
+
+namespace quillmar::ui {
+namespace {
+
+const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
+
+}  // namespace
+
+// One question; deletes itself when it is answered.
+class ScreenshotRequest final : public QObject {
+  Q_OBJECT
+
+ public:
+  ScreenshotRequest(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply)
+      : QObject(&owner),
+        bus_(bus),
+        reply_(std::move(reply)),
+        token_("quillmar_" + QUuid::createUuid().toString(QUuid::Id128)) {}
+
+  void send() {
+    // Before the call, because the answer may be quicker than the call's own reply.
+    bus_.connect(service, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
+                 QStringLiteral("Response"), this, SLOT(responded(uint, QVariantMap)));
+    auto call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/portal/desktop"),
+                                               QStringLiteral("org.freedesktop.portal.Screenshot"),
+                                               QStringLiteral("Screenshot"));
+    // Interactive: the person chooses what is seen, and where windows are in the way of one another.
+    call << QString() << QVariantMap{{"handle_token", token_}, {"interactive", true}};
+    auto* const pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+      if (pending->isError()) {
+        finish(ScreenshotOutcome::noPortal);
+      }
+    });
+    auto* const watcher =
+        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
+    connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
+            [this] { finish(ScreenshotOutcome::refused); });
+  }
+
+ private Q_SLOTS:
+  void responded(uint response, const QVariantMap& results) {
+    constexpr uint success = 0;
+    const QString file = results.value(QStringLiteral("uri")).toString();
+    finish(response == success && !file.isEmpty() ? ScreenshotOutcome::taken : ScreenshotOutcome::refused,
+           file);
+  }
+
+ private:
+  QString requestPath() const {
+    const QString sender = bus_.baseService().mid(1).replace('.', '_');
+    return QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, token_);
+  }
+
+  void finish(ScreenshotOutcome outcome, const QString& file = {}) {
+    if (const auto reply = std::exchange(reply_, nullptr)) {
+      deleteLater();
+      reply(outcome, file);
+    }
+  }
+
+  QDBusConnection bus_;
+  ScreenshotReply reply_;
+  const QString token_;
+};
+
+void askForScreenshot(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply) {
+  auto* const request = new ScreenshotRequest(bus, owner, std::move(reply));
+  request->send();
+}
+
+}  // namespace quillmar::ui
+
+#include "screenshot_portal.moc"

@@ -1,0 +1,6 @@
+import QtQuick
+import Quillmar
+
+CameraPreviewFrame {
+    radius: 20
+}

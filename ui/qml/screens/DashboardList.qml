@@ -1,0 +1,129 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The children of a family, and what their devices add up to.
+ColumnLayout {
+    id: list
+
+    required property var screen
+
+    spacing: Theme.gap
+
+    ColumnLayout {
+        spacing: 10
+        Layout.fillWidth: true
+
+        RowLayout {
+            spacing: Theme.between
+            Layout.fillWidth: true
+
+            CountTile {
+                count: list.screen.totalChildren
+                label: list.screen.childrenLabel
+                symbol: "person.2.fill"
+                tint: Theme.blue
+            }
+            CountTile {
+                count: list.screen.totalDevices
+                label: list.screen.devicesLabel
+                symbol: "iphone"
+                tint: Theme.teal
+            }
+            CountTile {
+                count: list.screen.onlineDevices
+                label: list.screen.onlineLabel
+                symbol: "wifi"
+                tint: Theme.green
+            }
+        }
+        RowLayout {
+            spacing: 6
+            Layout.fillWidth: true
+            Layout.leftMargin: 4
+            Layout.rightMargin: 4
+
+            Item {
+                implicitWidth: 14
+                implicitHeight: 14
+
+                Symbol {
+                    anchors.fill: parent
+                    visible: list.screen.statusIcon !== null
+                    name: list.screen.statusIcon ?? ""
+                    color: Theme.secondaryText
+                }
+                Spinner {
+                    anchors.fill: parent
+                    size: 14
+                    running: list.screen.isBackgroundRefreshing
+                }
+            }
+            Label {
+                text: list.screen.updatedText
+                font: Theme.caption
+                color: Theme.secondaryText
+                lineHeight: 1
+                Layout.fillWidth: true
+            }
+            Label {
+                text: list.screen.autoRefreshText
+                font: Theme.caption
+                color: Theme.secondaryText
+                lineHeight: 1
+                horizontalAlignment: Text.AlignRight
+                Layout.fillWidth: true
+            }
+        }
+    }
+
+    ChoiceCard {
+        symbol: list.screen.homeNetworkIcon
+        text: list.screen.homeNetworkTitle
+        detail: list.screen.homeNetworkText
+        from: Theme.teal
+        to: "#0A7D6A"
+        effect: list.screen.openHomeNetwork
+        padding: Theme.gap
+        corner: 18
+        Layout.fillWidth: true
+    }
+
+    Repeater {
+        model: list.screen.cards
+
+        DashboardCard {
+            id: card
+
+            required property var modelData
+            readonly property int wait: Theme.reducedMotion ? 0 : modelData.appearanceDelay * 1000
+
+            child: modelData
+            opacity: list.screen.cardOpacity
+            Layout.fillWidth: true
+            transform: Translate {
+                y: Theme.reducedMotion ? 0 : list.screen.cardOffset
+                Behavior on y {
+                    SequentialAnimation {
+                        PauseAnimation { duration: card.wait }
+                        NumberAnimation { duration: 300; easing.type: Easing.OutQuad }
+                    }
+                }
+            }
+            Behavior on opacity {
+                SequentialAnimation {
+                    PauseAnimation { duration: card.wait }
+                    NumberAnimation { duration: 300; easing.type: Easing.OutQuad }
+                }
+            }
+        }
+    }
+
+    SecondaryButton {
+        symbol: "plus.circle.fill"
+        text: list.screen.addAnotherTitle
+        effect: list.screen.addChild
+        implicitHeight: Theme.primaryTarget
+        Layout.fillWidth: true
+    }
+}

@@ -1,0 +1,36 @@
+import QtQuick
+import Quillmar
+
+// What a signed-in parent may do besides.
+PopupMenu {
+    id: menu
+
+    required property var screen
+
+    MenuRow {
+        symbol: menu.screen.settingsIcon
+        text: menu.screen.settingsTitle
+        effect: menu.screen.openSettings
+    }
+    MenuRow {
+        symbol: menu.screen.familyMembersIcon
+        text: menu.screen.familyMembersTitle
+        effect: menu.screen.openFamilyMembers
+    }
+    MenuRow {
+        symbol: menu.screen.homeNetworkIcon
+        text: menu.screen.homeNetworkTitle
+        effect: menu.screen.openHomeNetwork
+    }
+    MenuRow {
+        symbol: menu.screen.themeIcon
+        text: menu.screen.themeTitle
+        effect: menu.screen.cycleTheme
+    }
+    MenuRow {
+        symbol: menu.screen.logoutIcon
+        text: menu.screen.logoutTitle
+        effect: menu.screen.logout
+        destructive: true
+    }
+}
