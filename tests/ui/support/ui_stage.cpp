@@ -29,6 +29,16 @@ QQuickItem* search(QQuickItem& item, const std::function<bool(const QQuickItem&)
 
 }  // namespace
 
+std::shared_ptr<SteppedAnimations> SteppedAnimations::shared() {
+  static std::weak_ptr<SteppedAnimations> installed;
+  auto animations = installed.lock();
+  if (!animations) {
+    animations = std::make_shared<SteppedAnimations>();
+    installed = animations;
+  }
+  return animations;
+}
+
 UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
   desktop.setWishes(options.desktop);
   window_ =
@@ -48,7 +58,7 @@ void UiStage::settle() {
   for (int round = 0; round < rounds; ++round) {
     application.settle();
     QCoreApplication::processEvents();
-    animations_.step(longerThanAStep);
+    animations_->step(longerThanAStep);
   }
   // Layouts come to rest when a frame is made.
   window().grabWindow();

@@ -19,9 +19,11 @@ class QQuickItem;
 
 namespace quillmar::ui {
 
-// Animations that move only when they are told to.
+// Animations that move only when they are told to. A process has one such clock, which its stages share.
 class SteppedAnimations final : public QAnimationDriver {
  public:
+  static std::shared_ptr<SteppedAnimations> shared();
+
   SteppedAnimations() { install(); }
   ~SteppedAnimations() override { uninstall(); }
 
@@ -75,7 +77,7 @@ class UiStage {
   void clickAt(QPoint point);
 
  private:
-  SteppedAnimations animations_;
+  const std::shared_ptr<SteppedAnimations> animations_ = SteppedAnimations::shared();
   std::unique_ptr<Window> window_;
 };
 
