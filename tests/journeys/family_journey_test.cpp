@@ -397,20 +397,5 @@ TEST_F(FamilyJourney, a_member_who_deletes_its_account_leaves_the_family_as_it_w
   EXPECT_THAT(children(ann), ElementsAre("Mia", "Leo"));
 }
 
-TEST_F(FamilyJourney, signing_out_and_in_again_leads_back_to_the_family) {
-  ann.press(ann.dashboard().logout);
-  ann.press(ann.dashboard().cancelLogout);
-  EXPECT_EQ(ann.screenNames(), Names{"DeviceListView"});
-  ann.press(ann.dashboard().logout);
-  ann.press(ann.dashboard().confirmLogout);
-  EXPECT_EQ(ann.screenNames(), Names{"LoginView"});
-  service->clearRequests();
-  time.advance(2min);
-  EXPECT_THAT(service->requests(), IsEmpty()) << "a screen that has gone refreshes nothing";
-
-  EXPECT_EQ(signIn(ann, "ann@example.com"), "");
-  EXPECT_THAT(children(ann), ElementsAre("Mia"));
-}
-
 }  // namespace
 }  // namespace quillmar
