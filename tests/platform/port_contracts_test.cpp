@@ -4,9 +4,11 @@
 
 #include "platform/simulated/simulated_tunnel.h"
 #include "tests/support/contracts/clipboard_contract.h"
+#include "tests/support/contracts/qr_reader_contract.h"
 #include "tests/support/contracts/secure_item_store_contract.h"
 #include "tests/support/contracts/tunnel_service_contract.h"
 #include "tests/support/fake_clipboard.h"
+#include "tests/support/fake_qr_reader.h"
 #include "tests/support/memory_secure_items.h"
 #include "tests/support/virtual_dispatch.h"
 
@@ -39,7 +41,40 @@ class SimulatedTunnelHarness final : public TunnelServiceHarness {
   SimulatedTunnel service_{dispatch_};
 };
 
+class FakeReaderHarness final : public QRReaderHarness {
+ public:
+  QRReader& reader() override { return reader_; }
+  bool isMainThread() override { return dispatch_.isMainThread(); }
+  void settle() override { dispatch_.settle(); }
+  void setCamera(CameraState state) override { reader_.setCamera(state); }
+  void show(const CodeTexts& codes) override { reader_.show(objectsOf(codes)); }
+  std::string picture(const CodeTexts& codes) override {
+    reader_.picture = objectsOf(codes);
+    return "/picture.png";
+  }
+  std::string noPicture() override {
+    reader_.picture = Error(QRReaderError{"This is no picture."});
+    return "/text.png";
+  }
+  void copy(const CodeTexts& codes) override { reader_.clipboard = objectsOf(codes); }
+  void display(const CodeTexts& codes) override { reader_.screen = objectsOf(codes); }
+
+ private:
+  static RecognisedObjects objectsOf(const CodeTexts& codes) {
+    RecognisedObjects objects;
+    for (const auto& code : codes) {
+      objects.push_back({.isQRCode = true, .text = code});
+    }
+    return objects;
+  }
+
+  VirtualDispatch dispatch_;
+  FakeQRReader reader_{dispatch_};
+};
+
 INSTANTIATE_TEST_SUITE_P(Fake, ClipboardContract, testing::Values(factory<Clipboard, FakeClipboard>("fake")));
+INSTANTIATE_TEST_SUITE_P(Fake, QRReaderContract,
+                         testing::Values(factory<QRReaderHarness, FakeReaderHarness>("fake")));
 INSTANTIATE_TEST_SUITE_P(
     Memory, SecureItemStoreContract,
     testing::Values(factory<SecureItemStoreHarness, MemorySecureItemsHarness>("memory")));

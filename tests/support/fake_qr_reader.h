@@ -47,9 +47,9 @@ class FakeQRReader final : public QRReader {
   void startRunning(BatchHandler handler) override {
     calls.emplace_back("start");
     session_ = std::make_shared<Session>(Session{std::move(handler)});
-    auto up = [weak = std::weak_ptr(session_)] {
+    auto up = [this, weak = std::weak_ptr(session_)] {
       if (const auto session = weak.lock()) {
-        session->isUp = true;
+        session->isUp = canCapture();
       }
     };
     dispatch_.global(QualityOfService::userInitiated).async(std::move(up));
