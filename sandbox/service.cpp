@@ -90,11 +90,8 @@ class Service::Implementation {
   }
 
   Answer handle(const Request& request) {
-    if (steers(request)) return answerTo(request, *world_);
-    recorder_.add(request);
-    auto plan = saboteur_.planFor(request);
-    auto answer = plan.error ? std::move(*plan.error) : answerTo(request, *world_);
-    answer.delivery = plan.delivery;
+    auto answer = steers(request) ? answerTo(request, *world_) : serve(request);
+    answer.headers.emplace_back("Date", httpDate(world_->now()));
     return answer;
   }
 
@@ -105,6 +102,14 @@ class Service::Implementation {
   const Certificates& certificates() const { return certificates_; }
 
  private:
+  Answer serve(const Request& request) {
+    recorder_.add(request);
+    auto plan = saboteur_.planFor(request);
+    auto answer = plan.error ? std::move(*plan.error) : answerTo(request, *world_);
+    answer.delivery = plan.delivery;
+    return answer;
+  }
+
   std::optional<Failure> prepare(const Options& options) {
     if (!options.data) temporary_.emplace();
     const auto& directory = options.data ? *options.data : temporary_->path();

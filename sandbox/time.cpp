@@ -75,6 +75,21 @@ std::string iso8601(Time time) {
   return text.data();
 }
 
+std::string httpDate(Time time) {
+  static constexpr std::array weekdays{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+  static constexpr std::array months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  const auto day = std::chrono::floor<std::chrono::days>(time);
+  const std::chrono::year_month_day date{day};
+  const std::chrono::hh_mm_ss clock{time - day};
+  std::array<char, 48> text{};
+  std::snprintf(text.data(), text.size(), "%s, %02u %s %04d %02d:%02d:%02d GMT",
+                weekdays.at(std::chrono::weekday{day}.c_encoding()), unsigned{date.day()},
+                months.at(unsigned{date.month()} - 1), int{date.year()}, int(clock.hours().count()),
+                int(clock.minutes().count()), int(clock.seconds().count()));
+  return text.data();
+}
+
 std::optional<Time> parseIso8601(std::string_view text) {
   Reader reader{text};
   const int year = reader.digits(4);

@@ -20,6 +20,9 @@ using Clock = std::function<std::chrono::system_clock::time_point()>;
 // "2016-10-08T22:31:00.250Z"
 [[nodiscard]] std::string iso8601(Time time);
 
+// "Sat, 08 Oct 2016 22:31:00 GMT", as HTTP's headers have it.
+[[nodiscard]] std::string httpDate(Time time);
+
 // A date with a time and a zone (Z or an offset), with or without a fraction of a second.
 [[nodiscard]] std::optional<Time> parseIso8601(std::string_view text);
 

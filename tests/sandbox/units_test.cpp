@@ -20,6 +20,11 @@ TEST(Times, are_written_with_three_digits_of_a_second) {
   EXPECT_EQ(iso8601(timeOf(951'825'599'999)), "2000-02-29T11:59:59.999Z");
 }
 
+TEST(Times, are_written_as_http_has_them) {
+  EXPECT_EQ(httpDate(timeOf(0)), "Thu, 01 Jan 1970 00:00:00 GMT");
+  EXPECT_EQ(httpDate(timeOf(1'475'965'860'999)), "Sat, 08 Oct 2016 22:31:00 GMT");
+}
+
 TEST(Times, are_read_in_every_form_of_the_standard_that_has_a_zone) {
   const auto expected = timeOf(1'791'498'660'000);
   for (const auto* text :
