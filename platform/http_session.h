@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/date.h"
 #include "foundation/error.h"
 
 namespace quillmar {
@@ -27,6 +28,8 @@ struct HttpRequest {
 struct Response {
   // Empty where the answer was not HTTP.
   std::optional<int> status;
+  // The answer's own time; nothing where it does not say.
+  std::optional<Date> date = std::nullopt;
 };
 
 // What the end of a data task brings. Error, data and response are each there or not.

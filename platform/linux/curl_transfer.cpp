@@ -199,6 +199,15 @@ int CurlTransfer::status() const {
   return static_cast<int>(status);
 }
 
+std::optional<Date> CurlTransfer::date() const {
+  curl_header* header = nullptr;
+  if (curl_easy_header(handle_.get(), "Date", 0, CURLH_HEADER, -1, &header) != CURLHE_OK) {
+    return std::nullopt;
+  }
+  const auto seconds = curl_getdate(header->value, nullptr);
+  return seconds < 0 ? std::nullopt : std::optional(Date(std::chrono::seconds(seconds)));
+}
+
 std::string CurlTransfer::redirectLocation() const {
   const char* location = nullptr;
   curl_easy_getinfo(handle_.get(), CURLINFO_REDIRECT_URL, &location);
@@ -238,7 +247,7 @@ void CurlTransfer::complete(CURLcode code, bool hasNetwork) {
   if (code != CURLE_OK) {
     fail(errorOf(code, hasNetwork));
   } else {
-    completion_({.data = std::move(body_), .response = Response{status()}, .error = std::nullopt});
+    completion_({.data = std::move(body_), .response = Response{status(), date()}, .error = std::nullopt});
   }
 }
 

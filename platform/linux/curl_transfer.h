@@ -72,6 +72,7 @@ class CurlTransfer {
   TransportError errorOf(CURLcode code, bool hasNetwork) const;
   std::string redirectLocation() const;
   int status() const;
+  std::optional<Date> date() const;
 
   void madeProgress() { lastProgress_ = Clock::now(); }
 

@@ -391,6 +391,17 @@ TEST_F(CurlHttpSessionTest, interim_answers_are_not_the_answer) {
   EXPECT_EQ(result.data, "made");
 }
 
+TEST_F(CurlHttpSessionTest, an_answer_carries_its_own_time_where_it_says_one) {
+  const auto dateOf = [this](const std::string& headers) {
+    return fetchFrom(sending("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n" + headers + "\r\n")).response->date;
+  };
+  EXPECT_EQ(dateOf("Date: Sat, 08 Oct 2016 22:31:00 GMT\r\n"),
+            Date(std::chrono::sys_days(std::chrono::October / 8 / 2016) + std::chrono::hours(22) +
+                 std::chrono::minutes(31)));
+  EXPECT_EQ(dateOf(""), std::nullopt);
+  EXPECT_EQ(dateOf("Date: yesterday\r\n"), std::nullopt);
+}
+
 TEST_F(CurlHttpSessionTest, a_chunked_answer_and_one_that_ends_with_the_connection_are_whole) {
   EXPECT_EQ(
       fetchFrom(
