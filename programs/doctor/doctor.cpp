@@ -1,0 +1,60 @@
+#include "programs/doctor/doctor.h"
+
+#include <unistd.h>
+
+#include <system_error>
+
+#include "app/role_manager.h"
+#include "app/settings_keys.h"
+#include "client/deployments.h"
+#include "platform/linux/curl_http_session.h"
+#include "platform/linux/libsecret_item_store.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/system_log.h"
+#include "programs/doctor/probes.h"
+#include "programs/doctor/report.h"
+
+namespace quillmar::doctor {
+namespace {
+
+struct Installation {
+  DeviceRole role = DeviceRole::unset;
+  std::string serviceRoot;
+};
+
+Installation installationWith(const SettingsStore& settings, const Deployments& deployments) {
+  const auto role = settings.string(settings::deviceRole);
+  const auto region = settings.string(settings::region);
+  const auto root = settings.string(settings::apiBaseURL);
+  return {
+      .role = fromRawValue<DeviceRole>(role.value_or("")).value_or(DeviceRole::unset),
+      .serviceRoot = root ? *root : deployments.root(region.value_or("")).value_or(deployments.australia)};
+}
+
+// Nothing is made where nothing is.
+Installation installationIn(const std::filesystem::path& directory, const Deployments& deployments) {
+  std::error_code none;
+  if (!std::filesystem::exists(directory / SqliteSettingsStore::fileName, none)) {
+    return {.role = DeviceRole::unset, .serviceRoot = deployments.australia};
+  }
+  SystemLog log("quillmar", STDERR_FILENO);
+  SqliteSettingsStore settings(directory, log);
+  return installationWith(settings, deployments);
+}
+
+}  // namespace
+
+bool examineMachine(const Options& options, std::ostream& output) {
+  const auto installation = installationIn(
+      options.dataDirectory, options.service ? Deployments::all(*options.service) : Deployments::builtIn());
+  CurlHttpSession http(CurlHttpSession::Options{.extraCaFile = options.caFile});
+  LibsecretItemStore keyring;
+  MachineProbes probes(http, keyring, installation.serviceRoot + "/api/v1");
+  const Report report = examine(probes, installation.role);
+  for (const std::string& line : report.lines) {
+    output << line << '\n';
+  }
+  return report.isFit;
+}
+
+}  // namespace quillmar::doctor

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+
+namespace quillmar::doctor {
+
+struct Options {
+  std::filesystem::path dataDirectory;
+  std::optional<std::string> service = std::nullopt;  // in the place of all deployments
+  std::string caFile = {};                            // trusted beside the system's authorities
+};
+
+// Looks at this machine for the installation in the data directory, which need not exist, and writes what it
+// found. True where the machine has what the installation's role needs.
+bool examineMachine(const Options& options, std::ostream& output);
+
+}  // namespace quillmar::doctor

@@ -1,0 +1,96 @@
+#include "programs/doctor/report.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string_view>
+#include <utility>
+
+namespace quillmar::doctor {
+namespace {
+
+// Whose device can't do without it.
+enum class Need { nobody, child, everybody };
+
+struct Part {
+  std::string_view name;
+  Need need;
+  Finding finding;
+};
+
+constexpr auto clockTolerance = std::chrono::minutes(5);
+
+std::string count(long long number, const std::string& unit) {
+  return std::to_string(number) + " " + unit + (number == 1 ? "" : "s");
+}
+
+// In whole units of the largest kind of which there are at least two.
+std::string spoken(Duration duration) {
+  using namespace std::chrono;
+  if (duration >= days(2)) {
+    return count(duration_cast<days>(duration).count(), "day");
+  }
+  if (duration >= hours(2)) {
+    return count(duration_cast<hours>(duration).count(), "hour");
+  }
+  return count(duration_cast<minutes>(duration).count(), "minute");
+}
+
+Finding judgeClock(const ServiceFinding& service) {
+  if (!service.clockLead) {
+    return {false, "could not be compared, since the service told no time."};
+  }
+  const Duration lead = *service.clockLead;
+  const Duration difference = lead < Duration::zero() ? -lead : lead;
+  if (difference <= clockTolerance) {
+    return {true, "agrees with the service's."};
+  }
+  return {false, spoken(difference) + (lead < Duration::zero() ? " behind" : " ahead of") +
+                     " the service's. Let it be set over the network: timedatectl set-ntp true"};
+}
+
+std::array<Part, 7> lookAtAll(Probes& probes) {
+  const ServiceFinding service = probes.service();
+  return {{{"Keyring", Need::nobody, probes.keyring()},
+           {"NetworkManager", Need::child, probes.networkManager()},
+           {"Tunnel program", Need::child, probes.tunnelProgram()},
+           {"Fingerprint reader", Need::nobody, probes.fingerprintReader()},
+           {"Camera", Need::nobody, probes.camera()},
+           {"Service", Need::everybody, service.answer},
+           {"Clock", Need::everybody, judgeClock(service)}}};
+}
+
+bool isNeeded(const Part& part, DeviceRole role) {
+  return part.need == Need::everybody || (part.need == Need::child && role == DeviceRole::child);
+}
+
+bool isLacking(const Part& part, DeviceRole role) { return isNeeded(part, role) && !part.finding.works; }
+
+std::string lineOf(const Part& part, DeviceRole role) {
+  std::string line = part.finding.works ? "works     " : isNeeded(part, role) ? "MISSING   " : "optional  ";
+  return line.append(part.name).append(": ").append(part.finding.words);
+}
+
+std::string conclusion(bool isFit, DeviceRole role) {
+  const std::string verdict = isFit ? "This machine has what " : "This machine lacks something that ";
+  const std::string who = role == DeviceRole::child ? "a child's device needs." : "a parent's device needs.";
+  const std::string hint =
+      role == DeviceRole::unset
+          ? " No role is chosen yet; a child's device needs NetworkManager and the tunnel program as well."
+          : "";
+  return verdict + who + hint;
+}
+
+}  // namespace
+
+Report examine(Probes& probes, DeviceRole role) {
+  Report report{.lines = {}, .isFit = true};
+  for (const Part& part : lookAtAll(probes)) {
+    report.lines.push_back(lineOf(part, role));
+    report.isFit = report.isFit && !isLacking(part, role);
+  }
+  report.lines.push_back(conclusion(report.isFit, role));
+  return report;
+}
+
+}  // namespace quillmar::doctor
