@@ -18,6 +18,7 @@
 #include "platform/linux/asio_dispatch.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/fprintd_check.h"
+#include "programs/doctor/probes.h"
 #include "tests/platform/permissions.h"
 #include "tests/platform/private_bus.h"
 #include "tests/support/temporary_directory.h"
@@ -372,6 +373,21 @@ TEST_F(FprintdTest, a_lie_about_the_finger_lets_nobody_in) {
   }
   EXPECT_TRUE(world().command("SCAN other-finger"));
   EXPECT_EQ(outcome(), -1);
+}
+
+TEST_F(FprintdTest, the_doctor_knows_what_a_reader_lacks) {
+  const auto words = [](bool works) {
+    const auto finding = doctor::lookAtFingerprintReader(world().bus().address());
+    EXPECT_EQ(finding.works, works);
+    return finding.words;
+  };
+  EXPECT_EQ(words(true), "knows a finger of yours.");
+  world().forgetFingers();
+  EXPECT_EQ(words(false), "knows no finger of yours. Enrol one: fprintd-enroll");
+  world().start(false);
+  EXPECT_EQ(words(false), "none is connected.");
+  world().stop();
+  EXPECT_THAT(words(false), testing::EndsWith(". Install fprintd."));
 }
 
 TEST_F(FprintdTest, a_check_under_way_ends_with_its_adapter) {

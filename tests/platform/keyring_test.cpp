@@ -17,6 +17,7 @@
 
 #include "identity/keychain_service.h"
 #include "platform/linux/libsecret_item_store.h"
+#include "programs/doctor/probes.h"
 #include "tests/platform/private_bus.h"
 #include "tests/support/contracts/secure_item_store_contract.h"
 #include "tests/support/scoped_environment.h"
@@ -327,6 +328,22 @@ TEST_F(KeyringTest, a_keyring_that_hangs_is_not_waited_for_and_serves_again_when
   EXPECT_EQ(hasty.remove("live.quillmar.credentials", "savedPassword"), Status::failed);
   kill(process, SIGCONT);
   EXPECT_EQ(load(), "secret");
+}
+
+TEST_F(KeyringTest, the_doctor_knows_what_a_keyring_lacks_and_leaves_nothing_in_it) {
+  const auto words = [this](bool works) {
+    const auto finding = doctor::lookAtKeyring(store);
+    EXPECT_EQ(finding.works, works);
+    return finding.words;
+  };
+  EXPECT_EQ(words(true), "keeps the login.");
+  EXPECT_EQ(desktop().secretTool({"search", "--all", "service", "live.quillmar.doctor"}).output, "");
+  desktop().setLocked(true);
+  EXPECT_THAT(words(false), testing::StartsWith("is locked."));
+  desktop().startWithoutKeyring();
+  EXPECT_THAT(words(false), testing::StartsWith("takes nothing in."));
+  desktop().stop();
+  EXPECT_THAT(words(false), testing::StartsWith("no keyring service answers."));
 }
 
 }  // namespace

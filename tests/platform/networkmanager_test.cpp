@@ -15,6 +15,7 @@
 #include "platform/linux/asio_dispatch.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/networkmanager_tunnel.h"
+#include "programs/doctor/probes.h"
 #include "tests/platform/networkmanager_world.h"
 #include "tests/support/contracts/tunnel_service_contract.h"
 
@@ -559,6 +560,18 @@ TEST(MuteBusTest, a_bus_that_never_answers_is_an_error_soon) {
       [&](auto completion) { machine.service().loadAll(std::move(completion)); });
   ASSERT_FALSE(result.ok());
   EXPECT_EQ(result.error().localizedDescription(), "The system's message bus does not answer.");
+}
+
+TEST_F(NetworkManagerTest, the_doctor_sees_whether_it_runs) {
+  const auto& bus = world().bus();
+  const auto running = doctor::lookAtNetworkManager(bus.address());
+  EXPECT_TRUE(running.works);
+  EXPECT_EQ(running.words, "version " + world().nmcli({"-g", "VERSION", "general", "status"}) + " runs.");
+  world().stop();
+  const auto stopped = doctor::lookAtNetworkManager(bus.address());
+  EXPECT_FALSE(stopped.works);
+  EXPECT_THAT(stopped.words, testing::StartsWith("does not answer ("));
+  world().start();
 }
 
 }  // namespace

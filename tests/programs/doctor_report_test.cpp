@@ -1,0 +1,136 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "programs/doctor/report.h"
+
+namespace quillmar::doctor {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::HasSubstr;
+
+// A machine of which all is known.
+class MadeUpProbes final : public Probes {
+ public:
+  Finding keyring() override { return keyringFinding; }
+  Finding networkManager() override { return networkManagerFinding; }
+  Finding tunnelProgram() override { return tunnelProgramFinding; }
+  Finding fingerprintReader() override { return fingerprintReaderFinding; }
+  Finding camera() override { return cameraFinding; }
+  ServiceFinding service() override { return serviceFinding; }
+
+  Finding keyringFinding{true, "keeps."};
+  Finding networkManagerFinding{true, "runs."};
+  Finding tunnelProgramFinding{true, "is there."};
+  Finding fingerprintReaderFinding{true, "reads."};
+  Finding cameraFinding{true, "sees."};
+  ServiceFinding serviceFinding{.answer = {true, "answers."}, .clockLead = 0s};
+};
+
+struct DoctorReport : testing::Test {
+  bool isFit(DeviceRole role) { return examine(probes, role).isFit; }
+  // The line about a part.
+  std::string line(const std::string& part, DeviceRole role = DeviceRole::child) {
+    for (const auto& line : examine(probes, role).lines) {
+      if (line.find(" " + part + ": ") != std::string::npos) {
+        return line;
+      }
+    }
+    return {};
+  }
+  std::string clockLine(Duration lead) {
+    probes.serviceFinding.clockLead = lead;
+    return line("Clock");
+  }
+
+  MadeUpProbes probes;
+};
+
+TEST_F(DoctorReport, a_machine_with_everything_is_fit_and_says_so_line_by_line) {
+  const auto report = examine(probes, DeviceRole::child);
+  EXPECT_TRUE(report.isFit);
+  EXPECT_THAT(report.lines, testing::ElementsAre(
+                                "works     Keyring: keeps.", "works     NetworkManager: runs.",
+                                "works     Tunnel program: is there.", "works     Fingerprint reader: reads.",
+                                "works     Camera: sees.", "works     Service: answers.",
+                                "works     Clock: agrees with the service's.",
+                                "This machine has what a child's device needs."));
+}
+
+TEST_F(DoctorReport, without_keyring_reader_and_camera_every_role_can_live) {
+  probes.keyringFinding = {false, "locked."};
+  probes.fingerprintReaderFinding = {false, "none."};
+  probes.cameraFinding = {false, "none."};
+  for (const auto role : {DeviceRole::child, DeviceRole::parent, DeviceRole::unset}) {
+    EXPECT_TRUE(isFit(role));
+    EXPECT_EQ(line("Keyring", role), "optional  Keyring: locked.");
+    EXPECT_EQ(line("Fingerprint reader", role), "optional  Fingerprint reader: none.");
+    EXPECT_EQ(line("Camera", role), "optional  Camera: none.");
+  }
+}
+
+TEST_F(DoctorReport, only_a_childs_device_needs_networkmanager) {
+  probes.networkManagerFinding = {false, "does not answer."};
+  EXPECT_FALSE(isFit(DeviceRole::child));
+  EXPECT_TRUE(isFit(DeviceRole::parent));
+  EXPECT_TRUE(isFit(DeviceRole::unset));
+  EXPECT_EQ(line("NetworkManager", DeviceRole::child), "MISSING   NetworkManager: does not answer.");
+  EXPECT_EQ(line("NetworkManager", DeviceRole::parent), "optional  NetworkManager: does not answer.");
+}
+
+TEST_F(DoctorReport, only_a_childs_device_needs_the_tunnel_program) {
+  probes.tunnelProgramFinding = {false, "none."};
+  EXPECT_FALSE(isFit(DeviceRole::child));
+  EXPECT_TRUE(isFit(DeviceRole::parent));
+  EXPECT_TRUE(isFit(DeviceRole::unset));
+}
+
+TEST_F(DoctorReport, every_device_needs_the_service_even_one_without_a_role) {
+  probes.serviceFinding.answer = {false, "silent."};
+  for (const auto role : {DeviceRole::child, DeviceRole::parent, DeviceRole::unset}) {
+    EXPECT_FALSE(isFit(role));
+    EXPECT_EQ(line("Service", role), "MISSING   Service: silent.");
+  }
+}
+
+TEST_F(DoctorReport, a_clock_that_is_more_than_five_minutes_off_is_a_problem_either_way) {
+  EXPECT_EQ(clockLine(5min), "works     Clock: agrees with the service's.");
+  EXPECT_EQ(clockLine(-5min), "works     Clock: agrees with the service's.");
+  EXPECT_THAT(clockLine(5min + 1ms), HasSubstr("MISSING   Clock: 5 minutes ahead of the service's."));
+  EXPECT_THAT(clockLine(-5min - 1ms), HasSubstr("MISSING   Clock: 5 minutes behind the service's."));
+  EXPECT_FALSE(isFit(DeviceRole::parent));
+}
+
+TEST_F(DoctorReport, a_clock_that_is_far_off_is_told_in_larger_units) {
+  EXPECT_THAT(clockLine(119min), HasSubstr("119 minutes ahead"));
+  EXPECT_THAT(clockLine(120min), HasSubstr("2 hours ahead"));
+  EXPECT_THAT(clockLine(-47h), HasSubstr("47 hours behind"));
+  EXPECT_THAT(clockLine(-49h), HasSubstr("2 days behind"));
+}
+
+TEST_F(DoctorReport, a_clock_that_could_not_be_compared_is_not_said_to_be_right) {
+  probes.serviceFinding.clockLead = std::nullopt;
+  EXPECT_FALSE(isFit(DeviceRole::parent));
+  EXPECT_EQ(line("Clock"), "MISSING   Clock: could not be compared, since the service told no time.");
+}
+
+TEST_F(DoctorReport, without_a_role_it_says_what_a_childs_device_would_need) {
+  EXPECT_EQ(examine(probes, DeviceRole::unset).lines.back(),
+            "This machine has what a parent's device needs. No role is chosen yet; a child's device needs "
+            "NetworkManager and the tunnel program as well.");
+  EXPECT_EQ(examine(probes, DeviceRole::parent).lines.back(),
+            "This machine has what a parent's device needs.");
+}
+
+TEST_F(DoctorReport, a_machine_that_lacks_something_says_so_at_the_end) {
+  probes.tunnelProgramFinding = {false, "none."};
+  EXPECT_EQ(examine(probes, DeviceRole::child).lines.back(),
+            "This machine lacks something that a child's device needs.");
+}
+
+}  // namespace
+}  // namespace quillmar::doctor
