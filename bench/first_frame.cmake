@@ -6,3 +6,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Quick)
 quillmar_bench(first_frame
   SOURCES first_frame.cpp
   LINK quillmar_app quillmar_ui quillmar_test_support Qt6::Quick)
+
+quillmar_bench(lists
+  SOURCES lists.cpp
+  LINK quillmar_ui_test_support Qt6::Quick)
