@@ -10,7 +10,6 @@
 #include "platform/biometric_check.h"
 #include "platform/dispatch.h"
 #include "platform/haptics.h"
-#include "platform/qr_reader.h"
 #include "platform/secure_item_store.h"
 #include "platform/tunnel.h"
 
@@ -76,28 +75,6 @@ class AbsentBiometricCheck final : public BiometricCheck {
   void evaluate(std::string_view /*reason*/, std::function<void(BiometricReply)> reply) override {
     reply({});
   }
-};
-
-class AbsentQRReader final : public QRReader {
- public:
-  explicit AbsentQRReader(Dispatch& dispatch) : dispatch_(dispatch) {}
-
-  CameraState camera() const override { return CameraState::absent; }
-  Subscription observeCamera(std::function<void()> /*never called*/) override { return {}; }
-  void startRunning(BatchHandler /*never called*/) override {}
-  void stopRunning() override {}
-  void readPicture(const std::string& /*path*/, Reply reply) override { refuse(std::move(reply)); }
-  void readClipboard(Reply reply) override { refuse(std::move(reply)); }
-  void readScreen(Reply reply) override { refuse(std::move(reply)); }
-
- private:
-  void refuse(Reply reply) {
-    dispatch_.main().async([reply = std::move(reply)] {
-      reply(Error(QRReaderError{"This build cannot read QR codes on this computer."}));
-    });
-  }
-
-  Dispatch& dispatch_;
 };
 
 class AbsentHaptics final : public Haptics {

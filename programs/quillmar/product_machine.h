@@ -13,8 +13,10 @@
 #include "programs/quillmar/options.h"
 #include "ui/adapters/desktop_portal.h"
 #include "ui/adapters/desktop_settings.h"
+#include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_clipboard.h"
 #include "ui/adapters/qt_dispatch.h"
+#include "ui/adapters/qt_qr_reader.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/permission_prompt.h"
 
@@ -31,6 +33,8 @@ class ProductMachine {
   Platform ports();
   const QREncoder& qrEncoder() const { return qrEncoder_; }
   ui::QtWindowStyle& windowStyle() { return windowStyle_; }
+  // What the camera sees, for the window to draw.
+  ui::CameraFrames& cameraFrames() { return qrReader_.frames(); }
   // Asked in the window where the tunnel is simulated.
   ui::PermissionPrompt& permissionPrompt() { return permissionPrompt_; }
 
@@ -52,7 +56,8 @@ class ProductMachine {
   ui::DesktopPortal portal_{desktop_};
   ui::QtWindowStyle windowStyle_{desktop_};
   QrencodeEncoder qrEncoder_;
-  AbsentQRReader qrReader_{dispatch_};
+  ui::QtCamera camera_;
+  ui::QtQRReader qrReader_{dispatch_, camera_};
 };
 
 }  // namespace quillmar

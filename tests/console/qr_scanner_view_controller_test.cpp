@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/absent_services.h"
 #include "tests/support/fake_platform.h"
 
 namespace quillmar {
@@ -115,23 +114,6 @@ TEST_F(Scanner, runs_again_after_it_has_stopped) {
   open();
   show({{.isQRCode = true, .text = "two"}});
   EXPECT_EQ(receiver->received, (Names{"QRCodeScanned one", "QRCodeScanned two"}));
-}
-
-TEST(AbsentQRReader, has_no_camera_and_says_that_it_can_read_nothing) {
-  FakePlatform machine;
-  AbsentQRReader reader(machine.dispatch);
-  EXPECT_EQ(reader.camera(), CameraState::absent);
-  EXPECT_FALSE(reader.canCapture());
-  Names sentences;
-  const auto reply = [&](const Result<RecognisedObjects>& objects) {
-    sentences.push_back(objects.ok() ? "objects" : objects.error().localizedDescription());
-  };
-  reader.readPicture("/a.png", reply);
-  reader.readClipboard(reply);
-  reader.readScreen(reply);
-  EXPECT_TRUE(sentences.empty()) << "a reply never comes inside the call";
-  machine.dispatch.settle();
-  EXPECT_EQ(sentences, Names(3, "This build cannot read QR codes on this computer."));
 }
 
 }  // namespace

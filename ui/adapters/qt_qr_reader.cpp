@@ -85,10 +85,14 @@ std::vector<QImage> picturesOfScreens() {
   return pictures;
 }
 
-// Puts this program's windows below all others for as long as it lives, where the window system lets them.
+// Puts this program's windows below all others for as long as it lives. Only X11 lets a program do that;
+// where it does not, the person chooses what the portal sees.
 class WindowsAside {
  public:
   WindowsAside() {
+    if (QGuiApplication::platformName() != QLatin1StringView("xcb")) {
+      return;
+    }
     for (auto* const window : QGuiApplication::topLevelWindows()) {
       if (window->isVisible()) {
         window->lower();

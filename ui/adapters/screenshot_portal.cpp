@@ -73,6 +73,12 @@ class ScreenshotRequest final : public QObject {
 };
 
 void askForScreenshot(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply) {
+  if (!bus.isConnected()) {
+    // A call would never be answered.
+    QMetaObject::invokeMethod(
+        &owner, [reply = std::move(reply)] { reply(ScreenshotOutcome::noPortal, {}); }, Qt::QueuedConnection);
+    return;
+  }
   auto* const request = new ScreenshotRequest(bus, owner, std::move(reply));
   request->send();
 }
