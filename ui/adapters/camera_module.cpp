@@ -15,4 +15,4 @@ class QtVideoCaptureModule final : public QObject, public VideoCaptureModule {
 
 }  // namespace quillmar::ui
 
-#include "camera_module.moc"
+#include <camera_module.moc>

@@ -85,4 +85,4 @@ void askForScreenshot(const QDBusConnection& bus, QObject& owner, ScreenshotRepl
 
 }  // namespace quillmar::ui
 
-#include "screenshot_portal.moc"
+#include <screenshot_portal.moc>
