@@ -159,20 +159,20 @@ std::string NetworkManagerWorld::obstacle() {
   return {};
 }
 
-NetworkManagerWorld::NetworkManagerWorld() : bus_(directory_.path()) {
-  writeFiles();
+NetworkManagerWorld::NetworkManagerWorld(const std::string& tunnelService) : bus_(directory_.path()) {
+  writeFiles(tunnelService);
   permissions_ = std::make_unique<Permissions>(bus_.address());
-  program_ = std::make_unique<TunnelProgram>(bus_.address(), service);
+  program_ = std::make_unique<TunnelProgram>(bus_.address(), tunnelService);
   foreignProgram_ = std::make_unique<TunnelProgram>(bus_.address(), foreignService);
   start();
 }
 
-void NetworkManagerWorld::writeFiles() const {
+void NetworkManagerWorld::writeFiles(const std::string& tunnelService) const {
   for (const char* folder : {"vpn", "profiles", "state"}) {
     fs::create_directory(file(folder));
   }
-  for (const char* name : {service, foreignService}) {
-    std::ofstream(file("vpn") / (std::string(name) + ".name"))
+  for (const std::string& name : {tunnelService, std::string(foreignService)}) {
+    std::ofstream(file("vpn") / (name + ".name"))
         << "[VPN Connection]\nname=" << name << "\nservice=" << name << "\nprogram=/bin/false\n";
   }
   const auto wire = file("profiles") / "wire.nmconnection";

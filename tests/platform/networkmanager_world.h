@@ -71,7 +71,7 @@ class NetworkManagerWorld {
   // Why it can't be had here; empty where it can.
   static std::string obstacle();
 
-  NetworkManagerWorld();
+  explicit NetworkManagerWorld(const std::string& tunnelService = service);
 
   bool running() const { return running_; }
   const PrivateBus& bus() const { return bus_; }
@@ -90,7 +90,7 @@ class NetworkManagerWorld {
   std::string nmcli(const std::vector<std::string>& words) const;
 
  private:
-  void writeFiles() const;
+  void writeFiles(const std::string& tunnelService) const;
 
   const TemporaryDirectory directory_;
   const PrivateBus bus_;

@@ -41,8 +41,10 @@ struct FakePlatform {
 
   Platform ports() { return portsWith(http); }
   // The same machine on another session, such as one with a real network.
-  Platform portsWith(HttpSession& session) {
-    return {settings,   session,   dispatch, log,         tunnel,    secureItems, biometrics,
+  Platform portsWith(HttpSession& session) { return portsWith(session, tunnel); }
+  // ... and with another tunnel service.
+  Platform portsWith(HttpSession& session, TunnelService& tunnels) {
+    return {settings,   session,   dispatch, log,         tunnels,   secureItems, biometrics,
             deviceInfo, clipboard, haptics,  windowStyle, qrEncoder, qrReader};
   }
 };

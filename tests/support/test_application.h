@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/quillmar_app.h"
@@ -32,8 +33,13 @@ class TestApplication {
     std::string root;
   };
 
-  explicit TestApplication(const StoredSettings& stored = {}, const std::optional<Network>& network = {})
-      : session_(network ? network->makeSession(machine.dispatch) : nullptr),
+  // In the place of the simulated one; each start of the application makes its own.
+  using MakeTunnel = std::function<std::unique_ptr<TunnelService>(Dispatch& time)>;
+
+  explicit TestApplication(const StoredSettings& stored = {}, const std::optional<Network>& network = {},
+                           MakeTunnel makeTunnel = {})
+      : makeTunnel_(std::move(makeTunnel)),
+        session_(network ? network->makeSession(machine.dispatch) : nullptr),
         root_(network ? network->root : serviceRoot) {
     for (const auto& [key, value] : stored) {
       machine.settings.set(key, value);
@@ -86,12 +92,16 @@ class TestApplication {
 
  private:
   void start() {
-    app_ = std::make_unique<QuillmarApp>(session_ ? machine.portsWith(*session_) : machine.ports(),
-                                         Deployments::all(root_));
+    tunnel_ = makeTunnel_ ? makeTunnel_(machine.dispatch) : nullptr;
+    app_ = std::make_unique<QuillmarApp>(
+        machine.portsWith(session_ ? *session_ : machine.http, tunnel_ ? *tunnel_ : machine.tunnel),
+        Deployments::all(root_));
     app_->launch();
   }
 
+  const MakeTunnel makeTunnel_;
   const std::unique_ptr<HttpSession> session_;
+  std::unique_ptr<TunnelService> tunnel_;
   const std::string root_;
   std::unique_ptr<QuillmarApp> app_;
 };
