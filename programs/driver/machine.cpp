@@ -28,7 +28,8 @@ Machine::Machine(const Options& options, EventLog::Sink sink)
       network_(CurlHttpSession::Options{.extraCaFile = options.caFile}),
       http(network_, virtualTime_.get()),
       tunnel(dispatch()),
-      biometrics(dispatch()) {}
+      biometrics(dispatch()),
+      qrReader(dispatch()) {}
 
 Machine::~Machine() {
   if (virtualTime_) {
@@ -44,8 +45,8 @@ Dispatch& Machine::dispatch() {
 }
 
 Platform Machine::ports() {
-  return {*settings_, http,       dispatch(), log_,    tunnel,      secureItems,
-          biometrics, deviceInfo, clipboard,  haptics, windowStyle, qrEncoder, qrReader};
+  return {*settings_, http,      dispatch(), log_,        tunnel,    secureItems, biometrics,
+          deviceInfo, clipboard, haptics,    windowStyle, qrEncoder, qrReader};
 }
 
 }  // namespace quillmar::driver
