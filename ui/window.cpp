@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "ui/adapters/qt_window_style.h"
+#include "ui/biometric_prompt.h"
 #include "ui/bridge/model_bridge.h"
 #include "ui/engine.h"
 #include "ui/items/look.h"
@@ -75,8 +76,8 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Quillmar/Main.qml")));
   parts_->window.reset(component.createWithInitialProperties(
       {{QStringLiteral("content"), QVariant::fromValue<QObject*>(&parts_->bridge)},
-       {QStringLiteral("permissionPrompt"),
-        QVariant::fromValue<QObject*>(parts_->options.permissionPrompt)}}));
+       {QStringLiteral("permissionPrompt"), QVariant::fromValue<QObject*>(parts_->options.permissionPrompt)},
+       {QStringLiteral("biometricPrompt"), QVariant::fromValue<QObject*>(parts_->options.biometricPrompt)}}));
   window_ = qobject_cast<QQuickWindow*>(parts_->window.get());
   if (!window_) {
     qFatal("the window's own files are damaged: %s", qUtf8Printable(component.errorString()));

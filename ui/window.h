@@ -13,6 +13,7 @@ class QREncoder;
 
 namespace quillmar::ui {
 
+class BiometricPrompt;
 class ModelBridge;
 class PermissionPrompt;
 class QtWindowStyle;
@@ -26,6 +27,8 @@ class Window {
     QString geometryFile;
     // Asked in the window where the tunnel is simulated.
     PermissionPrompt* permissionPrompt = nullptr;
+    // Shown while the machine's reader waits for a finger.
+    BiometricPrompt* biometricPrompt = nullptr;
   };
 
   Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle& style, Options options);

@@ -7,6 +7,7 @@ Window {
 
     required property var content
     property var permissionPrompt: null
+    property var biometricPrompt: null
 
     title: "Quillmar"
     minimumWidth: 360
@@ -28,5 +29,9 @@ Window {
     Loader {
         active: window.permissionPrompt !== null
         Component.onCompleted: if (active) setSource("SimulatedPermissionPrompt.qml", { prompt: window.permissionPrompt })
+    }
+    Loader {
+        readonly property bool needed: window.biometricPrompt !== null && window.biometricPrompt.shown
+        onNeededChanged: if (needed && status === Loader.Null) setSource("BiometricPrompt.qml", { prompt: window.biometricPrompt })
     }
 }
