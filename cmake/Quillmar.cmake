@@ -14,6 +14,9 @@ if(MOLD)
   add_link_options(-fuse-ld=mold)
 endif()
 
+# A program loads only the libraries that it uses.
+add_link_options(-Wl,--as-needed)
+
 add_library(quillmar_options INTERFACE)
 target_compile_options(quillmar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

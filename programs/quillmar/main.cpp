@@ -2,10 +2,12 @@
 #include <QQuickWindow>
 #include <QTextStream>
 #include <csignal>
+#include <iostream>
 
 #include "app/quillmar_app.h"
 #include "app/role_manager.h"
 #include "child/child_app_state.h"
+#include "programs/doctor/doctor.h"
 #include "programs/quillmar/options.h"
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
@@ -59,7 +61,8 @@ int runWindow(const Options& options, quillmar::SingleInstance& instance) {
   quillmar::ui::Window window(
       app.contentView(), machine.qrEncoder(), machine.windowStyle(),
       {.geometryFile = QString::fromStdString((options.dataDirectory / "window.ini").string()),
-       .permissionPrompt = &machine.permissionPrompt()});
+       .permissionPrompt = &machine.permissionPrompt(),
+       .biometricPrompt = &machine.biometricPrompt()});
   const quillmar::ui::QtScenePhase phases(window.quickWindow(), [&app](WindowPhase phase) {
     app.setScenePhase(scenePhase(phase));
     if (phase == WindowPhase::active) {
@@ -77,15 +80,27 @@ int runWindow(const Options& options, quillmar::SingleInstance& instance) {
   return QGuiApplication::exec();
 }
 
+int runDoctor(int count, char** arguments) {
+  const QCoreApplication application(count, arguments);
+  const Options options = quillmar::parseOptions(application);
+  const bool isFit = quillmar::doctor::examineMachine(
+      {.dataDirectory = options.dataDirectory, .service = options.service, .caFile = options.caFile},
+      std::cout);
+  return isFit ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
   // Whoever read the log may go; the protection stays.
   std::signal(SIGPIPE, SIG_IGN);
+  QCoreApplication::setApplicationName("quillmar");
+  QCoreApplication::setApplicationVersion(QUILLMAR_VERSION);
+  if (quillmar::asksForDoctor(count, arguments)) {
+    return runDoctor(count, arguments);
+  }
   const QGuiApplication application(count, arguments);
-  QGuiApplication::setApplicationName("quillmar");
   QGuiApplication::setApplicationDisplayName("Quillmar");
-  QGuiApplication::setApplicationVersion(QUILLMAR_VERSION);
   QGuiApplication::setDesktopFileName("live.quillmar.Quillmar");
   QGuiApplication::setQuitOnLastWindowClosed(false);
 

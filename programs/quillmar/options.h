@@ -18,6 +18,10 @@ struct Options {
   bool simulatesTunnel = false;
 };
 
+// Whether this computer is to be looked at, which is done without a window. Asked before there is any
+// application: one with a window can't even be made where there is no display.
+bool asksForDoctor(int count, char** arguments);
+
 // Ends the process where the words ask for help, or are wrong.
 Options parseOptions(const QCoreApplication& application);
 

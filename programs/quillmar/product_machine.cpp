@@ -3,6 +3,9 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include "child/vpn_dns_manager.h"
+#include "platform/linux/networkmanager_tunnel.h"
+
 namespace quillmar {
 namespace {
 
@@ -37,7 +40,7 @@ ProductMachine::~ProductMachine() = default;
 
 std::unique_ptr<TunnelService> ProductMachine::makeTunnel(const Options& options) {
   if (!options.simulatesTunnel) {
-    return std::make_unique<AbsentTunnelService>(dispatch_);
+    return std::make_unique<NetworkManagerTunnel>(dispatch_, std::string(VPNDNSManager::tunnelBundleId));
   }
   auto tunnel = std::make_unique<SimulatedTunnel>(dispatch_, storageIn(options.dataDirectory));
   tunnel->behaveLikePlatform(
@@ -46,8 +49,8 @@ std::unique_ptr<TunnelService> ProductMachine::makeTunnel(const Options& options
 }
 
 Platform ProductMachine::ports() {
-  return {settings_,   http_,       dispatch_,  log_,     *tunnel_,     secureItems_,
-          biometrics_, deviceInfo_, clipboard_, haptics_, windowStyle_, qrEncoder_, qrReader_};
+  return {settings_,   http_,      dispatch_, log_,         *tunnel_,   secureItems_, biometrics_,
+          deviceInfo_, clipboard_, haptics_,  windowStyle_, qrEncoder_, qrReader_};
 }
 
 }  // namespace quillmar

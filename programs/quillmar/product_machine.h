@@ -2,8 +2,10 @@
 
 #include <memory>
 
-#include "platform/linux/absent_services.h"
+#include "platform/linux/absent_haptics.h"
 #include "platform/linux/curl_http_session.h"
+#include "platform/linux/fprintd_check.h"
+#include "platform/linux/libsecret_item_store.h"
 #include "platform/linux/linux_device_info.h"
 #include "platform/linux/qrencode_encoder.h"
 #include "platform/linux/sqlite_settings_store.h"
@@ -18,6 +20,7 @@
 #include "ui/adapters/qt_dispatch.h"
 #include "ui/adapters/qt_qr_reader.h"
 #include "ui/adapters/qt_window_style.h"
+#include "ui/biometric_prompt.h"
 #include "ui/permission_prompt.h"
 
 namespace quillmar {
@@ -37,6 +40,8 @@ class ProductMachine {
   ui::CameraFrames& cameraFrames() { return qrReader_.frames(); }
   // Asked in the window where the tunnel is simulated.
   ui::PermissionPrompt& permissionPrompt() { return permissionPrompt_; }
+  // Shown in the window while the reader waits for a finger.
+  ui::BiometricPrompt& biometricPrompt() { return biometricPrompt_; }
 
  private:
   std::unique_ptr<TunnelService> makeTunnel(const Options& options);
@@ -47,8 +52,12 @@ class ProductMachine {
   CurlHttpSession http_;
   ui::PermissionPrompt permissionPrompt_;
   std::unique_ptr<TunnelService> tunnel_;
-  AbsentSecureItemStore secureItems_;
-  AbsentBiometricCheck biometrics_;
+  LibsecretItemStore secureItems_;
+  FprintdCheck biometrics_{dispatch_};
+  ui::BiometricPrompt biometricPrompt_{
+      {.cancel = [this] { biometrics_.cancel(); }, .enterPassword = [this] { biometrics_.enterPassword(); }}};
+  const Subscription promptSubscription_ = biometrics_.observePrompt(
+      [this](const FprintdCheck::Prompt& reason) { biometricPrompt_.setReason(reason); });
   AbsentHaptics haptics_;
   LinuxDeviceInfo deviceInfo_;
   ui::QtClipboard clipboard_;
