@@ -18,11 +18,13 @@ GradientPlate {
     Label {
         anchors.centerIn: parent
         width: parent.width
-        text: avatar.letters
+        text: Look.plain(avatar.letters)
         font: Theme.display(avatar.size * 0.4 / Theme.textScale, Font.DemiBold, 0)
         color: Theme.onBrand
         lineHeight: 1
         wrapMode: Text.NoWrap
+        elide: Text.ElideRight
+        maximumLineCount: 1
         horizontalAlignment: Text.AlignHCenter
         Accessible.ignored: true
     }

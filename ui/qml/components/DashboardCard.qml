@@ -8,7 +8,7 @@ Pressable {
 
     required property var child
 
-    text: child.name
+    text: Look.plain(child.name)
     effect: child.tap
     corner: 18
     padding: Theme.gap
@@ -47,7 +47,7 @@ Pressable {
                 Layout.fillWidth: true
 
                 Label {
-                    text: card.child.name
+                    text: card.text
                     font: Theme.subtitle
                     lineHeight: 1.1
                     wrapMode: Text.Wrap
@@ -132,11 +132,12 @@ Pressable {
                             Layout.preferredHeight: 18
                         }
                         Label {
-                            text: line.modelData.name
+                            text: Look.plain(line.modelData.name)
                             font: Theme.callout
                             lineHeight: 1
                             wrapMode: Text.NoWrap
                             elide: Text.ElideRight
+                            maximumLineCount: 1
                             Layout.fillWidth: true
                         }
                         OnlineDot {

@@ -6,7 +6,7 @@ import Quillmar
 SwipeRow {
     id: device
 
-    name: row.deviceDisplayName
+    name: Look.plain(row.deviceDisplayName)
     description: row.lastSeenText
     effect: row.unlink
     actionTitle: row.unlinkTitle
@@ -73,7 +73,7 @@ SwipeRow {
             Layout.fillWidth: true
 
             Label {
-                text: device.row.deviceDisplayName
+                text: device.name
                 lineHeight: 1
                 wrapMode: Text.NoWrap
                 elide: Text.ElideRight

@@ -16,7 +16,7 @@ Rectangle {
     implicitHeight: Math.max(Theme.barHeight, titleLabel.implicitHeight + Theme.gap)
     color: Theme.page
     Accessible.role: Accessible.ToolBar
-    Accessible.name: title
+    Accessible.name: titleLabel.text
 
     Row {
         id: leadingItems
@@ -30,11 +30,12 @@ Rectangle {
         x: Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
         anchors.verticalCenter: parent.verticalCenter
         width: Math.min(implicitWidth, bar.titleEnd - bar.titleStart)
-        text: bar.title
+        text: Look.plain(bar.title)
         font: Theme.headline
         lineHeight: 1
         wrapMode: Text.NoWrap
         elide: Text.ElideRight
+        maximumLineCount: 1
         horizontalAlignment: Text.AlignHCenter
         Accessible.role: Accessible.Heading
     }

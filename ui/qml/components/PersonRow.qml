@@ -13,7 +13,7 @@ ActionRow {
     property string status
     property color statusTint: Theme.offline
 
-    text: name
+    text: Look.plain(name)
     // A plain row is said as one and does not answer to a press.
     readonly property bool plain: effect === null || !effect.enabled
     enabled: true
@@ -21,7 +21,7 @@ ActionRow {
     focusPolicy: plain ? Qt.NoFocus : Qt.StrongFocus
     chevron: !plain
     Accessible.role: plain ? Accessible.ListItem : Accessible.Button
-    Accessible.description: [detail, status].filter(text => text.length > 0).join(", ")
+    Accessible.description: [Look.plain(detail), status].filter(text => text.length > 0).join(", ")
 
     contentItem: RowLayout {
         spacing: Theme.between
@@ -35,7 +35,7 @@ ActionRow {
             Layout.fillWidth: true
 
             Label {
-                text: row.name
+                text: row.text
                 font: Theme.headline
                 lineHeight: 1.1
                 maximumLineCount: 2
@@ -45,12 +45,13 @@ ActionRow {
             }
             Label {
                 visible: text.length > 0
-                text: row.detail
+                text: Look.plain(row.detail)
                 font: Theme.footnote
                 color: Theme.cardSecondaryText
                 lineHeight: 1.1
                 wrapMode: Text.NoWrap
                 elide: Text.ElideMiddle
+                maximumLineCount: 1
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }

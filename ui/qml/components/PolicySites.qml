@@ -25,11 +25,12 @@ ColumnLayout {
 
                 required property var modelData
                 required property int index
+                readonly property string domain: Look.plain(modelData.domain)
 
                 width: parent ? parent.width : 0
                 implicitHeight: Theme.target + 4
                 Accessible.role: Accessible.ListItem
-                Accessible.name: modelData.domain
+                Accessible.name: domain
 
                 Rectangle {
                     anchors.left: parent.left
@@ -52,7 +53,7 @@ ColumnLayout {
                         Layout.preferredHeight: 22
                     }
                     Label {
-                        text: site.modelData.domain
+                        text: site.domain
                         font: Theme.callout
                         lineHeight: 1
                         wrapMode: Text.NoWrap
@@ -62,7 +63,7 @@ ColumnLayout {
                         Accessible.ignored: true
                     }
                     IconButton {
-                        text: site.modelData.removeTitle + " " + site.modelData.domain
+                        text: site.modelData.removeTitle + " " + site.domain
                         symbol: site.modelData.removeIcon
                         symbolSize: 22
                         ink: Theme.dangerText

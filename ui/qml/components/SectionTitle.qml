@@ -11,6 +11,7 @@ ColumnLayout {
     property string caption
     property string badge
     property bool busy: false
+    readonly property bool alone: count.length + badge.length === 0 && !busy
 
     spacing: 4
     Layout.fillWidth: true
@@ -24,7 +25,8 @@ ColumnLayout {
             text: title.text
             font: Theme.subtitle
             lineHeight: 1.1
-            Layout.fillWidth: title.count.length + title.badge.length === 0 && !title.busy
+            Layout.fillWidth: true
+            Layout.maximumWidth: title.alone ? Number.POSITIVE_INFINITY : implicitWidth
             Accessible.role: Accessible.Heading
         }
         Badge {
@@ -40,6 +42,10 @@ ColumnLayout {
         Spinner {
             running: title.busy
             size: 16
+        }
+        Item {
+            visible: !title.alone
+            Layout.fillWidth: true
         }
     }
     Label {

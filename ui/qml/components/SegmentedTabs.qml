@@ -12,7 +12,8 @@ FocusScope {
     readonly property real share: count > 0 ? (width - 2 * ground.inset) / count : 0
     signal chosen(string option)
 
-    implicitHeight: Theme.target
+    // Two lines have room.
+    implicitHeight: Math.max(Theme.target, Math.ceil(2.2 * Theme.faceHeight * Theme.footnoteStrong.pixelSize) + 2 * Theme.unit)
     implicitWidth: 100 * count
     Accessible.role: Accessible.PageTabList
 

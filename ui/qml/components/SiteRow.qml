@@ -14,7 +14,7 @@ SwipeRow {
     property color badgeInk: Theme.positiveText
     property bool stripAtEnd: false
 
-    name: title
+    name: Look.plain(title)
     description: [badge, time].filter(text => text.length > 0).join(", ")
     actionTitle: row.stripTitle
     actionSymbol: row.stripIcon
@@ -39,7 +39,7 @@ SwipeRow {
             Layout.leftMargin: Theme.gap
         }
         Label {
-            text: site.title
+            text: site.name
             font: Theme.callout
             lineHeight: 1
             wrapMode: Text.NoWrap

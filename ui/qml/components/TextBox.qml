@@ -28,7 +28,6 @@ T.TextField {
     activeFocusOnTab: true
     Accessible.role: Accessible.EditableText
     Accessible.name: name.length > 0 ? name : placeholderText
-    Accessible.passwordEdit: echoMode === TextInput.Password
 
     onTextEdited: edited(text)
     onValueChanged: show()

@@ -148,7 +148,7 @@ Page {
             effect: page.screen.cancelEnrollment
             Layout.fillWidth: true
             Layout.topMargin: 28
-            implicitHeight: Theme.primaryTarget
+            Layout.minimumHeight: Theme.primaryTarget
         }
     }
 

@@ -160,7 +160,7 @@ ColumnLayout {
         symbol: tab.screen.deleteProfileIcon
         text: tab.screen.deleteProfileTitle
         effect: tab.screen.deleteProfile
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
         Layout.topMargin: Theme.section
     }

@@ -123,7 +123,7 @@ ColumnLayout {
         symbol: "plus.circle.fill"
         text: list.screen.addAnotherTitle
         effect: list.screen.addChild
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
     }
 }

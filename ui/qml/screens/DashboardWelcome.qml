@@ -29,7 +29,7 @@ ColumnLayout {
         symbol: welcome.screen.homeNetworkIcon
         text: welcome.screen.setUpHomeNetworkTitle
         effect: welcome.screen.openHomeNetwork
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
         Layout.maximumWidth: 420
         Layout.alignment: Qt.AlignHCenter

@@ -64,7 +64,7 @@ Page {
         symbol: "trash.fill"
         text: page.screen.deleteTitle
         effect: page.screen.deleteMyAccount
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
     }
 }

@@ -56,7 +56,7 @@ Page {
         symbol: "trash.fill"
         text: page.screen.removeTitle
         effect: page.screen.removeFromFamily
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
         Layout.topMargin: Theme.within
     }

@@ -83,7 +83,7 @@ Page {
                     Layout.fillWidth: true
 
                     Label {
-                        text: page.screen.familyName ?? ""
+                        text: Look.plain(page.screen.familyName ?? "")
                         font: Theme.title
                         lineHeight: 1.1
                         maximumLineCount: 2

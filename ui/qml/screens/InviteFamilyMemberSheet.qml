@@ -54,7 +54,7 @@ Page {
         symbol: page.screen.copyIcon
         text: page.screen.copyTitle
         effect: page.screen.copyCode
-        implicitHeight: Theme.primaryTarget
+        Layout.minimumHeight: Theme.primaryTarget
         Layout.fillWidth: true
         Layout.topMargin: Theme.between
     }

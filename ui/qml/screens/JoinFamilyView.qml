@@ -74,7 +74,7 @@ Page {
             symbol: page.screen.scanIcon
             text: page.screen.scanTitle
             effect: page.screen.scanQRCode
-            implicitHeight: Theme.primaryTarget
+            Layout.minimumHeight: Theme.primaryTarget
             Layout.fillWidth: true
         }
     }
@@ -112,14 +112,14 @@ Page {
                     }
                     Label {
                         visible: page.screen.familyLine !== null
-                        text: page.screen.familyLine ?? ""
+                        text: Look.plain(page.screen.familyLine ?? "")
                         font: Theme.callout
                         lineHeight: 1.2
                         Layout.fillWidth: true
                     }
                     Label {
                         visible: page.screen.inviterLine !== null
-                        text: page.screen.inviterLine ?? ""
+                        text: Look.plain(page.screen.inviterLine ?? "")
                         font: Theme.callout
                         lineHeight: 1.2
                         Layout.fillWidth: true

@@ -73,7 +73,7 @@ Page {
 
                 first: index === 0
                 symbol: modelData.deviceIconName
-                text: modelData.deviceDisplayName
+                text: Look.plain(modelData.deviceDisplayName)
                 ink: Theme.text
                 value: modelData.deviceTypeLabel
                 effect: modelData.link

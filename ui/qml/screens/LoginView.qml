@@ -95,7 +95,7 @@ Page {
             symbol: page.screen.biometricIcon
             text: page.screen.biometricTitle
             effect: page.screen.signInWithBiometrics
-            implicitHeight: Theme.primaryTarget
+            Layout.minimumHeight: Theme.primaryTarget
             Layout.fillWidth: true
         }
         LabelledDivider {

@@ -87,6 +87,8 @@ Page {
                     font: Theme.footnoteStrong
                     color: Theme.secondaryText
                     lineHeight: 1
+                    Layout.fillWidth: true
+                    Layout.maximumWidth: implicitWidth
                     Accessible.ignored: true
                 }
                 Badge {
@@ -94,6 +96,7 @@ Page {
                     tint: Theme.orange
                     ink: Theme.warningText
                 }
+                Item { Layout.fillWidth: true }
             }
             LabelledField {
                 box.name: page.screen.addressSection

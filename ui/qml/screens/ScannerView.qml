@@ -143,7 +143,7 @@ Page {
             text: page.screen.scanAgainTitle
             symbol: "qrcode.viewfinder"
             effect: page.screen.scanAgain
-            implicitHeight: Theme.primaryTarget
+            Layout.minimumHeight: Theme.primaryTarget
             Layout.fillWidth: true
         }
     }
