@@ -1,10 +1,14 @@
 #include "tests/ui/support/ui_stage.h"
 
+#include <QAccessible>
 #include <QCoreApplication>
+#include <QPointingDevice>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QTest>
 #include <stdexcept>
+
+#include "app/appearance_manager.h"
 
 namespace quillmar::ui {
 namespace {
@@ -14,6 +18,13 @@ bool isInUse(const QQuickItem& item) { return item.isVisible() && item.opacity()
 QString shownText(const QQuickItem& item) { return item.property("text").toString(); }
 
 // Depth first, topmost drawn first.
+bool isControl(const QQuickItem& item) { return item.activeFocusOnTab(); }
+
+QPointingDevice& touchScreen() {
+  static const std::unique_ptr<QPointingDevice> device(QTest::createTouchDevice());
+  return *device;
+}
+
 QQuickItem* search(QQuickItem& item, const std::function<bool(const QQuickItem&)>& matches) {
   if (!isInUse(item)) {
     return nullptr;
@@ -41,6 +52,7 @@ std::shared_ptr<SteppedAnimations> SteppedAnimations::shared() {
 
 UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
   desktop.setWishes(options.desktop);
+  followLook();
   window_ =
       std::make_unique<Window>(application.app().contentView(), application.machine.qrEncoder, style,
                                Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt});
@@ -51,6 +63,17 @@ UiStage::UiStage(const Options& options) : application(options.stored, options.n
 }
 
 UiStage::~UiStage() = default;
+
+// The machine only records how its windows are to look.
+void UiStage::followLook() {
+  const auto apply = [this] {
+    if (!application.machine.windowStyle.styles.empty()) {
+      style.setOverrideUserInterfaceStyle(application.machine.windowStyle.styles.back());
+    }
+  };
+  apply();
+  look_ = application.environment().appearanceManager()->currentMode.onChange(apply);
+}
 
 void UiStage::settle() {
   constexpr int rounds = 8;
@@ -79,12 +102,43 @@ QQuickItem* UiStage::find(const QString& text) const {
   return search(*window().contentItem(), [&](const QQuickItem& item) { return shownText(item) == text; });
 }
 
+QQuickItem* UiStage::control(const QString& name) const {
+  return search(*window().contentItem(),
+                [&](const QQuickItem& item) { return isControl(item) && accessibleName(item) == name; });
+}
+
 QQuickItem* UiStage::focused() const { return window().activeFocusItem(); }
 
-QString UiStage::focusedName() const { return focused() ? shownText(*focused()) : QString(); }
+QString UiStage::focusedName() const { return focused() ? accessibleName(*focused()) : QString(); }
+
+void UiStage::focusOn(const QString& name) {
+  auto* const item = control(name);
+  if (!item) {
+    throw std::logic_error("no control is called \"" + name.toStdString() + "\"");
+  }
+  item->forceActiveFocus(Qt::TabFocusReason);
+  settle();
+}
+
+void UiStage::tabTo(const QString& name) {
+  constexpr int moreThanAnyScreenHas = 60;
+  for (int i = 0; i < moreThanAnyScreenHas && focusedName() != name; ++i) {
+    press(Qt::Key_Tab);
+  }
+  if (focusedName() != name) {
+    throw std::logic_error("the Tab key does not reach \"" + name.toStdString() + "\"");
+  }
+}
 
 void UiStage::press(Qt::Key key, Qt::KeyboardModifiers modifiers) {
   QTest::keyClick(&window(), key, modifiers);
+  settle();
+}
+
+void UiStage::type(const QString& text) {
+  for (const QChar letter : text) {
+    QTest::keyClick(&window(), letter.toLatin1());
+  }
   settle();
 }
 
@@ -93,12 +147,68 @@ void UiStage::click(const QString& text) {
   if (!item) {
     throw std::logic_error("nothing shows \"" + text.toStdString() + "\"");
   }
-  clickAt(item->mapToScene(item->boundingRect().center()).toPoint());
+  clickAt(middleOf(*item));
 }
 
-void UiStage::clickAt(QPoint point) {
-  QTest::mouseClick(&window(), Qt::LeftButton, Qt::NoModifier, point);
+void UiStage::clickAt(QPoint point, Qt::MouseButton button) {
+  QTest::mouseClick(&window(), button, Qt::NoModifier, point);
   settle();
+}
+
+void UiStage::drag(Pointer pointer, QPoint from, QPoint way, Ending ending) {
+  constexpr int steps = 20;
+  if (pointer == Pointer::mouse) {
+    QTest::mousePress(&window(), Qt::LeftButton, Qt::NoModifier, from);
+  } else {
+    QTest::touchEvent(&window(), &touchScreen()).press(0, from);
+  }
+  for (int step = 1; step <= steps; ++step) {
+    const QPoint at = from + way * step / steps;
+    if (pointer == Pointer::mouse) {
+      QTest::mouseMove(&window(), at);
+    } else {
+      QTest::touchEvent(&window(), &touchScreen()).move(0, at);
+    }
+  }
+  settle();
+  if (ending == Ending::letGo) {
+    letGo(pointer, from + way);
+  }
+}
+
+void UiStage::letGo(Pointer pointer, QPoint at) {
+  if (pointer == Pointer::mouse) {
+    QTest::mouseRelease(&window(), Qt::LeftButton, Qt::NoModifier, at);
+  } else {
+    QTest::touchEvent(&window(), &touchScreen()).release(0, at);
+  }
+  settle();
+}
+
+void UiStage::tap(QPoint point) { drag(Pointer::finger, point, {0, 0}); }
+
+QString accessibleName(const QQuickItem& item) {
+  auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
+  return accessible ? accessible->text(QAccessible::Name) : QString();
+}
+
+QPoint middleOf(const QQuickItem& item) { return item.mapToScene(item.boundingRect().center()).toPoint(); }
+
+QQuickItem* around(QQuickItem* item, const char* kind) {
+  while (item && !item->inherits(kind)) {
+    item = item->parentItem();
+  }
+  return item;
+}
+
+void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit) {
+  if (!isInUse(item)) {
+    return;
+  }
+  visit(item);
+  for (const auto* const child : item.childItems()) {
+    forEachShown(*child, visit);
+  }
 }
 
 }  // namespace quillmar::ui

@@ -68,17 +68,42 @@ class UiStage {
   // The first item in use that shows this text, or has it as its name; null where there is none.
   QQuickItem* find(const QString& text) const;
   bool shows(const QString& text) const { return find(text) != nullptr; }
+  // The first control in use of this name; null where there is none.
+  QQuickItem* control(const QString& name) const;
   QQuickItem* focused() const;
   // The name under which a screen reader knows the item with the focus.
   QString focusedName() const;
+  // Gives a control the focus, as the Tab key does.
+  void focusOn(const QString& name);
+  // Presses Tab until this control has the focus.
+  void tabTo(const QString& name);
 
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+  void type(const QString& text);
   void click(const QString& text);
-  void clickAt(QPoint point);
+  void clickAt(QPoint point, Qt::MouseButton button = Qt::LeftButton);
+  // Presses at the point, goes `way` in small steps, and lets go unless told to hold on.
+  enum class Pointer { mouse, finger };
+  enum class Ending { letGo, holdOn };
+  void drag(Pointer pointer, QPoint from, QPoint way, Ending ending = Ending::letGo);
+  void letGo(Pointer pointer, QPoint at);
+  void tap(QPoint point);
 
  private:
+  void followLook();
+
   const std::shared_ptr<SteppedAnimations> animations_ = SteppedAnimations::shared();
   std::unique_ptr<Window> window_;
+  Subscription look_;
 };
+
+// The name under which a screen reader knows an item; empty where it knows none.
+QString accessibleName(const QQuickItem& item);
+// The middle of an item, in its window.
+QPoint middleOf(const QQuickItem& item);
+// The item that `item` is, or stands in, of this kind; null where there is none.
+QQuickItem* around(QQuickItem* item, const char* kind);
+// The item itself and all that stands in it, hidden ones left out.
+void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit);
 
 }  // namespace quillmar::ui

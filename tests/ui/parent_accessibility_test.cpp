@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <algorithm>
+#include <string>
+
+#include "programs/pictures/scenes.h"
+#include "tests/ui/support/ui_stage.h"
+
+namespace quillmar {
+
+inline void PrintTo(const Shot& shot, std::ostream* out) { *out << shot.name; }
+
+namespace ui {
+namespace {
+
+// Every state of every screen of a parent is for everyone.
+class ParentAccessibility : public testing::TestWithParam<Shot> {
+ protected:
+  static void play(UiStage& stage) {
+    GetParam().play(stage);
+    stage.settle();
+  }
+  static UiStage::Options options(double textScale) {
+    return {
+        .stored = GetParam().stored, .size = {390, 844}, .desktop = {.dark = false, .textScale = textScale}};
+  }
+  static void checkControls(UiStage& stage) {
+    int controls = 0;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+      const bool isPressable = item.inherits("QQuickAbstractButton");
+      if (!item.activeFocusOnTab() && !isPressable) {
+        return;
+      }
+      auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
+      ASSERT_NE(accessible, nullptr) << item.metaObject()->className();
+      const auto name = accessible->text(QAccessible::Name).toStdString();
+      EXPECT_FALSE(name.empty()) << item.metaObject()->className();
+      EXPECT_NE(accessible->role(), QAccessible::NoRole) << name;
+      EXPECT_NE(accessible->role(), QAccessible::Client) << name;
+      EXPECT_GE(item.height(), 44) << name;
+      EXPECT_GE(item.width(), 44) << name;
+      ++controls;
+    });
+    EXPECT_GE(controls, 1);
+  }
+  // A text has the room that it needs, or shows by an ellipsis that there is more of it.
+  static void checkTexts(UiStage& stage) {
+    // There the rows are meant to stand beyond the edge.
+    const bool isDrawnAside = GetParam().name == "child-swiped";
+    constexpr int noEllipsis = Qt::ElideNone;
+    constexpr double pixel = 1;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+      if (!item.inherits("QQuickText") || item.property("text").toString().isEmpty()) {
+        return;
+      }
+      const auto text = item.property("text").toString().left(60).toStdString();
+      const double width = item.property("contentWidth").toDouble();
+      EXPECT_LE(width, item.width() + pixel) << text;
+      if (isDrawnAside && around(item.parentItem(), "QQuickFlickable")) {
+        return;
+      }
+      EXPECT_GE(item.mapToScene({0, 0}).x(), -pixel) << text;
+      EXPECT_LE(item.mapToScene({std::min(width, item.width()), 0}).x(), stage.window().width() + pixel)
+          << text;
+      if (item.property("elide").toInt() == noEllipsis) {
+        EXPECT_FALSE(item.property("truncated").toBool()) << text;
+      }
+      if (auto* const control = around(item.parentItem(), "QQuickAbstractButton")) {
+        const QRectF room = control->boundingRect().adjusted(-pixel, -pixel, pixel, pixel);
+        const QPointF top = item.mapToItem(control, {0, 0});
+        EXPECT_GE(top.y(), room.top()) << text;
+        EXPECT_LE(top.y() + std::min(item.property("contentHeight").toDouble(), item.height()), room.bottom())
+            << text;
+      }
+    });
+  }
+};
+
+TEST_P(ParentAccessibility, every_control_has_a_name_a_role_and_room_to_be_hit) {
+  UiStage stage(options(1));
+  play(stage);
+  checkControls(stage);
+}
+
+TEST_P(ParentAccessibility, no_text_of_twice_the_size_is_cut_off) {
+  UiStage stage(options(2));
+  play(stage);
+  checkControls(stage);
+  checkTexts(stage);
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenes, ParentAccessibility, testing::ValuesIn(parentScenes()),
+                         [](const auto& scene) {
+                           std::string name = scene.param.name;
+                           std::ranges::replace(name, '-', '_');
+                           return name;
+                         });
+
+}  // namespace
+}  // namespace ui
+}  // namespace quillmar

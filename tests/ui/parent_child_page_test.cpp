@@ -1,0 +1,410 @@
+#include <gtest/gtest.h>
+
+#include <QPointer>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <chrono>
+#include <string>
+
+#include "tests/ui/support/parent_stage.h"
+
+namespace quillmar::ui {
+namespace {
+
+using namespace std::chrono_literals;
+using Pointer = UiStage::Pointer;
+
+// What every change of the policy is answered with: the sites stay as they are.
+constexpr auto policy =
+    R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":["games.example","video.example"],"allowed_domains":["school.example","Library.example.org"],"created_at":"c","updated_at":"u"})";
+
+constexpr auto allowCall = "POST /children/c1/policy/allow";
+constexpr auto blockCall = "POST /children/c1/policy/block";
+constexpr auto removeCall = "DELETE /children/c1/policy/allow/Library.example.org";
+
+// A window so high that nothing has to scroll.
+struct ParentChildPage : testing::Test {
+  explicit ParentChildPage(QSize size = {390, 2600}) : stage({.stored = signedInParent(), .size = size}) {
+    openChild(stage);
+    http().forgetRequests();
+    http().answerAlways("PUT", "/children/c1/policy", 200, policy);
+    for (const auto* const list : {"/allow", "/block"}) {
+      http().answerAlways("POST", std::string("/children/c1/policy") + list, 200, policy);
+    }
+    http().answerAlways("DELETE", "/children/c1/policy/allow/Library.example.org", 200, policy);
+  }
+
+  UiStage stage;
+
+  ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
+  ScriptedHttpSession& http() { return stage.application.machine.http; }
+  // Requests that change something.
+  std::vector<std::string> changes() {
+    std::vector<std::string> calls = http().calls();
+    std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
+    return calls;
+  }
+  void choose(ChildDetailTab tab) {
+    screen().selectedTab = tab;
+    stage.settle();
+    http().forgetRequests();
+  }
+  QQuickItem& row(const QString& name) {
+    auto* const item = stage.control(name);
+    if (!item) {
+      throw std::logic_error("no row is called " + name.toStdString());
+    }
+    return *item;
+  }
+  RecentActivityRow& gamesRow() {
+    for (std::size_t i = 0; i < screen().recentActivityRows.size(); ++i) {
+      if (screen().recentActivityRows[i].site() == "games.example") {
+        return screen().recentActivityRows[i];
+      }
+    }
+    throw std::logic_error("no such row");
+  }
+  // How far the row's face has followed.
+  static double shift(const QQuickItem& item) {
+    for (const auto* const child : item.childItems()) {
+      if (child->inherits("QQuickMouseArea")) {
+        return child->x();
+      }
+    }
+    throw std::logic_error("not a row that can be drawn aside");
+  }
+};
+
+class GestureTest : public ParentChildPage, public testing::WithParamInterface<Pointer> {
+ protected:
+  void drag(const QString& name, QPoint way, UiStage::Ending ending = UiStage::Ending::letGo) {
+    stage.drag(GetParam(), middleOf(row(name)), way, ending);
+  }
+};
+
+TEST_P(GestureTest, a_site_is_not_allowed_at_80_points_and_is_at_81) {
+  drag("games.example", {80, 0});
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  EXPECT_EQ(shift(row("games.example")), 0) << "the row stuck";
+  drag("games.example", {81, 0});
+  EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
+  EXPECT_EQ(shift(row("games.example")), 0) << "the row stuck";
+}
+
+TEST_P(GestureTest, a_row_follows_the_drag_and_shows_what_it_would_do) {
+  EXPECT_FALSE(stage.shows("Allow"));
+  drag("games.example", {60, 0}, UiStage::Ending::holdOn);
+  EXPECT_EQ(shift(row("games.example")), 60);
+  EXPECT_TRUE(stage.shows("Allow"));
+  stage.letGo(GetParam(), middleOf(row("games.example")) + QPoint(60, 0));
+  EXPECT_FALSE(stage.shows("Allow"));
+}
+
+TEST_P(GestureTest, a_steep_drag_does_not_move_a_row) {
+  drag("games.example", {100, 50}, UiStage::Ending::holdOn);
+  EXPECT_EQ(shift(row("games.example")), 0);
+  stage.letGo(GetParam(), middleOf(row("games.example")) + QPoint(100, 50));
+  EXPECT_EQ(changes(), std::vector<std::string>());
+
+  drag("games.example", {100, 49});
+  EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
+}
+
+TEST_P(GestureTest, a_drag_the_wrong_way_does_nothing) {
+  drag("games.example", {-120, 0}, UiStage::Ending::holdOn);
+  EXPECT_EQ(shift(row("games.example")), 0);
+  stage.letGo(GetParam(), middleOf(row("games.example")) - QPoint(120, 0));
+  EXPECT_EQ(changes(), std::vector<std::string>());
+}
+
+TEST_P(GestureTest, a_site_that_is_allowed_already_neither_moves_nor_fires) {
+  drag("school.example", {120, 0}, UiStage::Ending::holdOn);
+  EXPECT_EQ(shift(row("school.example")), 0);
+  stage.letGo(GetParam(), middleOf(row("school.example")) + QPoint(120, 0));
+  EXPECT_EQ(changes(), std::vector<std::string>());
+}
+
+TEST_P(GestureTest, a_visited_site_is_blocked_by_more_than_80_points_to_the_right) {
+  choose(ChildDetailTab::sitesAllowed);
+  drag("example.co.uk", {80, 0});
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  drag("example.co.uk", {81, 0});
+  EXPECT_EQ(changes(), std::vector<std::string>{blockCall});
+}
+
+TEST_P(GestureTest, a_site_allowed_for_good_is_removed_by_more_than_80_points_to_the_left) {
+  choose(ChildDetailTab::sitesAllowed);
+  drag("Library.example.org", {-80, 0});
+  drag("Library.example.org", {120, 0});
+  drag("Library.example.org", {-90, 90});
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  drag("Library.example.org", {-81, 0});
+  EXPECT_EQ(changes(), std::vector<std::string>{removeCall});
+}
+
+TEST_P(GestureTest, an_open_device_shows_a_button_that_asks_before_it_unlinks) {
+  drag("Mia's phone", {-150, 0});
+  ASSERT_EQ(shift(row("Mia's phone")), -80);
+  stage.drag(GetParam(), middleOf(*stage.find("Unlink")), {0, 0});
+  EXPECT_TRUE(stage.shows("Unlink Device?"));
+  EXPECT_EQ(shift(row("Mia's phone")), 0);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  stage.click("Cancel");
+  EXPECT_FALSE(stage.shows("Unlink Device?"));
+}
+
+TEST_P(GestureTest, the_second_of_two_quick_drags_counts_like_the_first) {
+  for (int i = 0; i < 2; ++i) {
+    drag("games.example", {81, 0});
+  }
+  EXPECT_EQ(changes(), (std::vector<std::string>{allowCall, allowCall}));
+}
+
+TEST_P(GestureTest, a_tick_keeps_the_row_that_is_held) {
+  drag("games.example", {60, 0}, UiStage::Ending::holdOn);
+  const QPointer<QQuickItem> held = &row("games.example");
+  const auto now = stage.application.machine.dispatch.now();
+  for (const auto* id : {"d1", "d2", "d3", "d4", "d5"}) {
+    http().answerAlways("GET", "/devices/" + std::string(id) + "/logs", 200,
+                        R"({"logs":[)" + logJson(9, "new.example", false, now) + "," +
+                            logJson(8, "cdn.games.example", true, now - 5s) + "]}");
+  }
+  stage.advance(2s);
+  ASSERT_TRUE(stage.shows("new.example"));
+  ASSERT_FALSE(stage.shows("video.example") && stage.control("video.example"));
+  ASSERT_FALSE(held.isNull());
+  EXPECT_EQ(stage.control("games.example"), held);
+  EXPECT_EQ(shift(*held), 60);
+  EXPECT_EQ(gamesRow().offset(), 60);
+  stage.letGo(GetParam(), middleOf(*held) + QPoint(81, 0));
+  EXPECT_EQ(shift(*held), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Pointers, GestureTest, testing::Values(Pointer::mouse, Pointer::finger),
+                         [](const auto& pointer) {
+                           return std::string(pointer.param == Pointer::mouse ? "mouse" : "finger");
+                         });
+
+class ScrollTest : public ParentChildPage, public testing::WithParamInterface<Pointer> {
+ protected:
+  ScrollTest() : ParentChildPage({390, 844}) {}
+  double place() {
+    return around(stage.control("Mia's phone"), "QQuickFlickable")->property("contentY").toDouble();
+  }
+};
+
+TEST_P(ScrollTest, a_drag_up_or_down_over_a_row_scrolls_the_page) {
+  const double before = place();
+  stage.drag(GetParam(), middleOf(row("Mia's phone")), {0, -150});
+  EXPECT_GT(place(), before + 50);
+  EXPECT_EQ(shift(row("Mia's phone")), 0);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+}
+
+TEST_P(ScrollTest, a_row_that_moves_keeps_the_page_where_it_is) {
+  const double before = place();
+  stage.drag(GetParam(), middleOf(row("Mia's phone")), {-100, -20});
+  EXPECT_EQ(place(), before);
+  EXPECT_EQ(shift(row("Mia's phone")), -80);
+}
+
+TEST_P(ScrollTest, a_tick_does_not_scroll) {
+  stage.focusOn("games.example");
+  const double before = place();
+  ASSERT_GT(before, 0);
+  stage.advance(20s);
+  EXPECT_EQ(place(), before);
+  EXPECT_EQ(stage.focusedName(), "games.example");
+}
+
+INSTANTIATE_TEST_SUITE_P(Pointers, ScrollTest, testing::Values(Pointer::mouse, Pointer::finger));
+
+// Each way to a row's context menu.
+struct Opening {
+  const char* name;
+  std::function<void(UiStage&, const QQuickItem&)> act;
+};
+void PrintTo(const Opening& opening, std::ostream* out) { *out << opening.name; }
+
+class ContextMenuTest : public ParentChildPage, public testing::WithParamInterface<Opening> {
+ protected:
+  void open(const QString& name) {
+    stage.focusOn(name);
+    GetParam().act(stage, row(name));
+  }
+};
+
+TEST_P(ContextMenuTest, does_what_a_swipe_does) {
+  open("games.example");
+  ASSERT_TRUE(stage.shows("Allow"));
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  stage.press(Qt::Key_Down);
+  EXPECT_EQ(stage.focusedName(), "Allow");
+  stage.press(Qt::Key_Return);
+  EXPECT_FALSE(stage.shows("Allow"));
+  EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
+  EXPECT_EQ(stage.focusedName(), "games.example");
+}
+
+TEST_P(ContextMenuTest, closes_by_escape_with_nothing_done) {
+  open("Tablet");
+  ASSERT_TRUE(stage.shows("Unlink"));
+  stage.press(Qt::Key_Escape);
+  EXPECT_FALSE(stage.shows("Unlink"));
+  EXPECT_FALSE(stage.shows("Unlink Device?"));
+  EXPECT_EQ(stage.focusedName(), "Tablet");
+}
+
+TEST_P(ContextMenuTest, acts_by_a_click) {
+  open("Tablet");
+  stage.click("Unlink");
+  EXPECT_TRUE(stage.shows("Unlink Device?"));
+}
+
+TEST_P(ContextMenuTest, stays_away_where_there_is_nothing_to_do) {
+  open("school.example");
+  EXPECT_FALSE(stage.shows("Allow"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Openings, ContextMenuTest,
+                         testing::Values(Opening{"right button",
+                                                 [](UiStage& stage, const QQuickItem& row) {
+                                                   stage.clickAt(middleOf(row), Qt::RightButton);
+                                                 }},
+                                         Opening{"menu key",
+                                                 [](UiStage& stage, const QQuickItem& /*row*/) {
+                                                   stage.press(Qt::Key_Menu);
+                                                 }},
+                                         Opening{"Shift-F10", [](UiStage& stage, const QQuickItem& /*row*/) {
+                                                   stage.press(Qt::Key_F10, Qt::ShiftModifier);
+                                                 }}));
+
+TEST_F(ParentChildPage, rows_act_by_their_key_once) {
+  stage.focusOn("games.example");
+  stage.press(Qt::Key_Delete);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
+
+  stage.focusOn("Mia's phone");
+  stage.press(Qt::Key_Return);
+  EXPECT_FALSE(stage.shows("Unlink Device?"));
+  stage.press(Qt::Key_Delete);
+  ASSERT_TRUE(stage.shows("Unlink Device?"));
+  EXPECT_EQ(stage.focusedName(), "Cancel");
+  stage.press(Qt::Key_Escape);
+  EXPECT_EQ(stage.focusedName(), "Mia's phone");
+
+  choose(ChildDetailTab::sitesAllowed);
+  stage.focusOn("example.co.uk");
+  stage.press(Qt::Key_Enter);
+  EXPECT_EQ(changes(), std::vector<std::string>{blockCall});
+  http().forgetRequests();
+  stage.focusOn("Library.example.org");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  stage.press(Qt::Key_Delete);
+  EXPECT_EQ(changes(), std::vector<std::string>{removeCall});
+}
+
+TEST_F(ParentChildPage, a_site_that_is_allowed_already_does_not_answer_to_its_key) {
+  stage.focusOn("school.example");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+}
+
+TEST_F(ParentChildPage, the_tabs_are_one_stop_and_turn_by_the_arrow_keys) {
+  stage.focusOn("Sites Blocked");
+  stage.focusOn("Real-Time");
+  stage.press(Qt::Key_Right);
+  EXPECT_EQ(screen().selectedTab(), ChildDetailTab::sitesBlocked);
+  EXPECT_EQ(stage.focusedName(), "Sites Blocked");
+  stage.press(Qt::Key_Right);
+  EXPECT_EQ(screen().selectedTab(), ChildDetailTab::sitesAllowed);
+  EXPECT_EQ(stage.focusedName(), "Sites Allowed");
+  EXPECT_TRUE(stage.shows("Sites Visited"));
+  stage.press(Qt::Key_Right);
+  EXPECT_EQ(screen().selectedTab(), ChildDetailTab::realTime);
+  stage.press(Qt::Key_Left);
+  EXPECT_EQ(screen().selectedTab(), ChildDetailTab::sitesAllowed);
+}
+
+TEST_F(ParentChildPage, the_chips_are_walked_by_the_arrow_keys_and_chosen_by_a_press) {
+  choose(ChildDetailTab::sitesBlocked);
+  stage.focusOn("Last 5 min");
+  stage.press(Qt::Key_Right);
+  EXPECT_EQ(stage.focusedName(), "Last Hour");
+  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::realTime) << "walking is not choosing";
+  stage.press(Qt::Key_Space);
+  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::lastHour);
+  EXPECT_EQ(stage.focusedName(), "Last Hour");
+  stage.press(Qt::Key_Right);
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::today);
+  stage.press(Qt::Key_Left);
+  EXPECT_EQ(stage.focusedName(), "Last Hour");
+  EXPECT_TRUE(stage.control("Today")->property("current").toBool());
+}
+
+TEST_F(ParentChildPage, the_toggle_calls_once_for_each_flip) {
+  stage.focusOn("Block the Internet");
+  stage.press(Qt::Key_Space);
+  EXPECT_TRUE(screen().isBlocked());
+  EXPECT_EQ(changes(), std::vector<std::string>{"PUT /children/c1/policy"});
+  EXPECT_TRUE(stage.focused()->property("checked").toBool());
+  stage.press(Qt::Key_Return);
+  EXPECT_FALSE(screen().isBlocked());
+  EXPECT_EQ(changes().size(), 2U);
+  stage.tap(middleOf(*stage.control("Block the Internet")));
+  EXPECT_TRUE(screen().isBlocked());
+  EXPECT_EQ(changes().size(), 3U);
+}
+
+TEST_F(ParentChildPage, the_toggle_follows_its_model_after_it_was_flipped_by_hand) {
+  stage.focusOn("Block the Internet");
+  stage.press(Qt::Key_Space);
+  screen().isBlocked = false;
+  stage.settle();
+  EXPECT_FALSE(stage.focused()->property("checked").toBool());
+}
+
+TEST_F(ParentChildPage, a_site_is_added_by_its_button_only) {
+  stage.focusOn("Add allowed site (e.g., example.com)");
+  stage.press(Qt::Key_Tab);
+  EXPECT_NE(stage.focusedName(), "Add") << "there is nothing to add yet";
+  stage.focusOn("Add allowed site (e.g., example.com)");
+  stage.type("new.example");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(changes(), std::vector<std::string>());
+  stage.press(Qt::Key_Tab);
+  EXPECT_EQ(stage.focusedName(), "Add");
+  stage.press(Qt::Key_Space);
+  EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
+}
+
+struct Way {
+  const char* control;
+  const char* shows;
+};
+void PrintTo(const Way& way, std::ostream* out) { *out << way.control; }
+
+class ChildSheetTest : public ParentChildPage, public testing::WithParamInterface<Way> {};
+
+TEST_P(ChildSheetTest, opens_closes_and_gives_the_focus_back) {
+  stage.focusOn(GetParam().control);
+  for (const bool byKey : {true, false}) {
+    stage.press(Qt::Key_Return);
+    ASSERT_TRUE(stage.shows(GetParam().shows));
+    byKey ? stage.press(Qt::Key_Escape) : stage.click("Cancel");
+    EXPECT_FALSE(stage.shows(GetParam().shows));
+    EXPECT_EQ(stage.focusedName(), GetParam().control);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sheets, ChildSheetTest,
+                         testing::Values(Way{"Edit name", "Child Name"},
+                                         Way{"Link Device", "Link Existing Device"},
+                                         Way{"Delete Child Profile", "Delete Mia?"}));
+
+}  // namespace
+}  // namespace quillmar::ui

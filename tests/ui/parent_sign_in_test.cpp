@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <string>
+
+#include "identity/auth_state.h"
+#include "tests/ui/support/parent_stage.h"
+
+namespace quillmar::ui {
+namespace {
+
+constexpr auto account = R"({"token":"t1","parent_id":"p1","email":"ann@example.com","name":"Ann Lee"})";
+
+struct ParentSignIn : testing::Test {
+  UiStage stage{{.stored = asParent()}};
+
+  LoginView& login() { return stage.application.screen<LoginView>(); }
+  ScriptedHttpSession& http() { return stage.application.machine.http; }
+  std::size_t logins() { return http().count("POST", "/auth/login"); }
+  bool isSignedIn() { return stage.application.environment().authState()->isLoggedIn(); }
+  void fillIn() {
+    login().email = std::string("ann@example.com");
+    login().password = std::string("secret");
+    stage.settle();
+  }
+};
+
+TEST_F(ParentSignIn, goes_from_control_to_control_in_the_order_that_is_read) {
+  fillIn();
+  for (const auto* name : {"Email", "Password", "Show password", "Remember me", "Sign In", "Sign Up",
+                           "Join Existing Family", "Email"}) {
+    EXPECT_EQ(stage.focusedName(), name);
+    stage.press(Qt::Key_Tab);
+  }
+  stage.press(Qt::Key_Backtab);
+  stage.press(Qt::Key_Backtab);
+  EXPECT_EQ(stage.focusedName(), "Join Existing Family");
+}
+
+TEST_F(ParentSignIn, is_done_by_the_keyboard_alone) {
+  http().answer("POST", "/auth/login", 200, account);
+  stage.type("ann@example.com");
+  EXPECT_EQ(login().email(), "ann@example.com");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(stage.focusedName(), "Password");
+  stage.type("secret");
+  stage.tabTo("Remember me");
+  stage.press(Qt::Key_Space);
+  EXPECT_TRUE(login().rememberMe());
+  stage.press(Qt::Key_Return);
+  EXPECT_FALSE(login().rememberMe());
+  EXPECT_EQ(logins(), 0U);
+
+  stage.press(Qt::Key_Backtab);
+  stage.press(Qt::Key_Backtab);
+  EXPECT_EQ(stage.focusedName(), "Password");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(logins(), 1U);
+  EXPECT_TRUE(isSignedIn());
+  EXPECT_TRUE(stage.shows("My Family"));
+  EXPECT_FALSE(stage.shows("Remember me"));
+}
+
+TEST_F(ParentSignIn, says_what_is_ticked) {
+  auto* const box = stage.control("Remember me");
+  ASSERT_NE(box, nullptr);
+  EXPECT_FALSE(box->property("checked").toBool());
+  stage.click("Remember me");
+  EXPECT_TRUE(login().rememberMe());
+  EXPECT_TRUE(box->property("checked").toBool());
+}
+
+TEST_F(ParentSignIn, a_button_out_of_use_is_skipped_and_does_nothing) {
+  login().email = std::string("ann");
+  login().password = std::string("secret");
+  stage.settle();
+  stage.click("Sign In");
+  EXPECT_EQ(logins(), 0U);
+  stage.tabTo("Remember me");
+  stage.press(Qt::Key_Tab);
+  EXPECT_EQ(stage.focusedName(), "Sign Up");
+
+  stage.tabTo("Password");
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(logins(), 0U);
+}
+
+class KeyTest : public ParentSignIn, public testing::WithParamInterface<Qt::Key> {};
+
+TEST_P(KeyTest, a_button_that_goes_out_of_use_under_the_keyboard_does_nothing) {
+  fillIn();
+  stage.tabTo("Sign In");
+  login().password = std::string();
+  stage.settle();
+  stage.press(GetParam());
+  EXPECT_EQ(logins(), 0U);
+
+  fillIn();
+  EXPECT_EQ(stage.focusedName(), "Sign In") << "the keyboard's place is lost";
+  http().hold();
+  stage.press(GetParam());
+  EXPECT_EQ(logins(), 1U);
+  stage.press(GetParam());
+  stage.click("Sign Up");
+  stage.press(Qt::Key_Escape);
+  stage.press(GetParam());
+  EXPECT_EQ(logins(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, KeyTest, testing::Values(Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter));
+
+class SignInAlertTest : public ParentSignIn, public testing::WithParamInterface<Qt::Key> {};
+
+TEST_P(SignInAlertTest, gives_the_focus_back_to_the_control_it_came_from) {
+  fillIn();
+  for (const auto* origin : {"Password", "Sign In"}) {
+    http().answer("POST", "/auth/login", 500, R"({"error":"Busy, try later"})");
+    stage.tabTo(origin);
+    stage.press(Qt::Key_Return);
+    ASSERT_TRUE(stage.shows("Busy, try later"));
+    EXPECT_EQ(stage.focusedName(), "OK");
+    stage.press(Qt::Key_Tab);
+    EXPECT_EQ(stage.focusedName(), "OK") << "the keyboard left the alert";
+    stage.press(GetParam());
+    EXPECT_FALSE(stage.shows("Busy, try later"));
+    EXPECT_FALSE(login().showError());
+    EXPECT_EQ(stage.focusedName(), origin);
+    EXPECT_EQ(login().password(), "secret");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, SignInAlertTest,
+                         testing::Values(Qt::Key_Escape, Qt::Key_Return, Qt::Key_Space));
+
+TEST_F(ParentSignIn, the_password_is_hidden_until_it_is_asked_for) {
+  fillIn();
+  auto* const box = stage.control("Password");
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(box->property("displayText").toString(), QString(6, QChar(0x25CF)));
+  stage.tabTo("Show password");
+  stage.press(Qt::Key_Space);
+  EXPECT_EQ(box->property("displayText").toString(), "secret");
+  EXPECT_EQ(stage.focusedName(), "Hide password");
+  stage.click("Hide password");
+  EXPECT_NE(box->property("displayText").toString(), "secret");
+  EXPECT_EQ(login().password(), "secret");
+}
+
+struct Registration : ParentSignIn {
+  Registration() {
+    stage.tabTo("Sign Up");
+    stage.press(Qt::Key_Return);
+  }
+  RegisterView& form() { return stage.application.screen<RegisterView>(); }
+};
+
+TEST_F(Registration, tells_at_once_that_two_passwords_differ) {
+  form().name = std::string("Ann");
+  stage.tabTo("Password");
+  stage.type("abcdefg8!");
+  stage.tabTo("Confirm Password");
+  stage.type("a");
+  EXPECT_TRUE(stage.shows("Passwords do not match"));
+  stage.press(Qt::Key_Return);
+  stage.click("Create Account");
+  EXPECT_EQ(http().count("POST", "/auth/register"), 0U);
+}
+
+TEST_F(Registration, is_closed_by_its_button_and_by_escape) {
+  stage.type("Ann");
+  stage.click("Close");
+  EXPECT_FALSE(login().showRegister());
+  EXPECT_FALSE(stage.shows("Full Name"));
+  EXPECT_EQ(stage.focusedName(), "Sign Up");
+
+  stage.press(Qt::Key_Return);
+  ASSERT_TRUE(stage.shows("Full Name"));
+  EXPECT_EQ(form().name(), "");
+  stage.tabTo("Close");
+  stage.press(Qt::Key_Space);
+  EXPECT_FALSE(login().showRegister());
+
+  stage.press(Qt::Key_Return);
+  stage.press(Qt::Key_Escape);
+  EXPECT_FALSE(login().showRegister());
+  EXPECT_FALSE(stage.shows("Full Name"));
+  EXPECT_EQ(stage.focusedName(), "Sign Up");
+}
+
+struct Joining : ParentSignIn {
+  Joining() {
+    stage.tabTo("Join Existing Family");
+    stage.press(Qt::Key_Return);
+  }
+  JoinFamilyView& join() { return stage.application.screen<JoinFamilyView>(); }
+  QString code() { return stage.focused()->property("text").toString(); }
+  int cursor() { return stage.focused()->property("cursorPosition").toInt(); }
+};
+
+TEST_F(Joining, letters_show_in_upper_case_and_the_cursor_stays_where_it_was) {
+  ASSERT_EQ(stage.focusedName(), "Invite Code");
+  stage.type("ab1");
+  EXPECT_EQ(code(), "AB1");
+  EXPECT_EQ(cursor(), 3);
+  stage.press(Qt::Key_Home);
+  stage.press(Qt::Key_Right);
+  stage.type("xy");
+  EXPECT_EQ(code(), "AXYB1");
+  EXPECT_EQ(cursor(), 3);
+  stage.press(Qt::Key_Backspace);
+  EXPECT_EQ(code(), "AXB1");
+  EXPECT_EQ(cursor(), 2);
+  EXPECT_EQ(join().inviteCode(), "AXB1");
+}
+
+TEST_F(Joining, a_code_too_short_is_not_sent_and_a_good_one_leads_on) {
+  stage.type("ab12c");
+  stage.press(Qt::Key_Return);
+  stage.click("Validate Code");
+  EXPECT_EQ(http().count("GET", "/family/invite/AB12C"), 0U);
+
+  http().answer("GET", "/family/invite/AB12CD", 200, R"({"valid":true,"family_name":"The Wells Family"})");
+  stage.type("d");
+  stage.press(Qt::Key_Return);
+  EXPECT_TRUE(stage.shows("Create Your Account"));
+  EXPECT_EQ(stage.focusedName(), "Your Name");
+}
+
+TEST_F(Joining, is_closed_by_cancel_and_by_escape) {
+  stage.click("Cancel");
+  EXPECT_FALSE(login().showJoinFamily());
+  EXPECT_EQ(stage.focusedName(), "Join Existing Family");
+  stage.press(Qt::Key_Return);
+  stage.press(Qt::Key_Escape);
+  EXPECT_FALSE(login().showJoinFamily());
+  EXPECT_FALSE(stage.shows("Invite Code"));
+}
+
+}  // namespace
+}  // namespace quillmar::ui
