@@ -155,6 +155,21 @@ struct Registration : ParentSignIn {
   RegisterView& form() { return stage.application.screen<RegisterView>(); }
 };
 
+TEST_F(Registration, is_filled_in_from_field_to_field_and_sent_by_return) {
+  http().answer("POST", "/auth/register", 200, account);
+  EXPECT_EQ(stage.focusedName(), "Full Name");
+  for (const auto* text : {"Ann Lee", "ann@example.com", "+61 412 345 678", "abcdefg8!", "abcdefg8!"}) {
+    stage.type(text);
+    stage.press(Qt::Key_Return);
+  }
+  ASSERT_EQ(http().count("POST", "/auth/register"), 1U);
+  const std::string sent = *http().requests("POST", "/auth/register").back().body;
+  EXPECT_NE(sent.find(R"("email":"ann@example.com")"), std::string::npos) << sent;
+  EXPECT_NE(sent.find(R"("phone":"+61 412 345 678")"), std::string::npos) << sent;
+  EXPECT_TRUE(isSignedIn());
+  EXPECT_TRUE(stage.shows("My Family"));
+}
+
 TEST_F(Registration, tells_at_once_that_two_passwords_differ) {
   form().name = std::string("Ann");
   stage.tabTo("Password");

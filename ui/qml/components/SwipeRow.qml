@@ -147,8 +147,6 @@ FocusScope {
             finish()
         }
         onCanceled: finish()
-        // Without it the second of two quick touches would be taken away.
-        onDoubleClicked: mouse => mouse.accepted = true
         onPressAndHold: mouse => {
             if (!swipe.dragging && mouse.source !== Qt.MouseEventNotSynthesized) {
                 swipe.openMenu(mouse.x, mouse.y)
