@@ -72,6 +72,7 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   qml_register_types_Quillmar();
   parts_ = std::make_unique<Parts>(root, qrEncoder, style, std::move(options));
   auto& engine = parts_->engine;
+  engine.setCameraFrames(parts_->options.cameraFrames);
   engine.addImportPath(QStringLiteral("qrc:/"));
   QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Quillmar/Main.qml")));
   parts_->window.reset(component.createWithInitialProperties(

@@ -14,6 +14,7 @@ class QREncoder;
 namespace quillmar::ui {
 
 class BiometricPrompt;
+class CameraFrames;
 class ModelBridge;
 class PermissionPrompt;
 class QtWindowStyle;
@@ -29,6 +30,8 @@ class Window {
     PermissionPrompt* permissionPrompt = nullptr;
     // Shown while the machine's reader waits for a finger.
     BiometricPrompt* biometricPrompt = nullptr;
+    // What the camera sees, where there may be one.
+    CameraFrames* cameraFrames = nullptr;
   };
 
   Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle& style, Options options);

@@ -62,7 +62,8 @@ int runWindow(const Options& options, quillmar::SingleInstance& instance) {
       app.contentView(), machine.qrEncoder(), machine.windowStyle(),
       {.geometryFile = QString::fromStdString((options.dataDirectory / "window.ini").string()),
        .permissionPrompt = &machine.permissionPrompt(),
-       .biometricPrompt = &machine.biometricPrompt()});
+       .biometricPrompt = &machine.biometricPrompt(),
+       .cameraFrames = &machine.cameraFrames()});
   const quillmar::ui::QtScenePhase phases(window.quickWindow(), [&app](WindowPhase phase) {
     app.setScenePhase(scenePhase(phase));
     if (phase == WindowPhase::active) {
