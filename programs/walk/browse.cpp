@@ -12,15 +12,15 @@
 
 namespace {
 
-constexpr auto names = std::to_array<const char*>({"www.school.example", "cdn.games.example",
-                                                   "api.messages.example.co.uk", "video.example",
-                                                   "news.example", "library.example.org"});
+constexpr auto names =
+    std::to_array<const char*>({"www.school.example", "cdn.games.example", "api.messages.example.co.uk",
+                                "video.example", "news.example", "library.example.org"});
 constexpr int everyMilliseconds = 3000;
 
 }  // namespace
 
-// Plays the child at a demonstration: as soon as the installation in a data directory is enrolled, it asks the
-// device's own endpoint for one name after another, as the tunnel would.
+// Plays the child at a demonstration: as soon as the installation in a data directory is enrolled, it asks
+// the device's own endpoint for one name after another, as the tunnel would.
 int main(int count, char** arguments) {
   const QCoreApplication application(count, arguments);
   QCommandLineParser parser;
