@@ -71,7 +71,8 @@ int run() {
     for (const auto& device : devices) {
       const auto& body = bare.fetch(*service->baseURL() + "/devices/" + device + "/logs?limit=" +
                                     std::to_string(limit / devices.size()) + "&since=2000-01-01T00:00:00Z");
-      for (const auto entry : parser.parse(body)["logs"].get_array().value()) {
+      const simdjson::dom::array logs = parser.parse(body)["logs"];
+      for (const auto entry : logs) {
         entries += entry["domain"].get_string().value().size();
       }
     }
