@@ -26,7 +26,8 @@ ColumnLayout {
             font: Theme.subtitle
             lineHeight: 1.1
             Layout.fillWidth: true
-            Layout.maximumWidth: title.alone ? Number.POSITIVE_INFINITY : implicitWidth
+            // Layouts deal in whole points; a part of one less would break the line.
+            Layout.maximumWidth: title.alone ? Number.POSITIVE_INFINITY : Math.ceil(implicitWidth) + 1
             Accessible.role: Accessible.Heading
         }
         Badge {
