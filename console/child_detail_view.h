@@ -45,6 +45,7 @@ inline constexpr auto wire<ChoiceItem> = record(required("title", &ChoiceItem::t
 template <RawEnum E>
 std::vector<ChoiceItem> choiceItems(E selected) {
   std::vector<ChoiceItem> items;
+  items.reserve(rawNames<E>.size());
   for (const auto& [choice, title] : rawNames<E>) {
     items.push_back({std::string(title), choice == selected});
   }
