@@ -66,6 +66,7 @@ std::string RegisterView::computeStrengthColor() const { return std::string(grad
 std::vector<StrengthBar> RegisterView::computeStrengthBars() const {
   const int reached = strength();
   std::vector<StrengthBar> bars;
+  bars.reserve(static_cast<std::size_t>(strengthBarCount));
   for (int i = 0; i < strengthBarCount; ++i) {
     bars.push_back(reached > i ? StrengthBar{computeStrengthColor(), 1.0}
                                : StrengthBar{"statusOffline", 0.3});
