@@ -87,7 +87,7 @@ class FprintdCheck::Reader final : private BusSession {
   // Any thread, as all of these.
   std::future<bool> isUsable();
   // The check's number tells it from later ones.
-  void check(std::uint64_t number, std::string reason, std::function<void(BiometricReply)> reply);
+  void check(std::uint64_t number, std::string reason, const std::function<void(BiometricReply)>& reply);
   void conclude(std::uint64_t number, BiometricReply outcome);
   void concludeAny(BiometricReply outcome);
 
@@ -162,7 +162,7 @@ std::future<bool> FprintdCheck::Reader::isUsable() {
 }
 
 void FprintdCheck::Reader::check(std::uint64_t number, std::string reason,
-                                 std::function<void(BiometricReply)> reply) {
+                                 const std::function<void(BiometricReply)>& reply) {
   thread_.post([this, check = Check{.number = number, .reason = std::move(reason), .reply = reply}](
                    sdbus::IConnection&) { begin(check); },
                [reply](const sdbus::Error& error) { reply(failureFrom(error)); });

@@ -90,7 +90,7 @@ void NetworkManagerClient::post(std::function<void()> work, Reply<T> reply) {
       failed);
 }
 
-void NetworkManagerClient::list(Reply<std::vector<Listed>> reply) {
+void NetworkManagerClient::list(const Reply<std::vector<Listed>>& reply) {
   post(
       [this, reply] {
         std::vector<Listed> listed;
@@ -103,7 +103,7 @@ void NetworkManagerClient::list(Reply<std::vector<Listed>> reply) {
       reply);
 }
 
-void NetworkManagerClient::fetch(std::string uuid, Reply<NetworkManagerProfile> reply) {
+void NetworkManagerClient::fetch(std::string uuid, const Reply<NetworkManagerProfile>& reply) {
   post(
       [this, uuid = std::move(uuid), reply] {
         const auto path = pathOf(uuid);
@@ -115,11 +115,11 @@ void NetworkManagerClient::fetch(std::string uuid, Reply<NetworkManagerProfile> 
       reply);
 }
 
-void NetworkManagerClient::save(NetworkManagerProfile profile, Reply<void> reply) {
+void NetworkManagerClient::save(NetworkManagerProfile profile, const Reply<void>& reply) {
   post([this, profile = std::move(profile), reply] { saveNow(profile, reply); }, reply);
 }
 
-void NetworkManagerClient::start(std::string uuid, Reply<void> reply) {
+void NetworkManagerClient::start(std::string uuid, const Reply<void>& reply) {
   post([this, uuid = std::move(uuid), reply] { startNow(uuid, reply); }, reply);
 }
 

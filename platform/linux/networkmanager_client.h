@@ -41,11 +41,11 @@ class NetworkManagerClient final : private BusSession {
   NetworkManagerClient(Options options, StatusChanged statusChanged);
   ~NetworkManagerClient() override;
 
-  void list(Reply<std::vector<Listed>> reply);
-  void fetch(std::string uuid, Reply<NetworkManagerProfile> reply);
+  void list(const Reply<std::vector<Listed>>& reply);
+  void fetch(std::string uuid, const Reply<NetworkManagerProfile>& reply);
   // Adds the connection if there is none of its UUID.
-  void save(NetworkManagerProfile profile, Reply<void> reply);
-  void start(std::string uuid, Reply<void> reply);
+  void save(NetworkManagerProfile profile, const Reply<void>& reply);
+  void start(std::string uuid, const Reply<void>& reply);
 
  private:
   using Settings = NetworkManagerSettings;

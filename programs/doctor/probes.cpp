@@ -136,12 +136,13 @@ Finding lookAtKeyring(SecureItemStore& keyring) {
   constexpr std::string_view service = "live.quillmar.doctor";
   constexpr std::string_view account = "probe";
   using Status = SecureItemStatus;
-  const Finding locked{false,
-                       "is locked. Unlock it in the desktop's password manager to log in without typing."};
+  Finding locked{false, "is locked. Unlock it in the desktop's password manager to log in without typing."};
   // What an earlier look may have left.
-  if (const Status cleared = keyring.remove(service, account); cleared == Status::interactionNotAllowed) {
+  const Status cleared = keyring.remove(service, account);
+  if (cleared == Status::interactionNotAllowed) {
     return locked;
-  } else if (cleared == Status::failed) {
+  }
+  if (cleared == Status::failed) {
     return {false, "no keyring service answers. Install and start one, such as gnome-keyring."};
   }
   switch (keyring.add(service, account, "probe")) {
