@@ -2,6 +2,7 @@
 
 #include "client/judging.h"
 #include "client/network_service.h"
+#include "foundation/filled_text.h"
 #include "foundation/text.h"
 
 namespace quillmar {
@@ -17,41 +18,50 @@ std::string childPath(const std::string& childId, std::string_view rest = {}) {
 
 // The system log's lines of the two calls that leave a trail there.
 struct NetworkService::Trail {
-  std::string_view name;
-
-  std::string line(std::string_view step, std::string_view detail) const {
-    return "[NetworkService] " + std::string(name) + " - " + std::string(step) + ": " + std::string(detail);
-  }
-  std::string noRegion() const {
-    return "[NetworkService] " + std::string(name) + " failed: No region configured";
-  }
+  std::string_view noRegion;
+  std::string_view sending;
+  std::string_view encodeError;
+  std::string_view error;
+  std::string_view status;
+  std::string_view response;
+  std::string_view decodeError;
+  std::string_view success;
 };
 
 template <Record T>
 Result<T> NetworkService::judgeOnTrail(const Trail& trail, const Result<Answer>& answer) {
   if (!answer.ok()) {
-    log_.system(trail.line("error", answer.error().localizedDescription()));
+    log_.system(filled(trail.error, {answer.error().localizedDescription()}));
     return answer.error();
   }
   const auto& [data, response] = answer.value();
   if (response.status) {
-    log_.system(trail.line("status", std::to_string(*response.status)));
+    log_.system(filled(trail.status, {std::to_string(*response.status)}));
   }
   if (isValidUtf8(data)) {
-    log_.system(trail.line("response", firstCharacters(data, loggedBodyCharacters)));
+    log_.system(filled(trail.response, {firstCharacters(data, loggedBodyCharacters)}));
   }
   auto judged = validatedRecord<T>(answer.value());
   if (!judged.ok()) {
-    log_.system(trail.line("decode error", judged.error().localizedDescription()));
+    log_.system(filled(trail.decodeError, {judged.error().localizedDescription()}));
   }
   return judged;
 }
 
 void NetworkService::getChildren(Completion<ChildrenResponse> completion) {
-  static constexpr Trail trail{"getChildren"};
+  static constexpr Trail trail{
+      .noRegion = "[NetworkService] getChildren failed: No region configured",
+      .sending = "[NetworkService] getChildren - URL: %@",
+      .encodeError = {},
+      .error = "[NetworkService] getChildren - error: %@",
+      .status = "[NetworkService] getChildren - status: %d",
+      .response = "[NetworkService] getChildren - response: %@",
+      .decodeError = "[NetworkService] getChildren - decode error: %@",
+      .success = "[NetworkService] getChildren - decoded %d children",
+  };
   const auto root = baseURL();
   if (!root) {
-    log_.system(trail.noRegion());
+    log_.system(trail.noRegion);
     completion(Error(NetworkError::noRegionConfigured()));
     return;
   }
@@ -60,13 +70,12 @@ void NetworkService::getChildren(Completion<ChildrenResponse> completion) {
     completion(request.error());
     return;
   }
-  log_.system(trail.line("URL", request.value().url));
+  log_.system(filled(trail.sending, {request.value().url}));
   performRequest(std::move(request).value(), false,
                  [this, completion = std::move(completion)](const Result<Answer>& answer) {
                    auto judged = judgeOnTrail<ChildrenResponse>(trail, answer);
                    if (judged.ok()) {
-                     log_.system("[NetworkService] getChildren - decoded " +
-                                 std::to_string(judged.value().children.size()) + " children");
+                     log_.system(filled(trail.success, {std::to_string(judged.value().children.size())}));
                    }
                    completion(std::move(judged));
                  });
@@ -74,10 +83,19 @@ void NetworkService::getChildren(Completion<ChildrenResponse> completion) {
 
 void NetworkService::createChild(const CreateChildRequest& child,
                                  Completion<ChildProfileWithDevices> completion) {
-  static constexpr Trail trail{"createChild"};
+  static constexpr Trail trail{
+      .noRegion = "[NetworkService] createChild failed: No region configured",
+      .sending = "[NetworkService] createChild - URL: %@, name: %@",
+      .encodeError = "[NetworkService] createChild - encode error: %@",
+      .error = "[NetworkService] createChild - error: %@",
+      .status = "[NetworkService] createChild - status: %d",
+      .response = "[NetworkService] createChild - response: %@",
+      .decodeError = "[NetworkService] createChild - decode error: %@",
+      .success = "[NetworkService] createChild - success: %@ (id: %@)",
+  };
   const auto root = baseURL();
   if (!root) {
-    log_.system(trail.noRegion());
+    log_.system(trail.noRegion);
     completion(Error(NetworkError::noRegionConfigured()));
     return;
   }
@@ -88,20 +106,19 @@ void NetworkService::createChild(const CreateChildRequest& child,
     return;
   }
   if (!body.ok()) {
-    log_.system(trail.line("encode error", body.error().localizedDescription()));
+    log_.system(filled(trail.encodeError, {body.error().localizedDescription()}));
     completion(body.error());
     return;
   }
-  log_.system(trail.line("URL", request.value().url + ", name: " + child.name));
-  performRequest(
-      std::move(request).value(), false,
-      [this, completion = std::move(completion)](const Result<Answer>& answer) {
-        auto judged = judgeOnTrail<ChildProfileWithDevices>(trail, answer);
-        if (judged.ok()) {
-          log_.system(trail.line("success", judged.value().name + " (id: " + judged.value().id + ")"));
-        }
-        completion(std::move(judged));
-      });
+  log_.system(filled(trail.sending, {request.value().url, child.name}));
+  performRequest(std::move(request).value(), false,
+                 [this, completion = std::move(completion)](const Result<Answer>& answer) {
+                   auto judged = judgeOnTrail<ChildProfileWithDevices>(trail, answer);
+                   if (judged.ok()) {
+                     log_.system(filled(trail.success, {judged.value().name, judged.value().id}));
+                   }
+                   completion(std::move(judged));
+                 });
 }
 
 void NetworkService::getChild(const std::string& childId, Completion<ChildProfileWithDevices> completion) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "foundation/filled_text.h"
 #include "foundation/text.h"
 #include "platform/hop.h"
 
@@ -26,8 +27,8 @@ void AddChildView::handleResult(const Result<ChildProfileWithDevices>& result) {
     return;
   }
   const ChildProfileWithDevices& child = result.value();
-  environment_.platform().log.print("[AddChildView] Child created successfully: " + child.name +
-                                    " (id: " + child.id + ")");
+  environment_.platform().log.system(
+      filled("[AddChildView] Child created successfully: %@ (id: %@)", {child.name, child.id}));
   dismiss();
 }
 
