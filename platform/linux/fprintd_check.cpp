@@ -367,7 +367,7 @@ bool FprintdCheck::canEvaluate() {
 
 void FprintdCheck::evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) {
   const auto number = ++lastCheck_;
-  reader_->check(number, std::string(reason), std::move(reply));
+  reader_->check(number, std::string(reason), reply);
   dispatch_.main().asyncAfter(std::chrono::duration_cast<Duration>(fingerPatience_),
                               [known = std::weak_ptr(reader_), number] {
                                 if (const auto reader = known.lock()) {

@@ -19,9 +19,9 @@ class ScreenshotRequest final : public QObject {
   Q_OBJECT
 
  public:
-  ScreenshotRequest(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply)
+  ScreenshotRequest(QDBusConnection bus, QObject& owner, ScreenshotReply reply)
       : QObject(&owner),
-        bus_(bus),
+        bus_(std::move(bus)),
         reply_(std::move(reply)),
         token_("quillmar_" + QUuid::createUuid().toString(QUuid::Id128)) {}
 
