@@ -41,7 +41,7 @@ QtObject {
 
     // Colours that screens name, as shapes and as letters.
     readonly property var inks: ({ brandBlue: linkText, brandGreen: positiveText, brandOrange: warningText,
-                                   brandRed: dangerText })
+                                   brandRed: dangerText, secondaryText: cardSecondaryText })
     function tint(name) { return Look.colors[name] ?? text }
     function ink(name) { return inks[name] ?? text }
 

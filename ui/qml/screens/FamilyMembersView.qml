@@ -167,7 +167,7 @@ Page {
                             Label {
                                 text: invitation.modelData.expiry
                                 font: Theme.footnote
-                                color: invitation.modelData.expiryColor === "brandRed" ? Theme.dangerText : Theme.cardSecondaryText
+                                color: Theme.ink(invitation.modelData.expiryColor)
                                 lineHeight: 1.1
                                 Layout.fillWidth: true
                                 Accessible.ignored: true

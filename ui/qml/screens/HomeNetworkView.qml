@@ -166,7 +166,7 @@ Page {
                     first: index === 0
                     title: modelData.label
                     value: modelData.value
-                    valueColor: modelData.color === "secondaryText" ? Theme.cardSecondaryText : Theme.ink(modelData.color)
+                    valueColor: Theme.ink(modelData.color)
                 }
             }
             ActionRow {
@@ -189,7 +189,7 @@ Page {
                     first: index === 0
                     title: modelData.label
                     value: modelData.value
-                    valueColor: modelData.color === "secondaryText" ? Theme.cardSecondaryText : Theme.ink(modelData.color)
+                    valueColor: Theme.ink(modelData.color)
                 }
             }
         }
