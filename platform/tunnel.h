@@ -77,6 +77,10 @@ class TunnelConfiguration {
   bool isOnDemandEnabled = false;
 
   // The first save of a configuration may ask the user; a refusal arrives as an error.
+  //
+  // Nobody is asked the same twice: while a save is unanswered, further ones of the same configuration, from
+  // any of its objects, wait for the answer. An error is theirs too. Otherwise what the last of them brought
+  // is saved after it, unless that is the same. Loads wait for no save.
   virtual void save(Completion completion) = 0;
   virtual void load(Completion completion) = 0;
   virtual TunnelConnection& connection() = 0;
@@ -95,6 +99,8 @@ class TunnelService {
 
   // The completion may arrive on any thread.
   virtual void loadAll(ListCompletion completion) = 0;
+  // A new configuration. There is one at most: until it is saved, each call gives another object of the same,
+  // so that of two who both found none the second changes what the first has added.
   virtual std::shared_ptr<TunnelConfiguration> makeConfiguration() = 0;
   // Each status change of any connection that the application sees, on the main queue.
   virtual Subscription observeStatus(std::function<void(TunnelConnection&)> observer) = 0;

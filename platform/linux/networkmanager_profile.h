@@ -27,6 +27,7 @@ struct NetworkManagerProfile {
   std::string name;
   bool enabled = false;
   bool onDemand = false;
+  friend bool operator==(const NetworkManagerProfile&, const NetworkManagerProfile&) = default;
 };
 
 NetworkManagerProfile profileOf(const TunnelConfiguration& configuration, const TunnelProtocol& protocol,

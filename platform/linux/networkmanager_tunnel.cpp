@@ -9,6 +9,7 @@
 #include "foundation/signal.h"
 #include "foundation/text.h"
 #include "platform/hop.h"
+#include "platform/joined_saves.h"
 #include "platform/linux/networkmanager_client.h"
 #include "platform/linux/networkmanager_profile.h"
 
@@ -36,6 +37,8 @@ struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
   template <class Function>
   auto onMain(Function function);
   std::shared_ptr<Connection> connection(const std::string& uuid, TunnelStatus ifUnknown);
+  std::shared_ptr<Connection> newConnection();
+  void send(const std::string& uuid, const NetworkManagerProfile& profile);
   void changeStatus(const std::string& uuid, TunnelStatus status);
   Configurations configurations(const Listed& listed);
 
@@ -43,7 +46,10 @@ struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
   const std::string bundleIdentifier;
   const std::chrono::milliseconds startPatience;
   std::map<std::string, std::shared_ptr<Connection>> connections;
+  std::shared_ptr<Connection> newest;
   Signal<TunnelConnection&> statusChanged;
+  JoinedSaves<std::string, NetworkManagerProfile> saves{
+      [this](const std::string& uuid, const NetworkManagerProfile& profile) { send(uuid, profile); }};
   std::unique_ptr<NetworkManagerClient> client;
 };
 
@@ -106,15 +112,15 @@ void NetworkManagerTunnel::Configuration::save(Completion completion) {
   if (!state) {
     return;
   }
-  auto saved = state->onMain([completion = std::move(completion)](State&, const Result<void>& result) {
-    completion(errorIn(result));
-  });
   if (!protocolConfiguration || protocolConfiguration->providerBundleIdentifier != state->bundleIdentifier) {
-    saved(Result<void>(TunnelError{"The configuration is not one of this program's tunnel."}));
+    state->onMain([completion = std::move(completion)](State&) {
+      completion(TunnelError{"The configuration is not one of this program's tunnel."});
+    })();
     return;
   }
   state->connections.emplace(connection_->uuid(), connection_);
-  state->client->save(profileOf(*this, *protocolConfiguration, connection_->uuid()), std::move(saved));
+  state->saves.save(connection_->uuid(), profileOf(*this, *protocolConfiguration, connection_->uuid()),
+                    std::move(completion));
 }
 
 void NetworkManagerTunnel::Configuration::load(Completion completion) {
@@ -150,6 +156,19 @@ std::shared_ptr<NetworkManagerTunnel::Connection> NetworkManagerTunnel::State::c
     known = std::make_shared<Connection>(weak_from_this(), uuid, ifUnknown);
   }
   return known;
+}
+
+std::shared_ptr<NetworkManagerTunnel::Connection> NetworkManagerTunnel::State::newConnection() {
+  if (!newest || newest->status() != TunnelStatus::invalid) {
+    newest = std::make_shared<Connection>(weak_from_this(), lowercased(newUUID()), TunnelStatus::invalid);
+  }
+  return newest;
+}
+
+void NetworkManagerTunnel::State::send(const std::string& uuid, const NetworkManagerProfile& profile) {
+  client->save(profile, onMain([uuid](State& state, const Result<void>& result) {
+                 state.saves.answered(uuid, errorIn(result));
+               }));
 }
 
 void NetworkManagerTunnel::State::changeStatus(const std::string& uuid, TunnelStatus status) {
@@ -192,8 +211,7 @@ void NetworkManagerTunnel::loadAll(ListCompletion completion) {
 }
 
 std::shared_ptr<TunnelConfiguration> NetworkManagerTunnel::makeConfiguration() {
-  return std::make_shared<Configuration>(
-      state_, std::make_shared<Connection>(state_, lowercased(newUUID()), TunnelStatus::invalid));
+  return std::make_shared<Configuration>(state_, state_->newConnection());
 }
 
 Subscription NetworkManagerTunnel::observeStatus(std::function<void(TunnelConnection&)> observer) {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <mutex>
 #include <utility>
 
+#include "platform/joined_saves.h"
 #include "platform/simulated/tunnel_text.h"
 
 namespace quillmar {
@@ -60,6 +60,11 @@ struct SimulatedTunnel::State : std::enable_shared_from_this<SimulatedTunnel::St
   std::optional<Error> failure(Operation operation) const;
   Entry* find(const Connection& connection);
   void addExisting(SavedTunnel saved);
+  std::shared_ptr<Connection> newConnection();
+  void send(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
+  void write(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
+  void askAndAdd(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
+  void add(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
   void store() const;
   // `work` runs on the main thread after the latency, and what it returns goes to the completion on the
   // queue.
@@ -77,9 +82,14 @@ struct SimulatedTunnel::State : std::enable_shared_from_this<SimulatedTunnel::St
   Duration latency{0};
   std::map<Operation, std::string> failures;
   std::vector<Entry> entries;
+  std::shared_ptr<Connection> newest;
   std::weak_ptr<Connection> current;
   std::vector<Call> calls;
   Signal<TunnelConnection&> statusChanged;
+  JoinedSaves<std::shared_ptr<Connection>, SavedTunnel> saves{
+      [this](const std::shared_ptr<Connection>& connection, const SavedTunnel& sent) {
+        send(connection, sent);
+      }};
 };
 
 std::optional<Error> SimulatedTunnel::State::failure(Operation operation) const {
@@ -98,6 +108,13 @@ void SimulatedTunnel::State::addExisting(SavedTunnel saved) {
       {std::move(saved), std::make_shared<Connection>(weak_from_this(), TunnelStatus::disconnected)});
 }
 
+std::shared_ptr<SimulatedTunnel::Connection> SimulatedTunnel::State::newConnection() {
+  if (!newest || find(*newest)) {
+    newest = std::make_shared<Connection>(weak_from_this(), TunnelStatus::invalid);
+  }
+  return newest;
+}
+
 void SimulatedTunnel::State::store() const {
   if (!storage.write) {
     return;
@@ -107,6 +124,49 @@ void SimulatedTunnel::State::store() const {
     saved.push_back(entry.saved);
   }
   storage.write(tunnelText(saved));
+}
+
+void SimulatedTunnel::State::send(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent) {
+  dispatch.main().asyncAfter(
+      latency, [self = shared_from_this(), connection, sent] { self->write(connection, sent); });
+}
+
+void SimulatedTunnel::State::write(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent) {
+  if (const auto refusal = failure(Operation::save)) {
+    saves.answered(connection, refusal);
+  } else if (auto* entry = find(*connection)) {
+    entry->saved = sent;
+    current = connection;
+    store();
+    saves.answered(connection, std::nullopt);
+  } else {
+    askAndAdd(connection, sent);
+  }
+}
+
+void SimulatedTunnel::State::askAndAdd(const std::shared_ptr<Connection>& connection,
+                                       const SavedTunnel& sent) {
+  auto answered = [self = shared_from_this(), connection, sent](bool granted) {
+    self->dispatch.main().async([self, connection, sent, granted] {
+      if (granted) {
+        self->add(connection, sent);
+      }
+      self->saves.answered(connection,
+                           granted ? std::nullopt : std::optional<Error>(TunnelError{"permission denied"}));
+    });
+  };
+  if (permissionPrompt) {
+    permissionPrompt(std::move(answered));
+  } else {
+    answered(true);
+  }
+}
+
+void SimulatedTunnel::State::add(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent) {
+  entries.push_back({sent, connection});
+  current = connection;
+  store();
+  connection->become(TunnelStatus::disconnected);
 }
 
 template <class Completion, class Outcome>
@@ -171,7 +231,7 @@ void SimulatedTunnel::Connection::connect(State& state) {
 class SimulatedTunnel::Configuration final : public TunnelConfiguration,
                                              public std::enable_shared_from_this<Configuration> {
  public:
-  Configuration(std::shared_ptr<State> state, std::shared_ptr<Connection> connection)
+  Configuration(std::weak_ptr<State> state, std::shared_ptr<Connection> connection)
       : state_(std::move(state)), connection_(std::move(connection)) {}
 
   TunnelConnection& connection() override { return *connection_; }
@@ -179,63 +239,32 @@ class SimulatedTunnel::Configuration final : public TunnelConfiguration,
   void load(Completion completion) override;
 
  private:
-  void askAndAdd(SavedTunnel sent, Completion completion);
-
-  const std::shared_ptr<State> state_;
+  const std::weak_ptr<State> state_;
   const std::shared_ptr<Connection> connection_;
 };
 
 void SimulatedTunnel::Configuration::save(Completion completion) {
-  SavedTunnel sent = propertiesOf(*this);
-  state_->record(Operation::save, sent);
-  state_->dispatch.main().asyncAfter(state_->latency, [self = shared_from_this(), sent = std::move(sent),
-                                                       completion = std::move(completion)]() mutable {
-    State& state = *self->state_;
-    if (auto failure = state.failure(Operation::save)) {
-      state.complete(std::move(completion), std::move(failure));
-    } else if (auto* entry = state.find(*self->connection_)) {
-      entry->saved = std::move(sent);
-      state.current = self->connection_;
-      state.store();
-      state.complete(std::move(completion), std::optional<Error>());
-    } else {
-      self->askAndAdd(std::move(sent), std::move(completion));
-    }
-  });
-}
-
-void SimulatedTunnel::Configuration::askAndAdd(SavedTunnel sent, Completion completion) {
-  auto answered = [self = shared_from_this(), sent = std::move(sent),
-                   completion = std::move(completion)](bool granted) {
-    self->state_->dispatch.main().async([self, sent, completion, granted] {
-      State& state = *self->state_;
-      std::optional<Error> refusal;
-      if (granted) {
-        state.entries.push_back({sent, self->connection_});
-        state.current = self->connection_;
-        state.store();
-        self->connection_->become(TunnelStatus::disconnected);
-      } else {
-        refusal = TunnelError{"permission denied"};
-      }
-      state.complete(completion, std::move(refusal));
-    });
-  };
-  if (state_->permissionPrompt) {
-    state_->permissionPrompt(std::move(answered));
-  } else {
-    answered(true);
+  if (const auto state = state_.lock()) {
+    SavedTunnel sent = propertiesOf(*this);
+    state->record(Operation::save, sent);
+    state->saves.save(connection_, std::move(sent),
+                      [here = state.get(), completion = std::move(completion)](
+                          const std::optional<Error>& error) { here->complete(completion, error); });
   }
 }
 
 void SimulatedTunnel::Configuration::load(Completion completion) {
-  state_->record(Operation::reload);
-  state_->perform(
-      [self = shared_from_this()](State& state) -> std::optional<Error> {
-        if (auto failure = state.failure(Operation::reload)) {
+  const auto state = state_.lock();
+  if (!state) {
+    return;
+  }
+  state->record(Operation::reload);
+  state->perform(
+      [self = shared_from_this()](State& there) -> std::optional<Error> {
+        if (auto failure = there.failure(Operation::reload)) {
           return failure;
         }
-        if (const auto* entry = state.find(*self->connection_)) {
+        if (const auto* entry = there.find(*self->connection_)) {
           assign(*self, entry->saved);
         }
         return std::nullopt;
@@ -267,7 +296,7 @@ void SimulatedTunnel::loadAll(ListCompletion completion) {
         }
         Configurations configurations;
         for (const auto& entry : state.entries) {
-          auto configuration = std::make_shared<Configuration>(state.shared_from_this(), entry.connection);
+          auto configuration = std::make_shared<Configuration>(state.weak_from_this(), entry.connection);
           assign(*configuration, entry.saved);
           configurations.push_back(std::move(configuration));
         }
@@ -277,7 +306,7 @@ void SimulatedTunnel::loadAll(ListCompletion completion) {
 }
 
 std::shared_ptr<TunnelConfiguration> SimulatedTunnel::makeConfiguration() {
-  return std::make_shared<Configuration>(state_, std::make_shared<Connection>(state_, TunnelStatus::invalid));
+  return std::make_shared<Configuration>(state_, state_->newConnection());
 }
 
 Subscription SimulatedTunnel::observeStatus(std::function<void(TunnelConnection&)> observer) {

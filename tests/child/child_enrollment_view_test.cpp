@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
 #include <regex>
 #include <string>
 #include <vector>
@@ -285,6 +286,48 @@ TEST_F(ChildEnrollment, the_protection_starts_with_the_home_screen_and_once_more
   EXPECT_EQ(app.machine.http.count("POST", "/device/checkin"), 2U);
   EXPECT_EQ(app.machine.http.requests("POST", "/device/checkin").front().url,
             "https://nz.example/api/v1/device/checkin");
+}
+
+// An enrollment that ends while nobody has yet answered whether the tunnel may be added.
+struct ChildEnrollmentPrompt : ChildEnrollment {
+  ChildEnrollmentPrompt() {
+    app.machine.tunnel.behaveLikePlatform(
+        [this](std::function<void(bool)> answer) { prompts.push_back(std::move(answer)); });
+    app.machine.http.answerAlways("POST", "/device/checkin", 200, R"({"status":"ok"})");
+    start();
+    app.machine.http.answer("GET", statusPath, 200, completed);
+    app.advance(5s);
+    app.advance(2s);
+  }
+
+  std::vector<std::function<void(bool)>> prompts;
+};
+
+TEST_F(ChildEnrollmentPrompt, both_starts_of_the_protection_ask_one_question_and_add_one_tunnel) {
+  app.advance(5min);
+  EXPECT_EQ(prompts.size(), 1U);
+  EXPECT_EQ(app.vpn().statusMessage(), "Not configured");
+  EXPECT_EQ(app.child().dohConfigWarning(), "DNS protection not enabled. Please tap the Enable button.");
+  prompts.front()(true);
+  app.advance(2s);
+  EXPECT_EQ(prompts.size(), 1U);
+  EXPECT_EQ(app.machine.tunnel.saved().size(), 1U);
+  EXPECT_TRUE(app.vpn().isConnected());
+  EXPECT_TRUE(app.child().isDohConfigured());
+}
+
+TEST_F(ChildEnrollmentPrompt, one_refusal_ends_both_starts_and_the_next_attempt_asks_again) {
+  prompts.front()(false);
+  app.settle();
+  EXPECT_EQ(prompts.size(), 1U);
+  EXPECT_EQ(app.child().dohConfigWarning(), "Failed to save VPN configuration: permission denied");
+  app.background().applyVPNDNSConfig();
+  app.settle();
+  ASSERT_EQ(prompts.size(), 2U);
+  prompts.back()(true);
+  app.advance(2s);
+  EXPECT_EQ(app.machine.tunnel.saved().size(), 1U);
+  EXPECT_TRUE(app.child().isDohConfigured());
 }
 
 TEST_F(ChildEnrollment, completed_without_an_endpoint_saves_nothing_and_leaves_the_code) {

@@ -425,6 +425,9 @@ TEST_F(Tunnel, overlapping_configurations_both_finish) {
                         [&](const auto& /*error*/) { finished.emplace_back("two"); });
   dispatch.advance(std::chrono::seconds(2));
   EXPECT_EQ(finished, (std::vector<std::string>{"one", "two"}));
+  ASSERT_EQ(tunnel.saved().size(), 1U);
+  EXPECT_EQ(tunnel.saved().front().protocolConfiguration->providerConfiguration.at("dohEndpoint"),
+            "https://dns.example/two");
 }
 
 }  // namespace

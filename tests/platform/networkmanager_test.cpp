@@ -115,9 +115,15 @@ class NetworkManagerHarness final : public TunnelServiceHarness {
   bool isMainThread() override { return machine_.dispatch.isMainThread(); }
   void onMain(std::function<void()> task) override { machine_.dispatch.main().async(std::move(task)); }
   bool runUntil(const std::function<bool()>& done) override { return machine_.runUntil(done); }
+  void holdPermission() override { world().permissions().hold(); }
+  void answerPermission(bool granted) override { world().permissions().grant(granted); }
+  bool waitUntilAsked() override { return world().permissions().waitUntilAsked(); }
+  std::size_t timesAsked() override { return world().permissions().asked(); }
 
  private:
-  Machine machine_;
+  // NetworkManager asks nobody about what the machine's administrator does.
+  const BusRelay relay_{world().file("user-bus"), world().bus().socket()};
+  Machine machine_{{.busAddress = relay_.address()}};
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -226,6 +232,18 @@ TEST_F(NetworkManagerTest, a_refused_permission_is_an_error_in_networkmanagers_w
 
   world().permissions().grant(true);
   EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::service);
+}
+
+TEST_F(NetworkManagerTest, a_prompt_that_is_answered_late_adds_one_connection_however_often_it_was_saved) {
+  const BusRelay relay(world().file("user-bus"), world().bus().socket());
+  makeMachine({.busAddress = relay.address(), .promptPatience = 100ms});
+  world().permissions().hold();
+  EXPECT_EQ(said(save(*make(endpoint))), "NetworkManager does not answer.");
+  EXPECT_EQ(said(save(*make(endpoint))), "NetworkManager does not answer.");
+  world().permissions().grant(true);
+  EXPECT_TRUE(becomes(Status::disconnected));
+  EXPECT_EQ(listed().size(), 1U);
   EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::service);
 }
 
@@ -500,6 +518,23 @@ TEST_F(NetworkManagerTest, a_service_destroyed_with_work_under_way_leaves_its_co
   configuration->load([&](const auto&) { told = true; });
   EXPECT_FALSE(configuration->connection().startTunnel());
   EXPECT_EQ(listed().size(), 1U);
+  EXPECT_FALSE(told);
+}
+
+TEST_F(NetworkManagerTest, a_service_destroyed_while_the_user_is_being_asked_tells_nobody_who_waited) {
+  auto relay = std::make_unique<BusRelay>(world().file("user-bus"), world().bus().socket());
+  makeMachine({.busAddress = relay->address()});
+  world().permissions().hold();
+  const auto first = make(endpoint);
+  const auto second = make("https://dns.example/new");
+  bool told = false;
+  first->save([&](const auto&) { told = true; });
+  second->save([&](const auto&) { told = true; });
+  ASSERT_TRUE(world().permissions().waitUntilAsked());
+  makeMachine();
+  world().permissions().grant(true);
+  first->save([&](const auto&) { told = true; });
+  EXPECT_TRUE(list().ok());
   EXPECT_FALSE(told);
 }
 

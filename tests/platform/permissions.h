@@ -2,11 +2,17 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
-#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace quillmar {
 
@@ -17,13 +23,10 @@ class Permissions {
       : bus_(sdbus::createSessionBusConnectionWithAddress(busAddress)),
         object_(sdbus::createObject(*bus_, "/org/freedesktop/PolicyKit1/Authority")) {
     using Subject = sdbus::Struct<std::string, std::map<std::string, sdbus::Variant>>;
-    using Texts = std::map<std::string, std::string>;
     object_->registerMethod("CheckAuthorization")
         .onInterface("org.freedesktop.PolicyKit1.Authority")
-        .implementedAs(
-            [this](const Subject&, const std::string&, const Texts&, std::uint32_t, const std::string&) {
-              return sdbus::Struct<bool, bool, Texts>(granted_.load(), false, Texts());
-            });
+        .implementedAs([this](Answer&& answer, const Subject&, const std::string&, const Texts&,
+                              std::uint32_t, const std::string&) { decide(std::move(answer)); });
     object_->finishRegistration();
     bus_->requestName("org.freedesktop.PolicyKit1");
     bus_->enterEventLoopAsync();
@@ -32,12 +35,52 @@ class Permissions {
   Permissions(const Permissions&) = delete;
   Permissions& operator=(const Permissions&) = delete;
 
-  void grant(bool granted) { granted_ = granted; }
+  // Answers what waits, and all later questions at once.
+  void grant(bool granted) {
+    const std::scoped_lock lock(mutex_);
+    granted_ = granted;
+    for (const Answer& answer : std::exchange(waiting_, {})) {
+      reply(answer);
+    }
+  }
+  // From now on questions wait, as for somebody who looks at a prompt. They are counted from here.
+  void hold() {
+    const std::scoped_lock lock(mutex_);
+    granted_.reset();
+    asked_ = 0;
+  }
+  std::size_t asked() const {
+    const std::scoped_lock lock(mutex_);
+    return asked_;
+  }
+  bool waitUntilAsked() {
+    std::unique_lock lock(mutex_);
+    return wasAsked_.wait_for(lock, std::chrono::minutes(1), [this] { return asked_ > 0; });
+  }
 
  private:
+  using Texts = std::map<std::string, std::string>;
+  using Answer = sdbus::Result<sdbus::Struct<bool, bool, Texts>>;
+
+  void decide(Answer answer) {
+    const std::scoped_lock lock(mutex_);
+    ++asked_;
+    wasAsked_.notify_all();
+    if (granted_) {
+      reply(answer);
+    } else {
+      waiting_.push_back(std::move(answer));
+    }
+  }
+  void reply(const Answer& answer) const { answer.returnResults({*granted_, false, Texts()}); }
+
   std::unique_ptr<sdbus::IConnection> bus_;
   std::unique_ptr<sdbus::IObject> object_;
-  std::atomic<bool> granted_ = true;
+  mutable std::mutex mutex_;
+  std::condition_variable wasAsked_;
+  std::optional<bool> granted_ = true;
+  std::vector<Answer> waiting_;
+  std::size_t asked_ = 0;
 };
 
 }  // namespace quillmar

@@ -1,6 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "platform/simulated/simulated_tunnel.h"
 #include "tests/support/contracts/clipboard_contract.h"
@@ -26,7 +31,16 @@ class MemorySecureItemsHarness final : public SecureItemStoreHarness {
 
 class SimulatedTunnelHarness final : public TunnelServiceHarness {
  public:
-  SimulatedTunnelHarness() { service_.behaveLikePlatform(); }
+  SimulatedTunnelHarness() {
+    service_.behaveLikePlatform([this](const std::function<void(bool)>& answer) {
+      ++asked_;
+      if (granted_) {
+        answer(*granted_);
+      } else {
+        waiting_.push_back(answer);
+      }
+    });
+  }
 
   TunnelService& service() override { return service_; }
   TunnelProtocol protocol(const std::string& endpoint) override {
@@ -35,8 +49,25 @@ class SimulatedTunnelHarness final : public TunnelServiceHarness {
   bool isMainThread() override { return dispatch_.isMainThread(); }
   void onMain(std::function<void()> task) override { dispatch_.main().async(std::move(task)); }
   bool runUntil(const std::function<bool()>& done) override { return dispatch_.advanceUntil(done); }
+  void holdPermission() override {
+    granted_.reset();
+    asked_ = 0;
+  }
+  void answerPermission(bool granted) override {
+    granted_ = granted;
+    for (const auto& answer : std::exchange(waiting_, {})) {
+      answer(granted);
+    }
+  }
+  bool waitUntilAsked() override {
+    return runUntil([this] { return asked_ > 0; });
+  }
+  std::size_t timesAsked() override { return asked_; }
 
  private:
+  std::optional<bool> granted_ = true;
+  std::vector<std::function<void(bool)>> waiting_;
+  std::size_t asked_ = 0;
   VirtualDispatch dispatch_;
   SimulatedTunnel service_{dispatch_};
 };

@@ -144,6 +144,17 @@ TEST_F(SimulatedTunnelTest, behaving_like_a_platform_it_asks_once_and_connects_a
               ElementsAre(TunnelStatus::disconnected, TunnelStatus::connecting, TunnelStatus::connected));
 }
 
+TEST_F(SimulatedTunnelTest, each_call_is_recorded_also_one_that_waits_for_the_answer_of_another) {
+  std::vector<std::function<void(bool)>> prompts;
+  tunnel.behaveLikePlatform([&](std::function<void(bool)> answer) { prompts.push_back(std::move(answer)); });
+  const auto made = tunnel.makeConfiguration();
+  fill(*made);
+  save(*made);
+  save(*made);
+  EXPECT_THAT(tunnel.operations(), ElementsAre(Operation::save, Operation::save));
+  EXPECT_THAT(prompts, SizeIs(1));
+}
+
 TEST_F(SimulatedTunnelTest, a_refused_permission_is_an_error_of_the_save) {
   tunnel.behaveLikePlatform([](const std::function<void(bool)>& answer) { answer(false); });
   const auto made = tunnel.makeConfiguration();

@@ -36,18 +36,29 @@ class TunnelServiceHarness {
   virtual void onMain(std::function<void()> task) = 0;
   // Runs the main queue until `done` holds after one of its tasks; false when that took far too long.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
+
+  // From now on whoever needs permission waits for `answerPermission`, which also decides later questions.
+  virtual void holdPermission() = 0;
+  virtual void answerPermission(bool granted) = 0;
+  // Waits until somebody needs it; false when that took far too long.
+  virtual bool waitUntilAsked() = 0;
+  // Since it is held.
+  virtual std::size_t timesAsked() = 0;
 };
 
 class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServiceHarness>> {
  protected:
+  // Of a save; nothing until it is answered.
+  using Outcome = std::optional<std::optional<Error>>;
+
   TunnelService& service() { return harness_->service(); }
 
   // Brings what a completion reports back to the main thread and waits for it.
-  template <class Outcome>
-  Outcome await(const std::function<void(std::function<void(Outcome)>)>& begin) {
-    std::optional<Outcome> outcome;
+  template <class Report>
+  Report await(const std::function<void(std::function<void(Report)>)>& begin) {
+    std::optional<Report> outcome;
     bool inCall = true;
-    begin([&](Outcome result) {
+    begin([&](Report result) {
       EXPECT_FALSE(inCall && harness_->isMainThread());
       harness_->onMain(
           [&outcome, result = std::move(result)]() mutable { outcome.emplace(std::move(result)); });
@@ -69,6 +80,14 @@ class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServic
   std::optional<Error> save(TunnelConfiguration& configuration) {
     return await<std::optional<Error>>([&](auto completion) { configuration.save(std::move(completion)); });
   }
+  // A save that is answered when it is.
+  std::shared_ptr<Outcome> beginSave(TunnelConfiguration& configuration) {
+    const auto outcome = std::make_shared<Outcome>();
+    configuration.save([this, outcome](const std::optional<Error>& error) {
+      harness_->onMain([outcome, error] { outcome->emplace(error); });
+    });
+    return outcome;
+  }
   std::optional<Error> load(TunnelConfiguration& configuration) {
     return await<std::optional<Error>>([&](auto completion) { configuration.load(std::move(completion)); });
   }
@@ -78,6 +97,7 @@ class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServic
     EXPECT_TRUE(result.ok());
     return result.ok() ? std::move(result).value() : TunnelService::Configurations();
   }
+  TunnelServiceHarness& harness() { return *harness_; }
   bool runUntil(const std::function<bool()>& done) { return harness_->runUntil(done); }
   bool isMainThread() { return harness_->isMainThread(); }
   TunnelProtocol protocol(const std::string& endpoint) { return harness_->protocol(endpoint); }
@@ -117,6 +137,80 @@ TEST_P(TunnelServiceContract, saving_again_changes_the_configuration_and_adds_no
   const auto list = loadAll();
   ASSERT_EQ(list.size(), 1U);
   EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
+}
+
+TEST_P(TunnelServiceContract, of_two_new_configurations_the_second_changes_what_the_first_has_added) {
+  const auto first = make("https://dns.example/old");
+  const auto second = make("https://dns.example/new");
+  EXPECT_EQ(save(*first), std::nullopt);
+  EXPECT_EQ(save(*second), std::nullopt);
+  EXPECT_EQ(second->connection().status(), TunnelStatus::disconnected);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
+}
+
+TEST_P(TunnelServiceContract, a_new_configuration_after_a_saved_one_is_another) {
+  save(*make());
+  EXPECT_EQ(make()->connection().status(), TunnelStatus::invalid);
+  EXPECT_EQ(save(*make()), std::nullopt);
+  EXPECT_EQ(loadAll().size(), 2U);
+}
+
+TEST_P(TunnelServiceContract,
+       while_the_user_is_being_asked_a_second_save_asks_nobody_and_has_the_same_answer) {
+  harness().holdPermission();
+  const auto first = make();
+  const auto firstSaved = beginSave(*first);
+  ASSERT_TRUE(harness().waitUntilAsked());
+  EXPECT_TRUE(loadAll().empty()) << "a load waits for no save";
+  const auto second = make();
+  const auto secondSaved = beginSave(*second);
+  EXPECT_TRUE(loadAll().empty());
+  EXPECT_FALSE(*firstSaved || *secondSaved);
+
+  harness().answerPermission(true);
+  ASSERT_TRUE(runUntil([&] { return *firstSaved && *secondSaved; }));
+  EXPECT_EQ(**firstSaved, std::nullopt);
+  EXPECT_EQ(**secondSaved, std::nullopt);
+  EXPECT_EQ(harness().timesAsked(), 1U);
+  EXPECT_EQ(loadAll().size(), 1U);
+  EXPECT_EQ(load(*second), std::nullopt);
+  EXPECT_TRUE(second->connection().startTunnel());
+}
+
+TEST_P(TunnelServiceContract, what_the_last_save_brought_while_the_user_was_being_asked_is_what_stays) {
+  harness().holdPermission();
+  const auto saved = {beginSave(*make("https://dns.example/first")),
+                      beginSave(*make("https://dns.example/second")),
+                      beginSave(*make("https://dns.example/third"))};
+  ASSERT_TRUE(harness().waitUntilAsked());
+  harness().answerPermission(true);
+  for (const auto& outcome : saved) {
+    ASSERT_TRUE(runUntil([&] { return outcome->has_value(); }));
+    EXPECT_EQ(**outcome, std::nullopt);
+  }
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/third"));
+}
+
+TEST_P(TunnelServiceContract, one_refusal_answers_all_who_waited_for_it_and_a_later_save_asks_anew) {
+  harness().holdPermission();
+  const auto first = beginSave(*make("https://dns.example/old"));
+  const auto second = beginSave(*make("https://dns.example/new"));
+  ASSERT_TRUE(harness().waitUntilAsked());
+  harness().answerPermission(false);
+  ASSERT_TRUE(runUntil([&] { return *first && *second; }));
+  ASSERT_NE(**first, std::nullopt);
+  EXPECT_EQ(**second, **first);
+  EXPECT_EQ(harness().timesAsked(), 1U);
+  EXPECT_TRUE(loadAll().empty());
+
+  harness().answerPermission(true);
+  EXPECT_EQ(save(*make()), std::nullopt);
+  EXPECT_EQ(harness().timesAsked(), 2U);
+  EXPECT_EQ(loadAll().size(), 1U);
 }
 
 TEST_P(TunnelServiceContract, loading_fetches_what_was_saved_over_what_was_only_set) {
