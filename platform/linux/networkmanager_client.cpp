@@ -54,7 +54,8 @@ Error errorFrom(const sdbus::Error& error) {
               {"org.freedesktop.DBus.Error.ServiceUnknown", "org.freedesktop.DBus.Error.NameHasNoOwner"})) {
     return TunnelError{"NetworkManager is not running."};
   }
-  if (isNamed(error, {"org.freedesktop.DBus.Error.Timeout", "System.Error.ETIMEDOUT"})) {
+  if (isNamed(error, {"org.freedesktop.DBus.Error.Timeout", "org.freedesktop.DBus.Error.NoReply",
+                      "System.Error.ETIMEDOUT"})) {
     return TunnelError{"NetworkManager does not answer."};
   }
   return TunnelError{sentenceOf(error)};
