@@ -20,16 +20,19 @@ void ChildAppState::saveEnrollment(const std::string& newDeviceID, const std::st
   deviceID = newDeviceID;
   dohEndpoint = newEndpoint;
   isEnrolled = true;
-  settings_.set(settings::childIsEnrolled, true);
-  settings_.set(settings::childDeviceID, newDeviceID);
-  settings_.set(settings::childDohEndpoint, newEndpoint);
-  if (newBaseUrl) {
-    dohBaseUrl = *newBaseUrl;
-    settings_.set(settings::childDohBaseUrl, *newBaseUrl);
-  }
-  if (apiBaseUrl) {
-    settings_.set(settings::apiBaseURL, *apiBaseUrl);
-  }
+  // A process that is killed leaves a device that is enrolled or not, never half of it.
+  settings_.writeTogether([&] {
+    settings_.set(settings::childIsEnrolled, true);
+    settings_.set(settings::childDeviceID, newDeviceID);
+    settings_.set(settings::childDohEndpoint, newEndpoint);
+    if (newBaseUrl) {
+      dohBaseUrl = *newBaseUrl;
+      settings_.set(settings::childDohBaseUrl, *newBaseUrl);
+    }
+    if (apiBaseUrl) {
+      settings_.set(settings::apiBaseURL, *apiBaseUrl);
+    }
+  });
 }
 
 void ChildAppState::updateEndpoint(const std::optional<std::string>& newEndpoint,
@@ -55,10 +58,12 @@ void ChildAppState::resetEnrollment() {
   lastCheckinTime = std::optional<Date>();
   isDohConfigured = false;
   dohConfigWarning = std::string();
-  for (const auto key : {settings::childIsEnrolled, settings::childDeviceID, settings::childDohEndpoint,
-                         settings::childDohBaseUrl}) {
-    settings_.remove(key);
-  }
+  settings_.writeTogether([this] {
+    for (const auto key : {settings::childIsEnrolled, settings::childDeviceID, settings::childDohEndpoint,
+                           settings::childDohBaseUrl}) {
+      settings_.remove(key);
+    }
+  });
 }
 
 }  // namespace quillmar

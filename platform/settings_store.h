@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ class SettingsStore {
   // On disk when it returns, as far as a kill of the process goes.
   virtual void set(std::string_view key, SettingValue value) = 0;
   virtual void remove(std::string_view key) = 0;
+  // What is written inside, on this thread, is on disk all together or not at all.
+  virtual void writeTogether(const std::function<void()>& writes) = 0;
   // After this, everything written outlives a power cut too.
   virtual void synchronize() = 0;
   virtual std::map<std::string, SettingValue> all() const = 0;

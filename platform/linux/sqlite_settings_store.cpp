@@ -191,6 +191,12 @@ class SqliteSettingsStore::Impl {
     save();
   }
 
+  void writeTogether(const std::function<void()>& writes) {
+    hold();
+    writes();
+    release();
+  }
+
   void synchronize() {
     const std::scoped_lock lock(mutex_);
     if (!unsaved_.empty()) {
@@ -203,6 +209,18 @@ class SqliteSettingsStore::Impl {
 
  private:
   bool isUnsaved(std::string_view key) const { return unsaved_.find(key) != unsaved_.end(); }
+
+  void hold() {
+    const std::scoped_lock lock(mutex_);
+    ++holds_;
+  }
+
+  void release() {
+    const std::scoped_lock lock(mutex_);
+    if (--holds_ == 0 && !unsaved_.empty()) {
+      save();
+    }
+  }
 
   // Takes over what another process has written since.
   void refresh() {
@@ -238,7 +256,7 @@ class SqliteSettingsStore::Impl {
   }
 
   void save() {
-    if (!database_ && !open()) {
+    if (holds_ > 0 || (!database_ && !open())) {
       return;
     }
     int result = execute(database_.get(), "BEGIN IMMEDIATE");
@@ -387,6 +405,7 @@ class SqliteSettingsStore::Impl {
   Values cached_;
   std::set<std::string, std::less<>> unsaved_;
   std::set<std::string> reported_;
+  int holds_ = 0;  // while it is more, values are kept for one common write
 };
 
 SqliteSettingsStore::SqliteSettingsStore(fs::path directory, Log& log)
@@ -401,6 +420,8 @@ std::optional<SettingValue> SqliteSettingsStore::object(std::string_view key) co
 void SqliteSettingsStore::set(std::string_view key, SettingValue value) { impl_->set(key, std::move(value)); }
 
 void SqliteSettingsStore::remove(std::string_view key) { impl_->remove(key); }
+
+void SqliteSettingsStore::writeTogether(const std::function<void()>& writes) { impl_->writeTogether(writes); }
 
 void SqliteSettingsStore::synchronize() { impl_->synchronize(); }
 

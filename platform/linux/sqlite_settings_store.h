@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -27,6 +28,7 @@ class SqliteSettingsStore final : public SettingsStore {
   std::optional<SettingValue> object(std::string_view key) const override;
   void set(std::string_view key, SettingValue value) override;
   void remove(std::string_view key) override;
+  void writeTogether(const std::function<void()>& writes) override;
   void synchronize() override;
   std::map<std::string, SettingValue> all() const override;
 

@@ -48,6 +48,7 @@ TEST(ApplicationRoot, loads_the_four_objects_in_their_order) {
     }
     void set(std::string_view /*key*/, SettingValue /*value*/) override {}
     void remove(std::string_view /*key*/) override {}
+    void writeTogether(const std::function<void()>& writes) override { writes(); }
     void synchronize() override {}
     std::map<std::string, SettingValue> all() const override { return {}; }
     mutable Names asked;

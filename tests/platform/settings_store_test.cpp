@@ -257,6 +257,30 @@ TEST_F(SqliteSettingsStoreTest, a_write_survives_a_kill_once_it_has_returned) {
   EXPECT_THAT(log.printed(), IsEmpty());
 }
 
+TEST_F(SqliteSettingsStoreTest, of_what_is_written_together_a_kill_leaves_all_or_nothing) {
+  fill();
+  Child writer([&] {
+    SqliteSettingsStore store(directory.path(), log);
+    store.writeTogether([&] {
+      store.set("key", std::string("changed"));
+      store.set("other", true);
+      raise(SIGKILL);
+    });
+  });
+  EXPECT_EQ(writer.wait(), std::nullopt);
+  SqliteSettingsStore store(directory.path(), log);
+  EXPECT_EQ(store.string("key"), "value");
+  EXPECT_EQ(store.object("other"), std::nullopt);
+
+  store.writeTogether([&] {
+    store.set("key", std::string("changed"));
+    store.set("other", true);
+  });
+  SqliteSettingsStore reopened(directory.path(), log);
+  EXPECT_EQ(reopened.string("key"), "changed");
+  EXPECT_TRUE(reopened.boolean("other"));
+}
+
 TEST_F(SqliteSettingsStoreTest, a_file_that_is_no_database_is_set_aside) {
   const std::string damaged(5000, 'x');
   std::ofstream(file()) << damaged;

@@ -34,6 +34,8 @@ class MemorySettingsStore final : public SettingsStore {
     }
   }
 
+  void writeTogether(const std::function<void()>& writes) override { writes(); }
+
   void synchronize() override {
     const std::scoped_lock lock(mutex_);
     ++synchronizations_;

@@ -150,6 +150,20 @@ TEST_P(SettingsStoreContract, writers_on_many_threads_lose_nothing) {
   EXPECT_EQ(store().all().size(), 4U * each);
 }
 
+TEST_P(SettingsStoreContract, what_is_written_together_is_seen_at_once_and_stays) {
+  store().set("goes", std::string("old"));
+  store().writeTogether([this] {
+    store().set("first", true);
+    store().remove("goes");
+    EXPECT_TRUE(store().boolean("first"));
+    EXPECT_EQ(store().object("goes"), std::nullopt);
+    store().writeTogether([this] { store().set("second", std::int64_t{2}); });
+  });
+  EXPECT_TRUE(store().boolean("first"));
+  EXPECT_EQ(store().integer("second"), 2);
+  EXPECT_EQ(store().object("goes"), std::nullopt);
+}
+
 TEST_P(SettingsStoreContract, synchronizing_changes_no_value) {
   store().synchronize();
   store().set("key", true);
