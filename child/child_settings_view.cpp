@@ -1,6 +1,5 @@
 #include "child/child_settings_view.h"
 
-#include "child/background_service.h"
 #include "foundation/text.h"
 
 namespace quillmar {
@@ -23,15 +22,9 @@ std::string ChildSettingsView::shortDeviceId() const {
   return firstCharacters(child_->deviceID(), shownIdCharacters) + "...";
 }
 
-void ChildSettingsView::sync() {
-  environment_.backgroundService()->performCheckin();
-  environment_.backgroundService()->checkVPNStatus();
-}
-
 void ChildSettingsView::reset() {
   showResetConfirmation = false;
-  environment_.backgroundService()->stop();
-  child_->resetEnrollment();
+  quillmar::resetEnrollment(environment_);
   dismiss();
 }
 

@@ -76,7 +76,7 @@ class ChildSettingsView final : public ScreenModel {
                             [this] { return !vpn_->isConfigured(); }};
   Action<> copyDoHEndpoint{*this, "copyDoHEndpoint",
                            [this] { environment_.platform().clipboard.setString(child_->dohEndpoint()); }};
-  Action<> forceSync{*this, "forceSync", [this] { sync(); }};
+  Action<> forceSync{*this, "forceSync", [this] { quillmar::forceSync(environment_); }};
   Action<> resetEnrollment{*this, "resetEnrollment", [this] { showResetConfirmation = true; }};
   Action<> confirmReset{*this, "confirmReset", [this] { reset(); },
                         [this] { return showResetConfirmation(); }};
@@ -85,7 +85,6 @@ class ChildSettingsView final : public ScreenModel {
 
  private:
   std::string shortDeviceId() const;
-  void sync();
   void reset();
 
   Environment& environment_;

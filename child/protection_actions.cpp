@@ -1,6 +1,7 @@
 #include "child/protection_actions.h"
 
 #include "child/background_service.h"
+#include "child/child_app_state.h"
 
 namespace quillmar {
 
@@ -12,6 +13,16 @@ void enableProtection(Environment& environment) {
 
 void reconnectTunnel(Environment& environment) {
   environment.vpnManager()->connectVPN([](const std::optional<VPNDNSError>& /*the fields tell*/) {});
+}
+
+void forceSync(Environment& environment) {
+  environment.backgroundService()->performCheckin();
+  environment.backgroundService()->checkVPNStatus();
+}
+
+void resetEnrollment(Environment& environment) {
+  environment.backgroundService()->stop();
+  environment.childAppState()->resetEnrollment();
 }
 
 }  // namespace quillmar

@@ -114,14 +114,19 @@ class CurlHttpSession::Loop {
       acceptIncoming();
       expire();
       startWaiting();
-      do {
-        perform();
-      } while (startWaiting());
+      while (takeTurn()) {
+      }
       sleep();
     }
     cancelAll();
     idleHandles_.clear();
     multi_.reset();
+  }
+
+  // Whether there is more to do at once.
+  bool takeTurn() {
+    const bool anyFinished = perform();
+    return startWaiting() || (anyFinished && !active_.empty());
   }
 
   bool isStopping() {
@@ -176,15 +181,20 @@ class CurlHttpSession::Loop {
     return count == 0 || (connected && count < mostTransfersFromAHost);
   }
 
-  void perform() {
+  // Whether any has finished. Then all others need another turn: with the last of its own answer libcurl may
+  // have read theirs, and version 7.88 would wait for the connection to stir again before it looks there.
+  bool perform() {
     int running = 0;
     curl_multi_perform(multi_.get(), &running);
+    bool anyFinished = false;
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
       if (message->msg == CURLMSG_DONE) {
+        anyFinished = true;
         finish(CurlTransfer::of(message->easy_handle), message->data.result);
       }
     }
+    return anyFinished;
   }
 
   void finish(CurlTransfer& finished, CURLcode code) {

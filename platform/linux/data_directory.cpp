@@ -1,15 +1,13 @@
 #include "platform/linux/data_directory.h"
 
-#include <fcntl.h>
 #include <pwd.h>
-#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdlib>
 #include <string>
 #include <system_error>
-#include <utility>
 
 namespace quillmar {
 namespace {
@@ -37,10 +35,23 @@ fs::path homeDirectory() {
   return found ? fs::path(found->pw_dir) : fs::path("/");
 }
 
+bool isPrivate(const fs::path& directory) {
+  struct stat status {};
+  return ::lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+         status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
 }  // namespace
 
 fs::path dataDirectory() {
   return absolutePathIn("XDG_DATA_HOME").value_or(homeDirectory() / ".local" / "share") / "quillmar";
+}
+
+fs::path configDirectory() { return absolutePathIn("XDG_CONFIG_HOME").value_or(homeDirectory() / ".config"); }
+
+std::optional<fs::path> runtimeDirectory() {
+  const auto root = absolutePathIn("XDG_RUNTIME_DIR");
+  return root && isPrivate(*root) ? std::optional(*root / "quillmar") : std::nullopt;
 }
 
 bool createPrivateDirectory(const fs::path& directory) {
@@ -51,18 +62,6 @@ bool createPrivateDirectory(const fs::path& directory) {
   fs::create_directories(directory.parent_path(), error);
   ::mkdir(directory.c_str(), S_IRWXU);
   return fs::is_directory(directory, error);
-}
-
-std::optional<InstanceLock> InstanceLock::acquire(const fs::path& directory) {
-  if (!createPrivateDirectory(directory)) {
-    return std::nullopt;
-  }
-  FileDescriptor file(
-      ::open((directory / "instance.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
-  if (!file || flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
-    return std::nullopt;
-  }
-  return InstanceLock(std::move(file));
 }
 
 }  // namespace quillmar

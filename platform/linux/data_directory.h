@@ -3,29 +3,21 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/linux/file_descriptor.h"
-
 namespace quillmar {
 
 // Where an installation keeps its files: `quillmar` under $XDG_DATA_HOME when that is an absolute path, else
-// under
-// ~/.local/share. Only named here, not made.
+// under ~/.local/share. Only named here, not made.
 std::filesystem::path dataDirectory();
+
+// Where programs keep what their user sets: $XDG_CONFIG_HOME when that is an absolute path, else ~/.config.
+std::filesystem::path configDirectory();
+
+// Where its sockets are: `quillmar` under $XDG_RUNTIME_DIR, when that is an absolute path to a directory that
+// belongs to this user and that nobody else may enter. Nothing otherwise.
+std::optional<std::filesystem::path> runtimeDirectory();
 
 // Makes the directory, readable by its user only; one that exists stays as it is. False when there is none
 // afterwards.
 bool createPrivateDirectory(const std::filesystem::path& directory);
-
-// Held by the one instance that may use a data directory. It ends with the process, however that ends.
-class InstanceLock {
- public:
-  // Nothing when another instance holds it or the directory can't be used.
-  static std::optional<InstanceLock> acquire(const std::filesystem::path& directory);
-
- private:
-  explicit InstanceLock(FileDescriptor file) : file_(std::move(file)) {}
-
-  FileDescriptor file_;
-};
 
 }  // namespace quillmar

@@ -3,19 +3,30 @@
 #include <QTextStream>
 #include <csignal>
 #include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "app/quillmar_app.h"
 #include "app/role_manager.h"
 #include "child/child_app_state.h"
+#include "platform/linux/data_directory.h"
+#include "programs/control/autostart.h"
+#include "programs/control/control_desk.h"
+#include "programs/control/control_server.h"
+#include "programs/control/work_place.h"
 #include "programs/doctor/doctor.h"
+#include "programs/quillmar/application_bus.h"
 #include "programs/quillmar/options.h"
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
-#include "programs/quillmar/single_instance.h"
 #include "ui/adapters/qt_scene_phase.h"
 #include "ui/window.h"
 
 namespace {
+
+namespace control = quillmar::control;
 
 using quillmar::DeviceRole;
 using quillmar::Options;
@@ -52,11 +63,39 @@ bool useSandbox(quillmar::SandboxProcess& sandbox, Options& options) {
   return true;
 }
 
-int runWindow(const Options& options, quillmar::SingleInstance& instance) {
+// Whether this is the installation that desktops and systemd mean.
+bool isOrdinary(const Options& options) {
+  return !options.service && !options.simulatesTunnel && options.dataDirectory == quillmar::dataDirectory();
+}
+
+void showWindow(quillmar::ui::Window& window, const std::string& activationToken) {
+  if (!activationToken.empty()) {
+    qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+  }
+  window.raise();
+}
+
+// A device that is enrolled in this window is protected by the agent once that is closed, and after each
+// login.
+quillmar::Subscription keepAutostart(QuillmarApp& app) {
+  const auto child = app.environment().childAppState();
+  auto& queue = app.environment().platform().dispatch.global(quillmar::QualityOfService::background);
+  return child->isEnrolled.onChange([&queue, &state = *child] {
+    queue.async([isEnrolled = state.isEnrolled()] {
+      const auto problem = isEnrolled ? control::enableAutostart() : control::disableAutostart();
+      if (problem) {
+        QTextStream(stderr) << "quillmar: " << problem->c_str() << '\n';
+      }
+    });
+  });
+}
+
+int runWindow(const Options& options) {
   quillmar::ProductMachine machine(options);
   QuillmarApp app(machine.ports(), options.service ? quillmar::Deployments::all(*options.service)
                                                    : quillmar::Deployments::builtIn());
   app.launch();
+  const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
   quillmar::ui::Window window(
       app.contentView(), machine.qrEncoder(), machine.windowStyle(),
@@ -64,21 +103,56 @@ int runWindow(const Options& options, quillmar::SingleInstance& instance) {
        .permissionPrompt = &machine.permissionPrompt(),
        .biometricPrompt = &machine.biometricPrompt(),
        .cameraFrames = &machine.cameraFrames()});
-  const quillmar::ui::QtScenePhase phases(window.quickWindow(), [&app](WindowPhase phase) {
+  const auto show = [&window](const std::string& token) { showWindow(window, token); };
+  control::ControlDesk desk(app.environment(),
+                            {.worker = control::Worker::window, .show = show, .yield = {}});
+  control::ControlServer server(options.dataDirectory, machine.ports().dispatch,
+                                [&desk](const std::string& line, control::ControlServer::Reply reply) {
+                                  desk.handle(line, std::move(reply));
+                                });
+  const quillmar::ui::QtScenePhase phases(window.quickWindow(), [&](WindowPhase phase) {
     app.setScenePhase(scenePhase(phase));
+    server.keepReachable();
     if (phase == WindowPhase::active) {
       app.applicationDidBecomeActive();
     }
   });
-  instance.onKnock([&window] { window.raise(); });
-  // A closed window leaves a child's protection running; a second start shows it again.
-  QObject::connect(&window.quickWindow(), &QWindow::visibleChanged, [&app](bool isVisible) {
-    if (!isVisible && !protects(app)) {
+  // A closed window leaves a child's protection running: in an agent that waits for the work, or else in this
+  // process, whose window a second start shows again.
+  QObject::connect(&window.quickWindow(), &QWindow::visibleChanged, [&](bool isVisible) {
+    if (!isVisible && (!protects(app) || control::isAgentWaiting(options.dataDirectory))) {
       QGuiApplication::quit();
     }
   });
   window.show();
+  const auto bus = isOrdinary(options) ? std::make_unique<quillmar::ApplicationBus>(show) : nullptr;
   return QGuiApplication::exec();
+}
+
+// The lock on the installation, held from here on; or what the program ends with, as another one has the
+// work. Where the folder can't be used at all the program runs without a lock.
+struct Entrance {
+  std::optional<quillmar::InstanceLock> lock;
+  std::optional<int> exitStatus;
+};
+
+Entrance enter(const Options& options) {
+  constexpr int busy = 5;
+  if (!quillmar::createPrivateDirectory(options.dataDirectory)) {
+    return {};
+  }
+  auto place = control::takeWorkPlace(
+      options.dataDirectory,
+      control::ControlRequest{.operation = std::string(quillmar::rawValue(control::Operation::show)),
+                              .activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN").toStdString()});
+  if (place.occupant) {
+    return {.lock = {}, .exitStatus = 0};
+  }
+  if (!place.lock) {
+    QTextStream(stderr) << "quillmar: another program of this installation does not answer\n";
+    return {.lock = {}, .exitStatus = busy};
+  }
+  return {.lock = std::move(place.lock), .exitStatus = {}};
 }
 
 int runDoctor(int count, char** arguments) {
@@ -106,13 +180,13 @@ int main(int count, char** arguments) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
 
   Options options = quillmar::parseOptions(application);
-  quillmar::SingleInstance instance;
-  if (instance.take(options.dataDirectory) == quillmar::SingleInstance::Place::second) {
-    return 0;
+  const Entrance entrance = enter(options);
+  if (entrance.exitStatus) {
+    return *entrance.exitStatus;
   }
   quillmar::SandboxProcess sandbox;
   if (options.startsSandbox && !useSandbox(sandbox, options)) {
     return 1;
   }
-  return runWindow(options, instance);
+  return runWindow(options);
 }

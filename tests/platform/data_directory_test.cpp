@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -57,30 +54,29 @@ TEST(DataDirectory, is_not_made_over_a_file) {
   EXPECT_FALSE(createPrivateDirectory(temporary.path() / "file" / "below"));
 }
 
-TEST(InstanceLock, is_held_by_one_at_a_time_and_given_back_at_its_end) {
-  const TemporaryDirectory directory;
-  {
-    const auto first = InstanceLock::acquire(directory.path());
-    EXPECT_TRUE(first);
-    EXPECT_FALSE(InstanceLock::acquire(directory.path()));
-  }
-  EXPECT_TRUE(InstanceLock::acquire(directory.path()));
+TEST(ConfigDirectory, is_where_the_desktop_says_or_in_the_home_directory) {
+  const ScopedEnvironment home("HOME", "/home/ann");
+  const ScopedEnvironment config("XDG_CONFIG_HOME", "/config");
+  EXPECT_EQ(configDirectory(), "/config");
+  const ScopedEnvironment unusable("XDG_CONFIG_HOME", "relative/path");
+  EXPECT_EQ(configDirectory(), "/home/ann/.config");
 }
 
-TEST(InstanceLock, ends_with_its_process_however_that_ends) {
-  const TemporaryDirectory directory;
-  const pid_t other = fork();
-  if (other == 0) {
-    const auto held = InstanceLock::acquire(directory.path());
-    raise(held ? SIGKILL : SIGTERM);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(other, &status, 0), other);
-  EXPECT_EQ(WTERMSIG(status), SIGKILL);
-  EXPECT_TRUE(InstanceLock::acquire(directory.path()));
+TEST(RuntimeDirectory, is_where_the_session_says_if_nobody_else_may_enter) {
+  const TemporaryDirectory temporary;
+  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", temporary.path().c_str());
+  EXPECT_EQ(runtimeDirectory(), temporary.path() / "quillmar");
+  ASSERT_EQ(chmod(temporary.path().c_str(), 0750), 0);
+  EXPECT_EQ(runtimeDirectory(), std::nullopt);
 }
 
-TEST(InstanceLock, needs_a_directory) { EXPECT_FALSE(InstanceLock::acquire("/dev/null/x")); }
+TEST(RuntimeDirectory, is_nowhere_without_a_usable_session) {
+  for (const char* value :
+       {static_cast<const char*>(nullptr), "", "relative/path", "/dev/null", "/nowhere/at/all"}) {
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", value);
+    EXPECT_EQ(runtimeDirectory(), std::nullopt);
+  }
+}
 
 }  // namespace
 }  // namespace quillmar

@@ -1,0 +1,74 @@
+#include "platform/linux/instance_lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <thread>
+
+#include "platform/linux/data_directory.h"
+#include "platform/linux/thread_signals.h"
+
+namespace quillmar {
+namespace {
+
+namespace fs = std::filesystem;
+
+FileDescriptor openLockFile(const fs::path& file) {
+  return createPrivateDirectory(file.parent_path())
+             ? FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
+             : FileDescriptor();
+}
+
+// A lock on a file that has been removed meanwhile keeps nobody else out.
+bool isStillThere(const FileDescriptor& file, const fs::path& path) {
+  struct stat opened {};
+  struct stat named {};
+  return ::fstat(file.get(), &opened) == 0 && ::stat(path.c_str(), &named) == 0 &&
+         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+}
+
+bool lockWaiting(const FileDescriptor& file) {
+  int result = 0;
+  do {
+    result = ::flock(file.get(), LOCK_EX);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+bool lockAtOnce(const FileDescriptor& file) { return ::flock(file.get(), LOCK_EX | LOCK_NB) == 0; }
+
+FileDescriptor waitFor(const fs::path& path) {
+  for (FileDescriptor file = openLockFile(path); file && lockWaiting(file); file = openLockFile(path)) {
+    if (isStillThere(file, path)) {
+      return file;
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+std::optional<InstanceLock> InstanceLock::acquire(const fs::path& directory, std::string_view name) {
+  return receive(openLockFile(directory / name), directory, name);
+}
+
+void InstanceLock::whenFree(const fs::path& directory, std::function<void(std::optional<InstanceLock>)> taken,
+                            std::string_view name) {
+  std::thread([path = directory / name, taken = std::move(taken)] {
+    blockSignalsOfThisThread();
+    FileDescriptor file = waitFor(path);
+    taken(file ? std::optional(InstanceLock(std::move(file))) : std::nullopt);
+  }).detach();
+}
+
+std::optional<InstanceLock> InstanceLock::receive(FileDescriptor file, const fs::path& directory,
+                                                  std::string_view name) {
+  if (!file || !isStillThere(file, directory / name) || !lockAtOnce(file)) {
+    return std::nullopt;
+  }
+  return InstanceLock(std::move(file));
+}
+
+}  // namespace quillmar

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "client/deployments.h"
+#include "platform/linux/absent_haptics.h"
+#include "platform/linux/asio_dispatch.h"
+#include "platform/linux/curl_http_session.h"
+#include "platform/linux/linux_device_info.h"
+#include "platform/linux/qrencode_encoder.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "platform/linux/system_log.h"
+#include "platform/platform.h"
+#include "programs/agent/absent_ports.h"
+#include "programs/agent/options.h"
+
+namespace quillmar::agent {
+
+// The program's log. A person in front of a terminal hears only what needs them: that settings can't be
+// saved.
+class AgentLog final : public Log {
+ public:
+  explicit AgentLog(bool tellsEverything) : tellsEverything_(tellsEverything) {}
+
+  void print(std::string_view line) override;
+  void system(std::string_view line) override { log_.system(line); }
+
+ private:
+  const bool tellsEverything_;
+  SystemLog log_{"quillmar-agent"};
+};
+
+// The adapters of this computer, for a program without a window.
+class AgentMachine {
+ public:
+  AgentMachine(const Options& options, AsioDispatch& dispatch, Log& log);
+  AgentMachine(const AgentMachine&) = delete;
+  AgentMachine& operator=(const AgentMachine&) = delete;
+  ~AgentMachine();
+
+  Platform ports();
+
+ private:
+  Log& log_;
+  AsioDispatch& dispatch_;
+  SqliteSettingsStore settings_;
+  CurlHttpSession http_;
+  std::unique_ptr<TunnelService> tunnel_;
+  AbsentSecureItems secureItems_;
+  AbsentBiometrics biometrics_;
+  LinuxDeviceInfo deviceInfo_;
+  AbsentClipboard clipboard_;
+  AbsentHaptics haptics_;
+  AbsentWindowStyle windowStyle_;
+  QrencodeEncoder qrEncoder_;
+  AbsentQRReader qrReader_;
+};
+
+Deployments deploymentsFor(const Options& options);
+
+}  // namespace quillmar::agent

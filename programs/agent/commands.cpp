@@ -1,0 +1,188 @@
+#include "programs/agent/commands.h"
+
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "app/environment.h"
+#include "app/role_manager.h"
+#include "child/vpn_dns_manager.h"
+#include "foundation/json.h"
+#include "foundation/json_decode.h"
+#include "platform/linux/data_directory.h"
+#include "programs/agent/agent_machine.h"
+#include "programs/agent/status_text.h"
+#include "programs/agent/terminal.h"
+#include "programs/control/autostart.h"
+#include "programs/control/control_client.h"
+#include "programs/control/control_desk.h"
+#include "programs/control/work_place.h"
+#include "programs/doctor/doctor.h"
+
+namespace quillmar::agent {
+namespace {
+
+using control::ControlReply;
+using control::ControlRequest;
+using control::Operation;
+
+// The longest that a check-in may take, and then some.
+constexpr auto answerPatience = std::chrono::seconds(75);
+constexpr auto tunnelPatience = std::chrono::seconds(2);
+
+bool hasInstallation(const Options& options) {
+  std::error_code none;
+  return std::filesystem::exists(options.dataDirectory / SqliteSettingsStore::fileName, none);
+}
+
+// The work of one request, by this process itself.
+class OwnDesk {
+ public:
+  explicit OwnDesk(const Options& options)
+      : machine_(options, dispatch_, log_), environment_(machine_.ports(), deploymentsFor(options)) {
+    bool isLoaded = false;
+    environment_.vpnManager()->loadExistingConfig([&isLoaded] { isLoaded = true; });
+    const auto deadline = std::chrono::steady_clock::now() + tunnelPatience;
+    while (!isLoaded && dispatch_.runOne(deadline)) {
+    }
+  }
+
+  ControlReply ask(const std::string& line) {
+    std::optional<std::string> answer;
+    desk_.handle(line, [&answer](const control::Message& message) { answer = message.line; });
+    while (!answer && dispatch_.runOne(std::chrono::steady_clock::now() + answerPatience)) {
+    }
+    const auto reply = decodeJson<ControlReply>(answer.value_or(""));
+    return reply.ok() ? reply.value() : ControlReply{.error = "There was no answer."};
+  }
+
+ private:
+  AgentLog log_{false};
+  AsioDispatch dispatch_;
+  AgentMachine machine_;
+  Environment environment_;
+  control::ControlDesk desk_{environment_, {}};
+};
+
+// By the process that does the work of the installation, or else by this one.
+std::optional<ControlReply> carryOut(const Options& options, Operation operation) {
+  const ControlRequest request{.operation = std::string(rawValue(operation))};
+  if (auto answer = control::ask(options.dataDirectory, request, answerPatience)) {
+    return std::move(answer->reply);
+  }
+  if (!hasInstallation(options)) {
+    return ControlReply{.device = control::DeviceStatus{.role = std::string(rawValue(DeviceRole::unset))}};
+  }
+  std::optional<InstanceLock> lock;
+  if (operation != Operation::status && !(lock = InstanceLock::acquire(options.dataDirectory))) {
+    return std::nullopt;
+  }
+  ControlReply reply = OwnDesk(options).ask(encodeJson(request).value());
+  reply.worker.reset();
+  reply.processID.reset();
+  return reply;
+}
+
+ExitStatus tellNobodyAnswers() {
+  complain("Another program of this installation is in the way and does not answer.");
+  return ExitStatus::busy;
+}
+
+// Why this device can't do what an enrolled child's device can.
+std::optional<ExitStatus> obstacle(const ControlReply& reply) {
+  const ExitStatus status = exitStatusOf(reply);
+  if (status == ExitStatus::parentsDevice) {
+    complain("This is a parent's device.");
+  } else if (status == ExitStatus::notEnrolled) {
+    complain("This device is not enrolled.");
+  } else {
+    return std::nullopt;
+  }
+  return status;
+}
+
+bool agrees() {
+  write(
+      "Reset Enrollment?\nThis will remove this device from parental monitoring. You will need to enroll "
+      "again."
+      " [y/N] ");
+  std::string word;
+  std::getline(std::cin, word);
+  return word == "y" || word == "Y" || word == "yes";
+}
+
+}  // namespace
+
+ExitStatus tellStatus(const Options& options) {
+  const auto reply = carryOut(options, Operation::status);
+  if (!reply) {
+    return tellNobodyAnswers();
+  }
+  if (options.writesJson) {
+    writeLine(encodeJson(*reply).value());
+  } else {
+    const LinuxDeviceInfo device;
+    write(statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now()),
+                     {device.locale(), device.timeZone()}));
+  }
+  return exitStatusOf(*reply);
+}
+
+ExitStatus sync(const Options& options) {
+  const auto reply = carryOut(options, Operation::sync);
+  if (!reply) {
+    return tellNobodyAnswers();
+  }
+  if (const auto status = obstacle(*reply)) {
+    return *status;
+  }
+  if (!reply->device->isConnectedToServer) {
+    complain("The service could not be reached.");
+    return ExitStatus::failed;
+  }
+  writeLine("Checked in.");
+  return ExitStatus::done;
+}
+
+ExitStatus reset(const Options& options) {
+  const auto before = carryOut(options, Operation::status);
+  if (!before) {
+    return tellNobodyAnswers();
+  }
+  if (const auto status = obstacle(*before)) {
+    return *status;
+  }
+  if (!options.isConfirmed && !agrees()) {
+    writeLine("Nothing was changed.");
+    return ExitStatus::cancelled;
+  }
+  const auto reply = carryOut(options, Operation::reset);
+  if (!reply) {
+    return tellNobodyAnswers();
+  }
+  if (exitStatusOf(*reply) != ExitStatus::notEnrolled) {
+    complain(reply->error.value_or("This device could not be reset."));
+    return ExitStatus::failed;
+  }
+  if (options.dataDirectory == dataDirectory()) {
+    if (const auto problem = control::disableAutostart()) {
+      complain(*problem);
+    }
+  }
+  writeLine(
+      "This device has left its family. The tunnel's configuration stays; the system's network settings "
+      "can remove it.");
+  return ExitStatus::done;
+}
+
+ExitStatus examine(const Options& options) {
+  const bool isFit = doctor::examineMachine(
+      {.dataDirectory = options.dataDirectory, .service = options.service, .caFile = options.caFile},
+      std::cout);
+  return isFit ? ExitStatus::done : ExitStatus::failed;
+}
+
+}  // namespace quillmar::agent

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "programs/agent/options.h"
+
+// What each word of the command line does. Each waits until it is done.
+namespace quillmar::agent {
+
+ExitStatus enroll(const Options& options);
+ExitStatus run(const Options& options);
+ExitStatus tellStatus(const Options& options);
+ExitStatus sync(const Options& options);
+ExitStatus reset(const Options& options);
+ExitStatus examine(const Options& options);
+
+}  // namespace quillmar::agent

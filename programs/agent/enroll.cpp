@@ -1,0 +1,230 @@
+#include <csignal>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "app/environment.h"
+#include "app/role_manager.h"
+#include "app/settings_keys.h"
+#include "child/child_app_state.h"
+#include "child/child_enrollment_view.h"
+#include "programs/agent/agent_machine.h"
+#include "programs/agent/commands.h"
+#include "programs/agent/qr_drawing.h"
+#include "programs/agent/signal_watch.h"
+#include "programs/agent/terminal.h"
+#include "programs/control/autostart.h"
+#include "programs/control/control_client.h"
+#include "programs/control/work_place.h"
+
+namespace quillmar::agent {
+namespace {
+
+constexpr auto statusPatience = std::chrono::seconds(3);
+constexpr auto saveRetry = std::chrono::seconds(5);
+
+// The enrollment's screen, in a terminal.
+class EnrollmentScreen {
+ public:
+  EnrollmentScreen(ChildEnrollmentView& view, const Terminal& terminal) : view_(view), terminal_(terminal) {}
+
+  void greet() const {
+    write(view_.title() + '\n' + view_.tagline() + "\n\n" + view_.loadingHeading() + '\n');
+  }
+
+  void showCode(const QREncoder& encoder) {
+    write('\n' + view_.codeHeading() + '\n' + view_.codeText() + "\n\n");
+    const auto modules = encoder.encode(view_.qrCodeData());
+    if (const auto lines = modules ? drawQRCode(*modules, terminal_) : std::nullopt) {
+      for (const std::string& line : *lines) {
+        writeLine(line);
+      }
+    } else {
+      write(
+          "This terminal can't show a QR code: it would need UTF-8 or colours, and enough\n"
+          "columns. What the code says, for any program that makes one:\n\n" +
+          view_.qrCodeData() + '\n');
+    }
+    write('\n' + view_.codeLabel() + ": " + view_.enrollmentCode() + "\n\n");
+    if (!terminal_.isInteractive) {
+      writeLine(view_.waitingText());
+    }
+  }
+
+  // The waiting line once more, its dots as they are now.
+  void showWaiting() {
+    if (!terminal_.isInteractive || !view_.loadingDots) {
+      return;
+    }
+    std::string line = '\r' + view_.waitingText() + ' ';
+    for (const double opacity : view_.loadingDots->opacities()) {
+      line += opacity < 1 ? '.' : 'o';
+    }
+    isLineOpen_ = write(line);
+  }
+
+  // What follows begins a line of its own.
+  void endWaiting() {
+    if (std::exchange(isLineOpen_, false)) {
+      write("\n");
+    }
+  }
+
+ private:
+  ChildEnrollmentView& view_;
+  const Terminal terminal_;
+  bool isLineOpen_ = false;
+};
+
+// Read anew from the disk, which may be full.
+bool isSaved(const Options& options, Log& log) {
+  return SqliteSettingsStore(options.dataDirectory, log).boolean(settings::childIsEnrolled);
+}
+
+// One enrollment from the first request to a saved device, or to the reason why there is none.
+class Enrollment {
+ public:
+  Enrollment(const Options& options, const Terminal& terminal)
+      : options_(options),
+        machine_(options, dispatch_, log_),
+        environment_(machine_.ports(), deploymentsFor(options)),
+        view_(std::make_shared<ChildEnrollmentView>(environment_)),
+        screen_(*view_, terminal) {}
+
+  ExitStatus carryOut() {
+    RoleManager& role = *environment_.roleManager();
+    if (role.currentRole() == DeviceRole::parent) {
+      complain("This is a parent's device; that can't be changed.");
+      return ExitStatus::parentsDevice;
+    }
+    if (environment_.childAppState()->isEnrolled()) {
+      writeLine("This device is enrolled already.");
+      return ExitStatus::done;
+    }
+    role.setRole(DeviceRole::child);
+    const SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
+    observe();
+    screen_.greet();
+    view_->appear();
+    view_->startEnrollment();
+    dispatch_.run();
+    return status_;
+  }
+
+ private:
+  void observe() {
+    reactions_.push_back(view_->qrCodeData.onChange([this] {
+      if (!view_->qrCodeData().empty()) {
+        screen_.showCode(machine_.ports().qrEncoder);
+      }
+    }));
+    reactions_.push_back(view_->showError.onChange([this] { fail(); }));
+    // At the end of the turn in which it is enrolled, when that is stored too.
+    reactions_.push_back(environment_.childAppState()->isEnrolled.onChange(
+        [this] { dispatch_.main().async([this] { finish(); }); }));
+    ticks_ = dispatch_.scheduleRepeating(ChildLoadingDots::period, [this] { screen_.showWaiting(); });
+  }
+
+  void cancel(int signal) {
+    screen_.endWaiting();
+    view_->cancelEnrollment();
+    const bool isGone = signal == SIGHUP;
+    end(isGone || !writeLine("Cancelled. This device is not enrolled.") ? ExitStatus::failed
+                                                                        : ExitStatus::cancelled);
+  }
+
+  void fail() {
+    screen_.endWaiting();
+    complain(view_->errorMessage());
+    end(ExitStatus::failed);
+  }
+
+  void finish() {
+    ticks_.reset();
+    screen_.endWaiting();
+    machine_.ports().settings.synchronize();
+    if (isSaved(options_, log_)) {
+      writeLine("This device is enrolled.");
+      end(ExitStatus::done);
+      return;
+    }
+    complain("The enrollment can't be saved yet. Make room on the disk; this program waits.");
+    ticks_ = dispatch_.scheduleRepeating(saveRetry, [this] { saveAgain(); });
+  }
+
+  void saveAgain() {
+    machine_.ports().settings.synchronize();
+    if (isSaved(options_, log_)) {
+      writeLine("This device is enrolled.");
+      end(ExitStatus::done);
+    }
+  }
+
+  void end(ExitStatus status) {
+    ticks_.reset();
+    status_ = status;
+    dispatch_.stop();
+  }
+
+  const Options& options_;
+  AgentLog log_{false};
+  AsioDispatch dispatch_;
+  AgentMachine machine_;
+  Environment environment_;
+  const std::shared_ptr<ChildEnrollmentView> view_;
+  EnrollmentScreen screen_;
+  std::vector<Subscription> reactions_;
+  std::unique_ptr<Timer> ticks_;
+  ExitStatus status_ = ExitStatus::failed;
+};
+
+ExitStatus refuse(const control::WorkPlace& place) {
+  complain(place.occupant == control::Worker::window
+               ? "The Quillmar window is open. Enroll there, or close it first."
+               : "Another program of this installation is in the way and does not answer.");
+  return ExitStatus::busy;
+}
+
+// By what the process says that does the work now; it need not be disturbed any further.
+bool isEnrolledElsewhere(const Options& options) {
+  const auto answer =
+      control::ask(options.dataDirectory, {.operation = std::string(rawValue(control::Operation::status))},
+                   statusPatience);
+  return answer && answer->reply.device && answer->reply.device->isEnrolled;
+}
+
+ExitStatus protect(const Options& options) {
+  if (!options.startsWithSession) {
+    writeLine("To protect it: quillmar-agent run");
+    return ExitStatus::done;
+  }
+  if (const auto problem = control::enableAutostart()) {
+    complain(*problem);
+    return ExitStatus::failed;
+  }
+  writeLine("It is protected from now on, and whenever you log in.");
+  return ExitStatus::done;
+}
+
+}  // namespace
+
+ExitStatus enroll(const Options& options) {
+  if (isEnrolledElsewhere(options)) {
+    writeLine("This device is enrolled already.");
+    return options.startsWithSession ? protect(options) : ExitStatus::done;
+  }
+  holdEndingSignals();
+  ExitStatus status = ExitStatus::failed;
+  {
+    const auto place = control::takeWorkPlace(options.dataDirectory);
+    if (!place.lock) {
+      return refuse(place);
+    }
+    status = Enrollment(options, Terminal::ofStandardOutput()).carryOut();
+  }
+  return status == ExitStatus::done ? protect(options) : status;
+}
+
+}  // namespace quillmar::agent

@@ -1,0 +1,53 @@
+#include <malloc.h>
+
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "programs/agent/commands.h"
+#include "programs/agent/signal_watch.h"
+#include "programs/agent/terminal.h"
+
+namespace {
+
+using namespace quillmar::agent;
+
+constexpr std::array<std::pair<Command, ExitStatus (*)(const Options&)>, 6> commands{{
+    {Command::enroll, enroll},
+    {Command::run, run},
+    {Command::status, tellStatus},
+    {Command::sync, sync},
+    {Command::reset, reset},
+    {Command::doctor, examine},
+}};
+
+ExitStatus carryOut(const Options& options) {
+  for (const auto& [command, work] : commands) {
+    if (command == options.command) {
+      return work(options);
+    }
+  }
+  return ExitStatus::usage;
+}
+
+ExitStatus answer(const Parsed& parsed) {
+  if (parsed.status == ExitStatus::done) {
+    write(parsed.text);
+  } else {
+    complain(parsed.text);
+  }
+  return parsed.status;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  // Few threads that do little: an arena for each of them would be most of the memory.
+  mallopt(M_ARENA_MAX, 1);
+  const auto parsed = parse(std::vector<std::string>(arguments + 1, arguments + count));
+  if (!parsed.options) {
+    return static_cast<int>(answer(parsed));
+  }
+  return static_cast<int>(carryOut(*parsed.options));
+}

@@ -1,0 +1,86 @@
+#include "programs/agent/qr_drawing.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace quillmar::agent {
+namespace {
+
+constexpr std::string_view blackOnWhite = "\x1b[30;107m";
+constexpr std::string_view white = "\x1b[107m";
+constexpr std::string_view black = "\x1b[40m";
+constexpr std::string_view ordinary = "\x1b[0m";
+
+// By the upper and the lower half: the character of which exactly these are filled.
+constexpr std::array<std::array<std::string_view, 2>, 2> halves{{{" ", "▄"}, {"▀", "█"}}};
+
+// The code in its quiet zone; all outside is light.
+class Sheet {
+ public:
+  Sheet(const QRModules& modules, std::size_t margin) : modules_(modules), margin_(margin) {}
+
+  std::size_t side() const { return modules_.side + 2 * margin_; }
+  bool isDark(std::size_t row, std::size_t column) const {
+    const bool isInside = row >= margin_ && column >= margin_ && row < margin_ + modules_.side &&
+                          column < margin_ + modules_.side;
+    return isInside && modules_.isDark(row - margin_, column - margin_);
+  }
+
+ private:
+  const QRModules& modules_;
+  const std::size_t margin_;
+};
+
+std::string halfBlockLine(const Sheet& sheet, std::size_t row, bool hasColour) {
+  std::string line(hasColour ? blackOnWhite : "");
+  for (std::size_t column = 0; column < sheet.side(); ++column) {
+    // Ink is dark on a sheet that is made white, and light on a terminal that is taken to be dark.
+    const bool upper = sheet.isDark(row, column) == hasColour;
+    const bool lower = sheet.isDark(row + 1, column) == hasColour;
+    line += halves[upper ? 1 : 0][lower ? 1 : 0];
+  }
+  return line += hasColour ? ordinary : "";
+}
+
+std::string spaceLine(const Sheet& sheet, std::size_t row, std::size_t width) {
+  std::string line;
+  for (std::size_t column = 0; column < sheet.side(); ++column) {
+    line += sheet.isDark(row, column) ? black : white;
+    line.append(width, ' ');
+  }
+  return line += ordinary;
+}
+
+std::vector<std::string> linesOf(const Sheet& sheet, const Terminal& terminal) {
+  std::vector<std::string> lines;
+  if (terminal.hasUTF8) {
+    for (std::size_t row = 0; row < sheet.side(); row += 2) {
+      lines.push_back(halfBlockLine(sheet, row, terminal.hasColour));
+    }
+    return lines;
+  }
+  const bool hasRoom = 2 * sheet.side() <= static_cast<std::size_t>(terminal.columns);
+  for (std::size_t row = 0; row < sheet.side(); ++row) {
+    lines.push_back(spaceLine(sheet, row, hasRoom ? 2 : 1));
+  }
+  return lines;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> drawQRCode(const QRModules& modules, const Terminal& terminal) {
+  if (!terminal.hasUTF8 && !terminal.hasColour) {
+    return std::nullopt;
+  }
+  // A narrower margin than the standard's still scans, better than a code that is cut.
+  for (const std::size_t margin : {4U, 2U}) {
+    const Sheet sheet(modules, margin);
+    if (sheet.side() <= static_cast<std::size_t>(terminal.columns)) {
+      return linesOf(sheet, terminal);
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace quillmar::agent

@@ -1,0 +1,254 @@
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "app/environment.h"
+#include "app/role_manager.h"
+#include "child/background_service.h"
+#include "child/child_app_state.h"
+#include "child/vpn_dns_manager.h"
+#include "platform/linux/instance_lock.h"
+#include "platform/linux/system_log.h"
+#include "programs/agent/agent_machine.h"
+#include "programs/agent/commands.h"
+#include "programs/agent/service_manager.h"
+#include "programs/agent/signal_watch.h"
+#include "programs/agent/terminal.h"
+#include "programs/control/control_desk.h"
+#include "programs/control/control_server.h"
+#include "programs/control/work_place.h"
+
+namespace quillmar::agent {
+namespace {
+
+using Tell = std::function<void(const std::string&)>;
+
+// A line for each change that a person would want to know of.
+class Events {
+ public:
+  Events(Environment& environment, Tell tell) : tell_(std::move(tell)) {
+    auto& child = *environment.childAppState();
+    auto& vpn = *environment.vpnManager();
+    checkins_ = child.observe([this, &child](const Member& changed) {
+      if (&changed == &child.isConnectedToServer && child.isEnrolled()) {
+        tellConnection(child.isConnectedToServer());
+      }
+    });
+    changes_.push_back(vpn.statusMessage.onChange([this, &vpn] { tell_("Tunnel: " + vpn.statusMessage()); }));
+    changes_.push_back(child.dohConfigWarning.onChange([this, &child] {
+      if (!child.dohConfigWarning().empty()) {
+        tell_(child.dohConfigWarning());
+      }
+    }));
+    changes_.push_back(child.dohEndpoint.onChange([this, &child] {
+      if (!child.dohEndpoint().empty()) {
+        tell_("DoH Endpoint: " + child.dohEndpoint());
+      }
+    }));
+    changes_.push_back(child.isEnrolled.onChange([this, &child] {
+      if (!child.isEnrolled()) {
+        tell_("This device has left its family and is no longer looked after.");
+      }
+    }));
+  }
+
+ private:
+  void tellConnection(bool isConnected) {
+    if (std::exchange(isConnected_, isConnected) != isConnected) {
+      tell_(isConnected ? "The service is reached." : "The service can't be reached.");
+    }
+  }
+
+  const Tell tell_;
+  std::optional<bool> isConnected_;
+  Subscription checkins_;
+  std::vector<Subscription> changes_;
+};
+
+// The child's background work, for as long as this process has the installation's lock.
+class Work {
+ public:
+  Work(const Options& options, AsioDispatch& dispatch, Log& log, Tell tell,
+       control::ControlDesk::Duties duties)
+      : machine_(options, dispatch, log),
+        environment_(machine_.ports(), deploymentsFor(options)),
+        events_(environment_, std::move(tell)),
+        desk_(environment_, std::move(duties)) {}
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+  ~Work() { environment_.backgroundService()->stop(); }
+
+  bool isParents() { return environment_.roleManager()->currentRole() == DeviceRole::parent; }
+
+  // Whether there is a device to look after.
+  bool start() {
+    const auto child = environment_.childAppState();
+    if (environment_.roleManager()->currentRole() != DeviceRole::child || !child->isEnrolled()) {
+      return false;
+    }
+    environment_.backgroundService()->start(child);
+    return true;
+  }
+
+  control::ControlDesk& desk() { return desk_; }
+
+  // Runs after each check-in, in its turn of the main queue.
+  void afterCheckin(const std::function<void()>& reaction) {
+    afterCheckin_ = environment_.childAppState()->observe(
+        [reaction, &state = *environment_.childAppState()](const Member& changed) {
+          if (&changed == &state.isConnectedToServer) {
+            reaction();
+          }
+        });
+  }
+
+ private:
+  AgentMachine machine_;
+  Environment environment_;
+  Events events_;
+  control::ControlDesk desk_;
+  Subscription afterCheckin_;
+};
+
+// Gets the installation's lock, does its work while it has it, gives it up to a window, and waits to have it
+// back.
+class Agent {
+ public:
+  explicit Agent(const Options& options)
+      : options_(options),
+        log_(options.tellsEverything),
+        signals_(dispatch_, [this](int) { end(ExitStatus::done); }) {
+    door_->agent = this;
+  }
+  Agent(const Agent&) = delete;
+  Agent& operator=(const Agent&) = delete;
+  ~Agent() {
+    const std::scoped_lock lock(door_->mutex);
+    door_->agent = nullptr;
+  }
+
+  ExitStatus carryOut() {
+    if (auto lock = InstanceLock::acquire(options_.dataDirectory)) {
+      take(std::move(*lock));
+    } else if (std::error_code error; std::filesystem::is_directory(options_.dataDirectory, error)) {
+      tell("Another program of this installation does the work. Waiting.");
+      await();
+    } else {
+      complain("The folder " + options_.dataDirectory.string() + " can't be used.");
+      return ExitStatus::failed;
+    }
+    if (!isEnding_) {
+      dispatch_.run();
+    }
+    return status_;
+  }
+
+ private:
+  // The thread that waits for the lock may outlive the agent.
+  struct Door {
+    std::mutex mutex;
+    Agent* agent = nullptr;
+  };
+
+  void take(InstanceLock lock) {
+    lock_ = std::move(lock);
+    work_ = std::make_unique<Work>(
+        options_, dispatch_, log_, [this](const std::string& event) { tell(event); },
+        control::ControlDesk::Duties{.worker = control::Worker::agent,
+                                     .show = {},
+                                     .yield = [this](std::function<void(FileDescriptor)> give) {
+                                       dispatch_.main().async(
+                                           [this, give = std::move(give)] { leave(give); });
+                                     }});
+    if (work_->isParents()) {
+      complain("This is a parent's device.");
+      end(ExitStatus::parentsDevice);
+      return;
+    }
+    server_ = std::make_unique<control::ControlServer>(
+        options_.dataDirectory, dispatch_,
+        [this](const std::string& line, control::ControlServer::Reply reply) {
+          if (work_) {
+            work_->desk().handle(line, std::move(reply));
+          }
+        });
+    work_->afterCheckin([this] { server_->keepReachable(); });
+    tell(work_->start() ? "Looking after this device." : "This device is not enrolled. Waiting for that.");
+  }
+
+  // Nothing of the work is left, not even a request under way, before another process can have the lock.
+  void leave(const std::function<void(FileDescriptor)>& give) {
+    if (!lock_) {
+      return;
+    }
+    work_.reset();
+    give(InstanceLock::handOver(std::move(*std::exchange(lock_, std::nullopt))));
+    server_.reset();
+    tell("Another program of this installation has taken over. Waiting.");
+    await();
+  }
+
+  void await() {
+    InstanceLock::whenFree(options_.dataDirectory, [door = door_](std::optional<InstanceLock> taken) {
+      const std::scoped_lock guard(door->mutex);
+      if (door->agent) {
+        door->agent->takeLater(std::move(taken));
+      }
+    });
+  }
+
+  void takeLater(std::optional<InstanceLock> taken) {
+    dispatch_.main().async([this, lock = std::make_shared<std::optional<InstanceLock>>(std::move(taken))] {
+      if (*lock) {
+        take(std::move(**lock));
+      } else {
+        complain("The folder " + options_.dataDirectory.string() + " can't be used.");
+        end(ExitStatus::failed);
+      }
+    });
+  }
+
+  void tell(const std::string& event) {
+    writeLine(singleLine(event));
+    manager_.tellStatus(singleLine(event));
+  }
+
+  void end(ExitStatus status) {
+    status_ = status;
+    isEnding_ = true;
+    server_.reset();
+    work_.reset();
+    dispatch_.stop();
+  }
+
+  const Options& options_;
+  AgentLog log_;
+  AsioDispatch dispatch_;
+  const SignalWatch signals_;
+  const ServiceManager manager_{dispatch_};
+  const std::shared_ptr<Door> door_ = std::make_shared<Door>();
+  std::optional<InstanceLock> lock_;
+  std::unique_ptr<Work> work_;
+  std::unique_ptr<control::ControlServer> server_;
+  ExitStatus status_ = ExitStatus::done;
+  bool isEnding_ = false;
+};
+
+}  // namespace
+
+ExitStatus run(const Options& options) {
+  holdEndingSignals();
+  const auto only = InstanceLock::acquire(options.dataDirectory, control::agentLock);
+  if (!only) {
+    complain("quillmar-agent runs already.");
+    return ExitStatus::busy;
+  }
+  return Agent(options).carryOut();
+}
+
+}  // namespace quillmar::agent

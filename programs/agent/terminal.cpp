@@ -1,0 +1,58 @@
+#include "programs/agent/terminal.h"
+
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <clocale>
+#include <cstdlib>
+#include <string>
+
+namespace quillmar::agent {
+namespace {
+
+constexpr int usualColumns = 80;
+
+std::string_view variable(const char* name) {
+  const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing here changes it
+  return value ? value : "";
+}
+
+int columnsOf(int descriptor) {
+  winsize size{};
+  return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
+}
+
+bool writeTo(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t size = ::write(descriptor, text.data(), text.size());
+    if (size < 0 && errno != EINTR) {
+      return false;
+    }
+    text.remove_prefix(size > 0 ? static_cast<std::size_t>(size) : 0);
+  }
+  return true;
+}
+
+}  // namespace
+
+Terminal Terminal::ofStandardOutput() {
+  std::setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe): before there is a second thread
+  const bool isInteractive = ::isatty(STDOUT_FILENO) == 1;
+  const std::string_view kind = variable("TERM");
+  return {.isInteractive = isInteractive,
+          .columns = columnsOf(STDOUT_FILENO),
+          .hasUTF8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8",
+          .hasColour = isInteractive && !kind.empty() && kind != "dumb" && variable("NO_COLOR").empty()};
+}
+
+bool write(std::string_view text) { return writeTo(STDOUT_FILENO, text); }
+
+bool writeLine(std::string_view text) { return write(std::string(text) + '\n'); }
+
+void complain(std::string_view text) {
+  writeTo(STDERR_FILENO, "quillmar-agent: " + std::string(text) + '\n');
+}
+
+}  // namespace quillmar::agent

@@ -1,0 +1,214 @@
+#include "programs/control/control_server.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/local/stream_protocol.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/read_until.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <optional>
+#include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/data_directory.h"
+#include "platform/linux/thread_signals.h"
+
+namespace quillmar::control {
+namespace {
+
+namespace asio = boost::asio;
+namespace fs = std::filesystem;
+using Protocol = asio::local::stream_protocol;
+using ErrorCode = boost::system::error_code;
+
+constexpr auto requestPatience = std::chrono::seconds(5);
+constexpr auto acceptPause = std::chrono::seconds(1);
+constexpr std::size_t mostGuests = 16;
+
+// Which file a socket's name leads to.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t number = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
+std::optional<FileIdentity> identityOf(const fs::path& path) {
+  struct stat status {};
+  return ::lstat(path.c_str(), &status) == 0 ? std::optional(FileIdentity{status.st_dev, status.st_ino})
+                                             : std::nullopt;
+}
+
+// Only whoever has the installation's lock comes here, so a name that is taken was left by a killed process.
+FileDescriptor listenAt(const fs::path& path) {
+  std::error_code error;
+  fs::remove(path, error);
+  const auto address = createPrivateDirectory(path.parent_path()) ? SocketAddress::of(path) : std::nullopt;
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  if (!address || !socket || ::bind(socket.get(), address->address(), SocketAddress::size()) != 0 ||
+      ::chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0 ||
+      ::listen(socket.get(), static_cast<int>(mostGuests)) != 0) {
+    return {};
+  }
+  return socket;
+}
+
+}  // namespace
+
+// Everything but `keepReachable` and the handler runs on its thread.
+class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
+ public:
+  Loop(fs::path dataDirectory, Dispatch& dispatch, Handler handler)
+      : dataDirectory_(std::move(dataDirectory)), dispatch_(dispatch), handler_(std::move(handler)) {}
+
+  void run() {
+    keepReachable();
+    thread_ = std::thread([this] {
+      blockSignalsOfThisThread();
+      context_.run();
+    });
+  }
+
+  // After what has been answered by now is sent.
+  void end() {
+    asio::post(context_, [this] { context_.stop(); });
+    thread_.join();
+    leave();
+  }
+
+  void keepReachable() {
+    const auto places = socketPaths(dataDirectory_);
+    if (path_ == places.front() && identity_ && identityOf(path_) == identity_) {
+      return;
+    }
+    leave();
+    for (const fs::path& place : places) {
+      if (FileDescriptor socket = listenAt(place)) {
+        path_ = place;
+        identity_ = identityOf(place);
+        asio::post(context_, [this, socket = std::make_shared<FileDescriptor>(std::move(socket))] {
+          listen(std::move(*socket));
+        });
+        return;
+      }
+    }
+  }
+
+ private:
+  struct Guest {
+    explicit Guest(Protocol::socket accepted)
+        : socket(std::move(accepted)), patience(socket.get_executor()) {}
+    Protocol::socket socket;
+    asio::steady_timer patience;
+    std::string line;
+  };
+  using GuestPtr = std::shared_ptr<Guest>;
+
+  // A name that leads to somebody else's socket by now is theirs.
+  void leave() {
+    std::error_code error;
+    if (identity_ && identityOf(path_) == identity_) {
+      fs::remove(path_, error);
+    }
+    identity_.reset();
+  }
+
+  void listen(FileDescriptor socket) {
+    ErrorCode error;
+    acceptor_.close(error);
+    acceptor_ = Protocol::acceptor(context_, Protocol(), ::fcntl(socket.get(), F_DUPFD_CLOEXEC, 0));
+    accept();
+  }
+
+  void accept() {
+    acceptor_.async_accept([this](ErrorCode error, Protocol::socket socket) {
+      if (error == asio::error::operation_aborted) {
+        return;
+      }
+      if (error) {
+        acceptLater();
+        return;
+      }
+      if (guests_.size() < mostGuests && isOurs(socket.native_handle())) {
+        hear(*guests_.insert(std::make_shared<Guest>(std::move(socket))).first);
+      }
+      accept();
+    });
+  }
+
+  // A process without any file left gets one back some time.
+  void acceptLater() {
+    pause_.expires_after(acceptPause);
+    pause_.async_wait([this](ErrorCode /*never cancelled*/) { accept(); });
+  }
+
+  void hear(const GuestPtr& guest) {
+    guest->patience.expires_after(requestPatience);
+    guest->patience.async_wait([guest](ErrorCode error) {
+      if (!error) {
+        guest->socket.cancel(error);
+      }
+    });
+    asio::async_read_until(guest->socket, asio::dynamic_buffer(guest->line, lineLimit), '\n',
+                           [this, guest](ErrorCode error, std::size_t size) {
+                             guest->patience.cancel();
+                             if (error) {
+                               guests_.erase(guest);
+                             } else {
+                               ask(guest, guest->line.substr(0, size - 1));
+                             }
+                           });
+  }
+
+  void ask(const std::weak_ptr<Guest>& guest, std::string line) {
+    dispatch_.main().async([known = weak_from_this(), guest, line = std::move(line)] {
+      if (const auto self = known.lock()) {
+        self->handler_(line, [known, guest](Message message) {
+          if (const auto there = known.lock()) {
+            there->send(guest, std::move(message));
+          }
+        });
+      }
+    });
+  }
+
+  void send(const std::weak_ptr<Guest>& known, Message message) {
+    asio::post(context_, [this, known, message = std::make_shared<Message>(std::move(message))] {
+      if (const auto guest = known.lock()) {
+        sendMessage(guest->socket.native_handle(), *message);
+        guests_.erase(guest);
+      }
+    });
+  }
+
+  const fs::path dataDirectory_;
+  Dispatch& dispatch_;
+  const Handler handler_;
+  asio::io_context context_{1};
+  const asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
+  Protocol::acceptor acceptor_{context_};
+  asio::steady_timer pause_{context_};
+  std::set<GuestPtr> guests_;
+  fs::path path_;
+  std::optional<FileIdentity> identity_;
+  std::thread thread_;
+};
+
+ControlServer::ControlServer(fs::path dataDirectory, Dispatch& dispatch, Handler handler)
+    : loop_(std::make_shared<Loop>(std::move(dataDirectory), dispatch, std::move(handler))) {
+  loop_->run();
+}
+
+ControlServer::~ControlServer() { loop_->end(); }
+
+void ControlServer::keepReachable() { loop_->keepReachable(); }
+
+}  // namespace quillmar::control

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+#include "platform/linux/instance_lock.h"
+#include "programs/control/control_messages.h"
+
+namespace quillmar::control {
+
+// Held by the agent for as long as it runs, whether it has the work or waits for it.
+inline constexpr std::string_view agentLock = "agent.lock";
+
+// What became of a wish to do an installation's work.
+struct WorkPlace {
+  // There where this process may do the work.
+  std::optional<InstanceLock> lock = {};
+  // Otherwise who does it and can't be asked to stop; nothing where nobody answers.
+  std::optional<Worker> occupant = {};
+};
+
+// Takes the lock, from an agent that has it too. A window gives nothing up; with `show` it comes to the
+// front. Somebody who has the lock and is only starting is given some seconds to answer.
+WorkPlace takeWorkPlace(const std::filesystem::path& dataDirectory,
+                        const std::optional<ControlRequest>& show = {});
+
+// Whether an agent waits to do the work as soon as this process ends.
+bool isAgentWaiting(const std::filesystem::path& dataDirectory);
+
+}  // namespace quillmar::control

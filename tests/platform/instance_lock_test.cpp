@@ -1,0 +1,119 @@
+#include "platform/linux/instance_lock.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <future>
+#include <optional>
+
+#include "tests/support/temporary_directory.h"
+
+namespace quillmar {
+namespace {
+
+namespace fs = std::filesystem;
+using Taken = std::optional<InstanceLock>;
+
+struct InstanceLockTest : testing::Test {
+  std::future<Taken> wait() const {
+    const auto promise = std::make_shared<std::promise<Taken>>();
+    InstanceLock::whenFree(directory.path(),
+                           [promise](Taken taken) { promise->set_value(std::move(taken)); });
+    return promise->get_future();
+  }
+
+  const TemporaryDirectory directory;
+};
+
+TEST_F(InstanceLockTest, is_held_by_one_at_a_time_and_given_back_at_its_end) {
+  {
+    const auto first = InstanceLock::acquire(directory.path());
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(InstanceLock::acquire(directory.path()));
+  }
+  EXPECT_TRUE(InstanceLock::acquire(directory.path()));
+}
+
+TEST_F(InstanceLockTest, of_one_name_keeps_nobody_from_another) {
+  const auto work = InstanceLock::acquire(directory.path());
+  const auto other = InstanceLock::acquire(directory.path(), "agent.lock");
+  EXPECT_TRUE(work);
+  EXPECT_TRUE(other);
+  EXPECT_FALSE(InstanceLock::acquire(directory.path(), "agent.lock"));
+}
+
+TEST_F(InstanceLockTest, ends_with_its_process_however_that_ends) {
+  const pid_t other = fork();
+  if (other == 0) {
+    const auto held = InstanceLock::acquire(directory.path());
+    raise(held ? SIGKILL : SIGTERM);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(other, &status, 0), other);
+  EXPECT_EQ(WTERMSIG(status), SIGKILL);
+  EXPECT_TRUE(InstanceLock::acquire(directory.path()));
+}
+
+TEST_F(InstanceLockTest, needs_a_directory) {
+  EXPECT_FALSE(InstanceLock::acquire("/dev/null/x"));
+  std::promise<bool> taken;
+  InstanceLock::whenFree("/dev/null/x", [&](const Taken& lock) { taken.set_value(lock.has_value()); });
+  EXPECT_FALSE(taken.get_future().get());
+}
+
+TEST_F(InstanceLockTest, is_had_by_a_waiting_one_once_it_is_free) {
+  auto first = InstanceLock::acquire(directory.path());
+  auto waiting = wait();
+  EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+  first.reset();
+  EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(InstanceLockTest, waited_for_in_a_file_that_goes_is_that_of_the_new_one) {
+  auto first = InstanceLock::acquire(directory.path());
+  auto waiting = wait();
+  fs::remove(directory.path() / InstanceLock::work);
+  auto second = InstanceLock::acquire(directory.path());
+  EXPECT_TRUE(second);
+  first.reset();
+  EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+  second.reset();
+  EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(InstanceLockTest, is_free_at_no_moment_of_a_hand_over) {
+  auto first = InstanceLock::acquire(directory.path());
+  auto waiting = wait();
+  // As a file arrives through a socket: the same open file under another number.
+  FileDescriptor sent = InstanceLock::handOver(std::move(*first));
+  FileDescriptor received(fcntl(sent.get(), F_DUPFD_CLOEXEC, 0));
+  first.reset();
+  sent = FileDescriptor();
+  EXPECT_FALSE(InstanceLock::acquire(directory.path()));
+  auto second = InstanceLock::receive(std::move(received), directory.path());
+  ASSERT_TRUE(second);
+  EXPECT_FALSE(InstanceLock::acquire(directory.path()));
+  second.reset();
+  EXPECT_TRUE(waiting.get());
+}
+
+TEST_F(InstanceLockTest, is_not_received_from_some_other_file) {
+  const TemporaryDirectory elsewhere;
+  auto foreign = InstanceLock::acquire(elsewhere.path());
+  EXPECT_FALSE(InstanceLock::receive(InstanceLock::handOver(std::move(*foreign)), directory.path()));
+  EXPECT_FALSE(InstanceLock::receive(FileDescriptor(), directory.path()));
+}
+
+TEST_F(InstanceLockTest, is_not_received_while_somebody_else_has_it) {
+  const auto held = InstanceLock::acquire(directory.path());
+  const fs::path file = directory.path() / InstanceLock::work;
+  EXPECT_FALSE(
+      InstanceLock::receive(FileDescriptor(open(file.c_str(), O_RDWR | O_CLOEXEC)), directory.path()));
+}
+
+}  // namespace
+}  // namespace quillmar
