@@ -15,8 +15,7 @@ namespace {
 // Where it is installed, and in the folder of its own in a build.
 QString moduleBesideProgram() {
   const QDir here(QCoreApplication::applicationDirPath());
-  const QStringList places{"quillmar-camera.so", "../lib/quillmar/quillmar-camera.so",
-                           "../../ui/quillmar-camera.so"};
+  const QStringList places{QUILLMAR_CAMERA_FOLDER "/quillmar-camera.so", "../../ui/quillmar-camera.so"};
   const auto found = std::ranges::find_if(places, [&](const QString& place) { return here.exists(place); });
   return found == places.end() ? QString() : here.filePath(*found);
 }

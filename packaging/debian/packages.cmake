@@ -1,0 +1,50 @@
+# The Debian packages, one for each component: `cpack -G DEB` in a build that is configured by the preset "packages".
+set(CPACK_GENERATOR DEB)
+set(CPACK_COMPONENTS_ALL agent window)
+set(CPACK_PACKAGE_NAME quillmar)
+set(CPACK_PACKAGE_CONTACT "Quillmar developers <developers@quillmar.live>")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_DEBIAN_AGENT_PACKAGE_NAME quillmar-agent)
+set(CPACK_DEBIAN_AGENT_DESCRIPTION "family internet protection for a child's computer, without a window
+Makes this computer a child's device of a family and keeps it protected: the
+names of all sites are looked up with the family's encrypted DNS service,
+through a packet tunnel in NetworkManager.
+.
+The program shows the enrollment code in a terminal, works as a service of the
+user's session, and says what it does. It shares its installation with the
+window in the package quillmar, and gives way to it while that is open.")
+set(CPACK_DEBIAN_AGENT_PACKAGE_DEPENDS "ca-certificates")
+set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "network-manager, systemd")
+set(CPACK_DEBIAN_AGENT_PACKAGE_SUGGESTS "quillmar")
+
+set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME quillmar)
+set(CPACK_DEBIAN_WINDOW_DESCRIPTION "family internet protection: the parent's console, the child's window
+On a parent's computer it is the console: account, children and their devices,
+filters, browsing activity, the family's other parents and the home network.
+.
+On a child's computer it shows a code that a parent scans, and then keeps a
+packet tunnel in NetworkManager that carries the computer's DNS over HTTPS.
+The role is chosen once, when the program first starts.
+.
+The package quillmar-agent keeps a child's computer protected from login on,
+whether this window is open or not.")
+# What the window loads by name; the libraries that it is linked with are found by themselves.
+set(qml_modules qt-labs-folderlistmodel qtqml-workerscript qtquick qtquick-controls qtquick-dialogs qtquick-layouts
+                qtquick-templates qtquick-window)
+list(TRANSFORM qml_modules PREPEND qml6-module-)
+list(JOIN qml_modules ", " qml_modules)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "ca-certificates, libqt6svg6, ${qml_modules}")
+string(JOIN ", " CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS
+  quillmar-agent network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
+  gstreamer1.0-plugins-base gstreamer1.0-plugins-good libgl1-mesa-dri qt6-wayland xdg-desktop-portal)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS "fprintd")
+
+include(CPack)
