@@ -8,6 +8,7 @@
 namespace quillmar {
 
 void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
+  const std::scoped_lock lock(mutex_);
   if (answer.ok()) {
     answers_.push_back(std::move(answer).value());
   } else if (!firstError_) {
@@ -16,6 +17,7 @@ void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
 }
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
+  const std::scoped_lock lock(mutex_);
   // An entry is large and most are not kept, so that only what is kept is moved.
   std::vector<DNSLog*> entries;
   for (auto& answer : answers_) {
@@ -26,12 +28,16 @@ Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
   if (firstError_ && entries.empty()) {
     return *firstError_;
   }
-  const auto end = entries.begin() + static_cast<std::ptrdiff_t>(std::min(limit, entries.size()));
-  std::ranges::partial_sort(entries, end, std::ranges::greater(), &DNSLog::timestamp);
+  if (limit < entries.size()) {
+    const auto end = entries.begin() + static_cast<std::ptrdiff_t>(limit);
+    std::ranges::nth_element(entries, end, std::ranges::greater(), &DNSLog::timestamp);
+    entries.erase(end, entries.end());
+  }
+  std::ranges::sort(entries, std::ranges::greater(), &DNSLog::timestamp);
   std::vector<DNSLog> newest;
-  newest.reserve(static_cast<std::size_t>(end - entries.begin()));
-  std::transform(entries.begin(), end, std::back_inserter(newest),
-                 [](DNSLog* entry) { return std::move(*entry); });
+  newest.reserve(entries.size());
+  std::ranges::transform(entries, std::back_inserter(newest),
+                         [](DNSLog* entry) { return std::move(*entry); });
   return newest;
 }
 

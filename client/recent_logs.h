@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -9,7 +10,7 @@
 
 namespace quillmar {
 
-// What the answers of several devices add up to. Any thread, but one at a time.
+// What the answers of several devices add up to. Any thread.
 class RecentLogs {
  public:
   void add(Result<std::vector<DNSLog>> answer);
@@ -18,6 +19,7 @@ class RecentLogs {
   Result<std::vector<DNSLog>> takeNewest(std::size_t limit);
 
  private:
+  std::mutex mutex_;
   std::vector<std::vector<DNSLog>> answers_;
   std::optional<Error> firstError_;
 };
