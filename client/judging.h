@@ -12,14 +12,14 @@
 namespace quillmar {
 
 // The body and the response, or the transport's error; `invalidResponse` where one of the two is missing.
-inline Result<NetworkService::Answer> answerOf(const DataTaskResult& result) {
+inline Result<NetworkService::Answer> answerOf(DataTaskResult result) {
   if (result.error) {
     return *result.error;
   }
   if (!result.data || !result.response) {
     return Error(NetworkError::invalidResponse());
   }
-  return NetworkService::Answer{*result.data, *result.response};
+  return NetworkService::Answer{std::move(*result.data), *result.response};
 }
 
 // The service's own words of a failure, or the given text where the body holds none.

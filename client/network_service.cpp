@@ -69,11 +69,11 @@ void NetworkService::authorisedCall(std::string_view method, const std::string& 
   performRequest(std::move(request).value(), false, std::move(completion));
 }
 
-void NetworkService::send(HttpRequest request, std::function<void(const DataTaskResult&)> handle) {
+void NetworkService::send(HttpRequest request, std::function<void(DataTaskResult)> handle) {
   http_.dataTask(std::move(request),
-                 [weak = weak_from_this(), handle = std::move(handle)](const DataTaskResult& result) {
+                 [weak = weak_from_this(), handle = std::move(handle)](DataTaskResult result) {
                    if (const auto self = weak.lock()) {
-                     handle(result);
+                     handle(std::move(result));
                    }
                  });
 }
@@ -116,10 +116,10 @@ void NetworkService::performRequest(HttpRequest request, bool isRetry, Completio
     return;
   }
   send(std::move(authorised), [this, request = std::move(request), isRetry,
-                               completion = std::move(completion)](const DataTaskResult& result) {
-    const auto answer = answerOf(result);
+                               completion = std::move(completion)](DataTaskResult result) {
+    auto answer = answerOf(std::move(result));
     if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
-      completion(answer);
+      completion(std::move(answer));
       return;
     }
     log("[NetworkService] Got 401, attempting token refresh...");

@@ -167,7 +167,7 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   template <Record T>
   Result<T> judgeOnTrail(const Trail& trail, const Result<Answer>& answer);
   // `handle` runs only if this service is still there by then, so that it may use `this`.
-  void send(HttpRequest request, std::function<void(const DataTaskResult&)> handle);
+  void send(HttpRequest request, std::function<void(DataTaskResult)> handle);
   void authenticate(const Words& words, std::string_view path, const Result<std::string>& body,
                     Completion<AuthResponse> completion);
   Result<AuthResponse> handleAuthentication(const Words& words, const DataTaskResult& result);
