@@ -1,6 +1,8 @@
 #include "foundation/url.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <utility>
 
 #include "foundation/ascii.h"
@@ -8,13 +10,27 @@
 namespace quillmar {
 namespace {
 
-constexpr std::string_view urlMarks = "!$&'()*+,-./:;=?@_~[]#";
-constexpr std::string_view pathMarks = "!$&'()*+,-./:=@_~";
-constexpr std::string_view queryMarks = "!$&'()*+,-./:;=?@_~";
+// The ASCII letters and digits, and some more.
+class Characters {
+ public:
+  explicit constexpr Characters(std::string_view marks) {
+    for (int c = 0; c < 128; ++c) {
+      const char character = static_cast<char>(c);
+      allowed_.at(static_cast<std::size_t>(c)) = isAsciiLetter(character) || isAsciiDigit(character) ||
+                                                 marks.find(character) != std::string_view::npos;
+    }
+  }
 
-bool isAmong(char c, std::string_view marks) {
-  return isAsciiLetter(c) || isAsciiDigit(c) || marks.find(c) != std::string_view::npos;
-}
+  bool contains(char c) const { return allowed_.at(static_cast<unsigned char>(c)); }
+
+ private:
+  std::array<bool, 256> allowed_{};
+};
+
+constexpr Characters urlCharacters("!$&'()*+,-./:;=?@_~[]#");
+constexpr Characters schemeCharacters("+-.");
+constexpr Characters pathCharacters("!$&'()*+,-./:=@_~");
+constexpr Characters queryCharacters("!$&'()*+,-./:;=?@_~");
 
 bool isEscape(std::string_view text) {
   return text.size() >= 3 && text[0] == '%' && isHexDigit(text[1]) && isHexDigit(text[2]);
@@ -23,7 +39,7 @@ bool isEscape(std::string_view text) {
 bool isMadeOfUrlCharacters(std::string_view text) {
   while (!text.empty()) {
     const std::size_t length = isEscape(text) ? 3 : 1;
-    if (length == 1 && !isAmong(text.front(), urlMarks)) {
+    if (length == 1 && !urlCharacters.contains(text.front())) {
       return false;
     }
     text.remove_prefix(length);
@@ -44,7 +60,7 @@ std::optional<std::string> schemeOf(std::string_view text) {
   const auto scheme = upTo(":/?#", text);
   const bool closed = scheme.size() < text.size() && text[scheme.size()] == ':';
   const bool wellFormed = !scheme.empty() && isAsciiLetter(scheme.front()) &&
-                          std::ranges::all_of(scheme, [](char c) { return isAmong(c, "+-."); });
+                          std::ranges::all_of(scheme, [](char c) { return schemeCharacters.contains(c); });
   return closed && wellFormed ? nonEmpty(scheme) : std::nullopt;
 }
 
@@ -63,12 +79,12 @@ std::optional<std::string> hostOf(std::string_view afterScheme) {
   return close == std::string_view::npos ? std::nullopt : nonEmpty(host.substr(1, close - 1));
 }
 
-std::string percentEncoded(std::string_view text, std::string_view marks) {
+std::string percentEncoded(std::string_view text, const Characters& unchanged) {
   static constexpr std::string_view hex = "0123456789ABCDEF";
   std::string encoded;
   encoded.reserve(text.size());
   for (const char c : text) {
-    if (isAmong(c, marks)) {
+    if (unchanged.contains(c)) {
       encoded += c;
     } else {
       const auto byte = static_cast<unsigned char>(c);
@@ -92,7 +108,7 @@ std::optional<URL> URL::parse(std::string_view text) {
   return accepted ? std::optional(URL(std::string(text))) : std::nullopt;
 }
 
-std::string percentEncodedForPath(std::string_view text) { return percentEncoded(text, pathMarks); }
-std::string percentEncodedForQuery(std::string_view text) { return percentEncoded(text, queryMarks); }
+std::string percentEncodedForPath(std::string_view text) { return percentEncoded(text, pathCharacters); }
+std::string percentEncodedForQuery(std::string_view text) { return percentEncoded(text, queryCharacters); }
 
 }  // namespace quillmar
