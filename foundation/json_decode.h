@@ -125,7 +125,7 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
     if (element.get(text) != simdjson::SUCCESS) {
       return refuseType<T>(element, failure);
     }
-    out.assign(text);
+    out = std::string(text);
     return true;
   }
 }
