@@ -28,6 +28,11 @@ using std::chrono::seconds;
 
 using LocalTime = std::chrono::local_time<milliseconds>;
 
+constexpr std::array<std::string_view, 7> weekdays = {"Mon, ", "Tue, ", "Wed, ", "Thu, ",
+                                                      "Fri, ", "Sat, ", "Sun, "};
+constexpr std::array<std::string_view, 12> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
 // Reads a text from its front; once something does not fit, nothing fits any more.
 class Reader {
  public:
@@ -56,6 +61,16 @@ class Reader {
 
   void expect(char c) { require(accept(c)); }
 
+  // Which of the words comes.
+  template <std::size_t count>
+  unsigned word(const std::array<std::string_view, count>& words) {
+    const auto found =
+        std::ranges::find_if(words, [this](std::string_view word) { return text_.starts_with(word); });
+    require(found != words.end());
+    take(found == words.end() ? 0 : found->size());
+    return static_cast<unsigned>(found - words.begin());
+  }
+
   bool accept(char c) { return text_.starts_with(c) && !take(1).empty(); }
 
   void require(bool condition) { fits_ = fits_ && condition; }
@@ -71,6 +86,14 @@ class Reader {
   bool fits_ = true;
 };
 
+seconds readClock(Reader& reader) {
+  const hours hour(reader.number(2, 23));
+  reader.expect(':');
+  const minutes minute(reader.number(2, 59));
+  reader.expect(':');
+  return hour + minute + seconds(reader.number(2, 59));
+}
+
 LocalTime readLocalTime(Reader& reader) {
   const std::chrono::year year(reader.number(4, 9999));
   reader.expect('-');
@@ -78,14 +101,10 @@ LocalTime readLocalTime(Reader& reader) {
   reader.expect('-');
   const std::chrono::day day(static_cast<unsigned>(reader.number(2, 31)));
   reader.expect('T');
-  const hours hour(reader.number(2, 23));
-  reader.expect(':');
-  const minutes minute(reader.number(2, 59));
-  reader.expect(':');
-  const seconds second(reader.number(2, 59));
+  const auto clock = readClock(reader);
   const auto date = year / month / day;
   reader.require(date.ok());
-  return reader.fits() ? std::chrono::local_days(date) + hour + minute + second : LocalTime();
+  return reader.fits() ? std::chrono::local_days(date) + clock : LocalTime();
 }
 
 milliseconds readFraction(Reader& reader) {
@@ -206,6 +225,22 @@ std::optional<Date> parseISO8601(std::string_view text) { return parse(text, Fra
 std::optional<Date> parseTimestamp(std::string_view text) {
   const auto date = parseISO8601WithFraction(text);
   return date ? date : parseISO8601(text);
+}
+
+std::optional<Date> parseHTTPDate(std::string_view text) {
+  Reader reader(text);
+  reader.word(weekdays);
+  const std::chrono::day day(static_cast<unsigned>(reader.number(2, 31)));
+  reader.expect(' ');
+  const std::chrono::month month(reader.word(months) + 1);
+  reader.expect(' ');
+  const std::chrono::year year(reader.number(4, 9999));
+  reader.expect(' ');
+  const auto clock = readClock(reader);
+  reader.word(std::array<std::string_view, 1>{" GMT"});
+  const auto date = year / month / day;
+  reader.require(date.ok());
+  return reader.complete() ? std::optional(Date(std::chrono::sys_days(date) + clock)) : std::nullopt;
 }
 
 std::string formatISO8601(Date date) {

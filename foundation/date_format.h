@@ -15,6 +15,9 @@ std::optional<Date> parseISO8601WithFraction(std::string_view text);
 std::optional<Date> parseISO8601(std::string_view text);
 // A time as the service writes it: either of the two forms.
 std::optional<Date> parseTimestamp(std::string_view text);
+// "Sat, 08 Oct 2016 22:31:00 GMT", the one form in which HTTP lets a server write. The day of the week is
+// not looked up.
+std::optional<Date> parseHTTPDate(std::string_view text);
 // "2016-10-08T22:31:00Z".
 std::string formatISO8601(Date date);
 

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+#include "foundation/date_format.h"
+
 namespace quillmar {
 namespace {
 
@@ -204,8 +206,7 @@ std::optional<Date> CurlTransfer::date() const {
   if (curl_easy_header(handle_.get(), "Date", 0, CURLH_HEADER, -1, &header) != CURLHE_OK) {
     return std::nullopt;
   }
-  const auto seconds = curl_getdate(header->value, nullptr);
-  return seconds < 0 ? std::nullopt : std::optional(Date(std::chrono::seconds(seconds)));
+  return parseHTTPDate(header->value);
 }
 
 std::string CurlTransfer::redirectLocation() const {

@@ -125,6 +125,22 @@ TEST(Iso8601, is_read_as_it_was_written) {
 
 const DateStyles american("en_US", "America/New_York");
 
+TEST(HttpDate, is_read_in_the_one_form_that_servers_write) {
+  EXPECT_EQ(parseHTTPDate("Sat, 08 Oct 2016 22:31:00 GMT"), Date(1475965860000ms));
+  EXPECT_EQ(parseHTTPDate("Thu, 01 Jan 1970 00:00:00 GMT"), Date(0ms));
+  EXPECT_EQ(parseHTTPDate("Thu, 29 Feb 2024 23:59:59 GMT"), Date(1709251199000ms));
+}
+
+TEST(HttpDate, is_refused_in_every_other_form) {
+  for (const char* text :
+       {"", "yesterday", "Sat, 08 Oct 2016 22:31:00", "Sat, 08 Oct 2016 22:31:00 GMT ",
+        "Sat, 08 Oct 2016 22:31:00 UTC", "Sat, 8 Oct 2016 22:31:00 GMT", "Sat, 08 oct 2016 22:31:00 GMT",
+        "Say, 08 Oct 2016 22:31:00 GMT", "08 Oct 2016 22:31:00 GMT", "Sat, 30 Feb 2016 22:31:00 GMT",
+        "Sat, 08 Oct 2016 24:00:00 GMT", "Saturday, 08-Oct-16 22:31:00 GMT", "Sat Oct  8 22:31:00 2016"}) {
+    EXPECT_EQ(parseHTTPDate(text), std::nullopt) << text;
+  }
+}
+
 TEST(DateStyles, read_local_time_in_the_devices_zone) {
   EXPECT_EQ(american.parseLocal("2016-10-08T14:04:00"), date("2016-10-08T18:04:00Z"));
   EXPECT_EQ(american.parseLocal("2016-12-08T14:04:00"), date("2016-12-08T19:04:00Z"));

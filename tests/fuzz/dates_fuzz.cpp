@@ -29,9 +29,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto plain = parseISO8601(text);
   const auto fractional = parseISO8601WithFraction(text);
   const auto local = styles.parseLocal(text);
-  require(int{plain.has_value()} + int{fractional.has_value()} + int{local.has_value()} <= 1,
-          "a text has one form at most");
-  for (const auto& date : {plain, fractional, local}) {
+  const auto http = parseHTTPDate(text);
+  require(
+      int{plain.has_value()} + int{fractional.has_value()} + int{local.has_value()} + int{http.has_value()} <=
+          1,
+      "a text has one form at most");
+  for (const auto& date : {plain, fractional, local, http}) {
     if (date) {
       checkWritten(*date);
       require(!styles.mediumDateShortTime(*date).empty(), "a date has a text");
