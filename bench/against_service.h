@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,7 +20,10 @@
 #include <utility>
 
 #include "client/network_service.h"
+#include "platform/linux/asio_dispatch.h"
+#include "platform/linux/curl_http_session.h"
 #include "sandbox/service.h"
+#include "tests/support/memory_settings_store.h"
 
 namespace quillmar::bench {
 
@@ -110,11 +114,44 @@ class Waiting {
   std::optional<Result<T>> result_;
 };
 
+// What a call brings whose answer comes on the session's thread.
+template <class T>
+T waitFor(const std::function<void(Completion<T>)>& call) {
+  Waiting<T> answer;
+  call(answer.completion());
+  return answer.value();
+}
+
 // Log lines cost what the adapter of the standard output makes of them, which is not measured here.
 class SilentLog final : public Log {
  public:
   void print(std::string_view /*line*/) override {}
   void system(std::string_view /*line*/) override {}
+};
+
+// This system's client of the service, as a program has it.
+class Client {
+ public:
+  explicit Client(const ServiceProcess& process) : session_(optionsFor(process)) {
+    settings_.set(NetworkService::apiURLKey, process.url);
+    service = NetworkService::make(session_, settings_, log_, dispatch, Deployments::all(process.url));
+  }
+
+ private:
+  static CurlHttpSession::Options optionsFor(const ServiceProcess& process) {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    CurlHttpSession::Options options;
+    options.caFile = process.caFile;
+    return options;
+  }
+
+  CurlHttpSession session_;
+  MemorySettingsStore settings_;
+  SilentLog log_;
+
+ public:
+  AsioDispatch dispatch;
+  std::shared_ptr<NetworkService> service;
 };
 
 class BareHandle {
@@ -128,12 +165,11 @@ class BareHandle {
     curl_easy_setopt(handle_.get(), CURLOPT_WRITEDATA, &body_);
   }
 
-  const std::string& fetch(const std::string& url) {
-    curl_easy_setopt(handle_.get(), CURLOPT_URL, url.c_str());
-    return fetch();
-  }
+  CURL* get() const { return handle_.get(); }
+  const std::string& body() const { return body_; }
+  void clear() { body_.clear(); }
   const std::string& fetch() {
-    body_.clear();
+    clear();
     if (const auto code = curl_easy_perform(handle_.get()); code != CURLE_OK) {
       giveUp(curl_easy_strerror(code));
     }

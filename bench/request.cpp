@@ -9,10 +9,6 @@
 
 #include "bench/against_service.h"
 #include "bench/measure.h"
-#include "client/network_service.h"
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/curl_http_session.h"
-#include "tests/support/memory_settings_store.h"
 
 namespace quillmar::bench {
 namespace {
@@ -52,33 +48,24 @@ class Chain {
 
 int run() {
   const ServiceProcess process;
-  curl_global_init(CURL_GLOBAL_DEFAULT);
-  CurlHttpSession::Options options;
-  options.caFile = process.caFile;
-  CurlHttpSession session(options);
-  MemorySettingsStore settings;
-  SilentLog log;
-  settings.set(NetworkService::apiURLKey, process.url);
-  AsioDispatch dispatch;
-  const auto service = NetworkService::make(session, settings, log, dispatch, Deployments::all(process.url));
-
-  Waiting<AuthResponse> account;
-  service->registerAccount({.email = "zoe@example.org",
-                            .password = "correct horse",
-                            .phone = "+61400000000",
-                            .name = "Zoe Lee",
-                            .region = std::nullopt},
-                           account.completion());
-  const std::string token = account.value().token;
+  const Client client(process);
+  NetworkService& service = *client.service;
+  const auto account = waitFor<AuthResponse>([&](auto completion) {
+    service.registerAccount({.email = "zoe@example.org",
+                             .password = "correct horse",
+                             .phone = "+61400000000",
+                             .name = "Zoe Lee",
+                             .region = std::nullopt},
+                            std::move(completion));
+  });
 
   const HttpRequest request{
-      .method = "GET", .url = *service->baseURL() + "/children", .headers = {}, .body = {}};
-  Waiting<NetworkService::Answer> answer;
+      .method = "GET", .url = *service.baseURL() + "/children", .headers = {}, .body = {}};
   const auto fetchByUs = [&] {
-    service->performRequest(request, false, answer.completion());
-    return answer.value();
+    return waitFor<NetworkService::Answer>(
+        [&](auto completion) { service.performRequest(request, false, std::move(completion)); });
   };
-  BareHandle bare(request.url, process.caFile, token);
+  BareHandle bare(request.url, process.caFile, account.token);
   if (const auto fetched = fetchByUs(); fetched.response.status != 200 || fetched.data != bare.fetch()) {
     giveUp("the two do not fetch the same: " + fetched.data);
   }
@@ -90,7 +77,7 @@ int run() {
       }
     };
   };
-  Chain chain(*service, request);
+  Chain chain(service, request);
   const auto times =
       race(rounds, {[&] { chain.run(); }, repeatedly(fetchByUs), repeatedly([&] { bare.fetch(); })});
   std::printf(
