@@ -32,16 +32,16 @@ QImage drawCorners(const QColor& color, double corner, double reach) {
   const double half = middle - reach;
   QImage image(last + 1, last + 1, QImage::Format_ARGB32_Premultiplied);
   for (int row = 0; row <= last / 2; ++row) {
+    auto* const upper = reinterpret_cast<QRgb*>(image.scanLine(row));
+    auto* const lower = reinterpret_cast<QRgb*>(image.scanLine(last - row));
     for (int column = 0; column <= last / 2; ++column) {
       const double distance =
           distanceOutside(column + 0.5 - middle, row + 0.5 - middle, half, std::min(corner, half));
       const double alpha = color.alphaF() * coverage(distance, reach);
       const QRgb pixel = qPremultiply(
           qRgba(color.red(), color.green(), color.blue(), static_cast<int>(std::lround(255 * alpha))));
-      for (const int y : {row, last - row}) {
-        for (const int x : {column, last - column}) {
-          image.setPixel(x, y, pixel);
-        }
+      for (QRgb* const line : {upper, lower}) {
+        line[column] = line[last - column] = pixel;
       }
     }
   }
