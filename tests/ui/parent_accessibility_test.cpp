@@ -30,8 +30,7 @@ class ParentAccessibility : public testing::TestWithParam<Shot> {
   static void checkControls(UiStage& stage) {
     int controls = 0;
     forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
-      const bool isPressable = item.inherits("QQuickAbstractButton");
-      if (!item.activeFocusOnTab() && !isPressable) {
+      if (!item.activeFocusOnTab() && !isButton(item)) {
         return;
       }
       auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
@@ -68,7 +67,7 @@ class ParentAccessibility : public testing::TestWithParam<Shot> {
       if (item.property("elide").toInt() == noEllipsis) {
         EXPECT_FALSE(item.property("truncated").toBool()) << text;
       }
-      if (auto* const control = around(item.parentItem(), "QQuickAbstractButton")) {
+      if (auto* const control = buttonAround(item.parentItem())) {
         const QRectF room = control->boundingRect().adjusted(-pixel, -pixel, pixel, pixel);
         const QPointF top = item.mapToItem(control, {0, 0});
         EXPECT_GE(top.y(), room.top()) << text;

@@ -61,7 +61,7 @@ class HostileTextTest : public testing::TestWithParam<HostileText> {
     });
     EXPECT_GT(texts, 3);
     forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
-      if (item.inherits("QQuickAbstractButton") || item.activeFocusOnTab()) {
+      if (isButton(item) || item.activeFocusOnTab()) {
         EXPECT_LE(item.width(), stage.window().width()) << accessibleName(item).left(60).toStdString();
       }
     });
@@ -77,7 +77,7 @@ TEST_P(HostileTextTest, stays_in_the_cards_of_the_dashboard) {
   stage.settle();
   ASSERT_EQ(dashboard(stage).cards.size(), 1U);
   check(stage);
-  auto* const card = around(stage.control("Add Device")->parentItem(), "QQuickAbstractButton");
+  auto* const card = buttonAround(stage.control("Add Device")->parentItem());
   ASSERT_NE(card, nullptr);
   EXPECT_LT(card->height(), 400) << "the card grew with its text";
 }

@@ -228,7 +228,7 @@ class AccessibilityTest : public testing::TestWithParam<double> {
     if (!item.isVisible() || item.opacity() == 0) {
       return;
     }
-    if (item.inherits("QQuickAbstractButton")) {
+    if (isButton(item)) {
       auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
       ASSERT_NE(accessible, nullptr);
       const auto name = accessible->text(QAccessible::Name).toStdString();

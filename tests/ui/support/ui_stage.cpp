@@ -201,6 +201,17 @@ QQuickItem* around(QQuickItem* item, const char* kind) {
   return item;
 }
 
+bool isButton(const QQuickItem& item) {
+  return item.inherits("quillmar::ui::PressAreaItem") || item.inherits("QQuickAbstractButton");
+}
+
+QQuickItem* buttonAround(QQuickItem* item) {
+  while (item && !isButton(*item)) {
+    item = item->parentItem();
+  }
+  return item;
+}
+
 void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit) {
   if (!isInUse(item)) {
     return;

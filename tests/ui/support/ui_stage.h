@@ -103,6 +103,10 @@ QString accessibleName(const QQuickItem& item);
 QPoint middleOf(const QQuickItem& item);
 // The item that `item` is, or stands in, of this kind; null where there is none.
 QQuickItem* around(QQuickItem* item, const char* kind);
+// Whether it is pressed as a whole: a button of ours, or one of Qt's switches and boxes.
+bool isButton(const QQuickItem& item);
+// The nearest button around an item, itself included; null where there is none.
+QQuickItem* buttonAround(QQuickItem* item);
 // The item itself and all that stands in it, hidden ones left out.
 void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit);
 

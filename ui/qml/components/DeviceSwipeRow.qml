@@ -26,12 +26,14 @@ SwipeRow {
         focusPolicy: Qt.NoFocus
         effect: device.row.unlink
 
-        background: Rectangle {
-            anchors.fill: parent
-            anchors.topMargin: 5
-            anchors.bottomMargin: 5
-            radius: 9
-            color: Theme.red
+        background: Item {
+            Rectangle {
+                anchors.fill: parent
+                anchors.topMargin: 5
+                anchors.bottomMargin: 5
+                radius: 9
+                color: Theme.red
+            }
         }
         contentItem: ColumnLayout {
             spacing: 2

@@ -1,33 +1,27 @@
 import QtQuick
-import QtQuick.Templates as T
 import Quillmar
 
 // What every button is: pressed by pointer, Space or Return, and bound to an action of a model where it has one.
-T.AbstractButton {
+PressArea {
     id: control
 
     property var effect: null
     property real corner: Theme.corner
     property real pressedScale: 0.98
+    readonly property bool mirrored: LayoutMirroring.enabled
 
     implicitWidth: Math.max(Theme.target, implicitContentWidth + leftPadding + rightPadding)
-    implicitHeight: Math.max(Theme.target, implicitContentHeight + topPadding + bottomPadding)
+    implicitHeight: Math.max(Theme.target, implicitContentHeight + 2 * padding)
     enabled: !effect || effect.enabled
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     scale: down && !Theme.reducedMotion ? pressedScale : 1
     onClicked: if (effect) effect.trigger()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.pressed: down
 
     Behavior on scale { NumberAnimation { duration: Theme.quick; easing.type: Easing.OutQuad } }
-
-    HoverHandler {
-        enabled: control.enabled
-        cursorShape: Qt.PointingHandCursor
-    }
 
     FocusRing {
         around: control

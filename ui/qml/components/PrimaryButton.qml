@@ -10,7 +10,7 @@ Pressable {
     property bool spinning: false
     property string symbol
 
-    implicitHeight: Math.max(Theme.primaryTarget, implicitContentHeight + topPadding + bottomPadding)
+    implicitHeight: Math.max(Theme.primaryTarget, implicitContentHeight + 2 * padding)
     padding: Theme.within
     leftPadding: Theme.section
     rightPadding: Theme.section

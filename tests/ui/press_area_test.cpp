@@ -1,0 +1,130 @@
+#include <gtest/gtest.h>
+
+#include <QQuickWindow>
+#include <QTest>
+
+#include "ui/items/press_area_item.h"
+
+namespace quillmar::ui {
+namespace {
+
+constexpr QPoint inside(50, 20);
+constexpr QPoint outside(250, 20);
+
+class PressAreaTest : public testing::Test {
+ protected:
+  PressAreaTest() {
+    window.resize(300, 100);
+    area.setParentItem(window.contentItem());
+    area.setSize({100, 40});
+    area.setFocusPolicy(Qt::StrongFocus);
+    area.setHoverEnabled(true);
+    QObject::connect(&area, &PressAreaItem::clicked, [this] { ++clicks; });
+    window.show();
+    window.requestActivate();
+    QCoreApplication::processEvents();
+  }
+
+  QQuickWindow window;
+  PressAreaItem area;
+  int clicks = 0;
+};
+
+TEST_F(PressAreaTest, is_clicked_when_it_is_let_go_where_it_was_pressed) {
+  QTest::mousePress(&window, Qt::LeftButton, {}, inside);
+  EXPECT_TRUE(area.isDown());
+  EXPECT_EQ(clicks, 0);
+  QTest::mouseRelease(&window, Qt::LeftButton, {}, inside);
+  EXPECT_FALSE(area.isDown());
+  EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(PressAreaTest, is_not_clicked_when_the_pointer_has_left_it) {
+  QTest::mousePress(&window, Qt::LeftButton, {}, inside);
+  QTest::mouseMove(&window, outside);
+  EXPECT_FALSE(area.isDown());
+  QTest::mouseRelease(&window, Qt::LeftButton, {}, outside);
+  EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(PressAreaTest, does_not_answer_to_other_buttons_or_out_of_use) {
+  QTest::mouseClick(&window, Qt::RightButton, {}, inside);
+  area.setEnabled(false);
+  QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
+  area.accessiblePressAction();
+  EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(PressAreaTest, is_clicked_by_space_let_go_and_by_return) {
+  area.forceActiveFocus(Qt::TabFocusReason);
+  QTest::keyPress(&window, Qt::Key_Space);
+  EXPECT_TRUE(area.isDown());
+  EXPECT_EQ(clicks, 0);
+  QTest::keyRelease(&window, Qt::Key_Space);
+  EXPECT_FALSE(area.isDown());
+  EXPECT_EQ(clicks, 1);
+  QTest::keyClick(&window, Qt::Key_Return);
+  QTest::keyClick(&window, Qt::Key_Enter);
+  EXPECT_EQ(clicks, 3);
+}
+
+TEST_F(PressAreaTest, is_let_go_without_a_click_when_it_loses_the_focus_or_its_use) {
+  area.forceActiveFocus(Qt::TabFocusReason);
+  QTest::keyPress(&window, Qt::Key_Space);
+  area.setFocus(false);
+  EXPECT_FALSE(area.isDown());
+  QTest::mousePress(&window, Qt::LeftButton, {}, inside);
+  EXPECT_TRUE(area.isDown());
+  area.setEnabled(false);
+  EXPECT_FALSE(area.isDown());
+  QTest::mouseRelease(&window, Qt::LeftButton, {}, inside);
+  EXPECT_EQ(clicks, 0);
+}
+
+TEST_F(PressAreaTest, shows_the_focus_only_where_the_keyboard_brought_it) {
+  QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
+  EXPECT_TRUE(area.hasActiveFocus());
+  EXPECT_FALSE(area.hasVisualFocus());
+  area.setFocus(false);
+  area.forceActiveFocus(Qt::BacktabFocusReason);
+  EXPECT_TRUE(area.hasVisualFocus());
+  area.setFocus(false);
+  EXPECT_FALSE(area.hasVisualFocus());
+}
+
+TEST_F(PressAreaTest, takes_no_focus_where_its_policy_is_none) {
+  area.setFocusPolicy(Qt::NoFocus);
+  EXPECT_FALSE(area.activeFocusOnTab());
+  QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
+  EXPECT_FALSE(area.hasActiveFocus());
+  EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(PressAreaTest, knows_the_pointer_over_it_and_forgets_it_out_of_use) {
+  QTest::mouseMove(&window, inside);
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(area.isHovered());
+  EXPECT_EQ(area.cursor().shape(), Qt::PointingHandCursor);
+  area.setEnabled(false);
+  EXPECT_FALSE(area.isHovered());
+  EXPECT_EQ(area.cursor().shape(), Qt::ArrowCursor);
+}
+
+TEST_F(PressAreaTest, lays_its_content_within_the_padding_and_its_ground_under_all) {
+  QQuickItem content;
+  QQuickItem ground;
+  content.setImplicitWidth(30);
+  area.setContentItem(&content);
+  area.setBackground(&ground);
+  area.setPadding(4);
+  area.setLeftPadding(10);
+  EXPECT_EQ(area.implicitContentWidth(), 30);
+  EXPECT_EQ(QRectF(content.position(), content.size()), QRectF(10, 4, 86, 32));
+  area.setSize({200, 60});
+  EXPECT_EQ(QRectF(content.position(), content.size()), QRectF(10, 4, 186, 52));
+  EXPECT_EQ(ground.size(), QSizeF(200, 60));
+  EXPECT_LT(ground.z(), content.z());
+}
+
+}  // namespace
+}  // namespace quillmar::ui
