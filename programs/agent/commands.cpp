@@ -76,13 +76,17 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
   if (!hasInstallation(options)) {
     return ControlReply{.device = control::DeviceStatus{.role = std::string(rawValue(DeviceRole::unset))}};
   }
-  std::optional<InstanceLock> lock;
-  if (operation != Operation::status && !(lock = InstanceLock::acquire(options.dataDirectory))) {
+  // To look does no harm beside another process; to work would.
+  const auto lock = InstanceLock::acquire(options.dataDirectory);
+  if (!lock && operation != Operation::status) {
     return std::nullopt;
   }
   ControlReply reply = OwnDesk(options).ask(encodeJson(request).value());
   reply.worker.reset();
   reply.processID.reset();
+  if (!lock) {
+    reply.error = "a program that can't be asked at the moment";
+  }
   return reply;
 }
 

@@ -28,7 +28,7 @@ std::string connection(const DeviceStatus& device, Date now, const DateStyles& s
 std::string worker(const ControlReply& reply) {
   const auto known = fromRawValue<control::Worker>(reply.worker.value_or(""));
   if (!known) {
-    return "nobody; start it by 'quillmar-agent run'";
+    return reply.error.value_or("nobody; start it by 'quillmar-agent run'");
   }
   return (*known == control::Worker::agent ? "quillmar-agent" : "the Quillmar window") +
          (reply.processID ? " (process " + std::to_string(*reply.processID) + ')' : std::string());

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "app/role_manager.h"
+#include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"
@@ -114,7 +115,11 @@ void ControlDesk::sync(ControlServer::Reply reply) {
       endSync();
     }
   });
-  forceSync(environment_);
+  if (auto& service = *environment_.backgroundService(); service.isCheckinTimerRunning()) {
+    forceSync(environment_);
+  } else {
+    service.start(child);
+  }
 }
 
 void ControlDesk::endSync() {

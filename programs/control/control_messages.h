@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "foundation/convert.h"
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
 
@@ -38,6 +39,10 @@ inline constexpr std::array rawNames<control::Worker> =
 }  // namespace quillmar
 
 namespace quillmar::control {
+
+// Records are compared and printed by the tables below.
+using quillmar::operator==;
+using quillmar::operator<<;
 
 struct ControlRequest {
   std::string operation;

@@ -8,7 +8,6 @@
 #include "app/settings_keys.h"
 #include "client/deployments.h"
 #include "platform/linux/curl_http_session.h"
-#include "platform/linux/libsecret_item_store.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "programs/doctor/probes.h"
@@ -48,9 +47,9 @@ bool examineMachine(const Options& options, std::ostream& output) {
   const auto installation = installationIn(
       options.dataDirectory, options.service ? Deployments::all(*options.service) : Deployments::builtIn());
   CurlHttpSession http(CurlHttpSession::Options{.extraCaFile = options.caFile});
-  LibsecretItemStore keyring;
-  MachineProbes probes(http, keyring, installation.serviceRoot + "/api/v1");
-  const Report report = examine(probes, installation.role);
+  MachineProbes probes(http, options.keyring, installation.serviceRoot + "/api/v1");
+  const bool isAgents = options.keyring == nullptr && installation.role == DeviceRole::unset;
+  const Report report = examine(probes, isAgents ? DeviceRole::child : installation.role);
   for (const std::string& line : report.lines) {
     output << line << '\n';
   }

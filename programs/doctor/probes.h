@@ -32,10 +32,12 @@ ServiceFinding lookAtService(HttpSession& http, const std::string& url);
 // This machine, and the service as it is reached from here.
 class MachineProbes final : public Probes {
  public:
-  MachineProbes(HttpSession& http, SecureItemStore& keyring, std::string serviceURL)
+  // Without a keyring for a program without a window.
+  MachineProbes(HttpSession& http, SecureItemStore* keyring, std::string serviceURL)
       : http_(http), keyring_(keyring), serviceURL_(std::move(serviceURL)) {}
 
-  Finding keyring() override { return lookAtKeyring(keyring_); }
+  bool areForWindow() const override { return keyring_ != nullptr; }
+  Finding keyring() override { return lookAtKeyring(*keyring_); }
   Finding networkManager() override;
   Finding tunnelProgram() override;
   Finding fingerprintReader() override;
@@ -44,7 +46,7 @@ class MachineProbes final : public Probes {
 
  private:
   HttpSession& http_;
-  SecureItemStore& keyring_;
+  SecureItemStore* const keyring_;
   const std::string serviceURL_;
 };
 

@@ -1,7 +1,6 @@
 #include "programs/doctor/report.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <string_view>
 #include <utility>
@@ -49,15 +48,22 @@ Finding judgeClock(const ServiceFinding& service) {
                      " the service's. Let it be set over the network: timedatectl set-ntp true"};
 }
 
-std::array<Part, 7> lookAtAll(Probes& probes) {
+std::vector<Part> lookAtAll(Probes& probes) {
+  const bool hasWindow = probes.areForWindow();
+  std::vector<Part> parts;
+  if (hasWindow) {
+    parts.push_back({"Keyring", Need::nobody, probes.keyring()});
+  }
+  parts.push_back({"NetworkManager", Need::child, probes.networkManager()});
+  parts.push_back({"Tunnel program", Need::child, probes.tunnelProgram()});
+  if (hasWindow) {
+    parts.push_back({"Fingerprint reader", Need::nobody, probes.fingerprintReader()});
+    parts.push_back({"Camera", Need::nobody, probes.camera()});
+  }
   const ServiceFinding service = probes.service();
-  return {{{"Keyring", Need::nobody, probes.keyring()},
-           {"NetworkManager", Need::child, probes.networkManager()},
-           {"Tunnel program", Need::child, probes.tunnelProgram()},
-           {"Fingerprint reader", Need::nobody, probes.fingerprintReader()},
-           {"Camera", Need::nobody, probes.camera()},
-           {"Service", Need::everybody, service.answer},
-           {"Clock", Need::everybody, judgeClock(service)}}};
+  parts.push_back({"Service", Need::everybody, service.answer});
+  parts.push_back({"Clock", Need::everybody, judgeClock(service)});
+  return parts;
 }
 
 bool isNeeded(const Part& part, DeviceRole role) {

@@ -30,6 +30,8 @@ class Probes {
   Probes& operator=(const Probes&) = delete;
   virtual ~Probes() = default;
 
+  // Where it is not for a program with a window, keyring, reader and camera are not looked at.
+  virtual bool areForWindow() const = 0;
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
   virtual Finding tunnelProgram() = 0;

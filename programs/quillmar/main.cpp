@@ -12,6 +12,7 @@
 #include "app/role_manager.h"
 #include "child/child_app_state.h"
 #include "platform/linux/data_directory.h"
+#include "platform/linux/libsecret_item_store.h"
 #include "programs/control/autostart.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
@@ -158,9 +159,12 @@ Entrance enter(const Options& options) {
 int runDoctor(int count, char** arguments) {
   const QCoreApplication application(count, arguments);
   const Options options = quillmar::parseOptions(application);
-  const bool isFit = quillmar::doctor::examineMachine(
-      {.dataDirectory = options.dataDirectory, .service = options.service, .caFile = options.caFile},
-      std::cout);
+  quillmar::LibsecretItemStore keyring;
+  const bool isFit = quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
+                                                       .service = options.service,
+                                                       .caFile = options.caFile,
+                                                       .keyring = &keyring},
+                                                      std::cout);
   return isFit ? 0 : 1;
 }
 

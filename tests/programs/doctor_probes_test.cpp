@@ -217,9 +217,11 @@ TEST_F(ServiceOfTheFuture, shows_that_this_machines_clock_is_behind) {
 struct Doctor : DoctorsService {
   std::string report() {
     std::ostringstream output;
-    isFit = examineMachine(
-        {.dataDirectory = data, .service = service->secureUrl(), .caFile = service->caFile().string()},
-        output);
+    isFit = examineMachine({.dataDirectory = data,
+                            .service = service->secureUrl(),
+                            .caFile = service->caFile().string(),
+                            .keyring = hasWindow ? &keyring : nullptr},
+                           output);
     return output.str();
   }
   void store(std::string_view key, const std::string& value) {
@@ -229,8 +231,15 @@ struct Doctor : DoctorsService {
 
   const TemporaryDirectory directory;
   const fs::path data = directory.path() / "data";
+  MemorySecureItems keyring;
+  bool hasWindow = true;
   bool isFit = false;
 };
+
+TEST_F(Doctor, of_a_program_without_a_window_speaks_for_a_childs_device) {
+  hasWindow = false;
+  EXPECT_THAT(report(), HasSubstr("a child's device needs."));
+}
 
 TEST_F(Doctor, asks_the_service_of_the_command_line_and_makes_no_installation) {
   EXPECT_THAT(report(), HasSubstr("works     Service: " + service->secureUrl() + "/api/v1 answers"));

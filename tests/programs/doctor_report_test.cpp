@@ -16,6 +16,7 @@ using testing::HasSubstr;
 // A machine of which all is known.
 class MadeUpProbes final : public Probes {
  public:
+  bool areForWindow() const override { return hasWindow; }
   Finding keyring() override { return keyringFinding; }
   Finding networkManager() override { return networkManagerFinding; }
   Finding tunnelProgram() override { return tunnelProgramFinding; }
@@ -23,6 +24,7 @@ class MadeUpProbes final : public Probes {
   Finding camera() override { return cameraFinding; }
   ServiceFinding service() override { return serviceFinding; }
 
+  bool hasWindow = true;
   Finding keyringFinding{true, "keeps."};
   Finding networkManagerFinding{true, "runs."};
   Finding tunnelProgramFinding{true, "is there."};
@@ -59,6 +61,16 @@ TEST_F(DoctorReport, a_machine_with_everything_is_fit_and_says_so_line_by_line) 
                                 "works     Camera: sees.", "works     Service: answers.",
                                 "works     Clock: agrees with the service's.",
                                 "This machine has what a child's device needs."));
+}
+
+TEST_F(DoctorReport, for_a_program_without_a_window_leaves_out_what_only_windows_use) {
+  probes.hasWindow = false;
+  for (const auto* part : {"Keyring", "Fingerprint reader", "Camera"}) {
+    EXPECT_EQ(line(part), "") << part;
+  }
+  for (const auto* part : {"NetworkManager", "Tunnel program", "Service", "Clock"}) {
+    EXPECT_NE(line(part), "") << part;
+  }
 }
 
 TEST_F(DoctorReport, without_keyring_reader_and_camera_every_role_can_live) {

@@ -124,6 +124,15 @@ std::string RunningProgram::readLine() {
   return line;
 }
 
+std::string RunningProgram::readUntil(const std::string& text) {
+  std::string all;
+  for (char c = 0; ::read(output_, &c, 1) == 1;) {
+    all += c;
+    if (c == '\n' && all.find(text, all.rfind('\n', all.size() - 2) + 1) != std::string::npos) break;
+  }
+  return all;
+}
+
 int RunningProgram::end(int signal) {
   if (process_ < 0) return -1;
   kill(process_, signal);

@@ -28,6 +28,9 @@ class RunningProgram {
   // Waits for a whole line of its standard output; what there was if it ends before that.
   [[nodiscard]] std::string readLine();
 
+  // All lines up to and with the first that has this text in it; all that there were if it ends before that.
+  [[nodiscard]] std::string readUntil(const std::string& text);
+
   // Sends the signal and waits for the end. Returns the exit status, or minus the signal that ended it.
   int end(int signal);
 

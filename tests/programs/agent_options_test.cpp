@@ -1,0 +1,89 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "platform/linux/data_directory.h"
+#include "programs/agent/options.h"
+
+namespace quillmar::agent {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(AgentOptions, are_usual_ones_unless_told_otherwise) {
+  const auto parsed = parse({"run"});
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->command, Command::run);
+  EXPECT_EQ(parsed.options->dataDirectory, dataDirectory());
+  EXPECT_EQ(parsed.options->service, std::nullopt);
+  EXPECT_FALSE(parsed.options->simulatesTunnel);
+  EXPECT_FALSE(parsed.options->tellsEverything);
+}
+
+TEST(AgentOptions, may_stand_before_and_after_the_command) {
+  for (const auto& words :
+       {std::vector<std::string>{"--data-dir", "/d", "--service=https://s", "status", "--json"},
+        std::vector<std::string>{"status", "--json", "--service", "https://s", "--data-dir=/d"}}) {
+    const auto parsed = parse(words);
+    ASSERT_TRUE(parsed.options);
+    EXPECT_EQ(parsed.options->command, Command::status);
+    EXPECT_EQ(parsed.options->dataDirectory, "/d");
+    EXPECT_EQ(parsed.options->service, "https://s");
+    EXPECT_TRUE(parsed.options->writesJson);
+  }
+}
+
+TEST(AgentOptions, explain_themselves) {
+  const auto parsed = parse({"--help"});
+  EXPECT_FALSE(parsed.options);
+  EXPECT_EQ(parsed.status, ExitStatus::done);
+  EXPECT_THAT(parsed.text, StartsWith("Usage: quillmar-agent"));
+  for (const auto* command : {"enroll", "run", "status", "sync", "reset", "doctor"}) {
+    EXPECT_THAT(parsed.text, HasSubstr(std::string("\n  ") + command));
+    EXPECT_THAT(parse({command, "--help"}).text, StartsWith(std::string("Usage: quillmar-agent ") + command));
+    EXPECT_THAT(parse({"--help", command}).text, StartsWith(std::string("Usage: quillmar-agent ") + command));
+  }
+}
+
+TEST(AgentOptions, explain_themselves_in_eighty_columns_of_ascii) {
+  for (const auto& words : {std::vector<std::string>{"--help"},
+                            {"enroll", "--help"},
+                            {"run", "--help"},
+                            {"status", "--help"},
+                            {"sync", "--help"},
+                            {"reset", "--help"},
+                            {"doctor", "--help"}}) {
+    std::istringstream text(parse(words).text);
+    for (std::string line; std::getline(text, line);) {
+      EXPECT_LE(line.size(), 80U) << line;
+      EXPECT_TRUE(std::ranges::all_of(line, [](char c) { return c >= ' ' && c <= '~'; })) << line;
+    }
+  }
+}
+
+TEST(AgentOptions, refuse_what_they_do_not_know) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> rows = {
+      {{}, "a command is missing."},
+      {{"dance"}, "there is no command 'dance'."},
+      {{"run", "status"}, "there is no command 'status'."},
+      {{"--dance", "run"}, "there is no option '--dance'."},
+      {{"run", "--data-dir"}, "the option '--data-dir' needs a value."},
+      {{"run", "--json"}, "the option '--json' belongs to 'status'."},
+      {{"sync", "--yes"}, "the option '--yes' belongs to 'reset'."},
+      {{"enroll", "--autostart", "--service", "https://s"},
+       "'--autostart' starts the agent without any options"},
+      {{"enroll", "--autostart", "--simulate-tunnel"}, "'--autostart' starts the agent without any options"},
+  };
+  for (const auto& [words, problem] : rows) {
+    const auto parsed = parse(words);
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.status, ExitStatus::usage);
+    EXPECT_THAT(parsed.text, StartsWith(problem));
+  }
+}
+
+}  // namespace
+}  // namespace quillmar::agent

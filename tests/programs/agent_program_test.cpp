@@ -1,0 +1,524 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/settings_keys.h"
+#include "child/child_app_state.h"
+#include "client/records/enrollment.h"
+#include "foundation/json_decode.h"
+#include "foundation/text.h"
+#include "platform/linux/asio_dispatch.h"
+#include "platform/linux/instance_lock.h"
+#include "platform/linux/sqlite_settings_store.h"
+#include "programs/control/control_client.h"
+#include "programs/control/control_server.h"
+#include "programs/control/work_place.h"
+#include "sandbox/service.h"
+#include "tests/programs/pseudo_terminal.h"
+#include "tests/programs/terminal_picture.h"
+#include "tests/sandbox/support/run_command.h"
+#include "tests/support/recording_log.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temporary_directory.h"
+
+namespace quillmar::agent {
+namespace {
+
+namespace fs = std::filesystem;
+using sandbox::test::CommandResult;
+using sandbox::test::runCommand;
+using sandbox::test::RunningProgram;
+using test::PseudoTerminal;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using Words = std::vector<std::string>;
+
+std::string after(const std::string& text, const std::string& mark) {
+  const auto start = text.find(mark);
+  return start == std::string::npos
+             ? std::string()
+             : text.substr(start + mark.size(), text.find_first_of("\r\n", start) - start - mark.size());
+}
+
+// The program as it is installed, on a device of its own, against a real service.
+struct AgentProgram : testing::Test {
+  AgentProgram() { fs::permissions(runtime.path(), fs::perms::owner_all); }
+
+  Words words(const Words& command) const {
+    Words all{QUILLMAR_AGENT,
+              "--data-dir",
+              data.string(),
+              "--service",
+              service->secureUrl(),
+              "--ca-file",
+              service->caFile().string(),
+              "--simulate-tunnel"};
+    all.insert(all.end(), command.begin(), command.end());
+    return all;
+  }
+  Words environment(const std::string& locale = "C.UTF-8") const {
+    return {"PATH=/usr/bin:/bin", "HOME=" + runtime.path().string(),
+            "XDG_RUNTIME_DIR=" + runtime.path().string(), "LC_ALL=" + locale, "TERM=xterm"};
+  }
+  Words withEnvironment(const Words& command, const Words& more = {}) const {
+    Words all{"env", "-i"};
+    for (const Words& part : {environment(), more, words(command)}) {
+      all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+  }
+
+  CommandResult call(const Words& command, const std::string& input = {}) const {
+    return runCommand(withEnvironment(command), input);
+  }
+  std::unique_ptr<RunningProgram> start(const Words& command, const Words& more = {}) const {
+    return std::make_unique<RunningProgram>(withEnvironment(command, more));
+  }
+  // As the program does it, without its waiting.
+  void enroll() const {
+    const auto init =
+        service->ask("POST", "/api/v1/enrollment/init",
+                     R"({"device_id":")" + newUUID() + R"(","device_name":"x","device_type":"ios"})");
+    const auto code = decodeJson<InitEnrollmentResponse>(init.body);
+    ASSERT_TRUE(code.ok()) << init.body;
+    const std::string id = code.value().deviceId;
+    ASSERT_TRUE(service->approve(code.value().enrollmentCode));
+    const auto answer = service->ask("GET", "/api/v1/enrollment/status/" + id);
+    const auto status = decodeJson<EnrollmentStatusResponse>(answer.body);
+    ASSERT_TRUE(status.ok()) << answer.body;
+    RecordingLog log;
+    AsioDispatch dispatch;
+    SqliteSettingsStore settings(data, log);
+    settings.set(settings::deviceRole, std::string("child"));
+    ChildAppState(settings, dispatch)
+        .saveEnrollment(id, status.value().dohEndpoint.value_or(""), status.value().dohBaseUrl,
+                        status.value().apiBaseUrl);
+  }
+  void failAlways() const {
+    auto misbehaviour = service->misbehaviour();
+    misbehaviour.failEverything = true;
+    service->misbehave(misbehaviour);
+  }
+  std::ptrdiff_t checkins() const {
+    const auto requests = service->requests();
+    return std::ranges::count(requests, "/api/v1/device/checkin", &sandbox::Request::target);
+  }
+
+  const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
+  const TemporaryDirectory runtime;
+  const TemporaryDirectory home;
+  const fs::path data = home.path() / "data";
+  const ScopedEnvironment session{"XDG_RUNTIME_DIR", runtime.path().c_str()};
+};
+
+TEST_F(AgentProgram, has_no_window_library_in_it) {
+  const auto libraries = runCommand({"ldd", QUILLMAR_AGENT});
+  EXPECT_THAT(libraries.output, AllOf(HasSubstr("libcurl"), Not(HasSubstr("Qt")), Not(HasSubstr("libglib"))));
+}
+
+TEST_F(AgentProgram, says_how_it_is_used_when_it_is_misused) {
+  const auto result = call({"dance"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, "quillmar-agent: there is no command 'dance'.\nTry 'quillmar-agent --help'.\n");
+}
+
+TEST_F(AgentProgram, on_a_device_that_is_not_enrolled_makes_nothing_and_says_so) {
+  for (const auto* command : {"status", "sync", "reset"}) {
+    EXPECT_EQ(call({command}).status, 3) << command;
+  }
+  EXPECT_FALSE(fs::exists(data));
+}
+
+TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
+  PseudoTerminal terminal(words({"enroll"}), environment());
+  const std::string shown = terminal.readUntil("Waiting for parent to complete enrollment...");
+  const std::string code = after(shown, "Enrollment Code: ");
+  const auto scanned = recogniseCodes(pictureOf(shown).view());
+  ASSERT_TRUE(scanned.ok());
+  ASSERT_EQ(scanned.value().size(), 1U);
+  EXPECT_THAT(scanned.value().front().text.value_or(""), HasSubstr("\"" + code + "\""));
+  EXPECT_THAT(shown, AllOf(HasSubstr("Quillmar Child"), HasSubstr("Scan QR Code"),
+                           HasSubstr("Ask your parent to scan this code using the Quillmar Parent app")));
+  // The line lives: its dots move.
+  EXPECT_THAT(terminal.readUntil("..o"), HasSubstr(".o."));
+
+  ASSERT_TRUE(service->approve(code));
+  EXPECT_THAT(terminal.readToEnd(), HasSubstr("This device is enrolled.\r\n"));
+  EXPECT_EQ(terminal.wait(), 0);
+  const auto status = call({"status", "--json"});
+  EXPECT_EQ(status.status, 6);
+  EXPECT_THAT(status.output,
+              AllOf(HasSubstr(R"("isEnrolled":true)"), HasSubstr(R"("dohEndpoint":"https://)")));
+}
+
+TEST_F(AgentProgram, enrolls_in_a_terminal_without_utf8) {
+  PseudoTerminal terminal(words({"enroll"}), environment("C"));
+  const std::string shown = terminal.readUntil("Waiting for parent");
+  const auto scanned = recogniseCodes(pictureOf(shown).view());
+  ASSERT_TRUE(scanned.ok());
+  ASSERT_EQ(scanned.value().size(), 1U);
+  EXPECT_THAT(scanned.value().front().text.value_or(""), HasSubstr(after(shown, "Enrollment Code: ")));
+}
+
+TEST_F(AgentProgram, enrolls_where_there_is_no_terminal_at_all) {
+  auto program = start({"enroll"}, {"LC_ALL=C"});
+  const std::string shown = program->readUntil("Waiting for parent to complete enrollment...");
+  const std::string code = after(shown, "Enrollment Code: ");
+  EXPECT_THAT(shown, AllOf(HasSubstr("This terminal can't show a QR code"), HasSubstr("\"" + code + "\""),
+                           Not(HasSubstr("\x1b"))));
+  EXPECT_TRUE(service->approve(code));
+  EXPECT_EQ(program->readUntil("enrolled."), "This device is enrolled.\n");
+  EXPECT_EQ(program->end(0), 0);
+}
+
+TEST_F(AgentProgram, cancels_on_control_c) {
+  PseudoTerminal terminal(words({"enroll"}), environment());
+  terminal.readUntil("Waiting for parent");
+  terminal.type("\x03");
+  EXPECT_THAT(terminal.readToEnd(), HasSubstr("Cancelled. This device is not enrolled.\r\n"));
+  EXPECT_EQ(terminal.wait(), 130);
+  EXPECT_EQ(call({"status"}).status, 3);
+}
+
+TEST_F(AgentProgram, cancels_when_its_terminal_is_closed) {
+  PseudoTerminal terminal(words({"enroll"}), environment());
+  const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
+  terminal.hangUp();
+  EXPECT_EQ(terminal.wait(), 1);
+  EXPECT_EQ(call({"status"}).status, 3);
+  // What a parent does with the code now concerns nobody any more.
+  service->approve(code);
+  EXPECT_EQ(call({"status"}).status, 3);
+}
+
+TEST_F(AgentProgram, says_why_there_is_no_code) {
+  failAlways();
+  const auto result = call({"enroll"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, testing::StartsWith("quillmar-agent: "));
+  EXPECT_THAT(result.output, Not(HasSubstr("Enrollment Code")));
+}
+
+TEST_F(AgentProgram, does_not_enroll_twice) {
+  enroll();
+  const auto again = call({"enroll"});
+  EXPECT_EQ(again.status, 0);
+  EXPECT_EQ(again.output, "This device is enrolled already.\nTo protect it: quillmar-agent run\n");
+}
+
+TEST_F(AgentProgram, keeps_an_enrolled_device_protected_until_it_is_told_to_stop) {
+  enroll();
+  auto run = start({"run"});
+  EXPECT_EQ(run->readLine(), "Looking after this device.");
+  EXPECT_THAT(run->readUntil("DNS Protection Active"), HasSubstr("Tunnel: DNS Protection Active\n"));
+  EXPECT_EQ(checkins(), 1);
+  const auto status = call({"status"});
+  EXPECT_EQ(status.status, 0);
+  EXPECT_THAT(status.output, AllOf(HasSubstr("Protection   DNS Protection Active\n"),
+                                   HasSubstr("Kept up by   quillmar-agent (process ")));
+  EXPECT_EQ(call({"sync"}).status, 0);
+  EXPECT_EQ(checkins(), 2);
+  EXPECT_EQ(run->end(SIGTERM), 0);
+  EXPECT_EQ(call({"status"}).status, 6);
+  EXPECT_TRUE(fs::is_empty(runtime.path() / "quillmar"));
+}
+
+TEST_F(AgentProgram, tells_the_service_manager_that_it_is_ready_alive_and_going) {
+  const fs::path path = runtime.path() / "notify";
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const auto hear = [&] {
+    std::array<char, 256> text{};
+    const auto size = ::recv(socket.get(), text.data(), text.size(), 0);
+    return std::string(text.data(), size > 0 ? static_cast<std::size_t>(size) : 0);
+  };
+  auto run = start({"run"}, {"NOTIFY_SOCKET=" + path.string(), "WATCHDOG_USEC=100000"});
+  EXPECT_EQ(hear(), "READY=1");
+  EXPECT_EQ(hear(), "STATUS=This device is not enrolled. Waiting for that.");
+  EXPECT_EQ(hear(), "WATCHDOG=1");
+  EXPECT_EQ(hear(), "WATCHDOG=1");
+  EXPECT_EQ(run->end(SIGTERM), 0);
+  std::string last = hear();
+  while (last == "WATCHDOG=1") {
+    last = hear();
+  }
+  EXPECT_EQ(last, "STOPPING=1");
+}
+
+TEST_F(AgentProgram, runs_once) {
+  auto run = start({"run"});
+  EXPECT_EQ(run->readLine(), "This device is not enrolled. Waiting for that.");
+  const auto second = call({"run"});
+  EXPECT_EQ(second.status, 5);
+  EXPECT_EQ(second.errors, "quillmar-agent: quillmar-agent runs already.\n");
+}
+
+TEST_F(AgentProgram, goes_on_where_a_killed_one_stopped) {
+  enroll();
+  auto first = start({"run"});
+  static_cast<void>(first->readUntil("The service is reached."));
+  EXPECT_EQ(first->end(SIGKILL), -SIGKILL);
+  EXPECT_EQ(call({"status"}).status, 6);
+  auto second = start({"run"});
+  EXPECT_EQ(second->readLine(), "Looking after this device.");
+  static_cast<void>(second->readUntil("DNS Protection Active"));
+  EXPECT_EQ(call({"status"}).status, 0);
+}
+
+TEST_F(AgentProgram, gives_the_work_to_whoever_asks_and_takes_it_back_at_its_end) {
+  enroll();
+  auto run = start({"run"});
+  static_cast<void>(run->readUntil("The service is reached."));
+  auto place = control::takeWorkPlace(data);
+  ASSERT_TRUE(place.lock);
+  EXPECT_THAT(run->readUntil("taken over"),
+              HasSubstr("Another program of this installation has taken over. Waiting.\n"));
+  EXPECT_TRUE(control::isAgentWaiting(data));
+  const auto before = checkins();
+  // Nobody is there to be asked now, and nothing of the agent's is under way.
+  EXPECT_FALSE(control::ask(data, {.operation = "status"}, std::chrono::seconds(60)));
+  place.lock.reset();
+  EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
+  EXPECT_THAT(run->readUntil("The service is reached."), HasSubstr("The service is reached.\n"));
+  EXPECT_EQ(checkins(), before + 1);
+}
+
+TEST_F(AgentProgram, takes_the_work_back_from_one_that_was_killed) {
+  enroll();
+  auto run = start({"run"});
+  static_cast<void>(run->readUntil("The service is reached."));
+  const pid_t other = fork();
+  if (other == 0) {
+    const auto place = control::takeWorkPlace(data);
+    raise(place.lock ? SIGKILL : SIGTERM);
+  }
+  EXPECT_THAT(run->readUntil("taken over"),
+              HasSubstr("Another program of this installation has taken over. Waiting.\n"));
+  EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
+}
+
+TEST_F(AgentProgram, stops_while_it_waits_for_the_work) {
+  const auto lock = InstanceLock::acquire(data);
+  auto run = start({"run"});
+  EXPECT_EQ(run->readLine(), "Another program of this installation does the work. Waiting.");
+  EXPECT_EQ(run->end(SIGTERM), 0);
+}
+
+TEST_F(AgentProgram, that_waits_for_an_enrollment_begins_when_it_is_done) {
+  auto run = start({"run"});
+  EXPECT_EQ(run->readLine(), "This device is not enrolled. Waiting for that.");
+  {
+    PseudoTerminal terminal(words({"enroll"}), environment());
+    const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
+    ASSERT_TRUE(service->approve(code)) << code;
+    static_cast<void>(terminal.readToEnd());
+    ASSERT_EQ(terminal.wait(), 0);
+  }
+  EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
+  EXPECT_THAT(run->readUntil("The service is reached."), HasSubstr("The service is reached.\n"));
+}
+
+TEST_F(AgentProgram, is_not_disturbed_by_an_enrollment_that_is_not_needed) {
+  enroll();
+  auto run = start({"run"});
+  static_cast<void>(run->readUntil("DNS Protection Active"));
+  EXPECT_EQ(call({"enroll"}).output, "This device is enrolled already.\n");
+  EXPECT_EQ(run->end(SIGTERM), 0);
+  EXPECT_EQ(run->readLine(), "");
+}
+
+TEST_F(AgentProgram, asks_before_it_resets) {
+  enroll();
+  PseudoTerminal terminal(words({"reset"}), environment());
+  EXPECT_THAT(
+      terminal.readUntil("[y/N]"),
+      HasSubstr("This will remove this device from parental monitoring. You will need to enroll again."));
+  terminal.type("n\n");
+  EXPECT_THAT(terminal.readToEnd(), HasSubstr("Nothing was changed."));
+  EXPECT_EQ(terminal.wait(), 130);
+  EXPECT_EQ(call({"status"}).status, 6);
+  EXPECT_EQ(call({"reset"}).status, 130) << "nobody said yes";
+  EXPECT_EQ(call({"reset"}, "y\n").status, 0);
+  EXPECT_EQ(call({"status"}).status, 3);
+}
+
+TEST_F(AgentProgram, resets_through_the_one_that_runs) {
+  enroll();
+  auto run = start({"run"});
+  static_cast<void>(run->readUntil("DNS Protection Active"));
+  EXPECT_EQ(call({"reset", "--yes"}).status, 0);
+  EXPECT_THAT(run->readUntil("left its family"),
+              HasSubstr("This device has left its family and is no longer looked after.\n"));
+  EXPECT_EQ(call({"status"}).status, 3);
+}
+
+TEST_F(AgentProgram, syncs_without_one_that_runs) {
+  enroll();
+  EXPECT_EQ(checkins(), 0);
+  const auto result = call({"sync"});
+  EXPECT_EQ(result.status, 0) << result.errors;
+  EXPECT_EQ(result.output, "Checked in.\n");
+  EXPECT_EQ(checkins(), 1);
+}
+
+TEST_F(AgentProgram, says_when_a_sync_fails) {
+  enroll();
+  failAlways();
+  const auto result = call({"sync"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errors, "quillmar-agent: The service could not be reached.\n");
+}
+
+TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
+  enroll();
+  auto run = start({"run"});
+  static_cast<void>(run->readUntil("DNS Protection Active"));
+  fs::remove_all(runtime.path() / "quillmar");
+  const auto status = call({"status"});
+  EXPECT_EQ(status.status, 6);
+  EXPECT_THAT(status.output, HasSubstr("Kept up by   a program that can't be asked at the moment"));
+  EXPECT_EQ(run->end(SIGTERM), 0);
+}
+
+TEST_F(AgentProgram, is_no_parents_program) {
+  {
+    RecordingLog log;
+    SqliteSettingsStore settings(data, log);
+    settings.set(settings::deviceRole, std::string("parent"));
+  }
+  for (const auto* command : {"enroll", "run", "status", "sync", "reset"}) {
+    EXPECT_EQ(call({command}).status, 4) << command;
+  }
+}
+
+TEST_F(AgentProgram, leaves_an_open_window_alone) {
+  const auto lock = InstanceLock::acquire(data);
+  std::promise<AsioDispatch*> ready;
+  std::thread window([&] {
+    AsioDispatch dispatch;
+    const control::ControlServer server(
+        data, dispatch, [](const std::string& /*line*/, const control::ControlServer::Reply& reply) {
+          reply({R"({"worker":"window"})"});
+        });
+    dispatch.main().async([&] { ready.set_value(&dispatch); });
+    dispatch.run();
+  });
+  AsioDispatch* const dispatch = ready.get_future().get();
+  const auto result = call({"enroll"});
+  EXPECT_EQ(result.status, 5);
+  EXPECT_EQ(result.errors, "quillmar-agent: The Quillmar window is open. Enroll there, or close it first.\n");
+  dispatch->stop();
+  window.join();
+}
+
+// Waits for room on the disk with what it has, and loses nothing.
+TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
+  fs::create_directories(data);
+  if (::mount("tmpfs", data.c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
+    GTEST_SKIP() << "only root can have a small disk";
+  }
+  std::ofstream(data / "filler") << std::string(300 * 1024, 'x');
+  {
+    PseudoTerminal terminal(words({"enroll"}), environment());
+    const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
+    EXPECT_TRUE(service->approve(code));
+    EXPECT_THAT(terminal.readUntil("this program waits."), HasSubstr("The enrollment can't be saved yet."));
+    fs::remove(data / "filler");
+    EXPECT_THAT(terminal.readToEnd(), HasSubstr("This device is enrolled."));
+    EXPECT_EQ(terminal.wait(), 0);
+  }
+  EXPECT_EQ(call({"status"}).status, 6);
+  ::umount2(data.c_str(), MNT_DETACH);
+}
+
+#ifdef QUILLMAR_KILL_POINT
+
+// One of many enrollments at once, each on a device of its own.
+struct Killed : AgentProgram {
+  std::unique_ptr<RunningProgram> startIn(const fs::path& directory, const Words& more) const {
+    Words all{"env", "-i", "LD_PRELOAD=" QUILLMAR_KILL_POINT};
+    for (const Words& part : {environment(), more,
+                              Words{QUILLMAR_AGENT, "--data-dir", directory.string(), "--service",
+                                    service->url(), "--simulate-tunnel", "enroll"}}) {
+      all.insert(all.end(), part.begin(), part.end());
+    }
+    return std::make_unique<RunningProgram>(all);
+  }
+  void approve(RunningProgram& program) const {
+    if (const auto code = after(program.readUntil("Enrollment Code: "), "Enrollment Code: "); !code.empty()) {
+      service->approve(code);
+    }
+  }
+  std::string statusIn(const fs::path& directory) const {
+    Words all{"env", "-i"};
+    for (const Words& part : {environment(), Words{QUILLMAR_AGENT, "--data-dir", directory.string(),
+                                                   "--simulate-tunnel", "status", "--json"}}) {
+      all.insert(all.end(), part.begin(), part.end());
+    }
+    return runCommand(all).output;
+  }
+};
+
+TEST_F(Killed, at_any_of_fifty_points_leaves_a_device_that_is_enrolled_or_not) {
+  constexpr long points = 50;
+  const fs::path counted = home.path() / "count";
+  {
+    auto whole = startIn(home.path() / "whole", {"QUILLMAR_KILL_COUNT=" + counted.string()});
+    approve(*whole);
+    ASSERT_EQ(whole->end(0), 0);
+  }
+  long total = 0;
+  std::ifstream(counted) >> total;
+  ASSERT_GE(total, points);
+
+  const auto directoryOf = [this](long point) { return home.path() / std::to_string(point); };
+  std::vector<std::unique_ptr<RunningProgram>> programs;
+  for (long point = 0; point < points; ++point) {
+    const long number = 1 + point * (total - 1) / (points - 1);
+    programs.push_back(startIn(directoryOf(point), {"QUILLMAR_KILL_AT=" + std::to_string(number)}));
+  }
+  for (const auto& program : programs) {
+    approve(*program);
+  }
+  long killed = 0;
+  long enrolled = 0;
+  for (long point = 0; point < points; ++point) {
+    killed += programs[static_cast<std::size_t>(point)]->end(0) == -SIGKILL ? 1 : 0;
+    const std::string status = statusIn(directoryOf(point));
+    if (status.find(R"("isEnrolled":true)") != std::string::npos) {
+      ++enrolled;
+      EXPECT_THAT(status, AllOf(HasSubstr(R"("deviceID":")"), HasSubstr(R"("dohEndpoint":"https://)")))
+          << point;
+    } else {
+      EXPECT_THAT(status, AllOf(HasSubstr(R"("isEnrolled":false)"), Not(HasSubstr("deviceID")))) << point;
+    }
+  }
+  // The calls of one run are never quite those of another; nearly all must have been cut short, on both
+  // sides.
+  EXPECT_GE(killed, points - 5);
+  EXPECT_GE(enrolled, 1);
+  EXPECT_LT(enrolled, points);
+}
+
+#endif
+
+}  // namespace
+}  // namespace quillmar::agent

@@ -1,0 +1,96 @@
+#include "programs/agent/qr_drawing.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/linux/qrencode_encoder.h"
+#include "tests/programs/terminal_picture.h"
+
+namespace quillmar::agent {
+namespace {
+
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string enrollment =
+    R"({"enrollment_code":"BEF2VGXA","device_id":"5c6fe067-f33e-4f8d-a82b-b64691dc0de0","device_name":"Emma's laptop","device_type":"ios"})";
+
+std::optional<std::vector<std::string>> draw(const Terminal& terminal, const std::string& text = enrollment) {
+  return drawQRCode(*QrencodeEncoder().encode(text), terminal);
+}
+
+std::string joined(const std::vector<std::string>& lines) {
+  std::string all;
+  for (const std::string& line : lines) {
+    all += line + '\n';
+  }
+  return all;
+}
+
+std::string readFrom(const Terminal& terminal, bool isDarkTerminal) {
+  const auto lines = draw(terminal);
+  const auto objects =
+      recogniseCodes(pictureOf(joined(lines.value_or(std::vector<std::string>{})), isDarkTerminal).view());
+  return objects.ok() && objects.value().size() == 1 ? objects.value().front().text.value_or("") : "";
+}
+
+TEST(QRDrawing, is_scanned_from_every_kind_of_terminal) {
+  for (const Terminal& terminal : {
+           Terminal{.isInteractive = true, .columns = 80, .hasUTF8 = true, .hasColour = true},
+           Terminal{.isInteractive = true, .columns = 200, .hasUTF8 = false, .hasColour = true},
+           Terminal{.isInteractive = true, .columns = 80, .hasUTF8 = false, .hasColour = true},
+       }) {
+    EXPECT_EQ(readFrom(terminal, true), enrollment) << terminal.columns << ' ' << terminal.hasUTF8;
+    EXPECT_EQ(readFrom(terminal, false), enrollment) << terminal.columns << ' ' << terminal.hasUTF8;
+  }
+}
+
+TEST(QRDrawing, without_colours_is_scanned_from_a_dark_terminal) {
+  EXPECT_EQ(readFrom({.isInteractive = true, .columns = 80, .hasUTF8 = true, .hasColour = false}, true),
+            enrollment);
+}
+
+TEST(QRDrawing, without_colours_sends_none) {
+  const auto lines = draw({.isInteractive = false, .columns = 80, .hasUTF8 = true, .hasColour = false});
+  ASSERT_TRUE(lines);
+  EXPECT_THAT(*lines, Each(Not(HasSubstr("\x1b"))));
+}
+
+TEST(QRDrawing, leaves_every_line_with_the_terminals_own_colours) {
+  for (const bool hasUTF8 : {true, false}) {
+    const auto lines = draw({.isInteractive = true, .columns = 80, .hasUTF8 = hasUTF8, .hasColour = true});
+    ASSERT_TRUE(lines);
+    EXPECT_THAT(*lines, Each(testing::EndsWith("\x1b[0m")));
+  }
+}
+
+TEST(QRDrawing, has_a_narrower_margin_rather_than_none_at_all) {
+  const auto modules = *QrencodeEncoder().encode(enrollment);
+  const Terminal exact{.isInteractive = true,
+                       .columns = static_cast<int>(modules.side) + 4,
+                       .hasUTF8 = true,
+                       .hasColour = true};
+  EXPECT_EQ(readFrom(exact, true), enrollment);
+  Terminal narrow = exact;
+  narrow.columns -= 1;
+  EXPECT_FALSE(draw(narrow));
+}
+
+TEST(QRDrawing, is_not_tried_where_it_can_not_be_seen) {
+  EXPECT_FALSE(draw({.isInteractive = true, .columns = 80, .hasUTF8 = false, .hasColour = false}));
+  EXPECT_FALSE(draw({.isInteractive = true, .columns = 20, .hasUTF8 = true, .hasColour = true}));
+}
+
+TEST(QRDrawing, of_the_longest_name_that_a_device_may_have_fits_into_eighty_columns) {
+  // A host's pretty name has 64 bytes at most.
+  std::string text = enrollment;
+  text.replace(text.find("Emma's laptop"), 13, std::string(64, 'n'));
+  EXPECT_TRUE(draw({.isInteractive = true, .columns = 80, .hasUTF8 = true, .hasColour = true}, text));
+}
+
+}  // namespace
+}  // namespace quillmar::agent
