@@ -2,35 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
+#include <cstddef>
 #include <set>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-namespace {
-
-std::atomic<std::size_t> allocations = 0;
-
-}  // namespace
-
-// Counts what the whole program allocates, so that a test can tell what one call does.
-// Both ways of getting memory are here, since either is given back in the one way below.
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  ++allocations;
-  return std::malloc(size == 0 ? 1 : size);
-}
-void* operator new(std::size_t size) {
-  if (void* memory = operator new(size, std::nothrow)) {
-    return memory;
-  }
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+#include "tests/support/live_memory.h"
 
 namespace quillmar {
 namespace {
@@ -156,9 +135,9 @@ TEST(RootDomain, a_name_of_letters_costs_at_most_one_allocation) {
   for (const std::string name :
        {"www.a-rather-long-name-of-a-site.example.com", "WWW.A-Rather-Long-Name-Of-A-Site.Example.COM",
         "www.a-rather-long-name-of-a-site..co..uk", "A-RATHER-LONG-NAME-WITHOUT-A-SINGLE-DOT"}) {
-    const std::size_t before = allocations;
+    const std::size_t before = allocations();
     const std::string site = rootDomain(name);
-    EXPECT_LE(allocations - before, 1U) << site;
+    EXPECT_LE(allocations() - before, 1U) << site;
   }
 }
 

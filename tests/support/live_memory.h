@@ -4,9 +4,13 @@
 
 namespace quillmar {
 
-// The bytes that this program has asked `new` for (under a sanitizer, any allocator) and not given back. What
-// the allocator itself makes of them does not count, so that the same state weighs the same. For programs
-// that link quillmar_live_memory.
+// What this program asks `new` for, in all its threads. For programs that link quillmar_live_memory, which
+// replaces `new`. What the allocator itself makes of a request does not count, so that the same state weighs
+// the same.
+
+// The bytes that were asked for and not given back.
 std::size_t liveBytes();
+// How often any were asked for.
+std::size_t allocations();
 
 }  // namespace quillmar
