@@ -1,8 +1,13 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and passes all tests: ./test.sh
 # ./test.sh quick leaves out the sanitizers and the linter.
+# ./test.sh --packages makes the Debian packages instead, and installs, runs and removes them in a fresh Debian.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
+if [ "${1:-}" = --packages ]; then
+  scripts/install-packages --packages
+  exec scripts/check-packages
+fi
 scripts/install-packages
 
 jobs=$(nproc)
