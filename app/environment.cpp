@@ -32,10 +32,6 @@ Environment::Environment(const Platform& platform, Deployments deployments)
 
 Environment::~Environment() = default;
 
-DateStyles Environment::dateStyles() const {
-  return {platform_.deviceInfo.locale(), platform_.deviceInfo.timeZone()};
-}
-
 const std::shared_ptr<NetworkService>& Environment::networkService() { return networkService_; }
 
 const std::shared_ptr<RoleManager>& Environment::roleManager() {

@@ -1,9 +1,9 @@
 #include "child/child_home_view.h"
 
-#include <chrono>
 #include <memory>
 
 #include "child/background_service.h"
+#include "child/recent_time.h"
 
 namespace quillmar {
 namespace {
@@ -26,14 +26,8 @@ std::string protectionValue(const VPNDNSManager& vpn) {
 }  // namespace
 
 std::string timeInWords(Date time, Date now, const DateStyles& styles) {
-  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(now - time).count();
-  if (seconds < 60) {
-    return "Just now";
-  }
-  if (seconds > 3599) {
-    return styles.shortTime(time);
-  }
-  return std::to_string(seconds / 60) + " minute" + (seconds >= 120 ? "s" : "") + " ago";
+  const auto recent = recentInWords(time, now);
+  return recent ? *recent : styles.shortTime(time);
 }
 
 ChildHomeView::ChildHomeView(Environment& environment)

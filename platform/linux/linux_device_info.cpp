@@ -1,93 +1,14 @@
 #include "platform/linux/linux_device_info.h"
 
-#include <sdbus-c++/sdbus-c++.h>
 #include <unicode/locid.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
-#include <unistd.h>
 
-#include <array>
-#include <climits>
-#include <fstream>
-#include <future>
 #include <memory>
-#include <string_view>
-#include <system_error>
-#include <thread>
 #include <utility>
-
-#include "platform/linux/thread_signals.h"
 
 namespace quillmar {
 namespace {
-
-constexpr const char* hostnameService = "org.freedesktop.hostname1";
-constexpr const char* hostnameObject = "/org/freedesktop/hostname1";
-
-std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
-  try {
-    const auto connection = sdbus::createSessionBusConnectionWithAddress("unix:path=" + busSocket.string());
-    const auto proxy = sdbus::createProxy(*connection, hostnameService, hostnameObject);
-    sdbus::Variant name;
-    proxy->callMethod("Get")
-        .onInterface("org.freedesktop.DBus.Properties")
-        .withTimeout(patience)
-        .withArguments(std::string(hostnameService), std::string("PrettyHostname"))
-        .storeResultsTo(name);
-    return name.get<std::string>();
-  } catch (const sdbus::Error&) {
-    return {};
-  }
-}
-
-// On a thread that may be left behind: joining the bus has no time limit of its own.
-std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
-  std::error_code error;
-  if (!std::filesystem::exists(busSocket, error)) {
-    return {};
-  }
-  std::promise<std::string> promise;
-  auto answer = promise.get_future();
-  std::thread([promise = std::move(promise), busSocket, patience]() mutable {
-    blockSignalsOfThisThread();
-    promise.set_value(askHostnamed(busSocket, patience));
-  }).detach();
-  return answer.wait_for(patience) == std::future_status::ready ? answer.get() : std::string();
-}
-
-// A value as a shell would read it: in quotes of either kind or none.
-std::string unquoted(std::string_view value) {
-  std::string text;
-  char quote = 0;
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    const char c = value[i];
-    if (c == '\\' && quote != '\'' && i + 1 < value.size()) {
-      text += value[++i];
-    } else if (quote != 0 ? c == quote : c == '"' || c == '\'') {
-      quote = quote != 0 ? '\0' : c;
-    } else {
-      text += c;
-    }
-  }
-  return text;
-}
-
-std::string prettyNameFromFile(const std::filesystem::path& machineInfo) {
-  constexpr std::string_view key = "PRETTY_HOSTNAME=";
-  std::ifstream file(machineInfo);
-  for (std::string line; std::getline(file, line);) {
-    if (line.starts_with(key)) {
-      return unquoted(std::string_view(line).substr(key.size()));
-    }
-  }
-  return {};
-}
-
-std::string hostName() {
-  std::array<char, HOST_NAME_MAX + 1> name{};
-  gethostname(name.data(), name.size() - 1);
-  return name.data();
-}
 
 // The bare "C" locale is meant for programs; people get the plainest one of their own.
 std::string defaultLocale() {
@@ -108,13 +29,5 @@ LinuxDeviceInfo::LinuxDeviceInfo() : LinuxDeviceInfo(Sources()) {}
 
 LinuxDeviceInfo::LinuxDeviceInfo(Sources sources)
     : sources_(std::move(sources)), locale_(defaultLocale()), timeZone_(defaultTimeZone()) {}
-
-std::string LinuxDeviceInfo::name() const {
-  std::string name = prettyNameFromBus(sources_.busSocket, sources_.patience);
-  if (name.empty()) {
-    name = prettyNameFromFile(sources_.machineInfo);
-  }
-  return name.empty() ? hostName() : name;
-}
 
 }  // namespace quillmar

@@ -8,7 +8,7 @@
 #include "platform/linux/absent_haptics.h"
 #include "platform/linux/asio_dispatch.h"
 #include "platform/linux/curl_http_session.h"
-#include "platform/linux/linux_device_info.h"
+#include "platform/linux/machine_name.h"
 #include "platform/linux/qrencode_encoder.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
@@ -32,6 +32,14 @@ class AgentLog final : public Log {
   SystemLog log_{"quillmar-agent"};
 };
 
+// A device whose program shows no dates.
+class AgentDeviceInfo final : public DeviceInfo {
+ public:
+  std::string name() const override { return machineName(); }
+  std::string locale() const override { return "en_US"; }
+  std::string timeZone() const override { return "UTC"; }
+};
+
 // The adapters of this computer, for a program without a window.
 class AgentMachine {
  public:
@@ -50,7 +58,7 @@ class AgentMachine {
   std::unique_ptr<TunnelService> tunnel_;
   AbsentSecureItems secureItems_;
   AbsentBiometrics biometrics_;
-  LinuxDeviceInfo deviceInfo_;
+  AgentDeviceInfo deviceInfo_;
   AbsentClipboard clipboard_;
   AbsentHaptics haptics_;
   AbsentWindowStyle windowStyle_;

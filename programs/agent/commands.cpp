@@ -128,9 +128,7 @@ ExitStatus tellStatus(const Options& options) {
   if (options.writesJson) {
     writeLine(encodeJson(*reply).value());
   } else {
-    const LinuxDeviceInfo device;
-    write(statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now()),
-                     {device.locale(), device.timeZone()}));
+    write(statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now())));
   }
   return exitStatusOf(*reply);
 }

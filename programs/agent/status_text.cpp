@@ -1,9 +1,13 @@
 #include "programs/agent/status_text.h"
 
+#include <array>
+#include <chrono>
+#include <ctime>
 #include <string_view>
 
 #include "app/role_manager.h"
-#include "child/child_home_view.h"
+#include "child/recent_time.h"
+#include "foundation/date_format.h"
 
 namespace quillmar::agent {
 namespace {
@@ -19,10 +23,18 @@ std::string row(std::string_view name, std::string_view value) {
   return line.append(value) += '\n';
 }
 
-std::string connection(const DeviceStatus& device, Date now, const DateStyles& styles) {
+std::string clockTime(Date time) {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+  std::tm local{};
+  localtime_r(&seconds, &local);
+  std::array<char, 32> text{};
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", &local)};
+}
+
+std::string connection(const DeviceStatus& device, Date now) {
   const std::string state = device.isConnectedToServer ? "Connected" : "Disconnected";
   const auto time = parseISO8601(device.lastCheckinTime.value_or(""));
-  return time ? state + ", last check-in: " + timeInWords(*time, now, styles) : state;
+  return time ? state + ", last check-in: " + recentInWords(*time, now).value_or(clockTime(*time)) : state;
 }
 
 std::string worker(const ControlReply& reply) {
@@ -47,7 +59,7 @@ ExitStatus exitStatusOf(const ControlReply& reply) {
   return reply.worker && device.isVPNConnected ? ExitStatus::done : ExitStatus::notProtected;
 }
 
-std::string statusText(const ControlReply& reply, Date now, const DateStyles& styles) {
+std::string statusText(const ControlReply& reply, Date now) {
   const DeviceStatus device = reply.device.value_or(DeviceStatus{});
   if (device.role == rawValue(DeviceRole::parent)) {
     return "This is a parent's device.\n";
@@ -57,7 +69,7 @@ std::string statusText(const ControlReply& reply, Date now, const DateStyles& st
   }
   return row("Device", device.deviceID.value_or("")) + row("Protection", device.vpnStatus.value_or("")) +
          (device.warning ? row("", *device.warning) : "") +
-         (reply.worker ? row("Server", connection(device, now, styles)) : "") +
+         (reply.worker ? row("Server", connection(device, now)) : "") +
          row("DoH Endpoint", device.dohEndpoint.value_or("")) + row("Kept up by", worker(reply));
 }
 

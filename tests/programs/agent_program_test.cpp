@@ -16,10 +16,6 @@
 #include <vector>
 
 #include "app/settings_keys.h"
-#include "child/child_app_state.h"
-#include "client/records/enrollment.h"
-#include "foundation/json_decode.h"
-#include "foundation/text.h"
 #include "platform/linux/asio_dispatch.h"
 #include "platform/linux/instance_lock.h"
 #include "platform/linux/sqlite_settings_store.h"
@@ -27,6 +23,7 @@
 #include "programs/control/control_server.h"
 #include "programs/control/work_place.h"
 #include "sandbox/service.h"
+#include "tests/programs/enrolled_device.h"
 #include "tests/programs/pseudo_terminal.h"
 #include "tests/programs/terminal_picture.h"
 #include "tests/sandbox/support/run_command.h"
@@ -88,35 +85,13 @@ struct AgentProgram : testing::Test {
   std::unique_ptr<RunningProgram> start(const Words& command, const Words& more = {}) const {
     return std::make_unique<RunningProgram>(withEnvironment(command, more));
   }
-  // As the program does it, without its waiting.
-  void enroll() const {
-    const auto init =
-        service->ask("POST", "/api/v1/enrollment/init",
-                     R"({"device_id":")" + newUUID() + R"(","device_name":"x","device_type":"ios"})");
-    const auto code = decodeJson<InitEnrollmentResponse>(init.body);
-    ASSERT_TRUE(code.ok()) << init.body;
-    const std::string id = code.value().deviceId;
-    ASSERT_TRUE(service->approve(code.value().enrollmentCode));
-    const auto answer = service->ask("GET", "/api/v1/enrollment/status/" + id);
-    const auto status = decodeJson<EnrollmentStatusResponse>(answer.body);
-    ASSERT_TRUE(status.ok()) << answer.body;
-    RecordingLog log;
-    AsioDispatch dispatch;
-    SqliteSettingsStore settings(data, log);
-    settings.set(settings::deviceRole, std::string("child"));
-    ChildAppState(settings, dispatch)
-        .saveEnrollment(id, status.value().dohEndpoint.value_or(""), status.value().dohBaseUrl,
-                        status.value().apiBaseUrl);
-  }
+  void enroll() const { test::enrollDevice(*service, data); }
   void failAlways() const {
     auto misbehaviour = service->misbehaviour();
     misbehaviour.failEverything = true;
     service->misbehave(misbehaviour);
   }
-  std::ptrdiff_t checkins() const {
-    const auto requests = service->requests();
-    return std::ranges::count(requests, "/api/v1/device/checkin", &sandbox::Request::target);
-  }
+  std::ptrdiff_t checkins() const { return test::checkinsAt(*service); }
 
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
   const TemporaryDirectory runtime;

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <ctime>
 
+#include "foundation/date_format.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/virtual_dispatch.h"
 
 namespace quillmar::agent {
@@ -36,7 +39,7 @@ ControlReply from(const DeviceStatus& device, std::optional<std::string> worker 
   return {.worker = std::move(worker), .processID = 77, .error = {}, .device = device};
 }
 
-std::string textOf(const ControlReply& reply) { return statusText(reply, now, {"en_US", "UTC"}); }
+std::string textOf(const ControlReply& reply) { return statusText(reply, now); }
 
 TEST(AgentStatus, of_a_protected_device) {
   const auto reply = from(protectedDevice());
@@ -47,6 +50,14 @@ TEST(AgentStatus, of_a_protected_device) {
             "Server       Connected, last check-in: 2 minutes ago\n"
             "DoH Endpoint https://dns.example/d1\n"
             "Kept up by   quillmar-agent (process 77)\n");
+}
+
+TEST(AgentStatus, tells_the_time_of_a_checkin_long_ago_by_this_clock) {
+  const ScopedEnvironment zone("TZ", "UTC-2");
+  ::tzset();
+  auto device = protectedDevice();
+  device.lastCheckinTime = "2016-10-01T03:04:05Z";
+  EXPECT_THAT(textOf(from(device)), HasSubstr("last check-in: 2016-10-01 05:04\n"));
 }
 
 TEST(AgentStatus, names_the_window_that_does_the_work) {
