@@ -81,15 +81,18 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
     return;
   }
   const DispatchGroup group;
+  const auto queue = dispatch_.makeSerialQueue("com.quillmar.logs-fetch");
   const auto collected = std::make_shared<RecentLogs>();
   const std::string query = "/logs?limit=" + std::to_string(limit / deviceIds.size()) +
                             "&since=" + percentEncodedForQuery(formatISO8601(dispatch_.now() - since));
   for (const auto& deviceId : deviceIds) {
     group.enter();
     authorisedCall("GET", devicePath(deviceId, query), {},
-                   decoding(takingLogs([group, collected](Result<std::vector<DNSLog>> result) {
-                     collected->add(std::move(result));
-                     group.leave();
+                   decoding(takingLogs([group, queue, collected](Result<std::vector<DNSLog>> result) {
+                     queue->async([group, collected, result = std::move(result)]() mutable {
+                       collected->add(std::move(result));
+                       group.leave();
+                     });
                    })));
   }
   group.notify(dispatch_.main(), [collected, limit, completion = std::move(completion)] {

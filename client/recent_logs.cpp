@@ -8,7 +8,6 @@
 namespace quillmar {
 
 void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
-  const std::scoped_lock lock(mutex_);
   if (answer.ok()) {
     answers_.push_back(std::move(answer).value());
   } else if (!firstError_) {
@@ -17,7 +16,6 @@ void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
 }
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
-  const std::scoped_lock lock(mutex_);
   // An entry is large and most are not kept, so that only what is kept is moved.
   std::vector<DNSLog*> entries;
   for (auto& answer : answers_) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -10,7 +9,7 @@
 
 namespace quillmar {
 
-// What the answers of several devices add up to. Any thread.
+// What the answers of several devices add up to. Any thread, but one at a time.
 class RecentLogs {
  public:
   void add(Result<std::vector<DNSLog>> answer);
@@ -19,7 +18,6 @@ class RecentLogs {
   Result<std::vector<DNSLog>> takeNewest(std::size_t limit);
 
  private:
-  std::mutex mutex_;
   std::vector<std::vector<DNSLog>> answers_;
   std::optional<Error> firstError_;
 };
