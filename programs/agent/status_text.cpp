@@ -68,7 +68,7 @@ std::string statusText(const ControlReply& reply, Date now) {
     return "This device is not enrolled. To join a family: quillmar-agent enroll\n";
   }
   return row("Device", device.deviceID.value_or("")) + row("Protection", device.vpnStatus.value_or("")) +
-         (device.warning ? row("", *device.warning) : "") +
+         (device.warning && !device.isVPNConnected ? row("", *device.warning) : "") +
          (reply.worker ? row("Server", connection(device, now)) : "") +
          row("DoH Endpoint", device.dohEndpoint.value_or("")) + row("Kept up by", worker(reply));
 }

@@ -75,6 +75,12 @@ TEST(AgentStatus, of_a_tunnel_that_is_down) {
               HasSubstr("Protection   Disconnected\n             VPN disconnected. Reconnecting...\n"));
 }
 
+TEST(AgentStatus, leaves_out_what_was_true_before_the_tunnel_came_up) {
+  auto device = protectedDevice();
+  device.warning = "Connecting to VPN...";
+  EXPECT_THAT(textOf(from(device)), Not(HasSubstr("Connecting to VPN...")));
+}
+
 TEST(AgentStatus, of_a_device_that_nobody_looks_after) {
   const auto reply = from(protectedDevice(), std::nullopt);
   EXPECT_EQ(exitStatusOf(reply), ExitStatus::notProtected);
