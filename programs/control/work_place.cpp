@@ -26,8 +26,10 @@ WorkPlace askForPlace(const std::filesystem::path& directory, const std::optiona
   if (worker == Worker::window && show) {
     return {.lock = {}, .occupant = workerIn(ask(directory, *show, answerPatience))};
   }
-  return {.lock = answer ? InstanceLock::receive(std::move(answer->file), directory) : std::nullopt,
-          .occupant = worker};
+  if (auto lock = answer ? InstanceLock::receive(std::move(answer->file), directory) : std::nullopt) {
+    return {.lock = std::move(lock), .occupant = {}};
+  }
+  return {.lock = {}, .occupant = worker};
 }
 
 }  // namespace

@@ -146,7 +146,7 @@ Entrance enter(const Options& options) {
       options.dataDirectory,
       control::ControlRequest{.operation = std::string(quillmar::rawValue(control::Operation::show)),
                               .activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN").toStdString()});
-  if (place.occupant) {
+  if (place.occupant == control::Worker::window) {
     return {.lock = {}, .exitStatus = 0};
   }
   if (!place.lock) {

@@ -17,6 +17,11 @@ Window {
     // Where a closing question leaves the keyboard, it is at the window itself; it belongs to the screen.
     onActiveFocusItemChanged: if (activeFocusItem === contentItem) host.forceActiveFocus()
 
+    Shortcut {
+        sequences: [StandardKey.Close, StandardKey.Quit]
+        onActivated: window.close()
+    }
+
     ScreenHost {
         id: host
         anchors.fill: parent
