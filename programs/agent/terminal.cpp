@@ -37,8 +37,9 @@ bool writeTo(int descriptor, std::string_view text) {
 
 }  // namespace
 
+// NOLINTBEGIN(concurrency-mt-unsafe): before there is a second thread
 Terminal Terminal::ofStandardOutput() {
-  std::setlocale(LC_CTYPE, "");  // NOLINT(concurrency-mt-unsafe): before there is a second thread
+  std::setlocale(LC_CTYPE, "");
   const bool isInteractive = ::isatty(STDOUT_FILENO) == 1;
   const std::string_view kind = variable("TERM");
   return {.isInteractive = isInteractive,
@@ -46,6 +47,7 @@ Terminal Terminal::ofStandardOutput() {
           .hasUTF8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8",
           .hasColour = isInteractive && !kind.empty() && kind != "dumb" && variable("NO_COLOR").empty()};
 }
+// NOLINTEND(concurrency-mt-unsafe)
 
 bool write(std::string_view text) { return writeTo(STDOUT_FILENO, text); }
 

@@ -15,8 +15,6 @@
 
 #include "platform/linux/data_directory.h"
 
-extern char** environ;
-
 namespace quillmar::control {
 namespace {
 
