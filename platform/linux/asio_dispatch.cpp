@@ -18,15 +18,23 @@ namespace quillmar {
 namespace {
 
 namespace asio = boost::asio;
-using Context = asio::io_context;
 using boost::system::error_code;
+
+class Context : public asio::io_context {
+ public:
+  using io_context::io_context;
+
+  // What the tasks hold may belong to this context or to another, all of which must still be there.
+  void dropTasks() { shutdown(); }
+};
 
 constexpr std::size_t mostThreads = 4;
 
 // Threads for background work: one when the first task comes, another for each task that finds them all busy.
 class Pool {
  public:
-  ~Pool() {
+  // Ends when the tasks that run at this moment have ended.
+  void close() {
     context_.stop();
     std::vector<std::thread> threads;
     {
@@ -171,8 +179,16 @@ class RepeatingTimer final : public Timer {
 
 }  // namespace
 
-// The pool goes before the main context, whose queue its tasks may post to.
 struct AsioDispatch::Loops {
+  Loops() = default;
+  Loops(const Loops&) = delete;
+  Loops& operator=(const Loops&) = delete;
+  ~Loops() {
+    pool.close();
+    pool.context().dropTasks();
+    mainContext.dropTasks();
+  }
+
   const std::thread::id mainThread = std::this_thread::get_id();
   Context mainContext;
   asio::executor_work_guard<Context::executor_type> mainWork{mainContext.get_executor()};

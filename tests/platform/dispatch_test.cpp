@@ -91,5 +91,19 @@ TEST(AsioDispatch, goes_without_running_what_is_still_waiting) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
+TEST(AsioDispatch, goes_whatever_the_waiting_tasks_hold_of_it) {
+  const auto held = std::make_shared<int>(0);
+  {
+    AsioDispatch dispatch;
+    const std::shared_ptr<DispatchQueue> queue = dispatch.makeSerialQueue("test");
+    const std::shared_ptr<Timer> timer = dispatch.scheduleRepeating(std::chrono::hours(1), [held] {});
+    dispatch.main().async([held, queue] {});
+    dispatch.main().asyncAfter(std::chrono::hours(1), [held, queue, timer] {});
+    queue->asyncAfter(std::chrono::hours(1), [held, queue, timer] {});
+    dispatch.global(QualityOfService::background).asyncAfter(std::chrono::hours(1), [held, timer] {});
+  }
+  EXPECT_EQ(held.use_count(), 1);
+}
+
 }  // namespace
 }  // namespace quillmar
