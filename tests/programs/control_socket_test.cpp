@@ -202,6 +202,7 @@ TEST_F(ControlSocket, what_was_answered_is_still_sent_when_the_server_ends) {
     end();
   });
   EXPECT_EQ(say("hello"), "heard hello");
+  loop.join();
 }
 
 TEST_F(ControlSocket, hands_an_open_file_over) {
