@@ -90,11 +90,6 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
   return reply;
 }
 
-ExitStatus tellNobodyAnswers() {
-  complain("Another program of this installation is in the way and does not answer.");
-  return ExitStatus::busy;
-}
-
 // Why this device can't do what an enrolled child's device can.
 std::optional<ExitStatus> obstacle(const ControlReply& reply) {
   const ExitStatus status = exitStatusOf(reply);
@@ -119,6 +114,11 @@ bool agrees() {
 }
 
 }  // namespace
+
+ExitStatus tellNobodyAnswers() {
+  complain("Another program of this installation is in the way and does not answer.");
+  return ExitStatus::busy;
+}
 
 ExitStatus tellStatus(const Options& options) {
   const auto reply = carryOut(options, Operation::status);

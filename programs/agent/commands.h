@@ -12,4 +12,7 @@ ExitStatus sync(const Options& options);
 ExitStatus reset(const Options& options);
 ExitStatus examine(const Options& options);
 
+// What each of them ends with where another process has the work and can't be asked.
+ExitStatus tellNobodyAnswers();
+
 }  // namespace quillmar::agent

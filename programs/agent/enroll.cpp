@@ -144,22 +144,20 @@ class Enrollment {
   void finish() {
     ticks_.reset();
     screen_.endWaiting();
-    machine_.ports().settings.synchronize();
-    if (isSaved(options_, log_)) {
-      writeLine("This device is enrolled.");
-      end(ExitStatus::done);
-      return;
+    if (!save()) {
+      complain("The enrollment can't be saved yet. Make room on the disk; this program waits.");
+      ticks_ = dispatch_.scheduleRepeating(saveRetry, [this] { save(); });
     }
-    complain("The enrollment can't be saved yet. Make room on the disk; this program waits.");
-    ticks_ = dispatch_.scheduleRepeating(saveRetry, [this] { saveAgain(); });
   }
 
-  void saveAgain() {
+  bool save() {
     machine_.ports().settings.synchronize();
-    if (isSaved(options_, log_)) {
+    const bool isDone = isSaved(options_, log_);
+    if (isDone) {
       writeLine("This device is enrolled.");
       end(ExitStatus::done);
     }
+    return isDone;
   }
 
   void end(ExitStatus status) {
@@ -181,9 +179,10 @@ class Enrollment {
 };
 
 ExitStatus refuse(const control::WorkPlace& place) {
-  complain(place.occupant == control::Worker::window
-               ? "The Quillmar window is open. Enroll there, or close it first."
-               : "Another program of this installation is in the way and does not answer.");
+  if (place.occupant != control::Worker::window) {
+    return tellNobodyAnswers();
+  }
+  complain("The Quillmar window is open. Enroll there, or close it first.");
   return ExitStatus::busy;
 }
 
