@@ -8,7 +8,7 @@
 namespace quillmar {
 namespace {
 
-constexpr std::size_t loggedBodyCharacters = 500;
+constexpr std::size_t loggedAnswerCharacters = 500;
 
 std::string childPath(const std::string& childId, std::string_view rest = {}) {
   return "/children/" + childId + std::string(rest);
@@ -39,7 +39,7 @@ Result<T> NetworkService::judgeOnTrail(const Trail& trail, const Result<Answer>&
     log_.system(filled(trail.status, {std::to_string(*response.status)}));
   }
   if (isValidUtf8(data)) {
-    log_.system(filled(trail.response, {firstCharacters(data, loggedBodyCharacters)}));
+    log_.system(filled(trail.response, {firstCharacters(data, loggedAnswerCharacters)}));
   }
   auto judged = validatedRecord<T>(answer.value());
   if (!judged.ok()) {

@@ -8,7 +8,7 @@
 namespace quillmar {
 namespace {
 
-constexpr std::size_t loggedBodyCharacters = 300;
+constexpr std::size_t loggedCheckInCharacters = 300;
 constexpr std::size_t loggedIdCharacters = 8;
 
 }  // namespace
@@ -76,7 +76,7 @@ Result<CheckinResponse> NetworkService::judgeCheckin(const DataTaskResult& resul
   if (result.response && result.response->status) {
     log("[NetworkService] checkin - status: ", std::to_string(*result.response->status));
     if (result.data && isValidUtf8(*result.data)) {
-      log("[NetworkService] checkin - response: ", firstCharacters(*result.data, loggedBodyCharacters));
+      log("[NetworkService] checkin - response: ", firstCharacters(*result.data, loggedCheckInCharacters));
     }
   }
   auto judged = judgeExactly200<CheckinResponse>(result);

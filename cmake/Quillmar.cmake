@@ -14,18 +14,27 @@ if(MOLD)
   add_link_options(-fuse-ld=mold)
 endif()
 
-# A program loads only the libraries that it uses.
-add_link_options(-Wl,--as-needed)
+# A program holds only the functions and loads only the libraries that it uses.
+add_compile_options(-ffunction-sections -fdata-sections)
+add_link_options(-Wl,--gc-sections,--as-needed)
 
 add_library(quillmar_options INTERFACE)
 target_compile_options(quillmar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports false positives of these two inside libstdc++ when it inlines std::variant and std::string.
   target_compile_options(quillmar_options INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
+  if(CMAKE_UNITY_BUILD)
+    # A source that another one includes looks like a header to it.
+    target_compile_options(quillmar_options INTERFACE -Wno-subobject-linkage)
+  endif()
 endif()
 if(QUILLMAR_SANITIZE)
   add_compile_options(-fsanitize=${QUILLMAR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QUILLMAR_SANITIZE})
+endif()
+if(QUILLMAR_SANITIZE MATCHES "thread")
+  # ThreadSanitizer knows no fences, and Asio needs none: its queues are guarded by mutexes.
+  add_compile_definitions(BOOST_ASIO_DISABLE_FENCED_BLOCK)
 endif()
 if(QUILLMAR_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -11,7 +11,7 @@
 namespace quillmar {
 namespace {
 
-constexpr auto refreshPeriod = std::chrono::seconds(2);
+constexpr auto logsPeriod = std::chrono::seconds(2);
 constexpr std::size_t shownRecentSites = 10;
 constexpr std::size_t allSites = std::numeric_limits<std::size_t>::max();
 
@@ -60,15 +60,15 @@ void ChildDetailView::startActivityUpdates() {
 
 void ChildDetailView::startRecentActivityTimer() {
   fetchRecentActivity();
-  recentActivityTimer_ = dispatch_.scheduleRepeating(refreshPeriod, [this] { fetchRecentActivity(); });
+  recentActivityTimer_ = dispatch_.scheduleRepeating(logsPeriod, [this] { fetchRecentActivity(); });
 }
 
 void ChildDetailView::startBlockedLogsTimer() {
-  blockedLogsTimer_ = dispatch_.scheduleRepeating(refreshPeriod, [this] { fetchBlockedLogs(); });
+  blockedLogsTimer_ = dispatch_.scheduleRepeating(logsPeriod, [this] { fetchBlockedLogs(); });
 }
 
 void ChildDetailView::startAllowedLogsTimer() {
-  allowedLogsTimer_ = dispatch_.scheduleRepeating(refreshPeriod, [this] { fetchAllowedLogs(); });
+  allowedLogsTimer_ = dispatch_.scheduleRepeating(logsPeriod, [this] { fetchAllowedLogs(); });
 }
 
 void ChildDetailView::restartBlockedLogs() {

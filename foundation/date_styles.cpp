@@ -14,17 +14,13 @@
 #include <utility>
 
 #include "foundation/date_format.h"
+#include "foundation/icu_text.h"
 
 // Apart from the reading of times: a program that shows no dates loads none of the tables behind this.
 namespace quillmar {
 namespace {
 
 UDate icuDate(Date date) { return static_cast<UDate>(date.time_since_epoch().count()); }
-
-std::string utf8(const icu::UnicodeString& text) {
-  std::string result;
-  return text.toUTF8String(result);
-}
 
 // ICU's factories do not bear a bogus locale.
 icu::Locale localeNamed(const std::string& name) {

@@ -17,17 +17,13 @@
 #include <utility>
 
 #include "foundation/ascii.h"
+#include "foundation/icu_text.h"
 
 namespace quillmar {
 namespace {
 
 icu::StringPiece piece(std::string_view text) {
   return {text.data(), static_cast<std::int32_t>(text.size())};
-}
-
-std::string utf8(const icu::UnicodeString& text) {
-  std::string result;
-  return text.toUTF8String(result);
 }
 
 // The text itself when it is valid UTF-8, else a repaired copy in `storage`.

@@ -106,7 +106,7 @@ std::optional<Answer> judge(Call& call, Access access) {
 }
 
 std::optional<Answer> readBody(Call& call, Payload payload) {
-  if (payload != Payload::json) return std::nullopt;
+  if (payload != Payload::body) return std::nullopt;
   call.body = Json::parse(call.request.body, nullptr, false);
   if (call.body.is_discarded()) return refusal(400, "The request's body is not valid JSON.");
   if (!call.body.is_object()) return refusal(400, "The request's body has to be a JSON object.");

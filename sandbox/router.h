@@ -17,7 +17,7 @@ enum class Access {
   primary,    // and is the primary parent
 };
 
-enum class Payload { none, json };
+enum class Payload { none, body };
 
 struct Route {
   std::string_view method;

@@ -71,6 +71,12 @@ bool emailIsTaken(Call& call, std::string_view email) {
   return call.database.any("SELECT 1 FROM accounts WHERE email = ?", email);
 }
 
+std::string unusedCode(Call& call, std::size_t length, std::string_view taken) {
+  auto code = newCode(length);
+  while (call.database.any(taken, code)) code = newCode(length);
+  return code;
+}
+
 std::string issueToken(Call& call, std::string_view parentId) {
   call.database.run("DELETE FROM tokens WHERE parent_id = ? AND expires_at <= ?", parentId,
                     call.now - tokenGrace);

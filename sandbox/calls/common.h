@@ -26,6 +26,9 @@ void requireAccountFields(Input& input, std::string_view email, std::string_view
                           std::string_view name);
 [[nodiscard]] bool emailIsTaken(Call& call, std::string_view email);
 
+// A new code that this query does not find.
+[[nodiscard]] std::string unusedCode(Call& call, std::size_t length, std::string_view taken);
+
 // A new token for this parent.
 [[nodiscard]] std::string issueToken(Call& call, std::string_view parentId);
 

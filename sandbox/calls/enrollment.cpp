@@ -31,12 +31,6 @@ std::optional<Pending> findPending(Call& call, const Column& column, std::string
       value);
 }
 
-std::string unusedCode(Call& call) {
-  auto code = newCode(8);
-  while (call.database.any("SELECT 1 FROM enrollments WHERE enrollment_code = ?", code)) code = newCode(8);
-  return code;
-}
-
 Json endpointUnlessWithheld(Call& call, const std::string& endpoint) {
   return call.world.saboteur.present().withoutEndpoint ? Json{} : Json(endpoint);
 }
@@ -59,7 +53,7 @@ Answer initEnrollment(Call& call) {
 
   // The device's own id only tells its attempts apart; anybody could send the id of another family's device.
   const auto deviceId = newId();
-  const auto code = unusedCode(call);
+  const auto code = unusedCode(call, 8, "SELECT 1 FROM enrollments WHERE enrollment_code = ?");
   const auto expiresAt = call.now + enrollmentLifetime;
   call.database.run(
       "INSERT INTO enrollments(device_id, enrollment_code, device_name, device_type, completed, created_at, "

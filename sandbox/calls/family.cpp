@@ -43,12 +43,6 @@ Json openInvitations(Call& call) {
   return found;
 }
 
-std::string unusedCode(Call& call) {
-  auto code = newCode(6);
-  while (call.database.any("SELECT 1 FROM invitations WHERE invite_code = ?", code)) code = newCode(6);
-  return code;
-}
-
 }  // namespace
 
 std::optional<Invitation> findInvitation(Call& call, std::string_view code) {
@@ -86,7 +80,7 @@ Answer createInvitation(Call& call) {
   const auto invitee = input.optionalText("invitee_name");
   if (auto refused = input.refusal()) return *refused;
 
-  const auto code = unusedCode(call);
+  const auto code = unusedCode(call, 6, "SELECT 1 FROM invitations WHERE invite_code = ?");
   const auto expiresAt = call.now + invitationLifetime;
   call.database.run(
       "INSERT INTO invitations(id, family_id, invite_code, invited_by, invitee_name, status, created_at, "

@@ -20,10 +20,10 @@ using Case = VPNDNSError::Case;
 using Operations = std::vector<Operation>;
 using Outcome = std::optional<std::optional<VPNDNSError>>;
 
-const std::string endpoint = "https://dns.example/d1";
+const std::string ownEndpoint = "https://dns.example/d1";
 const Outcome succeeded = std::optional<VPNDNSError>();
 
-SavedTunnel ours(const std::string& dohEndpoint = endpoint) {
+SavedTunnel ours(const std::string& dohEndpoint = ownEndpoint) {
   return {.protocolConfiguration =
               TunnelProtocol{
                   "live.quillmar.quillmar.PacketTunnel", "dns.example", {{"dohEndpoint", dohEndpoint}}},
@@ -113,15 +113,15 @@ TEST_F(Tunnel, what_is_no_https_url_is_refused) {
 
 TEST_F(Tunnel, the_first_configuration_is_made_saved_reloaded_and_started) {
   start();
-  EXPECT_EQ(configure(endpoint)->has_value(), false);
+  EXPECT_EQ(configure(ownEndpoint)->has_value(), false);
   EXPECT_EQ(tunnel.operations(),
             (Operations{Operation::load, Operation::save, Operation::reload, Operation::start}));
   EXPECT_EQ(tunnel.saved(), std::vector{ours()});
   EXPECT_TRUE(manager->isConfigured());
-  EXPECT_EQ(manager->currentEndpoint(), endpoint);
+  EXPECT_EQ(manager->currentEndpoint(), ownEndpoint);
   EXPECT_THAT(
       log.printed(),
-      testing::ElementsAre("[VPNDNSManager] Configuring VPN with DoH endpoint: " + endpoint,
+      testing::ElementsAre("[VPNDNSManager] Configuring VPN with DoH endpoint: " + ownEndpoint,
                            "[VPNDNSManager] Status changed: Disconnected",
                            "[VPNDNSManager] VPN configuration saved successfully",
                            "[VPNDNSManager] VPN tunnel start initiated",
@@ -147,7 +147,7 @@ TEST_F(Tunnel, a_second_configuration_reuses_the_first_and_replaces_its_protocol
   tunnel.put(foreign());
   tunnel.put(old);
   start();
-  configure(endpoint);
+  configure(ownEndpoint);
   EXPECT_EQ(tunnel.saved(), (std::vector{foreign(), ours()}));
 }
 
@@ -155,7 +155,7 @@ TEST_F(Tunnel, the_first_of_several_own_configurations_is_taken) {
   tunnel.put(ours("https://one.example"));
   tunnel.put(ours("https://two.example"));
   start();
-  configure(endpoint);
+  configure(ownEndpoint);
   EXPECT_EQ(tunnel.saved()[0], ours());
   EXPECT_EQ(tunnel.saved()[1], ours("https://two.example"));
 }
@@ -167,7 +167,7 @@ TEST_F(Tunnel, foreign_configurations_and_those_of_no_packet_tunnel_are_left_alo
   tunnel.put(other);
   start();
   EXPECT_FALSE(manager->isConfigured());
-  configure(endpoint);
+  configure(ownEndpoint);
   EXPECT_EQ(tunnel.saved(), (std::vector{foreign(), other, ours()}));
 }
 
@@ -186,7 +186,7 @@ TEST_F(Tunnel, a_running_tunnel_is_not_stopped_for_a_new_endpoint) {
 TEST_F(Tunnel, a_failed_listing_ends_the_configuration) {
   start();
   tunnel.fail(Operation::load, "no service");
-  EXPECT_EQ(configure(endpoint), (VPNDNSError{Case::loadFailed, "no service"}));
+  EXPECT_EQ(configure(ownEndpoint), (VPNDNSError{Case::loadFailed, "no service"}));
   EXPECT_EQ(manager->errorMessage(), "no service");
   EXPECT_EQ(manager->statusMessage(), "Failed to load VPN");
   EXPECT_TRUE(log.hasPrinted("[VPNDNSManager] Error loading VPN configurations: no service"));
@@ -196,7 +196,7 @@ TEST_F(Tunnel, a_failed_listing_ends_the_configuration) {
 TEST_F(Tunnel, a_refused_permission_takes_the_save_path) {
   start();
   tunnel.behaveLikePlatform([](const std::function<void(bool)>& answer) { answer(false); });
-  EXPECT_EQ(configure(endpoint), (VPNDNSError{Case::saveFailed, "permission denied"}));
+  EXPECT_EQ(configure(ownEndpoint), (VPNDNSError{Case::saveFailed, "permission denied"}));
   EXPECT_EQ(manager->errorMessage(), "permission denied");
   EXPECT_EQ(manager->statusMessage(), "Configuration failed");
   EXPECT_FALSE(manager->isConfigured());
@@ -207,7 +207,7 @@ TEST_F(Tunnel, a_refused_permission_takes_the_save_path) {
 TEST_F(Tunnel, a_failed_reload_leaves_the_words_as_they_were) {
   start();
   tunnel.fail(Operation::reload, "gone");
-  EXPECT_EQ(configure(endpoint), (VPNDNSError{Case::loadFailed, "gone"}));
+  EXPECT_EQ(configure(ownEndpoint), (VPNDNSError{Case::loadFailed, "gone"}));
   EXPECT_EQ(manager->errorMessage(), "");
   EXPECT_EQ(manager->statusMessage(), "Disconnected") << "as the saved configuration's status left it";
   EXPECT_FALSE(manager->isConfigured());
@@ -218,7 +218,7 @@ TEST_F(Tunnel, a_failed_reload_leaves_the_words_as_they_were) {
 TEST_F(Tunnel, a_saved_configuration_is_a_success_even_if_the_start_fails) {
   start();
   tunnel.fail(Operation::start, "no network");
-  EXPECT_EQ(configure(endpoint), succeeded);
+  EXPECT_EQ(configure(ownEndpoint), succeeded);
   EXPECT_TRUE(manager->isConfigured());
   EXPECT_FALSE(manager->isConnecting());
   EXPECT_EQ(manager->statusMessage(), "Connection failed");
@@ -230,7 +230,7 @@ TEST_F(Tunnel, a_saved_configuration_is_a_success_even_if_the_start_fails) {
 
 TEST_F(Tunnel, a_tunnel_that_is_down_a_second_later_fails_the_connection_but_not_the_configuration) {
   start();
-  EXPECT_EQ(configure(endpoint), succeeded);
+  EXPECT_EQ(configure(ownEndpoint), succeeded);
   EXPECT_TRUE(log.hasPrinted(
       "[VPNDNSManager] VPN configured but start failed: VPN connection failed: VPN failed to connect"));
   EXPECT_EQ(connect(), (VPNDNSError{Case::connectionFailed, "VPN failed to connect"}));
@@ -312,7 +312,7 @@ TEST_F(Tunnel, loading_takes_over_status_and_endpoint) {
   dispatch.settle();
   EXPECT_TRUE(manager->isConfigured());
   EXPECT_TRUE(manager->isConnected());
-  EXPECT_EQ(manager->currentEndpoint(), endpoint);
+  EXPECT_EQ(manager->currentEndpoint(), ownEndpoint);
   EXPECT_EQ(log.printed().back(), "[VPNDNSManager] Loaded existing VPN config, status: 3");
   EXPECT_EQ(log.printed()[log.printed().size() - 2], "[VPNDNSManager] Status changed: DNS Protection Active");
 }
@@ -345,7 +345,7 @@ TEST_F(Tunnel, a_configuration_removed_from_outside_is_seen_and_the_object_is_ke
   EXPECT_FALSE(manager->isConnected());
   EXPECT_EQ(manager->statusMessage(), "Not configured");
   EXPECT_NE(manager->vpnManager(), nullptr);
-  EXPECT_EQ(manager->currentEndpoint(), endpoint);
+  EXPECT_EQ(manager->currentEndpoint(), ownEndpoint);
 }
 
 TEST_F(Tunnel, every_status_has_its_fields_and_is_logged) {
@@ -397,7 +397,7 @@ TEST_F(Tunnel, a_status_change_of_any_connection_counts) {
 TEST_F(Tunnel, nothing_is_heard_after_its_end_and_nothing_under_way_touches_it) {
   start();
   bool isCalled = false;
-  manager->configureVPN(endpoint, [&](const std::optional<VPNDNSError>& /*error*/) { isCalled = true; });
+  manager->configureVPN(ownEndpoint, [&](const std::optional<VPNDNSError>& /*error*/) { isCalled = true; });
   manager.reset();
   tunnel.put(ours());
   tunnel.setStatus(0, TunnelStatus::connected);

@@ -139,7 +139,7 @@ const std::vector<Key> networkPolicyKeys{{"id", R"("id")"},
                                          {"created_at", R"("createdAt")"},
                                          {"updated_at", R"("updatedAt")"}};
 
-const std::vector<RecordCase> received{
+const std::vector<RecordCase> receivedByFamilies{
     recordCase(childPolicy, childPolicyKeys),
     recordCase(child, childKeys),
     recordCase(
@@ -219,7 +219,7 @@ const std::vector<RecordCase> received{
         {{"message", R"("message")"}, {"public_ip", R"("publicIP")"}, {"updated_at", R"("updatedAt")"}}),
 };
 
-const std::vector<RecordCase> sent{
+const std::vector<RecordCase> sentByFamilies{
     recordCase(CreateChildRequest{.name = "name", .photoURL = "photoURL", .birthYear = 2015},
                {{"name", R"("name")"}, maybe("photo_url", R"("photoURL")"), maybe("birth_year", "2015")}),
     recordCase(
@@ -248,8 +248,8 @@ const std::vector<RecordCase> sent{
     recordCase(UpdateHomeNetworkIPRequest{.confirm = true}, {{"confirm", "true"}}),
 };
 
-INSTANTIATE_TEST_SUITE_P(Family, ReceivedRecordTest, testing::ValuesIn(received), byName);
-INSTANTIATE_TEST_SUITE_P(Family, SentRecordTest, testing::ValuesIn(sent), byName);
+INSTANTIATE_TEST_SUITE_P(Family, ReceivedRecordTest, testing::ValuesIn(receivedByFamilies), byName);
+INSTANTIATE_TEST_SUITE_P(Family, SentRecordTest, testing::ValuesIn(sentByFamilies), byName);
 
 // What the tables above can't tell.
 

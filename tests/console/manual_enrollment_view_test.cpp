@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using Names = std::vector<std::string>;
 
-const std::string path = "/enrollment/manual";
+const std::string manualPath = "/enrollment/manual";
 
 ManualEnrollmentResponse answer() {
   return {.message = "done",
@@ -41,7 +41,7 @@ struct ManualEnrollment : testing::Test {
 
   ManualEnrollment() {
     app.machine.http.answerAlways("GET", "/children", 200, "{}");
-    app.machine.http.answerAlways("POST", path, 200, jsonOf(answer()));
+    app.machine.http.answerAlways("POST", manualPath, 200, jsonOf(answer()));
     app.settle();
     app.machine.http.forgetRequests();
     app.machine.log.clear();
@@ -49,8 +49,8 @@ struct ManualEnrollment : testing::Test {
   }
 
   ManualEnrollmentView& screen() { return *presenter.sheet; }
-  std::size_t calls() { return app.machine.http.count("POST", path); }
-  std::string lastBody() { return *app.machine.http.requests("POST", path).back().body; }
+  std::size_t calls() { return app.machine.http.count("POST", manualPath); }
+  std::string lastBody() { return *app.machine.http.requests("POST", manualPath).back().body; }
   void add(const std::string& name = "Console") {
     screen().deviceName = name;
     screen().addDevice();
@@ -97,7 +97,7 @@ TEST_F(ManualEnrollment, offers_five_types) {
 TEST_F(ManualEnrollment, sends_each_type_by_its_own_name) {
   for (const auto& choice : screen().deviceTypes()) {
     EXPECT_TRUE(screen().selectedDeviceType.input(choice.id));
-    app.machine.http.fail("POST", path, TransportError::Kind::timedOut);
+    app.machine.http.fail("POST", manualPath, TransportError::Kind::timedOut);
     add();
     EXPECT_EQ(lastBody(),
               R"({"device_name":"Console","device_type":")" + choice.id + R"(","child_id":"c1"})");
@@ -145,7 +145,7 @@ TEST_F(ManualEnrollment, is_out_of_use_while_the_call_lasts) {
 }
 
 TEST_F(ManualEnrollment, a_failure_leaves_the_form_for_another_try) {
-  app.machine.http.answer("POST", path, 400, R"({"error":"Bad address"})");
+  app.machine.http.answer("POST", manualPath, 400, R"({"error":"Bad address"})");
   screen().deviceIP = "x";
   add();
   EXPECT_EQ(screen().errorMessage(), "Bad address");
@@ -160,7 +160,7 @@ TEST_F(ManualEnrollment, a_failure_leaves_the_form_for_another_try) {
 }
 
 TEST_F(ManualEnrollment, an_answer_of_another_shape_is_a_failure) {
-  app.machine.http.answer("POST", path, 200, "<html>");
+  app.machine.http.answer("POST", manualPath, 200, "<html>");
   add();
   EXPECT_EQ(screen().errorMessage(), "The data couldn’t be read because it isn’t in the correct format.");
   EXPECT_FALSE(screen().showInstructions());

@@ -16,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 using Names = std::vector<std::string>;
 
-const std::string path = "/enrollment/complete";
+const std::string completePath = "/enrollment/complete";
 const std::string invitation = R"({"type":"family_invite","invite_code":"AB12CD"})";
 
 std::string code(const std::string& deviceName = "Mia's iPhone",
@@ -40,7 +40,7 @@ struct Scanning : testing::Test {
   Scanning() {
     app.machine.http.answerAlways("GET", "/children", 200, "{}");
     app.machine.http.answerAlways(
-        "POST", path, 200,
+        "POST", completePath, 200,
         jsonOf(CompleteEnrollmentResponse{
             .message = "done", .device = makeDevice("d1"), .dohEndpoint = "https://dns.example/d1"}));
     app.settle();
@@ -62,8 +62,8 @@ struct Scanning : testing::Test {
     screen().completeEnrollment();
     app.settle();
   }
-  std::size_t calls() { return app.machine.http.count("POST", path); }
-  std::string lastBody() { return *app.machine.http.requests("POST", path).back().body; }
+  std::size_t calls() { return app.machine.http.count("POST", completePath); }
+  std::string lastBody() { return *app.machine.http.requests("POST", completePath).back().body; }
 
   TestApplication app{asSignedInParent()};
   Presenter presenter{app.environment(), "c1"};
@@ -88,7 +88,7 @@ TEST_F(Scanning, begins_with_the_camera_and_calls_nobody) {
   EXPECT_FALSE(screen().scanAgain());
   EXPECT_FALSE(screen().done());
   app.advance(1min);
-  EXPECT_TRUE(app.machine.http.requests("POST", path).empty());
+  EXPECT_TRUE(app.machine.http.requests("POST", completePath).empty());
 }
 
 TEST_F(Scanning, a_code_leads_to_the_review_with_the_devices_own_name) {
@@ -229,7 +229,7 @@ TEST_F(Completing, sends_the_code_the_name_and_the_child_and_nothing_else) {
   screen().deviceName = " My name ";
   complete();
   EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":" My name ","child_id":"c1"})");
-  EXPECT_EQ(header(app.machine.http.requests("POST", path).front(), "Authorization"), "Bearer token");
+  EXPECT_EQ(header(app.machine.http.requests("POST", completePath).front(), "Authorization"), "Bearer token");
   EXPECT_EQ(app.machine.log.systemLines().front(), "[ScannerView] Enrolling device with childId: c1");
 }
 
@@ -294,7 +294,7 @@ TEST_F(Completing, a_success_that_comes_while_scanning_again_waits_behind_the_ca
 TEST_F(Completing, a_failure_speaks_in_the_calls_words_with_two_flags_behind) {
   open();
   scan(code());
-  app.machine.http.answer("POST", path, 400, R"({"error":"Enrollment code has expired"})");
+  app.machine.http.answer("POST", completePath, 400, R"({"error":"Enrollment code has expired"})");
   complete();
   EXPECT_EQ(screen().errorMessage(), "Enrollment code has expired\n\n[Debug: Token: Yes, Region: Yes]");
   EXPECT_TRUE(screen().showError());
@@ -328,7 +328,7 @@ TEST_F(Completing, the_flags_tell_whether_the_keys_exist_at_the_time_of_the_call
                                           {std::nullopt, std::nullopt, "[Debug: Token: No, Region: No]"}}) {
     store(settings::authToken, row.token);
     store(settings::region, row.region);
-    app.machine.http.fail("POST", path, TransportError::Kind::timedOut);
+    app.machine.http.fail("POST", completePath, TransportError::Kind::timedOut);
     screen().completeEnrollment();
     app.machine.settings.set(settings::authToken, std::string("later"));
     app.machine.settings.set(settings::region, std::string("australia"));

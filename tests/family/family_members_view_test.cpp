@@ -45,7 +45,7 @@ std::string family(const std::string& invitations, bool isPrimary = true) {
          "}";
 }
 
-const std::string created =
+const std::string createdInvitation =
     R"({"invite_code":"AB12CD","expires_at":"2016-10-09T22:31:00Z","qr_data":"https://q.example/?code=AB12CD"})";
 
 struct FamilyScreen : testing::Test {
@@ -225,7 +225,7 @@ TEST_F(FamilyScreen, members_of_one_id_are_each_a_row) {
 
 TEST_F(FamilyScreen, an_invitation_is_made_without_a_name_and_shown) {
   show();
-  app.machine.http.answer("POST", "/family/invite", 200, created);
+  app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   EXPECT_TRUE(screen->createInvitation());
   EXPECT_TRUE(screen->isCreatingInvite());
   EXPECT_FALSE(screen->createInvitation());
@@ -253,7 +253,7 @@ TEST_F(FamilyScreen, an_invitation_without_a_text_shows_its_code_alone) {
 
 TEST_F(FamilyScreen, copying_puts_the_code_on_the_clipboard_and_says_nothing) {
   show();
-  app.machine.http.answer("POST", "/family/invite", 200, created);
+  app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   screen->createInvitation();
   app.settle();
   int changes = 0;
@@ -266,7 +266,7 @@ TEST_F(FamilyScreen, copying_puts_the_code_on_the_clipboard_and_says_nothing) {
 
 TEST_F(FamilyScreen, done_with_the_invitation_loads_again_so_that_it_is_listed) {
   show();
-  app.machine.http.answer("POST", "/family/invite", 200, created);
+  app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   screen->createInvitation();
   app.settle();
   EXPECT_EQ(loads(), 0U);

@@ -40,7 +40,8 @@ std::string answer(const std::string& network, const std::string& policy, bool i
 const std::string ours = network("2016-10-08T14:04:00.123Z");
 const std::string blacklist = policy("blacklist", false, R"(["a.example","b.example"])");
 const std::string none = R"({"current_ip":"198.51.100.7","ip_matches":false})";
-const std::string created = R"({"message":"ok","home_network":)" + ours + R"(,"policy":)" + blacklist + "}";
+const std::string createdNetwork =
+    R"({"message":"ok","home_network":)" + ours + R"(,"policy":)" + blacklist + "}";
 const std::string updated =
     R"({"message":"ok","public_ip":"198.51.100.7","updated_at":"2016-10-08T22:31:00Z"})";
 
@@ -224,7 +225,7 @@ TEST_F(HomeNetworkScreen, setting_up_asks_first_and_not_now_sends_nothing) {
 
 TEST_F(HomeNetworkScreen, a_network_set_up_is_shown_at_once_as_matching) {
   show(none);
-  app.machine.http.answer("POST", path, 200, created);
+  app.machine.http.answer("POST", path, 200, createdNetwork);
   screen->setUp();
   EXPECT_TRUE(screen->confirmCreate());
   EXPECT_FALSE(screen->showCreateConfirmation());
@@ -311,7 +312,7 @@ TEST_F(HomeNetworkScreen, a_refused_update_shows_its_words_and_touches_nothing) 
 
 TEST_F(HomeNetworkScreen, a_banner_stays_three_seconds_and_the_next_may_end_with_it) {
   show(none);
-  app.machine.http.answer("POST", path, 200, created);
+  app.machine.http.answer("POST", path, 200, createdNetwork);
   app.machine.http.answer("POST", updatePath, 200, updated);
   screen->setUp();
   screen->confirmCreate();

@@ -9,7 +9,7 @@ namespace quillmar {
 namespace {
 
 const DateStyles styles("en_US", "UTC");
-const Date noon = *parseISO8601("2024-03-15T12:00:00Z");
+const Date now = *parseISO8601("2024-03-15T12:00:00Z");
 
 Device phone() {
   Device device;
@@ -51,10 +51,10 @@ TEST(DeviceTexts, do_not_say_when_a_device_was_seen_that_is_online) {
   auto device = phone();
   device.lastSeenAt = "2024-03-15T11:55:00Z";
   device.isOnline = true;
-  EXPECT_EQ(lastSeenText(device, noon, styles), "Online now");
+  EXPECT_EQ(lastSeenText(device, now, styles), "Online now");
   device.isOnline.reset();
   device.isActive = true;
-  EXPECT_EQ(lastSeenText(device, noon, styles), "Online now");
+  EXPECT_EQ(lastSeenText(device, now, styles), "Online now");
 }
 
 TEST(DeviceTexts, say_when_a_device_was_seen_last) {
@@ -62,15 +62,15 @@ TEST(DeviceTexts, say_when_a_device_was_seen_last) {
   device.isActive = true;
   device.isOnline = false;
   device.lastSeenAt = "2024-03-15T11:55:00Z";
-  EXPECT_EQ(lastSeenText(device, noon, styles), "Last seen 5 min ago");
+  EXPECT_EQ(lastSeenText(device, now, styles), "Last seen 5 min ago");
   device.lastSeenAt = "some day";
-  EXPECT_EQ(lastSeenText(device, noon, styles), "Last seen some day");
+  EXPECT_EQ(lastSeenText(device, now, styles), "Last seen some day");
   device.lastSeenAt = "";
-  EXPECT_EQ(lastSeenText(device, noon, styles), "Last seen ");
+  EXPECT_EQ(lastSeenText(device, now, styles), "Last seen ");
 }
 
 TEST(DeviceTexts, say_when_a_device_changed_last_if_it_was_never_seen) {
-  EXPECT_EQ(lastSeenText(phone(), noon, styles), "Last seen 2 hours ago");
+  EXPECT_EQ(lastSeenText(phone(), now, styles), "Last seen 2 hours ago");
 }
 
 TEST(DeviceTexts, name_and_picture_each_type) {
