@@ -141,7 +141,7 @@ class Client {
   static CurlHttpSession::Options optionsFor(const ServiceProcess& process) {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     CurlHttpSession::Options options;
-    options.caFile = process.caFile;
+    options.extraCaFile = process.caFile;
     return options;
   }
 

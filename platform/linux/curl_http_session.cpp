@@ -10,10 +10,12 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <limits>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -25,6 +27,7 @@
 namespace quillmar {
 namespace {
 
+namespace fs = std::filesystem;
 using Kind = TransportError::Kind;
 using Clock = CurlTransfer::Clock;
 
@@ -42,9 +45,26 @@ std::string contentsOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+bool hasHashes(const std::string& directory) {
+  std::error_code error;
+  for (fs::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error)) {
+    if (entry->path().extension() == ".0") {
+      return true;
+    }
+  }
+  return false;
+}
+
 TransferSettings settingsFrom(const CurlHttpSession::Options& options) {
-  TransferSettings settings{options.caFile, {}, options.sizeLimit, options.longestTransfer};
-  if (!options.extraCaFile.empty()) {
+  TransferSettings settings;
+  settings.sizeLimit = options.sizeLimit;
+  settings.longestTransfer = options.longestTransfer;
+  if (hasHashes(options.caDirectory)) {
+    settings.caDirectory = options.caDirectory;
+    settings.caFile = options.extraCaFile;
+  } else if (options.extraCaFile.empty()) {
+    settings.caFile = options.caFile;
+  } else {
     settings.certificates = contentsOf(options.caFile) + '\n' + contentsOf(options.extraCaFile);
   }
   return settings;

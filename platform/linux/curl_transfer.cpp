@@ -53,6 +53,8 @@ constexpr auto errors = std::to_array<std::pair<CURLcode, Kind>>({
     {CURLE_PROXY, Kind::cannotConnectToHost},
 });
 
+const char* textOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
 constexpr auto networkIsMissing = std::to_array<int>({ENETUNREACH, ENETDOWN});
 
 // Which requests go on as a GET without a body.
@@ -128,10 +130,8 @@ void CurlTransfer::begin(EasyHandle easyHandle) {
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  // libcurl keeps the parsed certificates for later connections only if they come from one file and nothing
-  // else.
-  curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
-  curl_easy_setopt(handle, CURLOPT_CAINFO, settings_.caFile.c_str());
+  curl_easy_setopt(handle, CURLOPT_CAPATH, textOrNull(settings_.caDirectory));
+  curl_easy_setopt(handle, CURLOPT_CAINFO, textOrNull(settings_.caFile));
   if (!settings_.certificates.empty()) {
     curl_blob certificates{
         const_cast<char*>(settings_.certificates.data()),  // NOLINT: a C interface that only reads

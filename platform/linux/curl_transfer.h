@@ -22,8 +22,10 @@ using EasyHandle = std::unique_ptr<CURL, EasyCleanup>;
 
 // What all transfers of a session have in common.
 struct TransferSettings {
+  // Whom to trust: whoever is in this folder, by hashes, and in this file; empty for neither.
+  std::string caDirectory;
   std::string caFile;
-  std::string certificates;  // PEM, in place of the file where there is any
+  std::string certificates;  // PEM, in place of both where there is any
   std::size_t sizeLimit = 0;
   std::chrono::seconds longestTransfer{0};
 };

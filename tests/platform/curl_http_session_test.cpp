@@ -736,8 +736,34 @@ TEST_F(CurlHttpSessionTlsTest, old_versions_of_tls_are_refused) {
 
 TEST_F(CurlHttpSessionTlsTest, a_missing_list_of_authorities_trusts_nobody) {
   options.extraCaFile.clear();
+  options.caDirectory = (directory.path() / "missing").string();
   options.caFile = (directory.path() / "missing.pem").string();
   EXPECT_EQ(kindOf(fetchFrom(authority.context().get())), Kind::secureConnectionFailed);
+}
+
+TEST_F(CurlHttpSessionTlsTest, an_authority_is_found_in_the_folder_by_its_hash_and_the_file_is_not_read) {
+  options.extraCaFile.clear();
+  options.caFile = (directory.path() / "missing.pem").string();
+  options.caDirectory = (directory.path() / "authorities").string();
+  std::filesystem::create_directory(options.caDirectory);
+  std::ofstream(options.caDirectory + '/' + authority.nameHash() + ".0") << authority.certificate();
+  EXPECT_EQ(fetchFrom(authority.context().get()).data, "secret");
+
+  const TestAuthority stranger("Stranger");
+  EXPECT_EQ(kindOf(fetchFrom(stranger.context().get())), Kind::serverCertificateUntrusted);
+}
+
+TEST_F(CurlHttpSessionTlsTest, without_a_folder_of_hashes_the_file_of_all_authorities_is_read) {
+  options.caDirectory = directory.path().string();
+  options.caFile = std::exchange(options.extraCaFile, {});
+  EXPECT_EQ(fetchFrom(authority.context().get()).data, "secret");
+  const TestAuthority stranger("Stranger");
+  EXPECT_EQ(kindOf(fetchFrom(stranger.context().get())), Kind::serverCertificateUntrusted);
+
+  std::ofstream(directory.path() / "stranger.pem") << stranger.certificate();
+  options.extraCaFile = (directory.path() / "stranger.pem").string();
+  EXPECT_EQ(fetchFrom(stranger.context().get()).data, "secret") << "trusted beside the others";
+  EXPECT_EQ(fetchFrom(authority.context().get()).data, "secret");
 }
 
 TEST_F(CurlHttpSessionTlsTest, http_2_is_offered) {

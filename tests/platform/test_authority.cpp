@@ -5,6 +5,10 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 
+#include <atomic>
+#include <iomanip>
+#include <sstream>
+
 namespace quillmar {
 namespace {
 
@@ -18,9 +22,8 @@ long seconds(std::chrono::hours time) { return static_cast<long>(std::chrono::se
 
 }  // namespace
 
-TestAuthority::TestAuthority()
-    : key_(EVP_EC_gen("P-256"), &EVP_PKEY_free),
-      certificate_(make("Test Authority", key_.get(), {.names = {}})) {
+TestAuthority::TestAuthority(const std::string& name)
+    : key_(EVP_EC_gen("P-256"), &EVP_PKEY_free), certificate_(make(name, key_.get(), {.names = {}})) {
   addExtension(certificate_.get(), NID_basic_constraints, "critical,CA:TRUE");
   X509_set_issuer_name(certificate_.get(), X509_get_subject_name(certificate_.get()));
   X509_sign(certificate_.get(), key_.get(), EVP_sha256());
@@ -46,6 +49,12 @@ std::string TestAuthority::certificate() const {
   char* text = nullptr;
   const auto size = BIO_get_mem_data(memory.get(), &text);
   return {text, static_cast<std::size_t>(size)};
+}
+
+std::string TestAuthority::nameHash() const {
+  std::ostringstream text;
+  text << std::hex << std::setw(8) << std::setfill('0') << X509_subject_name_hash(certificate_.get());
+  return text.str();
 }
 
 TlsContext TestAuthority::contextFor(const Server& server) const {

@@ -14,10 +14,13 @@ namespace quillmar {
 // A certificate authority that lives for one test.
 class TestAuthority {
  public:
-  TestAuthority();
+  explicit TestAuthority(const std::string& name = "Test Authority");
 
   // Its own certificate, as a client would be told to trust it.
   std::string certificate() const;
+
+  // Under which OpenSSL looks for it in a folder.
+  std::string nameHash() const;
 
   struct Server {
     // "DNS:localhost,IP:127.0.0.1"
