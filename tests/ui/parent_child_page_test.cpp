@@ -398,13 +398,13 @@ TEST_F(ParentChildPage, a_site_is_added_by_its_button_only) {
   EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
 }
 
-struct Way {
+struct ChildSheet {
   const char* control;
   const char* shows;
 };
-void PrintTo(const Way& way, std::ostream* out) { *out << way.control; }
+void PrintTo(const ChildSheet& way, std::ostream* out) { *out << way.control; }
 
-class ChildSheetTest : public ParentChildPage, public testing::WithParamInterface<Way> {};
+class ChildSheetTest : public ParentChildPage, public testing::WithParamInterface<ChildSheet> {};
 
 TEST_P(ChildSheetTest, opens_closes_and_gives_the_focus_back) {
   stage.focusOn(GetParam().control);
@@ -418,9 +418,9 @@ TEST_P(ChildSheetTest, opens_closes_and_gives_the_focus_back) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sheets, ChildSheetTest,
-                         testing::Values(Way{"Edit name", "Child Name"},
-                                         Way{"Link Device", "Link Existing Device"},
-                                         Way{"Delete Child Profile", "Delete Mia?"}));
+                         testing::Values(ChildSheet{"Edit name", "Child Name"},
+                                         ChildSheet{"Link Device", "Link Existing Device"},
+                                         ChildSheet{"Delete Child Profile", "Delete Mia?"}));
 
 }  // namespace
 }  // namespace quillmar::ui
