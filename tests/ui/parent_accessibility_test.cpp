@@ -4,6 +4,7 @@
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <algorithm>
+#include <set>
 #include <string>
 
 #include "programs/pictures/scenes.h"
@@ -15,6 +16,18 @@ inline void PrintTo(const Shot& shot, std::ostream* out) { *out << shot.name; }
 
 namespace ui {
 namespace {
+
+template <class Check>
+void forEachControl(UiStage& stage, Check check) {
+  forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+    if (!item.activeFocusOnTab() && !isButton(item)) {
+      return;
+    }
+    auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
+    ASSERT_NE(accessible, nullptr) << item.metaObject()->className();
+    check(item, *accessible);
+  });
+}
 
 // Every state of every screen of a parent is for everyone.
 class ParentAccessibility : public testing::TestWithParam<Shot> {
@@ -29,16 +42,11 @@ class ParentAccessibility : public testing::TestWithParam<Shot> {
   }
   static void checkControls(UiStage& stage) {
     int controls = 0;
-    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
-      if (!item.activeFocusOnTab() && !isButton(item)) {
-        return;
-      }
-      auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
-      ASSERT_NE(accessible, nullptr) << item.metaObject()->className();
-      const auto name = accessible->text(QAccessible::Name).toStdString();
+    forEachControl(stage, [&](const QQuickItem& item, QAccessibleInterface& accessible) {
+      const auto name = accessible.text(QAccessible::Name).toStdString();
       EXPECT_FALSE(name.empty()) << item.metaObject()->className();
-      EXPECT_NE(accessible->role(), QAccessible::NoRole) << name;
-      EXPECT_NE(accessible->role(), QAccessible::Client) << name;
+      EXPECT_NE(accessible.role(), QAccessible::NoRole) << name;
+      EXPECT_NE(accessible.role(), QAccessible::Client) << name;
       EXPECT_GE(item.height(), 44) << name;
       EXPECT_GE(item.width(), 44) << name;
       ++controls;
@@ -97,6 +105,49 @@ INSTANTIATE_TEST_SUITE_P(Scenes, ParentAccessibility, testing::ValuesIn(parentSc
                            std::ranges::replace(name, '-', '_');
                            return name;
                          });
+
+// The page, or the sheet in front of it, in which the focus is.
+const QQuickItem* front(const UiStage& stage) {
+  const QQuickItem* item = stage.window().activeFocusItem();
+  while (item->parentItem() != nullptr && !item->parentItem()->inherits("QQuickOverlay")) {
+    item = item->parentItem();
+  }
+  return item;
+}
+
+// A control that stands on a screen more than once.
+struct Repeated {
+  std::string scene;
+  QString name;
+};
+void PrintTo(const Repeated& repeated, std::ostream* out) { *out << repeated.scene; }
+
+class RepeatedControl : public testing::TestWithParam<Repeated> {};
+
+TEST_P(RepeatedControl, says_where_it_stands) {
+  const auto scenes = parentScenes();
+  const auto scene = std::ranges::find(scenes, GetParam().scene, &Shot::name);
+  ASSERT_NE(scene, scenes.end());
+  UiStage stage({.stored = scene->stored, .size = {390, 844}});
+  scene->play(stage);
+  stage.settle();
+  std::multiset<QString> places;
+  forEachControl(stage, [&](const QQuickItem& item, QAccessibleInterface& accessible) {
+    if (front(stage)->isAncestorOf(&item) && accessible.text(QAccessible::Name) == GetParam().name) {
+      places.insert(accessible.text(QAccessible::Description));
+    }
+  });
+  EXPECT_GE(places.size(), 2U);
+  for (const auto& place : places) {
+    EXPECT_FALSE(place.isEmpty());
+    EXPECT_EQ(places.count(place), 1U) << place.toStdString();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RepeatedControl,
+                         testing::Values(Repeated{"register", "Show password"},
+                                         Repeated{"dashboard", "Add Device"}),
+                         [](const auto& repeated) { return repeated.param.scene; });
 
 }  // namespace
 }  // namespace ui

@@ -161,6 +161,8 @@ Pressable {
             symbol: card.child.addDeviceIcon
             text: card.child.addDeviceTitle
             effect: card.child.addDevice
+            // Each card has one, and who hears the page does not see on which it stands.
+            Accessible.description: card.text
             Layout.fillWidth: true
         }
     }

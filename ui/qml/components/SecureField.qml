@@ -13,6 +13,7 @@ LabelledField {
 
     IconButton {
         text: field.revealed ? qsTr("Hide password") : qsTr("Show password")
+        Accessible.description: field.title
         symbol: field.revealed ? "eye.slash" : "eye"
         symbolSize: 20
         ink: Theme.cardSecondaryText
