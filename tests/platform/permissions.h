@@ -37,10 +37,12 @@ class Permissions {
 
   // Answers what waits, and all later questions at once.
   void grant(bool granted) {
-    const std::scoped_lock lock(mutex_);
+    std::unique_lock lock(mutex_);
     granted_ = granted;
-    for (const Answer& answer : std::exchange(waiting_, {})) {
-      reply(answer);
+    const auto waiting = std::exchange(waiting_, {});
+    lock.unlock();
+    for (const Answer& answer : waiting) {
+      reply(answer, granted);
     }
   }
   // From now on questions wait, as for somebody who looks at a prompt. They are counted from here.
@@ -63,16 +65,19 @@ class Permissions {
   using Answer = sdbus::Result<sdbus::Struct<bool, bool, Texts>>;
 
   void decide(Answer answer) {
-    const std::scoped_lock lock(mutex_);
+    std::unique_lock lock(mutex_);
     ++asked_;
     wasAsked_.notify_all();
-    if (granted_) {
-      reply(answer);
-    } else {
+    if (!granted_) {
       waiting_.push_back(std::move(answer));
+      return;
     }
+    const bool granted = *granted_;
+    lock.unlock();
+    reply(answer, granted);
   }
-  void reply(const Answer& answer) const { answer.returnResults({*granted_, false, Texts()}); }
+  // The bus locks itself for an answer as it does for a question, so that we hold no lock of ours here.
+  static void reply(const Answer& answer, bool granted) { answer.returnResults({granted, false, Texts()}); }
 
   std::unique_ptr<sdbus::IConnection> bus_;
   std::unique_ptr<sdbus::IObject> object_;

@@ -100,11 +100,6 @@ struct AgentProgram : testing::Test {
   const ScopedEnvironment session{"XDG_RUNTIME_DIR", runtime.path().c_str()};
 };
 
-TEST_F(AgentProgram, has_no_window_library_in_it) {
-  const auto libraries = runCommand({"ldd", QUILLMAR_AGENT});
-  EXPECT_THAT(libraries.output, AllOf(HasSubstr("libcurl"), Not(HasSubstr("Qt")), Not(HasSubstr("libglib"))));
-}
-
 TEST_F(AgentProgram, says_how_it_is_used_when_it_is_misused) {
   const auto result = call({"dance"});
   EXPECT_EQ(result.status, 2);
