@@ -1,5 +1,5 @@
 // The least that a program could do in the agent's place: its settings in SQLite, one check-in by libcurl.
-// Then it stays. Usage: bare_checkin DATABASE URL CA_FILE DEVICE_ID
+// Then it stays. Usage: bare_checkin DATABASE URL CA_FILE DEVICE_ID [CA_DIRECTORY]
 
 #include <curl/curl.h>
 #include <sqlite3.h>
@@ -21,13 +21,14 @@ bool openSettings(const char* path, sqlite3*& database) {
                       nullptr) == SQLITE_OK;
 }
 
-bool checkIn(CURL* handle, const std::string& url, const char* caFile, const std::string& deviceId) {
+bool checkIn(CURL* handle, const std::string& url, const char* caFile, const char* caDirectory,
+             const std::string& deviceId) {
   const std::string body = R"({"device_id":")" + deviceId + R"(","device_type":"ios"})";
   std::string answer;
   curl_slist* const headers = curl_slist_append(nullptr, "Content-Type: application/json");
   curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
   curl_easy_setopt(handle, CURLOPT_CAINFO, caFile);
-  curl_easy_setopt(handle, CURLOPT_CAPATH, nullptr);
+  curl_easy_setopt(handle, CURLOPT_CAPATH, caDirectory);
   curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headers);
   curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &take);
@@ -43,11 +44,12 @@ bool checkIn(CURL* handle, const std::string& url, const char* caFile, const std
 
 int main(int count, char** words) {
   sqlite3* database = nullptr;
-  if (count != 5 || !openSettings(words[1], database)) {
+  if (count < 5 || !openSettings(words[1], database)) {
     return 2;
   }
   CURL* const handle = curl_easy_init();
-  if (!checkIn(handle, std::string(words[2]) + "/api/v1/device/checkin", words[3], words[4])) {
+  const char* const caDirectory = count > 5 ? words[5] : nullptr;
+  if (!checkIn(handle, std::string(words[2]) + "/api/v1/device/checkin", words[3], caDirectory, words[4])) {
     return 1;
   }
   std::puts("The service is reached.");
