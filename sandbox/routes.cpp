@@ -2,13 +2,12 @@
 #include "sandbox/router.h"
 
 namespace quillmar::sandbox {
-namespace {
 
-using enum Access;
-using enum Payload;
-
-// clang-format off
-constexpr Route table[] = {
+std::span<const Route> routes() {
+  using enum Access;
+  using enum Payload;
+  // clang-format off
+  static constexpr Route table[] = {
     {"POST",   "/api/v1/auth/register",                       anyone,    body, calls::registerAccount},
     {"POST",   "/api/v1/auth/login",                          anyone,    body, calls::login},
     {"POST",   "/api/v1/auth/refresh",                        refresher, none, calls::refreshToken},
@@ -67,11 +66,9 @@ constexpr Route table[] = {
     {"GET",    "/sandbox/requests",                           anyone,    none, calls::showRequests},
     {"DELETE", "/sandbox/requests",                           anyone,    none, calls::clearRequests},
     {"POST",   "/sandbox/reset",                              anyone,    none, calls::reset},
-};
-// clang-format on
-
-}  // namespace
-
-std::span<const Route> routes() { return table; }
+  };
+  // clang-format on
+  return table;
+}
 
 }  // namespace quillmar::sandbox

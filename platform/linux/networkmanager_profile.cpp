@@ -7,21 +7,21 @@
 namespace quillmar {
 namespace {
 
-using Values = std::map<std::string, sdbus::Variant>;
+using Section = NetworkManagerSettings::mapped_type;
 using Data = std::map<std::string, std::string>;
 
 constexpr const char* vpnType = "vpn";
 
 // NetworkManager leaves out what has its default.
 template <class T>
-T valueOr(const Values& values, const std::string& key, T standard) {
-  const auto found = values.find(key);
-  return found == values.end() ? std::move(standard) : found->second.get<T>();
+T valueOr(const Section& section, const std::string& key, T standard) {
+  const auto found = section.find(key);
+  return found == section.end() ? std::move(standard) : found->second.get<T>();
 }
 
-Values valuesOf(const NetworkManagerSettings& settings, const std::string& name) {
+Section sectionOf(const NetworkManagerSettings& settings, const std::string& name) {
   const auto found = settings.find(name);
-  return found == settings.end() ? Values() : found->second;
+  return found == settings.end() ? Section() : found->second;
 }
 
 std::string serverAddress(const Data& data) {
@@ -54,8 +54,8 @@ void assign(TunnelConfiguration& configuration, const NetworkManagerProfile& pro
 
 std::optional<NetworkManagerProfile> profileFrom(const NetworkManagerSettings& settings,
                                                  const std::string& serviceType) {
-  const Values connection = valuesOf(settings, "connection");
-  const Values vpn = valuesOf(settings, "vpn");
+  const Section connection = sectionOf(settings, "connection");
+  const Section vpn = sectionOf(settings, "vpn");
   if (valueOr<std::string>(connection, "type", {}) != vpnType ||
       valueOr<std::string>(vpn, "service-type", {}) != serviceType) {
     return std::nullopt;
@@ -70,7 +70,7 @@ std::optional<NetworkManagerProfile> profileFrom(const NetworkManagerSettings& s
 }
 
 void write(const NetworkManagerProfile& profile, NetworkManagerSettings& settings) {
-  Values& connection = settings["connection"];
+  Section& connection = settings["connection"];
   connection["type"] = std::string(vpnType);
   connection["uuid"] = profile.uuid;
   connection["id"] = profile.name;

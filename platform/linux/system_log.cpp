@@ -64,7 +64,7 @@ void SystemLog::print(std::string_view line) {
   const std::string text = singleLine(line) + '\n';
   const std::scoped_lock lock(mutex_);
   for (std::string_view rest = text; !rest.empty();) {
-    const auto written = write(output_, rest.data(), rest.size());
+    const auto written = ::write(output_, rest.data(), rest.size());
     if (written < 0 && errno != EINTR) {
       return;
     }

@@ -10,7 +10,7 @@
 namespace quillmar::ui {
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
+const auto portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 
 }  // namespace
 
@@ -27,9 +27,9 @@ class ScreenshotRequest final : public QObject {
 
   void send() {
     // Before the call, because the answer may be quicker than the call's own reply.
-    bus_.connect(service, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
+    bus_.connect(portalService, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
                  QStringLiteral("Response"), this, SLOT(responded(uint, QVariantMap)));
-    auto call = QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/portal/desktop"),
+    auto call = QDBusMessage::createMethodCall(portalService, QStringLiteral("/org/freedesktop/portal/desktop"),
                                                QStringLiteral("org.freedesktop.portal.Screenshot"),
                                                QStringLiteral("Screenshot"));
     // Interactive: the person chooses what is seen, and where windows are in the way of one another.
@@ -41,7 +41,7 @@ class ScreenshotRequest final : public QObject {
       }
     });
     auto* const watcher =
-        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
+        new QDBusServiceWatcher(portalService, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
             [this] { finish(ScreenshotOutcome::refused); });
   }
