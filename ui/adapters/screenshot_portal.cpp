@@ -29,9 +29,9 @@ class ScreenshotRequest final : public QObject {
     // Before the call, because the answer may be quicker than the call's own reply.
     bus_.connect(portalService, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
                  QStringLiteral("Response"), this, SLOT(responded(uint, QVariantMap)));
-    auto call = QDBusMessage::createMethodCall(portalService, QStringLiteral("/org/freedesktop/portal/desktop"),
-                                               QStringLiteral("org.freedesktop.portal.Screenshot"),
-                                               QStringLiteral("Screenshot"));
+    auto call = QDBusMessage::createMethodCall(
+        portalService, QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.portal.Screenshot"), QStringLiteral("Screenshot"));
     // Interactive: the person chooses what is seen, and where windows are in the way of one another.
     call << QString() << QVariantMap{{"handle_token", token_}, {"interactive", true}};
     auto* const pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
