@@ -42,8 +42,9 @@ struct DataTaskResult {
 // The one shared session. `dataTask` may be called from any thread, returns at once, and runs its completion
 // exactly once on the session's own background thread; completions run one after another. Errors are
 // TransportErrors. Rules: certificates and host names are always verified; TLS 1.2 or newer; plain http only
-// to a loopback address; an answer is at most 8 MiB; redirects are followed within http(s), at most 16,
-// without Authorization to another host.
+// to a loopback address; a request is sent once, but for a GET whose kept connection ended before an answer
+// began, which is sent once more; an answer whose headers were cut is none; an answer is at most 8 MiB;
+// redirects are followed within http(s), at most 16, without Authorization to another host.
 class HttpSession {
  public:
   using Completion = std::function<void(DataTaskResult)>;

@@ -20,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/curl_connections.h"
 #include "platform/linux/curl_transfer.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/thread_signals.h"
@@ -59,6 +60,8 @@ TransferSettings settingsFrom(const CurlHttpSession::Options& options) {
   TransferSettings settings;
   settings.sizeLimit = options.sizeLimit;
   settings.longestTransfer = options.longestTransfer;
+  settings.longestIdle = options.longestIdle;
+  settings.now = options.now;
   if (hasHashes(options.caDirectory)) {
     settings.caDirectory = options.caDirectory;
     settings.caFile = options.extraCaFile;
@@ -70,8 +73,8 @@ TransferSettings settingsFrom(const CurlHttpSession::Options& options) {
   return settings;
 }
 
-int millisecondsUntil(Clock::time_point moment) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(moment - Clock::now()).count();
+int milliseconds(Clock::duration duration) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(duration).count();
   return static_cast<int>(std::clamp<std::int64_t>(left, 0, std::numeric_limits<int>::max()));
 }
 
@@ -162,7 +165,8 @@ class CurlHttpSession::Loop {
 
   void acceptIncoming() {
     for (auto& [request, completion] : takeIncoming()) {
-      auto transfer = std::make_unique<CurlTransfer>(std::move(request), std::move(completion), settings_);
+      auto transfer =
+          std::make_unique<CurlTransfer>(std::move(request), std::move(completion), settings_, connections_);
       if (const auto prepared = transfer->prepare(); prepared) {
         waiting_.push_back(std::move(transfer));
       } else {
@@ -217,8 +221,13 @@ class CurlHttpSession::Loop {
     return anyFinished;
   }
 
-  void finish(CurlTransfer& finished, CURLcode code) {
+  void finish(CurlTransfer& finished, CURLcode result) {
     curl_multi_remove_handle(multi_.get(), finished.handle());
+    const CURLcode code = finished.end(result);
+    if (finished.needsNewConnection(code)) {
+      beginAgain(finished, CurlTransfer::On::newConnection);
+      return;
+    }
     if (code == CURLE_OK && finished.isRedirect()) {
       follow(finished);
       return;
@@ -235,12 +244,16 @@ class CurlHttpSession::Loop {
       keep(transfer->takeHandle());
       return;
     }
-    redirected.begin(redirected.takeHandle());
-    curl_multi_add_handle(multi_.get(), redirected.handle());
+    beginAgain(redirected, CurlTransfer::On::anyConnection);
+  }
+
+  void beginAgain(CurlTransfer& transfer, CurlTransfer::On on) {
+    transfer.begin(transfer.takeHandle(), on);
+    curl_multi_add_handle(multi_.get(), transfer.handle());
   }
 
   void expire() {
-    const auto now = Clock::now();
+    const auto now = options_.now();
     const auto isLate = [now](const auto& transfer) { return transfer->deadline() <= now; };
     for (auto* list : {&active_, &waiting_}) {
       for (auto late = std::ranges::find_if(*list, isLate); late != list->end();
@@ -317,7 +330,7 @@ class CurlHttpSession::Loop {
         next = std::min(next, transfer->deadline());
       }
     }
-    return millisecondsUntil(next);
+    return milliseconds(next - options_.now());
   }
 
   bool fallAsleep() {
@@ -337,6 +350,7 @@ class CurlHttpSession::Loop {
 
   // The session's thread only.
   TransferSettings settings_;
+  CurlConnections connections_;
   MultiHandle multi_;
   std::vector<EasyHandle> idleHandles_;
   Transfers waiting_;

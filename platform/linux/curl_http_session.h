@@ -12,8 +12,9 @@ namespace quillmar {
 
 // The session by libcurl, on a thread of its own that starts with the first request and sleeps while there is
 // nothing to do. Connections are kept alive and shared, HTTP/2 is used where it is offered. A completion runs
-// on that thread and holds up all others, so it should be short. Destroying the session cancels what is under
-// way, runs those completions, and must not happen inside of one.
+// on that thread and holds up all others, so it should be short.
+// Destroying the session cancels what is under way, runs those completions, and must not happen inside of
+// one.
 class CurlHttpSession final : public HttpSession {
  public:
   struct Options {
@@ -28,6 +29,14 @@ class CurlHttpSession final : public HttpSession {
     std::size_t sizeLimit = std::size_t{8} * 1024 * 1024;
     // A server that sends a byte now and then makes progress; it times out after this all the same.
     std::chrono::seconds longestTransfer{600};
+    // A request that changes something does not go out on an HTTP/1.1 connection that has been idle for
+    // longer: servers close such connections, many of them after a minute, and a request that meets the close
+    // is lost, since it may not be repeated. A connection of its own costs it a handshake
+    // (docs/performance.md).
+    std::chrono::seconds longestIdle{30};
+    // The clock of all time-outs. The thread sleeps by the real one: a clock that jumps is noticed with the
+    // next request.
+    std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
     // Whether this device is on any network; tells an unreachable host from a missing network.
     std::function<bool()> hasNetwork = hasNetworkInterface;
   };

@@ -53,6 +53,11 @@ constexpr auto errors = std::to_array<std::pair<CURLcode, Kind>>({
     {CURLE_PROXY, Kind::cannotConnectToHost},
 });
 
+Kind kindOf(CURLcode code) {
+  const auto known = std::ranges::find(errors, code, &std::pair<CURLcode, Kind>::first);
+  return known == errors.end() ? Kind::networkConnectionLost : known->second;
+}
+
 const char* textOrNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
 
 constexpr auto networkIsMissing = std::to_array<int>({ENETUNREACH, ENETDOWN});
@@ -85,8 +90,12 @@ bool isLoopback(const sockaddr& address) {
 }  // namespace
 
 CurlTransfer::CurlTransfer(HttpRequest request, HttpSession::Completion completion,
-                           const TransferSettings& settings)
-    : request_(std::move(request)), completion_(std::move(completion)), settings_(settings) {}
+                           const TransferSettings& settings, CurlConnections& connections)
+    : request_(std::move(request)),
+      completion_(std::move(completion)),
+      settings_(settings),
+      connections_(connections),
+      start_(settings.now()) {}
 
 CurlTransfer& CurlTransfer::of(CURL* handle) {
   void* self = nullptr;
@@ -105,13 +114,17 @@ Result<void> CurlTransfer::aim(Result<HttpTarget> target) {
   return success();
 }
 
-void CurlTransfer::begin(EasyHandle easyHandle) {
+void CurlTransfer::begin(EasyHandle easyHandle, On on) {
   handle_ = std::move(easyHandle);
   CURL* handle = handle_.get();
   curl_easy_reset(handle);
   body_.clear();
   connected_ = false;
+  reused_ = false;
+  unfit_ = false;
+  headersEnded_ = false;
   headerSize_ = 0;
+  socket_ = CURL_SOCKET_BAD;
   sent_ = 0;
 
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
@@ -120,6 +133,7 @@ void CurlTransfer::begin(EasyHandle easyHandle) {
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, on == On::newConnection ? 1L : 0L);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a resolver that hangs
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
@@ -151,6 +165,8 @@ void CurlTransfer::begin(EasyHandle easyHandle) {
   curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
   curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::openSocket);
   curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
+  curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, &CurlTransfer::closeSocket);
+  curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, &connections_);
   setUpMethod();
   setUpHeaders();
 }
@@ -215,6 +231,17 @@ std::string CurlTransfer::redirectLocation() const {
   return location ? location : "";
 }
 
+CURLcode CurlTransfer::end(CURLcode code) {
+  connections_.wasUsed(socket_, settings_.now());
+  return code == CURLE_OK && !headersEnded_ ? CURLE_GOT_NOTHING : code;
+}
+
+bool CurlTransfer::needsNewConnection(CURLcode code) const {
+  const bool endedSilently =
+      reused_ && headerSize_ == 0 && kindOf(code) == Kind::networkConnectionLost && request_.method == "GET";
+  return unfit_ || (code != CURLE_OK && endedSilently);
+}
+
 bool CurlTransfer::isRedirect() const {
   const auto isKnown = [status = status()](const auto& rule) { return rule.first == status; };
   return std::ranges::any_of(redirectRules, isKnown) && !redirectLocation().empty();
@@ -257,8 +284,7 @@ void CurlTransfer::fail(const TransportError& error) {
 }
 
 TransportError CurlTransfer::errorOf(CURLcode code, bool hasNetwork) const {
-  const auto known = std::ranges::find(errors, code, &std::pair<CURLcode, Kind>::first);
-  const Kind kind = known == errors.end() ? Kind::networkConnectionLost : known->second;
+  const Kind kind = kindOf(code);
   if (kind == Kind::serverCertificateUntrusted) {
     return {kind, target_->host()};
   }
@@ -273,11 +299,22 @@ TransportError CurlTransfer::errorOf(CURLcode code, bool hasNetwork) const {
   return {kind, {}};
 }
 
-std::size_t CurlTransfer::onHeader(char*, std::size_t size, std::size_t count, void* self) {
+std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
   transfer.madeProgress();
-  transfer.headerSize_ += size * count;
-  return transfer.headerSize_ <= mostHeaders ? size * count : 0;
+  return transfer.takesHeader({bytes, size * count}) ? size * count : 0;
+}
+
+// A server that claims HTTP/2 without having agreed on it would make libcurl put all requests on this
+// connection.
+bool CurlTransfer::takesHeader(std::string_view line) {
+  headerSize_ += line.size();
+  const bool isStatus = line.starts_with("HTTP/");
+  if (isStatus && !line.starts_with("HTTP/1") && !speaksHttp2(handle_.get())) {
+    return false;
+  }
+  headersEnded_ = !isStatus && (headersEnded_ || line == "\r\n" || line == "\n");
+  return headerSize_ <= mostHeaders;
 }
 
 std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
@@ -296,11 +333,34 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
   return size * count;
 }
 
-int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
+int CurlTransfer::onConnected(void* self, char*, char* localAddress, int, int localPort) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
-  transfer.connected_ = true;
   transfer.madeProgress();
-  return CURL_PREREQFUNC_OK;
+  return transfer.mayBeSent(localAddress, localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+// Asked again where libcurl would send the request a second time of its own accord.
+bool CurlTransfer::mayBeSent(const char* localAddress, int localPort) {
+  if (std::exchange(connected_, true)) {
+    return false;
+  }
+  long newConnections = 0;
+  curl_easy_getinfo(handle_.get(), CURLINFO_NUM_CONNECTS, &newConnections);
+  reused_ = newConnections == 0;
+  socket_ = connections_.find(localAddress, localPort);
+  unfit_ = reused_ && !isFitForReuse();
+  return !unfit_;
+}
+
+// In HTTP/1.1 bytes that come unasked would count as the next answer, and a server may be about to close a
+// connection that has been idle for long. HTTP/2 tells answers apart by number, and says what it has not
+// looked at.
+bool CurlTransfer::isFitForReuse() const {
+  if (speaksHttp2(handle_.get())) {
+    return true;
+  }
+  const bool idleForLong = settings_.now() - connections_.lastUse(socket_) > settings_.longestIdle;
+  return !hasUnreadInput(handle_.get(), socket_) && (request_.method == "GET" || !idleForLong);
 }
 
 int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
@@ -312,15 +372,19 @@ int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, cur
   return 0;
 }
 
-// Not inherited by programs that this one starts; and whatever a name resolves to, plain text stays on this
-// machine.
+// Whatever a name resolves to, plain text stays on this machine.
 curl_socket_t CurlTransfer::openSocket(void* self, curlsocktype, curl_sockaddr* address) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
   transfer.madeProgress();
   if (transfer.target_->isPlain() && !isLoopback(address->addr)) {
     return CURL_SOCKET_BAD;
   }
-  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  return transfer.connections_.open(*address, transfer.settings_.now());
+}
+
+int CurlTransfer::closeSocket(void* connections, curl_socket_t socket) {
+  static_cast<CurlConnections*>(connections)->close(socket);
+  return 0;
 }
 
 }  // namespace quillmar

@@ -39,18 +39,33 @@ RawConnection::RawConnection(FileDescriptor socket, SSL_CTX* tls) : socket_(std:
 RawConnection::~RawConnection() = default;
 
 bool RawConnection::fill() {
+  if (!open_) {
+    return false;
+  }
   std::array<char, 16384> buffer{};
   const auto count = tls_ ? SSL_read(tls_.get(), buffer.data(), buffer.size())
                           : static_cast<int>(recv(socket_.get(), buffer.data(), buffer.size(), 0));
-  open_ = open_ && count > 0;
+  open_ = count > 0;
   if (open_) {
     received_.append(buffer.data(), static_cast<std::size_t>(count));
   }
   return open_;
 }
 
+// After a handshake where there is one.
+bool RawConnection::isReady() {
+  return !tls_ || SSL_is_init_finished(tls_.get()) || SSL_accept(tls_.get()) == 1;
+}
+
+std::optional<std::string> RawConnection::readSome() {
+  if (!isReady() || (received_.empty() && !fill())) {
+    return std::nullopt;
+  }
+  return std::exchange(received_, {});
+}
+
 std::optional<std::string> RawConnection::readRequest() {
-  if (tls_ && !SSL_is_init_finished(tls_.get()) && SSL_accept(tls_.get()) != 1) {
+  if (!isReady()) {
     return std::nullopt;
   }
   constexpr std::string_view end = "\r\n\r\n";
@@ -96,6 +111,13 @@ void RawConnection::reset() {
   const linger now{1, 0};
   setsockopt(socket_.get(), SOL_SOCKET, SO_LINGER, &now, sizeof now);
   open_ = false;
+}
+
+void RawConnection::closeNotify() {
+  if (tls_) {
+    SSL_shutdown(tls_.get());
+  }
+  shutdown(socket_.get(), SHUT_WR);
 }
 
 void RawConnection::interrupt() { shutdown(socket_.get(), SHUT_RDWR); }
@@ -157,6 +179,18 @@ void RawServer::accept() {
       open_.erase(connection);
     });
   }
+}
+
+void agreeOn(const char* protocol, SSL_CTX* tls) {
+  SSL_CTX_set_alpn_select_cb(
+      tls,
+      [](SSL*, const unsigned char** out, unsigned char* size, const unsigned char*, unsigned, void* chosen) {
+        const std::string_view name(static_cast<const char*>(chosen));
+        *out = reinterpret_cast<const unsigned char*>(name.data());
+        *size = static_cast<unsigned char>(name.size());
+        return SSL_TLSEXT_ERR_OK;
+      },
+      const_cast<char*>(protocol));  // NOLINT: a C interface that only reads
 }
 
 RawServer::Handler answering(std::string response) {

@@ -30,6 +30,8 @@ class RawConnection {
 
   // The next request with its body, as it came; nothing when the client has gone.
   std::optional<std::string> readRequest();
+  // Whatever comes next; nothing when the client has gone.
+  std::optional<std::string> readSome();
   // False when the client has gone.
   bool send(std::string_view bytes);
   // Blocks until the client closes.
@@ -38,10 +40,13 @@ class RawConnection {
   bool waitForClose(int milliseconds);
   // Ends the connection with a reset.
   void reset();
+  // Says goodbye in TLS and ends what it sends.
+  void closeNotify();
   // Ends every wait of the handler; any thread.
   void interrupt();
 
  private:
+  bool isReady();
   bool fill();
 
   FileDescriptor socket_;
@@ -77,6 +82,9 @@ class RawServer {
   std::list<std::thread> threads_;
   std::thread acceptor_;
 };
+
+// Makes servers with this context agree on a protocol (ALPN): "h2" or "http/1.1".
+void agreeOn(const char* protocol, SSL_CTX* tls);
 
 // Answers each request on a connection with the same bytes.
 RawServer::Handler answering(std::string response);

@@ -18,7 +18,7 @@ void addExtension(X509* certificate, int id, const char* value) {
   X509_add_ext(certificate, extension.get(), -1);
 }
 
-long seconds(std::chrono::hours time) { return static_cast<long>(std::chrono::seconds(time).count()); }
+long secondsOf(std::chrono::hours time) { return static_cast<long>(std::chrono::seconds(time).count()); }
 
 }  // namespace
 
@@ -35,8 +35,8 @@ TestAuthority::Certificate TestAuthority::make(const std::string& name, EVP_PKEY
   X509_set_version(certificate.get(), X509_VERSION_3);
   static std::atomic<long> serial = 1;
   ASN1_INTEGER_set(X509_get_serialNumber(certificate.get()), ++serial);
-  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), seconds(validity.validFrom));
-  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), seconds(validity.validTo));
+  X509_gmtime_adj(X509_getm_notBefore(certificate.get()), secondsOf(validity.validFrom));
+  X509_gmtime_adj(X509_getm_notAfter(certificate.get()), secondsOf(validity.validTo));
   X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate.get()), "CN", MBSTRING_UTF8,
                              reinterpret_cast<const unsigned char*>(name.c_str()), -1, -1, 0);
   X509_set_pubkey(certificate.get(), key);
