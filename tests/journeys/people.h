@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "app/country_selection_view.h"
 #include "app/role_selection_view.h"
@@ -22,7 +23,8 @@ namespace quillmar {
 
 class Person : public TestApplication {
  public:
-  Person(const RealService& service, SharedTime& time) : TestApplication({}, service.network()) {
+  Person(const RealService& service, SharedTime& time) : Person(service.network(), time) {}
+  Person(TestApplication::Network network, SharedTime& time) : TestApplication({}, std::move(network)) {
     time.include(machine.dispatch);
   }
 

@@ -24,6 +24,11 @@ class RealService {
     return realNetwork(service_->secureUrl(), service_->caFile().string());
   }
 
+  // In clear and by HTTP/1.1, where TLS leads to HTTP/2.
+  TestApplication::Network plainNetwork() const {
+    return realNetwork(service_->url(), service_->caFile().string());
+  }
+
   // How often the service was asked for this since the last `clearRequests`.
   std::ptrdiff_t count(const std::string& method, const std::string& target) const {
     const auto requests = service_->requests();
