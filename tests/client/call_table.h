@@ -53,8 +53,14 @@ Completion<T> ending(Completion<void> completion) {
   };
 }
 
+std::vector<Call> accountCalls();  // enrollment and check-in too
 std::vector<Call> childCalls();
 std::vector<Call> deviceCalls();
 std::vector<Call> familyCalls();
+std::vector<Call> allCalls();
+
+// How a refusal ends whose body holds the service's own words, or nothing that can be read; none where the
+// body is not what the call wants to read.
+std::optional<NetworkError> refusal(const Call& call, int status, const std::optional<std::string>& words);
 
 }  // namespace quillmar
