@@ -122,6 +122,7 @@ void CurlTransfer::begin(EasyHandle easyHandle, On on) {
   connected_ = false;
   reused_ = false;
   unfit_ = false;
+  isHttp2_ = false;
   headersEnded_ = false;
   headerSize_ = 0;
   socket_ = CURL_SOCKET_BAD;
@@ -310,7 +311,7 @@ std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t co
 bool CurlTransfer::takesHeader(std::string_view line) {
   headerSize_ += line.size();
   const bool isStatus = line.starts_with("HTTP/");
-  if (isStatus && !line.starts_with("HTTP/1") && !speaksHttp2(handle_.get())) {
+  if (isStatus && !line.starts_with("HTTP/1") && !isHttp2_) {
     return false;
   }
   headersEnded_ = !isStatus && (headersEnded_ || line == "\r\n" || line == "\n");
@@ -347,8 +348,11 @@ bool CurlTransfer::mayBeSent(const char* localAddress, int localPort) {
   long newConnections = 0;
   curl_easy_getinfo(handle_.get(), CURLINFO_NUM_CONNECTS, &newConnections);
   reused_ = newConnections == 0;
-  socket_ = connections_.find(localAddress, localPort);
-  unfit_ = reused_ && !isFitForReuse();
+  isHttp2_ = speaksHttp2(handle_.get());
+  if (!isHttp2_) {
+    socket_ = connections_.find(localAddress, localPort);
+    unfit_ = reused_ && !isFitForReuse();
+  }
   return !unfit_;
 }
 
@@ -356,9 +360,6 @@ bool CurlTransfer::mayBeSent(const char* localAddress, int localPort) {
 // connection that has been idle for long. HTTP/2 tells answers apart by number, and says what it has not
 // looked at.
 bool CurlTransfer::isFitForReuse() const {
-  if (speaksHttp2(handle_.get())) {
-    return true;
-  }
   const bool idleForLong = settings_.now() - connections_.lastUse(socket_) > settings_.longestIdle;
   return !hasUnreadInput(handle_.get(), socket_) && (request_.method == "GET" || !idleForLong);
 }

@@ -115,9 +115,10 @@ class CurlTransfer {
   bool connected_ = false;
   bool reused_ = false;  // sent on a kept connection
   bool unfit_ = false;   // a kept connection was turned down, and nothing sent
+  bool isHttp2_ = false;
   bool headersEnded_ = false;
   std::size_t headerSize_ = 0;
-  curl_socket_t socket_ = CURL_SOCKET_BAD;
+  curl_socket_t socket_ = CURL_SOCKET_BAD;  // of HTTP/1.1
   curl_off_t sent_ = 0;
   const Clock::time_point start_;
   Clock::time_point lastProgress_ = start_;
