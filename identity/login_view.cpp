@@ -73,6 +73,7 @@ void LoginView::startSignIn() {
 }
 
 void LoginView::handleSignIn(const Result<AuthResponse>& result) {
+  isLoading = false;
   if (result.ok()) {
     rememberOrForget();
   }
@@ -101,8 +102,10 @@ void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
   if (credentials.ok()) {
     environment_.networkService()->login(
         {credentials.value().email, credentials.value().password},
-        hoppingToMain(dispatch_,
-                      weakly([this](const Result<AuthResponse>& result) { openSession(result); })));
+        hoppingToMain(dispatch_, weakly([this](const Result<AuthResponse>& result) {
+                        isLoading = false;
+                        openSession(result);
+                      })));
     return;
   }
   isLoading = false;
@@ -112,7 +115,6 @@ void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
 }
 
 void LoginView::openSession(const Result<AuthResponse>& result) {
-  isLoading = false;
   if (result.ok()) {
     environment_.authState()->saveLogin(result.value());
   } else {

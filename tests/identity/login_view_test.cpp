@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -134,6 +135,24 @@ TEST_F(Login, a_token_of_one_blank_and_a_name_of_three_families_are_a_session) {
   app.restart();
   EXPECT_TRUE(isLoggedIn());
   EXPECT_EQ(app.screenNames().front(), "DeviceListView");
+}
+
+TEST_F(Login, is_over_before_what_was_typed_is_remembered_or_forgotten) {
+  for (const bool remembers : {true, false}) {
+    TestApplication other(asParent());
+    auto& login = other.screen<LoginView>();
+    std::vector<bool> running;
+    other.machine.secureItems.watchWrites([&] { running.push_back(login.isLoading()); });
+    other.machine.http.answer("POST", "/auth/login", 200, signedIn);
+    login.email = std::string("ann@example.com");
+    login.password = std::string("secret");
+    login.rememberMe = remembers;
+    const auto held = other.find<LoginView>();
+    login.signIn();
+    other.settle();
+    EXPECT_GE(running.size(), 2U);
+    EXPECT_EQ(std::ranges::count(running, true), 0) << remembers;
+  }
 }
 
 TEST_F(Login, while_one_sign_in_runs_there_is_no_second) {

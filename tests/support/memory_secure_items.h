@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -17,6 +18,7 @@ class MemorySecureItems final : public SecureItemStore {
   using Name = std::pair<std::string, std::string>;
 
   SecureItemStatus add(std::string_view service, std::string_view account, std::string_view bytes) override {
+    tellOfWrite();
     const std::scoped_lock lock(mutex_);
     if (refusal_) {
       return *refusal_;
@@ -36,6 +38,7 @@ class MemorySecureItems final : public SecureItemStore {
   }
 
   SecureItemStatus remove(std::string_view service, std::string_view account) override {
+    tellOfWrite();
     const std::scoped_lock lock(mutex_);
     if (refusal_) {
       return *refusal_;
@@ -52,13 +55,22 @@ class MemorySecureItems final : public SecureItemStore {
     const std::scoped_lock lock(mutex_);
     refusal_ = status;
   }
+  // Runs before each write. To be set before anybody writes.
+  void watchWrites(std::function<void()> listener) { writeListener_ = std::move(listener); }
   std::map<Name, std::string> items() const {
     const std::scoped_lock lock(mutex_);
     return items_;
   }
 
  private:
+  void tellOfWrite() const {
+    if (writeListener_) {
+      writeListener_();
+    }
+  }
+
   mutable std::mutex mutex_;
+  std::function<void()> writeListener_;
   std::optional<SecureItemStatus> refusal_;
   std::map<Name, std::string> items_;
 };
