@@ -41,7 +41,8 @@ ChildHomeView::ChildHomeView(Environment& environment)
           [this] { return child_->lastCheckinTime().has_value(); }),
       environment_(environment),
       child_(environment.childAppState()),
-      vpn_(environment.vpnManager()) {
+      vpn_(environment.vpnManager()),
+      passingTime_(environment, weakly([this] { lastCheckin.check(); })) {
   follow(*child_);
   follow(*vpn_);
 }
@@ -49,6 +50,7 @@ ChildHomeView::ChildHomeView(Environment& environment)
 void ChildHomeView::onAppear() {
   isPulsing = true;
   environment_.backgroundService()->start(child_);
+  passingTime_.start();
 }
 
 std::vector<ChildStatusCard> ChildHomeView::computeCards() const {

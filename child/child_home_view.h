@@ -5,11 +5,13 @@
 #include <vector>
 
 #include "app/environment.h"
+#include "app/passing_time.h"
 #include "child/child_app_state.h"
 #include "child/child_settings_view.h"
 #include "child/doh_instructions_view.h"
 #include "child/vpn_dns_manager.h"
 #include "presentation/screen_model.h"
+#include "presentation/timely.h"
 
 namespace quillmar {
 
@@ -92,8 +94,8 @@ class ChildHomeView final : public ScreenModel {
   Derived<std::vector<ChildStatusCard>> cards{*this, "cards", [this] { return computeCards(); }};
   Derived<ProtectionPanel> panel{*this, "panel", [this] { return computePanel(); }};
   // Absent until a check-in has succeeded.
-  Derived<std::optional<std::string>> lastCheckin{*this, "lastCheckin",
-                                                  [this] { return computeLastCheckin(); }};
+  Timely<std::optional<std::string>> lastCheckin{*this, "lastCheckin",
+                                                 [this] { return computeLastCheckin(); }};
 
   Action<> openSettings{*this, "openSettings", [this] { showSettings = true; }};
   Action<> enableProtection{*this, "enableProtection", [this] { quillmar::enableProtection(environment_); },
@@ -102,6 +104,7 @@ class ChildHomeView final : public ScreenModel {
 
  private:
   void onAppear() override;
+  void onDisappear() override { passingTime_.stop(); }
   std::vector<ChildStatusCard> computeCards() const;
   ProtectionPanel computePanel() const;
   std::optional<std::string> computeLastCheckin() const;
@@ -109,6 +112,7 @@ class ChildHomeView final : public ScreenModel {
   Environment& environment_;
   const std::shared_ptr<ChildAppState> child_;
   const std::shared_ptr<VPNDNSManager> vpn_;
+  PassingTime passingTime_;
 };
 
 }  // namespace quillmar

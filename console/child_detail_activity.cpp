@@ -150,19 +150,36 @@ void ChildDetailView::finishFetch(const Fetch& list, Result<std::vector<DNSLog>>
 template <class Row>
 void ChildDetailView::showLogRows(Rows<Row>& rows, const std::vector<DNSLog>& logs,
                                   void (ChildDetailView::*onSwipe)(const DNSLog&)) {
-  const Date now = dispatch_.now();
   showInRows(
       rows, logs, [](const DNSLog& log) { return rootDomain(log); },
       [this, onSwipe](const DNSLog& log) {
         return std::make_shared<Row>(
             log, weakly([this, onSwipe](const DNSLog& swiped) { (this->*onSwipe)(swiped); }));
       },
-      [this, now](Row& row, const DNSLog& log) {
-        row.show(log, relativeTimestamp(log.timestamp, now, dateStyles()));
+      [this](Row& row, const DNSLog& log) {
+        row.show(log, timeText(log));
         if constexpr (std::is_base_of_v<AllowableRow, Row>) {
           setIfChanged(row.isAlreadyAllowed, isDomainAllowed(row.site()));
         }
       });
+}
+
+std::string ChildDetailView::timeText(const DNSLog& log) {
+  return relativeTimestamp(log.timestamp, dispatch_.now(), dateStyles());
+}
+
+template <class Row>
+void ChildDetailView::updateTimes(Rows<Row>& rows) {
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    setIfChanged(rows[i].timeText, timeText(rows[i].log()));
+  }
+}
+
+void ChildDetailView::showPassingTime() {
+  showDeviceRows();
+  updateTimes(recentActivityRows);
+  updateTimes(blockedSiteRows);
+  updateTimes(allowedSiteRows);
 }
 
 void ChildDetailView::showRecentRows() {

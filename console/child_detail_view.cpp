@@ -51,7 +51,8 @@ ChildDetailView::ChildDetailView(Environment& environment, ChildProfileWithDevic
       environment_(environment),
       dispatch_(environment.platform().dispatch),
       child_(std::move(child)),
-      onUpdate_(std::move(onUpdate)) {
+      onUpdate_(std::move(onUpdate)),
+      passingTime_(environment, weakly([this] { showPassingTime(); })) {
   const auto whileOnScreen = [this](void (ChildDetailView::*reaction)()) {
     return [this, reaction] {
       if (isOnScreen()) {
@@ -65,6 +66,16 @@ ChildDetailView::ChildDetailView(Environment& environment, ChildProfileWithDevic
   reactions_.push_back(selectedTab.onChange(whileOnScreen(&ChildDetailView::startActivityUpdates)));
   reactions_.push_back(blockedTimeFilter.onChange(whileOnScreen(&ChildDetailView::restartBlockedLogs)));
   reactions_.push_back(allowedTimeFilter.onChange(whileOnScreen(&ChildDetailView::restartAllowedLogs)));
+}
+
+void ChildDetailView::onAppear() {
+  loadChildData();
+  passingTime_.start();
+}
+
+void ChildDetailView::onDisappear() {
+  stopAllTimers();
+  passingTime_.stop();
 }
 
 void ChildDetailView::loadChildData() {

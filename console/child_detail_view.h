@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "app/environment.h"
+#include "app/passing_time.h"
 #include "client/network_service.h"
 #include "console/activity_time_filter.h"
 #include "console/edit_child_name_view.h"
@@ -248,8 +249,8 @@ class ChildDetailView final : public ScreenModel {
  private:
   struct Fetch;
 
-  void onAppear() override { loadChildData(); }
-  void onDisappear() override { stopAllTimers(); }
+  void onAppear() override;
+  void onDisappear() override;
 
   void loadChildData();
   void show(const ChildProfileWithDevices& answer);
@@ -257,6 +258,7 @@ class ChildDetailView final : public ScreenModel {
   void startDeviceStatusTimer();
   void refreshDeviceStatus();
   void showDeviceRows();
+  void showPassingTime();
   void askToUnlink(const Device& device);
   void unlinkSelected();
   void deleteChild();
@@ -297,6 +299,9 @@ class ChildDetailView final : public ScreenModel {
   template <class Row>
   void showLogRows(Rows<Row>& rows, const std::vector<DNSLog>& logs,
                    void (ChildDetailView::*onSwipe)(const DNSLog&));
+  template <class Row>
+  void updateTimes(Rows<Row>& rows);
+  std::string timeText(const DNSLog& log);
   void showRecentRows();
   void showBlockedSiteRows();
   void showAllowedSiteRows();
@@ -315,6 +320,7 @@ class ChildDetailView final : public ScreenModel {
   std::unique_ptr<Timer> blockedLogsTimer_;
   std::unique_ptr<Timer> allowedLogsTimer_;
   std::unique_ptr<Timer> deviceStatusTimer_;
+  PassingTime passingTime_;
   std::vector<Subscription> reactions_;
 };
 

@@ -54,7 +54,8 @@ DeviceListView::DeviceListView(Environment& environment)
       dispatch_(environment.platform().dispatch),
       authState_(environment.authState()),
       appearanceManager_(environment.appearanceManager()),
-      sceneReaction_(environment.scene().onChange([this](ScenePhase phase) { followScene(phase); })) {
+      sceneReaction_(environment.scene().onChange([this](ScenePhase phase) { followScene(phase); })),
+      passingTime_(environment, weakly([this] { updatedText.check(); })) {
   follow(*authState_);
   follow(*appearanceManager_);
 }
@@ -62,9 +63,13 @@ DeviceListView::DeviceListView(Environment& environment)
 void DeviceListView::onAppear() {
   load();
   startAutoRefresh();
+  passingTime_.start();
 }
 
-void DeviceListView::onDisappear() { stopAutoRefresh(); }
+void DeviceListView::onDisappear() {
+  stopAutoRefresh();
+  passingTime_.stop();
+}
 
 void DeviceListView::comeBack() {
   if (isOnScreen()) {
@@ -190,11 +195,14 @@ std::int64_t DeviceListView::countOnlineDevices() const {
                          });
 }
 
-std::string DeviceListView::computeUpdatedText() const {
+std::string DeviceListView::computeUpdatedText() {
   if (computeContent() != DashboardContent::list) {
     return {};
   }
-  return "Updated " + environment_.dateStyles().abbreviatedRelative(lastRefreshTime(), dispatch_.now());
+  if (!dateStyles_) {
+    dateStyles_ = environment_.dateStyles();
+  }
+  return "Updated " + dateStyles_->abbreviatedRelative(lastRefreshTime(), dispatch_.now());
 }
 
 std::string DeviceListView::computeThemeTitle() const {

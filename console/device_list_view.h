@@ -9,6 +9,7 @@
 
 #include "app/appearance_manager.h"
 #include "app/environment.h"
+#include "app/passing_time.h"
 #include "client/network_service.h"
 #include "console/add_child_view.h"
 #include "console/add_device_sheet.h"
@@ -19,6 +20,7 @@
 #include "family/home_network_view.h"
 #include "identity/auth_state.h"
 #include "presentation/screen_model.h"
+#include "presentation/timely.h"
 
 namespace quillmar {
 
@@ -84,7 +86,7 @@ class DeviceListView final : public ScreenModel {
         return isBackgroundRefreshing() ? std::nullopt : std::optional<std::string>("arrow.clockwise");
       }};
   // Empty where the list is not shown: the formats of dates take long to load the first time.
-  Derived<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
+  Timely<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
   Text autoRefreshText{*this, "autoRefreshText", "Auto-refresh every 30s"};
 
   // The entry of the cards: each begins `appearanceDelay` of its own later.
@@ -164,15 +166,17 @@ class DeviceListView final : public ScreenModel {
   std::int64_t countChildren() const { return static_cast<std::int64_t>(children().size()); }
   std::int64_t countDevices() const;
   std::int64_t countOnlineDevices() const;
-  std::string computeUpdatedText() const;
+  std::string computeUpdatedText();
   std::string computeThemeTitle() const;
 
   Environment& environment_;
   Dispatch& dispatch_;
   const std::shared_ptr<AuthState> authState_;
   const std::shared_ptr<AppearanceManager> appearanceManager_;
+  std::optional<DateStyles> dateStyles_;
   std::unique_ptr<Timer> refreshTimer_;
   Subscription sceneReaction_;
+  PassingTime passingTime_;
 };
 
 }  // namespace quillmar

@@ -140,6 +140,31 @@ TEST_F(ChildHome, the_check_in_line_and_its_button_need_a_time) {
   EXPECT_TRUE(screen().refresh.isEnabled());
 }
 
+TEST_F(ChildHome, the_check_in_line_goes_on_with_time_where_no_check_in_follows) {
+  app.machine.http.hold();
+  app.child().lastCheckinTime = app.machine.dispatch.now();
+  Names told;
+  const auto listening = screen().observe([&](const Member& member) {
+    if (member.name() == "lastCheckin") {
+      told.push_back(*screen().lastCheckin());
+    }
+  });
+  app.advance(1s);
+  told.clear();
+  app.advance(118s);
+  EXPECT_EQ(told, Names{"Last check-in: 1 minute ago"});
+  told.clear();
+  app.advance(1s);
+  EXPECT_EQ(told, Names{"Last check-in: 2 minutes ago"});
+
+  told.clear();
+  app.app().setScenePhase(ScenePhase::background);
+  app.advance(10min);
+  EXPECT_EQ(told, Names()) << "nobody looks";
+  app.app().setScenePhase(ScenePhase::active);
+  EXPECT_EQ(told, Names{"Last check-in: 12 minutes ago"});
+}
+
 TEST_F(ChildHome, refresh_checks_in_and_does_nothing_else) {
   app.child().lastCheckinTime = app.machine.dispatch.now();
   app.machine.http.forgetRequests();

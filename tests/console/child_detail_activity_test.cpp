@@ -244,6 +244,35 @@ TEST_F(ActivityRows, times_go_on_while_the_entries_stand_still) {
   EXPECT_EQ(page().recentActivityRows[0].timeText(), "1 min ago");
 }
 
+TEST_F(ActivityRows, times_go_on_in_a_list_that_is_fetched_once) {
+  answerLogs({makeLog("a.example", 0, true)});
+  openWithDevice();
+  setTab(ChildDetailTab::sitesBlocked);
+  setFilter(page().blockedTimeFilter, ActivityTimeFilter::lastHour);
+  const std::size_t before = fetches();
+  const auto time = [this] { return page().blockedSiteRows[0].timeText(); };
+  EXPECT_EQ(time(), "Just now");
+  app.advance(59s);
+  EXPECT_EQ(time(), "Just now");
+  app.advance(1s);
+  EXPECT_EQ(time(), "1 min ago");
+  app.app().setScenePhase(ScenePhase::background);
+  app.advance(2h);
+  EXPECT_EQ(time(), "1 min ago") << "nobody looks";
+  app.app().setScenePhase(ScenePhase::active);
+  EXPECT_EQ(time(), "2 hours ago");
+  EXPECT_EQ(fetches(), before);
+}
+
+TEST_F(ActivityRows, times_go_on_while_the_service_does_not_answer) {
+  answerLogs({makeLog("a.example", 0)});
+  openWithDevice();
+  app.advance(2s);
+  http().failAlways("GET", "/devices/d1/logs", TransportError::Kind::timedOut);
+  app.advance(118s);
+  EXPECT_EQ(page().recentActivityRows[0].timeText(), "2 min ago");
+}
+
 TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
   answerLogs({makeLog("www.A.example", 1, true)});
   answerPolicy("POST", "/allow", makePolicy(false, {"a.EXAMPLE"}));

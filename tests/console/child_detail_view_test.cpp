@@ -206,6 +206,18 @@ TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_its_data_stand_still)
   EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago");
 }
 
+TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_the_service_does_not_answer) {
+  open({makeDevice("d1", false)});
+  http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
+  app.advance(59s);
+  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen Just now");
+  app.advance(1s);
+  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago");
+  page().disappear();
+  app.advance(5min);
+  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago") << "nobody looks";
+}
+
 TEST_F(ChildDetailPage, two_devices_of_one_id_are_two_rows) {
   open({makeDevice("d1"), makeDevice("d1")});
   EXPECT_EQ(page().deviceRows.size(), 2U);

@@ -274,6 +274,62 @@ TEST_F(DashboardRefresh, says_how_long_ago_the_last_one_was) {
   EXPECT_EQ(screen().autoRefreshText(), "Auto-refresh every 30s");
 }
 
+TEST_F(DashboardRefresh, tells_as_time_goes_on_how_long_ago_the_last_one_was) {
+  load();
+  Names told;
+  const auto subscription = screen().observe([&](const Member& member) {
+    if (member.name() == "updatedText") {
+      told.push_back(screen().updatedText());
+    }
+  });
+  app.machine.http.hold();
+  app.advance(3s);
+  EXPECT_EQ(told, (Names{"Updated 1 sec. ago", "Updated 2 sec. ago", "Updated 3 sec. ago"}));
+  app.advance(57s);
+  told.clear();
+  app.advance(59s);
+  EXPECT_EQ(told, Names()) << "it reads the same for a minute";
+  app.advance(1s);
+  EXPECT_EQ(told, Names{"Updated 2 min. ago"});
+}
+
+TEST_F(DashboardScene, that_comes_back_says_at_once_how_long_it_was_away) {
+  setPhase(ScenePhase::active);
+  load();
+  app.advance(1s);
+  Names told;
+  const auto subscription = screen().observe([&](const Member& member) {
+    if (member.name() == "updatedText") {
+      told.push_back(screen().updatedText());
+    }
+  });
+  setPhase(ScenePhase::background);
+  app.advance(8h);
+  EXPECT_EQ(told, Names()) << "nobody looks";
+  setPhase(ScenePhase::active);
+  EXPECT_EQ(told, Names{"Updated 8 hr. ago"});
+}
+
+TEST_F(DashboardScene, out_of_use_is_woken_by_nothing) {
+  const auto isWoken = [this] {
+    // What was stopped may still stand in the queue, with nothing to run.
+    app.advance(1h);
+    return app.machine.dispatch.nextDue() < app.machine.dispatch.now() + 24h;
+  };
+  load();
+  EXPECT_TRUE(isWoken());
+  setPhase(ScenePhase::background);
+  EXPECT_FALSE(isWoken());
+  setPhase(ScenePhase::active);
+  EXPECT_TRUE(isWoken());
+  const auto kept = app.find<DeviceListView>();
+  kept->disappear();
+  EXPECT_FALSE(isWoken());
+  setPhase(ScenePhase::background);
+  setPhase(ScenePhase::active);
+  EXPECT_FALSE(isWoken()) << "it is not on screen";
+}
+
 TEST_F(DashboardRefresh, brings_what_is_new_without_a_new_entry) {
   load();
   answerWith({makeChild("c2", "Zoe"), makeChild("c1", "Mia")});
@@ -578,8 +634,11 @@ TEST_F(DashboardCards, keep_their_identity_across_a_refresh_and_only_those_that_
   load();
   Names announced;
   std::vector<Subscription> subscriptions;
-  subscriptions.push_back(
-      screen().observe([&](const Member& member) { announced.emplace_back(member.name()); }));
+  subscriptions.push_back(screen().observe([&](const Member& member) {
+    if (member.name() != "updatedText") {
+      announced.emplace_back(member.name());
+    }
+  }));
   std::vector<const ChildDashboardCard*> before;
   for (std::size_t i = 0; i < screen().cards.size(); ++i) {
     auto& card = screen().cards[i];

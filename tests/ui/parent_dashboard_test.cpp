@@ -187,6 +187,17 @@ TEST_F(ParentDashboard, a_child_that_comes_in_first_leaves_the_other_rows_as_the
   EXPECT_EQ(stage.focusedName(), "Theo");
 }
 
+TEST_F(ParentDashboard, goes_on_saying_how_long_ago_it_was_refreshed) {
+  http().hold();
+  stage.advance(3s);
+  EXPECT_TRUE(stage.shows("Updated 3 sec. ago"));
+  stage.application.app().setScenePhase(ScenePhase::background);
+  stage.advance(8h);
+  stage.application.app().setScenePhase(ScenePhase::active);
+  stage.settle();
+  EXPECT_TRUE(stage.shows("Updated 8 hr. ago"));
+}
+
 TEST_F(ParentDashboard, a_refresh_that_fails_takes_nothing_away_and_a_load_that_fails_all) {
   http().answerAlways("GET", "/children", 500, "");
   stage.advance(30s);

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "foundation/observable.h"
+
+namespace quillmar {
+
+// A derived value that follows from the present time, too. Whoever reads it gets what holds now; since time
+// announces nothing, somebody who watches the clock has it checked.
+template <class T>
+class Timely final : public Member {
+ public:
+  Timely(ObservableObject& owner, std::string_view name, std::function<T()> compute)
+      : Member(owner, name, Kind::derived), compute_(std::move(compute)) {}
+
+  T operator()() const { return compute_(); }
+  Value value() const override { return toValue(compute_()); }
+
+  // Announces it where it is not what the last check found.
+  void check() {
+    if (T present = compute_(); checked_ != present) {
+      checked_ = std::move(present);
+      announce();
+    }
+  }
+
+ private:
+  std::function<T()> compute_;
+  std::optional<T> checked_;
+};
+
+}  // namespace quillmar
