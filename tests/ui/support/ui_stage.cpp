@@ -50,6 +50,14 @@ std::shared_ptr<SteppedAnimations> SteppedAnimations::shared() {
   return animations;
 }
 
+SteppedAnimations::SteppedAnimations() {
+  install();
+  endless_.setStartValue(0);
+  endless_.setEndValue(1);
+  endless_.setLoopCount(-1);
+  endless_.start();
+}
+
 UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
   desktop.setWishes(options.desktop);
   followLook();
@@ -91,6 +99,15 @@ void UiStage::settle() {
 void UiStage::advance(Duration duration) {
   application.advance(duration);
   settle();
+}
+
+void UiStage::step(Duration duration) {
+  application.settle();
+  QCoreApplication::processEvents();
+  window().grabWindow();
+  QCoreApplication::processEvents();
+  animations_->step(duration.count());
+  QCoreApplication::processEvents();
 }
 
 QImage UiStage::picture() {

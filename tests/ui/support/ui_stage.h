@@ -5,6 +5,7 @@
 #include <QPoint>
 #include <QSize>
 #include <QString>
+#include <QVariantAnimation>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -24,7 +25,7 @@ class SteppedAnimations final : public QAnimationDriver {
  public:
   static std::shared_ptr<SteppedAnimations> shared();
 
-  SteppedAnimations() { install(); }
+  SteppedAnimations();
   ~SteppedAnimations() override { uninstall(); }
 
   void step(qint64 milliseconds) {
@@ -35,6 +36,8 @@ class SteppedAnimations final : public QAnimationDriver {
 
  private:
   qint64 elapsed_ = 0;
+  // While nothing but pauses run, Qt lets them last in real time. This one never pauses.
+  QVariantAnimation endless_;
 };
 
 // A whole application on a machine of its own, and its real window: in virtual time, with animations that end
@@ -63,6 +66,8 @@ class UiStage {
   void settle();
   // The same after virtual time has passed.
   void advance(Duration duration);
+  // What is due now has run, and the transitions have gone on by this much and no more.
+  void step(Duration duration);
   QImage picture();
 
   // The first item in use that shows this text, or has it as its name; null where there is none.
