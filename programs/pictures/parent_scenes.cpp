@@ -1,3 +1,4 @@
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -8,6 +9,7 @@ namespace quillmar {
 namespace {
 
 using ui::UiStage;
+using namespace std::chrono_literals;
 
 // NOLINTBEGIN(misc-misleading-bidirectional): misleading is what this text is for
 std::string hostileFamily() {
@@ -26,6 +28,28 @@ void fillIn(RegisterView& form, const std::string& password, const std::string& 
   form.phone = std::string("+61 412 345 678");
   form.password = password;
   form.confirmPassword = again;
+}
+
+JoinFamilyView& fillInInvited(UiStage& s, const std::string& again) {
+  auto& join = openJoining(s);
+  join.inviteCode = std::string("ab12cd");
+  s.application.machine.http.answer(
+      "GET", "/family/invite/AB12CD", 200,
+      R"({"valid":true,"family_name":"The Wells Family","invited_by_name":"Ann Wells"})");
+  join.validateCode();
+  s.settle();
+  join.displayName = std::string("Tom");
+  join.email = std::string("tom@example.com");
+  join.password = std::string("secret1");
+  join.confirmPassword = again;
+  return join;
+}
+
+ScannerView& review(UiStage& s) {
+  auto& scanner = openScanner(s, CameraState::absent);
+  scanner.handleScannedCode(
+      R"({"enrollment_code":"K7QX2M","device_id":"d","device_name":"Mia's phone","device_type":"ios"})");
+  return scanner;
 }
 
 std::vector<Shot> identityScenes() {
@@ -60,7 +84,21 @@ std::vector<Shot> identityScenes() {
       {"register-fair", asParent(), [](UiStage& s) { fillIn(openRegistration(s), "abcdefgh", "abc"); }},
       {"register-strong", asParent(),
        [](UiStage& s) { fillIn(openRegistration(s), "abcdefg8!", "abcdefg8!"); }},
+      {"register-running", asParent(),
+       [](UiStage& s) {
+         auto& form = openRegistration(s);
+         fillIn(form, "abcdefg8!", "abcdefg8!");
+         s.application.machine.http.hold();
+         form.createAccount();
+       }},
       {"join", asParent(), [](UiStage& s) { openJoining(s); }},
+      {"join-validating", asParent(),
+       [](UiStage& s) {
+         auto& join = openJoining(s);
+         join.inviteCode = std::string("ab12cd");
+         s.application.machine.http.hold();
+         join.validateCode();
+       }},
       {"join-refused", asParent(),
        [](UiStage& s) {
          auto& join = openJoining(s);
@@ -69,19 +107,12 @@ std::vector<Shot> identityScenes() {
                                            R"({"valid":false,"error":"This invitation has expired"})");
          join.validateCode();
        }},
-      {"join-account", asParent(),
+      {"join-account", asParent(), [](UiStage& s) { fillInInvited(s, "secret"); }},
+      {"join-running", asParent(),
        [](UiStage& s) {
-         auto& join = openJoining(s);
-         join.inviteCode = std::string("ab12cd");
-         s.application.machine.http.answer(
-             "GET", "/family/invite/AB12CD", 200,
-             R"({"valid":true,"family_name":"The Wells Family","invited_by_name":"Ann Wells"})");
-         join.validateCode();
-         s.settle();
-         join.displayName = std::string("Tom");
-         join.email = std::string("tom@example.com");
-         join.password = std::string("secret1");
-         join.confirmPassword = std::string("secret");
+         auto& join = fillInInvited(s, "secret1");
+         s.application.machine.http.hold();
+         join.join();
        }},
       {"join-scanner", asParent(), [](UiStage& s) { openJoining(s).scanQRCode(); }},
   };
@@ -97,6 +128,19 @@ std::vector<Shot> dashboardScenes() {
       {"dashboard-empty", signedInParent()},
       {"dashboard", signedInParent(), showFamily},
       {"dashboard-text-200", signedInParent(), showFamily, 2},
+      {"dashboard-reloading", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.application.machine.http.hold();
+         dashboard(s).loadChildren();
+         s.advance(1s);
+       }},
+      {"dashboard-refreshing", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.application.machine.http.hold();
+         s.advance(30s);
+       }},
       {"dashboard-hostile", signedInParent(),
        [](UiStage& s) {
          answerFamily(s, hostileFamily());
@@ -134,11 +178,12 @@ std::vector<Shot> dashboardScenes() {
       {"scanner-no-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::absent); }},
       {"scanner-refused", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::refused); }},
       {"scanner-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::available); }},
-      {"scanner-review", signedInParent(),
+      {"scanner-review", signedInParent(), [](UiStage& s) { review(s); }},
+      {"scanner-running", signedInParent(),
        [](UiStage& s) {
-         openScanner(s, CameraState::absent)
-             .handleScannedCode(
-                 R"({"enrollment_code":"K7QX2M","device_id":"d","device_name":"Mia's phone","device_type":"ios"})");
+         auto& scanner = review(s);
+         s.application.machine.http.hold();
+         scanner.completeEnrollment();
        }},
       {"scanner-invalid", signedInParent(),
        [](UiStage& s) { openScanner(s, CameraState::absent).handleScannedCode("hello"); }},
@@ -149,6 +194,13 @@ std::vector<Shot> dashboardScenes() {
          scanner.enrollmentSuccess = true;
        }},
       {"manual", signedInParent(), [](UiStage& s) { openManual(s); }},
+      {"manual-running", signedInParent(),
+       [](UiStage& s) {
+         auto& manual = openManual(s);
+         manual.deviceName = std::string("Jake's PlayStation");
+         s.application.machine.http.hold();
+         manual.addDevice();
+       }},
       {"manual-result", signedInParent(),
        [](UiStage& s) {
          auto& manual = openManual(s);
@@ -204,6 +256,12 @@ std::vector<Shot> familyScenes() {
          showFamily(s);
          dashboard(s).openFamilyMembers();
        }},
+      {"family-inviting", signedInParent(),
+       [](UiStage& s) {
+         auto& family = openFamily(s);
+         s.application.machine.http.hold();
+         family.createInvitation();
+       }},
       {"family-invite", signedInParent(),
        [](UiStage& s) {
          s.application.machine.http.answer("POST", "/family/invite", 200, invitationJson());
@@ -216,6 +274,13 @@ std::vector<Shot> familyScenes() {
        [](UiStage& s) { openHomeNetwork(s, R"({"current_ip":"203.0.113.7","ip_matches":false})").setUp(); }},
       {"home-network", signedInParent(),
        [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("203.0.113.7", true)); }},
+      {"home-network-updating", signedInParent(),
+       [](UiStage& s) {
+         auto& home = openHomeNetwork(s, homeNetworkJson("198.51.100.9", false));
+         home.updateIP();
+         s.application.machine.http.hold();
+         home.confirmUpdate();
+       }},
       {"home-network-mismatch", signedInParent(),
        [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("198.51.100.9", false)); }},
       {"parent-settings", signedInParent(), [](UiStage& s) { openSettings(s); }},

@@ -27,8 +27,9 @@ QtObject {
     // The same on a card, where the dark one would fall short of 4.5 to 1.
     readonly property color cardSecondaryText: dark ? "#A1A1A6" : "#6C6C70"
     readonly property color separator: alpha(text, 0.12)
-    readonly property color outOfUse: dark ? "#48484A" : "#C7C7CC"
-    readonly property color outOfUseText: dark ? "#8E8E93" : "#FFFFFF"
+    // What a button out of use says ("Creating...") is still to be read.
+    readonly property color outOfUse: dark ? "#48484A" : "#D1D1D6"
+    readonly property color outOfUseText: dark ? "#B9B9BE" : "#58585D"
     readonly property color dim: Qt.rgba(0, 0, 0, dark ? 0.55 : 0.4)
     readonly property color shadow: "#000000"
     readonly property color onBrand: "#FFFFFF"

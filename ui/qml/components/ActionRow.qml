@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A row of a GroupedSection that does something.
+// A row of a GroupedSection that does something; spinning, a spinner stands in place of its symbol.
 Pressable {
     id: row
 
@@ -11,6 +11,7 @@ Pressable {
     property color ink: Theme.linkText
     property string value
     property bool first: false
+    property bool spinning: false
     property bool chevron: false
     // The symbol at its end.
     property string mark: chevron ? mirrored ? "chevron.left" : "chevron.right" : ""
@@ -40,18 +41,25 @@ Pressable {
     }
     contentItem: RowLayout {
         spacing: Theme.between
-        opacity: row.enabled ? 1 : 0.4
 
         SymbolTile {
             visible: row.symbol.length > 0
-            symbol: row.symbol
-            tint: row.tint
+            symbol: row.spinning ? "" : row.symbol
+            tint: row.inUse ? row.tint : Theme.offline
+            ink: row.inUse ? row.tint : Theme.cardSecondaryText
             size: 30
             symbolShare: 0.6
+
+            Spinner {
+                anchors.centerIn: parent
+                running: row.spinning
+                color: Theme.cardSecondaryText
+                size: 18
+            }
         }
         Label {
             text: row.text
-            color: row.ink
+            color: row.inUse ? row.ink : Theme.cardSecondaryText
             lineHeight: 1.1
             verticalAlignment: Text.AlignVCenter
             Layout.fillWidth: true

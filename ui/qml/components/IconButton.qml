@@ -21,7 +21,6 @@ Pressable {
         implicitWidth: control.symbolSize
         implicitHeight: control.symbolSize
         name: control.symbol
-        color: control.ink
-        opacity: control.enabled ? 1 : 0.4
+        color: control.inUse ? control.ink : Theme.secondaryText
     }
 }

@@ -6,13 +6,15 @@ PressArea {
     id: control
 
     property var effect: null
+    // Out of use a button is grey. A screen that leaves is disabled as a whole, and does not turn grey for it.
+    property bool inUse: !effect || effect.enabled
     property real corner: Theme.corner
     property real pressedScale: 0.98
     readonly property bool mirrored: LayoutMirroring.enabled
 
     implicitWidth: Math.max(Theme.target, implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: Math.max(Theme.target, implicitContentHeight + 2 * padding)
-    enabled: !effect || effect.enabled
+    enabled: inUse
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true
     scale: down && !Theme.reducedMotion ? pressedScale : 1

@@ -2,13 +2,14 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The one thing to do on a screen. Busy, it turns its spinner in place of its label; spinning, beside it.
+// The one thing to do on a screen. Busy, a spinner stands in place of its label; spinning, beside it.
 Pressable {
     id: control
 
     property bool busy: false
     property bool spinning: false
     property string symbol
+    readonly property color ink: inUse ? Theme.onBrand : Theme.outOfUseText
 
     implicitHeight: Math.max(Theme.primaryTarget, implicitContentHeight + 2 * padding)
     padding: Theme.within
@@ -16,10 +17,9 @@ Pressable {
     rightPadding: Theme.section
 
     background: GradientPlate {
-        readonly property bool inUse: control.enabled || control.busy || control.spinning
         radius: control.corner
-        from: inUse ? Theme.blue : Theme.outOfUse
-        to: inUse ? Theme.blueDark : Theme.outOfUse
+        from: control.inUse ? Theme.blue : Theme.outOfUse
+        to: control.inUse ? Theme.blueDark : Theme.outOfUse
 
         Rectangle {
             anchors.fill: parent
@@ -43,21 +43,20 @@ Pressable {
 
             Spinner {
                 running: control.spinning
-                color: text.color
+                color: control.ink
                 size: 20
             }
             Symbol {
                 visible: control.symbol.length > 0 && !control.spinning
                 name: control.symbol
-                color: text.color
+                color: control.ink
                 Layout.preferredWidth: 20
                 Layout.preferredHeight: 20
             }
             Label {
-                id: text
                 text: control.text
                 font: Theme.headline
-                color: control.enabled || control.spinning ? Theme.onBrand : Theme.outOfUseText
+                color: control.ink
                 lineHeight: 1
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true
@@ -68,7 +67,7 @@ Pressable {
         Spinner {
             anchors.centerIn: parent
             running: control.busy
-            color: Theme.onBrand
+            color: control.ink
         }
     }
 }

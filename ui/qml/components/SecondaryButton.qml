@@ -9,6 +9,7 @@ Pressable {
     property string symbol
     property color tint: Theme.blue
     property color ink: Theme.linkText
+    readonly property color shownInk: inUse ? ink : Theme.outOfUseText
 
     padding: Theme.within
     leftPadding: 20
@@ -16,8 +17,8 @@ Pressable {
 
     background: Rectangle {
         radius: control.corner
-        color: Theme.alpha(control.tint, control.down ? 0.26 : control.hovered ? 0.18 : 0.12)
-        opacity: control.enabled ? 1 : 0.5
+        color: control.inUse ? Theme.alpha(control.tint, control.down ? 0.26 : control.hovered ? 0.18 : 0.12)
+                             : Theme.outOfUse
         Behavior on color { ColorAnimation { duration: Theme.quick } }
     }
 
@@ -30,19 +31,18 @@ Pressable {
             anchors.centerIn: parent
             width: Math.min(implicitWidth, parent.width)
             spacing: Theme.within
-            opacity: control.enabled ? 1 : 0.5
 
             Symbol {
                 visible: control.symbol.length > 0
                 name: control.symbol
-                color: control.ink
+                color: control.shownInk
                 Layout.preferredWidth: 18
                 Layout.preferredHeight: 18
             }
             Label {
                 text: control.text
                 font: Theme.headline
-                color: control.ink
+                color: control.shownInk
                 lineHeight: 1
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true

@@ -15,8 +15,8 @@ Pressable {
     contentItem: Label {
         text: control.text
         font: control.strong ? Theme.headline : Theme.body
-        color: control.ink
-        opacity: control.enabled ? control.down ? 0.5 : control.hovered ? 0.75 : 1 : 0.4
+        color: control.inUse ? control.ink : Theme.secondaryText
+        opacity: control.down ? 0.5 : control.hovered ? 0.75 : 1
         lineHeight: 1
         wrapMode: Text.NoWrap
         elide: Text.ElideRight

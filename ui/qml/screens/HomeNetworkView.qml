@@ -172,6 +172,7 @@ Page {
             ActionRow {
                 symbol: page.screen.updateIcon
                 text: page.screen.updateTitle
+                spinning: page.screen.isUpdatingIP
                 effect: page.screen.updateIP
             }
         }

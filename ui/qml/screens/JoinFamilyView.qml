@@ -62,7 +62,7 @@ Page {
         }
         PrimaryButton {
             text: page.screen.validateTitle
-            busy: page.screen.isValidating
+            spinning: page.screen.isValidating
             effect: page.screen.validateCode
             Layout.fillWidth: true
         }
@@ -182,7 +182,7 @@ Page {
         }
         PrimaryButton {
             text: page.screen.joinTitle
-            busy: page.screen.isJoining
+            spinning: page.screen.isJoining
             effect: page.screen.join
             Layout.fillWidth: true
             Layout.topMargin: Theme.within

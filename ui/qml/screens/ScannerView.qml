@@ -85,7 +85,7 @@ Page {
                 first: true
                 symbol: page.screen.choosePictureIcon
                 text: page.screen.choosePictureTitle
-                enabled: page.screen.choosePicture.enabled
+                inUse: page.screen.choosePicture.enabled
                 onClicked: picker.open()
             }
             ActionRow {
