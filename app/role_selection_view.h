@@ -58,6 +58,10 @@ class RoleSelectionView final : public ScreenModel {
   Rows<RoleCard> cards{*this, "cards"};
   // In the place of the cards while a parent has yet to choose.
   Presented<CountrySelectionView> countrySelection;
+  // Not even while a region that was just confirmed takes this screen away do the cards come back.
+  Derived<bool> showsCards{*this, "showsCards", [this] {
+                             return !countrySelection && roleManager_.currentRole() != DeviceRole::parent;
+                           }};
 
  private:
   void onAppear() override;

@@ -39,8 +39,10 @@ class RegisterView final : public ScreenModel {
   Input<bool> showError{*this, "showError", false};
   // The entry animation.
   Published<double> headerOpacity{*this, "headerOpacity", 0.0};
+  Derived<double> headerOffset{*this, "headerOffset",
+                               [this] { return (1.0 - headerOpacity()) * entryOffset; }};
   Published<double> formOpacity{*this, "formOpacity", 0.0};
-  Published<double> formOffset{*this, "formOffset", 30.0};
+  Published<double> formOffset{*this, "formOffset", entryOffset};
 
   Derived<bool> isFormValid{*this, "isFormValid", [this] { return computeIsFormValid(); }};
   Derived<int> strength{*this, "strength", [this] { return passwordStrength(password()); }};
@@ -79,6 +81,8 @@ class RegisterView final : public ScreenModel {
   Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
+  static constexpr double entryOffset = 30;
+
   void onAppear() override;
   bool computeIsFormValid() const;
   std::string computeStrengthLabel() const;

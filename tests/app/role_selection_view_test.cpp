@@ -63,6 +63,31 @@ TEST_F(RoleSelection, a_parent_who_leaves_on_the_region_screen_starts_at_the_car
   EXPECT_EQ(app.environment().roleManager()->currentRole(), DeviceRole::unset);
 }
 
+TEST_F(RoleSelection, the_cards_give_way_to_the_regions_and_come_back) {
+  EXPECT_TRUE(screen.showsCards());
+  screen.cards.find("parent")->action();
+  EXPECT_FALSE(screen.showsCards());
+  screen.countrySelection->goBack();
+  EXPECT_TRUE(screen.showsCards());
+}
+
+TEST_F(RoleSelection, the_cards_do_not_come_back_when_a_region_is_confirmed) {
+  const auto held = app.find<RoleSelectionView>();
+  screen.cards.find("parent")->action();
+  screen.countrySelection->confirmRegion();
+  EXPECT_FALSE(screen.countrySelection);
+  EXPECT_FALSE(screen.showsCards());
+  app.settle();
+  EXPECT_FALSE(screen.showsCards());
+}
+
+TEST_F(RoleSelection, the_cards_stay_while_a_child_is_led_on) {
+  const auto held = app.find<RoleSelectionView>();
+  screen.cards.find("child")->action();
+  app.settle();
+  EXPECT_TRUE(screen.showsCards());
+}
+
 TEST_F(RoleSelection, pressing_a_card_gates_nothing) {
   auto& card = *screen.cards.find("child");
   card.isPressed = true;

@@ -63,7 +63,7 @@ Pressable {
                 name: "checkmark.circle.fill"
                 color: Theme.blue
                 Behavior on opacity { NumberAnimation { duration: Theme.quick } }
-                Behavior on scale { SpringAnimation { spring: 4; damping: 0.35; epsilon: 0.005 } }
+                Behavior on scale { SpringMotion { response: 0.3; damping: 0.7 } }
             }
         }
     }

@@ -6,9 +6,7 @@ Page {
     id: page
 
     required property var screen
-    property bool entered: false
 
-    Component.onCompleted: entered = true
     Keys.onEscapePressed: screen.goBack.trigger()
 
     centered: true
@@ -22,25 +20,11 @@ Page {
         }
     }
 
-    ColumnLayout {
+    EntryColumn {
         spacing: 0
-        opacity: page.entered ? page.screen.contentOpacity : 0
-        Layout.fillWidth: true
-        transform: Translate {
-            y: page.entered || Theme.reducedMotion ? page.screen.contentOffset : 30
-            Behavior on y {
-                SequentialAnimation {
-                    PauseAnimation { duration: 100 }
-                    NumberAnimation { duration: 500; easing.type: Easing.OutCubic }
-                }
-            }
-        }
-        Behavior on opacity {
-            SequentialAnimation {
-                PauseAnimation { duration: 100 }
-                NumberAnimation { duration: 500; easing.type: Easing.OutCubic }
-            }
-        }
+        restingOpacity: page.screen.contentOpacity
+        restingOffset: page.screen.contentOffset
+        wait: 100
 
         SymbolTile {
             symbol: page.screen.globeIcon

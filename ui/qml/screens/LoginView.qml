@@ -22,7 +22,7 @@ Page {
         opacity: page.entered ? page.screen.logoOpacity : 0
         Layout.alignment: Qt.AlignHCenter
         Layout.bottomMargin: Theme.gap
-        Behavior on scale { NumberAnimation { duration: 600; easing.type: Easing.OutBack; easing.overshoot: 1.1 } }
+        Behavior on scale { SpringMotion { response: 0.6; damping: 0.8 } }
         Behavior on opacity { NumberAnimation { duration: 400 } }
     }
     Label {
@@ -50,16 +50,12 @@ Page {
         Layout.topMargin: 4
     }
 
-    ColumnLayout {
+    EntryColumn {
         spacing: Theme.gap
-        opacity: page.entered ? page.screen.formOpacity : 0
-        Layout.fillWidth: true
+        restingOpacity: page.screen.formOpacity
+        restingOffset: page.screen.formOffset
+        wait: 200
         Layout.topMargin: 32
-        transform: Translate {
-            y: page.entered || Theme.reducedMotion ? page.screen.formOffset : 30
-            Behavior on y { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
-        }
-        Behavior on opacity { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
 
         LabelledField {
             id: email

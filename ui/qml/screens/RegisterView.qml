@@ -7,19 +7,15 @@ Page {
 
     required property var screen
     readonly property bool closable: true
-    property bool entered: false
-
-    Component.onCompleted: entered = true
 
     maximumWidth: 440
     topSpace: 40
     spacing: 0
 
-    ColumnLayout {
+    EntryColumn {
         spacing: Theme.within
-        opacity: page.entered ? page.screen.headerOpacity : 0
-        Layout.fillWidth: true
-        Behavior on opacity { NumberAnimation { duration: 400 } }
+        restingOpacity: page.screen.headerOpacity
+        restingOffset: page.screen.headerOffset
 
         SymbolTile {
             symbol: "person.badge.plus"
@@ -45,16 +41,12 @@ Page {
         }
     }
 
-    ColumnLayout {
+    EntryColumn {
         spacing: Theme.gap
-        opacity: page.entered ? page.screen.formOpacity : 0
-        Layout.fillWidth: true
+        restingOpacity: page.screen.formOpacity
+        restingOffset: page.screen.formOffset
+        wait: 200
         Layout.topMargin: 28
-        transform: Translate {
-            y: page.entered || Theme.reducedMotion ? page.screen.formOffset : 30
-            Behavior on y { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
-        }
-        Behavior on opacity { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
 
         LabelledField {
             box.focus: true

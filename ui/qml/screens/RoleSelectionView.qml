@@ -6,7 +6,6 @@ FocusScope {
     id: view
 
     required property var screen
-    readonly property bool choosingRegion: screen.countrySelection !== null
     property bool entered: false
 
     Component.onCompleted: entered = true
@@ -15,9 +14,9 @@ FocusScope {
         id: page
 
         anchors.fill: parent
-        focus: !view.choosingRegion
-        enabled: !view.choosingRegion
-        opacity: view.choosingRegion ? 0 : 1
+        focus: view.screen.showsCards
+        enabled: view.screen.showsCards
+        opacity: view.screen.showsCards ? 1 : 0
         visible: opacity > 0
         tinted: true
         centered: true
@@ -58,36 +57,35 @@ FocusScope {
             Layout.topMargin: 36
             Layout.bottomMargin: Theme.gap
         }
-        GridLayout {
-            columns: page.regular ? 2 : 1
-            columnSpacing: 20
-            rowSpacing: Theme.gap
-            opacity: view.entered ? view.screen.cardsOpacity : 0
-            Layout.fillWidth: true
-            transform: Translate {
-                y: view.entered || Theme.reducedMotion ? view.screen.cardsOffset : 30
-                Behavior on y { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
-            }
-            Behavior on opacity { NumberAnimation { duration: 500; easing.type: Easing.OutCubic } }
+        EntryColumn {
+            restingOpacity: view.screen.cardsOpacity
+            restingOffset: view.screen.cardsOffset
 
-            Repeater {
-                model: view.screen.cards
-                ChoiceCard {
-                    required property var modelData
-                    required property int index
+            GridLayout {
+                columns: page.regular ? 2 : 1
+                columnSpacing: 20
+                rowSpacing: Theme.gap
+                Layout.fillWidth: true
 
-                    horizontal: !page.regular
-                    focus: index === 0
-                    symbol: modelData.icon
-                    text: modelData.title
-                    detail: modelData.subtitle
-                    from: Theme.tint(modelData.gradientColors.at(0))
-                    to: Theme.tint(modelData.gradientColors.at(1))
-                    effect: modelData.action
-                    onDownChanged: modelData.isPressed = down
-                    Layout.fillWidth: true
-                    Layout.fillHeight: true
-                    Layout.preferredWidth: 1
+                Repeater {
+                    model: view.screen.cards
+                    ChoiceCard {
+                        required property var modelData
+                        required property int index
+
+                        horizontal: !page.regular
+                        focus: index === 0
+                        symbol: modelData.icon
+                        text: modelData.title
+                        detail: modelData.subtitle
+                        from: Theme.tint(modelData.gradientColors.at(0))
+                        to: Theme.tint(modelData.gradientColors.at(1))
+                        effect: modelData.action
+                        onDownChanged: modelData.isPressed = down
+                        Layout.fillWidth: true
+                        Layout.fillHeight: true
+                        Layout.preferredWidth: 1
+                    }
                 }
             }
         }
@@ -114,7 +112,7 @@ FocusScope {
 
     ScreenHost {
         anchors.fill: parent
-        focus: view.choosingRegion
+        focus: !view.screen.showsCards
         screen: view.screen.countrySelection
     }
 }
