@@ -384,6 +384,20 @@ TEST_F(ParentChildPage, the_toggle_follows_its_model_after_it_was_flipped_by_han
   EXPECT_FALSE(stage.focused()->property("checked").toBool());
 }
 
+TEST_F(ParentChildPage, the_live_list_is_explained_between_its_title_and_its_rows) {
+  const auto place = [this](const QString& text) { return middleOf(*stage.find(text)).y(); };
+  const QString help =
+      "Sites visited in the last 60 seconds will appear here. Swipe right to add to allowed list.";
+  ASSERT_TRUE(stage.shows(help));
+  EXPECT_GT(place(help), place("Swipe right to allow"));
+  EXPECT_LT(place(help), middleOf(row("school.example")).y());
+
+  screen().recentActivityRows.assign({});
+  stage.settle();
+  EXPECT_GT(place(help), place("Recent Activity"));
+  EXPECT_LT(place(help), place("No recent activity"));
+}
+
 TEST_F(ParentChildPage, a_site_is_added_by_its_button_only) {
   stage.focusOn("Add allowed site (e.g., example.com)");
   stage.press(Qt::Key_Tab);

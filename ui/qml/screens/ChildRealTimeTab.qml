@@ -70,6 +70,12 @@ ColumnLayout {
         busy: tab.screen.isLoadingRecentLogs
         caption: tab.screen.showsRecentCaption ? tab.screen.swipeToAllowText : ""
     }
+    Label {
+        text: tab.screen.recentHelp
+        font: Theme.footnote
+        color: Theme.secondaryText
+        Layout.fillWidth: true
+    }
     RowGround {
         visible: recent.count > 0
 
@@ -94,12 +100,6 @@ ColumnLayout {
     QuietNote {
         visible: recent.count === 0
         text: tab.screen.noRecentText
-    }
-    Label {
-        text: tab.screen.recentHelp
-        font: Theme.footnote
-        color: Theme.secondaryText
-        Layout.fillWidth: true
     }
 
     SectionTitle {
