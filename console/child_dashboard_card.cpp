@@ -31,9 +31,11 @@ std::int64_t countOnline(const std::vector<Device>& devices) {
   return std::ranges::count_if(devices, effectiveOnline);
 }
 
-ChildDashboardCard::ChildDashboardCard(ChildProfileWithDevices child, Reaction onTap, Reaction onAddDevice)
+ChildDashboardCard::ChildDashboardCard(ChildProfileWithDevices child, CardEntrance entrance, Reaction onTap,
+                                       Reaction onAddDevice)
     : ObservableObject("ChildDashboardCard"),
       child(*this, "child", std::move(child)),
+      entrance_(entrance),
       onTap_(std::move(onTap)),
       onAddDevice_(std::move(onAddDevice)) {}
 

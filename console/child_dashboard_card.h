@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -7,8 +8,16 @@
 
 #include "client/records/child.h"
 #include "foundation/observable.h"
+#include "foundation/raw_enum.h"
 
 namespace quillmar {
+
+// How a card comes into view: from below and a little after the one above it, or where it stands.
+enum class CardEntrance { staged, inPlace };
+
+template <>
+inline constexpr std::array rawNames<CardEntrance> =
+    rawCases<CardEntrance>({{CardEntrance::staged, "staged"}, {CardEntrance::inPlace, "inPlace"}});
 
 // A device on a card: its picture, its name and its dot. Colours are semantic ones by name.
 struct DashboardDeviceLine {
@@ -35,7 +44,8 @@ class ChildDashboardCard final : public ObservableObject {
  public:
   using Reaction = std::function<void(const ChildProfileWithDevices&)>;
 
-  ChildDashboardCard(ChildProfileWithDevices child, Reaction onTap, Reaction onAddDevice);
+  ChildDashboardCard(ChildProfileWithDevices child, CardEntrance entrance, Reaction onTap,
+                     Reaction onAddDevice);
 
   Published<ChildProfileWithDevices> child;
   // Place in the list, from 0; only its entry follows from it.
@@ -43,6 +53,8 @@ class ChildDashboardCard final : public ObservableObject {
   // In seconds.
   Derived<double> appearanceDelay{*this, "appearanceDelay",
                                   [this] { return static_cast<double>(position()) * 0.1; }};
+  // Played once, for a card lasts as long as its child is in the list.
+  Derived<CardEntrance> entrance{*this, "entrance", [this] { return entrance_; }};
 
   Derived<std::string> avatarLetter{*this, "avatarLetter", [this] { return computeAvatarLetter(); }};
   Derived<std::string> avatarColor{*this, "avatarColor", [this] { return computeAvatarColor(); }};
@@ -74,6 +86,7 @@ class ChildDashboardCard final : public ObservableObject {
   std::vector<DashboardDeviceLine> computeDeviceLines() const;
   std::string computeMoreText() const;
 
+  const CardEntrance entrance_;
   const Reaction onTap_;
   const Reaction onAddDevice_;
 };

@@ -13,6 +13,8 @@ namespace {
 
 constexpr auto refreshPeriod =
     std::chrono::duration_cast<Duration>(std::chrono::duration<double>(DeviceListView::refreshInterval));
+// A shorter reload would only flicker.
+constexpr auto unseenReload = std::chrono::milliseconds(300);
 
 }  // namespace
 
@@ -88,14 +90,27 @@ void DeviceListView::followScene(ScenePhase phase) {
 void DeviceListView::load() {
   isLoading = children().empty();
   cardsAppeared = false;
+  awaitReload();
   environment_.networkService()->getChildren(hoppingToMain(
       dispatch_, weakly([this](const Result<ChildrenResponse>& result) { handleLoad(result); })));
 }
 
+void DeviceListView::awaitReload() {
+  if (isLoading() || reloadTimer_ || showsReload()) {
+    return;
+  }
+  reloadTimer_ = dispatch_.scheduleRepeating(unseenReload, weakly([this] {
+                                               showsReload = true;
+                                               reloadTimer_.reset();
+                                             }));
+}
+
 void DeviceListView::handleLoad(const Result<ChildrenResponse>& result) {
   isLoading = false;
+  reloadTimer_.reset();
+  setIfChanged(showsReload, false);
   lastRefreshTime = dispatch_.now();
-  show(result.ok() ? result.value().children : std::vector<ChildProfileWithDevices>());
+  show(result.ok() ? result.value().children : std::vector<ChildProfileWithDevices>(), CardEntrance::staged);
   cardsAppeared = true;
   if (result.ok()) {
     startAutoRefresh();
@@ -124,29 +139,30 @@ void DeviceListView::handleBackgroundRefresh(const Result<ChildrenResponse>& res
   isBackgroundRefreshing = false;
   lastRefreshTime = dispatch_.now();
   if (result.ok()) {
-    show(result.value().children);
+    show(result.value().children, CardEntrance::inPlace);
   }
 }
 
-void DeviceListView::show(const std::vector<ChildProfileWithDevices>& fresh) {
+void DeviceListView::show(const std::vector<ChildProfileWithDevices>& fresh, CardEntrance entrance) {
   if (!(children() == fresh)) {
     children = fresh;
-    updateCards();
+    updateCards(entrance);
   }
 }
 
-void DeviceListView::updateCards() {
+void DeviceListView::updateCards(CardEntrance entrance) {
   showInRows(
       cards, children(), [](const ChildProfileWithDevices& child) { return child.id; },
-      [this](const ChildProfileWithDevices& child) { return makeCard(child); },
+      [this, entrance](const ChildProfileWithDevices& child) { return makeCard(child, entrance); },
       [position = std::int64_t{0}](ChildDashboardCard& card, const ChildProfileWithDevices& child) mutable {
         card.update(child, position++);
       });
 }
 
-std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileWithDevices& child) {
+std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileWithDevices& child,
+                                                             CardEntrance entrance) {
   return std::make_shared<ChildDashboardCard>(
-      child, weakly([this](const ChildProfileWithDevices& tapped) { select(tapped); }),
+      child, entrance, weakly([this](const ChildProfileWithDevices& tapped) { select(tapped); }),
       weakly([this](const ChildProfileWithDevices& tapped) { addDeviceFor(tapped); }));
 }
 

@@ -89,6 +89,11 @@ class DeviceListView final : public ScreenModel {
   Timely<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
   Text autoRefreshText{*this, "autoRefreshText", "Auto-refresh every 30s"};
 
+  // A load that takes the place of what is on screen has lasted long enough to be shown.
+  Published<bool> showsReload{*this, "showsReload", false};
+  // Of the cards as they are drawn: those that are there stay there while they are loaded again.
+  Derived<double> drawnCardOpacity{*this, "drawnCardOpacity", [this] { return showsReload() ? 0.7 : 1.0; }};
+
   // The entry of the cards: each begins `appearanceDelay` of its own later.
   Derived<double> cardOpacity{*this, "cardOpacity", [this] { return cardsAppeared() ? 1.0 : 0.0; }};
   Derived<double> cardOffset{*this, "cardOffset", [this] { return cardsAppeared() ? 0.0 : 20.0; }};
@@ -148,14 +153,15 @@ class DeviceListView final : public ScreenModel {
   void followScene(ScenePhase phase);
 
   void load();
+  void awaitReload();
   void handleLoad(const Result<ChildrenResponse>& result);
   void startAutoRefresh();
   void stopAutoRefresh();
   void backgroundRefresh();
   void handleBackgroundRefresh(const Result<ChildrenResponse>& result);
-  void show(const std::vector<ChildProfileWithDevices>& fresh);
-  void updateCards();
-  std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child);
+  void show(const std::vector<ChildProfileWithDevices>& fresh, CardEntrance entrance);
+  void updateCards(CardEntrance entrance);
+  std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child, CardEntrance entrance);
 
   void select(const ChildProfileWithDevices& child);
   void addDeviceFor(const ChildProfileWithDevices& child);
@@ -175,6 +181,7 @@ class DeviceListView final : public ScreenModel {
   const std::shared_ptr<AppearanceManager> appearanceManager_;
   std::optional<DateStyles> dateStyles_;
   std::unique_ptr<Timer> refreshTimer_;
+  std::unique_ptr<Timer> reloadTimer_;
   Subscription sceneReaction_;
   PassingTime passingTime_;
 };

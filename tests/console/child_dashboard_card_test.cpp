@@ -14,7 +14,7 @@ namespace {
 
 std::shared_ptr<ChildDashboardCard> cardOf(const ChildProfileWithDevices& child, std::int64_t position = 0) {
   const auto nothing = [](const ChildProfileWithDevices&) {};
-  auto card = std::make_shared<ChildDashboardCard>(child, nothing, nothing);
+  auto card = std::make_shared<ChildDashboardCard>(child, CardEntrance::staged, nothing, nothing);
   card->update(child, position);
   return card;
 }
@@ -113,7 +113,7 @@ TEST(ChildDashboardCard, comes_in_a_tenth_of_a_second_after_the_one_before) {
 TEST(ChildDashboardCard, its_two_controls_give_the_child_as_it_is_by_then) {
   std::vector<std::string> told;
   ChildDashboardCard card(
-      makeChild("c1", "Mia"),
+      makeChild("c1", "Mia"), CardEntrance::staged,
       [&](const ChildProfileWithDevices& child) { told.push_back("tap " + child.name); },
       [&](const ChildProfileWithDevices& child) { told.push_back("add " + child.name); });
   card.tap();

@@ -121,6 +121,70 @@ TEST_F(DashboardLoad, again_keeps_the_cards_and_lets_them_come_in_anew) {
   EXPECT_EQ(screen().cardOffset(), 0.0);
 }
 
+TEST_F(DashboardLoad, again_shows_nothing_of_itself_for_three_tenths_of_a_second) {
+  load();
+  app.machine.http.hold();
+  screen().loadChildren();
+  app.advance(299ms);
+  EXPECT_FALSE(screen().showsReload());
+  EXPECT_EQ(screen().drawnCardOpacity(), 1.0);
+  EXPECT_EQ(screen().cardOpacity(), 0.0) << "the told value";
+  app.advance(1ms);
+  EXPECT_TRUE(screen().showsReload());
+  EXPECT_LT(screen().drawnCardOpacity(), 1.0);
+  EXPECT_GE(screen().drawnCardOpacity(), 0.5) << "a little";
+  EXPECT_EQ(screen().statusIcon(), "arrow.clockwise") << "no silent refresh runs";
+  app.machine.http.releaseAll();
+  app.settle();
+  EXPECT_FALSE(screen().showsReload());
+  EXPECT_EQ(screen().drawnCardOpacity(), 1.0);
+}
+
+TEST_F(DashboardLoad, again_that_ends_early_is_never_shown) {
+  load();
+  int shown = 0;
+  const auto subscription =
+      screen().observe([&](const Member& member) { shown += member.name() == "showsReload"; });
+  for (int i = 0; i < 3; ++i) {
+    screen().loadChildren();
+    app.settle();
+  }
+  app.advance(10s);
+  EXPECT_EQ(shown, 0);
+}
+
+TEST_F(DashboardLoad, asked_for_again_and_again_is_shown_by_the_first) {
+  load();
+  app.machine.http.hold();
+  screen().loadChildren();
+  app.advance(200ms);
+  screen().loadChildren();
+  app.advance(100ms);
+  EXPECT_TRUE(screen().showsReload());
+  app.machine.http.complete(0, with("Mia"));
+  app.advance(1s);
+  EXPECT_FALSE(screen().showsReload()) << "what was asked for first is there";
+}
+
+TEST_F(DashboardLoad, with_nothing_on_screen_is_no_reload) {
+  app.machine.http.hold();
+  app.advance(5s);
+  EXPECT_TRUE(screen().isLoading());
+  EXPECT_FALSE(screen().showsReload());
+}
+
+TEST_F(DashboardLoad, again_that_fails_is_no_longer_shown) {
+  load();
+  app.machine.http.hold();
+  screen().loadChildren();
+  app.advance(1s);
+  ASSERT_TRUE(screen().showsReload());
+  app.machine.http.complete(0, transportFailure(TransportError::Kind::timedOut));
+  app.settle();
+  EXPECT_FALSE(screen().showsReload());
+  EXPECT_EQ(screen().content(), DashboardContent::empty);
+}
+
 TEST_F(DashboardLoad, that_fails_empties_the_screen_in_silence) {
   struct Row {
     std::string what;
@@ -676,6 +740,15 @@ TEST_F(DashboardCards, move_with_their_child) {
   answerWith({makeChild("c2", "Zoe")});
   app.advance(30s);
   EXPECT_EQ(cardNames(), Names{"Zoe"});
+}
+
+TEST_F(DashboardCards, come_in_staged_by_a_load_and_in_place_by_a_refresh) {
+  load();
+  EXPECT_EQ(screen().cards[0].entrance(), CardEntrance::staged);
+  answerWith({makeChild("c1", "Mia"), makeChild("c2", "Zoe")});
+  app.advance(30s);
+  EXPECT_EQ(screen().cards[0].entrance(), CardEntrance::staged) << "it is there since the load";
+  EXPECT_EQ(screen().cards[1].entrance(), CardEntrance::inPlace);
 }
 
 TEST_F(DashboardCards, of_two_children_with_one_id_are_two) {

@@ -5,6 +5,7 @@
 #include <QQuickWindow>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <string>
 
 #include "identity/auth_state.h"
@@ -187,6 +188,18 @@ TEST_F(ParentDashboard, a_child_that_comes_in_first_leaves_the_other_rows_as_the
   EXPECT_EQ(stage.focusedName(), "Theo");
 }
 
+TEST_F(ParentDashboard, add_device_stands_above_the_devices_of_a_card) {
+  const auto* const card = stage.control("Mia");
+  double button = 0;
+  forEachShown(*card, [&](const QQuickItem& item) {
+    if (item.activeFocusOnTab() && accessibleName(item) == "Add Device") {
+      button = item.mapToItem(card, {0, 0}).y();
+    }
+  });
+  EXPECT_GT(button, stage.find("2 online")->mapToItem(card, {0, 0}).y());
+  EXPECT_LT(button, stage.find("Mia's phone")->mapToItem(card, {0, 0}).y());
+}
+
 TEST_F(ParentDashboard, goes_on_saying_how_long_ago_it_was_refreshed) {
   http().hold();
   stage.advance(3s);
@@ -196,6 +209,129 @@ TEST_F(ParentDashboard, goes_on_saying_how_long_ago_it_was_refreshed) {
   stage.application.app().setScenePhase(ScenePhase::active);
   stage.settle();
   EXPECT_TRUE(stage.shows("Updated 8 hr. ago"));
+}
+
+// What a reload does to the cards that are there: nothing, and when it takes its time, a little.
+
+struct Reload : ParentDashboard {
+  Reload() {
+    http().hold();
+    stage.click("Refresh");
+  }
+  // Hidden or not, coming, there or going; null where there is none.
+  QQuickItem* card(const QString& child) { return search(*stage.window().contentItem(), child); }
+  static QQuickItem* search(QQuickItem& in, const QString& child) {
+    if (isButton(in) && in.property("text") == child) {
+      return &in;
+    }
+    for (auto* const item : in.childItems()) {
+      if (auto* const found = search(*item, child)) {
+        return found;
+      }
+    }
+    return nullptr;
+  }
+  // Of the card, with all that it stands in.
+  double opacity(const QString& child) {
+    double opacity = 1;
+    for (const auto* item = card(child); item; item = item->parentItem()) {
+      opacity *= item->opacity();
+    }
+    return opacity;
+  }
+  double place(const QString& child) {
+    const auto* const item = card(child);
+    return item ? item->mapToScene({0, 0}).y() : std::nan("");
+  }
+  double turn() {
+    double turn = 0;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+      if (item.property("name") == "arrow.clockwise") {
+        turn = std::max(turn, item.rotation());
+      }
+    });
+    return turn;
+  }
+  void answer(const std::string& body) {
+    answerFamily(stage, body);
+    http().releaseAll();
+  }
+};
+
+TEST_F(Reload, changes_nothing_at_once) {
+  EXPECT_EQ(opacity("Mia"), 1);
+  EXPECT_EQ(turn(), 0);
+}
+
+TEST_F(Reload, that_lasts_dims_the_cards_a_little_and_turns_the_symbol) {
+  stage.application.advance(300ms);
+  stage.step(0ms);
+  stage.step(100ms);
+  EXPECT_LT(opacity("Mia"), 1);
+  EXPECT_GT(turn(), 0);
+  stage.settle();
+  EXPECT_EQ(opacity("Mia"), 0.7);
+  EXPECT_EQ(opacity("Ida"), 0.7);
+  http().releaseAll();
+  stage.settle();
+  EXPECT_EQ(opacity("Mia"), 1);
+  EXPECT_EQ(turn(), 0);
+}
+
+TEST_F(Reload, brings_in_only_the_cards_that_were_not_there) {
+  const QPointer<QQuickItem> mia = card("Mia");
+  std::string more = familyJson();
+  more.insert(more.find("[") + 1, childJson("c0", "Noor", "") + ",");
+  answer(more);
+  stage.step(0ms);
+  EXPECT_EQ(opacity("Noor"), 0);
+  stage.step(150ms);
+  EXPECT_EQ(card("Mia"), mia);
+  EXPECT_EQ(opacity("Mia"), 1);
+  EXPECT_GT(opacity("Noor"), 0);
+  EXPECT_LT(opacity("Noor"), 1);
+  stage.step(150ms);
+  EXPECT_EQ(opacity("Noor"), 1);
+}
+
+struct SilentRefresh : Reload {
+  SilentRefresh() {
+    http().releaseAll();
+    stage.settle();
+  }
+};
+
+TEST_F(SilentRefresh, puts_other_cards_in_place_within_two_tenths_of_a_second) {
+  const double from = place("Mia");
+  const double gone = place("Ida");
+  // Noor comes in above Mia, Ida goes.
+  answerFamily(stage, R"({"children":[)" + childJson("c0", "Noor", "") + "," + miaJson() + "," +
+                          childJson("c2", "Theo", deviceJson("d6", "Theo's tablet", "ipad", false)) + "]}");
+  stage.application.advance(30s);
+  stage.step(0ms);
+  EXPECT_EQ(opacity("Noor"), 0);
+  EXPECT_EQ(opacity("Ida"), 1);
+  EXPECT_EQ(place("Mia"), from);
+  stage.step(100ms);
+  EXPECT_NEAR(opacity("Noor"), 0.5, 0.01);
+  EXPECT_NEAR(opacity("Ida"), 0.5, 0.01);
+  EXPECT_EQ(place("Ida"), gone) << "what goes stays where it was";
+  const double half = place("Mia");
+  EXPECT_GT(half, from);
+  stage.step(100ms);
+  EXPECT_EQ(opacity("Noor"), 1);
+  EXPECT_NEAR(place("Mia") - from, 2 * (half - from), 0.1);
+  stage.settle();
+  EXPECT_FALSE(stage.shows("Ida"));
+  EXPECT_EQ(place("Noor"), from);
+}
+
+TEST_F(SilentRefresh, leaves_the_cards_in_place_while_the_window_changes_its_size) {
+  stage.window().resize(820, 844);
+  stage.step(0ms);
+  const double place = this->place("Ida");
+  stage.settle();
+  EXPECT_EQ(this->place("Ida"), place);
 }
 
 TEST_F(ParentDashboard, a_refresh_that_fails_takes_nothing_away_and_a_load_that_fails_all) {

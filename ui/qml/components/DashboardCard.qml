@@ -97,6 +97,15 @@ Pressable {
             }
         }
 
+        SecondaryButton {
+            symbol: card.child.addDeviceIcon
+            text: card.child.addDeviceTitle
+            effect: card.child.addDevice
+            // Each card has one, and who hears the page does not see on which it stands.
+            Accessible.description: card.text
+            Layout.fillWidth: true
+        }
+
         Rectangle {
             visible: lines.count > 0
             implicitHeight: deviceList.implicitHeight + 2 * Theme.between
@@ -155,15 +164,6 @@ Pressable {
                     leftPadding: 28
                 }
             }
-        }
-
-        SecondaryButton {
-            symbol: card.child.addDeviceIcon
-            text: card.child.addDeviceTitle
-            effect: card.child.addDevice
-            // Each card has one, and who hears the page does not see on which it stands.
-            Accessible.description: card.text
-            Layout.fillWidth: true
         }
     }
 }

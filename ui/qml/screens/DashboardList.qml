@@ -48,10 +48,20 @@ ColumnLayout {
                 implicitHeight: 14
 
                 Symbol {
+                    id: status
                     anchors.fill: parent
                     visible: list.screen.statusIcon !== null
                     name: list.screen.statusIcon ?? ""
                     color: Theme.secondaryText
+
+                    RotationAnimation on rotation {
+                        running: list.screen.showsReload && !Theme.reducedMotion
+                        from: 0
+                        to: 360
+                        duration: 1000
+                        loops: Animation.Infinite
+                        onStopped: status.rotation = 0
+                    }
                 }
                 Spinner {
                     anchors.fill: parent
@@ -89,34 +99,9 @@ ColumnLayout {
         Layout.fillWidth: true
     }
 
-    Repeater {
-        model: list.screen.cards
-
-        DashboardCard {
-            id: card
-
-            required property var modelData
-            readonly property int wait: Theme.reducedMotion ? 0 : modelData.appearanceDelay * 1000
-
-            child: modelData
-            opacity: list.screen.cardOpacity
-            Layout.fillWidth: true
-            transform: Translate {
-                y: Theme.reducedMotion ? 0 : list.screen.cardOffset
-                Behavior on y {
-                    SequentialAnimation {
-                        PauseAnimation { duration: card.wait }
-                        NumberAnimation { duration: 300; easing.type: Easing.OutQuad }
-                    }
-                }
-            }
-            Behavior on opacity {
-                SequentialAnimation {
-                    PauseAnimation { duration: card.wait }
-                    NumberAnimation { duration: 300; easing.type: Easing.OutQuad }
-                }
-            }
-        }
+    DashboardCards {
+        screen: list.screen
+        Layout.fillWidth: true
     }
 
     SecondaryButton {
