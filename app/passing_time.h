@@ -15,7 +15,7 @@ class PassingTime {
  public:
   PassingTime(Environment& environment, std::function<void()> reaction);
 
-  // The screen comes up, and goes; telling twice what is so already does nothing.
+  // The screen comes up, and goes. Idempotent.
   void start();
   void stop();
 
