@@ -7,8 +7,10 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  # Paths below the source folder count as relative, so that a second checkout finds what the first one compiled.
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
+  # Paths below the source folder count as relative, so that a second checkout finds what the first one compiled. As a
+  # rule's launcher it stays out of compile_commands.json, whose readers would take it for the compiler.
+  set_property(GLOBAL PROPERTY RULE_LAUNCH_COMPILE
+               "${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE}")
 endif()
 find_program(MOLD mold)
 if(MOLD)

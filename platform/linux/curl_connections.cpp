@@ -42,7 +42,8 @@ curl_socket_t CurlConnections::open(const curl_sockaddr& address, Clock::time_po
   if (!opened) {
     return CURL_SOCKET_BAD;
   }
-  return connections_.emplace_back(std::move(opened), now).socket.get();
+  connections_.push_back({std::move(opened), now});
+  return connections_.back().socket.get();
 }
 
 void CurlConnections::close(curl_socket_t socket) {

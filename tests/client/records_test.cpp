@@ -225,7 +225,7 @@ TEST_P(ReceivedRecordTest, decodes_into_the_fields_of_the_same_names) {
 TEST_P(ReceivedRecordTest, the_order_of_keys_does_not_count) {
   std::vector<Key> reversed(keys().rbegin(), keys().rend());
   EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
-  std::ranges::rotate(reversed, reversed.begin() + 1);
+  std::rotate(reversed.begin(), reversed.begin() + 1, reversed.end());
   EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
 }
 

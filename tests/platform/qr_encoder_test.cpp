@@ -27,7 +27,7 @@ TEST(QrencodeEncoder, the_modules_are_a_square_with_its_three_finder_patterns) {
   ASSERT_TRUE(modules);
   EXPECT_EQ(modules->side, 21U);
   ASSERT_EQ(modules->dark.size(), 21U * 21U);
-  for (const auto& [row, column] : {std::pair(0, 0), std::pair(0, 14), std::pair(14, 0)}) {
+  for (const auto& [row, column] : {std::pair(0U, 0U), std::pair(0U, 14U), std::pair(14U, 0U)}) {
     EXPECT_TRUE(modules->isDark(row, column));
     EXPECT_FALSE(modules->isDark(row + 1, column + 1));
     EXPECT_TRUE(modules->isDark(row + 3, column + 3));
