@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <QPointingDevice>
 #include <QQuickWindow>
 #include <QTest>
+#include <memory>
 
 #include "ui/items/press_area_item.h"
 
@@ -37,6 +39,16 @@ TEST_F(PressAreaTest, is_clicked_when_it_is_let_go_where_it_was_pressed) {
   QTest::mouseRelease(&window, Qt::LeftButton, {}, inside);
   EXPECT_FALSE(area.isDown());
   EXPECT_EQ(clicks, 1);
+}
+
+// A finger that is quicker than a double tap.
+TEST_F(PressAreaTest, is_clicked_by_each_of_two_quick_touches) {
+  const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
+  for (int i = 0; i < 2; ++i) {
+    QTest::touchEvent(&window, screen.get()).press(0, inside);
+    QTest::touchEvent(&window, screen.get()).release(0, inside);
+  }
+  EXPECT_EQ(clicks, 2);
 }
 
 TEST_F(PressAreaTest, is_not_clicked_when_the_pointer_has_left_it) {

@@ -131,6 +131,9 @@ void PressAreaItem::mouseMoveEvent(QMouseEvent* event) {
 
 void PressAreaItem::mouseReleaseEvent(QMouseEvent* /*event*/) { click(); }
 
+// Taken, or the second of two quick touches would be called off.
+void PressAreaItem::mouseDoubleClickEvent(QMouseEvent* event) { event->accept(); }
+
 void PressAreaItem::mouseUngrabEvent() { letGo(); }
 
 void PressAreaItem::hoverEnterEvent(QHoverEvent* /*event*/) {

@@ -101,6 +101,8 @@ FocusScope {
     MouseArea {
         id: area
 
+        QuickTouches { target: area }
+
         property point start
         property point last
 
