@@ -50,6 +50,52 @@ TEST_F(KeyedListModelTest, reaches_any_order_from_any_other) {
   }
 }
 
+TEST_F(KeyedListModelTest, held_it_gives_newcomers_the_places_of_those_that_went_and_then_the_end) {
+  struct Case {
+    QStringList before, after, held;
+  };
+  for (const auto& [before, after, held] :
+       {Case{{"a", "b", "c"}, {"x", "a", "b", "c"}, {"a", "b", "c", "x"}},
+        Case{{"a", "b", "c"}, {"c", "b", "a"}, {"a", "b", "c"}},
+        Case{{"a", "b", "c"}, {"x", "c", "a"}, {"a", "x", "c"}},
+        Case{{"a", "b", "c"}, {"x", "y", "z", "b"}, {"x", "b", "y", "z"}},
+        Case{{"a", "b", "c"}, {"c"}, {"c"}}, Case{{"a", "b"}, {}, {}}, Case{{}, {"b", "a"}, {"b", "a"}}}) {
+    model.assign(rows(before));
+    model.setHeld(true);
+    model.assign(rows(after));
+    EXPECT_EQ(shown(), held);
+    model.setHeld(false);
+    EXPECT_EQ(shown(), after) << "let go";
+  }
+}
+
+TEST_F(KeyedListModelTest, held_it_shows_what_is_new_in_a_row_and_lets_it_go_with_that) {
+  model.assign({{"a", 1}, {"b", 2}});
+  model.setHeld(true);
+  model.assign({{"b", 3}, {"a", 4}});
+  EXPECT_EQ(shown(), (QStringList{"4", "3"}));
+  model.setHeld(false);
+  EXPECT_EQ(shown(), (QStringList{"3", "4"}));
+}
+
+TEST_F(KeyedListModelTest, held_it_tells_rows_of_one_key_apart) {
+  model.assign(rows({"a", "a", "b"}));
+  model.setHeld(true);
+  model.assign(rows({"b", "a", "a", "a"}));
+  EXPECT_EQ(shown(), (QStringList{"a", "a", "b", "a"}));
+  model.setHeld(false);
+  EXPECT_EQ(shown(), (QStringList{"b", "a", "a", "a"}));
+}
+
+TEST_F(KeyedListModelTest, tells_of_an_assignment_when_all_of_it_is_done) {
+  QStringList seen;
+  QObject::connect(&model, &KeyedListModel::assigned, [&] { seen = shown(); });
+  model.assign(rows({"a", "b", "c"}));
+  EXPECT_EQ(seen, (QStringList{"a", "b", "c"}));
+  model.assign(rows({"c", "x"}));
+  EXPECT_EQ(seen, (QStringList{"c", "x"}));
+}
+
 TEST_F(KeyedListModelTest, a_row_that_stays_is_moved_and_not_made_anew) {
   model.assign(rows({"a", "b", "c"}));
   const QPersistentModelIndex c(model.index(2));

@@ -3,6 +3,9 @@
 #include <QHash>
 #include <QSet>
 #include <algorithm>
+#include <deque>
+#include <iterator>
+#include <optional>
 #include <utility>
 
 namespace quillmar::ui {
@@ -20,8 +23,63 @@ void makeKeysUnique(std::vector<KeyedListModel::Row>& rows) {
 }  // namespace
 
 void KeyedListModel::assign(std::vector<Row> rows) {
-  const int before = count();
   makeKeysUnique(rows);
+  order_.clear();
+  for (const auto& row : rows) {
+    order_.append(row.key);
+  }
+  arrange(isHeld_ ? inHeldOrder(std::move(rows)) : std::move(rows));
+  Q_EMIT assigned();
+}
+
+void KeyedListModel::setHeld(bool held) {
+  if (std::exchange(isHeld_, held) == held) {
+    return;
+  }
+  if (!held) {
+    QHash<QString, Row> byKey;
+    for (const auto& row : rows_) {
+      byKey.insert(row.key, row);
+    }
+    std::vector<Row> rows;
+    for (const auto& key : order_) {
+      rows.push_back(byKey.value(key));
+    }
+    arrange(std::move(rows));
+  }
+  Q_EMIT heldChanged();
+}
+
+// Rows that are there keep their places.
+std::vector<KeyedListModel::Row> KeyedListModel::inHeldOrder(std::vector<Row> rows) const {
+  QHash<QString, std::size_t> places;
+  for (const auto& row : rows_) {
+    places.insert(row.key, places.size());
+  }
+  std::vector<std::optional<Row>> held(rows_.size());
+  std::deque<Row> newcomers;
+  for (auto& row : rows) {
+    if (const auto known = places.constFind(row.key); known != places.cend()) {
+      held[*known] = std::move(row);
+    } else {
+      newcomers.push_back(std::move(row));
+    }
+  }
+  std::vector<Row> ordered;
+  for (auto& place : held) {
+    if (place) {
+      ordered.push_back(std::move(*place));
+    } else if (!newcomers.empty()) {
+      ordered.push_back(std::move(newcomers.front()));
+      newcomers.pop_front();
+    }
+  }
+  std::ranges::move(newcomers, std::back_inserter(ordered));
+  return ordered;
+}
+
+void KeyedListModel::arrange(std::vector<Row> rows) {
+  const int before = count();
   removeAllBut(rows);
   for (std::size_t i = 0; i < rows.size(); ++i) {
     place(static_cast<int>(i), std::move(rows[i]));

@@ -204,6 +204,11 @@ void UiStage::letGo(Pointer pointer, QPoint at) {
 
 void UiStage::tap(QPoint point) { drag(Pointer::finger, point, {0, 0}); }
 
+void UiStage::pointAt(QPoint point) {
+  QTest::mouseMove(&window(), point);
+  settle();
+}
+
 QString accessibleName(const QQuickItem& item) {
   auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
   return accessible ? accessible->text(QAccessible::Name) : QString();

@@ -93,6 +93,8 @@ class UiStage {
   void drag(Pointer pointer, QPoint from, QPoint way, Ending ending = Ending::letGo);
   void letGo(Pointer pointer, QPoint at);
   void tap(QPoint point);
+  // Brings the mouse there, with no button down.
+  void pointAt(QPoint point);
 
  private:
   void followLook();

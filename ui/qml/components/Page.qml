@@ -18,6 +18,15 @@ FocusScope {
     readonly property real margin: Theme.margin(width)
     readonly property bool regular: width >= Theme.regularWidth
     readonly property real contentWidth: column.width
+    // What stays where it is in the window, whatever comes and goes above it: the box that is typed in, else the list
+    // that somebody is at.
+    property Item list: null
+    // A list hands the focus on, in the place where it was: nobody went anywhere.
+    property bool handingOver: false
+    readonly property Item anchor: focused instanceof TextBox && isWithin(focused) ? focused : list
+    property real anchorPlace: NaN
+    // What scrolling cannot do for it: how far the content is pushed down, or pulled up beyond its end.
+    property real shift: 0
 
     Rectangle {
         anchors.fill: parent
@@ -60,7 +69,8 @@ FocusScope {
         ColumnLayout {
             id: column
             x: (flickable.width - width) / 2
-            y: page.centered ? Math.max(page.topSpace, (flickable.contentHeight - height) / 2) : page.topSpace
+            y: page.shift
+               + (page.centered ? Math.max(page.topSpace, (flickable.contentHeight - height) / 2) : page.topSpace)
             width: Math.min(flickable.width - 2 * page.margin, page.maximumWidth)
             spacing: Theme.between
         }
@@ -74,7 +84,7 @@ FocusScope {
     // What the keyboard reaches is brought into view.
     readonly property Item focused: Window.activeFocusItem
     onFocusedChanged: {
-        if (!focused || !isWithin(focused)) {
+        if (!focused || !isWithin(focused) || handingOver) {
             return
         }
         const top = focused.mapToItem(column, 0, 0).y + column.y
@@ -94,6 +104,64 @@ FocusScope {
         }
         return false
     }
+
+    function hold(item, held) {
+        if (held) {
+            list = item
+        } else if (list === item) {
+            list = null
+        }
+    }
+    // In the content, with everything at rest: a control that gives way to a press stands still.
+    function placeOf(item) {
+        let y = -shift
+        for (let above = item; above && above !== column.parent; above = above.parent) {
+            y += above.y
+        }
+        return y
+    }
+    function keepStill() {
+        const place = placeOf(anchor)
+        const way = isNaN(anchorPlace) ? 0 : place - anchorPlace
+        anchorPlace = place
+        if (way !== 0) {
+            const wanted = flickable.contentY - shift + way
+            flickable.contentY = Math.max(0, Math.min(flickable.contentHeight - flickable.height, wanted))
+            shift = flickable.contentY - wanted
+        }
+    }
+    onAnchorChanged: {
+        anchorPlace = anchor ? placeOf(anchor) : NaN
+        if (anchor) {
+            homing.stop()
+        } else if (shift !== 0) {
+            homing.restart()
+        }
+    }
+    // In a window of another size all stands elsewhere.
+    function forgetPlace() {
+        anchorPlace = NaN
+        shift = 0
+    }
+    onWidthChanged: forgetPlace()
+    onHeightChanged: forgetPlace()
+    Connections {
+        target: page.anchor ? page.Window.window : null
+        function onAfterAnimating() { page.keepStill() }
+    }
+    SequentialAnimation {
+        id: homing
+        // The press that took the focus away meets what was under it.
+        PauseAnimation { duration: 300 }
+        NumberAnimation {
+            target: page
+            property: "shift"
+            to: 0
+            duration: Theme.travel
+            easing.type: Easing.InOutQuad
+        }
+    }
+
     function scrollBy(distance) {
         flickable.contentY = Math.max(0, Math.min(flickable.contentHeight - flickable.height,
                                                   flickable.contentY + distance))

@@ -14,66 +14,64 @@ ColumnLayout {
     Layout.fillWidth: true
 
     RowGround {
-        visible: sites.count > 0
+        id: sites
+        model: list.rows
+        placeholder: noSites
 
-        Repeater {
-            id: sites
-            model: list.rows
+        Item {
+            id: site
 
-            Item {
-                id: site
+            required property var modelData
+            required property int index
+            readonly property string domain: Look.plain(modelData.domain)
 
-                required property var modelData
-                required property int index
-                readonly property string domain: Look.plain(modelData.domain)
+            width: parent ? parent.width : 0
+            implicitHeight: Theme.target + 4
+            Accessible.role: Accessible.ListItem
+            Accessible.name: domain
 
-                width: parent ? parent.width : 0
-                implicitHeight: Theme.target + 4
-                Accessible.role: Accessible.ListItem
-                Accessible.name: domain
+            Rectangle {
+                anchors.left: parent.left
+                anchors.right: parent.right
+                anchors.leftMargin: Theme.gap + 22 + Theme.between
+                height: 1
+                visible: site.index > 0
+                color: Theme.separator
+            }
+            RowLayout {
+                anchors.fill: parent
+                anchors.leftMargin: Theme.gap
+                anchors.rightMargin: 4
+                spacing: Theme.between
 
-                Rectangle {
-                    anchors.left: parent.left
-                    anchors.right: parent.right
-                    anchors.leftMargin: Theme.gap + 22 + Theme.between
-                    height: 1
-                    visible: site.index > 0
-                    color: Theme.separator
+                Symbol {
+                    name: list.symbol
+                    color: list.tint
+                    Layout.preferredWidth: 22
+                    Layout.preferredHeight: 22
                 }
-                RowLayout {
-                    anchors.fill: parent
-                    anchors.leftMargin: Theme.gap
-                    anchors.rightMargin: 4
-                    spacing: Theme.between
-
-                    Symbol {
-                        name: list.symbol
-                        color: list.tint
-                        Layout.preferredWidth: 22
-                        Layout.preferredHeight: 22
-                    }
-                    Label {
-                        text: site.domain
-                        font: Theme.callout
-                        lineHeight: 1
-                        wrapMode: Text.NoWrap
-                        elide: Text.ElideMiddle
-                        maximumLineCount: 1
-                        Layout.fillWidth: true
-                        Accessible.ignored: true
-                    }
-                    IconButton {
-                        text: site.modelData.removeTitle + " " + site.domain
-                        symbol: site.modelData.removeIcon
-                        symbolSize: 22
-                        ink: Theme.dangerText
-                        effect: site.modelData.remove
-                    }
+                Label {
+                    text: site.domain
+                    font: Theme.callout
+                    lineHeight: 1
+                    wrapMode: Text.NoWrap
+                    elide: Text.ElideMiddle
+                    maximumLineCount: 1
+                    Layout.fillWidth: true
+                    Accessible.ignored: true
+                }
+                IconButton {
+                    text: site.modelData.removeTitle + " " + site.domain
+                    symbol: site.modelData.removeIcon
+                    symbolSize: 22
+                    ink: Theme.dangerText
+                    effect: site.modelData.remove
                 }
             }
         }
     }
     QuietNote {
+        id: noSites
         visible: sites.count === 0
         text: list.emptyText
     }

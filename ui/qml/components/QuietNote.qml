@@ -8,6 +8,9 @@ Card {
 
     property string heading
     property string text
+    readonly property bool visualFocus: activeFocus
+    // Where the focus has come here with a list that went, the Tab key leads on from here.
+    activeFocusOnTab: activeFocus
 
     padding: 20
     spacing: 4
@@ -27,5 +30,10 @@ Card {
         color: Theme.cardSecondaryText
         horizontalAlignment: Text.AlignHCenter
         Layout.fillWidth: true
+    }
+
+    FocusRing {
+        parent: note
+        around: note
     }
 }

@@ -3,7 +3,7 @@ import Quillmar
 
 // A row of a list that follows a drag as its model lets it, by mouse, finger or trackpad, and shows what it would do
 // behind itself. The same stands in its context menu (right button, menu key or Shift-F10) and on its `key`.
-FocusScope {
+Item {
     id: swipe
 
     // With `offset`, `minimumDistance`, `dragChanged` and `dragEnded`.

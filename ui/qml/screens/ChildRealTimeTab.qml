@@ -12,21 +12,20 @@ ColumnLayout {
 
     SectionTitle { text: tab.screen.devicesTitle }
     RowGround {
-        visible: devices.count > 0
+        id: devices
+        model: tab.screen.deviceRows
+        placeholder: noDevices
 
-        Repeater {
-            id: devices
-            model: tab.screen.deviceRows
-            DeviceSwipeRow {
-                required property var modelData
-                required property int index
+        DeviceSwipeRow {
+            required property var modelData
+            required property int index
 
-                row: modelData
-                first: index === 0
-            }
+            row: modelData
+            first: index === 0
         }
     }
     QuietNote {
+        id: noDevices
         visible: devices.count === 0
         text: tab.screen.noDevicesText
     }
@@ -77,27 +76,26 @@ ColumnLayout {
         Layout.fillWidth: true
     }
     RowGround {
-        visible: recent.count > 0
+        id: recent
+        model: tab.screen.recentActivityRows
+        placeholder: noRecent
 
-        Repeater {
-            id: recent
-            model: tab.screen.recentActivityRows
-            SiteRow {
-                required property var modelData
-                required property int index
+        SiteRow {
+            required property var modelData
+            required property int index
 
-                row: modelData
-                first: index === 0
-                title: modelData.site
-                time: modelData.timeText
-                badge: modelData.badge ?? ""
-                badgeTint: Theme.tint(modelData.badgeColor)
-                badgeInk: Theme.ink(modelData.badgeColor)
-                effect: modelData.allow
-            }
+            row: modelData
+            first: index === 0
+            title: modelData.site
+            time: modelData.timeText
+            badge: modelData.badge ?? ""
+            badgeTint: Theme.tint(modelData.badgeColor)
+            badgeInk: Theme.ink(modelData.badgeColor)
+            effect: modelData.allow
         }
     }
     QuietNote {
+        id: noRecent
         visible: recent.count === 0
         text: tab.screen.noRecentText
     }

@@ -22,25 +22,24 @@ ColumnLayout {
         Layout.topMargin: 0
     }
     RowGround {
-        visible: sites.count > 0
+        id: sites
+        model: tab.screen.allowedSiteRows
+        placeholder: noSites
 
-        Repeater {
-            id: sites
-            model: tab.screen.allowedSiteRows
-            SiteRow {
-                required property var modelData
-                required property int index
+        SiteRow {
+            required property var modelData
+            required property int index
 
-                row: modelData
-                first: index === 0
-                title: modelData.site
-                time: modelData.timeText
-                effect: modelData.block
-                destructive: true
-            }
+            row: modelData
+            first: index === 0
+            title: modelData.site
+            time: modelData.timeText
+            effect: modelData.block
+            destructive: true
         }
     }
     QuietNote {
+        id: noSites
         visible: sites.count === 0
         heading: tab.screen.noAllowedLogsHeading
         text: tab.screen.noAllowedLogsText
@@ -52,26 +51,25 @@ ColumnLayout {
         caption: permanent.count > 0 ? tab.screen.permanentCaption : ""
     }
     RowGround {
-        visible: permanent.count > 0
+        id: permanent
+        model: tab.screen.permanentAllowedSiteRows
+        placeholder: noPermanent
 
-        Repeater {
-            id: permanent
-            model: tab.screen.permanentAllowedSiteRows
-            SiteRow {
-                required property var modelData
-                required property int index
+        SiteRow {
+            required property var modelData
+            required property int index
 
-                row: modelData
-                first: index === 0
-                title: modelData.domain
-                effect: modelData.remove
-                destructive: true
-                stripAtEnd: true
-                key: Qt.Key_Delete
-            }
+            row: modelData
+            first: index === 0
+            title: modelData.domain
+            effect: modelData.remove
+            destructive: true
+            stripAtEnd: true
+            key: Qt.Key_Delete
         }
     }
     QuietNote {
+        id: noPermanent
         visible: permanent.count === 0
         heading: tab.screen.noPermanentHeading
         text: tab.screen.noPermanentText

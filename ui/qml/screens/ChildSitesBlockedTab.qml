@@ -22,28 +22,27 @@ ColumnLayout {
         Layout.topMargin: 0
     }
     RowGround {
-        visible: sites.count > 0
+        id: sites
+        model: tab.screen.blockedSiteRows
+        placeholder: noSites
 
-        Repeater {
-            id: sites
-            model: tab.screen.blockedSiteRows
-            SiteRow {
-                required property var modelData
-                required property int index
+        SiteRow {
+            required property var modelData
+            required property int index
 
-                row: modelData
-                first: index === 0
-                title: modelData.site
-                time: modelData.timeText
-                badge: modelData.badge ?? ""
-                badgeSymbol: modelData.badgeIcon
-                badgeTint: Theme.tint(modelData.badgeColor)
-                badgeInk: Theme.ink(modelData.badgeColor)
-                effect: modelData.allow
-            }
+            row: modelData
+            first: index === 0
+            title: modelData.site
+            time: modelData.timeText
+            badge: modelData.badge ?? ""
+            badgeSymbol: modelData.badgeIcon
+            badgeTint: Theme.tint(modelData.badgeColor)
+            badgeInk: Theme.ink(modelData.badgeColor)
+            effect: modelData.allow
         }
     }
     QuietNote {
+        id: noSites
         visible: sites.count === 0
         heading: tab.screen.noBlockedLogsHeading
         text: tab.screen.noBlockedLogsText
