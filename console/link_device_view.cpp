@@ -9,7 +9,7 @@
 namespace quillmar {
 
 UnassignedDeviceRow::UnassignedDeviceRow(Device device, Reaction onLink, Reaction onRemove)
-    : ObservableObject("UnassignedDeviceRow"),
+    : OpeningRow("UnassignedDeviceRow"),
       device(*this, "device", std::move(device)),
       deviceIconName(*this, "deviceIconName",
                      [this] { return std::string(quillmar::deviceIconName(this->device())); }),
@@ -18,6 +18,11 @@ UnassignedDeviceRow::UnassignedDeviceRow(Device device, Reaction onLink, Reactio
       deviceTypeLabel(*this, "deviceTypeLabel", [this] { return quillmar::deviceTypeLabel(this->device()); }),
       onLink_(std::move(onLink)),
       onRemove_(std::move(onRemove)) {}
+
+void UnassignedDeviceRow::closeAndRemove() {
+  close();
+  onRemove_(device());
+}
 
 template <class Screen>
 std::shared_ptr<Screen> LinkDeviceView::makeEnrollment() {

@@ -10,6 +10,7 @@
 #include "app/environment.h"
 #include "client/network_service.h"
 #include "console/manual_enrollment_view.h"
+#include "console/opening_row.h"
 #include "console/scanner_view.h"
 #include "presentation/screen_model.h"
 
@@ -23,8 +24,8 @@ inline constexpr std::array rawNames<LinkDeviceContent> =
                                  {LinkDeviceContent::list, "list"},
                                  {LinkDeviceContent::empty, "empty"}});
 
-// A device that belongs to no child yet.
-class UnassignedDeviceRow final : public ObservableObject {
+// A device that belongs to no child yet. A tap links it; open, it shows a button that deletes it.
+class UnassignedDeviceRow final : public OpeningRow {
  public:
   using Reaction = std::function<void(const Device&)>;
 
@@ -35,12 +36,18 @@ class UnassignedDeviceRow final : public ObservableObject {
   Derived<std::string> deviceDisplayName;
   Derived<std::string> deviceTypeLabel;
 
-  // A tap on the row.
+  Text removeTitle{*this, "removeTitle", "Delete"};
+  Text removeIcon{*this, "removeIcon", "trash"};
+
+  // Closes an open row, and links the device of a closed one.
+  Action<> tap{*this, "tap", [this] { isSwiped() ? close() : onLink_(device()); }};
   Action<> link{*this, "link", [this] { onLink_(device()); }};
   // Asks for the device's deletion.
-  Action<> remove{*this, "remove", [this] { onRemove_(device()); }};
+  Action<> remove{*this, "remove", [this] { closeAndRemove(); }};
 
  private:
+  void closeAndRemove();
+
   const Reaction onLink_;
   const Reaction onRemove_;
 };

@@ -9,7 +9,7 @@
 namespace quillmar {
 
 SwipeableDeviceRow::SwipeableDeviceRow(Device device, Reaction onUnlink)
-    : ObservableObject("SwipeableDeviceRow"),
+    : OpeningRow("SwipeableDeviceRow"),
       device(*this, "device", std::move(device)),
       deviceIconName(*this, "deviceIconName",
                      [this] { return std::string(quillmar::deviceIconName(this->device())); }),
@@ -26,30 +26,6 @@ SwipeableDeviceRow::SwipeableDeviceRow(Device device, Reaction onUnlink)
 void SwipeableDeviceRow::show(const Device& newDevice, const std::string& newLastSeenText) {
   setIfChanged(device, newDevice);
   setIfChanged(lastSeenText, newLastSeenText);
-}
-
-void SwipeableDeviceRow::drag(double dx) {
-  if (dx < 0) {
-    offset = dx;
-  }
-}
-
-void SwipeableDeviceRow::endDrag(double dx) {
-  if (dx < threshold) {
-    open();
-  } else {
-    close();
-  }
-}
-
-void SwipeableDeviceRow::open() {
-  offset = threshold;
-  isSwiped = true;
-}
-
-void SwipeableDeviceRow::close() {
-  offset = 0.0;
-  isSwiped = false;
 }
 
 void SwipeableDeviceRow::closeAndUnlink() {

@@ -245,6 +245,18 @@ std::vector<Shot> childScenes() {
       {"child-unlink", signedInParent(), [](UiStage& s) { openChild(s).deviceRows[0].unlink(); }},
       {"child-edit-name", signedInParent(), [](UiStage& s) { openChild(s).editName(); }},
       {"link-device", signedInParent(), [](UiStage& s) { openChild(s).linkDevice(); }},
+      {"link-device-swiped", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).linkDevice();
+         s.settle();
+         s.application.screen<LinkDeviceView>().deviceRows[0].dragEnded(-90, 0);
+       }},
+      {"link-device-delete", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).linkDevice();
+         s.settle();
+         s.application.screen<LinkDeviceView>().deviceRows[0].remove();
+       }},
   };
 }
 

@@ -102,6 +102,47 @@ TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
   EXPECT_EQ(names().size(), 2U);
 }
 
+TEST_F(LinkDevice, a_swipe_opens_a_row_whose_button_asks_for_the_deletion) {
+  open();
+  http().forgetRequests();
+  auto& row = sheet->deviceRows[1];
+  row.dragChanged(-200, 0);
+  EXPECT_EQ(row.offset(), -200);
+  row.dragEnded(-81, 0);
+  EXPECT_EQ(row.offset(), -80);
+  EXPECT_TRUE(row.isSwiped());
+  EXPECT_FALSE(sheet->showDeleteConfirmation()) << "the swipe alone does nothing";
+  row.remove();
+  EXPECT_FALSE(row.isSwiped());
+  EXPECT_EQ(row.offset(), 0);
+  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_EQ(sheet->deviceToDelete()->id, "d2");
+  EXPECT_EQ(http().calls(), Names());
+}
+
+TEST_F(LinkDevice, a_tap_closes_an_open_row_and_links_the_device_of_a_closed_one) {
+  open();
+  http().forgetRequests();
+  auto& row = sheet->deviceRows[0];
+  row.dragEnded(-81, 0);
+  row.tap();
+  app.settle();
+  EXPECT_FALSE(row.isSwiped());
+  EXPECT_EQ(http().calls(), Names());
+  row.tap();
+  app.settle();
+  EXPECT_EQ(http().calls(), Names{"POST /children/c1/devices"});
+}
+
+TEST_F(LinkDevice, a_row_that_was_not_dragged_far_enough_closes) {
+  open();
+  auto& row = sheet->deviceRows[0];
+  row.dragChanged(-80, 0);
+  row.dragEnded(-80, 0);
+  EXPECT_FALSE(row.isSwiped());
+  EXPECT_EQ(row.offset(), 0);
+}
+
 TEST_F(LinkDevice, cancel_closes_without_a_word) {
   open();
   http().forgetRequests();

@@ -9,7 +9,6 @@ Pressable {
     property string symbol
     property color tint: Theme.blue
     property color ink: Theme.linkText
-    property string value
     property bool first: false
     property bool spinning: false
     property bool chevron: false
@@ -62,14 +61,9 @@ Pressable {
             color: row.inUse ? row.ink : Theme.cardSecondaryText
             lineHeight: 1.1
             verticalAlignment: Text.AlignVCenter
+            maximumLineCount: 3
+            elide: Text.ElideRight
             Layout.fillWidth: true
-            Accessible.ignored: true
-        }
-        Label {
-            visible: row.value.length > 0
-            text: row.value
-            color: Theme.cardSecondaryText
-            lineHeight: 1
             Accessible.ignored: true
         }
         Symbol {

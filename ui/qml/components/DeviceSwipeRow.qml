@@ -2,29 +2,32 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A device of a child; drawn to the left it opens and shows the button that unlinks it.
+// A device; drawn to the left it opens and shows the button that takes it away.
 SwipeRow {
     id: device
 
+    property string detail
+    property color tint: Theme.blue
+    // Room at the end for `controls`.
+    property real endSpace: 0
+    // What stands at its end.
+    default property alias mark: markPlace.data
+
     name: Look.plain(row.deviceDisplayName)
-    description: row.lastSeenText
-    effect: row.unlink
-    actionTitle: row.unlinkTitle
-    actionSymbol: row.unlinkIcon
+    description: detail
     destructive: true
     key: Qt.Key_Delete
     inset: Theme.gap + 30 + Theme.between
     onTapped: row.tap.trigger()
     behind: Pressable {
-        id: button
         anchors.right: parent.right
         anchors.rightMargin: 5
         height: parent.height
         width: device.row.buttonWidth
-        text: device.row.unlinkTitle
+        text: device.actionTitle
         padding: 4
         focusPolicy: Qt.NoFocus
-        effect: device.row.unlink
+        effect: device.effect
 
         background: Item {
             Rectangle {
@@ -40,14 +43,14 @@ SwipeRow {
 
             Item { Layout.fillHeight: true }
             Symbol {
-                name: device.row.unlinkIcon
+                name: device.actionSymbol
                 color: Theme.onBrand
                 Layout.preferredWidth: 18
                 Layout.preferredHeight: 18
                 Layout.alignment: Qt.AlignHCenter
             }
             Label {
-                text: device.row.unlinkTitle
+                text: device.actionTitle
                 font: Theme.caption
                 color: Theme.onBrand
                 lineHeight: 1
@@ -59,13 +62,13 @@ SwipeRow {
     }
 
     RowLayout {
-        width: device.width
+        width: device.width - device.endSpace
         height: Math.max(56, implicitHeight + Theme.gap)
         spacing: Theme.between
 
         SymbolTile {
             symbol: device.row.deviceIconName
-            tint: Theme.tint(device.row.iconColor)
+            tint: device.tint
             size: 30
             symbolShare: 0.6
             Layout.leftMargin: Theme.gap
@@ -74,28 +77,22 @@ SwipeRow {
             spacing: 3
             Layout.fillWidth: true
 
-            Label {
-                text: device.name
-                lineHeight: 1
-                wrapMode: Text.NoWrap
-                elide: Text.ElideRight
-                maximumLineCount: 1
+            OneLine {
+                line: device.name
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }
-            Label {
-                text: device.row.lastSeenText
+            OneLine {
+                visible: text.length > 0
+                line: device.detail
                 font: Theme.footnote
                 color: Theme.cardSecondaryText
-                lineHeight: 1
-                wrapMode: Text.NoWrap
-                elide: Text.ElideRight
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }
         }
-        OnlineDot {
-            online: device.row.isOnline
+        RowLayout {
+            id: markPlace
             Layout.rightMargin: Theme.gap
         }
     }

@@ -18,8 +18,12 @@ Item {
     property string description
     property bool first: false
     property real inset: Theme.gap
+    // Whether a tap does something of its own, for which Return and Space stand.
+    property bool pressable: false
     // Under the face; it lies open while the face is drawn aside.
     property alias behind: underlay.data
+    // On the face, and pressed for itself.
+    property alias controls: controlPlace.data
     default property alias content: place.data
     readonly property bool mirrored: LayoutMirroring.enabled
     property bool dragging: false
@@ -30,10 +34,11 @@ Item {
     implicitHeight: Math.max(Theme.target + 8, place.childrenRect.height)
     activeFocusOnTab: true
     clip: true
-    Accessible.role: Accessible.ListItem
+    Accessible.role: pressable ? Accessible.Button : Accessible.ListItem
     Accessible.name: name
     Accessible.description: description
     Accessible.focusable: true
+    Accessible.onPressAction: if (pressable) tapped()
 
     signal tapped
 
@@ -53,6 +58,8 @@ Item {
             openMenu(swipe.inset, swipe.height)
         } else if (event.key === swipe.key || (swipe.key === Qt.Key_Return && event.key === Qt.Key_Enter)) {
             swipe.act()
+        } else if (swipe.pressable && [Qt.Key_Return, Qt.Key_Enter, Qt.Key_Space].includes(event.key)) {
+            swipe.tapped()
         } else {
             return
         }
@@ -154,6 +161,12 @@ Item {
                 swipe.openMenu(mouse.x, mouse.y)
             }
         }
+    }
+    Item {
+        id: controlPlace
+        x: face.x
+        width: face.width
+        height: face.height
     }
     WheelHandler {
         acceptedDevices: PointerDevice.TouchPad

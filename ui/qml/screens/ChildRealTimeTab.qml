@@ -22,6 +22,13 @@ ColumnLayout {
 
             row: modelData
             first: index === 0
+            detail: modelData.lastSeenText
+            tint: Theme.tint(modelData.iconColor)
+            effect: modelData.unlink
+            actionTitle: modelData.unlinkTitle
+            actionSymbol: modelData.unlinkIcon
+
+            OnlineDot { online: modelData.isOnline }
         }
     }
     QuietNote {

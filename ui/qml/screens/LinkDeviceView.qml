@@ -55,45 +55,43 @@ Page {
             lineHeight: 1
         }
     }
-    QuietNote {
-        visible: page.screen.content === "empty"
-        text: page.screen.emptyText
-    }
-    GroupedSection {
+    RowGround {
+        id: devices
         visible: page.screen.content === "list"
+        model: page.screen.deviceRows
+        placeholder: noDevices
 
-        Repeater {
-            model: page.screen.deviceRows
+        DeviceSwipeRow {
+            id: device
 
-            ActionRow {
-                id: device
+            required property var modelData
+            required property int index
 
-                required property var modelData
-                required property int index
-
-                first: index === 0
-                symbol: modelData.deviceIconName
-                text: Look.plain(modelData.deviceDisplayName)
-                ink: Theme.text
-                value: modelData.deviceTypeLabel
-                effect: modelData.link
-                Keys.onDeletePressed: modelData.remove.trigger()
-
-                IconButton {
-                    id: removal
-                    parent: device
-                    anchors.right: parent.right
-                    anchors.rightMargin: 4
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: page.screen.deleteTitle
-                    symbol: "trash"
-                    symbolSize: 20
-                    ink: Theme.dangerText
-                    effect: device.modelData.remove
-                }
-                rightPadding: removal.width + Theme.within
+            row: modelData
+            first: index === 0
+            detail: modelData.deviceTypeLabel
+            pressable: true
+            effect: modelData.remove
+            actionTitle: modelData.removeTitle
+            actionSymbol: modelData.removeIcon
+            endSpace: removal.width
+            controls: IconButton {
+                id: removal
+                anchors.right: parent.right
+                anchors.rightMargin: 4
+                anchors.verticalCenter: parent.verticalCenter
+                text: device.modelData.removeTitle + " " + device.name
+                symbol: device.modelData.removeIcon
+                symbolSize: 20
+                ink: Theme.dangerText
+                effect: device.modelData.remove
             }
         }
+    }
+    QuietNote {
+        id: noDevices
+        visible: page.screen.content === "empty"
+        text: page.screen.emptyText
     }
 
     Alert {
