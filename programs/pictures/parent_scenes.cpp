@@ -20,6 +20,16 @@ std::string hostileFamily() {
                    deviceJson("d1", "<img src=x>" + std::string(200, 'm'), "weird-type_2", true)) +
          "]}";
 }
+
+std::string hostileDevices() {
+  return R"({"children":[],"unassigned_devices":[)" +
+         deviceJson("d7", "Phone of \u202Eevil\u202C " + std::string(65000, 'w'), std::string(60, 'm'),
+                    true) +
+         "," +
+         deviceJson("d8", "\u05D4\u05D8\u05DC\u05E4\u05D5\u05DF \u05E9\u05DC \u05E9\u05E8\u05D4 (2)",
+                    std::string(65000, 'W'), true) +
+         "," + deviceJson("d9", R"(One\nTwo\nThree)", R"(a\nb\nc)", false) + "]}";
+}
 // NOLINTEND(misc-misleading-bidirectional)
 
 void fillIn(RegisterView& form, const std::string& password, const std::string& again) {
@@ -257,6 +267,12 @@ std::vector<Shot> childScenes() {
          s.settle();
          s.application.screen<LinkDeviceView>().deviceRows[0].remove();
        }},
+      {"link-device-hostile", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         s.application.machine.http.answerAlways("GET", "/children", 200, hostileDevices());
+         child.linkDevice();
+       }},
   };
 }
 
@@ -295,6 +311,15 @@ std::vector<Shot> familyScenes() {
        }},
       {"home-network-mismatch", signedInParent(),
        [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("198.51.100.9", false)); }},
+      {"home-network-updated", signedInParent(),
+       [](UiStage& s) {
+         s.application.machine.http.answer(
+             "POST", "/home-network/update-ip", 200,
+             R"({"message":"done","public_ip":"203.0.113.8","updated_at":"2026-01-02T00:00:00Z"})");
+         auto& network = openHomeNetwork(s, homeNetworkJson("203.0.113.8", false));
+         network.updateIP();
+         network.confirmUpdate();
+       }},
       {"parent-settings", signedInParent(), [](UiStage& s) { openSettings(s); }},
       {"parent-settings-delete", signedInParent(),
        [](UiStage& s) {

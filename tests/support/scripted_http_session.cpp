@@ -75,6 +75,7 @@ struct ScriptedHttpSession::State : std::enable_shared_from_this<ScriptedHttpSes
   mutable std::mutex mutex;
   Duration latency{0};
   bool holdAll = false;
+  std::function<std::string(const std::string&)> alter;
   std::map<Name, Script> scripts;
   DataTaskResult everythingElse = transportFailure(TransportError::Kind::cannotConnectToHost);
   std::vector<HttpRequest> requests;
@@ -105,6 +106,9 @@ void ScriptedHttpSession::State::run(Pending pending, std::optional<DataTaskResu
       return;
     }
     result = scriptedAnswer(pending.request);
+  }
+  if (alter && result->data) {
+    result->data = alter(*result->data);
   }
   pending.completion(std::move(*result));
 }
@@ -268,6 +272,11 @@ void ScriptedHttpSession::releaseAll() {
   for (Pending& pending : held) {
     state_->schedule(std::move(pending), std::nullopt);
   }
+}
+
+void ScriptedHttpSession::alterBodies(std::function<std::string(const std::string&)> alter) {
+  const std::scoped_lock lock(state_->mutex);
+  state_->alter = std::move(alter);
 }
 
 void ScriptedHttpSession::setLatency(Duration latency) {

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -71,6 +72,9 @@ class ScriptedHttpSession final : public HttpSession {
   void complete(std::size_t index, DataTaskResult result);
   // Ends all holding; what is held gets its scripted answer, in the order of sending.
   void releaseAll();
+
+  // Every body of an answer passes through this on its way.
+  void alterBodies(std::function<std::string(const std::string&)> alter);
 
   // Answers take this long. Nothing at first.
   void setLatency(Duration latency);

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/ui/support/parent_stage.h"
-#include "ui/items/look.h"
+#include "ui/bridge/shown_text.h"
 
 namespace quillmar::ui {
 namespace {
@@ -53,7 +53,7 @@ class HostileTextTest : public testing::TestWithParam<HostileText> {
       const QString text = item.property("text").toString();
       const auto shown = text.left(60).toStdString();
       EXPECT_EQ(item.property("textFormat").toInt(), 0) << shown;
-      EXPECT_EQ(text, Look::plain(text)) << shown;
+      EXPECT_EQ(text, editedText(text.toStdString())) << shown;
       EXPECT_GE(item.mapToScene({0, 0}).x(), -0.5) << shown;
       EXPECT_LE(item.mapToScene({item.width(), 0}).x(), stage.window().width() + 0.5) << shown;
       EXPECT_LE(item.property("contentWidth").toDouble(), item.width() + 0.5) << shown;
@@ -134,19 +134,6 @@ TEST_P(HostileTextTest, stays_in_the_rows_of_the_family) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, HostileTextTest, testing::ValuesIn(hostileTexts()));
-
-TEST(LookPlain, takes_out_what_turns_the_direction_and_nothing_else) {
-  const QString marks =
-      QString::fromUtf16(u"\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069\u200E\u200F\u061C");
-  EXPECT_EQ(Look::plain(marks), "");
-  for (const QChar mark : marks) {
-    EXPECT_EQ(Look::plain(QString("a") + mark + "b"), "ab");
-  }
-  const QString neighbours =
-      QString::fromUtf16(u"\u2029\u202F\u2065\u206A\u200D\u2010\u061B\u061D \u05D0\u0628 <b>&\n");
-  EXPECT_EQ(Look::plain(neighbours), neighbours);
-  EXPECT_EQ(Look::plain({}), "");
-}
 
 }  // namespace
 }  // namespace quillmar::ui

@@ -7,28 +7,36 @@
 #include <utility>
 
 #include "ui/bridge/keyed_list_model.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/bridge/variants.h"
 
 namespace quillmar::ui {
 namespace {
 
-QString text(std::string_view utf8) {
-  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+// What a machine reads off the screen. It is drawn as a QR code, and never as a text.
+constexpr std::string_view machineReadable = "qrCode";
+
+// The one place where a model's text becomes one of QML's.
+TextForm textForm(const Member& member) {
+  if (member.name() == machineReadable) {
+    return exactText;
+  }
+  return member.isInput() ? editedText : shownText;
 }
 
 // A record is known by its id, or else by its place; anything else by what it is.
 QString rowKey(const Value& row, std::size_t place) {
   if (const Value* const id = row.find("id")) {
-    return id->string() ? text(*id->string()) : text(writeJson(*id));
+    return id->string() ? exactText(*id->string()) : exactText(writeJson(*id));
   }
-  return row.map() ? QString::number(place) : text(writeJson(row));
+  return row.map() ? QString::number(place) : exactText(writeJson(row));
 }
 
-std::vector<KeyedListModel::Row> rowsOf(const Value::List& list) {
+std::vector<KeyedListModel::Row> rowsOf(const Value::List& list, TextForm form) {
   std::vector<KeyedListModel::Row> rows;
   rows.reserve(list.size());
   for (const auto& element : list) {
-    rows.push_back({rowKey(element, rows.size()), toVariant(element)});
+    rows.push_back({rowKey(element, rows.size()), toVariant(element, form)});
   }
   return rows;
 }
@@ -62,6 +70,7 @@ bool ActionBridge::perform(const QVariantList& arguments) {
 struct ModelBridge::Entry {
   Member& member;
   QString name;
+  TextForm form;
   Value shown{};
   ActionBridge* action = nullptr;
   KeyedListModel* list = nullptr;
@@ -70,7 +79,7 @@ struct ModelBridge::Entry {
 
 ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* parent)
     : QQmlPropertyMap(this, parent), model_(std::move(model)) {
-  insert(QStringLiteral("typeName"), text(model_->typeName()));
+  insert(QStringLiteral("typeName"), exactText(model_->typeName()));
   insert(QStringLiteral("sheet"), QVariant::fromValue<QObject*>(nullptr));
   for (Member* const member : model_->members()) {
     addEntry(*member);
@@ -81,7 +90,8 @@ ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* paren
 ModelBridge::~ModelBridge() = default;
 
 void ModelBridge::addEntry(Member& member) {
-  auto& entry = *entries_.emplace_back(std::make_unique<Entry>(Entry{member, text(member.name())}));
+  auto& entry = *entries_.emplace_back(
+      std::make_unique<Entry>(Entry{member, exactText(member.name()), textForm(member)}));
   switch (member.kind()) {
     case Member::Kind::action:
       entry.action = new ActionBridge(*this, member);
@@ -95,10 +105,10 @@ void ModelBridge::addEntry(Member& member) {
       entry.shown = member.value();
       if (entry.shown.list()) {
         entry.list = new KeyedListModel(this);
-        entry.list->assign(rowsOf(*entry.shown.list()));
+        entry.list->assign(rowsOf(*entry.shown.list(), entry.form));
         insert(entry.name, QVariant::fromValue(entry.list));
       } else {
-        insert(entry.name, toVariant(entry.shown));
+        insert(entry.name, toVariant(entry.shown, entry.form));
       }
   }
 }
@@ -115,7 +125,8 @@ QVariant ModelBridge::updateValue(const QString& key, const QVariant& input) {
   const auto alive = model_;
   entry.member.input(fromVariant(input));
   entry.shown = entry.member.value();
-  return toVariant(entry.shown);
+  // Under a person's hands nothing changes of what that person writes.
+  return toVariant(entry.shown, exactText);
 }
 
 void ModelBridge::scheduleRefresh() {
@@ -155,9 +166,9 @@ void ModelBridge::showValue(Entry& entry) {
   }
   entry.shown = std::move(value);
   if (entry.list && entry.shown.list()) {
-    entry.list->assign(rowsOf(*entry.shown.list()));
+    entry.list->assign(rowsOf(*entry.shown.list(), entry.form));
   } else {
-    insert(entry.name, toVariant(entry.shown));
+    insert(entry.name, toVariant(entry.shown, entry.form));
   }
 }
 
@@ -169,7 +180,7 @@ void ModelBridge::showNested(Entry& entry) {
   for (const auto& [key, object] : nested) {
     const auto known = std::ranges::find(former, object, &ModelBridge::model_);
     entry.bridges.push_back(known == former.end() ? new ModelBridge(object, this) : *known);
-    rows.push_back({text(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
+    rows.push_back({exactText(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
   }
   const bool isOne = nested.size() == 1 && nested.front().key == nested.front().object->typeName();
   if (!entry.list && !nested.empty() && !isOne) {

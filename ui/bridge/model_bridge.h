@@ -50,6 +50,8 @@ class ActionBridge final : public QObject {
 // - state, derived values and texts are properties of the same name; setting an input's property is a
 // person's
 //   input, of anything else does nothing; a list is a KeyedListModel;
+// - a text is a `shownText`, so that no screen can draw what a model holds in any other form; only that of an
+//   input is not shortened;
 // - actions are ActionBridges;
 // - a part that is one object, and a sheet, are bridges of their own, or null; rows are a KeyedListModel of
 // bridges;

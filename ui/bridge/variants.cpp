@@ -5,27 +5,25 @@
 namespace quillmar::ui {
 namespace {
 
-QString text(std::string_view utf8) {
-  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 struct ToVariant {
+  TextForm form;
+
   QVariant operator()(std::monostate /*nil*/) const { return QVariant::fromValue(nullptr); }
   QVariant operator()(bool value) const { return value; }
   QVariant operator()(std::int64_t value) const { return QVariant::fromValue<qlonglong>(value); }
   QVariant operator()(double value) const { return value; }
-  QVariant operator()(const std::string& value) const { return text(value); }
+  QVariant operator()(const std::string& value) const { return form(value); }
   QVariant operator()(const Value::List& list) const {
     QVariantList converted;
     for (const auto& element : list) {
-      converted.append(toVariant(element));
+      converted.append(toVariant(element, form));
     }
     return converted;
   }
   QVariant operator()(const Value::Map& map) const {
     QVariantMap converted;
     for (const auto& [key, value] : map) {
-      converted.insert(text(key), toVariant(value));
+      converted.insert(exactText(key), toVariant(value, form));
     }
     return converted;
   }
@@ -49,7 +47,11 @@ Value fromList(const QVariantList& list) {
 
 }  // namespace
 
-QVariant toVariant(const Value& value) { return value.visit(ToVariant()); }
+QString exactText(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+QVariant toVariant(const Value& value, TextForm form) { return value.visit(ToVariant{form}); }
 
 Value fromVariant(const QVariant& variant) {
   switch (variant.typeId()) {

@@ -19,13 +19,6 @@ QColor toQColor(const Color& color) {
 
 constexpr int bodySize = 17;
 
-// Marks, embeddings, overrides and isolates.
-bool isDirectionMark(QChar character) {
-  const char16_t code = character.unicode();
-  return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
-         (code >= 0x2066 && code <= 0x2069);
-}
-
 // Where none of the families is installed, the font system finds another by the hint.
 QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, int weight) {
   QFont font;
@@ -85,15 +78,6 @@ QFont Look::codeFont(int pixelSize, int weight, double letterSpacing) const {
   QFont font = fontOf({QStringLiteral("monospace")}, QFont::Monospace, pixelSize, weight);
   font.setLetterSpacing(QFont::AbsoluteSpacing, letterSpacing);
   return font;
-}
-
-QString Look::plain(const QString& text) {
-  if (std::ranges::none_of(text, isDirectionMark)) {
-    return text;
-  }
-  QString plain = text;
-  plain.removeIf(isDirectionMark);
-  return plain;
 }
 
 }  // namespace quillmar::ui

@@ -41,9 +41,6 @@ class Look final : public QObject {
   Q_INVOKABLE QFont textFont(int pixelSize, int weight) const;
   Q_INVOKABLE QFont displayFont(int pixelSize, int weight, double letterSpacing) const;
   Q_INVOKABLE QFont codeFont(int pixelSize, int weight, double letterSpacing) const;
-  // A text from outside as it may stand among others: without the marks that turn the writing direction of
-  // what follows them.
-  Q_INVOKABLE static QString plain(const QString& text);
 
  Q_SIGNALS:
   void changed();

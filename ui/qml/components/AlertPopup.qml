@@ -10,8 +10,8 @@ T.Popup {
     required property var alert
     readonly property var buttons: alert.buttons
     readonly property bool shown: alert.shown
-    readonly property string title: Look.plain(alert.title)
-    readonly property string message: Look.plain(alert.message)
+    readonly property string title: alert.title
+    readonly property string message: alert.message
     readonly property string label: alert.label
     readonly property string symbol: alert.symbol
     readonly property color tint: alert.tint

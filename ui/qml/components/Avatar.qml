@@ -18,7 +18,7 @@ GradientPlate {
     Label {
         anchors.centerIn: parent
         width: parent.width
-        text: Look.plain(avatar.letters)
+        text: avatar.letters
         font: Theme.display(avatar.size * 0.4 / Theme.textScale, Font.DemiBold, 0)
         color: Theme.onBrand
         lineHeight: 1

@@ -8,7 +8,7 @@ Pressable {
 
     required property var child
 
-    text: Look.plain(child.name)
+    text: child.name
     effect: child.tap
     corner: 18
     padding: Theme.gap
@@ -141,7 +141,7 @@ Pressable {
                             Layout.preferredHeight: 18
                         }
                         Label {
-                            text: Look.plain(line.modelData.name)
+                            text: line.modelData.name
                             font: Theme.callout
                             lineHeight: 1
                             wrapMode: Text.NoWrap

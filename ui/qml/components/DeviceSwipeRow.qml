@@ -13,7 +13,7 @@ SwipeRow {
     // What stands at its end.
     default property alias mark: markPlace.data
 
-    name: Look.plain(row.deviceDisplayName)
+    name: row.deviceDisplayName
     description: detail
     destructive: true
     key: Qt.Key_Delete

@@ -14,7 +14,6 @@ Item {
     property color valueColor: Theme.cardSecondaryText
     property bool code: false
     property bool first: false
-    readonly property string shownValue: Look.plain(value)
     property alias accessory: accessoryPlace.data
     readonly property real inset: symbol.length > 0 ? 30 + Theme.between : 0
     readonly property bool below: code
@@ -24,7 +23,7 @@ Item {
     implicitHeight: Math.max(Theme.target + 4, grid.implicitHeight + 2 * Theme.between)
     Accessible.role: Accessible.ListItem
     Accessible.name: title
-    Accessible.description: shownValue
+    Accessible.description: value
 
     TextMetrics {
         id: titleWidth
@@ -34,7 +33,7 @@ Item {
     TextMetrics {
         id: valueWidth
         font: Theme.body
-        text: row.shownValue
+        text: row.value
     }
     Rectangle {
         anchors.left: parent.left
@@ -74,7 +73,7 @@ Item {
         }
         Label {
             visible: text.length > 0
-            text: row.shownValue
+            text: row.value
             font: row.code ? Theme.code : row.below ? Theme.callout : Theme.body
             color: row.valueColor
             lineHeight: row.below ? 1.2 : 1

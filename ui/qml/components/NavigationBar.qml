@@ -30,7 +30,7 @@ Rectangle {
         x: Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
         anchors.verticalCenter: parent.verticalCenter
         width: Math.min(implicitWidth, bar.titleEnd - bar.titleStart)
-        text: Look.plain(bar.title)
+        text: bar.title
         font: Theme.headline
         lineHeight: 1
         wrapMode: Text.NoWrap

@@ -13,7 +13,7 @@ ActionRow {
     property string status
     property color statusTint: Theme.offline
 
-    text: Look.plain(name)
+    text: name
     // A plain row is said as one and does not answer to a press.
     readonly property bool plain: effect === null || !effect.enabled
     enabled: true
@@ -21,7 +21,7 @@ ActionRow {
     focusPolicy: plain ? Qt.NoFocus : Qt.StrongFocus
     chevron: !plain
     Accessible.role: plain ? Accessible.ListItem : Accessible.Button
-    Accessible.description: [Look.plain(detail), status].filter(text => text.length > 0).join(", ")
+    Accessible.description: [detail, status].filter(text => text.length > 0).join(", ")
 
     contentItem: RowLayout {
         spacing: Theme.between
@@ -43,15 +43,13 @@ ActionRow {
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }
-            Label {
+            OneLine {
                 visible: text.length > 0
-                text: Look.plain(row.detail)
+                line: row.detail
                 font: Theme.footnote
                 color: Theme.cardSecondaryText
                 lineHeight: 1.1
-                wrapMode: Text.NoWrap
                 elide: Text.ElideMiddle
-                maximumLineCount: 1
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }

@@ -23,7 +23,7 @@ ColumnLayout {
 
             required property var modelData
             required property int index
-            readonly property string domain: Look.plain(modelData.domain)
+            readonly property string domain: modelData.domain
 
             width: parent ? parent.width : 0
             implicitHeight: Theme.target + 4
@@ -50,13 +50,10 @@ ColumnLayout {
                     Layout.preferredWidth: 22
                     Layout.preferredHeight: 22
                 }
-                Label {
-                    text: site.domain
+                OneLine {
+                    line: site.domain
                     font: Theme.callout
-                    lineHeight: 1
-                    wrapMode: Text.NoWrap
                     elide: Text.ElideMiddle
-                    maximumLineCount: 1
                     Layout.fillWidth: true
                     Accessible.ignored: true
                 }

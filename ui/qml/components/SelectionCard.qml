@@ -28,10 +28,10 @@ Pressable {
     contentItem: RowLayout {
         spacing: Theme.gap
 
-        Text {
+        Label {
             text: card.picture
-            textFormat: Text.PlainText
-            font.pixelSize: Theme.scaled(32)
+            font: Theme.face(32, Font.Normal)
+            lineHeight: 1
             Accessible.ignored: true
         }
         Label {

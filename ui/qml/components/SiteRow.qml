@@ -14,7 +14,7 @@ SwipeRow {
     property color badgeInk: Theme.positiveText
     property bool stripAtEnd: false
 
-    name: Look.plain(title)
+    name: title
     description: [badge, time].filter(text => text.length > 0).join(", ")
     actionTitle: row.stripTitle
     actionSymbol: row.stripIcon
@@ -38,13 +38,10 @@ SwipeRow {
             Layout.preferredHeight: 22
             Layout.leftMargin: Theme.gap
         }
-        Label {
-            text: site.name
+        OneLine {
+            line: site.name
             font: Theme.callout
-            lineHeight: 1
-            wrapMode: Text.NoWrap
             elide: Text.ElideMiddle
-            maximumLineCount: 1
             Layout.fillWidth: true
             Accessible.ignored: true
         }
@@ -55,13 +52,12 @@ SwipeRow {
             tint: site.badgeTint
             ink: site.badgeInk
         }
-        Label {
+        OneLine {
             visible: text.length > 0
-            text: site.time
+            line: site.time
             font: Theme.caption
             color: Theme.cardSecondaryText
-            lineHeight: 1
-            wrapMode: Text.NoWrap
+            Layout.maximumWidth: site.width * 0.35
             Layout.rightMargin: Theme.gap
             Accessible.ignored: true
         }

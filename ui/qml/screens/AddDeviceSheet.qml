@@ -20,6 +20,8 @@ Page {
     Label {
         text: page.screen.heading
         font: Theme.title
+        maximumLineCount: 4
+        elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter
         Layout.fillWidth: true
         Accessible.role: Accessible.Heading

@@ -38,7 +38,7 @@ Page {
             Layout.fillWidth: true
 
             Label {
-                text: Look.plain(page.screen.name)
+                text: page.screen.name
                 font: Theme.title
                 lineHeight: 1.1
                 maximumLineCount: 2

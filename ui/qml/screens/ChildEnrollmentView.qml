@@ -120,6 +120,8 @@ Page {
             font: Theme.largeCode
             lineHeight: 1.1
             wrapMode: Text.WrapAnywhere
+            maximumLineCount: 4
+            elide: Text.ElideRight
             Layout.topMargin: 6
             horizontalAlignment: Text.AlignHCenter
             Layout.fillWidth: true

@@ -83,7 +83,7 @@ Page {
                     Layout.fillWidth: true
 
                     Label {
-                        text: Look.plain(page.screen.familyName ?? "")
+                        text: page.screen.familyName ?? ""
                         font: Theme.title
                         lineHeight: 1.1
                         maximumLineCount: 2

@@ -129,7 +129,7 @@ Page {
                     Layout.fillWidth: true
 
                     Label {
-                        text: Look.plain(page.screen.networkName)
+                        text: page.screen.networkName
                         font: Theme.title
                         lineHeight: 1.1
                         maximumLineCount: 2

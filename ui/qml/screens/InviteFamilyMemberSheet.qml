@@ -46,6 +46,8 @@ Page {
         font: Theme.largeCode
         lineHeight: 1.1
         wrapMode: Text.WrapAnywhere
+        maximumLineCount: 4
+        elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter
         Layout.fillWidth: true
     }

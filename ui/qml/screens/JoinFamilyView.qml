@@ -112,15 +112,19 @@ Page {
                     }
                     Label {
                         visible: page.screen.familyLine !== null
-                        text: Look.plain(page.screen.familyLine ?? "")
+                        text: page.screen.familyLine ?? ""
                         font: Theme.callout
+                        maximumLineCount: 4
+                        elide: Text.ElideRight
                         lineHeight: 1.2
                         Layout.fillWidth: true
                     }
                     Label {
                         visible: page.screen.inviterLine !== null
-                        text: Look.plain(page.screen.inviterLine ?? "")
+                        text: page.screen.inviterLine ?? ""
                         font: Theme.callout
+                        maximumLineCount: 4
+                        elide: Text.ElideRight
                         lineHeight: 1.2
                         Layout.fillWidth: true
                     }

@@ -1,0 +1,228 @@
+#include "ui/bridge/shown_text.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QStringList>
+#include <memory>
+#include <string>
+
+#include "presentation/screen_model.h"
+#include "ui/bridge/keyed_list_model.h"
+#include "ui/bridge/model_bridge.h"
+
+namespace quillmar::ui {
+namespace {
+
+QString shown(const QString& text) { return shownText(text.toStdString()); }
+
+const QString marks = QString::fromUtf16(
+    u"\u061C\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069\u206A\u206B\u206C\u206D\u206E"
+    u"\u206F");
+
+TEST(ShownText, has_no_mark_that_turns_the_direction) {
+  EXPECT_EQ(shown(marks), "");
+  for (const QChar mark : marks) {
+    EXPECT_EQ(shown(QString("a") + mark + "b"), "ab");
+    EXPECT_EQ(editedText((QString("a") + mark + "b").toStdString()), "ab");
+  }
+}
+
+TEST(ShownText, keeps_all_else_to_the_letter) {
+  // Names from right to left, one of them with a mark that keeps letters apart; then people of several code
+  // points, and flags of tags and of letters.
+  const QStringList ordinary{"",
+                             "O'Neill & <b>Söhne</b>\n\tend",
+                             "שרה בת־אל (8)",
+                             "مُحَمَّد، ٣ أجهزة",
+                             "می‌خواهم",
+                             "👨‍👩‍👧‍👦 👩🏽‍🚀",
+                             "🏴󠁧󠁢󠁥󠁮󠁧󠁿 🇳🇿"};
+  for (const QString& text : ordinary) {
+    EXPECT_EQ(shown(text), text);
+    EXPECT_EQ(editedText(text.toStdString()), text);
+  }
+}
+
+TEST(ShownText, keeps_the_neighbours_of_the_marks_it_takes_out) {
+  const QString neighbours =
+      QString::fromUtf16(u"\u2027\u2028\u2029\u202F\u2065\u2070\u200D\u200C\u200B\u2010\u061B\u061D");
+  EXPECT_EQ(shown(neighbours), neighbours);
+}
+
+TEST(ShownText, loses_the_middle_where_it_is_too_long) {
+  const QString longest(longestShownText, u'w');
+  EXPECT_EQ(shown(longest), longest);
+  const QString text = "Delete " + QString(65000, u'w') + "? This cannot be undone.";
+  const QString short_ = shown(text);
+  EXPECT_EQ(short_.size(), longestShownText);
+  EXPECT_TRUE(short_.startsWith("Delete www"));
+  EXPECT_TRUE(short_.contains(u"w…w"));
+  EXPECT_TRUE(short_.endsWith("www? This cannot be undone."));
+  EXPECT_EQ(editedText(text.toStdString()), text);
+}
+
+TEST(ShownText, says_that_something_is_missing_of_what_it_does_not_read) {
+  const QString text = "begin" + QString(100000, QChar(0x202E)) + "end";
+  EXPECT_EQ(shown(text), QStringLiteral("begin…end"));
+  for (int before = 0; before < 4; ++before) {
+    const QString wide = QString(before, u'a') + QStringLiteral("é€😀").repeated(20000);
+    EXPECT_FALSE(shown(wide).contains(QChar(QChar::ReplacementCharacter)));
+  }
+}
+
+TEST(ShownText, cuts_no_character_in_two) {
+  const QString family = QStringLiteral("👨‍👩‍👧‍👦");
+  for (int before = 0; before < family.size(); ++before) {
+    const QString text = QString(before, u'a') + family.repeated(400) + QString(before, u'z');
+    QString rest = shown(text);
+    EXPECT_LE(rest.size(), longestShownText);
+    rest.remove(family);
+    EXPECT_EQ(rest, QString(before, u'a') + u'…' + QString(before, u'z'));
+  }
+}
+
+TEST(ShownText, cuts_what_is_no_character_of_any_script) {
+  const QString endless = QStringLiteral("👩\u200D").repeated(3000);
+  for (const QString& text : {endless, u'a' + endless, QStringLiteral("ab") + endless}) {
+    const QString rest = shown(text);
+    EXPECT_LE(rest.size(), longestShownText);
+    EXPECT_TRUE(rest.isValidUtf16());
+  }
+}
+
+TEST(ShownText, piles_up_no_more_marks_on_a_letter_than_a_script_does) {
+  const QString most = u'Z' + QString(12, QChar(0x0335)) + u'Z';
+  EXPECT_EQ(shown(most), most);
+  EXPECT_EQ(shown(u'Z' + QString(500, QChar(0x0335)) + u'Z'), most);
+  const QString astral = QStringLiteral("\U000E0100");
+  EXPECT_EQ(shown(u'Z' + astral.repeated(500) + u'Z'), u'Z' + astral.repeated(12) + u'Z');
+}
+
+TEST(ShownText, loses_lines_in_the_middle_where_it_has_too_many) {
+  for (const QString& lineBreak : {QStringLiteral("\n"), QStringLiteral("\r\n"), QStringLiteral("\r"),
+                                   QString(QChar(0x2028)), QString(QChar(0x2029)), QString(QChar(0x0085))}) {
+    const auto lines = [&](int count) {
+      QStringList all;
+      for (int i = 1; i <= count; ++i) {
+        all.append(QString::number(i));
+      }
+      return all.join(lineBreak);
+    };
+    EXPECT_EQ(shown(lines(mostShownLines)), lines(mostShownLines));
+    const QString few = shown(lines(200));
+    EXPECT_EQ(few.count(lineBreak), mostShownLines - 1);
+    EXPECT_TRUE(few.startsWith("1" + lineBreak + "2" + lineBreak));
+    EXPECT_TRUE(few.contains("11" + QString(QChar(0x2026)) + lineBreak + "196"));
+    EXPECT_TRUE(few.endsWith(lineBreak + "200"));
+  }
+}
+
+TEST(ShownText, is_at_home_with_broken_bytes) {
+  EXPECT_EQ(shownText("a\xFF"), QStringLiteral("a�"));
+  EXPECT_EQ(shownText(std::string_view("\0", 1)).size(), 1);
+}
+
+struct Person {
+  std::string name;
+  std::vector<std::string> sites;
+  friend bool operator==(const Person&, const Person&) = default;
+};
+
+}  // namespace
+}  // namespace quillmar::ui
+
+namespace quillmar {
+template <>
+inline constexpr auto wire<ui::Person> = record(required("name", &ui::Person::name),
+                                                required("sites", &ui::Person::sites));
+}  // namespace quillmar
+
+namespace quillmar::ui {
+namespace {
+
+const std::string hostile =
+    "a\xE2\x80\xAE"
+    "b" +
+    std::string(65000, 'w');
+
+class Row final : public ObservableObject {
+ public:
+  Row() : ObservableObject("Row") {}
+  Published<std::string> name{*this, "name", hostile};
+};
+
+class Screen final : public ScreenModel {
+ public:
+  Screen() : ScreenModel("Screen") {
+    std::vector<std::pair<std::string, std::shared_ptr<Row>>> one;
+    one.emplace_back("one", std::make_shared<Row>());
+    rows.assign(std::move(one));
+  }
+  Input<std::string> typed{*this, "typed", hostile};
+  Published<std::string> name{*this, "name", hostile};
+  Published<std::optional<std::string>> note{*this, "note", hostile};
+  Published<std::vector<std::string>> lines{*this, "lines", {hostile}};
+  Published<Person> person{*this, "person", {hostile, {hostile}}};
+  Published<std::vector<Person>> people{*this, "people", {{hostile, {hostile}}}};
+  Derived<std::string> sentence{*this, "sentence", [this] { return name() + "!"; }};
+  Rows<Row> rows{*this, "rows"};
+  Published<Person> qrCode{*this, "qrCode", {hostile, {}}};
+};
+
+// Whatever a model holds, and however deep.
+struct ShownByBridge : testing::Test {
+  std::shared_ptr<Screen> screen = std::make_shared<Screen>();
+  ModelBridge bridge{screen};
+  QVariant value(const char* name) { return bridge.value(QLatin1StringView(name)); }
+  QVariant firstOf(const char* name) { return value(name).value<KeyedListModel*>()->at(0); }
+  const QString fit = shownText(hostile);
+};
+
+TEST_F(ShownByBridge, every_text_of_a_model_is_fit_to_be_drawn) {
+  ASSERT_EQ(fit.size(), longestShownText);
+  for (const bool afterAChange : {false, true}) {
+    EXPECT_EQ(value("name"), fit);
+    EXPECT_EQ(value("note"), fit);
+    EXPECT_EQ(firstOf("lines"), fit);
+    EXPECT_EQ(value("person").toMap().value("name"), fit);
+    EXPECT_EQ(value("person").toMap().value("sites").toList().value(0), fit);
+    EXPECT_EQ(firstOf("people").toMap().value("name"), fit);
+    EXPECT_EQ(value("sentence").toString(), fit.chopped(1) + u'!') << afterAChange;
+    EXPECT_EQ(qobject_cast<ModelBridge*>(firstOf("rows").value<QObject*>())->value("name"), fit);
+    screen->name = "";
+    screen->note = std::nullopt;
+    screen->lines = {};
+    screen->person = {};
+    screen->people = {};
+    QCoreApplication::processEvents();
+    screen->name = hostile;
+    screen->note = hostile;
+    screen->lines = {hostile};
+    screen->person = {hostile, {hostile}};
+    screen->people = {{hostile, {hostile}}};
+    QCoreApplication::processEvents();
+  }
+}
+
+TEST_F(ShownByBridge, the_models_own_values_stay_as_they_are) {
+  EXPECT_EQ(screen->name(), hostile);
+  EXPECT_EQ(screen->person().name, hostile);
+}
+
+TEST_F(ShownByBridge, what_is_in_a_text_box_is_all_there_and_goes_as_typed) {
+  EXPECT_EQ(value("typed"), editedText(hostile));
+  EXPECT_EQ(screen->typed(), hostile) << "showing is not typing";
+  const QString own = QStringLiteral("\u200Fשרה\u200F");
+  bridge.setProperty("typed", own);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(screen->typed(), own.toStdString());
+  EXPECT_EQ(value("typed"), own) << "the box changed under the hands of who types";
+}
+
+TEST_F(ShownByBridge, what_a_machine_reads_is_exact) {
+  EXPECT_EQ(value("qrCode").toMap().value("name"), QString::fromStdString(hostile));
+}
+
+}  // namespace
+}  // namespace quillmar::ui
