@@ -10,3 +10,7 @@ quillmar_bench(first_frame
 quillmar_bench(lists
   SOURCES lists.cpp
   LINK quillmar_ui_test_support Qt6::Quick)
+
+quillmar_bench(texts
+  SOURCES texts.cpp
+  LINK quillmar_ui Qt6::Quick)
