@@ -51,6 +51,15 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
   EXPECT_EQ(stage.focusedName(), "AM");
 }
 
+TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_question) {
+  screen().logout();
+  stage.settle();
+  ASSERT_TRUE(screen().showLogoutConfirmation());
+  ASSERT_TRUE(stage.window().isVisible());
+  stage.press(Qt::Key_W, Qt::ControlModifier);
+  EXPECT_FALSE(stage.window().isVisible());
+}
+
 TEST_F(ParentDashboard, the_menu_closes_by_escape_with_nothing_done) {
   stage.focusOn("AM");
   stage.press(Qt::Key_Space);

@@ -18,6 +18,8 @@ Window {
     onActiveFocusItemChanged: if (activeFocusItem === contentItem) host.forceActiveFocus()
 
     Shortcut {
+        // In a window these keys would wait for an open question.
+        context: Qt.ApplicationShortcut
         sequences: [StandardKey.Close, StandardKey.Quit]
         onActivated: window.close()
     }
