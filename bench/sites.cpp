@@ -51,9 +51,9 @@ std::vector<DNSLog> makeLogs(int device) {
 double mergeMilliseconds() {
   std::vector<bench::Seconds> times;
   for (int round = 0; round <= rounds; ++round) {
-    RecentLogs collected;
+    RecentLogs collected(100);
     for (int device = 0; device < 100; ++device) {
-      collected.add(makeLogs(device));
+      collected.add(static_cast<std::size_t>(device), makeLogs(device));
     }
     const auto start = bench::cpuTime(CLOCK_PROCESS_CPUTIME_ID);
     const auto newest = collected.takeNewest(100);

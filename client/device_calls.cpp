@@ -82,15 +82,15 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
   }
   const DispatchGroup group;
   const auto queue = dispatch_.makeSerialQueue("com.quillmar.logs-fetch");
-  const auto collected = std::make_shared<RecentLogs>();
+  const auto collected = std::make_shared<RecentLogs>(deviceIds.size());
   const std::string query = "/logs?limit=" + std::to_string(limit / deviceIds.size()) +
                             "&since=" + percentEncodedForQuery(formatISO8601(dispatch_.now() - since));
-  for (const auto& deviceId : deviceIds) {
+  for (std::size_t device = 0; device < deviceIds.size(); ++device) {
     group.enter();
-    authorisedCall("GET", devicePath(deviceId, query), {},
-                   decoding(takingLogs([group, queue, collected](Result<std::vector<DNSLog>> result) {
-                     queue->async([group, collected, result = std::move(result)]() mutable {
-                       collected->add(std::move(result));
+    authorisedCall("GET", devicePath(deviceIds[device], query), {},
+                   decoding(takingLogs([group, queue, collected, device](Result<std::vector<DNSLog>> result) {
+                     queue->async([group, collected, device, result = std::move(result)]() mutable {
+                       collected->add(device, std::move(result));
                        group.leave();
                      });
                    })));

@@ -1,15 +1,28 @@
 #include "client/recent_logs.h"
 
 #include <algorithm>
-#include <functional>
 #include <iterator>
 #include <utility>
 
 namespace quillmar {
+namespace {
 
-void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
+struct Entry {
+  DNSLog* log = nullptr;
+  std::size_t place = 0;
+};
+
+// An order without equals: a list that is fetched again and again must not change where nothing has.
+bool standsBefore(const Entry& one, const Entry& other) {
+  const int order = one.log->timestamp.compare(other.log->timestamp);
+  return order != 0 ? order > 0 : one.place < other.place;
+}
+
+}  // namespace
+
+void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
   if (answer.ok()) {
-    answers_.push_back(std::move(answer).value());
+    answers_.at(device) = std::move(answer).value();
   } else if (!firstError_) {
     firstError_ = answer.error();
   }
@@ -17,10 +30,10 @@ void RecentLogs::add(Result<std::vector<DNSLog>> answer) {
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
   // An entry is large and most are not kept, so that only what is kept is moved.
-  std::vector<DNSLog*> entries;
+  std::vector<Entry> entries;
   for (auto& answer : answers_) {
-    for (auto& entry : answer) {
-      entries.push_back(&entry);
+    for (auto& log : answer) {
+      entries.push_back({&log, entries.size()});
     }
   }
   if (firstError_ && entries.empty()) {
@@ -28,14 +41,14 @@ Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
   }
   if (limit < entries.size()) {
     const auto end = entries.begin() + static_cast<std::ptrdiff_t>(limit);
-    std::ranges::nth_element(entries, end, std::ranges::greater(), &DNSLog::timestamp);
+    std::ranges::nth_element(entries, end, standsBefore);
     entries.erase(end, entries.end());
   }
-  std::ranges::sort(entries, std::ranges::greater(), &DNSLog::timestamp);
+  std::ranges::sort(entries, standsBefore);
   std::vector<DNSLog> newest;
   newest.reserve(entries.size());
   std::ranges::transform(entries, std::back_inserter(newest),
-                         [](DNSLog* entry) { return std::move(*entry); });
+                         [](const Entry& entry) { return std::move(*entry.log); });
   return newest;
 }
 

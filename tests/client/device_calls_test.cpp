@@ -186,6 +186,19 @@ TEST_F(RecentDeviceLogsTest, it_waits_for_the_last_device) {
   EXPECT_EQ(ended.calls(), 1);
 }
 
+TEST_F(RecentDeviceLogsTest, entries_of_one_second_stand_in_the_order_of_asking_whoever_answers_first) {
+  http.hold();
+  answer("d1", {logEntry(1, "t"), logEntry(2, "t")});
+  answer("d2", {logEntry(3, "t")});
+  const auto ended = fetch({"d2", "d1"}, 60s, 100);
+  settle();
+  http.release(1);
+  settle();
+  http.release(0);
+  settle();
+  EXPECT_THAT(ids(ended.value()), ElementsAre(3, 1, 2));
+}
+
 TEST_F(RecentDeviceLogsTest, one_failure_vanishes_behind_the_others_entries) {
   fail("d1", 500);
   answer("d2", {logEntry(2, "t")});

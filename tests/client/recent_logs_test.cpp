@@ -1,6 +1,9 @@
 #include "client/recent_logs.h"
 
+#include <cstdint>
+#include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/client/console_answers.h"
@@ -31,64 +34,85 @@ Times times(const Result<std::vector<DNSLog>>& result) {
   return all;
 }
 
-TEST(RecentLogs, nothing_is_an_empty_list) {
-  RecentLogs logs;
-  EXPECT_THAT(logs.takeNewest(10).value(), IsEmpty());
+std::vector<std::int64_t> ids(const Result<std::vector<DNSLog>>& result) {
+  std::vector<std::int64_t> all;
+  for (const auto& entry : result.value()) {
+    all.push_back(entry.id);
+  }
+  return all;
 }
 
+TEST(RecentLogs, nothing_is_an_empty_list) { EXPECT_THAT(RecentLogs(0).takeNewest(10).value(), IsEmpty()); }
+
 TEST(RecentLogs, the_newest_of_all_devices_come_first_and_the_rest_is_cut) {
-  RecentLogs logs;
-  logs.add(answerWith({"2016-10-08T01:00:00Z", "2016-10-08T04:00:00Z"}));
-  logs.add(answerWith({"2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"}));
+  RecentLogs logs(2);
+  logs.add(0, answerWith({"2016-10-08T01:00:00Z", "2016-10-08T04:00:00Z"}));
+  logs.add(1, answerWith({"2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"}));
   EXPECT_THAT(times(logs.takeNewest(3)),
               ElementsAre("2016-10-08T04:00:00Z", "2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"));
 }
 
 TEST(RecentLogs, times_are_compared_as_plain_text) {
-  RecentLogs logs;
-  logs.add(answerWith({"2016-10-08T01:00:00Z", "", "zebra", "2016-10-08T01:00:00.5Z", "Ära"}));
+  RecentLogs logs(1);
+  logs.add(0, answerWith({"2016-10-08T01:00:00Z", "", "zebra", "2016-10-08T01:00:00.5Z", "Ära"}));
   EXPECT_THAT(times(logs.takeNewest(10)),
               ElementsAre("Ära", "zebra", "2016-10-08T01:00:00Z", "2016-10-08T01:00:00.5Z", ""));
 }
 
 TEST(RecentLogs, entries_of_one_time_are_all_kept) {
-  RecentLogs logs;
-  logs.add(answerWith({"t", "t"}));
-  logs.add(answerWith({"t"}));
+  RecentLogs logs(2);
+  logs.add(0, answerWith({"t", "t"}));
+  logs.add(1, answerWith({"t"}));
   EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t", "t", "t"));
 }
 
+// More of them than a sort leaves alone.
+TEST(RecentLogs, entries_of_one_time_stand_by_device_and_then_as_the_service_gave_them) {
+  constexpr std::int64_t each = 40;
+  RecentLogs logs(2);
+  for (const std::int64_t device : {1, 0}) {
+    std::vector<DNSLog> answer;
+    for (std::int64_t i = 0; i < each; ++i) {
+      answer.push_back(logEntry(device * each + i, "t"));
+    }
+    logs.add(static_cast<std::size_t>(device), std::move(answer));
+  }
+  std::vector<std::int64_t> expected(each + each / 2);
+  std::iota(expected.begin(), expected.end(), 0);
+  EXPECT_EQ(ids(logs.takeNewest(expected.size())), expected);
+}
+
 TEST(RecentLogs, an_entry_is_kept_whole) {
-  RecentLogs logs;
+  RecentLogs logs(1);
   const DNSLog entry = logEntry(7, "2016-10-08T01:00:00Z", "a device whose id is long");
-  logs.add(std::vector{entry});
+  logs.add(0, std::vector{entry});
   EXPECT_THAT(logs.takeNewest(1).value(), ElementsAre(entry));
 }
 
 TEST(RecentLogs, a_limit_of_none_keeps_nothing) {
-  RecentLogs logs;
-  logs.add(answerWith({"t"}));
+  RecentLogs logs(1);
+  logs.add(0, answerWith({"t"}));
   EXPECT_THAT(logs.takeNewest(0).value(), IsEmpty());
 }
 
 TEST(RecentLogs, an_error_vanishes_where_another_device_gave_anything) {
-  RecentLogs logs;
-  logs.add(timedOut);
-  logs.add(answerWith({"t"}));
+  RecentLogs logs(2);
+  logs.add(0, timedOut);
+  logs.add(1, answerWith({"t"}));
   EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t"));
 }
 
 TEST(RecentLogs, an_error_beside_empty_lists_is_the_outcome) {
-  RecentLogs logs;
-  logs.add(answerWith({}));
-  logs.add(timedOut);
+  RecentLogs logs(2);
+  logs.add(0, answerWith({}));
+  logs.add(1, timedOut);
   EXPECT_EQ(logs.takeNewest(10).error(), timedOut);
 }
 
 TEST(RecentLogs, of_two_errors_the_first_counts) {
-  RecentLogs logs;
-  logs.add(forbidden);
-  logs.add(timedOut);
+  RecentLogs logs(2);
+  logs.add(0, forbidden);
+  logs.add(1, timedOut);
   EXPECT_EQ(logs.takeNewest(10).error(), forbidden);
 }
 

@@ -95,6 +95,21 @@ TEST_F(RecentActivity, is_asked_for_every_2_seconds_from_each_device) {
   EXPECT_EQ(queries()[0], "limit=10&since=2016-10-08T22:30:02Z");
 }
 
+TEST_F(RecentActivity, sites_of_one_second_keep_their_places_whichever_device_answers_first) {
+  answerLogs({makeLog("a.example", 1), makeLog("b.example", 1)}, "d1");
+  answerLogs({makeLog("c.example", 1)}, "d2");
+  open({makeDevice("d2"), makeDevice("d1")});
+  app.advance(2s);
+  EXPECT_EQ(recentSites(), (Names{"c.example", "a.example", "b.example"}));
+  http().hold();
+  app.advance(2s);
+  http().release(1);
+  app.settle();
+  http().releaseAll();
+  app.settle();
+  EXPECT_EQ(recentSites(), (Names{"c.example", "a.example", "b.example"}));
+}
+
 TEST_F(RecentActivity, without_a_device_asks_nothing_and_is_empty) {
   open();
   http().forgetRequests();
