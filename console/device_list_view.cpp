@@ -74,7 +74,8 @@ void DeviceListView::onDisappear() {
 }
 
 void DeviceListView::comeBack() {
-  if (isOnScreen()) {
+  // The account that was deleted in a sheet has no children to ask for.
+  if (isOnScreen() && authState_->isLoggedIn()) {
     onAppear();
   }
 }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -289,6 +291,47 @@ TEST_F(Settings, an_account_that_is_gone_ends_its_session_though_the_screen_is_g
   app.machine.http.releaseAll();
   app.settle();
   EXPECT_FALSE(app.environment().authState()->isLoggedIn());
+}
+
+struct AfterDeletion : Settings {
+  // The answer comes when the screens have been arranged so; then a long time passes.
+  void endAccount(const std::function<void()>& arrangeScreens) {
+    openPasswordSheet();
+    app.machine.http.hold("DELETE", "/auth/account");
+    answer(200);
+    deleteWith("secret");
+    arrangeScreens();
+    app.settle();
+    app.machine.http.forgetRequests();
+    app.machine.log.clear();
+    app.machine.http.releaseAll();
+    app.settle();
+    app.advance(std::chrono::minutes(5));
+  }
+  void expectSilence() {
+    EXPECT_EQ(app.screenNames(), Names{"LoginView"});
+    EXPECT_EQ(app.machine.http.calls(), Names{});
+    EXPECT_EQ(app.machine.log.printed(), Names{});
+    EXPECT_EQ(app.machine.log.systemLines(), Names{});
+  }
+};
+
+TEST_F(AfterDeletion, the_dashboard_behind_the_screen_asks_for_nothing) {
+  endAccount([] {});
+  expectSilence();
+}
+
+TEST_F(AfterDeletion, nor_does_any_other_screen_that_has_come_up_meanwhile) {
+  endAccount([this] { screen().openFamilyMembers(); });
+  expectSilence();
+}
+
+TEST_F(AfterDeletion, nor_does_one_that_took_its_place) {
+  endAccount([this] {
+    screen().done();
+    app.screen<DeviceListView>().openHomeNetwork();
+  });
+  expectSilence();
 }
 
 TEST_F(Settings, a_deletion_that_failed_says_nothing_to_a_screen_that_is_gone) {
