@@ -134,6 +134,9 @@ void BackgroundService::checkVPNStatus() {
 }
 
 void BackgroundService::evaluateVPNStatus() {
+  if (childAppState_.expired()) {
+    return;
+  }
   if (vpnManager_->isConnected()) {
     report(true, "");
   } else if (vpnManager_->isConnecting()) {

@@ -381,6 +381,22 @@ TEST(BackgroundServiceLife, a_state_that_has_gone_makes_every_step_a_no_op) {
   EXPECT_TRUE(app.machine.tunnel.calls().empty());
 }
 
+TEST(BackgroundServiceLife, a_state_that_goes_while_the_tunnel_is_looked_at_leaves_the_tunnel_alone) {
+  TestApplication app(asParent());
+  auto state = std::make_shared<ChildAppState>(app.machine.settings, app.machine.dispatch);
+  state->saveEnrollment("d1", endpoint, std::nullopt, std::string(TestApplication::serviceRoot));
+  app.background().start(state);
+  app.advance(10s);
+  app.machine.tunnel.setStatus(TunnelStatus::disconnected);
+  app.advance(5s);
+  ASSERT_TRUE(app.vpn().isConfigured());
+  ASSERT_FALSE(app.vpn().isConnected());
+  state.reset();
+  app.machine.tunnel.forgetCalls();
+  app.advance(1min);
+  EXPECT_TRUE(app.machine.tunnel.calls().empty());
+}
+
 TEST(BackgroundServiceLife, an_answer_after_its_end_is_dropped) {
   TestApplication app(asEnrolledChild());
   app.machine.http.hold();
