@@ -1,20 +1,15 @@
 #include "platform/linux/linux_device_info.h"
 
-#include <unicode/locid.h>
 #include <unicode/timezone.h>
 #include <unicode/unistr.h>
 
 #include <memory>
 #include <utility>
 
+#include "platform/linux/date_locale.h"
+
 namespace quillmar {
 namespace {
-
-// The bare "C" locale is meant for programs; people get the plainest one of their own.
-std::string defaultLocale() {
-  const std::string name = icu::Locale::getDefault().getName();
-  return name.empty() || name == "en_US_POSIX" || name == "c" ? "en_US" : name;
-}
 
 std::string defaultTimeZone() {
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
@@ -28,6 +23,6 @@ std::string defaultTimeZone() {
 LinuxDeviceInfo::LinuxDeviceInfo() : LinuxDeviceInfo(Sources()) {}
 
 LinuxDeviceInfo::LinuxDeviceInfo(Sources sources)
-    : sources_(std::move(sources)), locale_(defaultLocale()), timeZone_(defaultTimeZone()) {}
+    : sources_(std::move(sources)), locale_(dateLocale()), timeZone_(defaultTimeZone()) {}
 
 }  // namespace quillmar

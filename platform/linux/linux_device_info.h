@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// The machine as systemd and ICU describe it.
+// The machine as systemd, the environment and ICU describe it.
 class LinuxDeviceInfo final : public DeviceInfo {
  public:
   using Sources = MachineNameSources;
