@@ -24,12 +24,12 @@
 #include "programs/control/work_place.h"
 #include "sandbox/service.h"
 #include "tests/programs/enrolled_device.h"
+#include "tests/programs/program_session.h"
 #include "tests/programs/pseudo_terminal.h"
 #include "tests/programs/terminal_picture.h"
 #include "tests/sandbox/support/run_command.h"
 #include "tests/support/recording_log.h"
 #include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar::agent {
 namespace {
@@ -38,11 +38,13 @@ namespace fs = std::filesystem;
 using sandbox::test::CommandResult;
 using sandbox::test::runCommand;
 using sandbox::test::RunningProgram;
+using test::operator+;
+using test::programFor;
 using test::PseudoTerminal;
+using test::Words;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
-using Words = std::vector<std::string>;
 
 std::string after(const std::string& text, const std::string& mark) {
   const auto start = text.find(mark);
@@ -53,37 +55,13 @@ std::string after(const std::string& text, const std::string& mark) {
 
 // The program as it is installed, on a device of its own, against a real service.
 struct AgentProgram : testing::Test {
-  AgentProgram() { fs::permissions(runtime.path(), fs::perms::owner_all); }
-
-  Words words(const Words& command) const {
-    Words all{QUILLMAR_AGENT,
-              "--data-dir",
-              data.string(),
-              "--service",
-              service->secureUrl(),
-              "--ca-file",
-              service->caFile().string(),
-              "--simulate-tunnel"};
-    all.insert(all.end(), command.begin(), command.end());
-    return all;
-  }
-  Words environment(const std::string& locale = "C.UTF-8") const {
-    return {"PATH=/usr/bin:/bin", "HOME=" + runtime.path().string(),
-            "XDG_RUNTIME_DIR=" + runtime.path().string(), "LC_ALL=" + locale, "TERM=xterm"};
-  }
-  Words withEnvironment(const Words& command, const Words& more = {}) const {
-    Words all{"env", "-i"};
-    for (const Words& part : {environment(), more, words(command)}) {
-      all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-  }
+  Words words(const Words& command) const { return programFor(QUILLMAR_AGENT, data, *service, command); }
 
   CommandResult call(const Words& command, const std::string& input = {}) const {
-    return runCommand(withEnvironment(command), input);
+    return runCommand(session.running(words(command)), input);
   }
   std::unique_ptr<RunningProgram> start(const Words& command, const Words& more = {}) const {
-    return std::make_unique<RunningProgram>(withEnvironment(command, more));
+    return std::make_unique<RunningProgram>(session.running(words(command), more));
   }
   void enroll() const { test::enrollDevice(*service, data); }
   void failAlways() const {
@@ -94,10 +72,10 @@ struct AgentProgram : testing::Test {
   std::ptrdiff_t checkins() const { return test::checkinsAt(*service); }
 
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
-  const TemporaryDirectory runtime;
-  const TemporaryDirectory home;
-  const fs::path data = home.path() / "data";
-  const ScopedEnvironment session{"XDG_RUNTIME_DIR", runtime.path().c_str()};
+  const test::ProgramSession session;
+  const fs::path data = session.home() / "data";
+  // For what the test itself asks of the programs.
+  const ScopedEnvironment ownSession{"XDG_RUNTIME_DIR", session.runtime().c_str()};
 };
 
 TEST_F(AgentProgram, says_how_it_is_used_when_it_is_misused) {
@@ -115,7 +93,7 @@ TEST_F(AgentProgram, on_a_device_that_is_not_enrolled_makes_nothing_and_says_so)
 }
 
 TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
-  PseudoTerminal terminal(words({"enroll"}), environment());
+  PseudoTerminal terminal(words({"enroll"}), session.environment());
   const std::string shown = terminal.readUntil("Waiting for parent to complete enrollment...");
   const std::string code = after(shown, "Enrollment Code: ");
   const auto scanned = recogniseCodes(pictureOf(shown).view());
@@ -137,7 +115,7 @@ TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
 }
 
 TEST_F(AgentProgram, enrolls_in_a_terminal_without_utf8) {
-  PseudoTerminal terminal(words({"enroll"}), environment("C"));
+  PseudoTerminal terminal(words({"enroll"}), session.environment({"LC_ALL=C"}));
   const std::string shown = terminal.readUntil("Waiting for parent");
   const auto scanned = recogniseCodes(pictureOf(shown).view());
   ASSERT_TRUE(scanned.ok());
@@ -157,7 +135,7 @@ TEST_F(AgentProgram, enrolls_where_there_is_no_terminal_at_all) {
 }
 
 TEST_F(AgentProgram, cancels_on_control_c) {
-  PseudoTerminal terminal(words({"enroll"}), environment());
+  PseudoTerminal terminal(words({"enroll"}), session.environment());
   terminal.readUntil("Waiting for parent");
   terminal.type("\x03");
   EXPECT_THAT(terminal.readToEnd(), HasSubstr("Cancelled. This device is not enrolled.\r\n"));
@@ -166,7 +144,7 @@ TEST_F(AgentProgram, cancels_on_control_c) {
 }
 
 TEST_F(AgentProgram, cancels_when_its_terminal_is_closed) {
-  PseudoTerminal terminal(words({"enroll"}), environment());
+  PseudoTerminal terminal(words({"enroll"}), session.environment());
   const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
   terminal.hangUp();
   EXPECT_EQ(terminal.wait(), 1);
@@ -205,11 +183,11 @@ TEST_F(AgentProgram, keeps_an_enrolled_device_protected_until_it_is_told_to_stop
   EXPECT_EQ(checkins(), 2);
   EXPECT_EQ(run->end(SIGTERM), 0);
   EXPECT_EQ(call({"status"}).status, 6);
-  EXPECT_TRUE(fs::is_empty(runtime.path() / "quillmar"));
+  EXPECT_TRUE(fs::is_empty(session.runtime() / "quillmar"));
 }
 
 TEST_F(AgentProgram, tells_the_service_manager_that_it_is_ready_alive_and_going) {
-  const fs::path path = runtime.path() / "notify";
+  const fs::path path = session.runtime() / "notify";
   FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -296,7 +274,7 @@ TEST_F(AgentProgram, that_waits_for_an_enrollment_begins_when_it_is_done) {
   auto run = start({"run"});
   EXPECT_EQ(run->readLine(), "This device is not enrolled. Waiting for that.");
   {
-    PseudoTerminal terminal(words({"enroll"}), environment());
+    PseudoTerminal terminal(words({"enroll"}), session.environment());
     const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
     ASSERT_TRUE(service->approve(code)) << code;
     static_cast<void>(terminal.readToEnd());
@@ -317,7 +295,7 @@ TEST_F(AgentProgram, is_not_disturbed_by_an_enrollment_that_is_not_needed) {
 
 TEST_F(AgentProgram, asks_before_it_resets) {
   enroll();
-  PseudoTerminal terminal(words({"reset"}), environment());
+  PseudoTerminal terminal(words({"reset"}), session.environment());
   EXPECT_THAT(
       terminal.readUntil("[y/N]"),
       HasSubstr("This will remove this device from parental monitoring. You will need to enroll again."));
@@ -361,7 +339,7 @@ TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));
-  fs::remove_all(runtime.path() / "quillmar");
+  fs::remove_all(session.runtime() / "quillmar");
   const auto status = call({"status"});
   EXPECT_EQ(status.status, 6);
   EXPECT_THAT(status.output, HasSubstr("Kept up by   a program that can't be asked at the moment"));
@@ -407,7 +385,7 @@ TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
   }
   std::ofstream(data / "filler") << std::string(300 * 1024, 'x');
   {
-    PseudoTerminal terminal(words({"enroll"}), environment());
+    PseudoTerminal terminal(words({"enroll"}), session.environment());
     const std::string code = after(terminal.readUntil("Waiting for parent"), "Enrollment Code: ");
     EXPECT_TRUE(service->approve(code));
     EXPECT_THAT(terminal.readUntil("this program waits."), HasSubstr("The enrollment can't be saved yet."));
@@ -424,13 +402,10 @@ TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
 // One of many enrollments at once, each on a device of its own.
 struct Killed : AgentProgram {
   std::unique_ptr<RunningProgram> startIn(const fs::path& directory, const Words& more) const {
-    Words all{"env", "-i", "LD_PRELOAD=" QUILLMAR_KILL_POINT};
-    for (const Words& part : {environment(), more,
-                              Words{QUILLMAR_AGENT, "--data-dir", directory.string(), "--service",
-                                    service->url(), "--simulate-tunnel", "enroll"}}) {
-      all.insert(all.end(), part.begin(), part.end());
-    }
-    return std::make_unique<RunningProgram>(all);
+    return std::make_unique<RunningProgram>(
+        session.running({QUILLMAR_AGENT, "--data-dir", directory.string(), "--service", service->url(),
+                         "--simulate-tunnel", "enroll"},
+                        more + Words{"LD_PRELOAD=" QUILLMAR_KILL_POINT}));
   }
   void approve(RunningProgram& program) const {
     if (const auto code = after(program.readUntil("Enrollment Code: "), "Enrollment Code: "); !code.empty()) {
@@ -438,20 +413,17 @@ struct Killed : AgentProgram {
     }
   }
   std::string statusIn(const fs::path& directory) const {
-    Words all{"env", "-i"};
-    for (const Words& part : {environment(), Words{QUILLMAR_AGENT, "--data-dir", directory.string(),
-                                                   "--simulate-tunnel", "status", "--json"}}) {
-      all.insert(all.end(), part.begin(), part.end());
-    }
-    return runCommand(all).output;
+    return runCommand(session.running({QUILLMAR_AGENT, "--data-dir", directory.string(), "--simulate-tunnel",
+                                       "status", "--json"}))
+        .output;
   }
 };
 
 TEST_F(Killed, at_any_of_fifty_points_leaves_a_device_that_is_enrolled_or_not) {
   constexpr long points = 50;
-  const fs::path counted = home.path() / "count";
+  const fs::path counted = session.home() / "count";
   {
-    auto whole = startIn(home.path() / "whole", {"QUILLMAR_KILL_COUNT=" + counted.string()});
+    auto whole = startIn(session.home() / "whole", {"QUILLMAR_KILL_COUNT=" + counted.string()});
     approve(*whole);
     ASSERT_EQ(whole->end(0), 0);
   }
@@ -459,7 +431,7 @@ TEST_F(Killed, at_any_of_fifty_points_leaves_a_device_that_is_enrolled_or_not) {
   std::ifstream(counted) >> total;
   ASSERT_GE(total, points);
 
-  const auto directoryOf = [this](long point) { return home.path() / std::to_string(point); };
+  const auto directoryOf = [this](long point) { return session.home() / std::to_string(point); };
   std::vector<std::unique_ptr<RunningProgram>> programs;
   for (long point = 0; point < points; ++point) {
     const long number = 1 + point * (total - 1) / (points - 1);

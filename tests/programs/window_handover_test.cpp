@@ -5,12 +5,11 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "sandbox/service.h"
 #include "tests/programs/enrolled_device.h"
+#include "tests/programs/program_session.h"
 #include "tests/sandbox/support/run_command.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {
@@ -19,30 +18,16 @@ namespace fs = std::filesystem;
 using sandbox::test::CommandResult;
 using sandbox::test::runCommand;
 using sandbox::test::RunningProgram;
+using test::operator+;
+using test::programFor;
+using test::Words;
 using testing::HasSubstr;
-using Words = std::vector<std::string>;
-
-Words operator+(Words words, const Words& more) {
-  words.insert(words.end(), more.begin(), more.end());
-  return words;
-}
 
 // A desktop with a display, on which the programs run as a person would start them.
 struct Desktop : testing::Test {
-  Desktop() { fs::permissions(runtime.path(), fs::perms::owner_all); }
-
   Words inSession(const Words& words) const {
-    return Words{"env",
-                 "-i",
-                 "PATH=/usr/bin:/bin",
-                 "LC_ALL=C.UTF-8",
-                 "QT_QPA_PLATFORM=xcb",
-                 "QT_QUICK_BACKEND=software",
-                 "DISPLAY=:" + display,
-                 "HOME=" + home.path().string(),
-                 "XDG_DATA_HOME=" + home.path().string(),
-                 "XDG_RUNTIME_DIR=" + runtime.path().string()} +
-           words;
+    return session.running(words, {"QT_QPA_PLATFORM=xcb", "QT_QUICK_BACKEND=software", "DISPLAY=:" + display,
+                                   "XDG_DATA_HOME=" + session.home().string()});
   }
   CommandResult call(const Words& words) const { return runCommand(inSession(words)); }
   std::unique_ptr<RunningProgram> start(const Words& words) const {
@@ -56,8 +41,7 @@ struct Desktop : testing::Test {
     return call(Words{"xdotool", "search", "--sync", "--onlyvisible", "--name", "Quillmar"} + deed);
   }
 
-  const TemporaryDirectory runtime;
-  const TemporaryDirectory home;
+  const test::ProgramSession session;
   RunningProgram screen{{"Xvfb", "-displayfd", "1", "-screen", "0", "1024x768x24"}};
   const std::string display = screen.readLine();
 };
@@ -67,19 +51,11 @@ struct ChildsDesktop : Desktop {
   ChildsDesktop() { test::enrollDevice(*service, data); }
 
   Words withOptions(const std::string& program, const Words& command = {}) const {
-    return Words{program,
-                 "--data-dir",
-                 data.string(),
-                 "--service",
-                 service->secureUrl(),
-                 "--ca-file",
-                 service->caFile().string(),
-                 "--simulate-tunnel"} +
-           command;
+    return programFor(program, data, *service, command);
   }
 
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
-  const fs::path data = home.path() / "data";
+  const fs::path data = session.home() / "data";
 };
 
 TEST_F(ChildsDesktop, a_window_takes_the_work_over_and_gives_it_back_when_it_is_closed) {
@@ -129,7 +105,7 @@ TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {
 // The installation that desktops mean, on a bus of its own: its closed window comes back, as a new one.
 TEST_F(Desktop, shows_the_window_that_is_called_by_its_name_on_the_bus) {
   const auto service = std::move(*sandbox::Service::start({}));
-  test::enrollDevice(*service, home.path() / "quillmar");
+  test::enrollDevice(*service, session.home() / "quillmar");
   const std::string script = R"(
     find_window() { timeout 60 xdotool search --sync --onlyvisible --name Quillmar "$@"; }
     "$1" & window=$!
