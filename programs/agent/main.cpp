@@ -23,6 +23,10 @@ constexpr std::array<std::pair<Command, ExitStatus (*)(const Options&)>, 6> comm
 }};
 
 ExitStatus carryOut(const Options& options) {
+  if (const auto problem = quillmar::problemWithAuthorities(options.caFile)) {
+    complain(*problem);
+    return ExitStatus::noAuthorities;
+  }
   for (const auto& [command, work] : commands) {
     if (command == options.command) {
       return work(options);

@@ -45,7 +45,8 @@ First steps:
 
 Exit status: 0 done; 1 failed; 2 wrong usage; 3 this device is not enrolled;
 4 this is a parent's device; 5 another program of this installation is in the
-way; 6 enrolled, but not protected at the moment; 130 cancelled.
+way; 6 enrolled, but not protected at the moment; 7 the file of --ca-file
+can't be used; 130 cancelled.
 )";
 
 constexpr auto commandWords = std::to_array<CommandWord>({

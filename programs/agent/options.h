@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/authority_file.h"
+
 namespace quillmar::agent {
 
 // What the program ends with, for scripts. They are part of its interface.
@@ -17,6 +19,7 @@ enum class ExitStatus {
   parentsDevice = 4,
   busy = 5,
   notProtected = 6,
+  noAuthorities = unusableAuthorities,
   cancelled = 130
 };
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/linux/authority_file.h"
 #include "programs/driver/driver.h"
 
 namespace {
@@ -80,6 +81,10 @@ int main(int argc, char** argv) {
   if (!options) {
     std::cerr << usage;
     return 2;
+  }
+  if (const auto problem = quillmar::problemWithAuthorities(options->caFile)) {
+    std::cerr << "quillmar-driver: " << *problem << '\n';
+    return quillmar::unusableAuthorities;
   }
   std::signal(SIGPIPE, SIG_IGN);
   quillmar::driver::Driver driver(*options, writeLine);

@@ -11,6 +11,7 @@
 #include "app/quillmar_app.h"
 #include "app/role_manager.h"
 #include "child/child_app_state.h"
+#include "platform/linux/authority_file.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/libsecret_item_store.h"
 #include "programs/control/autostart.h"
@@ -156,9 +157,21 @@ Entrance enter(const Options& options) {
   return {.lock = std::move(place.lock), .exitStatus = {}};
 }
 
+// Said once, at the start, and not by each call to the service.
+bool canTrust(const Options& options) {
+  const auto problem = quillmar::problemWithAuthorities(options.caFile);
+  if (problem) {
+    QTextStream(stderr) << "quillmar: " << problem->c_str() << '\n';
+  }
+  return !problem;
+}
+
 int runDoctor(int count, char** arguments) {
   const QCoreApplication application(count, arguments);
   const Options options = quillmar::parseOptions(application);
+  if (!canTrust(options)) {
+    return quillmar::unusableAuthorities;
+  }
   quillmar::LibsecretItemStore keyring;
   const bool isFit = quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
                                                        .service = options.service,
@@ -184,6 +197,9 @@ int main(int count, char** arguments) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
 
   Options options = quillmar::parseOptions(application);
+  if (!canTrust(options)) {
+    return quillmar::unusableAuthorities;
+  }
   const Entrance entrance = enter(options);
   if (entrance.exitStatus) {
     return *entrance.exitStatus;

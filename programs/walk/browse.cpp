@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "app/settings_keys.h"
+#include "platform/linux/authority_file.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "programs/walk/dns_client.h"
@@ -30,6 +31,10 @@ int main(int count, char** arguments) {
   parser.process(application);
   if (!parser.isSet("data-dir")) {
     parser.showHelp(2);
+  }
+  if (const auto problem = quillmar::problemWithAuthorities(parser.value("ca-file").toStdString())) {
+    QTextStream(stderr) << "quillmar-browse: " << problem->c_str() << '\n';
+    return quillmar::unusableAuthorities;
   }
   quillmar::SystemLog log("quillmar-browse");
   const quillmar::SqliteSettingsStore settings(parser.value("data-dir").toStdString(), log);

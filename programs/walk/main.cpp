@@ -14,6 +14,7 @@
 #include "console/device_list_view.h"
 #include "console/scanner_view.h"
 #include "identity/register_view.h"
+#include "platform/linux/authority_file.h"
 #include "programs/walk/dns_client.h"
 #include "tests/support/network_session.h"
 #include "tests/ui/support/ui_stage.h"
@@ -165,6 +166,10 @@ int main(int count, char** arguments) {
   parser.process(application);
   if (parser.positionalArguments().size() != 1 || !parser.isSet("service")) {
     parser.showHelp(2);
+  }
+  if (const auto problem = quillmar::problemWithAuthorities(parser.value("ca-file").toStdString())) {
+    QTextStream(stderr) << "quillmar-walk: " << problem->c_str() << '\n';
+    return quillmar::unusableAuthorities;
   }
   const QDir directory(parser.positionalArguments().constFirst());
   if (!directory.mkpath(QStringLiteral("."))) {

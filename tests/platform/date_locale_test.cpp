@@ -27,9 +27,9 @@ TEST(DateLocale, of_an_environments_name_is_the_one_that_icu_knows_it_by) {
 
 TEST(DateLocale, of_a_name_that_means_nothing_to_people_is_a_plain_one) {
   for (const std::string name :
-       {"", "C", "POSIX", "C.UTF-8", "C.utf8", "xx_YY", "xx_YY.UTF-8@latin", "root", "und", "_DE", ".UTF-8", "@latin",
-        "german", "d", "de_DE_extra", "de_D3", "../de", "de\n", "1", "\xff\xfe", "%s%n", "x-private",
-        "@calendar=buddhist"}) {
+       {"",      "C",    "POSIX",  "C.UTF-8",  "C.utf8", "xx_YY",     "xx_YY.UTF-8@latin", "root",
+        "und",   "_DE",  ".UTF-8", "@latin",   "german", "d",         "de_DE_extra",       "de_D3",
+        "../de", "de\n", "1",      "\xff\xfe", "%s%n",   "x-private", "@calendar=buddhist"}) {
     EXPECT_EQ(icuLocale(name), "en_US") << name;
   }
   EXPECT_EQ(icuLocale(std::string(100000, 'x')), "en_US");
