@@ -6,8 +6,8 @@
 
 namespace quillmar {
 
-// What is wrong with a file of certificate authorities (PEM) that a person named, as a sentence; nothing where
-// they can be trusted from it, or where no file was named.
+// What is wrong with a file of certificate authorities (PEM) that a person named, as a sentence; nothing
+// where they can be trusted from it, or where no file was named.
 std::optional<std::string> problemWithAuthorities(const std::filesystem::path& path);
 
 // What every program ends with then, before it begins anything.

@@ -1,6 +1,7 @@
 #include "programs/control/control_server.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 
@@ -13,7 +14,6 @@
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <optional>
-#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -59,6 +59,12 @@ FileDescriptor listenAt(const fs::path& path) {
     return {};
   }
   return socket;
+}
+
+// Who only has nothing more to say listens still.
+bool hasGone(int socket) {
+  pollfd state{.fd = socket, .events = 0, .revents = 0};
+  return ::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR)) != 0;
 }
 
 }  // namespace
@@ -109,6 +115,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     Protocol::socket socket;
     asio::steady_timer patience;
     std::string line;
+    bool hasAsked = false;
   };
   using GuestPtr = std::shared_ptr<Guest>;
 
@@ -137,11 +144,28 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
         acceptLater();
         return;
       }
-      if (guests_.size() < mostGuests && isOurs(socket.native_handle())) {
-        hear(*guests_.insert(std::make_shared<Guest>(std::move(socket))).first);
+      if (isOurs(socket.native_handle()) && makeRoom()) {
+        hear(guests_.emplace_back(std::make_shared<Guest>(std::move(socket))));
       }
       accept();
     });
+  }
+
+  // For one more guest: those who have gone do not keep it out, nor do those who say nothing.
+  bool makeRoom() {
+    if (guests_.size() >= mostGuests) {
+      std::erase_if(guests_, [](const GuestPtr& guest) { return hasGone(guest->socket.native_handle()); });
+    }
+    if (guests_.size() >= mostGuests) {
+      const auto silent =
+          std::ranges::find_if(guests_, [](const GuestPtr& guest) { return !guest->hasAsked; });
+      if (silent != guests_.end()) {
+        ErrorCode error;
+        (*silent)->socket.close(error);
+        guests_.erase(silent);
+      }
+    }
+    return guests_.size() < mostGuests;
   }
 
   // A process without any file left gets one back some time.
@@ -161,8 +185,9 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
                            [this, guest](ErrorCode error, std::size_t size) {
                              guest->patience.cancel();
                              if (error) {
-                               guests_.erase(guest);
+                               std::erase(guests_, guest);
                              } else {
+                               guest->hasAsked = true;
                                ask(guest, guest->line.substr(0, size - 1));
                              }
                            });
@@ -184,7 +209,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     asio::post(context_, [this, known, message = std::make_shared<Message>(std::move(message))] {
       if (const auto guest = known.lock()) {
         sendMessage(guest->socket.native_handle(), *message);
-        guests_.erase(guest);
+        std::erase(guests_, guest);
       }
     });
   }
@@ -196,7 +221,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   const asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
   Protocol::acceptor acceptor_{context_};
   asio::steady_timer pause_{context_};
-  std::set<GuestPtr> guests_;
+  std::vector<GuestPtr> guests_;  // in the order of their coming
   fs::path path_;
   std::optional<FileIdentity> identity_;
   std::thread thread_;

@@ -11,8 +11,8 @@
 namespace quillmar::control {
 
 // Lets other processes of this user speak to the one that does an installation's work: a line each way, then
-// the end. Whoever says nothing, too much, or is somebody else's process is let go. On a thread of its own,
-// which sleeps while nobody speaks.
+// the end. Whoever says nothing, too much, or is somebody else's process is let go; of a crowd, those first
+// who have gone or say nothing. On a thread of its own, which sleeps while nobody speaks.
 class ControlServer {
  public:
   // May be called once, on any thread, while the process lives; nobody hears it once the guest or the server

@@ -22,11 +22,10 @@ struct AuthoritiesOfPrograms : testing::Test {
   std::vector<Words> programs() const {
     const Words service{"--service", "https://localhost:1"};
     const Words installation = Words{"--data-dir", data.string()} + service;
-    std::vector<Words> all{Words{QUILLMAR_PROGRAM} + installation,
-                           Words{QUILLMAR_PROGRAM, "doctor"} + installation,
-                           Words{QUILLMAR_DRIVER} + installation,
-                           Words{QUILLMAR_WALK, data.string()} + service,
-                           Words{QUILLMAR_BROWSE, "--data-dir", data.string()}};
+    std::vector<Words> all{
+        Words{QUILLMAR_PROGRAM} + installation, Words{QUILLMAR_PROGRAM, "doctor"} + installation,
+        Words{QUILLMAR_DRIVER} + installation, Words{QUILLMAR_WALK, data.string()} + service,
+        Words{QUILLMAR_BROWSE, "--data-dir", data.string()}};
     for (const char* command : {"enroll", "run", "status", "sync", "reset", "doctor"}) {
       all.push_back(Words{QUILLMAR_AGENT, command} + installation);
     }

@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -78,7 +80,7 @@ class ControlSocket : public testing::Test {
   std::string say(const std::string& line) const {
     const auto socket = connectTo(place());
     EXPECT_TRUE(socket);
-    EXPECT_TRUE(sendMessage(socket.get(), {line}));
+    sendMessage(socket.get(), {line});
     const auto answer = receiveMessage(socket.get(), patience);
     return answer ? answer->line : "(nothing)";
   }
@@ -153,17 +155,72 @@ TEST_F(ControlSocket, serves_others_beside_those_who_say_nothing) {
   EXPECT_TRUE(silent);
 }
 
-TEST_F(ControlSocket, turns_away_a_crowd_and_serves_again_when_it_goes) {
-  serve();
-  std::vector<FileDescriptor> crowd;
-  for (int i = 0; i < 40; ++i) {
-    crowd.push_back(connectTo(place()));
+// The main thread is kept from answering, so that those who have asked wait.
+struct FullControlSocket : ControlSocket {
+  FullControlSocket() {
+    serve([this](const std::string& line, const ControlServer::Reply& reply) {
+      if (line == "wait") {
+        waiting.push_back(reply);
+        ++asked;
+        asked.notify_all();
+      } else {
+        answerWithLine(line, reply);
+      }
+    });
   }
-  // Those beyond the limit are let go at once.
-  EXPECT_FALSE(receiveMessage(crowd.back().get(), patience));
-  for (FileDescriptor& guest : crowd) {
-    sendMessage(guest.get(), {"bye"});
-    receiveMessage(guest.get(), patience);
+  ~FullControlSocket() override { stop(); }
+
+  std::vector<FileDescriptor> connectMany(std::size_t count) const {
+    std::vector<FileDescriptor> crowd(count);
+    std::ranges::generate(crowd, [this] { return connectTo(place()); });
+    return crowd;
+  }
+  // Each has been heard when this returns.
+  std::vector<FileDescriptor> askMany(std::size_t count) {
+    const std::size_t before = asked;
+    auto crowd = connectMany(count);
+    for (const FileDescriptor& guest : crowd) {
+      EXPECT_TRUE(sendMessage(guest.get(), {"wait"}));
+    }
+    for (std::size_t now = asked; now < before + count; now = asked) {
+      asked.wait(now);
+    }
+    return crowd;
+  }
+
+  static constexpr std::size_t room = 16;
+  std::vector<ControlServer::Reply> waiting;
+  std::atomic<std::size_t> asked = 0;
+};
+
+TEST_F(FullControlSocket, lets_those_go_who_have_said_nothing_for_the_longest_time) {
+  const auto silent = connectMany(room + 1);
+  EXPECT_EQ(say("hello"), "heard hello");
+  EXPECT_FALSE(receiveMessage(silent.front().get(), patience)) << "it was let go";
+  ASSERT_TRUE(sendMessage(silent.back().get(), {"late"}));
+  EXPECT_EQ(receiveMessage(silent.back().get(), patience)->line, "heard late");
+}
+
+TEST_F(FullControlSocket, has_room_again_when_those_who_asked_have_gone) {
+  askMany(room).clear();
+  EXPECT_EQ(say("hello"), "heard hello");
+}
+
+TEST_F(FullControlSocket, keeps_those_who_wait_for_their_answers) {
+  auto crowd = askMany(room - 1);
+  // One has said all that it will say, and listens still.
+  ::shutdown(crowd.front().get(), SHUT_WR);
+  const auto silent = connectMany(1);
+  EXPECT_EQ(say("hello"), "heard hello");
+  crowd.push_back(std::move(askMany(1).front()));
+  EXPECT_EQ(say("hello"), "(nothing)") << "there is no room among those who wait";
+  onMain([this](ControlServer& /*its replies*/) {
+    for (const auto& reply : waiting) {
+      reply({"at last"});
+    }
+  });
+  for (const FileDescriptor& guest : crowd) {
+    EXPECT_EQ(receiveMessage(guest.get(), patience)->line, "at last");
   }
   EXPECT_EQ(say("hello"), "heard hello");
 }
