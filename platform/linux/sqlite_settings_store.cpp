@@ -29,6 +29,7 @@ using Values = std::map<std::string, SettingValue, std::less<>>;
 constexpr int busyTimeout = 2000;  // milliseconds
 constexpr auto companions = std::to_array<std::string_view>({"", "-wal", "-shm"});
 
+constexpr std::string_view writeAhead = "PRAGMA journal_mode=WAL";
 constexpr std::string_view schema =
     "CREATE TABLE IF NOT EXISTS settings(key TEXT PRIMARY KEY, kind TEXT NOT NULL, value ANY NOT NULL)"
     " STRICT, WITHOUT ROWID";
@@ -316,21 +317,43 @@ class SqliteSettingsStore::Impl {
     return result == SQLITE_OK;
   }
 
-  // SQLite gives its companion files the mode of the first one.
-  void makePrivate() const {
-    const FileDescriptor created(
-        ::open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (!created) {
-      ::chmod(file_.c_str(), S_IRUSR | S_IWUSR);
+  // Whole from its first moment on: whoever is killed meanwhile leaves nothing that looks damaged.
+  int create() const {
+    const fs::path draft = file_.string() + ".new";
+    std::error_code error;
+    fs::remove(draft, error);
+    const FileDescriptor made(
+        ::open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    int result = made ? execute(openDatabase(draft.string(), SQLITE_OPEN_READWRITE).get(), writeAhead)
+                      : SQLITE_CANTOPEN;
+    if (result == SQLITE_OK) {
+      fs::rename(draft, file_, error);
+      result = error ? SQLITE_CANTOPEN : SQLITE_OK;
     }
+    fs::remove(draft, error);
+    return result;
+  }
+
+  // SQLite would take a file that has lost all that was in it for a new one.
+  bool isEmptied() const {
+    std::error_code error;
+    return fs::is_regular_file(file_, error) && fs::file_size(file_, error) == 0;
   }
 
   int openFile() {
-    makePrivate();
+    if (std::error_code error; fs::symlink_status(file_, error).type() == fs::file_type::not_found) {
+      if (const int result = create(); result != SQLITE_OK) {
+        return result;
+      }
+    }
+    if (isEmptied()) {
+      return SQLITE_NOTADB;
+    }
+    // SQLite gives its companion files the mode of the first one.
+    ::chmod(file_.c_str(), S_IRUSR | S_IWUSR);
     database_ = openDatabase(file_.string(), SQLITE_OPEN_READWRITE);
     int result = sqlite3_errcode(database_.get());
-    for (const auto& step : {std::string_view("PRAGMA journal_mode=WAL"),
-                             std::string_view("PRAGMA synchronous=NORMAL"), schema}) {
+    for (const auto& step : {writeAhead, std::string_view("PRAGMA synchronous=NORMAL"), schema}) {
       result = result == SQLITE_OK ? execute(database_.get(), step) : result;
     }
     result = result == SQLITE_OK ? check(database_.get()) : result;

@@ -322,11 +322,34 @@ TEST_F(SqliteSettingsStoreTest, what_is_set_aside_replaces_nothing_that_was_set_
   EXPECT_THAT(filesSetAside(), SizeIs(3));
 }
 
-TEST_F(SqliteSettingsStoreTest, an_empty_file_is_a_new_store_and_not_a_damaged_one) {
-  std::ofstream(file()).flush();
+TEST_F(SqliteSettingsStoreTest, a_file_that_has_lost_all_that_was_in_it_is_set_aside) {
+  fill();
+  fs::resize_file(file(), 0);
+  expectSetAside("");
+}
+
+// What an unfinished start leaves is no file of settings yet.
+TEST_F(SqliteSettingsStoreTest, a_first_start_without_room_leaves_nothing_that_looks_damaged) {
+  SteerableVfs disk;
+  disk.setFull(true);
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("key", true);
+  EXPECT_FALSE(fs::exists(file()));
+  EXPECT_THAT(log.printed(), SizeIs(1));
+  disk.setFull(false);
+  store.set("other", true);
+  EXPECT_THAT(open().all(), SizeIs(2));
+  EXPECT_THAT(filesSetAside(), IsEmpty());
+  EXPECT_THAT(log.printed(), SizeIs(1));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_start_that_was_killed_before_its_first_file_was_whole_is_begun_anew) {
+  std::ofstream(file(".new")) << "half";
   open().set("key", true);
   EXPECT_TRUE(open().boolean("key"));
   EXPECT_THAT(filesSetAside(), IsEmpty());
+  EXPECT_FALSE(fs::exists(file(".new")));
+  EXPECT_THAT(log.printed(), IsEmpty());
 }
 
 TEST_F(SqliteSettingsStoreTest, a_value_of_a_kind_from_the_future_is_skipped) {
