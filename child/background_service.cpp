@@ -22,6 +22,14 @@ std::string warningFor(const VPNDNSError& error) {
   }
 }
 
+std::optional<Error> errorIn(const Result<CheckinResponse>& checkin) {
+  if (!checkin.ok()) {
+    return checkin.error();
+  }
+  return checkin.value().status == "ok" ? std::nullopt
+                                        : std::optional<Error>(NetworkError::invalidResponse());
+}
+
 }  // namespace
 
 BackgroundService::BackgroundService(Dispatch& dispatch, Log& log, std::shared_ptr<NetworkService> service,
@@ -71,7 +79,8 @@ void BackgroundService::performCheckin() {
 
 void BackgroundService::handleCheckinResult(const Result<CheckinResponse>& result) {
   const auto state = childAppState_.lock();
-  if (!result.ok() || result.value().status != "ok") {
+  checkinError_ = errorIn(result);
+  if (checkinError_) {
     if (state) {
       state->isConnectedToServer = false;
     }

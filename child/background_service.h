@@ -7,6 +7,7 @@
 #include "child/child_app_state.h"
 #include "child/vpn_dns_manager.h"
 #include "client/network_service.h"
+#include "foundation/error.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"
 
@@ -29,6 +30,9 @@ class BackgroundService final : public ObservableObject {
                                       [this] { return checkinTimer_ != nullptr; }};
   Derived<bool> isVPNStatusTimerRunning{*this, "isVPNStatusTimerRunning",
                                         [this] { return vpnStatusTimer_ != nullptr; }};
+
+  // Why the last check-in did not succeed; nothing where it did.
+  const std::optional<Error>& checkinError() const { return checkinError_; }
 
   void start(const std::shared_ptr<ChildAppState>& childAppState);
   void stop();
@@ -53,6 +57,7 @@ class BackgroundService final : public ObservableObject {
   std::unique_ptr<Timer> checkinTimer_;
   std::unique_ptr<Timer> vpnStatusTimer_;
   std::weak_ptr<ChildAppState> childAppState_;
+  std::optional<Error> checkinError_;
 };
 
 // The type that every child's device reports, whatever it is.

@@ -10,9 +10,11 @@
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"
+#include "client/network_error.h"
 #include "foundation/date_format.h"
 #include "foundation/json.h"
 #include "foundation/json_decode.h"
+#include "platform/transport_error.h"
 
 namespace quillmar::control {
 namespace {
@@ -32,7 +34,24 @@ bool isEndOfCheckin(const ChildAppState& state, const Member& changed) {
          (&changed == &state.isConnectedToServer && !state.isConnectedToServer());
 }
 
+// The others never got as far as the service.
+bool isFromService(const Error& error) {
+  using Kind = TransportError::Kind;
+  if (const auto* transport = error.as<TransportError>()) {
+    return transport->kind == Kind::badServerResponse || transport->kind == Kind::httpTooManyRedirects;
+  }
+  return !(error == NetworkError::noRegionConfigured() || error == NetworkError::encodingError());
+}
+
 }  // namespace
+
+std::string checkinFailure(const Error& error) {
+  const std::string text = error.localizedDescription();
+  if (isFromService(error)) {
+    return "The service answered with an error: " + text;
+  }
+  return error.as<TransportError>() ? "The service can't be reached: " + text : text;
+}
 
 DeviceStatus statusOf(Environment& environment) {
   const DeviceRole role = environment.roleManager()->currentRole();
@@ -124,8 +143,10 @@ void ControlDesk::sync(ControlServer::Reply reply) {
 
 void ControlDesk::endSync() {
   const Subscription ended = std::exchange(checkins_, Subscription());
+  const auto& error = environment_.backgroundService()->checkinError();
+  const auto problem = error ? std::optional(checkinFailure(*error)) : std::nullopt;
   for (const auto& reply : std::exchange(syncing_, {})) {
-    reply({answer()});
+    reply({answer(problem)});
   }
 }
 

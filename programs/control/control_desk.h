@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/environment.h"
+#include "foundation/error.h"
 #include "foundation/signal.h"
 #include "programs/control/control_messages.h"
 #include "programs/control/control_server.h"
@@ -12,6 +13,10 @@
 namespace quillmar::control {
 
 DeviceStatus statusOf(Environment& environment);
+
+// What went wrong with a check-in, as a sentence that tells a service that is not there from one that answers
+// with an error.
+std::string checkinFailure(const Error& error);
 
 // Answers what other processes ask of the one that does the work. Main thread only.
 class ControlDesk {

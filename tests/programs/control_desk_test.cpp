@@ -127,6 +127,43 @@ TEST(ControlDesk, answers_a_sync_that_failed) {
   EXPECT_EQ(desk.replies.size(), 2U);
 }
 
+TEST(ControlDesk, tells_a_service_that_is_not_there_from_one_that_answers_with_an_error) {
+  using Kind = TransportError::Kind;
+  const std::string answered = "The service answered with an error: ";
+  const std::string unreached = "The service can't be reached: ";
+  for (const auto& [result, problem] :
+       {std::pair(httpAnswer(500, R"({"error":"Try later"})"), answered + "Try later"),
+        std::pair(httpAnswer(404, R"({"error":"Device not found"})"), answered + "Device not found"),
+        std::pair(httpAnswer(200, R"({"status":"unknown"})"), answered + "Invalid response from server"),
+        std::pair(httpAnswer(200, "<html>"),
+                  answered + "The data couldn’t be read because it isn’t in the correct format."),
+        std::pair(transportFailure(Kind::badServerResponse),
+                  answered + "There was a bad response from the server."),
+        std::pair(transportFailure(Kind::cannotConnectToHost),
+                  unreached + "Could not connect to the server."),
+        std::pair(transportFailure(Kind::notConnectedToInternet),
+                  unreached + "The Internet connection appears to be offline.")}) {
+    Desk desk(asEnrolledChild());
+    desk.app.machine.http.answerAlways("POST", "/device/checkin", result);
+    desk.ask("sync");
+    desk.app.settle();
+    EXPECT_EQ(desk.replies.front().error, problem);
+    desk.app.machine.http.answerAlways("POST", "/device/checkin", 200, R"({"status":"ok"})");
+    desk.ask("sync");
+    desk.app.settle();
+    EXPECT_EQ(desk.replies.back().error, std::nullopt);
+  }
+}
+
+TEST(ControlDesk, of_a_device_that_knows_no_service_says_that) {
+  auto stored = asEnrolledChild();
+  stored.erase(settings::apiBaseURL);
+  Desk desk(stored);
+  desk.ask("sync");
+  desk.app.settle();
+  EXPECT_EQ(desk.replies.front().error, "No region configured. Please select a region first.");
+}
+
 TEST(ControlDesk, answers_all_who_wait_for_one_checkin_and_each_once) {
   Desk desk(asEnrolledChild());
   desk.ask("sync");
