@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <string>
 #include <system_error>
@@ -60,8 +61,11 @@ bool createPrivateDirectory(const fs::path& directory) {
     return true;
   }
   fs::create_directories(directory.parent_path(), error);
-  ::mkdir(directory.c_str(), S_IRWXU);
-  return fs::is_directory(directory, error);
+  const bool isMade = ::mkdir(directory.c_str(), S_IRWXU) == 0;
+  const int cause = errno == EEXIST ? ENOTDIR : errno;
+  const bool isThere = isMade || fs::is_directory(directory, error);
+  errno = cause;
+  return isThere;
 }
 
 }  // namespace quillmar

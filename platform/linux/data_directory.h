@@ -17,7 +17,7 @@ std::filesystem::path configDirectory();
 std::optional<std::filesystem::path> runtimeDirectory();
 
 // Makes the directory, readable by its user only; one that exists stays as it is. False when there is none
-// afterwards.
+// afterwards; `errno` then says why.
 bool createPrivateDirectory(const std::filesystem::path& directory);
 
 }  // namespace quillmar

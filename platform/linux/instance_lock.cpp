@@ -15,10 +15,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Nothing but an error number where there is no such file and none can be made. To hold a lock on it takes no
+// right to write it.
 FileDescriptor openLockFile(const fs::path& file) {
-  return createPrivateDirectory(file.parent_path())
-             ? FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR))
-             : FileDescriptor();
+  if (!createPrivateDirectory(file.parent_path())) {
+    return {};
+  }
+  FileDescriptor writable(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+  const int error = errno;
+  FileDescriptor readable(writable ? -1 : ::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+  errno = error;
+  return writable ? std::move(writable) : std::move(readable);
 }
 
 // A lock on a file that has been removed meanwhile keeps nobody else out.
@@ -52,6 +59,10 @@ FileDescriptor waitFor(const fs::path& path) {
 
 std::optional<InstanceLock> InstanceLock::acquire(const fs::path& directory, std::string_view name) {
   return receive(openLockFile(directory / name), directory, name);
+}
+
+std::error_code InstanceLock::obstacle(const fs::path& directory, std::string_view name) {
+  return openLockFile(directory / name) ? std::error_code() : std::error_code(errno, std::generic_category());
 }
 
 void InstanceLock::whenFree(const fs::path& directory, std::function<void(std::optional<InstanceLock>)> taken,

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/file_descriptor.h"
@@ -18,9 +19,12 @@ class InstanceLock {
   // Whoever has this one does the work of the installation in the directory.
   static constexpr std::string_view work = "instance.lock";
 
-  // Nothing when another process holds it or the directory can't be used.
+  // Nothing when another process holds it, or there can't be one here.
   static std::optional<InstanceLock> acquire(const std::filesystem::path& directory,
                                              std::string_view name = work);
+  // Why there can't be one here, whoever wants it. A disk that can't be written has those that were made
+  // before.
+  static std::error_code obstacle(const std::filesystem::path& directory, std::string_view name = work);
   // Waits for it, on a thread of its own that nothing but the lock or the end of the process ends. `taken`
   // runs there, with nothing where the directory can't be used.
   static void whenFree(const std::filesystem::path& directory,

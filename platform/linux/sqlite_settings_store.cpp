@@ -149,9 +149,13 @@ class SqliteSettingsStore::Impl {
   Impl(fs::path directory, Log& log)
       : directory_(std::move(directory)), file_(directory_ / fileName), log_(log) {
     if (!open()) {
-      cached_ = readWithoutWriting();
+      auto values = readWithoutWriting();
+      isReadable_ = values || isAbsentFrom(directory_);
+      cached_ = std::move(values).value_or(Values());
     }
   }
+
+  bool isReadable() const { return isReadable_; }
 
   std::optional<SettingValue> object(std::string_view key) {
     const std::scoped_lock lock(mutex_);
@@ -395,7 +399,7 @@ class SqliteSettingsStore::Impl {
 
   // For a disk that is full or can't be written: by a lock of our own, which needs no file beside the log,
   // and at last as if nothing could change.
-  Values readWithoutWriting() const {
+  std::optional<Values> readWithoutWriting() const {
     for (const auto& [options, pragma] :
          {std::pair("", "PRAGMA locking_mode=EXCLUSIVE"), std::pair("?immutable=1", "PRAGMA query_only=1")}) {
       const auto database = openDatabase(uriOf(file_) + options, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI);
@@ -405,7 +409,7 @@ class SqliteSettingsStore::Impl {
         return std::move(read.values);
       }
     }
-    return {};
+    return std::nullopt;
   }
 
   void report(int result) { report(std::string(sqlite3_errstr(result))); }
@@ -428,6 +432,7 @@ class SqliteSettingsStore::Impl {
   Values cached_;
   std::set<std::string, std::less<>> unsaved_;
   std::set<std::string> reported_;
+  bool isReadable_ = true;
   int holds_ = 0;  // while it is more, values are kept for one common write
 };
 
@@ -435,6 +440,10 @@ SqliteSettingsStore::SqliteSettingsStore(fs::path directory, Log& log)
     : impl_(std::make_unique<Impl>(std::move(directory), log)) {}
 
 SqliteSettingsStore::~SqliteSettingsStore() = default;
+
+bool SqliteSettingsStore::isAbsentFrom(const fs::path& directory) {
+  return ::access((directory / fileName).c_str(), F_OK) != 0 && errno == ENOENT;
+}
 
 std::optional<SettingValue> SqliteSettingsStore::object(std::string_view key) const {
   return impl_->object(key);
@@ -445,6 +454,8 @@ void SqliteSettingsStore::set(std::string_view key, SettingValue value) { impl_-
 void SqliteSettingsStore::remove(std::string_view key) { impl_->remove(key); }
 
 void SqliteSettingsStore::writeTogether(const std::function<void()>& writes) { impl_->writeTogether(writes); }
+
+bool SqliteSettingsStore::isReadable() const { return impl_->isReadable(); }
 
 void SqliteSettingsStore::synchronize() { impl_->synchronize(); }
 

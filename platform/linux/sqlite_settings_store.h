@@ -22,6 +22,9 @@ class SqliteSettingsStore final : public SettingsStore {
  public:
   static constexpr std::string_view fileName = "settings.db";
 
+  // Whether there is certainly no file in the directory, which may be absent too.
+  static bool isAbsentFrom(const std::filesystem::path& directory);
+
   SqliteSettingsStore(std::filesystem::path directory, Log& log);
   ~SqliteSettingsStore() override;
 
@@ -31,6 +34,8 @@ class SqliteSettingsStore final : public SettingsStore {
   void writeTogether(const std::function<void()>& writes) override;
   void synchronize() override;
   std::map<std::string, SettingValue> all() const override;
+  // False where there is a file at the start from which nothing can be learnt.
+  bool isReadable() const;
 
  private:
   class Impl;

@@ -1,5 +1,6 @@
 #include "programs/agent/agent_machine.h"
 
+#include "app/settings_keys.h"
 #include "child/vpn_dns_manager.h"
 #include "platform/linux/networkmanager_tunnel.h"
 #include "platform/simulated/simulated_tunnel.h"
@@ -26,7 +27,8 @@ void AgentLog::print(std::string_view line) {
 }
 
 AgentMachine::AgentMachine(const Options& options, AsioDispatch& dispatch, Log& log)
-    : log_(log),
+    : options_(options),
+      log_(log),
       dispatch_(dispatch),
       settings_(options.dataDirectory, log),
       http_(CurlHttpSession::Options{.extraCaFile = options.caFile}),
@@ -39,8 +41,18 @@ Platform AgentMachine::ports() {
           deviceInfo_, clipboard_, haptics_,  windowStyle_, qrEncoder_, qrReader_};
 }
 
+std::optional<std::string> AgentMachine::problemWithSettings() const {
+  return settings_.isReadable()
+             ? std::nullopt
+             : std::optional("The settings in " + options_.dataDirectory.string() + " can't be read.");
+}
+
 Deployments deploymentsFor(const Options& options) {
   return options.service ? Deployments::all(*options.service) : Deployments::builtIn();
+}
+
+bool isEnrolledOnDisk(const Options& options, Log& log) {
+  return SqliteSettingsStore(options.dataDirectory, log).boolean(settings::childIsEnrolled);
 }
 
 }  // namespace quillmar::agent

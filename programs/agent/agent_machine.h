@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -49,8 +50,11 @@ class AgentMachine {
   ~AgentMachine();
 
   Platform ports();
+  // Why nothing is known of the installation, as a sentence; nothing where all is.
+  std::optional<std::string> problemWithSettings() const;
 
  private:
+  const Options& options_;
   Log& log_;
   AsioDispatch& dispatch_;
   SqliteSettingsStore settings_;
@@ -67,5 +71,8 @@ class AgentMachine {
 };
 
 Deployments deploymentsFor(const Options& options);
+
+// Read anew from the disk, which may keep nothing new.
+bool isEnrolledOnDisk(const Options& options, Log& log);
 
 }  // namespace quillmar::agent

@@ -1,7 +1,6 @@
 #include "programs/agent/commands.h"
 
 #include <chrono>
-#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -33,11 +32,6 @@ using control::Operation;
 constexpr auto answerPatience = std::chrono::seconds(75);
 constexpr auto tunnelPatience = std::chrono::seconds(2);
 
-bool hasInstallation(const Options& options) {
-  std::error_code none;
-  return std::filesystem::exists(options.dataDirectory / SqliteSettingsStore::fileName, none);
-}
-
 // The work of one request, by this process itself.
 class OwnDesk {
  public:
@@ -51,6 +45,9 @@ class OwnDesk {
   }
 
   ControlReply ask(const std::string& line) {
+    if (auto problem = machine_.problemWithSettings()) {
+      return {.error = std::move(problem)};
+    }
     std::optional<std::string> answer;
     desk_.handle(line, [&answer](const control::Message& message) { answer = message.line; });
     while (!answer && dispatch_.runOne(std::chrono::steady_clock::now() + answerPatience)) {
@@ -73,27 +70,32 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
   if (auto answer = control::ask(options.dataDirectory, request, answerPatience)) {
     return std::move(answer->reply);
   }
-  if (!hasInstallation(options)) {
+  if (SqliteSettingsStore::isAbsentFrom(options.dataDirectory)) {
     return ControlReply{.device = control::DeviceStatus{.role = std::string(rawValue(DeviceRole::unset))}};
   }
   // To look does no harm beside another process; to work would.
   const auto lock = InstanceLock::acquire(options.dataDirectory);
-  if (!lock && operation != Operation::status) {
+  const bool isHeld = !lock && !InstanceLock::obstacle(options.dataDirectory);
+  if (isHeld && operation != Operation::status) {
     return std::nullopt;
   }
   ControlReply reply = OwnDesk(options).ask(encodeJson(request).value());
   reply.worker.reset();
   reply.processID.reset();
-  if (!lock) {
+  if (isHeld && reply.device) {
     reply.error = "a program that can't be asked at the moment";
   }
   return reply;
 }
 
+std::string problemIn(const ControlReply& reply) { return reply.error.value_or("There was no answer."); }
+
 // Why this device can't do what an enrolled child's device can.
 std::optional<ExitStatus> obstacle(const ControlReply& reply) {
   const ExitStatus status = exitStatusOf(reply);
-  if (status == ExitStatus::parentsDevice) {
+  if (status == ExitStatus::failed) {
+    complain(problemIn(reply));
+  } else if (status == ExitStatus::parentsDevice) {
     complain("This is a parent's device.");
   } else if (status == ExitStatus::notEnrolled) {
     complain("This device is not enrolled.");
@@ -127,6 +129,8 @@ ExitStatus tellStatus(const Options& options) {
   }
   if (options.writesJson) {
     writeLine(encodeJson(*reply).value());
+  } else if (!reply->device) {
+    complain(problemIn(*reply));
   } else {
     write(statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now())));
   }
@@ -142,7 +146,7 @@ ExitStatus sync(const Options& options) {
     return *status;
   }
   if (!reply->device->isConnectedToServer) {
-    complain("The service could not be reached.");
+    complain(problemIn(*reply));
     return ExitStatus::failed;
   }
   writeLine("Checked in.");
@@ -167,6 +171,10 @@ ExitStatus reset(const Options& options) {
   }
   if (exitStatusOf(*reply) != ExitStatus::notEnrolled) {
     complain(reply->error.value_or("This device could not be reset."));
+    return ExitStatus::failed;
+  }
+  if (AgentLog log{false}; isEnrolledOnDisk(options, log)) {
+    complain("The enrollment can't be removed from the disk, and comes back with the next start.");
     return ExitStatus::failed;
   }
   if (options.dataDirectory == dataDirectory()) {

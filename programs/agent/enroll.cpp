@@ -7,7 +7,6 @@
 
 #include "app/environment.h"
 #include "app/role_manager.h"
-#include "app/settings_keys.h"
 #include "child/child_app_state.h"
 #include "child/child_enrollment_view.h"
 #include "programs/agent/agent_machine.h"
@@ -78,11 +77,6 @@ class EnrollmentScreen {
   bool isLineOpen_ = false;
 };
 
-// Read anew from the disk, which may be full.
-bool isSaved(const Options& options, Log& log) {
-  return SqliteSettingsStore(options.dataDirectory, log).boolean(settings::childIsEnrolled);
-}
-
 // One enrollment from the first request to a saved device, or to the reason why there is none.
 class Enrollment {
  public:
@@ -102,6 +96,14 @@ class Enrollment {
     if (environment_.childAppState()->isEnrolled()) {
       writeLine("This device is enrolled already.");
       return ExitStatus::done;
+    }
+    auto problem = machine_.problemWithSettings();
+    if (!problem) {
+      problem = control::problemWithFolder(options_.dataDirectory);
+    }
+    if (problem) {
+      complain(*problem);
+      return ExitStatus::failed;
     }
     role.setRole(DeviceRole::child);
     const SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
@@ -152,7 +154,7 @@ class Enrollment {
 
   bool save() {
     machine_.ports().settings.synchronize();
-    const bool isDone = isSaved(options_, log_);
+    const bool isDone = isEnrolledOnDisk(options_, log_);
     if (isDone) {
       writeLine("This device is enrolled.");
       end(ExitStatus::done);
@@ -213,6 +215,10 @@ ExitStatus enroll(const Options& options) {
   if (isEnrolledElsewhere(options)) {
     writeLine("This device is enrolled already.");
     return options.startsWithSession ? protect(options) : ExitStatus::done;
+  }
+  if (InstanceLock::obstacle(options.dataDirectory)) {
+    complain(*control::problemWithFolder(options.dataDirectory));
+    return ExitStatus::failed;
   }
   holdEndingSignals();
   ExitStatus status = ExitStatus::failed;

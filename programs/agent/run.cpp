@@ -34,9 +34,10 @@ class Events {
   Events(Environment& environment, Tell tell) : tell_(std::move(tell)) {
     auto& child = *environment.childAppState();
     auto& vpn = *environment.vpnManager();
-    checkins_ = child.observe([this, &child](const Member& changed) {
+    auto& service = *environment.backgroundService();
+    checkins_ = child.observe([this, &child, &service](const Member& changed) {
       if (&changed == &child.isConnectedToServer && child.isEnrolled()) {
-        tellConnection(child.isConnectedToServer());
+        tellConnection(child.isConnectedToServer(), service.checkinError());
       }
     });
     changes_.push_back(vpn.statusMessage.onChange([this, &vpn] { tell_("Tunnel: " + vpn.statusMessage()); }));
@@ -58,14 +59,18 @@ class Events {
   }
 
  private:
-  void tellConnection(bool isConnected) {
-    if (std::exchange(isConnected_, isConnected) != isConnected) {
-      tell_(isConnected ? "The service is reached." : "The service can't be reached.");
+  void tellConnection(bool isConnected, const std::optional<Error>& error) {
+    if (!isConnected && !error) {
+      return;
+    }
+    const std::string event = error ? control::checkinFailure(*error) : "The service is reached.";
+    if (event != std::exchange(lastConnection_, event)) {
+      tell_(event);
     }
   }
 
   const Tell tell_;
-  std::optional<bool> isConnected_;
+  std::string lastConnection_;
   Subscription checkins_;
   std::vector<Subscription> changes_;
 };
@@ -83,6 +88,7 @@ class Work {
   Work& operator=(const Work&) = delete;
   ~Work() { environment_.backgroundService()->stop(); }
 
+  std::optional<std::string> problemWithSettings() const { return machine_.problemWithSettings(); }
   bool isParents() { return environment_.roleManager()->currentRole() == DeviceRole::parent; }
 
   // Whether there is a device to look after.
@@ -135,12 +141,11 @@ class Agent {
   ExitStatus carryOut() {
     if (auto lock = InstanceLock::acquire(options_.dataDirectory)) {
       take(std::move(*lock));
-    } else if (std::error_code error; std::filesystem::is_directory(options_.dataDirectory, error)) {
+    } else if (!InstanceLock::obstacle(options_.dataDirectory)) {
       tell("Another program of this installation does the work. Waiting.");
       await();
     } else {
-      complain("The folder " + options_.dataDirectory.string() + " can't be used.");
-      return ExitStatus::failed;
+      workWithoutLock();
     }
     if (!isEnding_) {
       dispatch_.run();
@@ -155,16 +160,28 @@ class Agent {
     Agent* agent = nullptr;
   };
 
-  void take(InstanceLock lock) {
+  // A disk that keeps nothing new is no reason to leave a child unprotected.
+  void workWithoutLock() {
+    const auto problem = control::problemWithFolder(options_.dataDirectory);
+    if (!isEnrolledOnDisk(options_, log_)) {
+      complain(problem.value_or("This device is not enrolled."));
+      end(ExitStatus::failed);
+      return;
+    }
+    tell(*problem);
+    take(std::nullopt);
+  }
+
+  void take(std::optional<InstanceLock> lock) {
     lock_ = std::move(lock);
     work_ = std::make_unique<Work>(
         options_, dispatch_, log_, [this](const std::string& event) { tell(event); },
-        control::ControlDesk::Duties{.worker = control::Worker::agent,
-                                     .show = {},
-                                     .yield = [this](std::function<void(FileDescriptor)> give) {
-                                       dispatch_.main().async(
-                                           [this, give = std::move(give)] { leave(give); });
-                                     }});
+        control::ControlDesk::Duties{.worker = control::Worker::agent, .show = {}, .yield = yielding()});
+    if (const auto problem = work_->problemWithSettings()) {
+      complain(*problem);
+      end(ExitStatus::failed);
+      return;
+    }
     if (work_->isParents()) {
       complain("This is a parent's device.");
       end(ExitStatus::parentsDevice);
@@ -179,6 +196,16 @@ class Agent {
         });
     work_->afterCheckin([this] { server_->keepReachable(); });
     tell(work_->start() ? "Looking after this device." : "This device is not enrolled. Waiting for that.");
+  }
+
+  // Without a lock there is nothing to give.
+  std::function<void(std::function<void(FileDescriptor)>)> yielding() {
+    if (!lock_) {
+      return {};
+    }
+    return [this](std::function<void(FileDescriptor)> give) {
+      dispatch_.main().async([this, give = std::move(give)] { leave(give); });
+    };
   }
 
   // Nothing of the work is left, not even a request under way, before another process can have the lock.
@@ -207,7 +234,8 @@ class Agent {
       if (*lock) {
         take(std::move(**lock));
       } else {
-        complain("The folder " + options_.dataDirectory.string() + " can't be used.");
+        complain(control::problemWithFolder(options_.dataDirectory)
+                     .value_or("The folder " + options_.dataDirectory.string() + " can't be used."));
         end(ExitStatus::failed);
       }
     });
@@ -244,7 +272,7 @@ class Agent {
 ExitStatus run(const Options& options) {
   holdEndingSignals();
   const auto only = InstanceLock::acquire(options.dataDirectory, control::agentLock);
-  if (!only) {
+  if (!only && !InstanceLock::obstacle(options.dataDirectory, control::agentLock)) {
     complain("quillmar-agent runs already.");
     return ExitStatus::busy;
   }

@@ -49,7 +49,10 @@ std::string worker(const ControlReply& reply) {
 }  // namespace
 
 ExitStatus exitStatusOf(const ControlReply& reply) {
-  const DeviceStatus device = reply.device.value_or(DeviceStatus{});
+  if (!reply.device) {
+    return ExitStatus::failed;
+  }
+  const DeviceStatus& device = *reply.device;
   if (device.role == rawValue(DeviceRole::parent)) {
     return ExitStatus::parentsDevice;
   }

@@ -8,7 +8,7 @@
 
 namespace quillmar::agent {
 
-// Of a device that is a child's or may become one; the worker is nobody where the reply names none.
+// The worker is nobody where the reply names none. A reply without a device is a failure.
 ExitStatus exitStatusOf(const control::ControlReply& reply);
 
 // A few lines for people; times by this machine's clock.

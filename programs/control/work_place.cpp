@@ -1,6 +1,10 @@
 #include "programs/control/work_place.h"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -48,8 +52,18 @@ WorkPlace takeWorkPlace(const std::filesystem::path& directory, const std::optio
   return place;
 }
 
+std::optional<std::string> problemWithFolder(const std::filesystem::path& directory) {
+  std::error_code error = InstanceLock::obstacle(directory);
+  if (!error && ::access(directory.c_str(), W_OK | X_OK) != 0) {
+    error = std::error_code(errno, std::generic_category());
+  }
+  return error
+             ? std::optional("The folder " + directory.string() + " can't be used: " + error.message() + '.')
+             : std::nullopt;
+}
+
 bool isAgentWaiting(const std::filesystem::path& directory) {
-  return !InstanceLock::acquire(directory, agentLock).has_value();
+  return !InstanceLock::acquire(directory, agentLock) && !InstanceLock::obstacle(directory, agentLock);
 }
 
 }  // namespace quillmar::control

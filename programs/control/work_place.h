@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "platform/linux/instance_lock.h"
@@ -24,6 +25,9 @@ struct WorkPlace {
 // front. Somebody who has the lock and is only starting is given some seconds to answer.
 WorkPlace takeWorkPlace(const std::filesystem::path& dataDirectory,
                         const std::optional<ControlRequest>& show = {});
+
+// Why nothing can be kept in an installation's directory, as a sentence; nothing where it can.
+std::optional<std::string> problemWithFolder(const std::filesystem::path& dataDirectory);
 
 // Whether an agent waits to do the work as soon as this process ends.
 bool isAgentWaiting(const std::filesystem::path& dataDirectory);

@@ -140,7 +140,7 @@ struct Entrance {
 
 Entrance enter(const Options& options) {
   constexpr int busy = 5;
-  if (!quillmar::createPrivateDirectory(options.dataDirectory)) {
+  if (quillmar::InstanceLock::obstacle(options.dataDirectory)) {
     return {};
   }
   auto place = control::takeWorkPlace(

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <future>
 #include <optional>
+#include <system_error>
 
 #include "tests/support/temporary_directory.h"
 
@@ -36,6 +37,16 @@ TEST_F(InstanceLockTest, is_held_by_one_at_a_time_and_given_back_at_its_end) {
     EXPECT_FALSE(InstanceLock::acquire(directory.path()));
   }
   EXPECT_TRUE(InstanceLock::acquire(directory.path()));
+}
+
+TEST_F(InstanceLockTest, that_is_held_is_told_from_one_that_can_not_be) {
+  const auto first = InstanceLock::acquire(directory.path());
+  EXPECT_FALSE(InstanceLock::obstacle(directory.path()));
+  for (const fs::path nowhere : {"/dev/null", "/dev/null/deeper"}) {
+    EXPECT_FALSE(InstanceLock::acquire(nowhere));
+    EXPECT_EQ(InstanceLock::obstacle(nowhere), std::errc::not_a_directory) << nowhere;
+  }
+  EXPECT_EQ(InstanceLock::obstacle("/proc/nothing/made"), std::errc::no_such_file_or_directory);
 }
 
 TEST_F(InstanceLockTest, of_one_name_keeps_nobody_from_another) {

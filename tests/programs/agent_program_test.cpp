@@ -45,6 +45,7 @@ using test::Words;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 std::string after(const std::string& text, const std::string& mark) {
   const auto start = text.find(mark);
@@ -64,6 +65,10 @@ struct AgentProgram : testing::Test {
     return std::make_unique<RunningProgram>(session.running(words(command), more));
   }
   void enroll() const { test::enrollDevice(*service, data); }
+  void store(std::string_view key, const std::string& value) const {
+    RecordingLog log;
+    SqliteSettingsStore(data, log).set(key, value);
+  }
   void failAlways() const {
     auto misbehaviour = service->misbehaviour();
     misbehaviour.failEverything = true;
@@ -158,7 +163,7 @@ TEST_F(AgentProgram, says_why_there_is_no_code) {
   failAlways();
   const auto result = call({"enroll"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.errors, testing::StartsWith("quillmar-agent: "));
+  EXPECT_THAT(result.errors, StartsWith("quillmar-agent: "));
   EXPECT_THAT(result.output, Not(HasSubstr("Enrollment Code")));
 }
 
@@ -332,7 +337,118 @@ TEST_F(AgentProgram, says_when_a_sync_fails) {
   failAlways();
   const auto result = call({"sync"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.errors, "quillmar-agent: The service could not be reached.\n");
+  EXPECT_THAT(result.errors, StartsWith("quillmar-agent: The service answered with an error: "));
+}
+
+TEST_F(AgentProgram, says_when_there_is_no_service_to_sync_with) {
+  enroll();
+  store(settings::apiBaseURL, std::string("https://localhost:1"));
+  const auto result = call({"sync"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.errors,
+            "quillmar-agent: The service can't be reached: Could not connect to the server.\n");
+}
+
+TEST_F(AgentProgram, says_when_its_folder_is_none) {
+  std::ofstream(data) << "a file";
+  const std::string unusable =
+      "quillmar-agent: The folder " + data.string() + " can't be used: Not a directory.\n";
+  const std::string unreadable = "quillmar-agent: The settings in " + data.string() + " can't be read.\n";
+  for (const auto& [command, problem] :
+       {std::pair("run", unusable), std::pair("enroll", unusable), std::pair("status", unreadable),
+        std::pair("sync", unreadable), std::pair("reset", unreadable)}) {
+    const auto result = call({command});
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_EQ(result.errors, problem) << command;
+  }
+}
+
+TEST_F(AgentProgram, tells_settings_that_can_not_be_read_from_a_device_that_is_not_enrolled) {
+  fs::create_directories(data / "settings.db");
+  const std::string problem = "quillmar-agent: The settings in " + data.string() + " can't be read.\n";
+  for (const auto* command : {"run", "enroll", "status", "sync", "reset"}) {
+    const auto result = call({command});
+    EXPECT_EQ(result.status, 1) << command;
+    EXPECT_EQ(result.errors, problem) << command;
+  }
+  EXPECT_THAT(call({"status", "--json"}).output, HasSubstr("can't be read."));
+}
+
+// A disk that keeps nothing new.
+struct OnReadOnlyDisk : AgentProgram {
+  void SetUp() override {
+    fs::create_directories(data);
+    if (::mount("tmpfs", data.c_str(), "tmpfs", 0, "mode=0700") != 0) {
+      GTEST_SKIP() << "only root can have a disk of its own";
+    }
+  }
+  void TearDown() override { ::umount2(data.c_str(), MNT_DETACH); }
+  void makeReadOnly() const {
+    ASSERT_EQ(::mount(nullptr, data.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+  }
+  void makeLocks() const {
+    static_cast<void>(InstanceLock::acquire(data));
+    static_cast<void>(InstanceLock::acquire(data, control::agentLock));
+  }
+  std::string problem() const {
+    return "The folder " + data.string() + " can't be used: Read-only file system.";
+  }
+};
+
+TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected_all_the_same) {
+  enroll();
+  makeLocks();
+  makeReadOnly();
+  auto run = start({"run"});
+  EXPECT_THAT(run->readUntil("DNS Protection Active"), HasSubstr("Looking after this device.\n"));
+  EXPECT_EQ(call({"status"}).status, 0);
+  EXPECT_EQ(call({"run"}).errors, "quillmar-agent: quillmar-agent runs already.\n");
+  EXPECT_TRUE(control::takeWorkPlace(data).lock) << "it gives way as ever";
+  EXPECT_THAT(run->readUntil("taken over"), HasSubstr("has taken over"));
+}
+
+TEST_F(OnReadOnlyDisk, it_is_protected_though_there_is_no_file_to_lock) {
+  enroll();
+  makeReadOnly();
+  auto run = start({"run"});
+  EXPECT_THAT(run->readUntil("DNS Protection Active"),
+              AllOf(HasSubstr(problem() + '\n'), HasSubstr("Looking after this device.\n")));
+  EXPECT_EQ(call({"status"}).status, 0);
+  EXPECT_EQ(call({"sync"}).status, 0);
+  EXPECT_EQ(run->end(SIGTERM), 0);
+  EXPECT_THAT(call({"status"}).output, HasSubstr("Kept up by   nobody"));
+  EXPECT_FALSE(control::isAgentWaiting(data));
+}
+
+TEST_F(OnReadOnlyDisk, a_reset_that_does_not_last_is_none) {
+  enroll();
+  makeReadOnly();
+  const auto result = call({"reset", "--yes"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("The enrollment can't be removed from the disk"));
+  EXPECT_EQ(call({"status"}).status, 6);
+}
+
+TEST_F(OnReadOnlyDisk, a_device_that_is_not_enrolled_is_told_why_it_can_not_be) {
+  for (const bool hasLocks : {false, true}) {
+    if (hasLocks) {
+      ::mount(nullptr, data.c_str(), nullptr, MS_REMOUNT, nullptr);
+      makeLocks();
+    }
+    makeReadOnly();
+    const auto enrollment = call({"enroll"});
+    EXPECT_EQ(enrollment.status, 1);
+    EXPECT_EQ(enrollment.errors, "quillmar-agent: " + problem() + '\n');
+    EXPECT_THAT(enrollment.output, Not(HasSubstr("Enrollment Code")));
+    EXPECT_EQ(call({"status"}).status, 3);
+  }
+}
+
+TEST_F(OnReadOnlyDisk, the_agent_does_not_wait_for_an_enrollment_that_can_not_come) {
+  makeReadOnly();
+  const auto run = call({"run"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "quillmar-agent: " + problem() + '\n');
 }
 
 TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
@@ -347,11 +463,7 @@ TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
 }
 
 TEST_F(AgentProgram, is_no_parents_program) {
-  {
-    RecordingLog log;
-    SqliteSettingsStore settings(data, log);
-    settings.set(settings::deviceRole, std::string("parent"));
-  }
+  store(settings::deviceRole, std::string("parent"));
   for (const auto* command : {"enroll", "run", "status", "sync", "reset"}) {
     EXPECT_EQ(call({command}).status, 4) << command;
   }

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <csignal>
 #include <filesystem>
@@ -90,6 +91,21 @@ TEST_F(ChildsDesktop, a_closed_window_goes_on_protecting_where_no_agent_waits) {
   // A second start shows it again, as a new window of the same process, and ends.
   EXPECT_EQ(call(withOptions(QUILLMAR_PROGRAM)).status, 0);
   EXPECT_NE(windowNumber(), first);
+}
+
+TEST_F(ChildsDesktop, a_window_comes_up_beside_an_installation_that_can_not_be_written) {
+  const fs::path disk = session.home() / "disk";
+  fs::create_directories(disk);
+  if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "mode=0700") != 0) {
+    GTEST_SKIP() << "only root can have a disk of its own";
+  }
+  test::enrollDevice(*service, disk);
+  ::mount(nullptr, disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+  {
+    const auto window = start(programFor(QUILLMAR_PROGRAM, disk, *service));
+    EXPECT_THAT(window->readUntil("checkin - status: 200"), HasSubstr("checkin - status: 200"));
+  }
+  ::umount2(disk.c_str(), MNT_DETACH);
 }
 
 TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {
