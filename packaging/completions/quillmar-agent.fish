@@ -15,7 +15,7 @@ complete -c quillmar-agent -n $no_command -a enroll -d "Make this computer a chi
 complete -c quillmar-agent -n $no_command -a run -d 'Keep the protection up, until told to stop'
 complete -c quillmar-agent -n $no_command -a status -d 'Show whether this computer is protected'
 complete -c quillmar-agent -n $no_command -a sync -d 'Check in now'
-complete -c quillmar-agent -n $no_command -a reset -d 'Leave the family'
+complete -c quillmar-agent -n $no_command -a reset -d 'Forget the enrollment'
 complete -c quillmar-agent -n $no_command -a doctor -d 'Say what works on this computer'
 
 # Of a command

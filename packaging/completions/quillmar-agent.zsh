@@ -21,7 +21,7 @@ case $state in
       'run:keep the protection up, until told to stop'
       'status:show whether this computer is protected'
       'sync:check in now'
-      'reset:leave the family'
+      'reset:forget the enrollment'
       'doctor:say what works on this computer'
     )
     _describe command commands

@@ -183,8 +183,9 @@ ExitStatus reset(const Options& options) {
     }
   }
   writeLine(
-      "This device has left its family. The tunnel's configuration stays; the system's network settings "
-      "can remove it.");
+      "This device has forgotten its enrollment. The family's list keeps it until a parent removes it "
+      "there.\n"
+      "The tunnel stays as it is; the system's network settings can remove it.");
   return ExitStatus::done;
 }
 

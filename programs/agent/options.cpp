@@ -27,7 +27,7 @@ Commands:
   run [--verbose]       Keep the protection running until told to stop
   status [--json]       How this device is doing
   sync                  Check in with the service now
-  reset [--yes]         Leave the family; asks first
+  reset [--yes]         Forget the enrollment; asks first
   doctor                What works on this computer, and what to do if not
 
 Options:
@@ -88,8 +88,10 @@ Checks in with the service now, and takes back a moved endpoint.
 )"},
     {Command::reset, "reset", R"(Usage: quillmar-agent reset [--yes]
 
-Removes this device from its family. It stays a child's device and can be
-enrolled again. Asks first.
+Has this device forget its enrollment; it stays a child's device and can be
+enrolled again. The service is not told: a parent removes the device from the
+family's list. The tunnel stays as it is, and filters on until it is removed in
+the system's network settings. Asks first.
 
   --yes         Don't ask
 )"},

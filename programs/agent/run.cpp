@@ -53,7 +53,7 @@ class Events {
     }));
     changes_.push_back(child.isEnrolled.onChange([this, &child] {
       if (!child.isEnrolled()) {
-        tell_("This device has left its family and is no longer looked after.");
+        tell_("This device has forgotten its enrollment and is no longer looked after.");
       }
     }));
   }

@@ -43,6 +43,7 @@ using test::programFor;
 using test::PseudoTerminal;
 using test::Words;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -309,7 +310,12 @@ TEST_F(AgentProgram, asks_before_it_resets) {
   EXPECT_EQ(terminal.wait(), 130);
   EXPECT_EQ(call({"status"}).status, 6);
   EXPECT_EQ(call({"reset"}).status, 130) << "nobody said yes";
-  EXPECT_EQ(call({"reset"}, "y\n").status, 0);
+  const auto done = call({"reset"}, "y\n");
+  EXPECT_EQ(done.status, 0);
+  EXPECT_THAT(done.output,
+              EndsWith("This device has forgotten its enrollment. The family's list keeps it until "
+                       "a parent removes it there.\nThe tunnel stays as it is; the system's network "
+                       "settings can remove it.\n"));
   EXPECT_EQ(call({"status"}).status, 3);
 }
 
@@ -318,8 +324,8 @@ TEST_F(AgentProgram, resets_through_the_one_that_runs) {
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));
   EXPECT_EQ(call({"reset", "--yes"}).status, 0);
-  EXPECT_THAT(run->readUntil("left its family"),
-              HasSubstr("This device has left its family and is no longer looked after.\n"));
+  EXPECT_THAT(run->readUntil("forgotten"),
+              HasSubstr("This device has forgotten its enrollment and is no longer looked after.\n"));
   EXPECT_EQ(call({"status"}).status, 3);
 }
 
