@@ -2,7 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <sstream>
+#include <string>
 
 #include "platform/linux/data_directory.h"
 #include "programs/agent/options.h"
@@ -61,6 +64,20 @@ TEST(AgentOptions, explain_themselves_in_eighty_columns_of_ascii) {
       EXPECT_LE(line.size(), 80U) << line;
       EXPECT_TRUE(std::ranges::all_of(line, [](char c) { return c >= ' ' && c <= '~'; })) << line;
     }
+  }
+}
+
+TEST(AgentOptions, say_every_exit_status_and_so_does_the_manual) {
+  std::ifstream file(QUILLMAR_MANUAL);
+  const std::string manual{std::istreambuf_iterator<char>(file), {}};
+  const std::string section = manual.substr(manual.find(".Sh EXIT STATUS"));
+  const std::string help = parse({"--help"}).text;
+  for (const auto status : {ExitStatus::done, ExitStatus::failed, ExitStatus::usage, ExitStatus::notEnrolled,
+                            ExitStatus::parentsDevice, ExitStatus::busy, ExitStatus::notProtected,
+                            ExitStatus::noAuthorities, ExitStatus::cancelled}) {
+    const auto number = std::to_string(static_cast<int>(status));
+    EXPECT_THAT(section, HasSubstr("\n.It " + number + '\n'));
+    EXPECT_THAT(help.substr(help.find("Exit status:")), testing::ContainsRegex("[ \n]" + number + " "));
   }
 }
 

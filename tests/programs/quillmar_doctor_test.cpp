@@ -2,10 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/instance_lock.h"
 #include "sandbox/service.h"
 #include "tests/sandbox/support/run_command.h"
 #include "tests/support/temporary_directory.h"
@@ -43,6 +47,22 @@ TEST_F(QuillmarDoctor, fails_where_the_service_is_not_trusted) {
   const auto result = run({"doctor", "--data-dir", data.string(), "--service", service->secureUrl()});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr("MISSING   Service: "));
+}
+
+TEST_F(QuillmarDoctor, ends_as_the_manual_says) {
+  std::ifstream file(QUILLMAR_PROGRAM_MANUAL);
+  const std::string manual{std::istreambuf_iterator<char>(file), {}};
+  const std::string section = manual.substr(manual.find(".Sh EXIT STATUS"));
+  const auto held = InstanceLock::acquire(data);
+  for (const auto& [words, status] :
+       {std::pair(std::vector<std::string>{"-platform", "offscreen", "--help"}, 0),
+        std::pair(std::vector<std::string>{"-platform", "offscreen", "--dance"}, 1),
+        std::pair(std::vector<std::string>{"-platform", "offscreen", "doctor", "dance"}, 2),
+        std::pair(std::vector<std::string>{"--data-dir", data.string(), "-platform", "offscreen"}, 5),
+        std::pair(std::vector<std::string>{"doctor", "--ca-file", "/nowhere"}, 7)}) {
+    EXPECT_EQ(run(words).status, status) << words.back();
+    EXPECT_THAT(section, HasSubstr("\n.It " + std::to_string(status) + '\n'));
+  }
 }
 
 TEST_F(QuillmarDoctor, explains_itself) {
