@@ -17,7 +17,10 @@ struct QRModules {
   friend bool operator==(const QRModules&, const QRModules&) = default;
 };
 
-// Makes QR codes with error correction level M. Any thread.
+// How much of a code may be lost: low is level L, medium is M.
+enum class QRCorrection { low, medium };
+
+// Makes QR codes. Any thread.
 class QREncoder {
  public:
   QREncoder() = default;
@@ -26,7 +29,8 @@ class QREncoder {
   virtual ~QREncoder() = default;
 
   // Nothing when the bytes do not fit into a code, or there are none.
-  virtual std::optional<QRModules> encode(std::string_view bytes) const = 0;
+  virtual std::optional<QRModules> encode(std::string_view bytes,
+                                          QRCorrection correction = QRCorrection::medium) const = 0;
 };
 
 }  // namespace quillmar

@@ -9,18 +9,27 @@
 namespace quillmar {
 namespace {
 
-constexpr std::size_t largestCode = 2331;  // bytes in version 40 at level M
+// What a code of the largest version holds.
+struct Level {
+  QRecLevel name;
+  std::size_t bytes;
+};
+constexpr Level levelOf(QRCorrection correction) {
+  return correction == QRCorrection::low ? Level{QR_ECLEVEL_L, 2953} : Level{QR_ECLEVEL_M, 2331};
+}
+
 constexpr unsigned char darkBit = 1;
 
 }  // namespace
 
-std::optional<QRModules> QrencodeEncoder::encode(std::string_view bytes) const {
-  if (bytes.empty() || bytes.size() > largestCode) {
+std::optional<QRModules> QrencodeEncoder::encode(std::string_view bytes, QRCorrection correction) const {
+  const Level level = levelOf(correction);
+  if (bytes.empty() || bytes.size() > level.bytes) {
     return std::nullopt;
   }
   const std::vector<unsigned char> data(bytes.begin(), bytes.end());
   const std::unique_ptr<QRcode, decltype(&QRcode_free)> code(
-      QRcode_encodeData(static_cast<int>(data.size()), data.data(), 0, QR_ECLEVEL_M), &QRcode_free);
+      QRcode_encodeData(static_cast<int>(data.size()), data.data(), 0, level.name), &QRcode_free);
   if (!code) {
     return std::nullopt;
   }

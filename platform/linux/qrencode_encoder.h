@@ -10,7 +10,8 @@ namespace quillmar {
 // By libqrencode: the bytes as they are, in the smallest code that holds them.
 class QrencodeEncoder final : public QREncoder {
  public:
-  std::optional<QRModules> encode(std::string_view bytes) const override;
+  std::optional<QRModules> encode(std::string_view bytes,
+                                  QRCorrection correction = QRCorrection::medium) const override;
 };
 
 }  // namespace quillmar

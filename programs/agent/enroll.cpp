@@ -22,6 +22,7 @@ namespace quillmar::agent {
 namespace {
 
 constexpr auto statusPatience = std::chrono::seconds(3);
+constexpr int waitingRows = 1;
 constexpr auto saveRetry = std::chrono::seconds(5);
 
 // The enrollment's screen, in a terminal.
@@ -34,19 +35,9 @@ class EnrollmentScreen {
   }
 
   void showCode(const QREncoder& encoder) {
-    write('\n' + view_.codeHeading() + '\n' + view_.codeText() + "\n\n");
-    const auto modules = encoder.encode(view_.qrCodeData());
-    if (const auto lines = modules ? drawQRCode(*modules, terminal_) : std::nullopt) {
-      for (const std::string& line : *lines) {
-        writeLine(line);
-      }
-    } else {
-      write(
-          "This terminal can't show a QR code: it would need UTF-8 or colours, and enough\n"
-          "columns. What the code says, for any program that makes one:\n\n" +
-          view_.qrCodeData() + '\n');
-    }
-    write('\n' + view_.codeLabel() + ": " + view_.enrollmentCode() + "\n\n");
+    write('\n' + view_.codeHeading() + '\n' + view_.codeText() + "\n\n" + view_.codeLabel() + ": " +
+          view_.enrollmentCode() + "\n\n");
+    drawCode(encoder);
     if (!terminal_.isInteractive) {
       writeLine(view_.waitingText());
     }
@@ -72,6 +63,24 @@ class EnrollmentScreen {
   }
 
  private:
+  // Nothing but the waiting line comes below it, so that a low window shows it whole.
+  void drawCode(const QREncoder& encoder) const {
+    Terminal above = terminal_;
+    above.rows -= waitingRows;
+    if (const auto lines = drawQRCode(encoder, view_.qrCodeData(), above)) {
+      for (const std::string& line : *lines) {
+        writeLine(line);
+      }
+      return;
+    }
+    const auto rows = rowsForQRCode(encoder, view_.qrCodeData(), above);
+    const std::string problem =
+        rows ? "This window is too low to show the QR code: it would need " +
+                   std::to_string(*rows + waitingRows) + " rows.\n"
+             : "This terminal can't show a QR code: it would need UTF-8 or colours, and enough\ncolumns.\n";
+    write(problem + "What the code says, for any program that makes one:\n\n" + view_.qrCodeData() + "\n\n");
+  }
+
   ChildEnrollmentView& view_;
   const Terminal terminal_;
   bool isLineOpen_ = false;

@@ -2,10 +2,14 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <string_view>
+#include <utility>
 
 namespace quillmar::agent {
 namespace {
+
+using Lines = std::vector<std::string>;
 
 constexpr std::string_view blackOnWhite = "\x1b[30;107m";
 constexpr std::string_view white = "\x1b[107m";
@@ -52,8 +56,8 @@ std::string spaceLine(const Sheet& sheet, std::size_t row, std::size_t width) {
   return line += ordinary;
 }
 
-std::vector<std::string> linesOf(const Sheet& sheet, const Terminal& terminal) {
-  std::vector<std::string> lines;
+Lines linesOf(const Sheet& sheet, const Terminal& terminal) {
+  Lines lines;
   if (terminal.hasUTF8) {
     for (std::size_t row = 0; row < sheet.side(); row += 2) {
       lines.push_back(halfBlockLine(sheet, row, terminal.hasColour));
@@ -67,20 +71,44 @@ std::vector<std::string> linesOf(const Sheet& sheet, const Terminal& terminal) {
   return lines;
 }
 
-}  // namespace
+// What may be drawn, the sturdiest first. A margin narrower than the standard's still scans, and so does a
+// code with less correction, better than one that is cut.
+struct Kind {
+  QRCorrection correction;
+  std::size_t margin;
+};
+constexpr std::array kinds{Kind{QRCorrection::medium, 4}, Kind{QRCorrection::medium, 2},
+                           Kind{QRCorrection::low, 2}, Kind{QRCorrection::low, 1}};
 
-std::optional<std::vector<std::string>> drawQRCode(const QRModules& modules, const Terminal& terminal) {
-  if (!terminal.hasUTF8 && !terminal.hasColour) {
+std::optional<Lines> draw(const QREncoder& encoder, std::string_view text, const Kind& kind,
+                          const Terminal& terminal) {
+  const auto modules = encoder.encode(text, kind.correction);
+  if (!modules || modules->side + 2 * kind.margin > static_cast<std::size_t>(terminal.columns)) {
     return std::nullopt;
   }
-  // A narrower margin than the standard's still scans, better than a code that is cut.
-  for (const std::size_t margin : {4U, 2U}) {
-    const Sheet sheet(modules, margin);
-    if (sheet.side() <= static_cast<std::size_t>(terminal.columns)) {
-      return linesOf(sheet, terminal);
+  Lines lines = linesOf(Sheet(*modules, kind.margin), terminal);
+  return lines.size() <= static_cast<std::size_t>(terminal.rows) ? std::optional(std::move(lines))
+                                                                 : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Lines> drawQRCode(const QREncoder& encoder, std::string_view text, const Terminal& terminal) {
+  std::optional<Lines> lines;
+  if (terminal.hasUTF8 || terminal.hasColour) {
+    for (auto kind = kinds.begin(); kind != kinds.end() && !lines; ++kind) {
+      lines = draw(encoder, text, *kind, terminal);
     }
   }
-  return std::nullopt;
+  return lines;
+}
+
+std::optional<std::size_t> rowsForQRCode(const QREncoder& encoder, std::string_view text, Terminal terminal) {
+  terminal.rows = std::numeric_limits<int>::max();
+  if (!drawQRCode(encoder, text, terminal)) {
+    return std::nullopt;
+  }
+  return draw(encoder, text, kinds.back(), terminal)->size();
 }
 
 }  // namespace quillmar::agent

@@ -12,16 +12,18 @@
 namespace quillmar::agent {
 namespace {
 
-constexpr int usualColumns = 80;
-
 std::string_view variable(const char* name) {
   const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing here changes it
   return value ? value : "";
 }
 
-int columnsOf(int descriptor) {
+// Where nobody says how large the window is, a usual one is taken.
+void measure(int descriptor, Terminal& terminal) {
   winsize size{};
-  return ::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
+  if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0) {
+    terminal.columns = size.ws_col > 0 ? size.ws_col : terminal.columns;
+    terminal.rows = size.ws_row > 0 ? size.ws_row : terminal.rows;
+  }
 }
 
 bool writeTo(int descriptor, std::string_view text) {
@@ -42,10 +44,12 @@ Terminal Terminal::ofStandardOutput() {
   std::setlocale(LC_CTYPE, "");
   const bool isInteractive = ::isatty(STDOUT_FILENO) == 1;
   const std::string_view kind = variable("TERM");
-  return {.isInteractive = isInteractive,
-          .columns = columnsOf(STDOUT_FILENO),
-          .hasUTF8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8",
-          .hasColour = isInteractive && !kind.empty() && kind != "dumb" && variable("NO_COLOR").empty()};
+  Terminal terminal{
+      .isInteractive = isInteractive,
+      .hasUTF8 = std::string_view(::nl_langinfo(CODESET)) == "UTF-8",
+      .hasColour = isInteractive && !kind.empty() && kind != "dumb" && variable("NO_COLOR").empty()};
+  measure(STDOUT_FILENO, terminal);
+  return terminal;
 }
 // NOLINTEND(concurrency-mt-unsafe)
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <string_view>
 
 namespace quillmar::agent {
@@ -8,6 +9,7 @@ namespace quillmar::agent {
 struct Terminal {
   bool isInteractive = false;  // a person may be looking at it
   int columns = 80;
+  int rows = std::numeric_limits<int>::max();  // that a person sees at once
   bool hasUTF8 = false;
   bool hasColour = false;  // and can move the cursor
 

@@ -22,6 +22,19 @@ TEST(QrencodeEncoder, a_code_reads_back_byte_for_byte_at_level_m) {
   }
 }
 
+TEST(QrencodeEncoder, a_code_with_less_correction_is_smaller_and_reads_back_too) {
+  const QrencodeEncoder encoder;
+  const std::string text(130, 'x');
+  const auto modules = encoder.encode(text, QRCorrection::low);
+  ASSERT_TRUE(modules);
+  EXPECT_LT(modules->side, encoder.encode(text)->side);
+  const auto result = readPictureOf(*modules);
+  EXPECT_EQ(textOf(result), text);
+  EXPECT_EQ(result.ecLevel(), L"L");
+  EXPECT_TRUE(encoder.encode(std::string(2953, 'x'), QRCorrection::low));
+  EXPECT_FALSE(encoder.encode(std::string(2954, 'x'), QRCorrection::low));
+}
+
 TEST(QrencodeEncoder, the_modules_are_a_square_with_its_three_finder_patterns) {
   const auto modules = QrencodeEncoder().encode("HELLO");
   ASSERT_TRUE(modules);

@@ -5,6 +5,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include "app/settings_keys.h"
 #include "platform/linux/asio_dispatch.h"
 #include "platform/linux/instance_lock.h"
+#include "platform/linux/machine_name.h"
 #include "platform/linux/sqlite_settings_store.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_server.h"
@@ -118,6 +120,29 @@ TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
   EXPECT_EQ(status.status, 6);
   EXPECT_THAT(status.output,
               AllOf(HasSubstr(R"("isEnrolled":true)"), HasSubstr(R"("dohEndpoint":"https://)")));
+}
+
+// Of what is below the code's first line, none pushes that out of the window.
+TEST_F(AgentProgram, shows_the_whole_code_in_a_window_of_24_rows) {
+  if (machineName().size() > 16) {
+    GTEST_SKIP() << "the code holds this machine's name, which makes it higher";
+  }
+  PseudoTerminal terminal(words({"enroll"}), session.environment(), 24);
+  const std::string shown = terminal.readUntil("Waiting for parent to complete enrollment...");
+  const auto scanned = recogniseCodes(pictureOf(shown).view());
+  ASSERT_TRUE(scanned.ok());
+  ASSERT_EQ(scanned.value().size(), 1U) << shown;
+  EXPECT_THAT(scanned.value().front().text.value_or(""), HasSubstr(after(shown, "Enrollment Code: ")));
+  EXPECT_LT(std::count(shown.begin() + static_cast<std::ptrdiff_t>(shown.find('\x1b')), shown.end(), '\n'),
+            24);
+}
+
+TEST_F(AgentProgram, says_that_a_window_is_too_low_for_the_code) {
+  PseudoTerminal terminal(words({"enroll"}), session.environment(), 12);
+  const std::string shown = terminal.readUntil("Waiting for parent");
+  EXPECT_THAT(shown, AllOf(HasSubstr("This window is too low to show the QR code: it would need "),
+                           HasSubstr("\"enrollment_code\":\"" + after(shown, "Enrollment Code: ") + "\""),
+                           Not(HasSubstr("\x1b"))));
 }
 
 TEST_F(AgentProgram, enrolls_in_a_terminal_without_utf8) {

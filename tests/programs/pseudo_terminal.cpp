@@ -23,10 +23,10 @@ std::vector<char*> pointersTo(const std::vector<std::string>& words) {
 }  // namespace
 
 PseudoTerminal::PseudoTerminal(const std::vector<std::string>& words,
-                               const std::vector<std::string>& environment, unsigned short columns) {
+                               const std::vector<std::string>& environment, unsigned short rows) {
   const auto arguments = pointersTo(words);
   const auto variables = pointersTo(environment);
-  const winsize size{.ws_row = 60, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
+  const winsize size{.ws_row = rows, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
   int terminal = -1;
   process_ = forkpty(&terminal, nullptr, nullptr, &size);
   if (process_ == 0) {

@@ -14,7 +14,7 @@ class PseudoTerminal {
  public:
   // The words are a program's path and its arguments; the environment is all that it gets.
   PseudoTerminal(const std::vector<std::string>& words, const std::vector<std::string>& environment,
-                 unsigned short columns = 80);
+                 unsigned short rows = 60);
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
   ~PseudoTerminal();

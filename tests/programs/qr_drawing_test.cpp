@@ -20,7 +20,7 @@ const std::string enrollment =
     R"({"enrollment_code":"BEF2VGXA","device_id":"5c6fe067-f33e-4f8d-a82b-b64691dc0de0","device_name":"Emma's laptop","device_type":"ios"})";
 
 std::optional<std::vector<std::string>> draw(const Terminal& terminal, const std::string& text = enrollment) {
-  return drawQRCode(*QrencodeEncoder().encode(text), terminal);
+  return drawQRCode(QrencodeEncoder(), text, terminal);
 }
 
 std::string joined(const std::vector<std::string>& lines) {
@@ -69,15 +69,43 @@ TEST(QRDrawing, leaves_every_line_with_the_terminals_own_colours) {
 }
 
 TEST(QRDrawing, has_a_narrower_margin_rather_than_none_at_all) {
-  const auto modules = *QrencodeEncoder().encode(enrollment);
+  const auto modules = *QrencodeEncoder().encode(enrollment, QRCorrection::low);
   const Terminal exact{.isInteractive = true,
-                       .columns = static_cast<int>(modules.side) + 4,
+                       .columns = static_cast<int>(modules.side) + 2,
                        .hasUTF8 = true,
                        .hasColour = true};
   EXPECT_EQ(readFrom(exact, true), enrollment);
   Terminal narrow = exact;
   narrow.columns -= 1;
   EXPECT_FALSE(draw(narrow));
+}
+
+// The rows of most windows, less one for what is written below.
+TEST(QRDrawing, fits_into_a_low_window_and_is_scanned_from_it) {
+  const Terminal low{.isInteractive = true, .columns = 80, .rows = 23, .hasUTF8 = true, .hasColour = true};
+  ASSERT_TRUE(draw(low));
+  EXPECT_LE(draw(low)->size(), 23U);
+  EXPECT_EQ(readFrom(low, true), enrollment);
+  EXPECT_EQ(readFrom(low, false), enrollment);
+  Terminal colourless = low;
+  colourless.hasColour = false;
+  EXPECT_EQ(readFrom(colourless, true), enrollment);
+}
+
+TEST(QRDrawing, says_how_many_rows_it_takes_where_there_are_too_few) {
+  Terminal lowest{.isInteractive = true, .columns = 80, .rows = 10, .hasUTF8 = true, .hasColour = true};
+  EXPECT_FALSE(draw(lowest));
+  const auto rows = rowsForQRCode(QrencodeEncoder(), enrollment, lowest);
+  ASSERT_EQ(rows, 22U);
+  lowest.rows = static_cast<int>(*rows);
+  EXPECT_TRUE(draw(lowest));
+  lowest.rows -= 1;
+  EXPECT_FALSE(draw(lowest));
+}
+
+TEST(QRDrawing, has_no_number_of_rows_that_would_help_a_narrow_terminal) {
+  const Terminal narrow{.isInteractive = true, .columns = 20, .rows = 10, .hasUTF8 = true, .hasColour = true};
+  EXPECT_EQ(rowsForQRCode(QrencodeEncoder(), enrollment, narrow), std::nullopt);
 }
 
 TEST(QRDrawing, is_not_tried_where_it_can_not_be_seen) {
