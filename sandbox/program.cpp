@@ -105,6 +105,7 @@ int serve(const CommandLine& line) {
   sigemptyset(&endings);
   sigaddset(&endings, SIGTERM);
   sigaddset(&endings, SIGINT);
+  sigaddset(&endings, SIGHUP);
   pthread_sigmask(SIG_BLOCK, &endings, nullptr);
   std::signal(SIGPIPE, SIG_IGN);
 

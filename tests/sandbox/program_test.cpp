@@ -70,7 +70,7 @@ class Directory {
 };
 
 TEST(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
-  for (const int signal : {SIGTERM, SIGINT}) {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
     RunningProgram running{command({"--memory"})};
     const auto service = addressesIn(running.readLine());
     EXPECT_NE(service.plain, service.secure);
