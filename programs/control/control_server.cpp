@@ -119,11 +119,12 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   };
   using GuestPtr = std::shared_ptr<Guest>;
 
-  // A name that leads to somebody else's socket by now is theirs.
+  // A name that leads to somebody else's socket by now is theirs. The folder goes with the last in it.
   void leave() {
     std::error_code error;
     if (identity_ && identityOf(path_) == identity_) {
       fs::remove(path_, error);
+      fs::remove(path_.parent_path(), error);
     }
     identity_.reset();
   }

@@ -214,7 +214,7 @@ TEST_F(AgentProgram, keeps_an_enrolled_device_protected_until_it_is_told_to_stop
   EXPECT_EQ(checkins(), 2);
   EXPECT_EQ(run->end(SIGTERM), 0);
   EXPECT_EQ(call({"status"}).status, 6);
-  EXPECT_TRUE(fs::is_empty(session.runtime() / "quillmar"));
+  EXPECT_TRUE(fs::is_empty(session.runtime()));
 }
 
 TEST_F(AgentProgram, tells_the_service_manager_that_it_is_ready_alive_and_going) {

@@ -284,6 +284,17 @@ TEST_F(ControlSocket, is_gone_with_its_server) {
   EXPECT_FALSE(ask(data, {.operation = "status"}, patience));
 }
 
+TEST_F(ControlSocket, takes_its_folder_with_it_unless_another_stands_there) {
+  serve();
+  {
+    AsioDispatch dispatch;
+    const ControlServer neighbour(home.path() / "other", dispatch, answerWithLine);
+  }
+  EXPECT_EQ(say("hello"), "heard hello");
+  stop();
+  EXPECT_TRUE(fs::is_empty(runtime.path()));
+}
+
 TEST_F(ControlSocket, takes_the_place_that_a_killed_process_left) {
   fs::create_directories(place().parent_path());
   std::ofstream(place()) << "left";
