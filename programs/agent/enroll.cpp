@@ -12,10 +12,10 @@
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/qr_drawing.h"
-#include "programs/agent/signal_watch.h"
 #include "programs/agent/terminal.h"
 #include "programs/control/autostart.h"
 #include "programs/control/control_client.h"
+#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 
 namespace quillmar::agent {
@@ -115,7 +115,7 @@ class Enrollment {
       return ExitStatus::failed;
     }
     role.setRole(DeviceRole::child);
-    const SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
+    const control::SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
     observe();
     screen_.greet();
     view_->appear();
@@ -229,7 +229,7 @@ ExitStatus enroll(const Options& options) {
     complain(*control::problemWithFolder(options.dataDirectory));
     return ExitStatus::failed;
   }
-  holdEndingSignals();
+  control::holdEndingSignals();
   ExitStatus status = ExitStatus::failed;
   {
     const auto place = control::takeWorkPlace(options.dataDirectory);

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "programs/agent/commands.h"
-#include "programs/agent/signal_watch.h"
 #include "programs/agent/terminal.h"
 
 namespace {

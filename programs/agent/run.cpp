@@ -17,10 +17,10 @@
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/service_manager.h"
-#include "programs/agent/signal_watch.h"
 #include "programs/agent/terminal.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
+#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 
 namespace quillmar::agent {
@@ -257,7 +257,7 @@ class Agent {
   const Options& options_;
   AgentLog log_;
   AsioDispatch dispatch_;
-  const SignalWatch signals_;
+  const control::SignalWatch signals_;
   const ServiceManager manager_{dispatch_};
   const std::shared_ptr<Door> door_ = std::make_shared<Door>();
   std::optional<InstanceLock> lock_;
@@ -270,7 +270,7 @@ class Agent {
 }  // namespace
 
 ExitStatus run(const Options& options) {
-  holdEndingSignals();
+  control::holdEndingSignals();
   const auto only = InstanceLock::acquire(options.dataDirectory, control::agentLock);
   if (!only && !InstanceLock::obstacle(options.dataDirectory, control::agentLock)) {
     complain("quillmar-agent runs already.");

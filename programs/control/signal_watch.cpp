@@ -1,11 +1,11 @@
-#include "programs/agent/signal_watch.h"
+#include "programs/control/signal_watch.h"
 
 #include <pthread.h>
 
 #include <csignal>
 #include <utility>
 
-namespace quillmar::agent {
+namespace quillmar::control {
 namespace {
 
 // Ends the watch itself.
@@ -41,4 +41,4 @@ SignalWatch::~SignalWatch() {
   thread_.join();
 }
 
-}  // namespace quillmar::agent
+}  // namespace quillmar::control

@@ -5,7 +5,7 @@
 
 #include "platform/dispatch.h"
 
-namespace quillmar::agent {
+namespace quillmar::control {
 
 // Keeps the signals that ask a program to end from ending it, for its whole life; to be called before there
 // is a second thread. A closed connection or terminal is seen where it is written to.
@@ -23,4 +23,4 @@ class SignalWatch {
   std::thread thread_;
 };
 
-}  // namespace quillmar::agent
+}  // namespace quillmar::control

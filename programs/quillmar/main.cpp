@@ -1,7 +1,6 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QTextStream>
-#include <csignal>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -17,6 +16,7 @@
 #include "programs/control/autostart.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
+#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 #include "programs/doctor/doctor.h"
 #include "programs/quillmar/application_bus.h"
@@ -97,6 +97,7 @@ int runWindow(const Options& options) {
   QuillmarApp app(machine.ports(), options.service ? quillmar::Deployments::all(*options.service)
                                                    : quillmar::Deployments::builtIn());
   app.launch();
+  const control::SignalWatch signals(machine.ports().dispatch, [](int) { QGuiApplication::exit(0); });
   const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
   quillmar::ui::Window window(
@@ -184,13 +185,13 @@ int runDoctor(int count, char** arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  // Whoever read the log may go; the protection stays.
-  std::signal(SIGPIPE, SIG_IGN);
   QCoreApplication::setApplicationName("quillmar");
   QCoreApplication::setApplicationVersion(QUILLMAR_VERSION);
   if (quillmar::asksForDoctor(count, arguments)) {
     return runDoctor(count, arguments);
   }
+  // A session's end, a closed terminal and Ctrl-C find the window in its loop, which it leaves in order.
+  control::holdEndingSignals();
   const QGuiApplication application(count, arguments);
   QGuiApplication::setApplicationDisplayName("Quillmar");
   QGuiApplication::setDesktopFileName("live.quillmar.Quillmar");

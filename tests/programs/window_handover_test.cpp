@@ -118,6 +118,17 @@ TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {
   EXPECT_THAT(agent->readUntil("The service is reached."), HasSubstr("Looking after this device."));
 }
 
+// As a session ends it, a terminal that is closed, and Ctrl-C.
+TEST_F(ChildsDesktop, a_window_that_is_told_to_end_leaves_nothing_in_the_session) {
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    const auto window = start(withOptions(QUILLMAR_PROGRAM));
+    EXPECT_NE(windowNumber(), "");
+    EXPECT_FALSE(fs::is_empty(session.runtime()));
+    EXPECT_EQ(window->end(signal), 0);
+    EXPECT_TRUE(fs::is_empty(session.runtime())) << "after signal " << signal;
+  }
+}
+
 // The installation that desktops mean, on a bus of its own: its closed window comes back, as a new one.
 TEST_F(Desktop, shows_the_window_that_is_called_by_its_name_on_the_bus) {
   const auto service = std::move(*sandbox::Service::start({}));
