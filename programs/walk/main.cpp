@@ -10,8 +10,7 @@
 
 #include "child/child_app_state.h"
 #include "child/child_enrollment_view.h"
-#include "console/child_detail_view.h"
-#include "console/device_list_view.h"
+#include "console/add_child_view.h"
 #include "console/scanner_view.h"
 #include "identity/register_view.h"
 #include "platform/linux/authority_file.h"
@@ -38,7 +37,7 @@ class Walk {
   bool run() {
     child_.stage.application.machine.tunnel.behaveLikePlatform(
         [this](const std::function<void(bool)>& answer) { child_.stage.permissionPrompt.ask(answer); });
-    return signUp() && addChild() && startEnrollment() && scan() && finishEnrollment() && watch();
+    return signUp() && addChild() && startEnrollment() && scan() && finishEnrollment() && watch() && block();
   }
 
  private:
@@ -85,7 +84,8 @@ class Walk {
   bool scan() {
     if (!tap(parent_, "Add Device", "Phone or Tablet", "The parent adds a device for Mia") ||
         !tap(parent_, "Phone or Tablet", "Paste Code",
-             "A code comes from a camera, a picture or the clipboard")) {
+             "A code comes from a camera, a picture or the clipboard") ||
+        !see(parent_, "Read From Screen", "…or from another window on this screen")) {
       return false;
     }
     parent_.stage.application.screen<quillmar::ScannerView>().handleScannedCode(
@@ -104,27 +104,41 @@ class Walk {
            tap(child_, "Settings", "Device Information", "Its settings say what it is and where it asks");
   }
 
-  // What the tunnel would carry: the device's questions, to its own endpoint.
   bool watch() {
-    const auto& endpoint = child_.stage.application.child().dohEndpoint();
-    for (const auto* name : {"www.school.example", "cdn.games.example", "news.example"}) {
-      if (!quillmar::askOverHttps(endpoint, name, caFile_)) {
-        QTextStream(stdout) << "FAILED to ask " << QString::fromStdString(endpoint) << " for " << name
-                            << '\n';
-        return false;
-      }
+    if (!ask("www.school.example") || !ask("cdn.games.example") || !ask("news.example")) {
+      return false;
     }
-    auto& dashboard = parent_.stage.application.screen<quillmar::DeviceListView>();
-    dashboard.cards[0].tap();
-    parent_.stage.advance(3s);
     parent_.stage.window().resize(parent_.stage.window().width(), 1500);
-    return see(parent_, "school.example", "The parent sees what the device has just asked for");
+    parent_.stage.advance(30s);
+    return tap(parent_, "Mia", "school.example", "The parent sees what the device has just asked for") &&
+           tap(parent_, "Sites Allowed", "news.example", "What was let through can be blocked from here");
+  }
+
+  bool block() {
+    openMenuOf(parent_, "news.example");
+    return tap(parent_, "Block", "Sites Blocked", "Drawing it to the right does the same") &&
+           ask("news.example") &&
+           tap(parent_, "Sites Blocked", "news.example", "Asked for again, it is refused");
+  }
+
+  // What the tunnel would carry: the device's question, to its own endpoint.
+  bool ask(const char* name) {
+    const auto& endpoint = child_.stage.application.child().dohEndpoint();
+    if (quillmar::askOverHttps(endpoint, name, caFile_)) {
+      return true;
+    }
+    QTextStream(stdout) << "FAILED to ask " << QString::fromStdString(endpoint) << " for " << name << '\n';
+    return false;
+  }
+
+  static void openMenuOf(const Side& side, const QString& row) {
+    side.stage.clickAt(quillmar::ui::middleOf(*side.stage.find(row)), Qt::RightButton);
   }
 
   bool tap(const Side& side, const QString& control, const QString& expected, const char* meaning) {
     side.stage.click(control);
     side.stage.advance(2s);
-    return see(side, expected, meaning);
+    return show(side, QStringLiteral("“%1” → “%2”").arg(control, expected), expected, meaning);
   }
 
   bool wait(const Side& side, std::chrono::seconds time, const QString& expected, const char* meaning) {
@@ -133,6 +147,10 @@ class Walk {
   }
 
   bool see(const Side& side, const QString& expected, const char* meaning) {
+    return show(side, QStringLiteral("“%1”").arg(expected), expected, meaning);
+  }
+
+  bool show(const Side& side, const QString& deed, const QString& expected, const char* meaning) {
     QTextStream out(stdout);
     if (!side.stage.shows(expected)) {
       out << "FAILED " << meaning << ": “" << expected << "” is not on the " << side.name << "'s screen\n";
@@ -141,7 +159,7 @@ class Walk {
     }
     const QString file =
         directory_.filePath(QStringLiteral("walk-%1-%2.png").arg(++step_, 2, 10, QChar('0')).arg(side.name));
-    out << QStringLiteral("  %1. %2: %3 (%4)\n").arg(step_, 2).arg(side.name, meaning, file);
+    out << QStringLiteral("  %1. %2: %3. %4 (%5)\n").arg(step_, 2).arg(side.name, deed, meaning, file);
     return side.stage.picture().save(file);
   }
 
