@@ -1,63 +1,139 @@
 #!/usr/bin/env bash
-# Shows the main job against the stand-in service: a parent signs up, a child's device is enrolled and protected, and
-# what it asks for is on the parent's screen. With a display it opens a parent's and a child's window side by side;
-# without one it walks the same journey offscreen and leaves a picture of each step in out/pictures/.
-# ./run.sh --demo starts with a family that has children, devices and traffic.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-scripts/install-packages
 
-sandbox_options=(--seed empty)
+usage="usage: ./run.sh [--demo] [--pictures]
+Shows the main job against a stand-in service on this computer: a parent signs up, a child's device is enrolled and
+protected, and what it asks for is on the parent's screen, where it can be blocked. Installs and builds what that needs.
+With a display it opens a parent's and a child's window side by side. Without one it walks the same journey offscreen
+and leaves a picture of each step in out/pictures/.
+
+  --demo      start with a family that has children, devices and traffic
+  --pictures  walk the journey offscreen even with a display, and draw every screen in each of its states as well
+  --help      show this and end"
+
+seed=(--seed empty)
+demo=
+pictures=
 for option in "$@"; do
   case $option in
-    --demo) sandbox_options=(--seed demo --traffic) ;;
-    *) echo "usage: ./run.sh [--demo]" >&2; exit 2 ;;
+    --demo) demo=yes seed=(--seed demo --traffic) ;;
+    --pictures) pictures=yes ;;
+    --help) echo "$usage"; exit ;;
+    *) printf 'run.sh: there is no option “%s”.\n%s\n' "$option" "$usage" >&2; exit 2 ;;
   esac
 done
 
-echo "Building (the first time takes a few minutes; build-run.log tells) …"
-{
-  cmake --preset release && cmake --build --preset release -j "$(nproc)" \
-    --target quillmar quillmar-browse quillmar-sandbox quillmar-pictures quillmar-walk
-} >build-run.log 2>&1 || { tail -40 build-run.log; exit 1; }
-programs=$PWD/build/release/programs
-sandbox=$PWD/build/release/sandbox/quillmar-sandbox
+scripts/install-packages
+. scripts/aside.sh
+
+build=$PWD/build/release
+programs=$build/programs
+log=build-run.log
+report_seconds=${QUILLMAR_REPORT_SECONDS:-30}
+
+# What the log's last line with a count says, as ninja writes it.
+progress() { grep -oE '^\[[0-9]+/[0-9]+\]' "$log" | tail -n 1 | tr -d '[]' | sed 's|/| of |; s|$| done, |'; }
+
+# Carries out one command of the build out of sight, and says from time to time how far it is.
+build_step() {
+  local title=$1 process
+  shift
+  echo "$title …"
+  : >"$log"
+  aside "$@" >>"$log" 2>&1
+  process=$!
+  while await_end "$process" "$report_seconds" && kill -0 "$process" 2>/dev/null; do
+    echo "  $title: $(progress)$((SECONDS / 60)) min $((SECONDS % 60)) s so far"
+  done
+  wait "$process" || { tail -n 40 "$log"; exit 1; }
+}
+
+build_targets() {
+  local title=$1
+  shift
+  build_step "Configuring (all that is said meanwhile is in $log)" cmake --preset release
+  build_step "$title" cmake --build --preset release -j "$(nproc)" --target "$@"
+}
 
 work=$(mktemp -d)
-coproc SERVICE { exec "$sandbox" --port 0 --tls-port 0 --memory "${sandbox_options[@]}"; }
-service_pid=$SERVICE_PID
-trap 'kill "$service_pid" $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
-read -r -u "${SERVICE[0]}" addresses
-url=$(grep -o 'http://[^ ]*' <<<"$addresses")
-secure_url=$(grep -o 'https://[^ ]*' <<<"$addresses")
-ca_file=$(grep -o 'ca=[^ ]*' <<<"$addresses" | cut -d= -f2-)
-echo "The stand-in service runs at $url and $secure_url."
+clean_up() { rm -rf "$work"; }
 
-if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+start_service() {
+  local addresses line
+  mkfifo "$work/addresses"
+  exec {addresses}<>"$work/addresses"
+  aside "$build/sandbox/quillmar-sandbox" --port 0 --tls-port 0 --memory "${seed[@]}" >"$work/addresses"
+  read -r -t 60 -u "$addresses" line || { echo "The stand-in service does not start." >&2; exit 1; }
+  secure_url=$(grep -o 'https://[^ ]*' <<<"$line")
+  ca_file=$(grep -o 'ca=.*' <<<"$line" | cut -d= -f2-)
+  echo "The stand-in service runs at $(grep -o 'http://[^ ]*' <<<"$line") and $secure_url."
+}
+
+# At its own edge of the screen.
+open_window() {
+  local side=$1 place=$2
+  aside "$programs/quillmar/quillmar" --data-dir "$work/$side" --service "$secure_url" --ca-file "$ca_file" \
+    --simulate-tunnel -qwindowtitle "For the $side" -qwindowgeometry "$place" >"$work/$side.log" 2>&1
+}
+
+# As the child would, in whichever window becomes the child's.
+browse_in() { aside "$programs/walk/quillmar-browse" --data-dir "$work/$1" --ca-file "$ca_file"; }
+
+print_steps() {
+  local parent_begins='Then "Sign Up", fill in the form, "Create Account". "Add Your First Child".'
+  [ -z "$demo" ] || parent_begins='Then sign in as ann@example.com with the password quillmar-demo.'
   cat <<TEXT
 
-Two windows open.
-  1. In one, choose "I'm a Parent" and a region, then "Sign Up" and make an account (or, with --demo, sign in as the
-     line above says). Add a child.
-  2. In the other, choose "I'm a Child" and tap "Start Enrollment". A QR code comes up.
-  3. In the parent's window tap "Add Device", "Phone or Tablet" and "Read From Screen" (or take a picture of the code
-     and choose or paste it). Complete the enrollment.
-  4. Within five seconds the child's window asks about the tunnel, and is protected once you allow it.
-  5. Tap the child's card in the parent's window: what the child's device asks for is there, and can be blocked.
+Two windows open: the left one is titled "For the parent", the right one "For the child".
+  1. For the parent, choose "I'm a Parent", a region such as "Australia", and "Continue".
+     $parent_begins
+  2. For the child, choose "I'm a Child" and tap "Start Enrollment". A QR code comes up.
+  3. For the parent, tap "Add Device", "Phone or Tablet" and "Read From Screen", with the code in sight. Then
+     "Complete Enrollment" and "Done".
+  4. Within five seconds the child's window asks about the tunnel, and is protected once you tap "Allow".
+  5. For the parent, tap the child's card. What the child's device asks for is there. Choose "Sites Allowed" and draw a
+     site to the right, or click it with the right button and choose "Block". From then on it comes up under
+     "Sites Blocked".
 
-Close the parent's window, or press Ctrl-C, to end.
+Close the parent's window, or press Ctrl-C, to end all of it. (The window of a protected child's device goes on out of
+sight when it is closed.)
 
 TEXT
-  open_window() {
-    "$programs/quillmar/quillmar" --data-dir "$work/$1" --service "$secure_url" --ca-file "$ca_file" --simulate-tunnel
-  }
-  open_window child >"$work/child.log" 2>&1 &
-  "$programs/walk/quillmar-browse" --data-dir "$work/child" --ca-file "$ca_file" &
-  open_window parent >"$work/parent.log" 2>&1
-else
-  echo "There is no display, so this is the journey offscreen:"
-  "$programs/walk/quillmar-walk" --service "$secure_url" --ca-file "$ca_file" out/pictures
+}
+
+show_windows() {
+  print_steps
+  open_window child -20+20
+  local child=$!
+  open_window parent +20+20
+  local parent=$!
+  browse_in child
+  browse_in parent
+  wait -n "$child" "$parent" || { tail -n 5 "$work"/*.log >&2; exit 1; }
+}
+
+walk_offscreen() {
+  echo "The journey offscreen:"
+  aside "$programs/walk/quillmar-walk" --service "$secure_url" --ca-file "$ca_file" out/pictures
+  wait "$!"
+}
+
+draw_all() {
+  build_targets "Building what draws every screen" quillmar-pictures
   echo "Every screen in each of its states:"
-  "$programs/pictures/quillmar-pictures" out/pictures
+  aside "$programs/pictures/quillmar-pictures" out/pictures
+  wait "$!"
+}
+
+if [ -z "$pictures" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+  build_targets "Building the window and the stand-in service" quillmar quillmar-browse quillmar-sandbox
+  start_service
+  show_windows
+else
+  build_targets "Building the journey and the stand-in service" quillmar-walk quillmar-sandbox
+  start_service
+  walk_offscreen
+  [ -z "$pictures" ] || draw_all
   echo "$(find out/pictures -name '*.png' | wc -l) pictures are in out/pictures/."
 fi

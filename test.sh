@@ -1,35 +1,65 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and passes all tests: ./test.sh
-# ./test.sh quick leaves out the sanitizers and the linter.
-# ./test.sh --packages makes the Debian packages instead, and installs, runs and removes them in a fresh Debian.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
-if [ "${1:-}" = --packages ]; then
+
+usage="usage: ./test.sh [quick | --packages]
+Installs what is missing, builds, and passes all tests. At the end it says what took how long.
+
+  quick       leave out the sanitizers and the linter
+  --packages  make the Debian packages instead, and install, upgrade, run and remove them in a fresh Debian
+  --help      show this and end"
+
+selection=all
+for option in "$@"; do
+  case $option in
+    quick) selection=quick ;;
+    --packages) selection=packages ;;
+    --help) echo "$usage"; exit ;;
+    *) printf 'test.sh: there is no option “%s”.\n%s\n' "$option" "$usage" >&2; exit 2 ;;
+  esac
+done
+
+if [ "$selection" = packages ]; then
   scripts/install-packages --packages
   exec scripts/check-packages
 fi
 scripts/install-packages
 
 jobs=$(nproc)
+began=$EPOCHSECONDS
+builds=()
+stages=()
 export CTEST_OUTPUT_ON_FAILURE=1 QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software
 
-stage() { printf '\n== %s (%s s so far)\n' "$1" "$SECONDS"; }
+stage() {
+  stages+=("$SECONDS $1")
+  printf '\n== %s (%s s so far)\n' "$1" "$SECONDS"
+}
 
 build_and_test() {
   stage "$1: build"
+  builds+=("build/$1")
   cmake --preset "$1" >build-"$1".log 2>&1 || { cat build-"$1".log; return 1; }
   cmake --build --preset "$1" -j "$jobs" >>build-"$1".log 2>&1 || { tail -60 build-"$1".log; return 1; }
   stage "$1: test"
-  ctest --test-dir "build/$1" -j "$jobs" --no-tests=error
+  ctest --test-dir "build/$1" -j "$jobs" --no-tests=error --output-junit tests.xml
+}
+
+# Each stage lasted until the next began; the last is the end.
+print_times() {
+  printf '%s\n' "${stages[@]}" |
+    awk 'NR > 1 { printf "  %6d s  %s\n", $1 - began, name } { began = $1; $1 = ""; name = substr($0, 2) }'
+  scripts/slowest "$began" "${builds[@]}"
 }
 
 stage "Format"
 scripts/check-format
 build_and_test release
-if [ "${1:-}" != quick ]; then
+if [ "$selection" = all ]; then
   build_and_test asan
   build_and_test tsan
   stage "Lint"
   scripts/lint
 fi
 stage "All passed"
+print_times
