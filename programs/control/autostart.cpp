@@ -27,6 +27,7 @@ constexpr std::string_view entry = R"([Desktop Entry]
 Type=Application
 Name=Quillmar protection
 Comment=Keeps this device's internet protection running
+TryExec=quillmar-agent
 Exec=quillmar-agent run
 Icon=live.quillmar.Quillmar
 NoDisplay=true

@@ -66,6 +66,7 @@ TEST_F(Autostart, is_an_entry_of_the_desktop_elsewhere_and_starts_at_once) {
   EXPECT_EQ(enableAutostart(), std::nullopt);
   EXPECT_EQ(contents(place.path() / "started"), "run\n");
   EXPECT_THAT(contents(entry), HasSubstr("\nExec=quillmar-agent run\n"));
+  EXPECT_THAT(contents(entry), HasSubstr("\nTryExec=quillmar-agent\n")) << "nothing where it was removed";
   EXPECT_EQ(disableAutostart(), std::nullopt);
   EXPECT_FALSE(fs::exists(entry));
   EXPECT_EQ(disableAutostart(), std::nullopt);
