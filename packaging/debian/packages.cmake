@@ -1,6 +1,6 @@
 # The Debian packages, one for each component: `cpack -G DEB` in a build that is configured by the preset "packages".
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL agent window)
+set(CPACK_COMPONENTS_ALL agent window camera)
 set(CPACK_PACKAGE_NAME quillmar)
 set(CPACK_PACKAGE_CONTACT "Quillmar developers <developers@quillmar.live>")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
@@ -24,6 +24,8 @@ window in the package quillmar, and gives way to it while that is open.")
 set(CPACK_DEBIAN_AGENT_PACKAGE_DEPENDS "ca-certificates")
 set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "network-manager, systemd")
 set(CPACK_DEBIAN_AGENT_PACKAGE_SUGGESTS "quillmar")
+set(CPACK_DEBIAN_AGENT_PACKAGE_CONTROL_EXTRA
+    "${CMAKE_CURRENT_LIST_DIR}/agent/postinst;${CMAKE_CURRENT_LIST_DIR}/agent/prerm")
 
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME quillmar)
 set(CPACK_DEBIAN_WINDOW_DESCRIPTION "family internet protection: the parent's console, the child's window
@@ -43,8 +45,20 @@ list(TRANSFORM qml_modules PREPEND qml6-module-)
 list(JOIN qml_modules ", " qml_modules)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "ca-certificates, libqt6svg6, ${qml_modules}")
 string(JOIN ", " CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS
-  quillmar-agent network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
-  gstreamer1.0-plugins-base gstreamer1.0-plugins-good libgl1-mesa-dri qt6-wayland xdg-desktop-portal)
+  quillmar-agent quillmar-camera network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
+  libgl1-mesa-dri qt6-wayland xdg-desktop-portal)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS "fprintd")
+
+set(CPACK_DEBIAN_CAMERA_PACKAGE_NAME quillmar-camera)
+set(CPACK_DEBIAN_CAMERA_DESCRIPTION "family internet protection: reading codes with the camera
+With this the window in the package quillmar scans a child's enrollment code
+with the computer's camera. Without it the window reads codes from pictures,
+from the clipboard and from the screen.")
+# The two are built for one another.
+set(CPACK_DEBIAN_CAMERA_PACKAGE_DEPENDS
+    "quillmar (= ${PROJECT_VERSION}), gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
+# It was part of the window's package.
+set(CPACK_DEBIAN_CAMERA_PACKAGE_BREAKS "quillmar (<< 0.2.0)")
+set(CPACK_DEBIAN_CAMERA_PACKAGE_REPLACES "quillmar (<< 0.2.0)")
 
 include(CPack)
