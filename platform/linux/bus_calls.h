@@ -12,6 +12,8 @@
 
 namespace quillmar {
 
+inline constexpr const char* messageBus = "org.freedesktop.DBus";
+
 // Calls whose answers come later, for as long as a bus is joined. On the bus's thread only. Each call ends in
 // exactly one of its two functions; what a reply's function throws as an sdbus::Error goes to the other.
 class BusCalls {

@@ -23,7 +23,6 @@ constexpr const char* service = "net.reactivated.Fprint";
 constexpr const char* managerPath = "/net/reactivated/Fprint/Manager";
 constexpr const char* managerInterface = "net.reactivated.Fprint.Manager";
 constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
-constexpr const char* busService = "org.freedesktop.DBus";
 
 // To fprintd, the person who asks.
 const std::string thisPerson;
@@ -182,7 +181,7 @@ void FprintdCheck::Reader::concludeAny(BiometricReply outcome) {
 
 void FprintdCheck::Reader::joined(sdbus::IConnection& bus) {
   const std::string fromIt = "sender='" + std::string(service) + "',interface='" + deviceInterface + "',";
-  const std::string fromBus = "sender='" + std::string(busService) + "',interface='" + busService + "',";
+  const std::string fromBus = "sender='" + std::string(messageBus) + "',interface='" + messageBus + "',";
   watch(bus, fromIt + "member='VerifyStatus'", &Reader::verifyStatus);
   watch(bus, fromBus + "member='NameOwnerChanged',arg0='" + service + "'", &Reader::ownerChanged);
   calls_.joined(bus);
@@ -206,7 +205,7 @@ void FprintdCheck::Reader::watch(sdbus::IConnection& bus, const std::string& rul
 }
 
 void FprintdCheck::Reader::ownerChanged(sdbus::Message& message) {
-  if (message.getSender() == busService && !owner_.empty()) {
+  if (message.getSender() == messageBus && !owner_.empty()) {
     readerGone();
   }
 }

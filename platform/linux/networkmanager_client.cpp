@@ -7,8 +7,8 @@
 namespace quillmar {
 namespace {
 
-constexpr const char* service = "org.freedesktop.NetworkManager";
-constexpr const char* managerPath = "/org/freedesktop/NetworkManager";
+constexpr const char* networkManager = "org.freedesktop.NetworkManager";
+constexpr const char* networkManagerPath = "/org/freedesktop/NetworkManager";
 constexpr const char* settingsPath = "/org/freedesktop/NetworkManager/Settings";
 constexpr const char* settingsInterface = "org.freedesktop.NetworkManager.Settings";
 constexpr const char* connectionInterface = "org.freedesktop.NetworkManager.Settings.Connection";
@@ -16,7 +16,6 @@ constexpr const char* activeInterface = "org.freedesktop.NetworkManager.Connecti
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* objectManagerInterface = "org.freedesktop.DBus.ObjectManager";
 constexpr const char* objectsPath = "/org/freedesktop";
-constexpr const char* busService = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 
 constexpr std::uint32_t keptOnDisk = 1;
@@ -130,10 +129,10 @@ void NetworkManagerClient::joined(sdbus::IConnection& bus) {
   watchSignals();
   try {
     std::string owner;
-    sdbus::createProxy(bus, busService, busPath)
+    sdbus::createProxy(bus, messageBus, busPath)
         ->callMethod("GetNameOwner")
-        .onInterface(busService)
-        .withArguments(std::string(service))
+        .onInterface(messageBus)
+        .withArguments(std::string(networkManager))
         .storeResultsTo(owner);
     ownerChanged(owner);
   } catch (const sdbus::Error&) {
@@ -175,19 +174,19 @@ void NetworkManagerClient::watchSignals() {
       }
     };
   };
-  const std::string fromIt = "sender='" + std::string(service) + "',";
+  const std::string fromIt = "sender='" + std::string(networkManager) + "',";
   const std::string activations = "arg0path='/org/freedesktop/NetworkManager/ActiveConnection/'";
   const std::string objects = fromIt + "interface='" + objectManagerInterface + "',";
   const std::string settings = fromIt + "interface='" + settingsInterface + "',";
 
-  watch("sender='" + std::string(busService) + "',interface='" + busService +
-            "',member='NameOwnerChanged',arg0='" + service + "'",
+  watch("sender='" + std::string(messageBus) + "',interface='" + messageBus +
+            "',member='NameOwnerChanged',arg0='" + networkManager + "'",
         [this](sdbus::Message& message) {
           std::string name;
           std::string before;
           std::string owner;
           message >> name >> before >> owner;
-          if (message.getSender() == busService && name == service) {
+          if (message.getSender() == messageBus && name == networkManager) {
             ownerChanged(owner);
           }
         });
@@ -258,7 +257,7 @@ void NetworkManagerClient::activationChanged(const Path& path, const Values& pro
 void NetworkManagerClient::lookAround() {
   isLooking_ = true;
   calls_.send(
-      {service, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
+      {networkManager, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
       [this](sdbus::MethodReply& answer) {
         std::map<Path, Settings> objects;
         answer >> objects;
@@ -390,7 +389,7 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
     known_.try_emplace(profile.uuid, TunnelStatus::invalid);
     write(profile, settings);
     calls_.send(
-        {service, settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
+        {networkManager, settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
         [this, uuid = profile.uuid, reply](sdbus::MethodReply& answer) {
           Path added;
           answer >> added;
@@ -406,7 +405,7 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
   settings = settingsOf(*path);
   write(profile, settings);
   calls_.send(
-      {service, *path, connectionInterface, "Update2"}, options_.promptPatience,
+      {networkManager, *path, connectionInterface, "Update2"}, options_.promptPatience,
       [this, uuid = profile.uuid, changes, reply](sdbus::MethodReply&) {
         if (auto* activation = activationOf(uuid)) {
           activation->outdated = activation->outdated || changes;
@@ -438,7 +437,7 @@ void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& 
 
 void NetworkManagerClient::restart(const Path& connection, const Path& activation, const Reply<void>& reply) {
   calls_.send(
-      {service, managerPath, service, "DeactivateConnection"}, options_.promptPatience,
+      {networkManager, networkManagerPath, networkManager, "DeactivateConnection"}, options_.promptPatience,
       [this, connection, reply](sdbus::MethodReply&) { activate(connection, reply); }, failing<void>(reply),
       activation);
 }
@@ -446,7 +445,7 @@ void NetworkManagerClient::restart(const Path& connection, const Path& activatio
 void NetworkManagerClient::activate(const Path& connection, const Reply<void>& reply) {
   const Path ofItsChoice("/");
   calls_.send(
-      {service, managerPath, service, "ActivateConnection"}, options_.promptPatience,
+      {networkManager, networkManagerPath, networkManager, "ActivateConnection"}, options_.promptPatience,
       [reply](sdbus::MethodReply&) { reply(success()); },
       [reply](const sdbus::Error& error) {
         if (isNamed(error, {"org.freedesktop.NetworkManager.ConnectionAlreadyActive"})) {
@@ -459,7 +458,7 @@ void NetworkManagerClient::activate(const Path& connection, const Reply<void>& r
 }
 
 std::unique_ptr<sdbus::IProxy> NetworkManagerClient::object(const std::string& path) {
-  return sdbus::createProxy(*bus_, service, path);
+  return sdbus::createProxy(*bus_, networkManager, path);
 }
 
 }  // namespace quillmar

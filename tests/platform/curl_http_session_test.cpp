@@ -586,12 +586,12 @@ TEST_F(CurlHttpSessionTest, a_hundred_requests_at_once_are_all_answered_over_a_f
 TEST_F(CurlHttpSessionTest, a_server_that_hangs_holds_up_nobody_else) {
   const RawServer mute([](RawConnection& connection) { connection.waitForClose(); });
   const RawServer server(answering(httpResponse(200, "fine")));
-  std::atomic<bool> answered = false;
+  const auto answered = std::make_shared<std::atomic<bool>>(false);  // the session outlives this test
   for (int i = 0; i < 20; ++i) {
-    session.dataTask(get(mute.url("/")), [&](const DataTaskResult&) { answered = true; });
+    session.dataTask(get(mute.url("/")), [answered](const DataTaskResult&) { *answered = true; });
   }
   EXPECT_EQ(fetch(get(server.url("/"))).data, "fine");
-  EXPECT_FALSE(answered);
+  EXPECT_FALSE(*answered);
 }
 
 TEST(CurlHttpSession, its_end_cancels_each_request_under_way_once_whatever_its_stage) {
