@@ -16,6 +16,8 @@ ROOT = pathlib.Path(sys.argv.pop() if len(sys.argv) > 1 else pathlib.Path(__file
 SCREENS = {"app", "identity", "child", "console", "family"}
 CORE = SCREENS | {"foundation", "platform", "client", "client/records", "presentation"}
 ADAPTERS = {"platform/linux", "platform/simulated"}
+# Decide and read without a platform as well, for a program of their own.
+PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
 # The tools of the tree play the fakes of the tests.
 TEST_SUPPORT = {"tests/support", "tests/ui/support"}
 
@@ -31,6 +33,10 @@ MAY_INCLUDE = {
     **{folder: {"platform", "foundation"} for folder in ADAPTERS},
     "ui": CORE | ADAPTERS,
     "programs": CORE | ADAPTERS | {"ui"} | TEST_SUPPORT,
+    "tunnel/dns": set(),
+    "tunnel/resolver": {"tunnel/dns"},
+    "tunnel/network": {"tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
     "sandbox": set(),
 }
 
@@ -61,7 +67,7 @@ def include_faults(folder, header):
 def library_faults(folder, header):
     wrapped = folder in LIBRARIES and LIBRARIES[folder].fullmatch(header)
     standard = STANDARD_HEADER.fullmatch(header) and header not in PLATFORM_HEADERS
-    if folder in CORE and not wrapped and not standard:
+    if folder in PLATFORM_FREE and not wrapped and not standard:
         yield f"{folder} may not include <{header}>"
 
 
@@ -71,7 +77,7 @@ def line_faults(folder, line):
         yield from include_faults(folder, include[1])
     elif include:
         yield from library_faults(folder, include[2])
-    elif folder in CORE and (call := PLATFORM_CALLS.search(line.split("//")[0])):
+    elif folder in PLATFORM_FREE and (call := PLATFORM_CALLS.search(line.split("//")[0])):
         yield f"{folder} may not call {call[0]}"
 
 
@@ -131,6 +137,13 @@ class TheChecker(unittest.TestCase):
             ("programs/a/main.cpp", '#include "sandbox/b.h"'),
             ("programs/a/main.cpp", '#include "tests/client/b.h"'),
             ("sandbox/a.h", '#include "foundation/b.h"'),
+            ("tunnel/dns/a.h", '#include "foundation/b.h"'),
+            ("tunnel/resolver/a.h", '#include "tunnel/network/b.h"'),
+            ("tunnel/network/a.h", '#include "tunnel/b.h"'),
+            ("tunnel/a.h", '#include "platform/b.h"'),
+            ("tunnel/a.h", '#include "sandbox/b.h"'),
+            ("programs/a/main.cpp", '#include "tunnel/b.h"'),
+            ("platform/linux/a.h", '#include "tunnel/dns/b.h"'),
             ("sandbox/store/a.h", '#include "client/records/b.h"'),
             ("app/a.h", '#include "b.h"'),
             ("app/a.h", '#include "../ui/b.h"'),
@@ -158,6 +171,9 @@ class TheChecker(unittest.TestCase):
             ("app/a.cpp", '  const char* home = std::getenv("HOME");'),
             ("child/a.cpp", "  const auto now = std::chrono::system_clock::now();"),
             ("child/a.cpp", "  std::this_thread::sleep_for(time);"),
+            ("tunnel/dns/a.cpp", "#include <arpa/inet.h>"),
+            ("tunnel/resolver/a.cpp", "#include <thread>"),
+            ("tunnel/resolver/a.cpp", "  const auto now = std::chrono::steady_clock::now();"),
         ]:
             with self.subTest(name=name, line=line):
                 self.assertEqual(1, len(self.faults_of(name, line)))
@@ -184,6 +200,9 @@ class TheChecker(unittest.TestCase):
             ("programs/a/main.cpp", '#include "tests/support/b.h"'),
             ("sandbox/store/a.cpp", '#include "sandbox/b.h"'),
             ("sandbox/a.cpp", "#include <filesystem>"),
+            ("tunnel/a.h", '#include "foundation/url.h"'),
+            ("tunnel/resolver/a.h", '#include "tunnel/dns/b.h"'),
+            ("tunnel/network/a.cpp", "#include <openssl/ssl.h>"),
             ("bench/a.cpp", '#include "tests/support/b.h"'),
             ("app/a.txt", '#include "ui/b.h"'),
         ]:

@@ -1,0 +1,156 @@
+#include "tunnel/dns/answer.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "tunnel/dns/reply.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using std::chrono::seconds;
+
+// Mostly for texts that say what was blocked; an endpoint that writes a book here is not passed on.
+constexpr std::size_t largestExtendedErrors = 512;
+constexpr std::uint16_t otherError = 0;
+
+// Of the options in an OPT record those with extended errors.
+std::string extendedErrorsIn(std::string_view options) {
+  std::string errors;
+  for (Reader reader(options, 0); reader.ok() && !reader.atEnd();) {
+    const auto start = reader.at();
+    const auto code = reader.number16();
+    reader.bytes(reader.number16());
+    if (reader.ok() && code == extendedErrorOption) {
+      errors += options.substr(start, reader.at() - start);
+    }
+  }
+  return errors.size() <= largestExtendedErrors ? errors : std::string();
+}
+
+// RFC 2181: a TTL with the top bit is zero.
+seconds lifeOf(std::uint32_t ttl) { return seconds(ttl > 0x7fffffffU ? 0 : ttl); }
+
+// RFC 2308: the last number of an SOA is for how long its zone's gaps are known.
+seconds lifeOf(const Record& record) {
+  constexpr std::size_t fiveNumbers = 20;
+  const auto life = lifeOf(record.ttl);
+  return record.type == type::soa && record.data.size() > fiveNumbers
+             ? std::min(life, lifeOf(get32(record.data, record.data.size() - 4)))
+             : life;
+}
+
+bool isOf(const Question& question, Reader& reader) {
+  const auto name = reader.plainName();
+  const auto questionType = reader.number16();
+  const auto questionClass = reader.number16();
+  return reader.ok() && questionType == question.type && questionClass == question.klass &&
+         lowerCased(name) == lowerCased(question.name);
+}
+
+}  // namespace
+
+// What is learnt on the way through the records.
+struct Answer::Survey {
+  bool answersQuestion = false;
+  bool namesZone = false;
+  std::optional<Record> opt{};
+  std::vector<seconds> lives{};
+};
+
+void Answer::take(const Record& record, Survey& survey) {
+  if (record.type == type::opt) {
+    survey.opt = record;
+    return;
+  }
+  survey.namesZone = survey.namesZone || record.type == type::soa;
+  lives_.push_back(static_cast<std::uint16_t>(record.ttlAt));
+  survey.lives.push_back(lifeOf(record));
+}
+
+void Answer::limitLives(const Survey& survey, seconds age) {
+  const bool exists = readHeader(message_)->rcode() == rcode::noError && survey.answersQuestion;
+  const auto longest = exists ? longestLife : longestAbsence;
+  lifetime_ = lives_.empty() || (!exists && !survey.namesZone) ? seconds(0) : longest;
+  for (std::size_t index = 0; index < lives_.size(); ++index) {
+    const auto life = std::max(std::min(survey.lives[index] - age, longest), seconds(0));
+    put32(message_, lives_[index], static_cast<std::uint32_t>(life.count()));
+    lifetime_ = std::min(lifetime_, life);
+  }
+}
+
+std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Question& question, seconds age) {
+  const auto header = readHeader(message);
+  if (!header || message.size() > largestMessage ||
+      (header->flags & (flag::response | flag::opcode)) != flag::response) {
+    return AnswerFault::malformed;
+  }
+  if ((header->flags & flag::truncated) != 0) {
+    return AnswerFault::cutShort;
+  }
+  Reader reader(message, headerSize);
+  if (header->questions != 1 || !isOf(question, reader)) {
+    return AnswerFault::ofAnotherQuestion;
+  }
+
+  Answer answer;
+  Survey survey;
+  unsigned additionals = 0;
+  const unsigned ordinary = header->answers + unsigned{header->authorities};
+  for (unsigned index = 0; index < ordinary + header->additionals; ++index) {
+    const Record record = reader.record();
+    if (!reader.ok() || (record.type == type::opt && index < ordinary)) {
+      return AnswerFault::malformed;
+    }
+    answer.take(record, survey);
+    if (survey.opt) {
+      break;  // What stands behind it may point past it, and it goes. Nobody needs more of this section.
+    }
+    survey.answersQuestion =
+        survey.answersQuestion ||
+        (index < header->answers && (record.type == question.type || question.type == type::any));
+    additionals += index < ordinary ? 0 : 1;
+  }
+  std::uint16_t code = header->rcode();
+  if (survey.opt) {
+    answer.extendedErrors_ = extendedErrorsIn(survey.opt->data);
+    // A client without an OPT record of its own could not be told the upper bits.
+    code = survey.opt->ttl >> 24U != 0 ? rcode::servFail : code;
+  }
+  answer.isFailure_ = code != rcode::noError && code != rcode::nxDomain;
+  if (code == rcode::servFail && answer.extendedErrors_.empty()) {
+    answer.extendedErrors_ = extendedError(otherError, "The endpoint could not find the answer.");
+  }
+  message.resize(survey.opt ? survey.opt->start : reader.at());
+  put16(message, 2, static_cast<std::uint16_t>((header->flags & ~flag::rcode) | code));
+  putAdditionals(message, static_cast<std::uint16_t>(additionals));
+  answer.message_ = std::move(message);
+  answer.message_.shrink_to_fit();
+  answer.limitLives(survey, age);
+  return answer;
+}
+
+std::size_t Answer::size() const {
+  return sizeof *this + message_.capacity() + lives_.capacity() * sizeof(lives_.front()) +
+         extendedErrors_.capacity();
+}
+
+std::string Answer::toQuery(const Query& query, seconds elapsed) const {
+  std::string reply;
+  reply.reserve(message_.size() + extendedErrors_.size() + 16);
+  reply = message_;
+  constexpr std::uint16_t clients = flag::recursionDesired | flag::checkingDisabled;
+  const auto own = static_cast<std::uint16_t>((query.recursionDesired ? flag::recursionDesired : 0) |
+                                              (query.checkingDisabled ? flag::checkingDisabled : 0));
+  put16(reply, 0, query.id);
+  put16(reply, 2, static_cast<std::uint16_t>((get16(reply, 2) & ~clients) | own | flag::recursionAvailable));
+  reply.replace(headerSize, query.question.name.size(), query.question.name);
+  for (const std::uint16_t at : lives_) {
+    const auto left = std::max(seconds(get32(reply, at)) - elapsed, seconds(0));
+    put32(reply, at, static_cast<std::uint32_t>(left.count()));
+  }
+  appendOpt(reply, query, extendedErrors_);
+  return reply;
+}
+
+}  // namespace quillmar::tunnel

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// What a DNS message is made of (RFC 1035), for messages that are looked at and passed on rather than taken
+// apart. A name stands as its labels on the wire, each behind its length, the root's empty one last.
+namespace quillmar::tunnel {
+
+namespace type {
+inline constexpr std::uint16_t a = 1;
+inline constexpr std::uint16_t soa = 6;
+inline constexpr std::uint16_t aaaa = 28;
+inline constexpr std::uint16_t opt = 41;
+inline constexpr std::uint16_t ds = 43;
+inline constexpr std::uint16_t ixfr = 251;
+inline constexpr std::uint16_t axfr = 252;
+inline constexpr std::uint16_t any = 255;
+}  // namespace type
+
+inline constexpr std::uint16_t internetClass = 1;
+
+namespace rcode {
+inline constexpr std::uint16_t noError = 0;
+inline constexpr std::uint16_t formErr = 1;
+inline constexpr std::uint16_t servFail = 2;
+inline constexpr std::uint16_t nxDomain = 3;
+inline constexpr std::uint16_t notImp = 4;
+inline constexpr std::uint16_t badVers = 16;  // its upper bits stand in the OPT record
+}  // namespace rcode
+
+// The header's second word.
+namespace flag {
+inline constexpr std::uint16_t response = 0x8000;
+inline constexpr std::uint16_t opcode = 0x7800;
+inline constexpr std::uint16_t truncated = 0x0200;
+inline constexpr std::uint16_t recursionDesired = 0x0100;
+inline constexpr std::uint16_t recursionAvailable = 0x0080;
+inline constexpr std::uint16_t authenticData = 0x0020;
+inline constexpr std::uint16_t checkingDisabled = 0x0010;
+inline constexpr std::uint16_t rcode = 0x000f;
+}  // namespace flag
+
+// The DO bit of an OPT record's TTL.
+inline constexpr std::uint32_t dnssecOk = 0x8000;
+
+inline constexpr std::size_t headerSize = 12;
+inline constexpr std::size_t largestMessage = 65'535;
+
+void append16(std::string& message, std::uint16_t number);
+void append32(std::string& message, std::uint32_t number);
+void put16(std::string& message, std::size_t at, std::uint16_t number);
+void put32(std::string& message, std::size_t at, std::uint32_t number);
+std::uint16_t get16(std::string_view message, std::size_t at);
+std::uint32_t get32(std::string_view message, std::size_t at);
+
+struct Header {
+  std::uint16_t id = 0;
+  std::uint16_t flags = 0;
+  std::uint16_t questions = 0;
+  std::uint16_t answers = 0;
+  std::uint16_t authorities = 0;
+  std::uint16_t additionals = 0;
+
+  std::uint16_t rcode() const { return flags & flag::rcode; }
+};
+std::optional<Header> readHeader(std::string_view message);
+void append(std::string& message, const Header& header);
+void putAdditionals(std::string& message, std::uint16_t count);
+
+// A resource record where it stands in a message.
+struct Record {
+  std::size_t start = 0;
+  bool ofRoot = false;
+  std::uint16_t type = 0;
+  std::uint16_t klass = 0;
+  std::uint32_t ttl = 0;
+  std::size_t ttlAt = 0;
+  std::string_view data{};
+};
+
+// Reads a message from front to back. Once it has met something that can't be, everything that it gives is
+// empty and `ok` says so; nothing outside of the message is ever read.
+class Reader {
+ public:
+  Reader(std::string_view message, std::size_t at) : message_(message), at_(at) {}
+
+  bool ok() const { return ok_; }
+  std::size_t at() const { return at_; }
+  bool atEnd() const { return at_ == message_.size(); }
+
+  std::uint16_t number16();
+  std::uint32_t number32();
+  std::string_view bytes(std::size_t count);
+  // One that points nowhere else, as the first name of a message has to be.
+  std::string_view plainName();
+  Record record();
+
+ private:
+  void skipName();
+  bool has(std::size_t count);
+
+  std::string_view message_;
+  std::size_t at_;
+  bool ok_ = true;
+};
+
+// The same name in lower case.
+std::string lowerCased(std::string_view name);
+
+// "www.example.org" as it stands on the wire; made for names that stand in the program.
+std::string wireName(std::string_view dotted);
+
+}  // namespace quillmar::tunnel

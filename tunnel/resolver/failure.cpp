@@ -1,0 +1,51 @@
+#include "tunnel/resolver/failure.h"
+
+#include <algorithm>
+#include <array>
+
+namespace quillmar::tunnel {
+namespace {
+
+constexpr std::uint16_t otherError = 0;
+constexpr std::uint16_t notReady = 14;
+constexpr std::uint16_t noReachableAuthority = 22;
+constexpr std::uint16_t networkError = 23;
+
+struct Description {
+  Cause cause;
+  std::uint16_t code;
+  std::string_view text;
+};
+
+constexpr auto descriptions = std::to_array<Description>({
+    {Cause::tooMany, notReady, "Too many questions are waiting for an answer"},
+    {Cause::late, noReachableAuthority, "The endpoint did not answer in time"},
+    {Cause::unreachable, networkError, "The endpoint can't be reached"},
+    {Cause::unknownAddress, networkError, "The endpoint's address is not known"},
+    {Cause::untrusted, networkError, "The endpoint can't be trusted"},
+    {Cause::noHttp2, networkError, "The endpoint does not speak HTTP/2"},
+    {Cause::broken, networkError, "The connection to the endpoint broke"},
+    {Cause::askedToWait, notReady, "The endpoint asked not to be asked for a while"},
+    {Cause::refused, otherError, "The endpoint refused the question"},
+    {Cause::redirected, otherError, "The endpoint points elsewhere"},
+    {Cause::notDns, otherError, "The endpoint answered with something that is not DNS"},
+    {Cause::tooLong, otherError, "The endpoint's answer is too long"},
+    {Cause::malformed, otherError, "The endpoint's answer is malformed"},
+    {Cause::cutShort, otherError, "The endpoint's answer is cut short"},
+    {Cause::ofAnotherQuestion, otherError, "The endpoint answered another question"},
+});
+
+const Description& described(Cause cause) {
+  return *std::ranges::find(descriptions, cause, &Description::cause);
+}
+
+}  // namespace
+
+std::string sentence(const Failure& failure) {
+  std::string text(described(failure.cause).text);
+  return failure.detail.empty() ? text + '.' : text + ": " + failure.detail + '.';
+}
+
+std::uint16_t extendedErrorCode(Cause cause) { return described(cause).code; }
+
+}  // namespace quillmar::tunnel

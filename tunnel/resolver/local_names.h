@@ -1,0 +1,14 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "tunnel/dns/query.h"
+
+namespace quillmar::tunnel {
+
+// The answer to what concerns this machine or its network and nobody outside (RFC 6303, 6761, 6762, 7686,
+// 7793, 8375, 9462); nothing for all other names.
+std::optional<std::string> localReply(const Query& query);
+
+}  // namespace quillmar::tunnel
