@@ -1,0 +1,151 @@
+#include "tunnel/resolver/resolver.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tunnel/resolver/local_names.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using std::chrono::seconds;
+
+// Questions with the same key have the same answer but for its id and the letters' case.
+std::string keyOf(const Query& query) {
+  auto key = lowerCased(query.question.name);
+  append16(key, query.question.type);
+  append16(key, query.question.klass);
+  const bool wantsProof = query.edns && query.edns->dnssecOk;
+  key += static_cast<char>((wantsProof ? 1 : 0) | (query.checkingDisabled ? 2 : 0) |
+                           (query.authenticData ? 4 : 0));
+  return key;
+}
+
+Failure failureOf(AnswerFault fault) {
+  switch (fault) {
+    case AnswerFault::cutShort:
+      return {Cause::cutShort};
+    case AnswerFault::ofAnotherQuestion:
+      return {Cause::ofAnotherQuestion};
+    case AnswerFault::malformed:
+      break;
+  }
+  return {Cause::malformed};
+}
+
+Outcome outcomeOf(std::variant<Fetched, Failure> result, const Question& question) {
+  auto* fetched = std::get_if<Fetched>(&result);
+  if (fetched == nullptr) {
+    return std::get<Failure>(std::move(result));
+  }
+  auto parsed = Answer::parse(std::move(fetched->message), question, fetched->age);
+  if (const auto* fault = std::get_if<AnswerFault>(&parsed)) {
+    return failureOf(*fault);
+  }
+  return std::get<Answer>(std::move(parsed));
+}
+
+// Begun seconds count: what is kept elsewhere must not outlive what is kept here.
+seconds elapsedBetween(Time start, Time now) { return std::chrono::ceil<seconds>(now - start); }
+
+std::string replyFor(const Query& query, const Outcome& outcome, seconds elapsed) {
+  if (const auto* answer = std::get_if<Answer>(&outcome)) {
+    return answer->toQuery(query, elapsed);
+  }
+  const auto& failure = std::get<Failure>(outcome);
+  return errorReply(query, rcode::servFail,
+                    extendedError(extendedErrorCode(failure.cause), sentence(failure)));
+}
+
+}  // namespace
+
+Resolver::~Resolver() {
+  for (const auto& [ticket, question] : underWay_) {
+    upstream_.cancel(ticket);
+  }
+}
+
+void Resolver::ask(Time now, std::string_view message, Channel channel, Reply reply) {
+  auto parsed = parseQuery(message);
+  if (const auto* refusal = std::get_if<Refusal>(&parsed)) {
+    reply(refusalReply(*refusal));
+  } else if (auto* query = std::get_if<Query>(&parsed)) {
+    resolve(now, {std::move(*query), channel, std::move(reply)});
+  }
+}
+
+void Resolver::resolve(Time now, Waiter waiter) {
+  const Query& query = waiter.query;
+  const auto answerAtOnce = [&](std::string message) {
+    waiter.reply(fitted(std::move(message), query, waiter.channel));
+  };
+  if (auto local = localReply(query)) {
+    return answerAtOnce(std::move(*local));
+  }
+  auto key = keyOf(query);
+  if (const auto* known = cache_.find(now, key)) {
+    return answerAtOnce(replyFor(query, known->outcome, elapsedBetween(known->came, now)));
+  }
+  if (waiting_ >= mostWaiting) {
+    const Failure failure{Cause::tooMany};
+    log_.failed(now, failure);
+    return answerAtOnce(replyFor(query, failure, seconds(0)));
+  }
+  ++waiting_;
+  if (const auto asked = ticketByKey_.find(key); asked != ticketByKey_.end()) {
+    underWay_.at(asked->second).waiters.push_back(std::move(waiter));
+  } else {
+    askUpstream(now, std::move(key), std::move(waiter));
+  }
+}
+
+void Resolver::askUpstream(Time now, std::string key, Waiter waiter) {
+  const Ticket ticket = ++lastTicket_;
+  auto question = writeQuestion(waiter.query);
+  ticketByKey_.emplace(key, ticket);
+  auto& underWay = underWay_.emplace(ticket, UnderWay{std::move(key), waiter.query.question, now + patience})
+                       .first->second;
+  underWay.waiters.push_back(std::move(waiter));
+  upstream_.ask(now, ticket, std::move(question),
+                [this, ticket](Time then, std::variant<Fetched, Failure> result) {
+                  fetched(then, ticket, std::move(result));
+                });
+}
+
+void Resolver::fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result) {
+  const auto outcome = outcomeOf(std::move(result), underWay_.at(ticket).question);
+  if (std::holds_alternative<Answer>(outcome)) {
+    log_.answered(now);
+  }
+  finish(now, ticket, outcome);
+}
+
+void Resolver::finish(Time now, Ticket ticket, const Outcome& outcome) {
+  const auto node = underWay_.extract(ticket);
+  const auto& [key, question, deadline, waiters] = node.mapped();
+  ticketByKey_.erase(key);
+  waiting_ -= waiters.size();
+  const auto* answer = std::get_if<Answer>(&outcome);
+  if (answer == nullptr) {
+    log_.failed(now, std::get<Failure>(outcome));
+  }
+  const bool failed = answer == nullptr || answer->isFailure();
+  cache_.put(now, key, outcome, failed ? holdOfFailure : answer->lifetime());
+  for (const auto& [query, channel, reply] : waiters) {
+    reply(fitted(replyFor(query, outcome, seconds(0)), query, channel));
+  }
+}
+
+std::optional<Time> Resolver::wakeTime() const {
+  return underWay_.empty() ? std::nullopt : std::optional(underWay_.begin()->second.deadline);
+}
+
+void Resolver::wake(Time now) {
+  while (!underWay_.empty() && underWay_.begin()->second.deadline <= now) {
+    const Ticket ticket = underWay_.begin()->first;
+    upstream_.cancel(ticket);
+    finish(now, ticket, Failure{Cause::late});
+  }
+}
+
+}  // namespace quillmar::tunnel

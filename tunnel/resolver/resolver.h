@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tunnel/dns/reply.h"
+#include "tunnel/resolver/cache.h"
+#include "tunnel/resolver/failure_log.h"
+#include "tunnel/resolver/upstream.h"
+
+namespace quillmar::tunnel {
+
+// One message of a client in, one reply out, four seconds later at most. It has no clock: it is told the time
+// with every call, and says when it wants to be called again.
+class Resolver {
+ public:
+  using Reply = std::function<void(std::string)>;
+
+  static constexpr std::chrono::seconds patience{4};
+  static constexpr std::chrono::seconds holdOfFailure{1};
+  static constexpr std::size_t mostWaiting = 1024;
+
+  Resolver(Upstream& upstream, FailureLog& log) : upstream_(upstream), log_(log) {}
+  Resolver(const Resolver&) = delete;
+  Resolver& operator=(const Resolver&) = delete;
+  // Nobody who waits is answered any more.
+  ~Resolver();
+
+  // `reply` may be called at once, and is not called for what has to be met with silence.
+  void ask(Time now, std::string_view message, Channel channel, Reply reply);
+
+  std::optional<Time> wakeTime() const;
+  void wake(Time now);
+
+ private:
+  struct Waiter {
+    Query query;
+    Channel channel;
+    Reply reply;
+  };
+  struct UnderWay {
+    std::string key;
+    Question question;
+    Time deadline;
+    std::vector<Waiter> waiters{};
+  };
+
+  void resolve(Time now, Waiter waiter);
+  void askUpstream(Time now, std::string key, Waiter waiter);
+  void fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result);
+  void finish(Time now, Ticket ticket, const Outcome& outcome);
+
+  Upstream& upstream_;
+  FailureLog& log_;
+  Cache cache_;
+  std::map<Ticket, UnderWay> underWay_;  // and so in the order of their deadlines
+  std::unordered_map<std::string, Ticket> ticketByKey_;
+  std::size_t waiting_ = 0;
+  Ticket lastTicket_ = 0;
+};
+
+}  // namespace quillmar::tunnel
