@@ -20,12 +20,14 @@ struct FakeConnection final : Connection {
   void send(Ticket ticket, const std::string& /*question*/) override { sent.push_back(ticket); }
   void cancel(Ticket ticket) override { cancelled.push_back(ticket); }
   void ping() override { ++pings; }
+  void flush() override { ++flushes; }
 
   std::set<FakeConnection*>& alive;
   ConnectionEvents* events = nullptr;
   std::vector<Ticket> sent;
   std::vector<Ticket> cancelled;
   int pings = 0;
+  int flushes = 0;
 };
 
 const HttpAnswer good{.status = 200, .isDns = true, .body = "answer"};
@@ -334,6 +336,19 @@ TEST_F(TunnelUpstream, does_not_hammer_an_endpoint_that_ends_every_connection) {
   }
   EXPECT_LE(made.size(), 12U) << "in ten seconds";
   EXPECT_THAT(outcomes, SizeIs(ticket));
+}
+
+TEST_F(TunnelUpstream, flushes_all_that_it_has) {
+  upstream.flush();
+  settle();
+  upstream.flush();
+  EXPECT_EQ(latest().flushes, 1);
+  auto& closing = latest();
+  closing.events->closing(now);
+  ask(1);
+  upstream.flush();
+  EXPECT_EQ(closing.flushes, 2);
+  EXPECT_EQ(latest().flushes, 1);
 }
 
 TEST_F(TunnelUpstream, forgets_what_nobody_waits_for) {

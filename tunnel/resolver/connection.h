@@ -47,9 +47,11 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   virtual ~Connection() = default;
 
+  // What these ask for goes out with the next flush: questions that come together go out together.
   virtual void send(Ticket ticket, const std::string& question) = 0;
   virtual void cancel(Ticket ticket) = 0;
   virtual void ping() = 0;
+  virtual void flush() = 0;
 };
 
 // Begins to connect. Nothing is told before it has returned.

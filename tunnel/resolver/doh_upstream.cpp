@@ -84,6 +84,15 @@ void DohUpstream::cancel(Ticket ticket) {
   }
 }
 
+void DohUpstream::flush() {
+  if (old_) {
+    old_->connection().flush();
+  }
+  if (current_) {
+    current_->connection().flush();
+  }
+}
+
 void DohUpstream::connect(Time now) { current_ = std::make_unique<Link>(*this, now); }
 
 void DohUpstream::opened(Time now, Link& link) {

@@ -30,6 +30,8 @@ class DohUpstream final : public Upstream {
 
   void ask(Time now, Ticket ticket, std::string question, Done done) override;
   void cancel(Ticket ticket) override;
+  // Sends what was asked since the last time.
+  void flush();
 
   std::optional<Time> wakeTime() const;
   void wake(Time now);

@@ -1,0 +1,498 @@
+#include "tunnel/server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <set>
+
+#include "tests/sandbox/support/run_command.h"
+#include "tests/tunnel/support/messages.h"
+#include "tests/tunnel/support/running_server.h"
+#include "tests/tunnel/support/test_endpoint.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using namespace test;
+using sandbox::test::runCommand;
+using testing::AllOf;
+using testing::Contains;
+using testing::ContainsRegex;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Key;
+using testing::Not;
+using testing::Pair;
+using testing::SizeIs;
+
+// The right answer to what was asked.
+std::string answerTo(const std::string& question, const RecordText& record = {}, std::size_t records = 1) {
+  const auto query = std::get<Query>(parseQuery(question));
+  std::string text;
+  append(text, Header{.flags = flag::response | flag::recursionDesired | flag::recursionAvailable,
+                      .questions = 1,
+                      .answers = static_cast<std::uint16_t>(records)});
+  text += query.question.name;
+  append16(text, query.question.type);
+  append16(text, query.question.klass);
+  for (std::size_t count = 0; count < records; ++count) {
+    text += recordText(record);
+  }
+  return text;
+}
+
+struct TunnelServer : testing::Test {
+  void start(TestEndpoint::Answering answering, TestEndpoint::Speaks speaks = TestEndpoint::Speaks::http2) {
+    endpoint = std::make_unique<TestEndpoint>(std::move(answering), speaks);
+    server = std::make_unique<RunningServer>(endpoint->url(), endpoint->caFile());
+  }
+  void startWell() {
+    start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+      peer.answer(stream, answerTo(question));
+    });
+  }
+  // Does something with the first question, and then what it should.
+  void startBadly(TestEndpoint::Answering first) {
+    start([first = std::move(first), count = std::make_shared<std::atomic<int>>(0)](
+              TestPeer& peer, std::int32_t stream, const std::string& question) {
+      if ((*count)++ == 0) {
+        return first(peer, stream, question);
+      }
+      peer.answer(stream, answerTo(question));
+    });
+  }
+  std::string ask(const std::string& name, Channel channel = Channel::udp) const {
+    return askServer(server->port(), queryText({.name = name, .payload = 1232}), channel);
+  }
+  bool resolves(const std::string& name) const {
+    const auto reply = ask(name);
+    return readHeader(reply)->rcode() == rcode::noError && readHeader(reply)->answers == 1;
+  }
+  void expectFailure(const std::string& name, const std::string& text) const {
+    const auto reply = ask(name);
+    EXPECT_EQ(readHeader(reply)->rcode(), rcode::servFail);
+    EXPECT_THAT(reply, HasSubstr(text));
+  }
+  std::string kdig(const std::vector<std::string>& words) const {
+    std::vector<std::string> all{"kdig", "@127.0.0.1", "-p", std::to_string(server->port()), "+retry=0"};
+    all.insert(all.end(), words.begin(), words.end());
+    const auto result = runCommand(all);
+    EXPECT_EQ(result.status, 0) << result.output << result.errors;
+    return result.output;
+  }
+
+  std::unique_ptr<TestEndpoint> endpoint;
+  std::unique_ptr<RunningServer> server;
+};
+
+TEST_F(TunnelServer, asks_as_a_dns_client_over_https_does_and_says_no_more) {
+  startWell();
+  EXPECT_TRUE(resolves("www.example.org"));
+  ASSERT_THAT(endpoint->requests(), SizeIs(1));
+  EXPECT_THAT(endpoint->requests()[0],
+              testing::UnorderedElementsAre(
+                  Pair(":method", "POST"), Pair(":scheme", "https"),
+                  Pair(":authority", "localhost:" + std::to_string(endpoint->port())),
+                  Pair(":path", "/dns-query/secret-token"), Pair("accept", "application/dns-message"),
+                  Pair("content-type", "application/dns-message"), Pair("content-length", "128")));
+}
+
+TEST_F(TunnelServer, answers_in_the_letters_of_the_question) {
+  startWell();
+  for (const auto channel : {Channel::udp, Channel::tcp}) {
+    EXPECT_THAT(readByLdns(ask("wWw.Example.ORG", channel)),
+                ContainsRegex("wWw\\.Example\\.ORG\\.[[:space:]]+[0-9]+"));
+  }
+}
+
+TEST_F(TunnelServer, asks_everything_over_one_connection) {
+  startWell();
+  for (int number = 0; number < 50; ++number) {
+    EXPECT_TRUE(resolves(std::to_string(number) + ".example"));
+  }
+  EXPECT_EQ(endpoint->connections(), 1);
+  EXPECT_THAT(endpoint->requests(), SizeIs(50));
+  EXPECT_THAT(server->told(), IsEmpty());
+}
+
+TEST_F(TunnelServer, resumes_its_session_when_it_connects_again) {
+  startWell();
+  EXPECT_TRUE(resolves("a.example"));
+  EXPECT_EQ(endpoint->resumptions(), 0);
+  endpoint->disconnectAll();
+  EXPECT_TRUE(resolves("b.example"));
+  EXPECT_EQ(endpoint->connections(), 2);
+  EXPECT_EQ(endpoint->resumptions(), 1);
+}
+
+TEST_F(TunnelServer, answers_a_quick_question_before_a_slow_one) {
+  auto held = std::make_shared<std::pair<std::int32_t, std::string>>();
+  start([held](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    if (question.find("slow") != std::string::npos) {
+      *held = {stream, question};
+    } else if (question.find("free") != std::string::npos) {
+      peer.answer(held->first, answerTo(held->second));
+      peer.answer(stream, answerTo(question));
+    } else {
+      peer.answer(stream, answerTo(question));
+    }
+  });
+  ClientSocket slow(server->port(), Channel::tcp);
+  slow.send(queryText({.name = "slow.example", .id = 1}));
+  slow.send(queryText({.name = "quick.example", .id = 2}));
+  EXPECT_EQ(readHeader(slow.receive())->id, 2);
+  EXPECT_TRUE(resolves("free.example"));
+  EXPECT_EQ(readHeader(slow.receive())->id, 1);
+}
+
+TEST_F(TunnelServer, trusts_no_certificate_that_nobody_vouches_for) {
+  endpoint = std::make_unique<TestEndpoint>([](TestPeer&, std::int32_t, const std::string&) {});
+  server = std::make_unique<RunningServer>(endpoint->url(), "");
+  expectFailure("www.example.org", "The endpoint can't be trusted: ");
+  EXPECT_THAT(endpoint->requests(), IsEmpty());
+  EXPECT_THAT(server->told(), ElementsAre(HasSubstr("The endpoint can't be trusted")));
+}
+
+TEST_F(TunnelServer, trusts_no_certificate_of_another_host) {
+  endpoint = std::make_unique<TestEndpoint>([](TestPeer&, std::int32_t, const std::string&) {});
+  server = std::make_unique<RunningServer>(endpoint->url("other.localhost"), endpoint->caFile());
+  expectFailure("www.example.org", "The endpoint can't be trusted: hostname mismatch");
+  EXPECT_THAT(endpoint->requests(), IsEmpty());
+}
+
+TEST_F(TunnelServer, takes_an_address_in_the_url_as_it_is) {
+  endpoint =
+      std::make_unique<TestEndpoint>([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+        peer.answer(stream, answerTo(question));
+      });
+  server = std::make_unique<RunningServer>(endpoint->url("127.0.0.1"), endpoint->caFile());
+  EXPECT_TRUE(resolves("www.example.org"));
+}
+
+TEST_F(TunnelServer, says_that_an_endpoint_refuses) {
+  startWell();
+  const auto url = endpoint->url();
+  const auto closed = std::make_unique<RunningServer>(url, endpoint->caFile());
+  server.reset();
+  endpoint.reset();
+  for (int count = 0; count < 20; ++count) {
+    const auto reply = askServer(closed->port(), queryText({.name = "www.example.org", .payload = 1232}));
+    EXPECT_THAT(reply, HasSubstr("The endpoint can't be reached: Connection refused."));
+  }
+  EXPECT_THAT(closed->told(), ElementsAre("The endpoint can't be reached: Connection refused."));
+}
+
+TEST_F(TunnelServer, speaks_http2_or_not_at_all) {
+  start([](TestPeer&, std::int32_t, const std::string&) {}, TestEndpoint::Speaks::http1);
+  expectFailure("www.example.org", "The endpoint does not speak HTTP/2.");
+  start([](TestPeer&, std::int32_t, const std::string&) {}, TestEndpoint::Speaks::plainText);
+  expectFailure("www.example.org", "The endpoint can't be reached: no TLS, wrong version number.");
+}
+
+TEST_F(TunnelServer, takes_no_answer_that_is_none) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    const auto is = [&](const char* name) { return question.find(name) != std::string::npos; };
+    const auto good = answerTo(question);
+    if (is("html")) {
+      peer.answer(stream, "<html></html>", {}, "200", "text/html");
+    } else if (is("untyped")) {
+      peer.answer(stream, good, {}, "200", "");
+    } else if (is("gone")) {
+      peer.answer(stream, good, {}, "404");
+    } else if (is("elsewhere")) {
+      peer.answer(stream, good, {{"location", "https://localhost/"}}, "302");
+    } else if (is("broken")) {
+      peer.answer(stream, "", {}, "500", "text/html");
+    } else if (is("other")) {
+      auto other = good;
+      other[headerSize + 1] = 'x';
+      peer.answer(stream, other);
+    } else if (is("cut")) {
+      peer.answer(stream, good.substr(0, good.size() - 1));
+    } else if (is("nothing")) {
+      peer.answer(stream, "");
+    } else if (is("toolong")) {
+      peer.answer(stream, good + std::string(largestMessage - good.size() + 1, 'x'));
+    } else if (is("endless")) {
+      peer.answer(stream, std::string(5'000'000, 'x'));
+    } else {
+      peer.answer(stream, good);
+    }
+  });
+  const std::vector<std::pair<std::string, std::string>> cases{{"html", "something that is not DNS"},
+                                                               {"untyped", "something that is not DNS"},
+                                                               {"gone", "status 404"},
+                                                               {"elsewhere", "points elsewhere: status 302"},
+                                                               {"broken", "status 500"},
+                                                               {"other", "another question"},
+                                                               {"cut", "malformed"},
+                                                               {"nothing", "malformed"},
+                                                               {"toolong", "too long"},
+                                                               {"endless", "too long"}};
+  for (const auto& [name, text] : cases) {
+    expectFailure(name + ".example", text);
+    EXPECT_TRUE(resolves("after-" + std::to_string(&text - &cases[0].second) + ".example"));
+  }
+  EXPECT_EQ(endpoint->connections(), 1) << "no bad answer costs the connection";
+}
+
+TEST_F(TunnelServer, takes_the_longest_answer_that_there_can_be) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    const RecordText text{.type = 65'280, .data = std::string(1011, 'x')};
+    auto answer = answerTo(question, text, 64);
+    answer.resize(largestMessage, '\0');
+    peer.answer(stream, answer);
+  });
+  const auto udp = ask("long.example");
+  EXPECT_NE(get16(udp, 2) & flag::truncated, 0);
+  const auto tcp = ask("long.example", Channel::tcp);
+  EXPECT_EQ(get16(tcp, 2) & flag::truncated, 0);
+  EXPECT_GT(tcp.size(), 64'000U);
+  EXPECT_THAT(readByLdns(tcp), HasSubstr("ANSWER: 64"));
+}
+
+TEST_F(TunnelServer, minds_no_thousand_headers) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    Fields many;
+    for (int number = 0; number < 1000; ++number) {
+      many.emplace_back("x-" + std::to_string(number), "value");
+    }
+    peer.answer(stream, answerTo(question), many);
+  });
+  EXPECT_TRUE(resolves("www.example.org"));
+  EXPECT_TRUE(resolves("another.example.org"));
+}
+
+TEST_F(TunnelServer, reads_what_the_fields_of_an_answer_say) {
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    peer.answer(stream, answerTo(question), {{"age", "280"}, {"age", "x"}, {"cache-control", "max-age=9999"}},
+                "200", "Application/DNS-Message; charset=none");
+  });
+  EXPECT_THAT(readByLdns(ask("www.example.org")), ContainsRegex("[[:space:]]60[[:space:]]+IN[[:space:]]+A"));
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    peer.answer(stream, answerTo(question), {{"age", "280"}});
+  });
+  EXPECT_THAT(readByLdns(ask("www.example.org")), ContainsRegex("[[:space:]]20[[:space:]]+IN[[:space:]]+A"));
+}
+
+TEST_F(TunnelServer, does_not_ask_before_retry_after) {
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string&) {
+    peer.answer(stream, "", {{"retry-after", "30"}}, "503");
+  });
+  expectFailure("a.example", "status 503");
+  expectFailure("b.example", "asked not to be asked for a while");
+  EXPECT_THAT(endpoint->requests(), SizeIs(1));
+}
+
+TEST_F(TunnelServer, goes_on_after_a_goaway_in_the_middle) {
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string&) { peer.goAway(stream - 1); });
+  EXPECT_TRUE(resolves("a.example")) << "asked again on another connection";
+  EXPECT_EQ(endpoint->connections(), 2);
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    peer.goAway(stream);
+    peer.answer(stream, answerTo(question));
+  });
+  EXPECT_TRUE(resolves("b.example")) << "answered on the closing one";
+  EXPECT_TRUE(resolves("c.example"));
+  EXPECT_EQ(endpoint->connections(), 2);
+}
+
+TEST_F(TunnelServer, asks_again_where_a_connection_breaks) {
+  startBadly([](TestPeer& peer, std::int32_t, const std::string&) { peer.hangUp(); });
+  EXPECT_TRUE(resolves("a.example"));
+  EXPECT_EQ(endpoint->connections(), 2);
+  endpoint->disconnectAll();
+  EXPECT_TRUE(resolves("b.example"));
+}
+
+TEST_F(TunnelServer, asks_again_once_where_a_request_is_reset) {
+  startBadly([](TestPeer& peer, std::int32_t stream, const std::string&) {
+    peer.reset(stream, NGHTTP2_REFUSED_STREAM);
+  });
+  EXPECT_TRUE(resolves("a.example"));
+  start([](TestPeer& peer, std::int32_t stream, const std::string&) { peer.reset(stream); });
+  expectFailure("a.example", "The connection to the endpoint broke.");
+  EXPECT_THAT(endpoint->requests(), SizeIs(2));
+}
+
+TEST_F(TunnelServer, does_not_hammer_an_endpoint_that_breaks_every_connection) {
+  start([](TestPeer& peer, std::int32_t, const std::string&) { peer.hangUp(); });
+  for (int number = 0; number < 100; ++number) {
+    expectFailure(std::to_string(number) + ".example", "The connection to the endpoint broke");
+  }
+  EXPECT_LT(endpoint->connections(), 10);
+}
+
+TEST_F(TunnelServer, answers_nothing_to_garbage_and_goes_on) {
+  startWell();
+  ClientSocket garbage(server->port(), Channel::udp);
+  for (const auto& bytes : {""s, "x"s, std::string(11, '\xff'), std::string(2000, '\xff'),
+                            std::string(5000, 'x'), answerText({})}) {
+    garbage.sendRaw(bytes);
+  }
+  garbage.send(queryText({.id = 77}));
+  EXPECT_EQ(readHeader(garbage.receive())->id, 77) << "the first that it gets";
+}
+
+TEST_F(TunnelServer, answers_malformed_questions_with_an_error) {
+  startWell();
+  const auto code = [&](const std::string& message, Channel channel) {
+    return readHeader(askServer(server->port(), message, channel))->rcode();
+  };
+  for (const auto channel : {Channel::udp, Channel::tcp}) {
+    EXPECT_EQ(code(queryText({}).substr(0, 20), channel), rcode::formErr);
+    EXPECT_EQ(code(queryText({.type = type::axfr}), channel), rcode::notImp);
+  }
+  EXPECT_THAT(endpoint->requests(), IsEmpty());
+}
+
+TEST_F(TunnelServer, survives_a_flood) {
+  startWell();
+  ClientSocket flood(server->port(), Channel::udp);
+  for (int number = 0; number < 20'000; ++number) {
+    flood.send(queryText({.name = std::to_string(number) + ".example"}));
+  }
+  EXPECT_EQ(readHeader(ask("localhost", Channel::tcp))->rcode(), rcode::noError);
+  const auto reply = ask("www.example.org", Channel::tcp);
+  EXPECT_TRUE(readHeader(reply)->answers == 1 || reply.find("Too many questions") != std::string::npos);
+}
+
+TEST_F(TunnelServer, is_not_stopped_by_clients_that_stop_in_the_middle) {
+  startWell();
+  std::vector<std::unique_ptr<ClientSocket>> halves;
+  for (int number = 0; number < 100; ++number) {
+    halves.push_back(std::make_unique<ClientSocket>(server->port(), Channel::tcp));
+    halves.back()->sendRaw(std::string(1 + number % 3, '\x01'));
+  }
+  EXPECT_EQ(readHeader(ask("www.example.org", Channel::tcp))->answers, 1);
+  EXPECT_EQ(halves.front()->receive(), "") << "the oldest had to go";
+}
+
+TEST_F(TunnelServer, answers_a_client_that_has_said_all) {
+  startWell();
+  ClientSocket client(server->port(), Channel::tcp);
+  client.send(queryText({.name = "a.example", .id = 1}));
+  client.send(queryText({.name = "b.example", .id = 2}));
+  client.endSending();
+  std::set<std::uint16_t> ids;
+  ids.insert(readHeader(client.receive())->id);
+  ids.insert(readHeader(client.receive())->id);
+  EXPECT_THAT(ids, ElementsAre(1, 2));
+  EXPECT_EQ(client.receive(), "");
+}
+
+TEST_F(TunnelServer, answers_a_question_that_comes_byte_by_byte) {
+  startWell();
+  ClientSocket client(server->port(), Channel::tcp);
+  const auto message = queryText({.id = 5});
+  for (const char byte : "\0"s + static_cast<char>(message.size()) + message) {
+    client.sendRaw(std::string(1, byte));
+  }
+  EXPECT_EQ(readHeader(client.receive())->id, 5);
+}
+
+TEST_F(TunnelServer, answers_many_questions_that_come_at_once) {
+  startWell();
+  ClientSocket client(server->port(), Channel::tcp);
+  std::string all;
+  for (std::uint16_t number = 0; number < 500; ++number) {
+    const auto message = queryText({.name = std::to_string(number) + ".example", .id = number});
+    append16(all, static_cast<std::uint16_t>(message.size()));
+    all += message;
+  }
+  client.sendRaw(all);
+  std::set<std::uint16_t> ids;
+  for (int count = 0; count < 500; ++count) {
+    const auto reply = client.receive();
+    ASSERT_NE(reply, "");
+    EXPECT_EQ(readHeader(reply)->answers, 1);
+    ids.insert(readHeader(reply)->id);
+  }
+  EXPECT_THAT(ids, SizeIs(500));
+}
+
+TEST(TunnelTcpListener, lets_go_who_asks_nothing) {
+  boost::asio::io_context context(1);
+  auto sockets = std::get<Sockets>(bindSockets(context, *parseListenAddress("127.0.0.1:0")));
+  const int port = sockets.tcp.local_endpoint().port();
+  const TcpListener listener(
+      std::move(sockets.tcp), [](std::string_view, const auto& reply) { reply("answer"); },
+      std::chrono::milliseconds(20));
+  std::thread thread([&] { context.run(); });
+  {
+    ClientSocket client(port, Channel::tcp);
+    client.send("question");
+    EXPECT_EQ(client.receive(), "answer");
+    client.sendRaw("\x01");
+    EXPECT_EQ(client.receive(), "");
+  }
+  context.stop();
+  thread.join();
+}
+
+TEST_F(TunnelServer, is_understood_by_kdig) {
+  startWell();
+  const auto output = kdig({"www.example.org"});
+  EXPECT_THAT(output, HasSubstr("status: NOERROR"));
+  EXPECT_THAT(output, ContainsRegex("www\\.example\\.org\\.[[:space:]]+60[[:space:]]+IN[[:space:]]+A"));
+  EXPECT_THAT(output, Not(HasSubstr("EDNS")));
+  EXPECT_THAT(kdig({"www.example.org"}), ContainsRegex("[[:space:]]59[[:space:]]+IN[[:space:]]+A"))
+      << "its life runs down";
+  EXPECT_THAT(endpoint->requests(), SizeIs(1));
+}
+
+TEST_F(TunnelServer, gives_kdig_what_it_takes) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    peer.answer(stream, answerTo(question, {.type = 16, .data = "\x04text"s + std::string(200, '\0')}, 5));
+  });
+  EXPECT_THAT(kdig({"TXT", "big.example", "+ignore"}), HasSubstr("Flags: qr tc rd ra"));
+  EXPECT_THAT(kdig({"TXT", "big.example", "+bufsize=600", "+ignore"}), HasSubstr("Flags: qr tc rd ra"));
+  EXPECT_THAT(kdig({"TXT", "big.example", "+bufsize=4096", "+ignore"}), HasSubstr("ANSWER: 5"));
+  const auto overTcp = kdig({"TXT", "big.example"});
+  EXPECT_THAT(overTcp, AllOf(HasSubstr("ANSWER: 5"), HasSubstr("(TCP)"))) << "by itself, where UDP is cut";
+}
+
+TEST_F(TunnelServer, keeps_kdigs_connection_open) {
+  startWell();
+  const auto output = kdig({"+tcp", "+keepopen", "a.example", "b.example", "c.example"});
+  for (const auto* name : {"a.example.", "b.example.", "c.example."}) {
+    EXPECT_THAT(output, ContainsRegex(std::string(name) + "[[:space:]]+60[[:space:]]+IN[[:space:]]+A"));
+  }
+}
+
+TEST_F(TunnelServer, passes_on_whether_kdig_wants_proof) {
+  auto wanted = std::make_shared<std::atomic<bool>>(false);
+  start([wanted](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    const auto query = std::get<Query>(parseQuery(question));
+    *wanted = query.edns && query.edns->dnssecOk;
+    peer.answer(stream, answerTo(question));
+  });
+  EXPECT_THAT(kdig({"+dnssec", "www.example.org"}), HasSubstr("flags: do"));
+  EXPECT_TRUE(*wanted);
+  EXPECT_THAT(kdig({"+edns", "www.example.org"}), Not(HasSubstr("flags: do")));
+  EXPECT_FALSE(*wanted) << "and does not mistake one answer for the other";
+}
+
+TEST_F(TunnelServer, passes_on_types_that_nobody_knows_and_the_longest_names) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    peer.answer(stream, answerTo(question, {.type = 65'280, .data = "data"}));
+  });
+  EXPECT_THAT(kdig({"-t", "TYPE65280", "www.example.org"}), HasSubstr("\\# 4 64617461"));
+  const std::string label(63, 'x');
+  const auto longest = label + '.' + label + '.' + label + '.' + std::string(61, 'y');
+  EXPECT_THAT(kdig({"-t", "TYPE65280", longest}), HasSubstr("\\# 4 64617461"));
+}
+
+TEST_F(TunnelServer, tells_kdig_why_there_is_no_answer) {
+  start([](TestPeer& peer, std::int32_t stream, const std::string&) { peer.answer(stream, "", {}, "500"); });
+  const auto output = kdig({"+edns", "www.example.org"});
+  EXPECT_THAT(output, HasSubstr("status: SERVFAIL"));
+  EXPECT_THAT(output, HasSubstr("The endpoint refused the question: status 500."));
+}
+
+}  // namespace
+}  // namespace quillmar::tunnel

@@ -1,0 +1,231 @@
+#include "tests/tunnel/support/test_endpoint.h"
+
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include "sandbox/http/certificates.h"
+
+namespace quillmar::tunnel::test {
+namespace {
+
+struct Use {
+  TestPeer* peer;
+  const TestEndpoint::Answering* answering;
+};
+
+nghttp2_nv field(const std::string& name, const std::string& value) {
+  const auto bytes = [](const std::string& text) {
+    return reinterpret_cast<std::uint8_t*>(const_cast<char*>(text.data()));
+  };
+  return {bytes(name), bytes(value), name.size(), value.size(), NGHTTP2_NV_FLAG_NONE};
+}
+
+int chooseProtocol(SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*,
+                   unsigned int, void*) {
+  static constexpr std::array<unsigned char, 2> http2{'h', '2'};
+  *chosen = http2.data();
+  *length = http2.size();
+  return SSL_TLSEXT_ERR_OK;
+}
+
+std::filesystem::path newDirectory() {
+  std::string name = (std::filesystem::temp_directory_path() / "quillmar-endpoint-XXXXXX").string();
+  return ::mkdtemp(name.data()) != nullptr ? name : std::string();
+}
+
+}  // namespace
+
+void TestPeer::answer(std::int32_t stream, const std::string& body, const Fields& more,
+                      const std::string& status, const std::string& contentType) {
+  streams_[stream].body = body;
+  Fields all{{":status", status}};
+  if (!contentType.empty()) {
+    all.emplace_back("content-type", contentType);
+  }
+  all.insert(all.end(), more.begin(), more.end());
+  std::vector<nghttp2_nv> fields;
+  for (const auto& [name, value] : all) {
+    fields.push_back(field(name, value));
+  }
+  nghttp2_data_provider provider{};
+  provider.read_callback = [](nghttp2_session*, std::int32_t id, std::uint8_t* buffer, std::size_t room,
+                              std::uint32_t* flags, nghttp2_data_source*, void* user) -> ssize_t {
+    auto& asked = static_cast<Use*>(user)->peer->streams_[id];
+    const auto size = std::min(room, asked.body.size() - asked.sent);
+    std::memcpy(buffer, asked.body.data() + asked.sent, size);
+    asked.sent += size;
+    if (asked.sent == asked.body.size()) {
+      *flags |= NGHTTP2_DATA_FLAG_EOF;
+    }
+    return static_cast<ssize_t>(size);
+  };
+  nghttp2_submit_response(http, stream, fields.data(), fields.size(), &provider);
+}
+
+void TestPeer::reset(std::int32_t stream, std::uint32_t code) {
+  nghttp2_submit_rst_stream(http, NGHTTP2_FLAG_NONE, stream, code);
+}
+
+void TestPeer::goAway(std::int32_t lastStream) {
+  nghttp2_submit_goaway(http, NGHTTP2_FLAG_NONE, lastStream, NGHTTP2_NO_ERROR, nullptr, 0);
+}
+
+TestEndpoint::TestEndpoint(Answering answering, Speaks speaks)
+    : answering_(std::move(answering)), speaks_(speaks), directory_(newDirectory()) {
+  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without asking for silence
+  const auto certificates = sandbox::certificatesIn(directory_);
+  if (!certificates) {
+    throw std::runtime_error("no certificates");
+  }
+  authority_ = certificates->authority;
+  context_.reset(SSL_CTX_new(TLS_server_method()));
+  SSL_CTX_use_certificate_chain_file(context_.get(), certificates->certificate.c_str());
+  SSL_CTX_use_PrivateKey_file(context_.get(), certificates->key.c_str(), SSL_FILETYPE_PEM);
+  SSL_CTX_set_session_id_context(context_.get(), reinterpret_cast<const unsigned char*>("test"), 4);
+  if (speaks == Speaks::http2) {
+    SSL_CTX_set_alpn_select_cb(context_.get(), chooseProtocol, nullptr);
+  }
+  listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0 ||
+      ::listen(listener_, 64) != 0) {
+    throw std::runtime_error("no port");
+  }
+  ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+  port_ = ntohs(address.sin_port);
+  accepting_ = std::thread([this] { accept(); });
+}
+
+TestEndpoint::~TestEndpoint() {
+  ::shutdown(listener_, SHUT_RDWR);
+  accepting_.join();
+  disconnectAll();
+  for (auto& thread : threads_) {
+    thread.join();
+  }
+  ::close(listener_);
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string TestEndpoint::url(const std::string& host) const {
+  return "https://" + host + ':' + std::to_string(port_) + "/dns-query/secret-token";
+}
+std::string TestEndpoint::caFile() const { return authority_.string(); }
+
+std::vector<Fields> TestEndpoint::requests() const {
+  const std::scoped_lock lock(mutex_);
+  return requests_;
+}
+
+void TestEndpoint::disconnectAll() {
+  const std::scoped_lock lock(mutex_);
+  for (const int socket : sockets_) {
+    ::shutdown(socket, SHUT_RDWR);
+  }
+}
+
+void TestEndpoint::accept() {
+  for (int socket = 0; (socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    const int on = 1;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    const std::scoped_lock lock(mutex_);
+    sockets_.insert(socket);
+    ++connections_;
+    threads_.emplace_back([this, socket] { serve(socket); });
+  }
+}
+
+void TestEndpoint::serve(int socket) {
+  if (speaks_ == Speaks::plainText) {
+    static constexpr std::string_view text = "HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n";
+    ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
+  } else {
+    const std::unique_ptr<SSL, void (*)(SSL*)> tls{SSL_new(context_.get()), &SSL_free};
+    SSL_set_fd(tls.get(), socket);
+    if (SSL_accept(tls.get()) == 1) {
+      resumptions_ += SSL_session_reused(tls.get());
+      TestPeer peer(tls.get());
+      serveHttp(peer, tls.get());
+    }
+  }
+  const std::scoped_lock lock(mutex_);
+  sockets_.erase(socket);
+  ::close(socket);
+}
+
+nghttp2_session_callbacks* TestEndpoint::callbacks() {
+  nghttp2_session_callbacks* made = nullptr;
+  nghttp2_session_callbacks_new(&made);
+  const auto asText = [](const std::uint8_t* data, std::size_t size) {
+    return std::string(reinterpret_cast<const char*>(data), size);
+  };
+  static const auto text = asText;
+  nghttp2_session_callbacks_set_on_header_callback(
+      made, [](nghttp2_session*, const nghttp2_frame* frame, const std::uint8_t* name, std::size_t nameSize,
+               const std::uint8_t* value, std::size_t valueSize, std::uint8_t, void* user) {
+        static_cast<Use*>(user)->peer->streams_[frame->hd.stream_id].fields.emplace_back(
+            text(name, nameSize), text(value, valueSize));
+        return 0;
+      });
+  nghttp2_session_callbacks_set_on_data_chunk_recv_callback(
+      made, [](nghttp2_session*, std::uint8_t, std::int32_t stream, const std::uint8_t* data,
+               std::size_t size, void* user) {
+        static_cast<Use*>(user)->peer->streams_[stream].question += text(data, size);
+        return 0;
+      });
+  nghttp2_session_callbacks_set_on_frame_recv_callback(
+      made, [](nghttp2_session*, const nghttp2_frame* frame, void* user) {
+        const auto& use = *static_cast<Use*>(user);
+        if (frame->hd.type == NGHTTP2_DATA && (frame->hd.flags & NGHTTP2_FLAG_END_STREAM) != 0) {
+          (*use.answering)(*use.peer, frame->hd.stream_id, use.peer->streams_[frame->hd.stream_id].question);
+        }
+        return 0;
+      });
+  return made;
+}
+
+void TestEndpoint::serveHttp(TestPeer& peer, SSL* tls) {
+  const Answering recording = [this](TestPeer& by, std::int32_t stream, const std::string& question) {
+    {
+      const std::scoped_lock lock(mutex_);
+      requests_.push_back(by.streams_[stream].fields);
+    }
+    answering_(by, stream, question);
+  };
+  Use use{&peer, &recording};
+  nghttp2_session_callbacks* const made = callbacks();
+  nghttp2_session_server_new(&peer.http, made, &use);
+  nghttp2_session_callbacks_del(made);
+  nghttp2_submit_settings(peer.http, NGHTTP2_FLAG_NONE, nullptr, 0);
+  std::array<char, 16384> buffer{};
+  for (int size = 0; (size = SSL_read(tls, buffer.data(), buffer.size())) > 0 && !peer.hasHungUp_;) {
+    if (nghttp2_session_mem_recv(peer.http, reinterpret_cast<const std::uint8_t*>(buffer.data()),
+                                 static_cast<std::size_t>(size)) < 0 ||
+        peer.hasHungUp_) {
+      break;
+    }
+    const std::uint8_t* data = nullptr;
+    for (ssize_t length = 0; (length = nghttp2_session_mem_send(peer.http, &data)) > 0;) {
+      SSL_write(tls, data, static_cast<int>(length));
+    }
+    if (nghttp2_session_want_read(peer.http) == 0 && nghttp2_session_want_write(peer.http) == 0) {
+      break;
+    }
+  }
+  nghttp2_session_del(peer.http);
+}
+
+}  // namespace quillmar::tunnel::test

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <functional>
+#include <list>
+#include <memory>
+
+#include "tunnel/network/bootstrap.h"
+
+namespace quillmar::tunnel {
+
+// Connects to the first of several addresses that takes it. Each gets a head start over the next one, which a
+// failure cuts short.
+class AddressRace : public std::enable_shared_from_this<AddressRace> {
+ public:
+  static constexpr std::chrono::milliseconds headStart{250};
+  using Won = std::function<void(boost::system::error_code, boost::asio::ip::tcp::socket)>;
+
+  AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won);
+
+  void start() { startNext(); }
+  // Nobody is told how it ends.
+  void cancel();
+
+ private:
+  using Socket = boost::asio::ip::tcp::socket;
+
+  void startNext();
+  void ended(std::list<Socket>::iterator runner, boost::system::error_code error);
+
+  boost::asio::io_context& context_;
+  boost::asio::steady_timer timer_;
+  const TcpEndpoints endpoints_;
+  TcpEndpoints::const_iterator next_;
+  std::list<Socket> runners_;
+  Won won_;
+};
+
+}  // namespace quillmar::tunnel

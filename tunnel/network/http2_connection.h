@@ -1,0 +1,31 @@
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <memory>
+#include <string>
+
+#include "tunnel/network/endpoint.h"
+#include "tunnel/network/tls.h"
+#include "tunnel/resolver/connection.h"
+
+namespace quillmar::tunnel {
+
+// DNS over HTTPS (RFC 8484) on one HTTP/2 connection over TLS. The context, the endpoint and the client have
+// to outlive it.
+class Http2Connection final : public Connection {
+ public:
+  Http2Connection(boost::asio::io_context& context, const Endpoint& endpoint, TlsClient& tls,
+                  ConnectionEvents& events);
+  ~Http2Connection() override;
+
+  void send(Ticket ticket, const std::string& question) override;
+  void cancel(Ticket ticket) override;
+  void ping() override;
+  void flush() override;
+
+ private:
+  class Session;
+  const std::shared_ptr<Session> session_;
+};
+
+}  // namespace quillmar::tunnel

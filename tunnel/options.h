@@ -1,0 +1,30 @@
+#pragma once
+
+#include <boost/asio/ip/tcp.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tunnel/network/endpoint.h"
+
+namespace quillmar::tunnel {
+
+// What the program ends with. They are part of its interface.
+enum class ExitStatus { done = 0, failed = 1, usage = 2 };
+
+struct Options {
+  Endpoint endpoint;
+  boost::asio::ip::tcp::endpoint listen{};
+  std::string caFile{};  // trusted beside the system's authorities
+};
+
+// Either what to do, or what to say instead: a text that was asked for, or what is wrong with the words.
+struct Parsed {
+  std::optional<Options> options{};
+  std::string text{};
+  ExitStatus status = ExitStatus::done;
+};
+
+Parsed parse(const std::vector<std::string>& words);
+
+}  // namespace quillmar::tunnel
