@@ -12,7 +12,6 @@ using std::chrono::seconds;
 
 // Mostly for texts that say what was blocked; an endpoint that writes a book here is not passed on.
 constexpr std::size_t largestExtendedErrors = 512;
-constexpr std::uint16_t otherError = 0;
 
 // Of the options in an OPT record those with extended errors.
 std::string extendedErrorsIn(std::string_view options) {

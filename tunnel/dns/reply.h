@@ -14,6 +14,7 @@ enum class Channel { udp, tcp };
 // An extended error (RFC 8914) as an option of an OPT record.
 std::string extendedError(std::uint16_t code, std::string_view text);
 inline constexpr std::uint16_t extendedErrorOption = 15;
+inline constexpr std::uint16_t otherError = 0;  // the text says which
 
 // An answer without records.
 std::string emptyReply(const Query& query, std::uint16_t code);

@@ -22,7 +22,7 @@ TcpEndpoints knownFor(const Endpoint& endpoint) {
 TcpEndpoints byTurns(const TcpEndpoints& endpoints) {
   TcpEndpoints rest = endpoints;
   const auto isV6 = [](const auto& endpoint) { return endpoint.address().is_v6(); };
-  const auto firstV4 = std::ranges::stable_partition(rest, isV6).begin();
+  const auto firstV4 = std::stable_partition(rest.begin(), rest.end(), isV6);
   TcpEndpoints ordered;
   auto v6 = rest.begin();
   for (auto v4 = firstV4; v6 != firstV4 || v4 != rest.end();) {

@@ -6,7 +6,6 @@
 #include <array>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
-#include <cstring>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -305,7 +304,7 @@ void Http2Connection::Session::send(Ticket ticket, const std::string& question) 
                               std::uint32_t* flags, nghttp2_data_source* source, void*) {
     auto& asked = *static_cast<Request*>(source->ptr);
     const auto size = std::min(room, asked.question.size() - asked.sent);
-    std::memcpy(buffer, asked.question.data() + asked.sent, size);
+    std::copy_n(asked.question.data() + asked.sent, size, buffer);
     asked.sent += size;
     if (asked.sent == asked.question.size()) {
       *flags |= NGHTTP2_DATA_FLAG_EOF;

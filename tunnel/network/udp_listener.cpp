@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace quillmar::tunnel {

@@ -38,7 +38,7 @@ void Cache::put(Time now, const std::string& key, const Outcome& outcome, std::c
   if (const auto known = byKey_.find(key); known != byKey_.end()) {
     remove(known->second);
   }
-  if (life <= life.zero()) {
+  if (life <= std::chrono::seconds::zero()) {
     return;
   }
   entries_.push_front({key, outcome, now, now + life});

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 
+#include "tunnel/dns/reply.h"
+
 namespace quillmar::tunnel {
 namespace {
 
-constexpr std::uint16_t otherError = 0;
 constexpr std::uint16_t notReady = 14;
 constexpr std::uint16_t noReachableAuthority = 22;
 constexpr std::uint16_t networkError = 23;
