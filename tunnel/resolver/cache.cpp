@@ -11,7 +11,7 @@ constexpr std::size_t bookkeeping = 10 * sizeof(void*);
 std::size_t Cache::sizeOf(const Entry& entry) {
   const auto* answer = std::get_if<Answer>(&entry.outcome);
   const auto held = answer != nullptr ? answer->size() : std::get<Failure>(entry.outcome).detail.capacity();
-  return sizeof entry + bookkeeping + 2 * entry.key.capacity() + held;
+  return sizeof entry + bookkeeping + entry.key.capacity() + held;
 }
 
 void Cache::remove(Entries::iterator entry) {
@@ -20,7 +20,7 @@ void Cache::remove(Entries::iterator entry) {
   entries_.erase(entry);
 }
 
-const Cache::Entry* Cache::find(Time now, const std::string& key) {
+const Cache::Entry* Cache::find(Time now, std::string_view key) {
   const auto known = byKey_.find(key);
   if (known == byKey_.end()) {
     return nullptr;
@@ -34,15 +34,15 @@ const Cache::Entry* Cache::find(Time now, const std::string& key) {
   return &*entry;
 }
 
-void Cache::put(Time now, const std::string& key, const Outcome& outcome, std::chrono::seconds life) {
+void Cache::put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life) {
   if (const auto known = byKey_.find(key); known != byKey_.end()) {
     remove(known->second);
   }
   if (life <= std::chrono::seconds::zero()) {
     return;
   }
-  entries_.push_front({key, outcome, now, now + life});
-  byKey_.emplace(key, entries_.begin());
+  entries_.push_front({std::string(key), outcome, now, now + life});
+  byKey_.emplace(entries_.front().key, entries_.begin());
   bytes_ += sizeOf(entries_.front());
   while (entries_.size() > mostAnswers || bytes_ > mostBytes) {
     remove(std::prev(entries_.end()));

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <list>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <variant>
 
@@ -29,8 +30,8 @@ class Cache {
   };
 
   // Valid until the next change of the cache.
-  const Entry* find(Time now, const std::string& key);
-  void put(Time now, const std::string& key, const Outcome& outcome, std::chrono::seconds life);
+  const Entry* find(Time now, std::string_view key);
+  void put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life);
 
   std::size_t answers() const { return entries_.size(); }
   std::size_t bytes() const { return bytes_; }
@@ -41,8 +42,8 @@ class Cache {
   static std::size_t sizeOf(const Entry& entry);
   void remove(Entries::iterator entry);
 
-  Entries entries_;  // what was asked for last stands first
-  std::unordered_map<std::string, Entries::iterator> byKey_;
+  Entries entries_;                                                // what was asked for last stands first
+  std::unordered_map<std::string_view, Entries::iterator> byKey_;  // the keys are those of the entries
   std::size_t bytes_ = 0;
 };
 
