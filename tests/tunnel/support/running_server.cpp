@@ -66,6 +66,11 @@ void ClientSocket::send(const std::string& message) {
 
 void ClientSocket::endSending() { ::shutdown(socket_, SHUT_WR); }
 
+bool ClientSocket::seesEnd() {
+  char byte = 0;
+  return ::recv(socket_, &byte, 1, 0) == 0;
+}
+
 std::string ClientSocket::receiveExactly(std::size_t size) {
   std::string text(size, '\0');
   const auto got = size == 0 ? 0 : ::recv(socket_, text.data(), size, MSG_WAITALL);

@@ -45,6 +45,8 @@ class ClientSocket {
   // Empty where the other side has closed.
   std::string receive();
   void endSending();
+  // Whether the other side closes, rather than to say something or nothing.
+  bool seesEnd();
 
  private:
   std::string receiveExactly(std::size_t size);
