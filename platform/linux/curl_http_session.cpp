@@ -35,6 +35,9 @@ using Clock = CurlTransfer::Clock;
 constexpr std::ptrdiff_t mostTransfersFromAHost = 6;
 constexpr long mostIdleConnections = 16;
 constexpr std::size_t mostIdleHandles = 16;
+// In milliseconds. Version 7.88 of libcurl now and then leaves an answer that it has read until its
+// connection stirs again; a look at all transfers finds it.
+constexpr int longestSleepAtWork = 1000;
 
 struct MultiCleanup {
   void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
@@ -306,7 +309,7 @@ class CurlHttpSession::Loop {
     }
   }
 
-  // Until a connection stirs, a request comes or a deadline passes. With nothing under way only a request
+  // Until a connection stirs, a request comes, or it is time to look again. With nothing under way only a request
   // wakes it.
   void sleep() {
     if (!fallAsleep()) {
@@ -330,7 +333,7 @@ class CurlHttpSession::Loop {
         next = std::min(next, transfer->deadline());
       }
     }
-    return milliseconds(next - options_.now());
+    return std::min(milliseconds(next - options_.now()), longestSleepAtWork);
   }
 
   bool fallAsleep() {
