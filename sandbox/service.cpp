@@ -90,7 +90,7 @@ class Service::Implementation {
   }
 
   Answer handle(const Request& request) {
-    auto answer = steers(request) ? answerTo(request, *world_) : serve(request);
+    auto answer = steers(request) ? steer(request) : serve(request);
     answer.headers.emplace_back("Date", httpDate(world_->now()));
     return answer;
   }
@@ -102,6 +102,14 @@ class Service::Implementation {
   const Certificates& certificates() const { return certificates_; }
 
  private:
+  // A page of some site, open in a browser of this machine, can send requests here too.
+  Answer steer(const Request& request) {
+    const auto origin = header(request.headers, "origin");
+    return origin.empty() || world_->addresses.isOwn(origin)
+               ? answerTo(request, *world_)
+               : refusal(403, "Pages of other sites may not steer this service.");
+  }
+
   Answer serve(const Request& request) {
     recorder_.add(request);
     auto plan = saboteur_.planFor(request);

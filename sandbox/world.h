@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "sandbox/guesses.h"
 #include "sandbox/misbehaviour.h"
 #include "sandbox/recorder.h"
 #include "sandbox/seed.h"
@@ -24,6 +25,8 @@ struct Addresses {
     if (request.authority.empty()) return request.secure ? secure : plain;
     return (request.secure ? "https://" : "http://") + request.authority;
   }
+
+  [[nodiscard]] bool isOwn(std::string_view root) const { return root == plain || root == secure; }
 
   // The root of all devices' endpoints.
   [[nodiscard]] std::string dohBase() const { return secure + "/dns-query"; }
@@ -45,6 +48,7 @@ struct World {
   Clock clock;
   std::optional<std::string> upstream;           // a DNS server's address, asked for allowed names
   Seed seed = Seed::empty;                       // what a reset goes back to
+  Guesses guesses{};                             // within a transaction only
   std::function<void(bool)> hold = [](bool) {};  // whether answers that ask to be held are
   std::atomic<std::int64_t> ahead{0};            // milliseconds by which a steered clock differs
 

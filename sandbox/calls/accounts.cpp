@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 #include "sandbox/calls/calls.h"
 #include "sandbox/calls/common.h"
@@ -14,6 +15,18 @@ namespace {
 constexpr std::array regions{"australia", "newzealand", "singapore"};
 
 bool isRegion(std::string_view text) { return std::ranges::find(regions, text) != regions.end(); }
+
+// As much work as a real one, so that the time of an answer doesn't tell which addresses have an account.
+const std::string& hashOfNobody() {
+  static const std::string hash = hashPassword(newToken());
+  return hash;
+}
+
+Answer refusalOfGuessing(std::chrono::seconds pause) {
+  auto answer = refusal(429, "There were too many wrong passwords. Please wait a moment and try again.");
+  answer.headers.emplace_back("Retry-After", std::to_string(pause.count()));
+  return answer;
+}
 
 Answer refusalOfTakenEmail() { return refusal(409, "There is an account with this e-mail address already."); }
 
@@ -63,6 +76,9 @@ Answer login(Call& call) {
   const auto email = input.text("email");
   const auto password = input.text("password");
   if (auto refused = input.refusal()) return *refused;
+  const auto address = upperCase(email);
+  auto& guesses = call.world.guesses;
+  if (const auto pause = guesses.pauseFor(address, call.now)) return refusalOfGuessing(*pause);
 
   struct Known {
     std::string id;
@@ -74,9 +90,13 @@ Answer login(Call& call) {
         return Known{row.text(0), row.text(1)};
       },
       email);
-  if (!known || !passwordFits(password, known->passwordHash)) {
+  const auto& nobodys = hashOfNobody();
+  const bool fits = passwordFits(password, known ? known->passwordHash : nobodys);
+  if (!known || !fits) {
+    guesses.wrong(address, call.now);
     return refusal(401, "The e-mail address or the password is not right.");
   }
+  guesses.right(address);
   return signedIn(call, 200, known->id);
 }
 

@@ -112,6 +112,7 @@ Answer reset(Call& call) {
   call.world.saboteur.set({});
   call.world.hold(false);
   call.world.recorder.clear();
+  call.world.guesses.clear();
   return nothing();
 }
 

@@ -1,13 +1,32 @@
+#include <dlfcn.h>
+
+#include <atomic>
 #include <fstream>
 #include <set>
 #include <sstream>
 
 #include "tests/sandbox/support/household.h"
 
+namespace {
+
+std::atomic<int> passwordsChecked = 0;
+
+}  // namespace
+
+// In the place of libsodium's own, which it calls.
+extern "C" int crypto_pwhash_str_verify(const char* hash, const char* typed, unsigned long long length) {
+  using Verify = int (*)(const char*, const char*, unsigned long long);
+  static const auto real = reinterpret_cast<Verify>(dlsym(RTLD_NEXT, "crypto_pwhash_str_verify"));
+  ++passwordsChecked;
+  return real(hash, typed, length);
+}
+
 namespace quillmar::sandbox::test {
 namespace {
 
 using namespace std::chrono_literals;
+
+int passwordChecks() { return passwordsChecked; }
 
 class AccountsTest : public ServiceTest {
  protected:
@@ -72,6 +91,40 @@ TEST_F(AccountsTest, a_wrong_password_and_an_unknown_email_are_told_apart_by_nob
   EXPECT_EQ(wrong.status, 401);
   EXPECT_EQ(unknown.status, 401);
   EXPECT_EQ(wrong.body, unknown.body);
+}
+
+TEST_F(AccountsTest, a_password_is_checked_for_an_unknown_email_too) {
+  givenAccount("ann@example.com");
+  loggingIn("ann@example.com", "wrong horse");
+  const int before = passwordChecks();
+  loggingIn("ann@example.com", "wrong horse");
+  const int forKnown = passwordChecks() - before;
+  EXPECT_EQ(forKnown, 1);
+  loggingIn("bob@example.com", "wrong horse");
+  EXPECT_EQ(passwordChecks() - before, 2 * forKnown);
+}
+
+TEST_F(AccountsTest, after_five_wrong_passwords_each_further_one_costs_half_a_minute) {
+  givenAccount("ann@example.com");
+  givenAccount("eve@example.com");
+  // Whether there is such an account or not.
+  for (const auto* email : {"ann@example.com", "nobody@example.com"}) {
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(loggingIn(email, "wrong horse").status, 401);
+    const auto refused = loggingIn(email, password);
+    EXPECT_EQ(refused.status, 429);
+    EXPECT_EQ(refused.error(), "There were too many wrong passwords. Please wait a moment and try again.");
+  }
+  EXPECT_EQ(loggingIn("ANN@example.com", password).status, 429);
+  EXPECT_EQ(loggingIn("eve@example.com", password).status, 200) << "others are let in";
+  advance(30s - 1ms);
+  EXPECT_EQ(loggingIn("ann@example.com", password).status, 429);
+  advance(1ms);
+  EXPECT_EQ(loggingIn("ann@example.com", "wrong horse").status, 401);
+  EXPECT_EQ(loggingIn("ann@example.com", password).status, 429);
+  advance(30s);
+  EXPECT_EQ(loggingIn("ann@example.com", password).status, 200);
+  EXPECT_EQ(loggingIn("ann@example.com", "wrong horse").status, 401) << "the count began anew";
+  EXPECT_EQ(loggingIn("ann@example.com", password).status, 200);
 }
 
 TEST_F(AccountsTest, a_password_counts_as_typed) {

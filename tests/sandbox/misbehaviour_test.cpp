@@ -25,6 +25,18 @@ class MisbehaviourTest : public ServiceTest {
   std::string ann_;
 };
 
+TEST_F(MisbehaviourTest, pages_of_other_sites_may_not_steer_the_service) {
+  for (const std::string origin : {"https://evil.example", "null", "http://127.0.0.1:1"}) {
+    const auto refused = ask("POST", "/sandbox/reset", {}, {}, {"--header", "Origin: " + origin});
+    EXPECT_EQ(refused.status, 403) << origin;
+    EXPECT_EQ(refused.error(), "Pages of other sites may not steer this service.");
+  }
+  for (const std::string& own : {service().url(), service().secureUrl()}) {
+    EXPECT_EQ(ask("GET", "/sandbox/misbehaviour", {}, {}, {"--header", "Origin: " + own}).status, 200);
+  }
+  EXPECT_EQ(ask("GET", "/children", {}, {}, {"--header", "Origin: https://evil.example"}).status, 401);
+}
+
 TEST_F(MisbehaviourTest, a_service_starts_without_any) {
   const auto shown = ask("GET", "/sandbox/misbehaviour").json();
   EXPECT_EQ(shown.at("latency_ms"), 0);
