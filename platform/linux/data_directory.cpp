@@ -16,6 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t passwordEntrySize = 16384;
+constexpr mode_t forOthers = S_IRWXG | S_IRWXO;
 
 std::optional<fs::path> absolutePathIn(const char* variable) {
   const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): read once, at start
@@ -39,7 +40,27 @@ fs::path homeDirectory() {
 bool isPrivate(const fs::path& directory) {
   struct stat status {};
   return ::lstat(directory.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-         status.st_uid == ::geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+         status.st_uid == ::geteuid() && (status.st_mode & forOthers) == 0;
+}
+
+std::optional<struct stat> statusOf(const fs::path& file) {
+  struct stat status {};
+  return ::stat(file.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
+// As the desktop wants the folders that its own are in; `errno` says why there is none.
+void makeMissing(const fs::path& directory) {
+  if (statusOf(directory)) {
+    errno = EEXIST;
+    return;
+  }
+  if (directory.has_relative_path()) {
+    makeMissing(directory.parent_path());
+  }
+  if (::mkdir(directory.c_str(), S_IRWXU) == 0) {
+    // A umask may have taken away what is the user's own.
+    ::chmod(directory.c_str(), S_IRWXU);
+  }
 }
 
 }  // namespace
@@ -55,17 +76,29 @@ std::optional<fs::path> runtimeDirectory() {
   return root && isPrivate(*root) ? std::optional(*root / "quillmar") : std::nullopt;
 }
 
+bool belongsToAnother(const fs::path& directory) {
+  const auto status = statusOf(directory);
+  return status && S_ISDIR(status->st_mode) && status->st_uid != ::geteuid();
+}
+
 bool createPrivateDirectory(const fs::path& directory) {
-  std::error_code error;
-  if (fs::is_directory(directory, error)) {
-    return true;
-  }
-  fs::create_directories(directory.parent_path(), error);
-  const bool isMade = ::mkdir(directory.c_str(), S_IRWXU) == 0;
+  makeMissing(directory);
   const int cause = errno == EEXIST ? ENOTDIR : errno;
-  const bool isThere = isMade || fs::is_directory(directory, error);
-  errno = cause;
-  return isThere;
+  const auto status = statusOf(directory);
+  if (!status || !S_ISDIR(status->st_mode)) {
+    errno = cause;
+    return false;
+  }
+  if (status->st_uid != ::geteuid()) {
+    errno = EPERM;
+    return false;
+  }
+  const bool isOpen = (status->st_mode & forOthers) != 0 && (status->st_mode & S_ISVTX) == 0;
+  // Where even this can't be changed, as on a disk that is only read, the work goes on.
+  if (isOpen) {
+    ::chmod(directory.c_str(), S_IRWXU);
+  }
+  return true;
 }
 
 }  // namespace quillmar

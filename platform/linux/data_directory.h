@@ -16,7 +16,11 @@ std::filesystem::path configDirectory();
 // belongs to this user and that nobody else may enter. Nothing otherwise.
 std::optional<std::filesystem::path> runtimeDirectory();
 
-// Makes the directory, readable by its user only; one that exists stays as it is. False when there is none
+// Whether the directory is there and not this user's own.
+bool belongsToAnother(const std::filesystem::path& directory);
+
+// Makes the directory, and whatever is missing above it, for its user only. One that others may enter is
+// closed to them, unless it is there for everybody, as /tmp is. False when there is none of this user's
 // afterwards; `errno` then says why.
 bool createPrivateDirectory(const std::filesystem::path& directory);
 

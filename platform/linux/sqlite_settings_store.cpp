@@ -149,7 +149,7 @@ class SqliteSettingsStore::Impl {
   Impl(fs::path directory, Log& log)
       : directory_(std::move(directory)), file_(directory_ / fileName), log_(log) {
     if (!open()) {
-      auto values = readWithoutWriting();
+      auto values = belongsToAnother(directory_) ? std::nullopt : readWithoutWriting();
       isReadable_ = values || isAbsentFrom(directory_);
       cached_ = std::move(values).value_or(Values());
     }

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/process_privacy.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/terminal.h"
 
@@ -48,6 +49,9 @@ ExitStatus answer(const Parsed& parsed) {
 int main(int count, char** arguments) {
   // Few threads that do little: an arena for each of them would be most of the memory.
   mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): there is no other thread yet
+  quillmar::keepNewFilesPrivate();
+  quillmar::forbidCoreDumps();
+  quillmar::forbidInspection();
   const auto parsed = parse(std::vector<std::string>(arguments + 1, arguments + count));
   if (!parsed.options) {
     return static_cast<int>(answer(parsed));

@@ -53,6 +53,9 @@ WorkPlace takeWorkPlace(const std::filesystem::path& directory, const std::optio
 }
 
 std::optional<std::string> problemWithFolder(const std::filesystem::path& directory) {
+  if (belongsToAnother(directory)) {
+    return "The folder " + directory.string() + " can't be used: it belongs to another user.";
+  }
   std::error_code error = InstanceLock::obstacle(directory);
   if (!error && ::access(directory.c_str(), W_OK | X_OK) != 0) {
     error = std::error_code(errno, std::generic_category());

@@ -13,6 +13,7 @@
 #include "platform/linux/authority_file.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/libsecret_item_store.h"
+#include "platform/linux/process_privacy.h"
 #include "programs/control/autostart.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
@@ -29,6 +30,8 @@
 namespace {
 
 namespace control = quillmar::control;
+
+constexpr int unusableFolder = 1;
 
 using quillmar::DeviceRole;
 using quillmar::Options;
@@ -185,6 +188,8 @@ int runDoctor(int count, char** arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
+  quillmar::keepNewFilesPrivate();
+  quillmar::forbidCoreDumps();
   QCoreApplication::setApplicationName("quillmar");
   QCoreApplication::setApplicationVersion(QUILLMAR_VERSION);
   if (quillmar::asksForDoctor(count, arguments)) {
@@ -200,6 +205,11 @@ int main(int count, char** arguments) {
   Options options = quillmar::parseOptions(application);
   if (!canTrust(options)) {
     return quillmar::unusableAuthorities;
+  }
+  if (quillmar::belongsToAnother(options.dataDirectory)) {
+    QTextStream(stderr) << "quillmar: "
+                        << control::problemWithFolder(options.dataDirectory).value_or("").c_str() << '\n';
+    return unusableFolder;
   }
   const Entrance entrance = enter(options);
   if (entrance.exitStatus) {

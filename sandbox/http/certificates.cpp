@@ -90,11 +90,12 @@ Certificate newCertificate(EVP_PKEY* key, X509* authority, EVP_PKEY* authorityKe
 template <class Write>
 bool store(const std::filesystem::path& path, mode_t mode, Write write) {
   const auto beside = path.string() + ".new";
-  const int descriptor = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
+  std::error_code error;
+  std::filesystem::remove(beside, error);
+  const int descriptor = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
   if (descriptor < 0) return false;
   File file{::fdopen(descriptor, "w"), &std::fclose};
   if (!file || write(file.get()) != 1 || std::fclose(file.release()) != 0) return false;
-  std::error_code error;
   std::filesystem::rename(beside, path, error);
   return !error;
 }

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -34,17 +36,66 @@ TEST(DataDirectory, is_found_without_any_environment) {
   EXPECT_EQ(dataDirectory().filename(), "quillmar");
 }
 
-TEST(DataDirectory, is_made_for_its_user_only_and_left_alone_once_it_exists) {
-  const TemporaryDirectory temporary;
-  const fs::path directory = temporary.path() / "a" / "b";
-  EXPECT_TRUE(createPrivateDirectory(directory));
+mode_t modeOf(const fs::path& file) {
   struct stat status {};
-  ASSERT_EQ(stat(directory.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0700U);
-  ASSERT_EQ(chmod(directory.c_str(), 0750), 0);
-  EXPECT_TRUE(createPrivateDirectory(directory));
-  ASSERT_EQ(stat(directory.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0750U);
+  EXPECT_EQ(stat(file.c_str(), &status), 0) << file;
+  return status.st_mode & 07777U;
+}
+
+TEST(DataDirectory, is_made_for_its_user_only_with_all_that_is_above_it_at_any_umask) {
+  for (const mode_t mask : {0000U, 0022U, 0077U, 0377U}) {
+    const TemporaryDirectory temporary;
+    const fs::path share = temporary.path() / ".local" / "share";
+    const mode_t before = umask(mask);
+    EXPECT_TRUE(createPrivateDirectory(share / "quillmar"));
+    umask(before);
+    for (const auto& made : {share.parent_path(), share, share / "quillmar"}) {
+      EXPECT_EQ(modeOf(made), 0700U) << made << " at " << mask;
+    }
+  }
+}
+
+TEST(DataDirectory, that_others_may_enter_is_closed_to_them_and_what_is_above_it_left_alone) {
+  const TemporaryDirectory temporary;
+  const fs::path above = temporary.path() / "above";
+  const fs::path directory = above / "quillmar";
+  for (const mode_t open : {0750U, 0705U, 0777U}) {
+    fs::create_directories(directory);
+    ASSERT_EQ(chmod(above.c_str(), 0755), 0);
+    ASSERT_EQ(chmod(directory.c_str(), open), 0);
+    EXPECT_TRUE(createPrivateDirectory(directory));
+    EXPECT_EQ(modeOf(directory), 0700U);
+    EXPECT_EQ(modeOf(above), 0755U);
+  }
+}
+
+TEST(DataDirectory, that_its_user_made_stricter_stays_as_it_is) {
+  const TemporaryDirectory temporary;
+  ASSERT_EQ(chmod(temporary.path().c_str(), 0500), 0);
+  EXPECT_TRUE(createPrivateDirectory(temporary.path()));
+  EXPECT_EQ(modeOf(temporary.path()), 0500U);
+}
+
+TEST(DataDirectory, that_is_there_for_everybody_is_not_taken_from_them) {
+  const TemporaryDirectory temporary;
+  ASSERT_EQ(chmod(temporary.path().c_str(), 01777), 0);
+  EXPECT_TRUE(createPrivateDirectory(temporary.path()));
+  EXPECT_EQ(modeOf(temporary.path()), 01777U);
+}
+
+TEST(DataDirectory, of_another_user_is_refused_and_left_as_it_is) {
+  const TemporaryDirectory temporary;
+  EXPECT_FALSE(belongsToAnother(temporary.path()));
+  EXPECT_FALSE(belongsToAnother(temporary.path() / "absent"));
+  constexpr uid_t nobody = 65534;
+  if (chown(temporary.path().c_str(), nobody, nobody) != 0) {
+    GTEST_SKIP() << "only root can give a folder away";
+  }
+  ASSERT_EQ(chmod(temporary.path().c_str(), 0777), 0);
+  EXPECT_TRUE(belongsToAnother(temporary.path()));
+  EXPECT_FALSE(createPrivateDirectory(temporary.path()));
+  EXPECT_EQ(errno, EPERM);
+  EXPECT_EQ(modeOf(temporary.path()), 0777U);
 }
 
 TEST(DataDirectory, is_not_made_over_a_file) {

@@ -1,10 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "sandbox/service.h"
@@ -106,6 +109,34 @@ TEST_F(ChildsDesktop, a_window_comes_up_beside_an_installation_that_can_not_be_w
     EXPECT_THAT(window->readUntil("checkin - status: 200"), HasSubstr("checkin - status: 200"));
   }
   ::umount2(disk.c_str(), MNT_DETACH);
+}
+
+TEST_F(ChildsDesktop, a_crash_of_a_window_leaves_no_memory_on_the_disk_and_its_files_are_its_users_only) {
+  const auto window =
+      start(Words{"sh", "-c", "ulimit -c $(ulimit -H -c); umask 000; echo $$; exec \"$@\"", "-"} +
+            withOptions(QUILLMAR_PROGRAM));
+  const fs::path process = fs::path("/proc") / window->readLine();
+  EXPECT_THAT(window->readUntil("checkin - status: 200"), HasSubstr("checkin - status: 200"));
+  std::ostringstream limits;
+  limits << std::ifstream(process / "limits").rdbuf();
+  EXPECT_THAT(limits.str(), testing::ContainsRegex("Max core file size +0 +0 "));
+  EXPECT_NE(windowNumber(), "");
+  EXPECT_EQ(window->end(SIGTERM), -SIGTERM);
+  for (const auto& entry : fs::recursive_directory_iterator(data)) {
+    const auto others = entry.status().permissions() & (fs::perms::group_all | fs::perms::others_all);
+    EXPECT_EQ(others, fs::perms::none) << entry.path();
+  }
+}
+
+TEST_F(ChildsDesktop, a_window_refuses_a_folder_of_another_user_in_a_sentence) {
+  constexpr uid_t somebody = 65534;
+  if (::chown(data.c_str(), somebody, somebody) != 0) {
+    GTEST_SKIP() << "only root can give a folder away";
+  }
+  const auto result = call(withOptions(QUILLMAR_PROGRAM));
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors, HasSubstr("quillmar: The folder " + data.string() +
+                                       " can't be used: it belongs to another user.\n"));
 }
 
 TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {

@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <regex>
 #include <set>
@@ -68,6 +70,26 @@ class Directory {
  private:
   std::string path_;
 };
+
+TEST(Program, keeps_what_it_makes_to_its_user_at_any_umask) {
+  for (const auto* mask : {"000", "077"}) {
+    const Directory place{"private"};
+    std::vector<std::string> words{"sh", "-c", "umask " + std::string{mask} + "; exec \"$@\"", "-"};
+    std::ranges::copy(command({"--data", place.path() + "/data"}), std::back_inserter(words));
+    RunningProgram running{words};
+    EXPECT_NE(running.readLine(), "");
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(place.path())) {
+      using std::filesystem::perms;
+      EXPECT_EQ(entry.status().permissions(),
+                entry.is_directory() ? perms::owner_all : perms::owner_read | perms::owner_write)
+          << entry.path() << " at " << mask;
+      names.insert(entry.path().filename());
+    }
+    EXPECT_THAT(names, testing::IsSupersetOf({"server.key", "sandbox.sqlite", "sandbox.sqlite-wal"}));
+    EXPECT_EQ(running.end(SIGTERM), 0);
+  }
+}
 
 TEST(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
