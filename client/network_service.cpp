@@ -5,6 +5,7 @@
 #include "client/judging.h"
 #include "foundation/text.h"
 #include "foundation/url.h"
+#include "foundation/wipe.h"
 
 namespace quillmar {
 
@@ -79,13 +80,14 @@ void NetworkService::send(HttpRequest request, std::function<void(DataTaskResult
 }
 
 Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
-  const auto token = settings_.string(authTokenKey);
+  auto token = settings_.string(authTokenKey);
   if (!token) {
     log("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults");
     return Error(NetworkError::unauthorized());
   }
   log("[NetworkService] addAuthHeader - token found, length: ", std::to_string(characterCount(*token)));
   request.setHeader("Authorization", "Bearer " + *token);
+  wipe(*token);
   return success();
 }
 

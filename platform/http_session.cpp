@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "foundation/wipe.h"
+
 namespace quillmar {
 
 void HttpRequest::setHeader(const std::string& name, std::string value) {
@@ -9,7 +11,17 @@ void HttpRequest::setHeader(const std::string& name, std::string value) {
   if (known == headers.end()) {
     headers.emplace_back(name, std::move(value));
   } else {
+    wipe(known->second);
     known->second = std::move(value);
+  }
+}
+
+void HttpRequest::wipeSecrets() {
+  for (auto& header : headers) {
+    wipe(header.second);
+  }
+  if (body) {
+    wipe(*body);
   }
 }
 

@@ -23,6 +23,8 @@ struct HttpRequest {
 
   // Replaces a header of the same name.
   void setHeader(const std::string& name, std::string value);
+  // For whoever is done with it: headers and body may hold a token or a password.
+  void wipeSecrets();
 };
 
 struct Response {

@@ -7,10 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "foundation/date_format.h"
+#include "foundation/wipe.h"
 
 namespace quillmar {
 namespace {
@@ -202,8 +204,16 @@ void CurlTransfer::setUpHeaders() {
   curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, headers_.get());
 }
 
-void CurlTransfer::addHeader(const std::string& line) {
+void CurlTransfer::WipingFree::operator()(curl_slist* list) const {
+  for (const curl_slist* line = list; line != nullptr; line = line->next) {
+    ::explicit_bzero(line->data, std::strlen(line->data));
+  }
+  curl_slist_free_all(list);
+}
+
+void CurlTransfer::addHeader(std::string line) {
   curl_slist* list = curl_slist_append(headers_.get(), line.c_str());
+  wipe(line);
   static_cast<void>(headers_.release());
   headers_.reset(list);
 }

@@ -45,7 +45,7 @@ class CurlTransfer {
                CurlConnections& connections);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
-  ~CurlTransfer() = default;
+  ~CurlTransfer() { request_.wipeSecrets(); }
 
   // Tells why the request can't be sent. It comes first.
   Result<void> prepare() { return aim(HttpTarget::parse(request_.url)); }
@@ -80,12 +80,16 @@ class CurlTransfer {
   static CurlTransfer& of(CURL* handle);
 
  private:
-  using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+  // One of them may be a token.
+  struct WipingFree {
+    void operator()(curl_slist* list) const;
+  };
+  using HeaderList = std::unique_ptr<curl_slist, WipingFree>;
 
   Result<void> aim(Result<HttpTarget> target);
   void setUpMethod();
   void setUpHeaders();
-  void addHeader(const std::string& line);
+  void addHeader(std::string line);
   TransportError errorOf(CURLcode code, bool hasNetwork) const;
   std::string redirectLocation() const;
   int status() const;
@@ -109,7 +113,7 @@ class CurlTransfer {
   CurlConnections& connections_;
   EasyHandle handle_;
   std::optional<HttpTarget> target_;
-  HeaderList headers_{nullptr, &curl_slist_free_all};
+  HeaderList headers_;
   int redirects_ = 0;
   std::string body_;
   bool connected_ = false;
