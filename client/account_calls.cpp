@@ -108,6 +108,7 @@ void NetworkService::clearSession() {
   for (const auto key : {authTokenKey, parentIdKey, parentEmailKey, parentNameKey}) {
     settings_.remove(key);
   }
+  settings_.scrub();
 }
 
 void NetworkService::deleteAccount(const std::string& password, Completion<void> completion) {

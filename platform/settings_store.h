@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "foundation/date.h"
@@ -33,6 +34,8 @@ class SettingsStore {
   virtual void writeTogether(const std::function<void()>& writes) = 0;
   // After this, everything written outlives a power cut too.
   virtual void synchronize() = 0;
+  // After this, nothing on disk shows what has been removed or replaced.
+  virtual void scrub() = 0;
   virtual std::map<std::string, SettingValue> all() const = 0;
 
   std::optional<std::string> string(std::string_view key) const { return as<std::string>(key); }
@@ -44,9 +47,9 @@ class SettingsStore {
  private:
   template <class T>
   std::optional<T> as(std::string_view key) const {
-    const auto value = object(key);
-    const T* typed = value ? std::get_if<T>(&*value) : nullptr;
-    return typed ? std::optional<T>(*typed) : std::nullopt;
+    auto value = object(key);
+    T* typed = value ? std::get_if<T>(&*value) : nullptr;
+    return typed ? std::optional<T>(std::move(*typed)) : std::nullopt;
   }
 };
 

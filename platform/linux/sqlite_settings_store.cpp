@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "foundation/date_format.h"
+#include "foundation/wipe.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/sqlite.h"
@@ -71,6 +72,13 @@ std::optional<SettingValue> valueOfRow(const sqlite::Statement& row) {
       return Date(Duration(row.integer(2)));
     default:
       return std::nullopt;
+  }
+}
+
+// Among the values is a token.
+void wipeValue(SettingValue& value) {
+  if (auto* text = std::get_if<std::string>(&value)) {
+    wipe(*text);
   }
 }
 
@@ -155,10 +163,15 @@ class SqliteSettingsStore::Impl {
     }
   }
 
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+  ~Impl() { saveWhatIsLeft(); }
+
   bool isReadable() const { return isReadable_; }
 
   std::optional<SettingValue> object(std::string_view key) {
     const std::scoped_lock lock(mutex_);
+    saveWhatIsLeft();
     refresh();
     const auto found = cached_.find(key);
     return found == cached_.end() ? std::nullopt : std::optional(found->second);
@@ -166,6 +179,7 @@ class SqliteSettingsStore::Impl {
 
   Values all() {
     const std::scoped_lock lock(mutex_);
+    saveWhatIsLeft();
     refresh();
     return cached_;
   }
@@ -176,6 +190,9 @@ class SqliteSettingsStore::Impl {
     const auto known = cached_.find(key);
     if (known != cached_.end() && known->second == value && !isUnsaved(key)) {
       return;
+    }
+    if (known != cached_.end()) {
+      wipeValue(known->second);
     }
     cached_.insert_or_assign(std::string(key), std::move(value));
     unsaved_.emplace(key);
@@ -190,6 +207,7 @@ class SqliteSettingsStore::Impl {
       return;
     }
     if (known != cached_.end()) {
+      wipeValue(known->second);
       cached_.erase(known);
     }
     unsaved_.emplace(key);
@@ -204,11 +222,19 @@ class SqliteSettingsStore::Impl {
 
   void synchronize() {
     const std::scoped_lock lock(mutex_);
-    if (!unsaved_.empty()) {
-      save();
-    }
+    saveWhatIsLeft();
     if (const int result = syncLog(); result != SQLITE_OK) {
       report(result);
+    }
+  }
+
+  void scrub() {
+    const std::scoped_lock lock(mutex_);
+    isScrubDue_ = true;
+    if (unsaved_.empty() && database_) {
+      emptyLog();
+    } else {
+      saveWhatIsLeft();
     }
   }
 
@@ -224,6 +250,24 @@ class SqliteSettingsStore::Impl {
     const std::scoped_lock lock(mutex_);
     if (--holds_ == 0 && !unsaved_.empty()) {
       save();
+    }
+  }
+
+  // A disk that was full may have room by now.
+  void saveWhatIsLeft() {
+    if (!unsaved_.empty()) {
+      save();
+    }
+  }
+
+  // SQLite overwrites in the file what is deleted there; the log has it until then.
+  void emptyLog() {
+    sqlite::Statement checkpoint(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+    const int result = checkpoint ? checkpoint.step() : sqlite3_errcode(database_.get());
+    const bool isDone = result == SQLITE_ROW && checkpoint.integer(0) == 0;
+    isScrubDue_ = !isDone;
+    if (result != SQLITE_ROW) {
+      report(result);
     }
   }
 
@@ -255,6 +299,7 @@ class SqliteSettingsStore::Impl {
         read.values.insert(*own);
       }
     }
+    std::ranges::for_each(cached_, [](auto& known) { wipeValue(known.second); });
     cached_ = std::move(read.values);
     seenVersion_ = version;
     return SQLITE_OK;
@@ -273,6 +318,9 @@ class SqliteSettingsStore::Impl {
     }
     if (result == SQLITE_OK) {
       unsaved_.clear();
+      if (isScrubDue_) {
+        emptyLog();
+      }
     } else {
       report(result);
       execute(database_.get(), "ROLLBACK");
@@ -357,7 +405,8 @@ class SqliteSettingsStore::Impl {
     ::chmod(file_.c_str(), S_IRUSR | S_IWUSR);
     database_ = openDatabase(file_.string(), SQLITE_OPEN_READWRITE);
     int result = sqlite3_errcode(database_.get());
-    for (const auto& step : {writeAhead, std::string_view("PRAGMA synchronous=NORMAL"), schema}) {
+    for (const auto& step : {writeAhead, std::string_view("PRAGMA synchronous=NORMAL"),
+                             std::string_view("PRAGMA secure_delete=ON"), schema}) {
       result = result == SQLITE_OK ? execute(database_.get(), step) : result;
     }
     result = result == SQLITE_OK ? check(database_.get()) : result;
@@ -433,6 +482,7 @@ class SqliteSettingsStore::Impl {
   std::set<std::string, std::less<>> unsaved_;
   std::set<std::string> reported_;
   bool isReadable_ = true;
+  bool isScrubDue_ = false;
   int holds_ = 0;  // while it is more, values are kept for one common write
 };
 
@@ -458,6 +508,8 @@ void SqliteSettingsStore::writeTogether(const std::function<void()>& writes) { i
 bool SqliteSettingsStore::isReadable() const { return impl_->isReadable(); }
 
 void SqliteSettingsStore::synchronize() { impl_->synchronize(); }
+
+void SqliteSettingsStore::scrub() { impl_->scrub(); }
 
 std::map<std::string, SettingValue> SqliteSettingsStore::all() const {
   const Values values = impl_->all();

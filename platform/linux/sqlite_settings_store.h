@@ -17,7 +17,7 @@ namespace quillmar {
 // disk access; what another process wrote is seen by the next read. A write is handed to the kernel before it
 // returns and costs no sync; `synchronize` costs one. A damaged file is set aside as
 // `settings.db.damaged-TIME`. While the file can't be opened or written, values live in memory, and every
-// later write tries to save all of them.
+// later read or write tries to save all of them, as does the end.
 class SqliteSettingsStore final : public SettingsStore {
  public:
   static constexpr std::string_view fileName = "settings.db";
@@ -33,6 +33,7 @@ class SqliteSettingsStore final : public SettingsStore {
   void remove(std::string_view key) override;
   void writeTogether(const std::function<void()>& writes) override;
   void synchronize() override;
+  void scrub() override;
   std::map<std::string, SettingValue> all() const override;
   // False where there is a file at the start from which nothing can be learnt.
   bool isReadable() const;

@@ -50,6 +50,7 @@ TEST(ApplicationRoot, loads_the_four_objects_in_their_order) {
     void remove(std::string_view /*key*/) override {}
     void writeTogether(const std::function<void()>& writes) override { writes(); }
     void synchronize() override {}
+    void scrub() override {}
     std::map<std::string, SettingValue> all() const override { return {}; }
     mutable Names asked;
   };

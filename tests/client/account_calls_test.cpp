@@ -223,6 +223,7 @@ TEST_F(AccountCallsTest, clearing_the_session_removes_its_four_keys_and_no_other
                                 {"familyId", "f"},
                             }));
   EXPECT_EQ(settings.synchronizations(), 0);
+  EXPECT_EQ(settings.scrubs(), 1);
   EXPECT_THAT(http.requests(), IsEmpty());
   EXPECT_THAT(printed(), IsEmpty());
 }

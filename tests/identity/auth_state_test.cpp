@@ -5,14 +5,19 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "platform/linux/sqlite_settings_store.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {
@@ -555,6 +560,28 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(AuthStateTest, the_stamps_key_is_fixed) {
   EXPECT_EQ(AuthState::tokenTimestampKey, "authTokenTimestamp");
+}
+
+// On the disk, as an installation keeps it.
+TEST(AuthStateOnDisk, a_logout_leaves_the_token_in_no_file) {
+  const TemporaryDirectory directory;
+  FakePlatform machine;
+  SqliteSettingsStore disk(directory.path(), machine.log);
+  const auto client = NetworkService::make(machine.http, disk, machine.log, machine.dispatch,
+                                           Deployments::all("https://au.example"));
+  AuthState state(disk, machine.dispatch, machine.log, client);
+  const auto everything = [&directory] {
+    std::ostringstream bytes;
+    for (const auto& entry : std::filesystem::directory_iterator(directory.path())) {
+      bytes << std::ifstream(entry.path(), std::ios::binary).rdbuf();
+    }
+    return bytes.str();
+  };
+  state.saveLogin(answer());
+  disk.synchronize();
+  EXPECT_THAT(everything(), testing::HasSubstr(token));
+  state.logout();
+  EXPECT_THAT(everything(), testing::Not(testing::HasSubstr(token)));
 }
 
 }  // namespace

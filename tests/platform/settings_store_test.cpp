@@ -128,6 +128,14 @@ class SqliteSettingsStoreTest : public testing::Test {
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
   }
+  // The bytes of every file.
+  std::string everything() const {
+    std::string bytes;
+    for (const auto& entry : fs::directory_iterator(directory.path())) {
+      bytes += contents(entry.path());
+    }
+    return bytes;
+  }
   void expectSetAside(const std::string& damaged) {
     SqliteSettingsStore store(directory.path(), log);
     EXPECT_THAT(store.all(), IsEmpty());
@@ -387,6 +395,60 @@ TEST_F(SqliteSettingsStoreTest,
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("after"), testing::Key("also"), testing::Key("before"),
                                         testing::Key("during")));
   EXPECT_THAT(log.printed(), SizeIs(1));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_next_read) {
+  SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  disk.setFull(true);
+  store.set("during", true);
+  EXPECT_TRUE(store.boolean("during"));
+  EXPECT_THAT(open().all(), IsEmpty());
+  disk.setFull(false);
+  EXPECT_FALSE(store.boolean("other"));
+  EXPECT_TRUE(open().boolean("during"));
+}
+
+TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_end) {
+  SteerableVfs disk;
+  {
+    SqliteSettingsStore store(directory.path(), log);
+    store.set("removed", true);
+    disk.setFull(true);
+    store.set("during", true);
+    store.remove("removed");
+    disk.setFull(false);
+  }
+  EXPECT_THAT(open().all(), ElementsAre(testing::Key("during")));
+}
+
+TEST_F(SqliteSettingsStoreTest, what_was_removed_or_replaced_stands_in_no_file_once_it_is_scrubbed) {
+  const SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("authToken", std::string("first-secret"));
+  for (const std::size_t size : {10U, 100U, 700U, 3000U, 40U}) {
+    store.set("authToken", std::string("longer-secret").append(size, 'x'));
+    store.set("beside" + std::to_string(size), std::string(size, 'y'));
+  }
+  store.synchronize();
+  EXPECT_THAT(everything(), HasSubstr("secret"));
+  store.remove("authToken");
+  store.scrub();
+  EXPECT_THAT(everything(), Not(HasSubstr("secret")));
+  EXPECT_THAT(everything(), HasSubstr("beside"));
+}
+
+TEST_F(SqliteSettingsStoreTest, what_a_full_disk_kept_from_being_scrubbed_is_scrubbed_as_soon_as_it_can_be) {
+  SteerableVfs disk;
+  SqliteSettingsStore store(directory.path(), log);
+  store.set("authToken", std::string("secret"));
+  disk.setFull(true);
+  store.remove("authToken");
+  store.scrub();
+  EXPECT_THAT(everything(), HasSubstr("secret"));
+  disk.setFull(false);
+  EXPECT_EQ(store.string("authToken"), std::nullopt);
+  EXPECT_THAT(everything(), Not(HasSubstr("secret")));
 }
 
 TEST_F(SqliteSettingsStoreTest, on_a_disk_that_is_full_at_the_start_what_was_saved_is_still_read) {

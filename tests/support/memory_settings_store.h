@@ -41,12 +41,17 @@ class MemorySettingsStore final : public SettingsStore {
     ++synchronizations_;
   }
 
+  void scrub() override {
+    const std::scoped_lock lock(mutex_);
+    ++scrubs_;
+  }
+
   std::map<std::string, SettingValue> all() const override {
     const std::scoped_lock lock(mutex_);
     return {values_.begin(), values_.end()};
   }
 
-  // How often `set` and `remove`, and how often `synchronize` were called.
+  // How often `set` and `remove`, and how often each of the others were called.
   int writes() const {
     const std::scoped_lock lock(mutex_);
     return writes_;
@@ -55,12 +60,17 @@ class MemorySettingsStore final : public SettingsStore {
     const std::scoped_lock lock(mutex_);
     return synchronizations_;
   }
+  int scrubs() const {
+    const std::scoped_lock lock(mutex_);
+    return scrubs_;
+  }
 
  private:
   mutable std::mutex mutex_;
   std::map<std::string, SettingValue, std::less<>> values_;
   int writes_ = 0;
   int synchronizations_ = 0;
+  int scrubs_ = 0;
 };
 
 }  // namespace quillmar

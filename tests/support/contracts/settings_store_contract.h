@@ -164,10 +164,12 @@ TEST_P(SettingsStoreContract, what_is_written_together_is_seen_at_once_and_stays
   EXPECT_EQ(store().object("goes"), std::nullopt);
 }
 
-TEST_P(SettingsStoreContract, synchronizing_changes_no_value) {
+TEST_P(SettingsStoreContract, synchronizing_and_scrubbing_change_no_value) {
   store().synchronize();
+  store().scrub();
   store().set("key", true);
   store().synchronize();
+  store().scrub();
   EXPECT_TRUE(store().boolean("key"));
 }
 
