@@ -45,7 +45,11 @@ BiometricError errorOf(std::optional<int> code) {
 
 BiometricAuthManager::BiometricAuthManager(BiometricCheck& check, Dispatch& dispatch,
                                            const KeychainService& keychain)
-    : ObservableObject("BiometricAuthManager"), check_(check), dispatch_(dispatch), keychain_(keychain) {
+    : ObservableObject("BiometricAuthManager"),
+      check_(check),
+      dispatch_(dispatch),
+      keychain_(keychain),
+      answer_(check.observeAnswer([this] { checkBiometricAvailability(); })) {
   checkBiometricAvailability();
 }
 

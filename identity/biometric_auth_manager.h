@@ -36,7 +36,7 @@ class BiometricAuthManager final : public ObservableObject {
 
   BiometricAuthManager(BiometricCheck& check, Dispatch& dispatch, const KeychainService& keychain);
 
-  // As they were when this object was made: a finger enrolled later is seen by the next start.
+  // As the device answers when this object is made: a finger enrolled later is seen by the next start.
   Published<BiometricType> biometricType{*this, "biometricType", BiometricType::none};
   Published<bool> isBiometricAvailable{*this, "isBiometricAvailable", false};
 
@@ -52,6 +52,7 @@ class BiometricAuthManager final : public ObservableObject {
   BiometricCheck& check_;
   Dispatch& dispatch_;
   const KeychainService keychain_;
+  const Subscription answer_;
 };
 
 }  // namespace quillmar

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/signal.h"
+
 namespace quillmar {
 
 // What a failed check reports. A code of the platform is negative; none means that it gave no reason.
@@ -21,7 +23,10 @@ class BiometricCheck {
   BiometricCheck& operator=(const BiometricCheck&) = delete;
   virtual ~BiometricCheck() = default;
 
+  // As far as is known by now; never waits for the device.
   virtual bool canEvaluate() = 0;
+  // Told once the device has given the answer that `canEvaluate` lacked, where that takes a while.
+  virtual Subscription observeAnswer(const std::function<void()>& /*observer*/) { return {}; }
   // 1 is a finger, 2 a face; only meaningful after `canEvaluate` said yes.
   virtual int biometryType() = 0;
   virtual void evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) = 0;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <future>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -84,7 +83,8 @@ class FprintdCheck::Reader final : private BusSession {
         thread_(options.busAddress, options.patience, *this) {}
 
   // Any thread, as all of these.
-  std::future<bool> isUsable();
+  using Told = std::function<void(bool)>;
+  void findOut(const Told& told);
   // The check's number tells it from later ones.
   void check(std::uint64_t number, std::string reason, const std::function<void(BiometricReply)>& reply);
   void conclude(std::uint64_t number, BiometricReply outcome);
@@ -109,6 +109,8 @@ class FprintdCheck::Reader final : private BusSession {
   void verifyStatus(sdbus::Message& message);
   void readerGone();
 
+  void askForReader(const Told& told);
+  void askForFingers(const std::string& device, const Told& told);
   void begin(Check check);
   void claim(const std::string& device);
   void verify();
@@ -139,25 +141,31 @@ class FprintdCheck::Reader final : private BusSession {
   BusThread thread_;
 };
 
-std::future<bool> FprintdCheck::Reader::isUsable() {
-  const auto promise = std::make_shared<std::promise<bool>>();
-  thread_.post(
-      [promise](sdbus::IConnection& bus) {
+void FprintdCheck::Reader::findOut(const Told& told) {
+  thread_.post([this, told](sdbus::IConnection&) { askForReader(told); },
+               [told](const sdbus::Error&) { told(false); });
+}
+
+void FprintdCheck::Reader::askForReader(const Told& told) {
+  calls_.send(
+      {service, managerPath, managerInterface, "GetDefaultDevice"}, options_.answerPatience,
+      [this, told](sdbus::MethodReply& reply) {
         sdbus::ObjectPath device;
-        sdbus::createProxy(bus, service, managerPath)
-            ->callMethod("GetDefaultDevice")
-            .onInterface(managerInterface)
-            .storeResultsTo(device);
-        std::vector<std::string> fingers;
-        sdbus::createProxy(bus, service, device)
-            ->callMethod("ListEnrolledFingers")
-            .onInterface(deviceInterface)
-            .withArguments(thisPerson)
-            .storeResultsTo(fingers);
-        promise->set_value(!fingers.empty());
+        reply >> device;
+        askForFingers(device, told);
       },
-      [promise](const sdbus::Error&) { promise->set_value(false); });
-  return promise->get_future();
+      [told](const sdbus::Error&) { told(false); });
+}
+
+void FprintdCheck::Reader::askForFingers(const std::string& device, const Told& told) {
+  calls_.send(
+      {service, device, deviceInterface, "ListEnrolledFingers"}, options_.answerPatience,
+      [told](sdbus::MethodReply& reply) {
+        std::vector<std::string> fingers;
+        reply >> fingers;
+        told(!fingers.empty());
+      },
+      [told](const sdbus::Error&) { told(false); }, thisPerson);
 }
 
 void FprintdCheck::Reader::check(std::uint64_t number, std::string reason,
@@ -347,7 +355,6 @@ FprintdCheck::FprintdCheck(Dispatch& dispatch) : FprintdCheck(dispatch, Options(
 
 FprintdCheck::FprintdCheck(Dispatch& dispatch, const Options& options)
     : dispatch_(dispatch),
-      patience_(options.patience),
       fingerPatience_(options.fingerPatience),
       prompt_(std::make_shared<PromptSignal>()),
       reader_(std::make_shared<Reader>(
@@ -360,8 +367,19 @@ FprintdCheck::FprintdCheck(Dispatch& dispatch, const Options& options)
 FprintdCheck::~FprintdCheck() = default;
 
 bool FprintdCheck::canEvaluate() {
-  auto usable = reader_->isUsable();
-  return usable.wait_for(patience_) == std::future_status::ready && usable.get();
+  if (!std::exchange(answer_->isAskedFor, true)) {
+    reader_->findOut(hoppingToMain(dispatch_, [known = std::weak_ptr(answer_)](bool isUsable) {
+      if (const auto answer = known.lock()) {
+        answer->isUsable = isUsable;
+        answer->given.emit();
+      }
+    }));
+  }
+  return answer_->isUsable;
+}
+
+Subscription FprintdCheck::observeAnswer(const std::function<void()>& observer) {
+  return answer_->given.connect(observer);
 }
 
 void FprintdCheck::evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) {

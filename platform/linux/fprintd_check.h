@@ -28,8 +28,10 @@ class FprintdCheck final : public BiometricCheck {
   struct Options {
     // The system's bus by default, whatever the environment says: what answers there is trusted.
     std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
-    // For each answer of fprintd; also how long `canEvaluate` takes at most.
+    // For each answer of fprintd during a check.
     std::chrono::milliseconds patience{1500};
+    // For each answer of an fprintd that may have to be started first, while nobody waits.
+    std::chrono::milliseconds answerPatience{std::chrono::seconds(30)};
     // How long the reader waits for a finger.
     std::chrono::milliseconds fingerPatience{std::chrono::minutes(1)};
     int wrongFingers = 5;
@@ -40,7 +42,9 @@ class FprintdCheck final : public BiometricCheck {
   FprintdCheck(Dispatch& dispatch, const Options& options);
   ~FprintdCheck() override;
 
+  // Asks fprintd when it is first called, once and for all.
   bool canEvaluate() override;
+  Subscription observeAnswer(const std::function<void()>& observer) override;
   int biometryType() override { return 1; }
   void evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) override;
 
@@ -57,8 +61,14 @@ class FprintdCheck final : public BiometricCheck {
   using PromptSignal = Signal<const Prompt&>;
 
   Dispatch& dispatch_;
-  const std::chrono::milliseconds patience_;
+  struct Answer {
+    bool isAskedFor = false;
+    bool isUsable = false;
+    Signal<> given;
+  };
+
   const std::chrono::milliseconds fingerPatience_;
+  const std::shared_ptr<Answer> answer_ = std::make_shared<Answer>();
   const std::shared_ptr<PromptSignal> prompt_;
   const std::shared_ptr<Reader> reader_;  // held by the main thread alone
   std::uint64_t lastCheck_ = 0;

@@ -85,6 +85,21 @@ TEST_F(Biometrics, availability_is_asked_for_once_and_told_anew_on_request) {
   EXPECT_EQ(manager->biometricType(), BiometricType::none);
 }
 
+TEST_F(Biometrics, an_answer_that_takes_a_while_is_published_when_it_comes) {
+  machine.biometrics.available = false;
+  machine.biometrics.type = 1;
+  const auto manager = make();
+  EXPECT_FALSE(manager->isBiometricAvailable());
+  machine.biometrics.answerAvailability(true);
+  EXPECT_TRUE(manager->isBiometricAvailable());
+  EXPECT_EQ(manager->biometricType(), BiometricType::touchID);
+}
+
+TEST_F(Biometrics, an_answer_that_comes_too_late_meets_nobody) {
+  make();
+  machine.biometrics.answerAvailability(true);
+}
+
 TEST_F(Biometrics, without_both_credentials_nobody_is_asked) {
   const auto manager = make();
   for (const auto key : {KeychainService::emailKey, KeychainService::passwordKey}) {

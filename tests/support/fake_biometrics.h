@@ -25,6 +25,14 @@ class FakeBiometrics final : public BiometricCheck {
   std::vector<std::string> prompts;
 
   bool canEvaluate() override { return available; }
+  Subscription observeAnswer(const std::function<void()>& observer) override {
+    return answered_.connect(observer);
+  }
+  // The device takes until now to say whether it can be used.
+  void answerAvailability(bool isAvailable) {
+    available = isAvailable;
+    answered_.emit();
+  }
   int biometryType() override { return type; }
 
   void evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) override {
@@ -51,6 +59,7 @@ class FakeBiometrics final : public BiometricCheck {
   }
 
   Dispatch& dispatch_;
+  Signal<> answered_;
   std::vector<std::function<void(BiometricReply)>> waiting_;
 };
 
