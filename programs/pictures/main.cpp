@@ -2,6 +2,10 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QTextStream>
+#include <array>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "programs/pictures/scenes.h"
 
@@ -15,13 +19,33 @@ QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
       .arg(size.width());
 }
 
-bool draw(const quillmar::Shot& scene, bool dark, QSize size, const QDir& directory) {
+struct Wish {
+  std::string scenes;
+  std::vector<QSize> sizes;
+  std::optional<double> textScale;
+};
+
+bool draw(const quillmar::Shot& scene, const Wish& wish, bool dark, QSize size, const QDir& directory) {
   quillmar::ui::UiStage stage(
       {.stored = scene.stored,
        .size = size,
-       .desktop = {.dark = dark, .textScale = scene.textScale, .reducedMotion = false}});
+       .desktop = {
+           .dark = dark, .textScale = wish.textScale.value_or(scene.textScale), .reducedMotion = false}});
   scene.play(stage);
   return stage.picture().save(directory.filePath(fileName(scene, dark, size)));
+}
+
+Wish wishOf(const QCommandLineParser& parser) {
+  constexpr int phoneHeight = 844;
+  Wish wish{
+      .scenes = parser.value("only").toStdString(), .sizes = {sizes.begin(), sizes.end()}, .textScale = {}};
+  if (parser.isSet("text-scale")) {
+    wish.textScale = parser.value("text-scale").toDouble();
+  }
+  if (parser.isSet("width")) {
+    wish.sizes = {{parser.value("width").toInt(), phoneHeight}};
+  }
+  return wish;
 }
 
 }  // namespace
@@ -34,6 +58,8 @@ int main(int count, char** arguments) {
   QCommandLineParser parser;
   parser.addHelpOption();
   parser.addOption({"only", "Draw only scenes whose names begin so.", "name"});
+  parser.addOption({"text-scale", "Draw texts of this size, 2 being twice the usual.", "scale"});
+  parser.addOption({"width", "Draw windows of this width only.", "points"});
   parser.addPositionalArgument("directory", "Where the pictures go.");
   parser.process(application);
   if (parser.positionalArguments().size() != 1) {
@@ -45,13 +71,14 @@ int main(int count, char** arguments) {
     errors << directory.path() << " cannot be made\n";
     return 1;
   }
+  const Wish wish = wishOf(parser);
   for (const auto& scene : quillmar::scenes()) {
-    if (!scene.name.starts_with(parser.value("only").toStdString())) {
+    if (!scene.name.starts_with(wish.scenes)) {
       continue;
     }
-    for (const QSize size : sizes) {
+    for (const QSize size : wish.sizes) {
       for (const bool dark : {false, true}) {
-        if (!draw(scene, dark, size, directory)) {
+        if (!draw(scene, wish, dark, size, directory)) {
           errors << fileName(scene, dark, size) << " cannot be written\n";
           return 1;
         }

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <chrono>
 
+#include "app/country_selection_view.h"
 #include "app/role_selection_view.h"
 #include "child/child_app_state.h"
 #include "child/child_enrollment_view.h"
@@ -20,7 +21,12 @@ constexpr auto initAnswer =
 
 StoredSettings enrolled() { return asEnrolledChild("https://dns.quillmar.live/d/5e0b4c1a9f7d/dns-query"); }
 
-void chooseParent(UiStage& stage) { stage.click("I'm a Parent"); }
+// Not by a press: with large letters the card may be further down.
+CountrySelectionView& chooseParent(UiStage& stage) {
+  stage.application.screen<RoleSelectionView>().cards.find("parent")->action();
+  stage.settle();
+  return stage.application.screen<CountrySelectionView>();
+}
 
 void holdEnrollment(UiStage& stage) {
   stage.application.machine.http.hold("POST", "/enrollment/init");
@@ -93,12 +99,7 @@ std::vector<Shot> childDeviceScenes() {
       {"role", {}},
       {"role-text-200", {}, [](UiStage&) {}, 2},
       {"region", {}, chooseParent},
-      {"region-chosen",
-       {},
-       [](UiStage& s) {
-         chooseParent(s);
-         s.click("Singapore");
-       }},
+      {"region-chosen", {}, [](UiStage& s) { chooseParent(s).selectedRegion = Region::singapore; }},
       {"enrollment-start", asNewChild()},
       {"enrollment-start-text-200", asNewChild(), [](UiStage&) {}, 2},
       {"enrollment-loading", asNewChild(), holdEnrollment},

@@ -19,8 +19,8 @@
 
 #include "app/settings_keys.h"
 #include "client/network_service.h"
-#include "programs/pictures/scenes.h"
 #include "tests/ui/support/parent_stage.h"
+#include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 
 // Every scene of the pictures, with a service that puts into each of its texts what no person would.
@@ -110,17 +110,6 @@ StoredSettings altered(StoredSettings stored, const QString& tail) {
   return stored;
 }
 
-// How far a row that is drawn aside has taken the item along.
-double drawnAside(const QQuickItem& item) {
-  double way = 0;
-  for (const auto* above = &item; above->parentItem(); above = above->parentItem()) {
-    if (above->parentItem()->property("dragging").isValid()) {
-      way += above->x();
-    }
-  }
-  return way;
-}
-
 class HostileSceneTest : public testing::TestWithParam<HostileScene> {
  protected:
   // An item that a person reads or presses.
@@ -162,12 +151,11 @@ TEST_P(HostileSceneTest, stays_in_the_window_and_can_be_read) {
                  .desktop = {.dark = false, .textScale = shot.textScale}});
   stage.application.machine.http.alterBodies(
       [&](const std::string& body) { return alteredBody(body, tail); });
-  shot.play(stage);
-  stage.settle();
+  play(stage, shot);
   int texts = 0;
   forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
     expectSayable(item);
-    if (item.inherits("QQuickText") && !item.property("text").toString().isEmpty()) {
+    if (isText(item)) {
       expectReadable(item);
       ++texts;
     } else if (item.inherits("QQuickTextInput")) {

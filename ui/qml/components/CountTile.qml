@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A number and what it counts.
+// A number and what it counts: under it, or, where tiles stand one above the other, beside it.
 Rectangle {
     id: tile
 
@@ -10,8 +10,11 @@ Rectangle {
     property string label
     property string symbol
     property color tint: Theme.blue
+    property bool flat: false
+    // To stand upright on one line.
+    readonly property real neededWidth: Math.ceil(labelWidth.advanceWidth) + 2 * Theme.within
 
-    implicitHeight: column.implicitHeight + 2 * Theme.between
+    implicitHeight: grid.implicitHeight + 2 * Theme.between
     radius: Theme.corner
     color: Theme.card
     Layout.fillWidth: true
@@ -19,14 +22,21 @@ Rectangle {
     Accessible.role: Accessible.StaticText
     Accessible.name: count + " " + label
 
-    ColumnLayout {
-        id: column
+    TextMetrics {
+        id: labelWidth
+        font: Theme.footnote
+        text: tile.label
+    }
+    GridLayout {
+        id: grid
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        anchors.leftMargin: Theme.within
-        anchors.rightMargin: Theme.within
-        spacing: 4
+        anchors.leftMargin: tile.flat ? Theme.gap : Theme.within
+        anchors.rightMargin: anchors.leftMargin
+        columns: tile.flat ? 2 : 1
+        columnSpacing: Theme.between
+        rowSpacing: 4
 
         RowLayout {
             spacing: 6
@@ -50,9 +60,7 @@ Rectangle {
             font: Theme.footnote
             color: Theme.cardSecondaryText
             lineHeight: 1
-            wrapMode: Text.NoWrap
-            elide: Text.ElideRight
-            horizontalAlignment: Text.AlignHCenter
+            horizontalAlignment: tile.flat ? Text.AlignLeft : Text.AlignHCenter
             Layout.fillWidth: true
             Accessible.ignored: true
         }

@@ -54,7 +54,11 @@ SwipeRow {
                 font: Theme.caption
                 color: Theme.onBrand
                 lineHeight: 1
-                Layout.alignment: Qt.AlignHCenter
+                wrapMode: Text.NoWrap
+                // How far the row opens is given; a longer word is written smaller.
+                fontSizeMode: Text.HorizontalFit
+                horizontalAlignment: Text.AlignHCenter
+                Layout.fillWidth: true
                 Accessible.ignored: true
             }
             Item { Layout.fillHeight: true }
@@ -82,11 +86,14 @@ SwipeRow {
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }
-            OneLine {
+            Label {
                 visible: text.length > 0
-                line: device.detail
+                text: device.detail
                 font: Theme.footnote
                 color: Theme.cardSecondaryText
+                lineHeight: 1.1
+                maximumLineCount: 3
+                elide: Text.ElideRight
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }

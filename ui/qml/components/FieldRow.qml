@@ -8,7 +8,7 @@ TextBox {
     property bool first: false
 
     width: parent ? parent.width : 0
-    implicitHeight: Math.max(Theme.target + 4, contentHeight + 2 * Theme.between)
+    implicitHeight: Math.max(Theme.target + 4, neededHeight)
 
     background: Item {
         Rectangle {

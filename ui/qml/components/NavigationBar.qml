@@ -1,7 +1,8 @@
 import QtQuick
 import Quillmar
 
-// The title in the middle, what leads back before it, what may be done after it; as high as its text needs.
+// The title in the middle, what leads back before it, what may be done after it; as high as its text needs. A title
+// without room between them stands under them.
 Rectangle {
     id: bar
 
@@ -12,30 +13,38 @@ Rectangle {
     readonly property Item onRight: onLeft === leadingItems ? trailingItems : leadingItems
     readonly property real titleStart: onLeft.x + onLeft.width + Theme.within
     readonly property real titleEnd: onRight.x - Theme.within
+    readonly property real lineWidth: Math.ceil(titleWidth.advanceWidth) + 1
+    readonly property bool below: lineWidth > titleEnd - titleStart
+    readonly property real rowHeight: Math.max(Theme.barHeight, leadingItems.height, trailingItems.height,
+                                               below ? 0 : titleLabel.height + Theme.gap)
 
-    implicitHeight: Math.max(Theme.barHeight, titleLabel.implicitHeight + Theme.gap)
+    implicitHeight: rowHeight + (below ? titleLabel.height + Theme.within : 0)
     color: Theme.page
     Accessible.role: Accessible.ToolBar
     Accessible.name: titleLabel.text
 
+    TextMetrics {
+        id: titleWidth
+        font: titleLabel.font
+        text: bar.title
+    }
     Row {
         id: leadingItems
         anchors.left: parent.left
         anchors.leftMargin: Theme.within
-        anchors.verticalCenter: parent.verticalCenter
+        y: (bar.rowHeight - height) / 2
     }
     Label {
         id: titleLabel
         // In the middle of the bar, or as near to it as what stands beside it lets.
-        x: Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
-        anchors.verticalCenter: parent.verticalCenter
-        width: Math.min(implicitWidth, bar.titleEnd - bar.titleStart)
+        x: bar.below ? Theme.gap : Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
+        y: bar.below ? bar.rowHeight : (bar.rowHeight - height) / 2
+        width: bar.below ? bar.width - 2 * Theme.gap : bar.lineWidth
         text: bar.title
         font: Theme.headline
         lineHeight: 1
-        wrapMode: Text.NoWrap
         elide: Text.ElideRight
-        maximumLineCount: 1
+        maximumLineCount: bar.below ? 2 : 1
         horizontalAlignment: Text.AlignHCenter
         Accessible.role: Accessible.Heading
     }
@@ -43,7 +52,7 @@ Rectangle {
         id: trailingItems
         anchors.right: parent.right
         anchors.rightMargin: Theme.within
-        anchors.verticalCenter: parent.verticalCenter
+        y: (bar.rowHeight - height) / 2
     }
     Rectangle {
         anchors.left: parent.left

@@ -1,7 +1,8 @@
 import QtQuick
 import Quillmar
 
-// Two to four tabs on one ground, of equal width; the chosen one is raised. The arrow keys go from one to the next.
+// Two to four tabs on one ground, of equal width; the chosen one is raised. Where a word has no room beside the others,
+// they stand one above the other. The arrow keys go from one to the next.
 FocusScope {
     id: tabs
 
@@ -9,11 +10,15 @@ FocusScope {
     property var options: []
     property int current: 0
     readonly property int count: buttons.count
-    readonly property real share: count > 0 ? (width - 2 * ground.inset) / count : 0
+    readonly property int tabPadding: 4
+    readonly property real equalShare: count > 0 ? (width - 2 * ground.inset) / count : 0
+    readonly property bool stacked: widestWord() + 2 * tabPadding > equalShare
+    readonly property real share: stacked ? width - 2 * ground.inset : equalShare
+    // Two lines have room.
+    readonly property real tabHeight: Math.max(Theme.target, Math.ceil(2.2 * Theme.faceHeight * Theme.footnoteStrong.pixelSize) + 2 * Theme.unit)
     signal chosen(string option)
 
-    // Two lines have room.
-    implicitHeight: Math.max(Theme.target, Math.ceil(2.2 * Theme.faceHeight * Theme.footnoteStrong.pixelSize) + 2 * Theme.unit)
+    implicitHeight: tabHeight * (stacked ? count : 1)
     implicitWidth: 100 * count
     Accessible.role: Accessible.PageTabList
 
@@ -25,6 +30,25 @@ FocusScope {
         }
     }
 
+    // Side by side, these keys scroll the page.
+    function stack(event, index) {
+        event.accepted = stacked
+        if (stacked) {
+            go(index)
+        }
+    }
+    function widestWord() {
+        let widest = 0
+        for (let i = 0; i < buttons.count; ++i) {
+            widest = Math.max(widest, buttons.itemAt(i)?.widestWord ?? 0)
+        }
+        return Math.ceil(widest)
+    }
+
+    FontMetrics {
+        id: metrics
+        font: Theme.footnoteStrong
+    }
     Rectangle {
         id: ground
         readonly property int inset: 3
@@ -33,20 +57,24 @@ FocusScope {
         color: Theme.card
 
         Rectangle {
-            x: (tabs.LayoutMirroring.enabled ? tabs.count - 1 - tabs.current : tabs.current) * tabs.share + ground.inset
-            y: ground.inset
+            readonly property int column: tabs.stacked ? 0
+                                        : tabs.LayoutMirroring.enabled ? tabs.count - 1 - tabs.current : tabs.current
+            x: column * tabs.share + ground.inset
+            y: (tabs.stacked ? tabs.current * tabs.tabHeight : 0) + ground.inset
             width: tabs.share
-            height: parent.height - 2 * ground.inset
+            height: tabs.tabHeight - 2 * ground.inset
             radius: Theme.corner - ground.inset
             color: Theme.dark ? "#636366" : "#FFFFFF"
             border.width: Theme.dark ? 0 : 1
             border.color: Theme.separator
             Behavior on x { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutCubic } }
+            Behavior on y { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutCubic } }
         }
-        Row {
+        Grid {
             anchors.fill: parent
             anchors.leftMargin: ground.inset
             anchors.rightMargin: ground.inset
+            columns: tabs.stacked ? 1 : tabs.count
 
             Repeater {
                 id: buttons
@@ -58,6 +86,7 @@ FocusScope {
                     required property var modelData
                     required property int index
                     readonly property bool isCurrent: modelData.isSelected
+                    readonly property real widestWord: Math.max(...text.split(" ").map(word => metrics.advanceWidth(word)))
 
                     function take() {
                         if (isCurrent) {
@@ -68,13 +97,15 @@ FocusScope {
                     Component.onCompleted: take()
 
                     width: tabs.share
-                    height: tabs.height
+                    height: tabs.tabHeight
                     text: modelData.title
-                    padding: 4
+                    padding: tabs.tabPadding
                     focus: isCurrent
                     onClicked: tabs.chosen(text)
                     Keys.onRightPressed: tabs.go(index + 1)
                     Keys.onLeftPressed: tabs.go(index - 1)
+                    Keys.onDownPressed: event => tabs.stack(event, index + 1)
+                    Keys.onUpPressed: event => tabs.stack(event, index - 1)
                     Accessible.role: Accessible.PageTab
                     Accessible.selected: isCurrent
 

@@ -15,7 +15,11 @@ T.TextField {
     signal edited(string text)
 
     implicitWidth: 200
-    implicitHeight: Math.max(48, contentHeight + 2 * Theme.between)
+    // A longer hint takes more lines; the box keeps their height, and nothing moves with the first letter.
+    readonly property real neededHeight: Math.max(contentHeight, hintHeight) + 2 * Theme.between
+    property real hintHeight: 0
+
+    implicitHeight: Math.max(48, neededHeight)
     leftPadding: Theme.gap
     rightPadding: Theme.gap + endSpace
     verticalAlignment: TextInput.AlignVCenter
@@ -33,6 +37,7 @@ T.TextField {
     onValueChanged: show()
     Component.onCompleted: show()
 
+    function takeHintHeight() { hintHeight = hint.implicitHeight }
     function show() {
         if (text === value) {
             return
@@ -51,6 +56,7 @@ T.TextField {
     }
 
     Label {
+        id: hint
         anchors.fill: parent
         leftPadding: box.leftPadding
         rightPadding: box.rightPadding
@@ -59,11 +65,11 @@ T.TextField {
         font: Theme.body
         color: box.placeholderTextColor
         lineHeight: 1
-        wrapMode: Text.NoWrap
-        elide: Text.ElideRight
         horizontalAlignment: box.effectiveHorizontalAlignment
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
+        // It changes while a layout gives the box its width, and then the layout would not hear of it.
+        onImplicitHeightChanged: Qt.callLater(box.takeHintHeight)
     }
     HoverHandler {
         enabled: box.enabled

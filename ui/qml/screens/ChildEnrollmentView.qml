@@ -120,7 +120,7 @@ Page {
             font: Theme.largeCode
             lineHeight: 1.1
             wrapMode: Text.WrapAnywhere
-            maximumLineCount: 4
+            maximumLineCount: 8
             elide: Text.ElideRight
             Layout.topMargin: 6
             horizontalAlignment: Text.AlignHCenter

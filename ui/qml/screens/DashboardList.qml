@@ -14,23 +14,37 @@ ColumnLayout {
         spacing: 10
         Layout.fillWidth: true
 
-        RowLayout {
-            spacing: Theme.between
+        GridLayout {
+            id: tiles
+
+            readonly property real share: (width - 2 * columnSpacing) / 3
+            readonly property bool flat: Math.max(childrenTile.neededWidth, devicesTile.neededWidth,
+                                                  onlineTile.neededWidth) > share
+
+            columns: flat ? 1 : 3
+            columnSpacing: Theme.between
+            rowSpacing: Theme.within
             Layout.fillWidth: true
 
             CountTile {
+                id: childrenTile
+                flat: tiles.flat
                 count: list.screen.totalChildren
                 label: list.screen.childrenLabel
                 symbol: "person.2.fill"
                 tint: Theme.blue
             }
             CountTile {
+                id: devicesTile
+                flat: tiles.flat
                 count: list.screen.totalDevices
                 label: list.screen.devicesLabel
                 symbol: "iphone"
                 tint: Theme.teal
             }
             CountTile {
+                id: onlineTile
+                flat: tiles.flat
                 count: list.screen.onlineDevices
                 label: list.screen.onlineLabel
                 symbol: "wifi"

@@ -46,7 +46,7 @@ Page {
         font: Theme.largeCode
         lineHeight: 1.1
         wrapMode: Text.WrapAnywhere
-        maximumLineCount: 4
+        maximumLineCount: 8
         elide: Text.ElideRight
         horizontalAlignment: Text.AlignHCenter
         Layout.fillWidth: true
