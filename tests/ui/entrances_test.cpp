@@ -14,15 +14,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How much of an item is to be seen, with all that it stands in.
-double shownOpacity(const QQuickItem& item) {
-  double opacity = 1;
-  for (const auto* above = &item; above; above = above->parentItem()) {
-    opacity *= above->isVisible() ? above->opacity() : 0;
-  }
-  return opacity;
-}
-
 // Wherever it is, in view or not.
 QQuickItem* findHidden(QQuickItem& root, const QString& text) {
   for (auto* const child : root.childItems()) {

@@ -38,9 +38,8 @@ class OutsideTexts {
   // As it was written, in whatever case, or what is left of a host's name.
   bool has(const QString& shown) const {
     const QString wanted = shown.toCaseFolded();
-    return texts_.contains(wanted) || std::ranges::any_of(texts_, [&](const QString& text) {
-             return text.endsWith(u'.' + wanted);
-           });
+    return texts_.contains(wanted) ||
+           std::ranges::any_of(texts_, [&](const QString& text) { return text.endsWith(u'.' + wanted); });
   }
 
  private:
@@ -91,8 +90,7 @@ class LargeTextTest : public testing::TestWithParam<SizedScene> {
 
 TEST_P(LargeTextTest, is_nowhere_cut_off) {
   const auto& [shot, size] = GetParam();
-  UiStage stage(
-      {.stored = shot.stored, .size = size, .desktop = {.dark = false, .textScale = twice}});
+  UiStage stage({.stored = shot.stored, .size = size, .desktop = {.dark = false, .textScale = twice}});
   OutsideTexts outside(shot.stored);
   stage.application.machine.http.alterBodies([&](const std::string& body) {
     outside.addBody(body);

@@ -27,6 +27,8 @@ QtObject {
     // The same on a card, where the dark one would fall short of 4.5 to 1.
     readonly property color cardSecondaryText: dark ? "#A1A1A6" : "#6C6C70"
     readonly property color separator: alpha(text, 0.12)
+    // Of what is written in, switched or marked: to be seen on the page and on a card.
+    readonly property color edge: dark ? "#7F7F84" : "#86868B"
     // What a button out of use says ("Creating...") is still to be read.
     readonly property color outOfUse: dark ? "#48484A" : "#D1D1D6"
     readonly property color outOfUseText: dark ? "#B9B9BE" : "#58585D"
@@ -37,8 +39,8 @@ QtObject {
     // The brand's colours where they are letters: deep enough, or light enough, to be read.
     readonly property color linkText: dark ? "#4DA3FF" : blueDark
     readonly property color positiveText: dark ? green : "#1B7A34"
-    readonly property color warningText: dark ? "#FFA826" : "#A85200"
-    readonly property color dangerText: dark ? "#FF6B61" : "#C9190B"
+    readonly property color warningText: dark ? "#FFA826" : "#9A4B00"
+    readonly property color dangerText: dark ? "#FF7A71" : "#C9190B"
 
     // Colours that screens name, as shapes and as letters.
     readonly property var inks: ({ brandBlue: linkText, brandGreen: positiveText, brandOrange: warningText,

@@ -35,6 +35,16 @@ void forEachText(const UiStage& stage, const std::function<void(const QQuickItem
   });
 }
 
+const QQuickItem& frontOf(const UiStage& stage) {
+  const QQuickItem* front = stage.window().contentItem();
+  forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+    if (item.inherits("QQuickPopupItem")) {
+      front = &item;
+    }
+  });
+  return *front;
+}
+
 double drawnAside(const QQuickItem& item) {
   double way = 0;
   for (const auto* above = &item; above->parentItem(); above = above->parentItem()) {

@@ -34,6 +34,9 @@ void play(UiStage& stage, const Shot& shot);
 void forEachText(const UiStage& stage, const std::function<void(const QQuickItem&)>& visit);
 bool isText(const QQuickItem& item);
 
+// What lies in front of all else: the last popup that is open, or the whole window.
+const QQuickItem& frontOf(const UiStage& stage);
+
 // How far a row that is drawn aside has taken the item along.
 double drawnAside(const QQuickItem& item);
 

@@ -234,6 +234,14 @@ QQuickItem* buttonAround(QQuickItem* item) {
   return item;
 }
 
+double shownOpacity(const QQuickItem& item) {
+  double opacity = 1;
+  for (const auto* above = &item; above; above = above->parentItem()) {
+    opacity *= above->isVisible() ? above->opacity() : 0;
+  }
+  return opacity;
+}
+
 void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit) {
   if (!isInUse(item)) {
     return;

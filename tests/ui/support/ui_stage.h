@@ -114,6 +114,8 @@ QQuickItem* around(QQuickItem* item, const char* kind);
 bool isButton(const QQuickItem& item);
 // The nearest button around an item, itself included; null where there is none.
 QQuickItem* buttonAround(QQuickItem* item);
+// How much of an item is drawn, with all that it stands in.
+double shownOpacity(const QQuickItem& item);
 // The item itself and all that stands in it, hidden ones left out.
 void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit);
 

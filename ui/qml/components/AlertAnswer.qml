@@ -18,7 +18,7 @@ Pressable {
         readonly property color ground: answer.isDefault ? Theme.blueDark
                                       : answer.isDestructive ? Theme.red : Theme.text
         radius: answer.corner
-        color: answer.isDefault ? ground : Theme.alpha(ground, Theme.dark ? 0.2 : answer.isDestructive ? 0.12 : 0.07)
+        color: answer.isDefault ? ground : Theme.alpha(ground, answer.isDestructive ? 0.12 : Theme.dark ? 0.2 : 0.07)
 
         Rectangle {
             anchors.fill: parent

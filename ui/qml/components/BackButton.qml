@@ -12,7 +12,7 @@ Pressable {
 
     contentItem: RowLayout {
         spacing: 2
-        opacity: control.down ? 0.5 : control.hovered ? 0.75 : 1
+        opacity: control.down ? 0.5 : control.hovered ? 0.9 : 1
 
         Symbol {
             implicitWidth: 24

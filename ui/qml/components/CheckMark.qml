@@ -27,8 +27,8 @@ T.CheckBox {
         height: 24
         radius: 7
         color: control.checked ? Theme.blue : "transparent"
-        border.width: control.checked ? 0 : 2
-        border.color: Theme.alpha(Theme.text, 0.3)
+        border.width: 2
+        border.color: control.checked ? Theme.blue : Theme.edge
         opacity: control.enabled ? 1 : 0.5
         Behavior on color { ColorAnimation { duration: Theme.quick } }
 

@@ -61,14 +61,14 @@ Pressable {
 
                     Symbol {
                         name: card.child.deviceCountIcon
-                        color: Theme.secondaryText
+                        color: Theme.cardSecondaryText
                         Layout.preferredWidth: 15
                         Layout.preferredHeight: 15
                     }
                     Label {
                         text: card.child.deviceCount
                         font: Theme.footnote
-                        color: Theme.secondaryText
+                        color: Theme.cardSecondaryText
                         lineHeight: 1
                         Accessible.ignored: true
                     }
@@ -82,7 +82,7 @@ Pressable {
                     Label {
                         text: card.child.onlineText
                         font: Theme.footnote
-                        color: Theme.secondaryText
+                        color: Theme.cardSecondaryText
                         lineHeight: 1
                         Layout.fillWidth: true
                         Accessible.ignored: true
@@ -91,7 +91,7 @@ Pressable {
             }
             Symbol {
                 name: card.mirrored ? "chevron.left" : card.child.chevronIcon
-                color: Theme.secondaryText
+                color: Theme.cardSecondaryText
                 Layout.preferredWidth: 18
                 Layout.preferredHeight: 18
             }

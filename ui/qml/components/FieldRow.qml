@@ -11,21 +11,14 @@ TextBox {
     implicitHeight: Math.max(Theme.target + 4, neededHeight)
 
     background: Item {
-        Rectangle {
-            anchors.left: parent.left
-            anchors.right: parent.right
-            anchors.leftMargin: Theme.gap
-            height: 1
-            visible: !row.first
-            color: Theme.separator
-        }
+        // Two rows share the edge between them.
         Rectangle {
             anchors.fill: parent
-            visible: row.activeFocus
+            anchors.topMargin: row.first ? 0 : -1
             radius: Theme.corner
             color: "transparent"
-            border.width: 2
-            border.color: Theme.linkText
+            border.width: row.activeFocus ? 2 : 1
+            border.color: row.activeFocus ? Theme.linkText : Theme.edge
         }
     }
 }

@@ -33,7 +33,7 @@ RowLayout {
             width: 32
             height: 32
             radius: 16
-            color: Theme.alpha(Theme.blue, Theme.dark ? 0.28 : 0.13)
+            color: Theme.alpha(Theme.blue, 0.13)
 
             Label {
                 anchors.centerIn: parent

@@ -53,7 +53,7 @@ Pressable {
                 radius: width / 2
                 color: "transparent"
                 border.width: 2
-                border.color: Theme.alpha(Theme.text, 0.2)
+                border.color: Theme.edge
             }
             Symbol {
                 anchors.fill: parent

@@ -51,7 +51,7 @@ T.TextField {
         radius: Theme.corner
         color: Theme.card
         border.width: box.activeFocus ? 2 : 1
-        border.color: box.activeFocus ? Theme.linkText : Theme.alpha(Theme.text, Theme.dark ? 0.1 : 0.06)
+        border.color: box.activeFocus ? Theme.linkText : Theme.edge
         Behavior on border.color { ColorAnimation { duration: Theme.quick } }
     }
 

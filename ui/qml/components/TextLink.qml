@@ -16,7 +16,7 @@ Pressable {
         text: control.text
         font: control.strong ? Theme.headline : Theme.body
         color: control.inUse ? control.ink : Theme.secondaryText
-        opacity: control.down ? 0.5 : control.hovered ? 0.75 : 1
+        opacity: control.down ? 0.5 : control.hovered ? 0.9 : 1
         lineHeight: 1
         wrapMode: Text.NoWrap
         elide: Text.ElideRight

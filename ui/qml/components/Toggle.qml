@@ -27,6 +27,8 @@ T.Switch {
         height: 31
         radius: height / 2
         color: control.checked ? Theme.green : Theme.dark ? "#48484A" : "#D1D1D6"
+        border.width: 1.5
+        border.color: control.checked ? Theme.positiveText : Theme.edge
         opacity: control.enabled ? 1 : 0.5
         Behavior on color { ColorAnimation { duration: Theme.moderate } }
 

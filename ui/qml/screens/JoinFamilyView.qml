@@ -85,7 +85,7 @@ Page {
         spacing: Theme.gap
 
         Card {
-            color: Theme.alpha(Theme.green, Theme.dark ? 0.2 : 0.12)
+            color: Theme.alpha(Theme.green, Theme.dark ? 0.16 : 0.12)
             Layout.fillWidth: true
 
             RowLayout {

@@ -28,7 +28,7 @@ Page {
             color: page.screen.hasCamera ? "#000000" : Theme.card
             border.width: drop.containsDrag ? 2 : 0
             border.color: Theme.blue
-            implicitHeight: Math.min(width * 0.75, 380)
+            implicitHeight: Math.max(Math.min(width * 0.75, 380), page.screen.hasCamera ? 0 : notice.implicitHeight + 2 * Theme.gap)
             Layout.fillWidth: true
 
             Loader {
@@ -37,6 +37,7 @@ Page {
                 source: "CameraPreview.qml"
             }
             ColumnLayout {
+                id: notice
                 anchors.centerIn: parent
                 width: parent.width - 2 * Theme.section
                 visible: !page.screen.hasCamera
