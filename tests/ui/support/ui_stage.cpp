@@ -214,6 +214,11 @@ QString accessibleName(const QQuickItem& item) {
   return accessible ? accessible->text(QAccessible::Name) : QString();
 }
 
+bool isChecked(const QQuickItem& item) {
+  auto* const accessible = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item));
+  return accessible && accessible->state().checked;
+}
+
 QPoint middleOf(const QQuickItem& item) { return item.mapToScene(item.boundingRect().center()).toPoint(); }
 
 QQuickItem* around(QQuickItem* item, const char* kind) {

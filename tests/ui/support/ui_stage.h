@@ -106,6 +106,8 @@ class UiStage {
 
 // The name under which a screen reader knows an item; empty where it knows none.
 QString accessibleName(const QQuickItem& item);
+// Whether a screen reader hears that it is checked.
+bool isChecked(const QQuickItem& item);
 // The middle of an item, in its window.
 QPoint middleOf(const QQuickItem& item);
 // The item that `item` is, or stands in, of this kind; null where there is none.

@@ -8,6 +8,7 @@ Pressable {
 
     property string picture
     property bool selected: false
+    readonly property bool isChoice: true
 
     corner: 16
     leftPadding: 20
@@ -16,6 +17,7 @@ Pressable {
     Accessible.role: Accessible.RadioButton
     Accessible.checkable: true
     Accessible.checked: selected
+    Keys.forwardTo: ChoiceKeys { choice: card }
 
     background: Rectangle {
         radius: card.corner
