@@ -65,6 +65,12 @@ class ChildDashboardCard final : public ObservableObject {
                                    [this] { return std::to_string(child().devices.size()); }};
   Derived<std::string> onlineText{
       *this, "onlineText", [this] { return std::to_string(countOnline(child().devices)) + " online"; }};
+  // All of it in one breath, for who hears the card.
+  Derived<std::string> spokenName{*this, "spokenName", [this] {
+                                    const bool isOne = child().devices.size() == 1;
+                                    return name() + ", " + deviceCount() +
+                                           (isOne ? " device, " : " devices, ") + onlineText();
+                                  }};
   Derived<std::string> onlineDotColor{
       *this, "onlineDotColor",
       [this] { return std::string(countOnline(child().devices) > 0 ? "brandGreen" : "statusOffline"); }};

@@ -85,6 +85,9 @@ TEST(ChildDashboardCard, says_how_many_more_only_from_the_fourth_on) {
   EXPECT_EQ(cardWith(devices(4))->moreText(), "+ 1 more");
   EXPECT_EQ(cardWith(devices(40))->moreText(), "+ 37 more");
   EXPECT_EQ(cardWith(devices(40))->deviceCount(), "40");
+  EXPECT_EQ(cardWith(devices(40))->spokenName(),
+            cardWith(devices(40))->name() + ", 40 devices, " + cardWith(devices(40))->onlineText());
+  EXPECT_TRUE(cardWith(devices(1))->spokenName().find(", 1 device, ") != std::string::npos);
 }
 
 TEST(ChildDashboardCard, names_a_device_as_the_parent_does_or_else_as_it_was_enrolled) {

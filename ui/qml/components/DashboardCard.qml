@@ -13,7 +13,7 @@ Pressable {
     corner: 18
     padding: Theme.gap
     pressedScale: 0.99
-    Accessible.description: child.deviceCount + ", " + child.onlineText
+    Accessible.name: child.spokenName
 
     background: Rectangle {
         radius: card.corner
@@ -133,6 +133,8 @@ Pressable {
 
                         spacing: 10
                         Layout.fillWidth: true
+                        Accessible.role: Accessible.ListItem
+                        Accessible.name: line.modelData.name + ", " + dot.words
 
                         Symbol {
                             name: line.modelData.icon
@@ -148,8 +150,11 @@ Pressable {
                             elide: Text.ElideRight
                             maximumLineCount: 1
                             Layout.fillWidth: true
+                            Accessible.ignored: true
                         }
                         OnlineDot {
+                            id: dot
+                            Accessible.ignored: true
                             online: line.modelData.isOnline
                             size: 8
                         }

@@ -1,26 +1,44 @@
 import QtQuick
 import Quillmar
 
-// Green with a halo when online, grey when not. What it says stands in words beside it.
-Item {
+// Green with a halo when online, grey when not; the symbol before it says the same to who does not tell these colours
+// apart, and `words` to who sees neither.
+Row {
+    id: mark
+
     property bool online: false
     property int size: 10
+    readonly property string words: online ? qsTr("Online") : qsTr("Offline")
 
-    implicitWidth: size + 4
-    implicitHeight: size + 4
+    spacing: 6
+    Accessible.role: Accessible.Indicator
+    Accessible.name: words
 
-    Rectangle {
-        anchors.fill: parent
-        visible: parent.online
-        radius: width / 2
-        color: Theme.online
-        opacity: 0.3
+    Symbol {
+        anchors.verticalCenter: parent.verticalCenter
+        width: 16
+        height: 16
+        name: mark.online ? "wifi" : "wifi.slash"
+        color: Theme.cardSecondaryText
     }
-    Rectangle {
-        anchors.centerIn: parent
-        width: parent.size
-        height: parent.size
-        radius: width / 2
-        color: parent.online ? Theme.online : Theme.offline
+    Item {
+        anchors.verticalCenter: parent.verticalCenter
+        width: mark.size + 4
+        height: mark.size + 4
+
+        Rectangle {
+            anchors.fill: parent
+            visible: mark.online
+            radius: width / 2
+            color: Theme.online
+            opacity: 0.3
+        }
+        Rectangle {
+            anchors.centerIn: parent
+            width: mark.size
+            height: mark.size
+            radius: width / 2
+            color: mark.online ? Theme.online : Theme.offline
+        }
     }
 }

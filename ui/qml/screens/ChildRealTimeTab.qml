@@ -28,7 +28,11 @@ ColumnLayout {
             actionTitle: modelData.unlinkTitle
             actionSymbol: modelData.unlinkIcon
 
-            OnlineDot { online: modelData.isOnline }
+            OnlineDot {
+                // The row's own words say it as well.
+                Accessible.ignored: true
+                online: modelData.isOnline
+            }
         }
     }
     QuietNote {
