@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "ui/accessibility.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/biometric_prompt.h"
 #include "ui/bridge/model_bridge.h"
@@ -70,6 +71,7 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   // Before anything asks for the platform's own, which nothing is written in and which costs a look-up.
   QGuiApplication::setFont(Look(style).bodyFont());
   qml_register_types_Quillmar();
+  installAccessibility();
   parts_ = std::make_unique<Parts>(root, qrEncoder, style, std::move(options));
   auto& engine = parts_->engine;
   engine.setCameraFrames(parts_->options.cameraFrames);

@@ -16,17 +16,15 @@
 
 #include "tests/ui/support/scene_walk.h"
 
-// Letters and edges stand out from their grounds for weak eyes: as the theme's colours have it, on the grounds on which
-// the screens use them.
+// Letters and edges stand out from their grounds for weak eyes: as the theme's colours have it, on the
+// grounds on which the screens use them.
 namespace quillmar::ui {
 namespace {
 
 constexpr double forLetters = 4.5;
 constexpr double forEdges = 3;
 
-double linear(double part) {
-  return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-}
+double linear(double part) { return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); }
 
 double luminance(const QColor& color) {
   return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
@@ -70,9 +68,9 @@ QColor groundOf(const QRect& place, const QImage& picture) {
   return QColor::fromRgb(most.key());
 }
 
-// Left out, because their colours are given: letters on the colours of the children, on the button whose ground runs from
-// brandBlue to brandBlueDark, and on what a drawn row uncovers. And cards for the moment in which they are fetched again,
-// when they are out of use and dimmed.
+// Left out, because their colours are given: letters on the colours of the children, on the button whose
+// ground runs from brandBlue to brandBlueDark, and on what a drawn row uncovers. And cards for the moment in
+// which they are fetched again, when they are out of use and dimmed.
 bool isGiven(const QQuickItem& text, const QColor& ground) {
   static const QColor brandRed("#FF3B30");
   for (const auto* above = text.parentItem(); above; above = above->parentItem()) {
@@ -88,7 +86,8 @@ bool isGiven(const QQuickItem& text, const QColor& ground) {
 
 // What has an edge by which it is found: a box to write in, a switch, a mark.
 bool hasEdge(const QQuickItem& item) {
-  return item.inherits("QQuickTextField") || item.inherits("QQuickSwitch") || item.inherits("QQuickCheckBox") ||
+  return item.inherits("QQuickTextField") || item.inherits("QQuickSwitch") ||
+         item.inherits("QQuickCheckBox") ||
          std::string(item.metaObject()->className()).starts_with("SelectionCard");
 }
 
@@ -121,8 +120,8 @@ TEST_P(ContrastTest, of_letters_can_be_read) {
     }
     const QColor ink = over(item.property("color").value<QColor>(), shownOpacity(item), ground);
     EXPECT_GE(contrast(ink, ground), forLetters)
-        << item.property("text").toString().left(40).toStdString() << ": " << ink.name().toStdString() << " on "
-        << ground.name().toStdString();
+        << item.property("text").toString().left(40).toStdString() << ": " << ink.name().toStdString()
+        << " on " << ground.name().toStdString();
     ++texts;
   });
   EXPECT_GT(texts, 0);

@@ -29,12 +29,14 @@ struct ParentDashboard : testing::Test {
   ScriptedHttpSession& http() { return stage.application.machine.http; }
   bool isMenuOpen() { return stage.shows("Theme: System"); }
   double scrolledBy() {
-    return around(stage.control("Theo"), "QQuickFlickable")->property("contentY").toDouble();
+    return around(stage.control("Theo, 1 device, 0 online"), "QQuickFlickable")
+        ->property("contentY")
+        .toDouble();
   }
 };
 
 TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
-  stage.focusOn("AM");
+  stage.focusOn("Menu");
   stage.press(Qt::Key_Return);
   ASSERT_TRUE(isMenuOpen());
   stage.press(Qt::Key_Down);
@@ -48,7 +50,7 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
   EXPECT_TRUE(screen().showSettings());
   stage.press(Qt::Key_Escape);
   EXPECT_FALSE(screen().showSettings());
-  EXPECT_EQ(stage.focusedName(), "AM");
+  EXPECT_EQ(stage.focusedName(), "Menu");
 }
 
 TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_question) {
@@ -61,14 +63,14 @@ TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_que
 }
 
 TEST_F(ParentDashboard, the_menu_closes_by_escape_with_nothing_done) {
-  stage.focusOn("AM");
+  stage.focusOn("Menu");
   stage.press(Qt::Key_Space);
   ASSERT_TRUE(isMenuOpen());
   stage.press(Qt::Key_Down);
   stage.press(Qt::Key_Escape);
   EXPECT_FALSE(isMenuOpen());
   EXPECT_FALSE(screen().showSettings());
-  EXPECT_EQ(stage.focusedName(), "AM");
+  EXPECT_EQ(stage.focusedName(), "Menu");
 }
 
 TEST_F(ParentDashboard, the_menu_opens_and_acts_by_mouse_and_closes_beside_it) {
@@ -85,7 +87,7 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_mouse_and_closes_beside_it) {
 }
 
 TEST_F(ParentDashboard, the_menu_opens_and_acts_by_finger) {
-  stage.tap(middleOf(*stage.control("AM")));
+  stage.tap(middleOf(*stage.control("Menu")));
   ASSERT_TRUE(isMenuOpen());
   stage.tap(middleOf(*stage.find("Logout")));
   EXPECT_TRUE(screen().showLogoutConfirmation());
@@ -98,7 +100,7 @@ TEST_F(ParentDashboard, the_logout_is_asked_for_and_return_is_not_its_answer) {
   EXPECT_EQ(stage.focusedName(), "Cancel");
   stage.press(Qt::Key_Return);
   EXPECT_FALSE(stage.shows("Are you sure you want to logout?"));
-  EXPECT_EQ(stage.focusedName(), "AM");
+  EXPECT_EQ(stage.focusedName(), "Menu");
   EXPECT_TRUE(stage.application.environment().authState()->isLoggedIn());
 
   screen().logout();
@@ -116,23 +118,23 @@ TEST_F(ParentDashboard, a_card_opens_its_child_by_click_key_and_finger) {
   EXPECT_EQ(screen().selectedChild()->id, "c1");
   stage.press(Qt::Key_Escape);
   EXPECT_FALSE(screen().showChildDetail());
-  EXPECT_EQ(stage.focusedName(), "Mia");
+  EXPECT_EQ(stage.focusedName(), "Mia, 5 devices, 2 online");
 
   for (const auto key : {Qt::Key_Return, Qt::Key_Space}) {
-    stage.focusOn("Theo");
+    stage.focusOn("Theo, 1 device, 0 online");
     stage.press(key);
     ASSERT_TRUE(screen().showChildDetail());
     EXPECT_EQ(screen().selectedChild()->id, "c2");
     stage.press(Qt::Key_Escape);
   }
-  stage.focusOn("Mia");
+  stage.focusOn("Mia, 5 devices, 2 online");
   stage.tap(middleOf(*stage.find("Mia")));
   EXPECT_TRUE(screen().showChildDetail());
 }
 
 TEST_F(ParentDashboard, the_button_in_a_card_does_not_open_the_card) {
   const auto addDevice = [this](const std::function<void()>& act) {
-    stage.focusOn("Mia");
+    stage.focusOn("Mia, 5 devices, 2 online");
     act();
     EXPECT_TRUE(screen().showAddDevice());
     EXPECT_FALSE(screen().showChildDetail());
@@ -142,7 +144,7 @@ TEST_F(ParentDashboard, the_button_in_a_card_does_not_open_the_card) {
     EXPECT_FALSE(screen().showChildDetail());
   };
   const auto button = [this] {
-    auto* const card = stage.control("Mia");
+    auto* const card = stage.control("Mia, 5 devices, 2 online");
     QPoint middle;
     forEachShown(*card, [&](const QQuickItem& item) {
       if (item.activeFocusOnTab() && accessibleName(item) == "Add Device") {
@@ -165,10 +167,10 @@ TEST_F(ParentDashboard, the_button_in_a_card_does_not_open_the_card) {
 TEST_F(ParentDashboard, a_silent_refresh_keeps_the_rows_the_focus_and_the_place) {
   stage.window().resize(390, 600);
   stage.settle();
-  stage.focusOn("Theo");
+  stage.focusOn("Theo, 1 device, 0 online");
   stage.press(Qt::Key_Tab);
   ASSERT_EQ(stage.focusedName(), "Add Device");
-  const QPointer<QQuickItem> card = stage.control("Theo");
+  const QPointer<QQuickItem> card = stage.control("Theo, 1 device, 0 online");
   const QPointer<QQuickItem> focused = stage.focused();
   const double place = scrolledBy();
   ASSERT_GT(place, 0) << "the page does not scroll";
@@ -180,25 +182,25 @@ TEST_F(ParentDashboard, a_silent_refresh_keeps_the_rows_the_focus_and_the_place)
   stage.advance(30s);
   EXPECT_EQ(http().count("GET", "/children"), 1U);
   EXPECT_TRUE(stage.shows("A new tablet!"));
-  EXPECT_EQ(stage.control("Theo"), card);
+  EXPECT_EQ(stage.control("Theo, 1 device, 0 online"), card);
   EXPECT_EQ(stage.focused(), focused);
   EXPECT_EQ(scrolledBy(), place);
 }
 
 TEST_F(ParentDashboard, a_child_that_comes_in_first_leaves_the_other_rows_as_they_are) {
-  stage.focusOn("Theo");
-  const QPointer<QQuickItem> card = stage.control("Theo");
+  stage.focusOn("Theo, 1 device, 0 online");
+  const QPointer<QQuickItem> card = stage.control("Theo, 1 device, 0 online");
   std::string more = familyJson();
   more.insert(more.find("[") + 1, childJson("c0", "Noor", "") + ",");
   answerFamily(stage, more);
   stage.advance(30s);
   EXPECT_TRUE(stage.shows("Noor"));
-  EXPECT_EQ(stage.control("Theo"), card);
-  EXPECT_EQ(stage.focusedName(), "Theo");
+  EXPECT_EQ(stage.control("Theo, 1 device, 0 online"), card);
+  EXPECT_EQ(stage.focusedName(), "Theo, 1 device, 0 online");
 }
 
 TEST_F(ParentDashboard, add_device_stands_above_the_devices_of_a_card) {
-  const auto* const card = stage.control("Mia");
+  const auto* const card = stage.control("Mia, 5 devices, 2 online");
   double button = 0;
   forEachShown(*card, [&](const QQuickItem& item) {
     if (item.activeFocusOnTab() && accessibleName(item) == "Add Device") {
@@ -423,14 +425,14 @@ TEST_P(SheetTest, opens_closes_and_gives_the_focus_back) {
 INSTANTIATE_TEST_SUITE_P(Sheets, SheetTest,
                          testing::Values(Way{"Add Another Child", "Child Information", "Cancel"},
                                          Way{"Home Network", "Console DNS Setup", "Done"},
-                                         Way{"Mia", "Internet Controls", "Done"},
+                                         Way{"Mia, 5 devices, 2 online", "Internet Controls", "Done"},
                                          Way{"Add Device", "Game Console or Smart TV", "Cancel"}));
 
 class MenuSheetTest : public ParentDashboard, public testing::WithParamInterface<Way> {};
 
 TEST_P(MenuSheetTest, opens_closes_and_gives_the_focus_back) {
   const auto& way = GetParam();
-  stage.focusOn("AM");
+  stage.focusOn("Menu");
   stage.press(Qt::Key_Return);
   while (stage.focusedName() != way.control) {
     const auto before = stage.focusedName();
@@ -442,7 +444,7 @@ TEST_P(MenuSheetTest, opens_closes_and_gives_the_focus_back) {
   stage.tabTo(way.closing);
   stage.press(Qt::Key_Space);
   EXPECT_FALSE(stage.shows(way.shows));
-  EXPECT_EQ(stage.focusedName(), "AM");
+  EXPECT_EQ(stage.focusedName(), "Menu");
 }
 
 INSTANTIATE_TEST_SUITE_P(Sheets, MenuSheetTest,
@@ -451,7 +453,7 @@ INSTANTIATE_TEST_SUITE_P(Sheets, MenuSheetTest,
 
 TEST_F(ParentDashboard, the_way_to_a_new_device_goes_down_and_up_again) {
   for (const auto* const choice : {"Phone or Tablet", "Game Console or Smart TV"}) {
-    stage.focusOn("Mia");
+    stage.focusOn("Mia, 5 devices, 2 online");
     stage.press(Qt::Key_Tab);
     stage.press(Qt::Key_Return);
     stage.focusOn(choice);

@@ -34,7 +34,7 @@ ColumnLayout {
         id: box
         name: field.title
         Layout.fillWidth: true
-        Accessible.description: field.hint
+        description: field.hint
         onEdited: text => field.edited(text)
         onAccepted: field.accepted()
 

@@ -40,6 +40,8 @@ T.Menu {
         interactive: contentHeight > height
         currentIndex: menu.currentIndex
         clip: interactive
+        Accessible.role: Accessible.PopupMenu
+        Accessible.name: qsTr("Menu")
     }
     enter: Transition {
         NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.quick }

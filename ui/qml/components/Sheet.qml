@@ -65,6 +65,8 @@ T.Popup {
 
     contentItem: FocusScope {
         focus: true
+        Accessible.role: Accessible.Dialog
+        Accessible.name: sheet.shownScreen?.title ?? sheet.shownScreen?.heading ?? sheet.shownScreen?.name ?? ""
         LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
         Keys.onEscapePressed: sheet.dismissed()

@@ -8,7 +8,10 @@ T.TextField {
     id: box
 
     property string value
+    // What a screen reader says of it.
     property string name
+    property string description
+    readonly property string spokenName: name.length > 0 ? name : placeholderText
     property bool code: false
     // Room at the end for what stands in the box.
     property real endSpace: 0
@@ -31,7 +34,8 @@ T.TextField {
     selectByMouse: true
     activeFocusOnTab: true
     Accessible.role: Accessible.EditableText
-    Accessible.name: name.length > 0 ? name : placeholderText
+    Accessible.name: spokenName
+    Accessible.description: description
 
     onTextEdited: edited(text)
     onValueChanged: show()

@@ -18,6 +18,7 @@ Page {
             id: menuButton
             text: page.screen.initials
             Accessible.role: Accessible.ButtonMenu
+            Accessible.name: qsTr("Menu")
             corner: Theme.target / 2
             padding: 5
             onClicked: menu.open()
