@@ -84,7 +84,9 @@ class HeardWindow final : public QAccessibleObject {
 };
 
 // A TextBox. It gives its `spokenName` and its `description`.
-class HeardBox final : public QAccessibleObject, public QAccessibleTextInterface, public QAccessibleActionInterface {
+class HeardBox final : public QAccessibleObject,
+                       public QAccessibleTextInterface,
+                       public QAccessibleActionInterface {
  public:
   explicit HeardBox(QQuickItem& box) : QAccessibleObject(&box) {}
 

@@ -309,8 +309,8 @@ class CurlHttpSession::Loop {
     }
   }
 
-  // Until a connection stirs, a request comes, or it is time to look again. With nothing under way only a request
-  // wakes it.
+  // Until a connection stirs, a request comes, or it is time to look again. With nothing under way only a
+  // request wakes it.
   void sleep() {
     if (!fallAsleep()) {
       return;

@@ -42,10 +42,10 @@ QSet<QString> heardNames(const UiStage& stage) {
 }
 
 bool saysWhatItIs(QAccessible::Role role) {
-  static const QSet<QAccessible::Role> roles{QAccessible::Dialog,      QAccessible::PopupMenu, QAccessible::MenuItem,
-                                             QAccessible::Button,      QAccessible::ButtonMenu, QAccessible::ListItem,
-                                             QAccessible::RadioButton, QAccessible::CheckBox,  QAccessible::PageTab,
-                                             QAccessible::EditableText, QAccessible::Window,   QAccessible::Graphic};
+  static const QSet<QAccessible::Role> roles{
+      QAccessible::Dialog,     QAccessible::PopupMenu,    QAccessible::MenuItem,    QAccessible::Button,
+      QAccessible::ButtonMenu, QAccessible::ListItem,     QAccessible::RadioButton, QAccessible::CheckBox,
+      QAccessible::PageTab,    QAccessible::EditableText, QAccessible::Window,      QAccessible::Graphic};
   return roles.contains(role);
 }
 
@@ -64,7 +64,8 @@ TEST_P(AccessibleTree, names_what_lies_in_front_and_nothing_under_it) {
     const auto name = node.text(QAccessible::Name);
     EXPECT_TRUE(!saysWhatItIs(node.role()) || !name.isEmpty()) << "a nameless " << node.role();
     if (const auto* const item = qobject_cast<QQuickItem*>(node.object())) {
-      EXPECT_TRUE(item == &front || front.isAncestorOf(item)) << name.toStdString() << " is under what is in front";
+      EXPECT_TRUE(item == &front || front.isAncestorOf(item))
+          << name.toStdString() << " is under what is in front";
       ++heard;
     }
   });
@@ -83,7 +84,8 @@ TEST_P(AccessibleTree, tells_no_hidden_password) {
   });
   walkWindow(stage, [&](QAccessibleInterface& node) {
     QStringList told;
-    for (const auto kind : {QAccessible::Name, QAccessible::Description, QAccessible::Value, QAccessible::Help}) {
+    for (const auto kind :
+         {QAccessible::Name, QAccessible::Description, QAccessible::Value, QAccessible::Help}) {
       told.append(node.text(kind));
     }
     if (auto* const letters = node.textInterface()) {
@@ -127,13 +129,15 @@ TEST(AccessibleWindow, hears_a_child_its_devices_and_who_is_online) {
   UiStage stage({.stored = shot.stored});
   play(stage, shot);
   const auto heard = heardNames(stage);
-  for (const char* const name : {"Mia, 5 devices, 2 online", "Mia's phone, Online", "Tablet, Offline", "Menu"}) {
+  for (const char* const name :
+       {"Mia, 5 devices, 2 online", "Mia's phone, Online", "Tablet, Offline", "Menu"}) {
     EXPECT_TRUE(heard.contains(name)) << name;
   }
 }
 
 TEST(AccessibleWindow, hears_a_sheet_by_its_title) {
-  for (const auto& [scene, title] : {std::pair("add-child", "Add Child"), std::pair("parent-settings", "Settings")}) {
+  for (const auto& [scene, title] :
+       {std::pair("add-child", "Add Child"), std::pair("parent-settings", "Settings")}) {
     const Shot& shot = sceneCalled(scene);
     UiStage stage({.stored = shot.stored});
     play(stage, shot);
