@@ -22,16 +22,27 @@ namespace {
 std::string lastSystemLine;  // NOLINT: what the program's own syslog below was given
 std::string lastIdentity;    // NOLINT
 
+void keepSystemLine(const char* format, va_list arguments) {
+  std::array<char, 4096> text{};
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  lastSystemLine = text.data();
+}
+
 }  // namespace
 
 // This program's own in place of the C library's, so that nothing reaches the machine's log.
 extern "C" void syslog(int, const char* format, ...) {
-  std::array<char, 4096> text{};
   va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text.data(), text.size(), format, arguments);
+  keepSystemLine(format, arguments);
   va_end(arguments);
-  lastSystemLine = text.data();
+}
+// What a fortified program calls.
+extern "C" void __syslog_chk(int, int, const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  keepSystemLine(format, arguments);
+  va_end(arguments);
 }
 extern "C" void openlog(const char* identity, int, int) { lastIdentity = identity; }
 
