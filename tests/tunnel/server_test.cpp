@@ -364,7 +364,7 @@ TEST_F(TunnelServer, survives_a_flood) {
 TEST_F(TunnelServer, is_not_stopped_by_clients_that_stop_in_the_middle) {
   startWell();
   std::vector<std::unique_ptr<ClientSocket>> halves;
-  for (int number = 0; number < 100; ++number) {
+  for (std::size_t number = 0; number < 100; ++number) {
     halves.push_back(std::make_unique<ClientSocket>(server->port(), Channel::tcp));
     halves.back()->sendRaw(std::string(1 + number % 3, '\x01'));
   }

@@ -157,7 +157,7 @@ void TestEndpoint::serve(int socket) {
     SSL_set_fd(tls.get(), socket);
     if (SSL_accept(tls.get()) == 1) {
       resumptions_ += SSL_session_reused(tls.get());
-      TestPeer peer(tls.get());
+      TestPeer peer;
       serveHttp(peer, tls.get());
     }
   }

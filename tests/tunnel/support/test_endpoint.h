@@ -23,8 +23,6 @@ using Fields = std::vector<std::pair<std::string, std::string>>;
 // One connection of a client, as whoever answers it sees it. All on the connection's own thread.
 class TestPeer {
  public:
-  explicit TestPeer(SSL* tls) : tls_(tls) {}
-
   void answer(std::int32_t stream, const std::string& body, const Fields& more = {},
               const std::string& status = "200", const std::string& contentType = "application/dns-message");
   void reset(std::int32_t stream, std::uint32_t code = NGHTTP2_INTERNAL_ERROR);
@@ -44,7 +42,6 @@ class TestPeer {
     std::size_t sent = 0;
   };
 
-  SSL* const tls_;
   std::map<std::int32_t, Stream> streams_;
   bool hasHungUp_ = false;
 };
