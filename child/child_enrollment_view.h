@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/child_loading_dots.h"
-#include "child/qr_code_view.h"
 #include "client/network_service.h"
+#include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {

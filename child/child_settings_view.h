@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"

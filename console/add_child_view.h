@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "presentation/screen_model.h"
 

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "app/environment.h"
-#include "app/passing_time.h"
+#include "app/session/environment.h"
+#include "app/session/passing_time.h"
 #include "client/network_service.h"
 #include "console/activity_time_filter.h"
 #include "console/edit_child_name_view.h"

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "app/appearance_manager.h"
-#include "app/environment.h"
-#include "app/passing_time.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/environment.h"
+#include "app/session/passing_time.h"
 #include "client/network_service.h"
 #include "console/add_child_view.h"
 #include "console/add_device_sheet.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "console/manual_enrollment_view.h"
 #include "console/opening_row.h"

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "presentation/screen_model.h"
 

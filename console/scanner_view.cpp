@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/settings_keys.h"
+#include "app/session/settings_keys.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "platform/hop.h"

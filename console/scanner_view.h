@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "console/qr_scanner_view_controller.h"
 #include "presentation/screen_model.h"

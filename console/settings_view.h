@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "app/appearance_manager.h"
-#include "app/environment.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/environment.h"
 #include "console/delete_account_sheet.h"
 #include "family/family_members_view.h"
 #include "foundation/result.h"

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/family.h"
 #include "family/family_member_sheet.h"
 #include "family/family_rows.h"

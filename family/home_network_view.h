@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/home_network.h"
 #include "family/console_dns_instructions_view.h"
 #include "foundation/date_format.h"

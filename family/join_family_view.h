@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/family.h"
 #include "family/qr_scanner_view.h"
 #include "foundation/raw_enum.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/settings_keys.h"
+#include "app/session/settings_keys.h"
 #include "client/network_service.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"

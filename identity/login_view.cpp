@@ -1,5 +1,7 @@
 #include "identity/login_view.h"
 
+#include <utility>
+
 #include "client/network_service.h"
 #include "platform/hop.h"
 
@@ -23,9 +25,10 @@ std::string_view sensorName(BiometricType type) {
 
 }  // namespace
 
-LoginView::LoginView(Environment& environment)
+LoginView::LoginView(Environment& environment, MakeJoinFamily makeJoinFamily)
     : ScreenModel("LoginView"),
       environment_(environment),
+      makeJoinFamily_(std::move(makeJoinFamily)),
       dispatch_(environment.platform().dispatch),
       keychain_(environment.keychainService()),
       biometrics_(environment.biometricAuthManager()) {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/account.h"
-#include "family/join_family_view.h"
 #include "foundation/result.h"
 #include "identity/auth_state.h"
 #include "identity/biometric_auth_manager.h"
@@ -18,7 +18,10 @@ namespace quillmar {
 // Where a parent signs in. Changes no screen itself: the root follows the session that a sign-in opens.
 class LoginView final : public ScreenModel {
  public:
-  explicit LoginView(Environment& environment);
+  // Joining a family is a screen of another folder, made by who presents this one.
+  using MakeJoinFamily = std::function<std::shared_ptr<ScreenModel>()>;
+
+  LoginView(Environment& environment, MakeJoinFamily makeJoinFamily);
 
   Input<std::string> email{*this, "email"};
   Input<std::string> password{*this, "password"};
@@ -27,8 +30,7 @@ class LoginView final : public ScreenModel {
   Input<bool> showError{*this, "showError", false};
   Sheet<RegisterView> showRegister{*this, "showRegister",
                                    [this] { return std::make_shared<RegisterView>(environment_); }};
-  Sheet<JoinFamilyView> showJoinFamily{*this, "showJoinFamily",
-                                       [this] { return std::make_shared<JoinFamilyView>(environment_); }};
+  Sheet<ScreenModel> showJoinFamily{*this, "showJoinFamily", [this] { return makeJoinFamily_(); }};
   // Nothing that is stored changes with it before the next sign-in by password.
   Input<bool> rememberMe{*this, "rememberMe", false};
   Published<bool> hasSavedCredentials{*this, "hasSavedCredentials", false};
@@ -92,6 +94,7 @@ class LoginView final : public ScreenModel {
   void showFailure(const Error& error);
 
   Environment& environment_;
+  const MakeJoinFamily makeJoinFamily_;
   Dispatch& dispatch_;
   const std::shared_ptr<KeychainService> keychain_;
   const std::shared_ptr<BiometricAuthManager> biometrics_;

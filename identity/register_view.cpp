@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "client/network_service.h"
 #include "foundation/text.h"
 #include "identity/auth_state.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/account.h"
 #include "foundation/record.h"
 #include "foundation/result.h"

@@ -1,6 +1,6 @@
 #include "programs/agent/agent_machine.h"
 
-#include "app/settings_keys.h"
+#include "app/session/settings_keys.h"
 #include "child/vpn_dns_manager.h"
 #include "platform/linux/networkmanager_tunnel.h"
 #include "platform/simulated/simulated_tunnel.h"

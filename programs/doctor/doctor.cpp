@@ -4,11 +4,11 @@
 
 #include <system_error>
 
-#include "app/role_manager.h"
-#include "app/settings_keys.h"
+#include "app/session/role_manager.h"
+#include "app/session/settings_keys.h"
 #include "client/deployments.h"
-#include "platform/linux/curl_http_session.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "programs/doctor/probes.h"
 #include "programs/doctor/report.h"

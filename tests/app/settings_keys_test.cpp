@@ -1,13 +1,13 @@
-#include "app/settings_keys.h"
+#include "app/session/settings_keys.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 
-#include "app/appearance_manager.h"
-#include "app/role_manager.h"
-#include "tests/support/test_application.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/role_manager.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

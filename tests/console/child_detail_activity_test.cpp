@@ -5,8 +5,8 @@
 #include <functional>
 #include <ostream>
 
+#include "testing/live_memory.h"
 #include "tests/console/child_detail_fixture.h"
-#include "tests/support/live_memory.h"
 
 namespace quillmar {
 namespace {

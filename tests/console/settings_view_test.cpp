@@ -10,7 +10,7 @@
 
 #include "console/device_list_view.h"
 #include "identity/keychain_service.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "identity/login_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

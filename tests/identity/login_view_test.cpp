@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -78,7 +78,7 @@ TEST_F(Login, begins_empty_and_calls_nobody) {
 }
 
 TEST_F(Login, the_entry_animation_runs_from_its_beginning_to_rest) {
-  const LoginView unseen(app.environment());
+  const LoginView unseen(app.environment(), {});
   EXPECT_EQ(unseen.logoScale(), 0.5);
   EXPECT_EQ(unseen.logoOpacity(), 0.0);
   EXPECT_EQ(unseen.formOpacity(), 0.0);

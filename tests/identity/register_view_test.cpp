@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "identity/login_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

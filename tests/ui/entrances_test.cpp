@@ -7,7 +7,7 @@
 
 #include "app/country_selection_view.h"
 #include "app/role_selection_view.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {

@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
-#include "app/settings_keys.h"
+#include "app/session/settings_keys.h"
 #include "client/network_service.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 #include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "identity/auth_state.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {

@@ -9,9 +9,9 @@
 #include <tuple>
 #include <vector>
 
-#include "app/appearance_manager.h"
+#include "app/session/appearance_manager.h"
 #include "identity/auth_state.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {

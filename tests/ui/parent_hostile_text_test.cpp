@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 #include "ui/bridge/shown_text.h"
 
 namespace quillmar::ui {

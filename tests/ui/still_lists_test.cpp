@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 // Lists that change while somebody is at them.
 namespace quillmar::ui {

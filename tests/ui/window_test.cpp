@@ -5,11 +5,11 @@
 #include <QQuickWindow>
 #include <chrono>
 
-#include "app/role_manager.h"
 #include "app/role_selection_view.h"
+#include "app/session/role_manager.h"
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
 
 namespace quillmar::ui {
 namespace {

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/zxing_decoder.h"
+#include "platform/common/zxing_decoder.h"
 #include "ui/adapters/picture_file.h"
 #include "ui/adapters/screenshot_portal.h"
 
