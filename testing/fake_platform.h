@@ -44,8 +44,19 @@ struct FakePlatform {
   Platform portsWith(HttpSession& session) { return portsWith(session, tunnel); }
   // ... and with another tunnel service.
   Platform portsWith(HttpSession& session, TunnelService& tunnels) {
-    return {settings,   session,   dispatch, log,         tunnels,   secureItems, biometrics,
-            deviceInfo, clipboard, haptics,  windowStyle, qrEncoder, qrReader};
+    return {.settings = settings,
+            .http = session,
+            .dispatch = dispatch,
+            .log = log,
+            .tunnel = tunnels,
+            .secureItems = secureItems,
+            .biometrics = biometrics,
+            .deviceInfo = deviceInfo,
+            .clipboard = clipboard,
+            .haptics = haptics,
+            .windowStyle = windowStyle,
+            .qrEncoder = qrEncoder,
+            .qrReader = qrReader};
   }
 };
 

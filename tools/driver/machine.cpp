@@ -45,8 +45,19 @@ Dispatch& Machine::dispatch() {
 }
 
 Platform Machine::ports() {
-  return {*settings_, http,      dispatch(), log_,        tunnel,    secureItems, biometrics,
-          deviceInfo, clipboard, haptics,    windowStyle, qrEncoder, qrReader};
+  return {.settings = *settings_,
+          .http = http,
+          .dispatch = dispatch(),
+          .log = log_,
+          .tunnel = tunnel,
+          .secureItems = secureItems,
+          .biometrics = biometrics,
+          .deviceInfo = deviceInfo,
+          .clipboard = clipboard,
+          .haptics = haptics,
+          .windowStyle = windowStyle,
+          .qrEncoder = qrEncoder,
+          .qrReader = qrReader};
 }
 
 }  // namespace quillmar::driver
