@@ -26,7 +26,6 @@
 #include <thread>
 #include <vector>
 
-#include "app/session/settings_keys.h"
 #include "bench/against_service.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
@@ -34,6 +33,7 @@
 #include "platform/common/curl_http_session.h"
 #include "platform/common/file_descriptor.h"
 #include "platform/common/sqlite_settings_store.h"
+#include "platform/settings.h"
 #include "testing/temporary_directory.h"
 
 extern char** environ;

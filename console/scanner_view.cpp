@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/session/settings_keys.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "platform/hop.h"
+#include "platform/settings.h"
 
 namespace quillmar {
 namespace {

@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "app/quillmar_app.h"
-#include "app/session/settings_keys.h"
 #include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "child/vpn_dns_manager.h"
 #include "identity/auth_state.h"
+#include "platform/settings.h"
 #include "testing/fake_platform.h"
 
 namespace quillmar {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/settings.h"
+
 namespace quillmar {
 namespace {
 
@@ -21,7 +23,7 @@ std::optional<ColorScheme> schemeOf(AppearanceMode mode) {
 
 AppearanceManager::AppearanceManager(SettingsStore& settings, WindowStyle& windowStyle)
     : ObservableObject("AppearanceManager"), settings_(settings), windowStyle_(windowStyle) {
-  const auto stored = settings_.string(settings::appearanceMode);
+  const auto stored = settings_.read(settings::appearanceMode);
   currentMode = stored ? fromRawValue<AppearanceMode>(*stored).value_or(AppearanceMode::system)
                        : AppearanceMode::system;
   applyMode();
@@ -35,7 +37,7 @@ AppearanceManager::AppearanceManager(SettingsStore& settings, WindowStyle& windo
 }
 
 void AppearanceManager::saveMode() {
-  settings_.set(settings::appearanceMode, std::string(rawValue(currentMode())));
+  settings_.write(settings::appearanceMode, std::string(rawValue(currentMode())));
 }
 
 void AppearanceManager::applyMode() {

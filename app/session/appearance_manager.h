@@ -3,7 +3,6 @@
 #include <array>
 #include <optional>
 
-#include "app/session/settings_keys.h"
 #include "foundation/observable.h"
 #include "platform/settings_store.h"
 #include "platform/window_style.h"

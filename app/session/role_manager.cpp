@@ -46,19 +46,19 @@ void RoleManager::setRole(DeviceRole role) {
 
 void RoleManager::saveRegion() {
   if (selectedRegion()) {
-    settings_.set(regionKey, std::string(rawValue(*selectedRegion())));
+    settings_.write(settings::region, std::string(rawValue(*selectedRegion())));
   }
 }
 
 void RoleManager::loadRole() {
-  const auto stored = settings_.string(roleKey);
+  const auto stored = settings_.read(settings::deviceRole);
   currentRole = stored ? fromRawValue<DeviceRole>(*stored).value_or(DeviceRole::unset) : DeviceRole::unset;
 }
 
-void RoleManager::saveRole() { settings_.set(roleKey, std::string(rawValue(currentRole()))); }
+void RoleManager::saveRole() { settings_.write(settings::deviceRole, std::string(rawValue(currentRole()))); }
 
 void RoleManager::loadRegion() {
-  const auto stored = settings_.string(regionKey);
+  const auto stored = settings_.read(settings::region);
   if (const auto region = stored ? fromRawValue<Region>(*stored) : std::nullopt) {
     selectedRegion = region;
   }

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string_view>
 
-#include "app/session/settings_keys.h"
 #include "foundation/observable.h"
+#include "platform/settings.h"
 #include "platform/settings_store.h"
 
 namespace quillmar {

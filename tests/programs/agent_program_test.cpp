@@ -16,11 +16,11 @@
 #include <thread>
 #include <vector>
 
-#include "app/session/settings_keys.h"
 #include "platform/common/asio_dispatch.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/instance_lock.h"
 #include "platform/linux/machine_name.h"
+#include "platform/settings.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_server.h"
 #include "programs/control/work_place.h"

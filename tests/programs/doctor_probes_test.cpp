@@ -7,9 +7,9 @@
 #include <sstream>
 #include <string>
 
-#include "app/session/settings_keys.h"
 #include "platform/common/curl_http_session.h"
 #include "platform/common/sqlite_settings_store.h"
+#include "platform/settings.h"
 #include "programs/doctor/doctor.h"
 #include "programs/doctor/probes.h"
 #include "sandbox/service.h"

@@ -5,10 +5,10 @@
 #include <array>
 #include <cstddef>
 
-#include "app/session/settings_keys.h"
 #include "platform/common/authority_file.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
+#include "platform/settings.h"
 #include "tools/walk/dns_client.h"
 
 namespace {
@@ -42,7 +42,7 @@ int main(int count, char** arguments) {
   QTimer timer;
   std::size_t next = 0;
   QObject::connect(&timer, &QTimer::timeout, [&] {
-    const auto endpoint = settings.string(quillmar::settings::childDohEndpoint);
+    const auto endpoint = settings.read(quillmar::settings::childDohEndpoint);
     if (!endpoint || endpoint->empty()) {
       return;
     }
