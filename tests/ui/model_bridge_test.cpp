@@ -203,6 +203,15 @@ TEST_F(ModelBridgeTest, a_part_is_a_bridge_or_null) {
   EXPECT_EQ(nested("part"), nullptr);
 }
 
+TEST_F(ModelBridgeTest, rows_are_a_list_before_the_first_and_whatever_their_keys_are) {
+  ASSERT_NE(list("rows"), nullptr);
+  EXPECT_EQ(list("rows")->count(), 0);
+  model->rows.assign({{"Child", std::make_shared<Child>()}});
+  turn();
+  ASSERT_NE(list("rows"), nullptr);
+  EXPECT_EQ(list("rows")->count(), 1);
+}
+
 TEST_F(ModelBridgeTest, rows_keep_their_bridge_for_as_long_as_their_object_is_there) {
   const auto a = std::make_shared<Child>();
   const auto b = std::make_shared<Child>();

@@ -50,6 +50,7 @@ Value describe(const ObservableObject& object, std::string_view nameKey, std::st
         actions.emplace_back(Value::Map{{"name", key}, {"enabled", member->isEnabled()}});
         break;
       case Member::Kind::part:
+      case Member::Kind::rows:
         rows.emplace_back(key, describeRows(*member));
         break;
       case Member::Kind::sheet:
