@@ -172,10 +172,7 @@ void ChildDetailView::deleteChild() {
                         }));
 }
 
-void ChildDetailView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
-}
+void ChildDetailView::showFailure(const Error& error) { errorAlert.show(error); }
 
 const DateStyles& ChildDetailView::dateStyles() {
   if (!dateStyles_) {

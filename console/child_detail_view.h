@@ -21,6 +21,7 @@
 #include "console/site_rows.h"
 #include "console/swipeable_device_row.h"
 #include "platform/hop.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -68,8 +69,7 @@ class ChildDetailView final : public ScreenModel {
   // The last one received.
   Published<std::optional<ChildPolicy>> policy{*this, "policy"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Input<bool> showError{*this, "showError", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
+  ErrorAlert errorAlert{*this};
   Sheet<LinkDeviceView> showLinkDevice;
   Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
   Sheet<EditChildNameView> showEditName;
@@ -90,13 +90,10 @@ class ChildDetailView final : public ScreenModel {
 
   Text doneTitle{*this, "doneTitle", "Done"};
   Text editIcon{*this, "editIcon", "pencil"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> editName{*this, "editName", [this] { showEditName = true; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   // Devices.
 

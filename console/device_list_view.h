@@ -19,6 +19,7 @@
 #include "family/family_members_view.h"
 #include "family/home_network_view.h"
 #include "identity/auth_state.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 #include "presentation/timely.h"
 
@@ -48,8 +49,7 @@ class DeviceListView final : public ScreenModel {
   Rows<ChildDashboardCard> cards{*this, "cards"};
   // Under way with nothing to show yet.
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Input<bool> showLogoutConfirmation{*this, "showLogoutConfirmation", false};
   // Whose detail is shown, and for whom a device is added.
   Published<std::optional<ChildProfileWithDevices>> selectedChild{*this, "selectedChild"};
@@ -126,8 +126,6 @@ class DeviceListView final : public ScreenModel {
   Text confirmationText{*this, "confirmationText", "Are you sure you want to logout?"};
   Text confirmTitle{*this, "confirmTitle", "Logout"};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> loadChildren{*this, "loadChildren", [this] { load(); }};
   Action<> addChild{*this, "addChild", [this] { showAddChild = true; }};
@@ -140,7 +138,6 @@ class DeviceListView final : public ScreenModel {
                          [this] { return showLogoutConfirmation(); }};
   Action<> cancelLogout{*this, "cancelLogout", [this] { showLogoutConfirmation = false; },
                         [this] { return showLogoutConfirmation(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   // The timer runs.
   bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }

@@ -12,6 +12,7 @@
 #include "console/manual_enrollment_view.h"
 #include "console/opening_row.h"
 #include "console/scanner_view.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -61,8 +62,7 @@ class LinkDeviceView final : public ScreenModel {
   Published<std::vector<Device>> unassignedDevices{*this, "unassignedDevices"};
   Rows<UnassignedDeviceRow> deviceRows{*this, "deviceRows"};
   Published<bool> isLoading{*this, "isLoading", true};
-  Input<bool> showError{*this, "showError", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
+  ErrorAlert errorAlert{*this};
   Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
   // Overwritten by the next use and never cleared.
   Published<std::optional<Device>> deviceToDelete{*this, "deviceToDelete"};
@@ -87,8 +87,6 @@ class LinkDeviceView final : public ScreenModel {
   Text deletionTitle{*this, "deletionTitle", "Delete Device?"};
   Derived<std::string> deletionText{*this, "deletionText", [this] { return computeDeletionText(); }};
   Text deleteTitle{*this, "deleteTitle", "Delete"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> addPhone{*this, "addPhone", [this] { showScanner = true; }};
@@ -99,7 +97,6 @@ class LinkDeviceView final : public ScreenModel {
                                 [this] { return showDeleteConfirmation(); }};
   Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteConfirmation = false; },
                           [this] { return showDeleteConfirmation(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   void loadUnassignedDevices();
   void linkSelectedDevice(const Device& device);
@@ -117,7 +114,6 @@ class LinkDeviceView final : public ScreenModel {
   void askToDelete(const Device& device);
   void askToDeleteAt(std::int64_t index);
   void deleteSelected();
-  void showFailure(const Error& error);
 
   Environment& environment_;
   Dispatch& dispatch_;

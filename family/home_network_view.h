@@ -13,6 +13,7 @@
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
 #include "foundation/result.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -59,8 +60,7 @@ class HomeNetworkView final : public ScreenModel {
   Published<bool> ipMatches{*this, "ipMatches", false};
   Published<bool> isLoading{*this, "isLoading", true};
   Published<bool> isUpdatingIP{*this, "isUpdatingIP", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Input<bool> showUpdateIPConfirmation{*this, "showUpdateIPConfirmation", false};
   Input<bool> showCreateConfirmation{*this, "showCreateConfirmation", false};
   Published<bool> showSuccessMessage{*this, "showSuccessMessage", false};
@@ -127,8 +127,6 @@ class HomeNetworkView final : public ScreenModel {
   Text updateQuestionTitle{*this, "updateQuestionTitle", "Update Home Network IP"};
   Text confirmUpdateTitle{*this, "confirmUpdateTitle", "Update IP"};
   Text cancelUpdateTitle{*this, "cancelUpdateTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> setUp{*this, "setUp", [this] { showCreateConfirmation = true; },
@@ -145,7 +143,6 @@ class HomeNetworkView final : public ScreenModel {
                         [this] { return showUpdateIPConfirmation(); }};
   Action<> viewInstructions{*this, "viewInstructions", [this] { showInstructions = true; },
                             [this] { return content() == HomeNetworkContent::status; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void onAppear() override;
@@ -166,7 +163,6 @@ class HomeNetworkView final : public ScreenModel {
   void update();
   void handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result);
   void showBanner(const std::string& text);
-  void showFailure(const Error& error);
 
   Environment& environment_;
   Dispatch& dispatch_;

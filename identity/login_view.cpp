@@ -65,7 +65,7 @@ std::string LoginView::computeBiometricTitle() const {
 
 void LoginView::beginSignIn() {
   isLoading = true;
-  errorMessage = std::string();
+  errorAlert.message = std::string();
 }
 
 void LoginView::startSignIn() {
@@ -113,7 +113,7 @@ void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
   }
   isLoading = false;
   if (credentials.error() != BiometricError{BiometricError::Case::userCancelled}) {
-    showFailure(credentials.error());
+    errorAlert.show(credentials.error());
   }
 }
 
@@ -121,13 +121,8 @@ void LoginView::openSession(const Result<AuthResponse>& result) {
   if (result.ok()) {
     environment_.authState()->saveLogin(result.value());
   } else {
-    showFailure(result.error());
+    errorAlert.show(result.error());
   }
-}
-
-void LoginView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
 }
 
 }  // namespace quillmar

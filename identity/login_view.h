@@ -11,6 +11,7 @@
 #include "identity/biometric_auth_manager.h"
 #include "identity/keychain_service.h"
 #include "identity/register_view.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -26,8 +27,7 @@ class LoginView final : public ScreenModel {
   Input<std::string> email{*this, "email"};
   Input<std::string> password{*this, "password"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Sheet<RegisterView> showRegister{*this, "showRegister",
                                    [this] { return std::make_shared<RegisterView>(environment_); }};
   Sheet<ScreenModel> showJoinFamily{*this, "showJoinFamily", [this] { return makeJoinFamily_(); }};
@@ -66,8 +66,6 @@ class LoginView final : public ScreenModel {
   Text signUpTitle{*this, "signUpTitle", "Sign Up"};
   Text joinFamilyQuestion{*this, "joinFamilyQuestion", "Have an invite code from another parent?"};
   Text joinFamilyTitle{*this, "joinFamilyTitle", "Join Existing Family"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> signIn{*this, "signIn", [this] { startSignIn(); },
                   [this] { return isFormValid() && !isLoading(); }};
@@ -75,7 +73,6 @@ class LoginView final : public ScreenModel {
                                 [this] { return showsBiometricButton() && !isLoading(); }};
   Action<> signUp{*this, "signUp", [this] { showRegister = true; }};
   Action<> joinFamily{*this, "joinFamily", [this] { showJoinFamily = true; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void onAppear() override;
@@ -91,7 +88,6 @@ class LoginView final : public ScreenModel {
   void startBiometricSignIn();
   void handleCredentials(const Result<SavedCredentials>& credentials);
   void openSession(const Result<AuthResponse>& result);
-  void showFailure(const Error& error);
 
   Environment& environment_;
   const MakeJoinFamily makeJoinFamily_;

@@ -131,7 +131,7 @@ class Enrollment {
         screen_.showCode(machine_.ports().qrEncoder);
       }
     }));
-    reactions_.push_back(view_->showError.onChange([this] { fail(); }));
+    reactions_.push_back(view_->errorAlert.isShown.onChange([this] { fail(); }));
     // At the end of the turn in which it is enrolled, when that is stored too.
     reactions_.push_back(environment_.childAppState()->isEnrolled.onChange(
         [this] { dispatch_.main().async([this] { finish(); }); }));
@@ -148,7 +148,7 @@ class Enrollment {
 
   void fail() {
     screen_.endWaiting();
-    complain(view_->errorMessage());
+    complain(view_->errorAlert.message());
     end(ExitStatus::failed);
   }
 

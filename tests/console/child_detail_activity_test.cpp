@@ -196,7 +196,7 @@ TEST_F(RecentActivity, a_failure_is_logged_and_keeps_the_list) {
   app.advance(2s);
   EXPECT_EQ(recentSites(), Names{"a.example"});
   EXPECT_FALSE(page().isLoadingRecentLogs());
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(app.machine.log.systemLines(),
             Names{"[ChildDetailView] Failed to fetch recent activity: The request timed out."});
 }
@@ -515,7 +515,7 @@ TEST_P(SiteTabs, a_failure_is_logged_and_keeps_the_list) {
   app.advance(2s);
   EXPECT_EQ(logs().size(), 1U);
   EXPECT_FALSE((page().*GetParam().isLoading)());
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(app.machine.log.systemLines(),
             Names{"[ChildDetailView] Failed to fetch " + GetParam().failure + ": Access denied"});
 }
@@ -604,7 +604,7 @@ TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time
       EXPECT_EQ(count("GET", "/children/c1"), 240U);
       EXPECT_EQ(std::ssize(app.machine.log.systemLines()), failures);
       EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
-      EXPECT_FALSE(page().showError());
+      EXPECT_FALSE(page().errorAlert.isShown());
       failures = 0;
       http().forgetRequests();
       app.machine.log.clear();

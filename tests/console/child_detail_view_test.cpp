@@ -50,9 +50,9 @@ TEST_F(ChildDetailPage, a_failed_load_is_told_and_empties_nothing) {
   expectAlert("The request timed out.");
   EXPECT_EQ(deviceNames(), Names{"Device d1"});
   EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_TRUE(page().dismissError());
-  EXPECT_FALSE(page().showError());
-  EXPECT_FALSE(page().dismissError()) << "there is nothing to dismiss";
+  EXPECT_TRUE(page().errorAlert.dismiss());
+  EXPECT_FALSE(page().errorAlert.isShown());
+  EXPECT_FALSE(page().errorAlert.dismiss()) << "there is nothing to dismiss";
 }
 
 TEST_F(ChildDetailPage, an_answer_without_a_policy_keeps_the_toggle_and_the_lists) {
@@ -147,7 +147,7 @@ TEST_F(ChildDetailPage, a_failed_refresh_is_silent_and_keeps_the_devices) {
   open({makeDevice("d1")});
   http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
   app.advance(45s);
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(page().devices().size(), 1U);
 }
 
@@ -400,8 +400,8 @@ TEST_F(ChildDetailPage, the_sentences_are_the_systems_own) {
             "This will remove the child profile and unlink all their devices. The devices will remain but "
             "won't be associated with this child.");
   EXPECT_EQ(page().deleteTitle(), "Delete");
-  EXPECT_EQ(page().errorTitle(), "Error");
-  EXPECT_EQ(page().okTitle(), "OK");
+  EXPECT_EQ(page().errorAlert.title(), "Error");
+  EXPECT_EQ(page().errorAlert.okTitle(), "OK");
   EXPECT_EQ(page().screenTimeTitle(), "Screen Time Limits");
   EXPECT_EQ(page().screenTimeBadge(), "Coming Soon");
   EXPECT_EQ(page().screenTimeText(), "Schedule internet access times");

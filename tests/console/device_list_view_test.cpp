@@ -206,8 +206,8 @@ TEST_F(DashboardLoad, that_fails_empties_the_screen_in_silence) {
     EXPECT_EQ(screen().cards.size(), 0U) << row.what;
     EXPECT_EQ(screen().content(), DashboardContent::empty) << row.what;
     EXPECT_TRUE(screen().cardsAppeared()) << row.what;
-    EXPECT_FALSE(screen().showError()) << row.what;
-    EXPECT_EQ(screen().errorMessage(), "") << row.what;
+    EXPECT_FALSE(screen().errorAlert.isShown()) << row.what;
+    EXPECT_EQ(screen().errorAlert.message(), "") << row.what;
     screen().loadChildren();
   }
 }
@@ -413,7 +413,7 @@ TEST_F(DashboardRefresh, that_fails_keeps_everything_but_the_time) {
   EXPECT_EQ(names(), Names{"Mia"});
   EXPECT_EQ(screen().content(), DashboardContent::list);
   EXPECT_FALSE(screen().isBackgroundRefreshing());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_EQ(screen().lastRefreshTime(), VirtualDispatch::defaultStart + 30s);
 }
 
@@ -838,8 +838,8 @@ TEST_F(DashboardMenu, says_what_it_is) {
   EXPECT_EQ(screen().confirmationTitle(), "Logout?");
   EXPECT_EQ(screen().confirmationText(), "Are you sure you want to logout?");
   EXPECT_EQ(screen().confirmTitle(), "Logout");
-  EXPECT_EQ(screen().errorTitle(), "Error");
-  EXPECT_EQ(screen().okTitle(), "OK");
+  EXPECT_EQ(screen().errorAlert.title(), "Error");
+  EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

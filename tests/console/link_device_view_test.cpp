@@ -74,11 +74,11 @@ TEST_F(LinkDevice, a_failed_load_is_told_and_keeps_what_was_there) {
   sheet->loadUnassignedDevices();
   EXPECT_EQ(sheet->content(), LinkDeviceContent::loading);
   app.settle();
-  EXPECT_TRUE(sheet->showError());
-  EXPECT_EQ(sheet->errorMessage(), "The request timed out.");
+  EXPECT_TRUE(sheet->errorAlert.isShown());
+  EXPECT_EQ(sheet->errorAlert.message(), "The request timed out.");
   EXPECT_EQ(names(), (Names{"Device d1", "Device d2"}));
-  EXPECT_TRUE(sheet->dismissError());
-  EXPECT_FALSE(sheet->showError());
+  EXPECT_TRUE(sheet->errorAlert.dismiss());
+  EXPECT_FALSE(sheet->errorAlert.isShown());
 }
 
 TEST_F(LinkDevice, a_tap_links_the_device_then_tells_then_closes) {
@@ -96,8 +96,8 @@ TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
   open();
   sheet->deviceRows[0].link();
   app.settle();
-  EXPECT_EQ(sheet->errorMessage(), "Access denied");
-  EXPECT_TRUE(sheet->showError());
+  EXPECT_EQ(sheet->errorAlert.message(), "Access denied");
+  EXPECT_TRUE(sheet->errorAlert.isShown());
   EXPECT_EQ(order, "");
   EXPECT_EQ(names().size(), 2U);
 }
@@ -203,7 +203,7 @@ TEST_F(LinkDevice, a_failed_deletion_is_told_and_the_device_stays) {
   sheet->deleteAt(0);
   sheet->deleteSelectedDevice();
   app.settle();
-  EXPECT_EQ(sheet->errorMessage(), "Not now");
+  EXPECT_EQ(sheet->errorAlert.message(), "Not now");
   EXPECT_EQ(names().size(), 2U);
   EXPECT_EQ(order, "");
 }
@@ -287,8 +287,8 @@ TEST_F(LinkDevice, the_sentences_are_the_systems_own) {
   EXPECT_EQ(sheet->emptyText(), "No unassigned devices available");
   EXPECT_EQ(sheet->deletionTitle(), "Delete Device?");
   EXPECT_EQ(sheet->deleteTitle(), "Delete");
-  EXPECT_EQ(sheet->errorTitle(), "Error");
-  EXPECT_EQ(sheet->okTitle(), "OK");
+  EXPECT_EQ(sheet->errorAlert.title(), "Error");
+  EXPECT_EQ(sheet->errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

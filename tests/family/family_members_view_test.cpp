@@ -67,10 +67,10 @@ struct FamilyScreen : testing::Test {
   }
   std::size_t loads() { return app.machine.http.count("GET", "/family"); }
   void expectAlert(const std::string& message) {
-    EXPECT_TRUE(screen->showError());
-    EXPECT_EQ(screen->errorMessage(), message);
-    EXPECT_TRUE(screen->dismissError());
-    EXPECT_FALSE(screen->showError());
+    EXPECT_TRUE(screen->errorAlert.isShown());
+    EXPECT_EQ(screen->errorAlert.message(), message);
+    EXPECT_TRUE(screen->errorAlert.dismiss());
+    EXPECT_FALSE(screen->errorAlert.isShown());
   }
 
   TestApplication app{asParent()};
@@ -522,8 +522,8 @@ TEST_F(FamilyScreen, the_sentences_are_the_systems_own) {
   EXPECT_EQ(screen->removeTitle(), "Remove Family Member?");
   EXPECT_EQ(screen->removeText(), "This will revoke their access to your family's devices.");
   EXPECT_EQ(screen->confirmTitle(), "Remove");
-  EXPECT_EQ(screen->errorTitle(), "Error");
-  EXPECT_EQ(screen->okTitle(), "OK");
+  EXPECT_EQ(screen->errorAlert.title(), "Error");
+  EXPECT_EQ(screen->errorAlert.okTitle(), "OK");
   const InviteFamilyMemberSheet invite(*screen);
   EXPECT_EQ(invite.title(), "Invite Family Member");
   EXPECT_EQ(invite.doneTitle(), "Done");

@@ -56,10 +56,10 @@ struct HomeNetworkScreen : testing::Test {
     app.machine.http.forgetRequests();
   }
   void expectAlert(const std::string& message) {
-    EXPECT_TRUE(screen->showError());
-    EXPECT_EQ(screen->errorMessage(), message);
-    EXPECT_TRUE(screen->dismissError());
-    EXPECT_FALSE(screen->showError());
+    EXPECT_TRUE(screen->errorAlert.isShown());
+    EXPECT_EQ(screen->errorAlert.message(), message);
+    EXPECT_TRUE(screen->errorAlert.dismiss());
+    EXPECT_FALSE(screen->errorAlert.isShown());
   }
   std::string lastUpdated() const {
     std::string text = screen->addressRows()[2].value;
@@ -81,7 +81,7 @@ TEST_F(HomeNetworkScreen, begins_loading_and_asks_when_it_appears) {
   EXPECT_EQ(screen->currentIP(), "");
   EXPECT_FALSE(screen->ipMatches());
   EXPECT_FALSE(screen->isUpdatingIP());
-  EXPECT_FALSE(screen->showError());
+  EXPECT_FALSE(screen->errorAlert.isShown());
   EXPECT_FALSE(screen->showUpdateIPConfirmation());
   EXPECT_FALSE(screen->showCreateConfirmation());
   EXPECT_FALSE(screen->showSuccessMessage());

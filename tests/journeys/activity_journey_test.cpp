@@ -271,7 +271,7 @@ TEST_F(ActivityJourney, a_failing_service_leaves_the_list_as_it_was_and_says_not
   EXPECT_TRUE(kdig("www.other.example"));
   time.advance(20s);
   EXPECT_THAT(recent(), ElementsAre("site.example"));
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(page().onlineText(), "1/1 online");
 
   service->misbehave({});

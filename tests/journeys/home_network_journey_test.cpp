@@ -70,7 +70,7 @@ TEST_F(HomeNetworkJourney, a_home_is_set_up_once_the_question_is_answered) {
 
   parent.press(page.setUp);
   parent.press(page.confirmCreate);
-  EXPECT_EQ(page.content(), HomeNetworkContent::status) << page.errorMessage();
+  EXPECT_EQ(page.content(), HomeNetworkContent::status) << page.errorAlert.message();
   EXPECT_EQ(page.statusTitle(), "Connected");
   EXPECT_EQ(page.networkName(), "Home Network");
   EXPECT_THAT(values(page), ElementsAre(homeAddress, homeAddress, StartsWith("Oct 8, 2016 at 10:31")));
@@ -123,8 +123,8 @@ TEST_F(HomeNetworkJourney, a_second_set_up_by_a_page_that_did_not_know_says_why_
 
   parent.press(page.setUp);
   parent.press(page.confirmCreate);
-  EXPECT_TRUE(page.showError());
-  EXPECT_EQ(page.errorMessage(), "Your home network is set up already. Update its address instead.");
+  EXPECT_TRUE(page.errorAlert.isShown());
+  EXPECT_EQ(page.errorAlert.message(), "Your home network is set up already. Update its address instead.");
   EXPECT_EQ(page.content(), HomeNetworkContent::setUp);
   EXPECT_EQ(open().content(), HomeNetworkContent::status);
 }

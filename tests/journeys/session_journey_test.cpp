@@ -113,9 +113,9 @@ TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_m
   EXPECT_THAT(service->requests(), IsEmpty());
 
   signIn("wrong horse");
-  EXPECT_TRUE(parent.screen<LoginView>().showError());
+  EXPECT_TRUE(parent.screen<LoginView>().errorAlert.isShown());
   EXPECT_EQ(parent.screen<LoginView>().email(), "ann@example.com") << "what was typed stays";
-  parent.press(parent.screen<LoginView>().dismissError);
+  parent.press(parent.screen<LoginView>().errorAlert.dismiss);
   signIn(Parent::password);
   expectSignedIn();
 }
@@ -135,7 +135,7 @@ TEST_F(SessionJourney, a_remembered_sign_in_is_released_by_a_face_and_forgotten_
   parent.press(parent.screen<LoginView>().signInWithBiometrics);
   EXPECT_THAT(service->requests(), IsEmpty()) << "nothing is sent for a stranger";
   EXPECT_EQ(parent.screenNames(), Names{"LoginView"});
-  parent.screen<LoginView>().dismissError();
+  parent.screen<LoginView>().errorAlert.dismiss();
 
   parent.machine.biometrics.answer = {.success = true, .code = std::nullopt};
   parent.press(parent.screen<LoginView>().signInWithBiometrics);

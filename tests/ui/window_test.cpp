@@ -115,7 +115,7 @@ TEST_P(AlertTest, is_answered_by_the_keyboard_and_gives_the_focus_back) {
 
   stage.press(GetParam());
   EXPECT_FALSE(stage.shows("Busy, try later"));
-  EXPECT_FALSE(stage.application.screen<ChildEnrollmentView>().showError());
+  EXPECT_FALSE(stage.application.screen<ChildEnrollmentView>().errorAlert.isShown());
   EXPECT_EQ(stage.focusedName(), "Start Enrollment");
 }
 
