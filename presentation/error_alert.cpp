@@ -9,7 +9,8 @@ ErrorAlert::ErrorAlert(ObservableObject& screen)
       isShown(screen, "showError", false),
       title(screen, "errorTitle", "Error"),
       okTitle(screen, "okTitle", "OK"),
-      dismiss(screen, "dismissError", [this] { isShown = false; }, [this] { return isShown(); }) {}
+      dismiss(
+          screen, "dismissError", [this] { isShown = false; }, [this] { return isShown(); }) {}
 
 void ErrorAlert::show(std::string text) {
   message = std::move(text);

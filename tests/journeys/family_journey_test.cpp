@@ -98,8 +98,8 @@ struct FamilyJourney : testing::Test {
   // What the alert says after Ben tried; empty where it went well.
   std::string blockAsBen(const std::string& site) {
     auto& page = pageOfMia(ben);
-    page.newBlockedDomain = site;
-    ben.press(page.addBlockedSite);
+    page.policySection.newBlockedDomain = site;
+    ben.press(page.policySection.addBlockedSite);
     const std::string said = page.errorAlert.isShown() ? page.errorAlert.message() : std::string();
     page.errorAlert.dismiss();
     ben.press(page.done);
@@ -274,12 +274,13 @@ TEST_F(FamilyJourney, what_was_taken_away_meets_access_denied_and_what_was_left_
   joinAsBen();
   EXPECT_EQ(blockAsBen("ads.example"), "");
   EXPECT_EQ(addChildAsBen("Leo"), "");
-  EXPECT_THAT(pageOfMia(ann).blockedDomains(), ElementsAre("ads.example")) << "both see the same";
+  EXPECT_THAT(pageOfMia(ann).policySection.blockedDomains(), ElementsAre("ads.example"))
+      << "both see the same";
   ann.press(pageOfMia(ann).done);
 
   flip("canManagePolicies");
   EXPECT_EQ(blockAsBen("games.example"), "Access denied");
-  EXPECT_THAT(pageOfMia(ben).blockedDomains(), ElementsAre("ads.example"));
+  EXPECT_THAT(pageOfMia(ben).policySection.blockedDomains(), ElementsAre("ads.example"));
   ben.press(pageOfMia(ben).done);
   EXPECT_EQ(addChildAsBen("Zoe"), "");
 

@@ -200,7 +200,7 @@ TEST(HostileScenes, reach_what_the_service_says) {
   UiStage stage({.stored = signedInParent()});
   stage.application.machine.http.alterBodies(
       [&](const std::string& body) { return alteredBody(body, tail); });
-  openChild(stage).linkDevice();
+  openChild(stage).devicesSection.linkDevice();
   stage.settle();
   EXPECT_TRUE(stage.shows("Old phone-altered"));
 }

@@ -233,14 +233,14 @@ std::vector<Shot> childScenes() {
          s.application.machine.http.answerAlways(
              "PUT", "/children/c1/policy", 200,
              R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":true,"block_mode":"whitelist","created_at":"c","updated_at":"u"})");
-         openChild(s).isBlocked = true;
+         openChild(s).policySection.isBlocked = true;
          s.settle();
        }},
       {"child-swiped", signedInParent(),
        [](UiStage& s) {
          auto& screen = openChild(s);
-         screen.deviceRows[0].dragEnded(-90, 0);
-         screen.recentActivityRows[1].dragChanged(70, 0);
+         screen.devicesSection.deviceRows[0].dragEnded(-90, 0);
+         screen.activitySection.recent.rows[1].dragChanged(70, 0);
        }},
       {"child-sites-blocked", signedInParent(),
        [](UiStage& s) {
@@ -252,18 +252,19 @@ std::vector<Shot> childScenes() {
          openChild(s).selectedTab = ChildDetailTab::sitesAllowed;
          s.settle();
        }},
-      {"child-unlink", signedInParent(), [](UiStage& s) { openChild(s).deviceRows[0].unlink(); }},
+      {"child-unlink", signedInParent(),
+       [](UiStage& s) { openChild(s).devicesSection.deviceRows[0].unlink(); }},
       {"child-edit-name", signedInParent(), [](UiStage& s) { openChild(s).editName(); }},
-      {"link-device", signedInParent(), [](UiStage& s) { openChild(s).linkDevice(); }},
+      {"link-device", signedInParent(), [](UiStage& s) { openChild(s).devicesSection.linkDevice(); }},
       {"link-device-swiped", signedInParent(),
        [](UiStage& s) {
-         openChild(s).linkDevice();
+         openChild(s).devicesSection.linkDevice();
          s.settle();
          s.application.screen<LinkDeviceView>().deviceRows[0].dragEnded(-90, 0);
        }},
       {"link-device-delete", signedInParent(),
        [](UiStage& s) {
-         openChild(s).linkDevice();
+         openChild(s).devicesSection.linkDevice();
          s.settle();
          s.application.screen<LinkDeviceView>().deviceRows[0].remove();
        }},
@@ -271,7 +272,7 @@ std::vector<Shot> childScenes() {
        [](UiStage& s) {
          auto& child = openChild(s);
          s.application.machine.http.answerAlways("GET", "/children", 200, hostileDevices());
-         child.linkDevice();
+         child.devicesSection.linkDevice();
        }},
   };
 }
