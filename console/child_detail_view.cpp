@@ -99,7 +99,6 @@ void ChildDetailView::saveChildName(const std::string& newName) {
 }
 
 void ChildDetailView::deleteChild() {
-  showDeleteConfirmation = false;
   page_.service().deleteChild(page_.child().id, page_.completion<void>([this] {
     onUpdate_();
     dismiss();

@@ -13,6 +13,7 @@
 #include "console/devices_section.h"
 #include "console/edit_child_name_view.h"
 #include "console/policy_section.h"
+#include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
@@ -36,7 +37,10 @@ class ChildDetailView final : public ScreenModel {
   ActivitySection activitySection;
 
   Published<bool> isLoading{*this, "isLoading", false};
-  Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
+  Confirmation deletionConfirmation{
+      *this,
+      {.isShown = "showDeleteConfirmation", .confirm = "deleteChildProfile", .cancel = "cancelDeletion"},
+      [this] { deleteChild(); }};
   Sheet<EditChildNameView> showEditName;
   // The name that is being saved.
   Published<std::string> editedName{*this, "editedName"};
@@ -72,11 +76,7 @@ class ChildDetailView final : public ScreenModel {
                        "remain but won't be associated with this child."};
   Text deleteTitle{*this, "deleteTitle", "Delete"};
 
-  Action<> deleteProfile{*this, "deleteProfile", [this] { showDeleteConfirmation = true; }};
-  Action<> deleteChildProfile{*this, "deleteChildProfile", [this] { deleteChild(); },
-                              [this] { return showDeleteConfirmation(); }};
-  Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteConfirmation = false; },
-                          [this] { return showDeleteConfirmation(); }};
+  Action<> deleteProfile{*this, "deleteProfile", [this] { deletionConfirmation.ask(); }};
 
   void reloadChild();
   // An empty name is not sent.

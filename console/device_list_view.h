@@ -19,6 +19,7 @@
 #include "family/family_members_view.h"
 #include "family/home_network_view.h"
 #include "identity/auth_state.h"
+#include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 #include "presentation/timely.h"
@@ -50,7 +51,10 @@ class DeviceListView final : public ScreenModel {
   // Under way with nothing to show yet.
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
-  Input<bool> showLogoutConfirmation{*this, "showLogoutConfirmation", false};
+  Confirmation logoutConfirmation{
+      *this,
+      {.isShown = "showLogoutConfirmation", .confirm = "confirmLogout", .cancel = "cancelLogout"},
+      [this] { endSession(); }};
   // Whose detail is shown, and for whom a device is added.
   Published<std::optional<ChildProfileWithDevices>> selectedChild{*this, "selectedChild"};
   Published<std::optional<ChildProfileWithDevices>> childForNewDevice{*this, "childForNewDevice"};
@@ -133,11 +137,7 @@ class DeviceListView final : public ScreenModel {
   Action<> openFamilyMembers{*this, "openFamilyMembers", [this] { showFamilyMembers = true; }};
   Action<> openHomeNetwork{*this, "openHomeNetwork", [this] { showHomeNetwork = true; }};
   Action<> cycleTheme{*this, "cycleTheme", [this] { appearanceManager_->cycleMode(); }};
-  Action<> logout{*this, "logout", [this] { showLogoutConfirmation = true; }};
-  Action<> confirmLogout{*this, "confirmLogout", [this] { endSession(); },
-                         [this] { return showLogoutConfirmation(); }};
-  Action<> cancelLogout{*this, "cancelLogout", [this] { showLogoutConfirmation = false; },
-                        [this] { return showLogoutConfirmation(); }};
+  Action<> logout{*this, "logout", [this] { logoutConfirmation.ask(); }};
 
   // The timer runs.
   bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }

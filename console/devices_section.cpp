@@ -55,11 +55,10 @@ void DevicesSection::updateRows() {
 
 void DevicesSection::askToUnlink(const Device& device) {
   deviceToUnlink = device;
-  showUnlinkConfirmation = true;
+  unlinkConfirmation.ask();
 }
 
 void DevicesSection::unlinkSelected() {
-  showUnlinkConfirmation = false;
   if (!deviceToUnlink()) {
     return;
   }

@@ -9,6 +9,7 @@
 #include "console/child_page.h"
 #include "console/link_device_view.h"
 #include "console/swipeable_device_row.h"
+#include "presentation/confirmation.h"
 
 namespace quillmar {
 
@@ -27,7 +28,10 @@ class DevicesSection {
   Derived<std::string> onlineDotColor{screen_, "onlineDotColor", [this] { return computeOnlineDotColor(); }};
 
   Sheet<LinkDeviceView> showLinkDevice;
-  Input<bool> showUnlinkConfirmation{screen_, "showUnlinkConfirmation", false};
+  Confirmation unlinkConfirmation{
+      screen_,
+      {.isShown = "showUnlinkConfirmation", .confirm = "unlinkSelectedDevice", .cancel = "cancelUnlinking"},
+      [this] { unlinkSelected(); }};
   Published<std::optional<Device>> deviceToUnlink{screen_, "deviceToUnlink"};
 
   Text devicesTitle{screen_, "devicesTitle", "Devices"};
@@ -39,10 +43,6 @@ class DevicesSection {
   Text unlinkTitle{screen_, "unlinkTitle", "Unlink"};
 
   Action<> linkDevice{screen_, "linkDevice", [this] { showLinkDevice = true; }};
-  Action<> unlinkSelectedDevice{screen_, "unlinkSelectedDevice", [this] { unlinkSelected(); },
-                                [this] { return showUnlinkConfirmation(); }};
-  Action<> cancelUnlinking{screen_, "cancelUnlinking", [this] { showUnlinkConfirmation = false; },
-                           [this] { return showUnlinkConfirmation(); }};
 
   void start();
   void stop() { timer_.reset(); }

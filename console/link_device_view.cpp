@@ -100,7 +100,7 @@ void LinkDeviceView::finish() {
 
 void LinkDeviceView::askToDelete(const Device& device) {
   deviceToDelete = device;
-  showDeleteConfirmation = true;
+  deletionConfirmation.ask();
 }
 
 void LinkDeviceView::askToDeleteAt(std::int64_t index) {
@@ -110,7 +110,6 @@ void LinkDeviceView::askToDeleteAt(std::int64_t index) {
 }
 
 void LinkDeviceView::deleteSelected() {
-  showDeleteConfirmation = false;
   if (!deviceToDelete()) {
     return;
   }

@@ -12,6 +12,7 @@
 #include "console/manual_enrollment_view.h"
 #include "console/opening_row.h"
 #include "console/scanner_view.h"
+#include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
@@ -63,7 +64,10 @@ class LinkDeviceView final : public ScreenModel {
   Rows<UnassignedDeviceRow> deviceRows{*this, "deviceRows"};
   Published<bool> isLoading{*this, "isLoading", true};
   ErrorAlert errorAlert{*this};
-  Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
+  Confirmation deletionConfirmation{
+      *this,
+      {.isShown = "showDeleteConfirmation", .confirm = "deleteSelectedDevice", .cancel = "cancelDeletion"},
+      [this] { deleteSelected(); }};
   // Overwritten by the next use and never cleared.
   Published<std::optional<Device>> deviceToDelete{*this, "deviceToDelete"};
   Sheet<ScannerView> showScanner;
@@ -93,10 +97,6 @@ class LinkDeviceView final : public ScreenModel {
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
   // Asks for the deletion of the device at that place, if there is one.
   Action<std::int64_t> deleteAt{*this, "deleteAt", [this](std::int64_t index) { askToDeleteAt(index); }};
-  Action<> deleteSelectedDevice{*this, "deleteSelectedDevice", [this] { deleteSelected(); },
-                                [this] { return showDeleteConfirmation(); }};
-  Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteConfirmation = false; },
-                          [this] { return showDeleteConfirmation(); }};
 
   void loadUnassignedDevices();
   void linkSelectedDevice(const Device& device);

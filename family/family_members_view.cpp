@@ -119,11 +119,10 @@ void FamilyMembersView::updatePermissions(const UpdateMemberPermissionsRequest& 
 
 void FamilyMembersView::askToRemove() {
   showMemberSheet = false;
-  dispatch_.main().asyncAfter(sheetLeaves, weakly([this] { showRemoveConfirmation = true; }));
+  dispatch_.main().asyncAfter(sheetLeaves, weakly([this] { removalConfirmation.ask(); }));
 }
 
 void FamilyMembersView::removeSelected() {
-  showRemoveConfirmation = false;
   if (!selectedMember()) {
     return;
   }

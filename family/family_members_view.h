@@ -12,6 +12,7 @@
 #include "family/invite_family_member_sheet.h"
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
+#include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
@@ -45,7 +46,10 @@ class FamilyMembersView final : public ScreenModel {
   Published<std::optional<FamilyMember>> selectedMember{*this, "selectedMember"};
   Sheet<FamilyMemberSheet> showMemberSheet{*this, "showMemberSheet",
                                            [this] { return std::make_shared<FamilyMemberSheet>(*this); }};
-  Input<bool> showRemoveConfirmation{*this, "showRemoveConfirmation", false};
+  Confirmation removalConfirmation{
+      *this,
+      {.isShown = "showRemoveConfirmation", .confirm = "confirmRemove", .cancel = "cancelRemove"},
+      [this] { removeSelected(); }};
 
   Derived<FamilyContent> content{*this, "content", [this] { return computeContent(); }};
   Derived<bool> isPrimary{*this, "isPrimary",
@@ -81,10 +85,6 @@ class FamilyMembersView final : public ScreenModel {
                     [this] { return content() == FamilyContent::failure; }};
   Action<> createInvitation{*this, "createInvitation", [this] { startInvitation(); },
                             [this] { return showsInviteButton() && !isCreatingInvite(); }};
-  Action<> confirmRemove{*this, "confirmRemove", [this] { removeSelected(); },
-                         [this] { return showRemoveConfirmation(); }};
-  Action<> cancelRemove{*this, "cancelRemove", [this] { showRemoveConfirmation = false; },
-                        [this] { return showRemoveConfirmation(); }};
 
   // What the sheets of this screen ask for.
 

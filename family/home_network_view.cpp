@@ -102,7 +102,6 @@ void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& resul
 }
 
 void HomeNetworkView::create() {
-  showCreateConfirmation = false;
   isLoading = true;
   environment_.networkService()->createHomeNetwork(
       std::nullopt, true,
@@ -124,7 +123,6 @@ void HomeNetworkView::handleCreation(const Result<CreateHomeNetworkResponse>& re
 }
 
 void HomeNetworkView::update() {
-  showUpdateIPConfirmation = false;
   isUpdatingIP = true;
   environment_.networkService()->updateHomeNetworkIP(hoppingToMain(
       dispatch_,

@@ -13,6 +13,7 @@
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
 #include "foundation/result.h"
+#include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
@@ -61,8 +62,14 @@ class HomeNetworkView final : public ScreenModel {
   Published<bool> isLoading{*this, "isLoading", true};
   Published<bool> isUpdatingIP{*this, "isUpdatingIP", false};
   ErrorAlert errorAlert{*this};
-  Input<bool> showUpdateIPConfirmation{*this, "showUpdateIPConfirmation", false};
-  Input<bool> showCreateConfirmation{*this, "showCreateConfirmation", false};
+  Confirmation updateConfirmation{
+      *this,
+      {.isShown = "showUpdateIPConfirmation", .confirm = "confirmUpdate", .cancel = "cancelUpdate"},
+      [this] { update(); }};
+  Confirmation creationConfirmation{
+      *this,
+      {.isShown = "showCreateConfirmation", .confirm = "confirmCreate", .cancel = "cancelCreate"},
+      [this] { create(); }};
   Published<bool> showSuccessMessage{*this, "showSuccessMessage", false};
   Published<std::string> successMessage{*this, "successMessage"};
   Sheet<ConsoleDNSInstructionsView> showInstructions{
@@ -129,18 +136,10 @@ class HomeNetworkView final : public ScreenModel {
   Text cancelUpdateTitle{*this, "cancelUpdateTitle", "Cancel"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
-  Action<> setUp{*this, "setUp", [this] { showCreateConfirmation = true; },
+  Action<> setUp{*this, "setUp", [this] { creationConfirmation.ask(); },
                  [this] { return content() == HomeNetworkContent::setUp; }};
-  Action<> confirmCreate{*this, "confirmCreate", [this] { create(); },
-                         [this] { return showCreateConfirmation(); }};
-  Action<> cancelCreate{*this, "cancelCreate", [this] { showCreateConfirmation = false; },
-                        [this] { return showCreateConfirmation(); }};
-  Action<> updateIP{*this, "updateIP", [this] { showUpdateIPConfirmation = true; },
+  Action<> updateIP{*this, "updateIP", [this] { updateConfirmation.ask(); },
                     [this] { return content() == HomeNetworkContent::status && !isUpdatingIP(); }};
-  Action<> confirmUpdate{*this, "confirmUpdate", [this] { update(); },
-                         [this] { return showUpdateIPConfirmation(); }};
-  Action<> cancelUpdate{*this, "cancelUpdate", [this] { showUpdateIPConfirmation = false; },
-                        [this] { return showUpdateIPConfirmation(); }};
   Action<> viewInstructions{*this, "viewInstructions", [this] { showInstructions = true; },
                             [this] { return content() == HomeNetworkContent::status; }};
 

@@ -129,7 +129,7 @@ TEST_F(RecentActivity, empties_at_once_when_the_last_device_has_gone) {
   EXPECT_EQ(page().activitySection.recent.logs().size(), 1U);
   http().answer("DELETE", "/children/c1/devices/d1", 204);
   page().devicesSection.deviceRows[0].unlink();
-  page().devicesSection.unlinkSelectedDevice();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.advance(2s);
   EXPECT_TRUE(page().activitySection.recent.logs().empty());
   EXPECT_EQ(page().activitySection.recent.rows.size(), 0U);

@@ -230,14 +230,14 @@ TEST_F(ChildDetailPage, two_devices_of_one_id_are_two_rows) {
 
 TEST_F(ChildDetailPage, unlinking_asks_first_and_cancel_changes_nothing) {
   open({makeDevice("d1")});
-  EXPECT_FALSE(page().devicesSection.unlinkSelectedDevice());
+  EXPECT_FALSE(page().devicesSection.unlinkConfirmation.confirm());
   page().devicesSection.deviceRows[0].unlink();
-  EXPECT_TRUE(page().devicesSection.showUnlinkConfirmation());
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.isShown());
   EXPECT_EQ(page().devicesSection.deviceToUnlink()->id, "d1");
   EXPECT_EQ(page().devicesSection.unlinkAlertText(),
             "This will remove Device d1 from Mia's profile. The device will still exist and can be linked to "
             "another child.");
-  EXPECT_TRUE(page().devicesSection.cancelUnlinking());
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.cancel());
   app.settle();
   EXPECT_EQ(count("DELETE", "/children/c1/devices/d1"), 0U);
   EXPECT_EQ(page().devicesSection.devices().size(), 1U);
@@ -247,8 +247,8 @@ TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) 
   http().answer("DELETE", "/children/c1/devices/d1", 204);
   open({makeDevice("d1"), makeDevice("d2"), makeDevice("d1")});
   page().devicesSection.deviceRows[0].unlink();
-  EXPECT_TRUE(page().devicesSection.unlinkSelectedDevice());
-  EXPECT_FALSE(page().devicesSection.showUnlinkConfirmation());
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.confirm());
+  EXPECT_FALSE(page().devicesSection.unlinkConfirmation.isShown());
   EXPECT_EQ(page().devicesSection.devices().size(), 3U) << "not before the service has answered";
   app.settle();
   EXPECT_EQ(deviceNames(), Names{"Device d2"});
@@ -259,7 +259,7 @@ TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
   http().answer("DELETE", "/children/c1/devices/d1", 403);
   open({makeDevice("d1")});
   page().devicesSection.deviceRows[0].unlink();
-  page().devicesSection.unlinkSelectedDevice();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.settle();
   expectAlert("Access denied");
   EXPECT_EQ(page().devicesSection.devices().size(), 1U);
@@ -269,12 +269,12 @@ TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
 TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and_does_nothing) {
   open();
   http().forgetRequests();
-  page().devicesSection.showUnlinkConfirmation = true;
+  page().devicesSection.unlinkConfirmation.isShown = true;
   EXPECT_EQ(
       page().devicesSection.unlinkAlertText(),
       "This will remove this device from Mia's profile. The device will still exist and can be linked to "
       "another child.");
-  page().devicesSection.unlinkSelectedDevice();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.settle();
   EXPECT_TRUE(http().requests().empty());
 }
@@ -349,12 +349,12 @@ TEST_F(ChildDetailPage, an_empty_name_is_not_sent) {
 TEST_F(ChildDetailPage, deleting_the_profile_asks_first) {
   open();
   http().forgetRequests();
-  EXPECT_FALSE(page().deleteChildProfile());
+  EXPECT_FALSE(page().deletionConfirmation.confirm());
   page().deleteProfile();
-  EXPECT_TRUE(page().showDeleteConfirmation());
+  EXPECT_TRUE(page().deletionConfirmation.isShown());
   EXPECT_EQ(page().deleteAlertTitle(), "Delete Mia?");
-  page().cancelDeletion();
-  EXPECT_FALSE(page().showDeleteConfirmation());
+  page().deletionConfirmation.cancel();
+  EXPECT_FALSE(page().deletionConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(http().requests().empty());
 }
@@ -363,8 +363,8 @@ TEST_F(ChildDetailPage, a_deleted_profile_updates_and_closes_the_screen) {
   http().answer("DELETE", "/children/c1", 204);
   open();
   page().deleteProfile();
-  EXPECT_TRUE(page().deleteChildProfile());
-  EXPECT_FALSE(page().showDeleteConfirmation());
+  EXPECT_TRUE(page().deletionConfirmation.confirm());
+  EXPECT_FALSE(page().deletionConfirmation.isShown());
   app.settle();
   EXPECT_EQ(order, "update dismiss ");
 }
@@ -373,7 +373,7 @@ TEST_F(ChildDetailPage, a_failed_deletion_keeps_the_screen) {
   http().answer("DELETE", "/children/c1", 404);
   open();
   page().deleteProfile();
-  page().deleteChildProfile();
+  page().deletionConfirmation.confirm();
   app.settle();
   expectAlert("Resource not found");
   EXPECT_EQ(order, "");
@@ -384,7 +384,7 @@ TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_scree
   open();
   screen->setDismissHandler([this] { screen.reset(); });
   page().deleteProfile();
-  page().deleteChildProfile();
+  page().deletionConfirmation.confirm();
   app.settle();
   EXPECT_EQ(screen, nullptr);
   EXPECT_EQ(updates, 1);

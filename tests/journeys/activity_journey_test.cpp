@@ -239,9 +239,9 @@ TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes
   ASSERT_THAT(recent(), ElementsAre("ads.example"));
 
   parent.press(page().devicesSection.deviceRows[0].unlink);
-  EXPECT_TRUE(page().devicesSection.showUnlinkConfirmation());
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.isShown());
   EXPECT_EQ(page().devicesSection.deviceRows.size(), 1U) << "not before the question is answered";
-  parent.press(page().devicesSection.unlinkSelectedDevice);
+  parent.press(page().devicesSection.unlinkConfirmation.confirm);
   EXPECT_EQ(page().devicesSection.deviceRows.size(), 0U);
   EXPECT_TRUE(kdig("ads.example")) << "no child, no child's policy";
   tick();

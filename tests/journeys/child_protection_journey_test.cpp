@@ -146,7 +146,7 @@ TEST_F(ChildJourney, reset_and_enrolled_again_under_a_new_id) {
   const std::string formerId = device.child().deviceID();
   home().openSettings();
   device.screen<ChildSettingsView>().resetEnrollment();
-  device.screen<ChildSettingsView>().confirmReset();
+  device.screen<ChildSettingsView>().resetConfirmation.confirm();
   device.settle();
   service->clearRequests();
   device.advance(10min);

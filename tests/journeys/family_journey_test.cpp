@@ -130,8 +130,8 @@ struct FamilyJourney : testing::Test {
     parent.press(parent.dashboard().openSettings);
     auto& settings = parent.screen<SettingsView>();
     parent.press(settings.deleteAccount);
-    EXPECT_TRUE(settings.showDeleteAccountConfirmation());
-    parent.press(settings.continueDeletion);
+    EXPECT_TRUE(settings.deletionConfirmation.isShown());
+    parent.press(settings.deletionConfirmation.confirm);
     return *settings.showDeleteAccountPassword;
   }
   void deleteWith(Parent& parent, DeleteAccountSheet& sheet, const std::string& password) {
@@ -331,16 +331,16 @@ TEST_F(FamilyJourney, a_member_who_was_removed_has_no_family_any_more) {
   auto& family = *ann.dashboard().showFamilyMembers;
   ann.press(family.showMemberSheet->removeFromFamily);
   EXPECT_FALSE(family.showMemberSheet());
-  EXPECT_FALSE(family.showRemoveConfirmation()) << "not before the sheet is gone";
+  EXPECT_FALSE(family.removalConfirmation.isShown()) << "not before the sheet is gone";
   time.advance(300ms);
-  EXPECT_TRUE(family.showRemoveConfirmation());
-  ann.press(family.cancelRemove);
+  EXPECT_TRUE(family.removalConfirmation.isShown());
+  ann.press(family.removalConfirmation.cancel);
   EXPECT_EQ(family.memberRows.size(), 2U);
 
   ann.press(family.memberRows[1].edit);
   ann.press(family.showMemberSheet->removeFromFamily);
   time.advance(300ms);
-  ann.press(family.confirmRemove);
+  ann.press(family.removalConfirmation.confirm);
   EXPECT_FALSE(family.errorAlert.isShown()) << family.errorAlert.message();
   EXPECT_EQ(family.memberRows.size(), 1U);
 

@@ -89,7 +89,7 @@ TEST_P(LostAnswers, a_deletion_is_sent_once_and_is_no_success) {
   const std::string path = pathOfMia();
   parent.press(page.deleteProfile);
   loseAnswers();
-  parent.press(page.deleteChildProfile);
+  parent.press(page.deletionConfirmation.confirm);
   EXPECT_EQ(service.count("DELETE", path), 1);
   EXPECT_EQ(page.errorAlert.message(), lost);
 }

@@ -36,7 +36,7 @@ struct SessionJourney : testing::Test {
 
   void signOut() {
     parent.press(parent.dashboard().logout);
-    parent.press(parent.dashboard().confirmLogout);
+    parent.press(parent.dashboard().logoutConfirmation.confirm);
     EXPECT_EQ(parent.screenNames(), Names{"LoginView"});
   }
   void signIn(const std::string& password, bool remember = false) {
@@ -102,7 +102,7 @@ TEST_F(SessionJourney, after_nine_days_only_a_new_sign_in_helps_and_nobody_is_th
 
 TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_more) {
   parent.press(parent.dashboard().logout);
-  parent.press(parent.dashboard().cancelLogout);
+  parent.press(parent.dashboard().logoutConfirmation.cancel);
   expectSignedIn();
   signOut();
   for (const auto* key : {"authToken", "parentId", "parentEmail", "parentName"}) {

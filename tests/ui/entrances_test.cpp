@@ -99,7 +99,7 @@ struct Arrival {
 struct ParentEntrances : Entrances {
   ParentEntrances() : Entrances(signedInParent()) {
     dashboard(stage).logout();
-    dashboard(stage).confirmLogout();
+    dashboard(stage).logoutConfirmation.confirm();
     stage.step(0ms);
   }
 

@@ -308,7 +308,7 @@ std::vector<Shot> familyScenes() {
          auto& home = openHomeNetwork(s, homeNetworkJson("198.51.100.9", false));
          home.updateIP();
          s.application.machine.http.hold();
-         home.confirmUpdate();
+         home.updateConfirmation.confirm();
        }},
       {"home-network-mismatch", signedInParent(),
        [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("198.51.100.9", false)); }},
@@ -319,14 +319,14 @@ std::vector<Shot> familyScenes() {
              R"({"message":"done","public_ip":"203.0.113.8","updated_at":"2026-01-02T00:00:00Z"})");
          auto& network = openHomeNetwork(s, homeNetworkJson("203.0.113.8", false));
          network.updateIP();
-         network.confirmUpdate();
+         network.updateConfirmation.confirm();
        }},
       {"parent-settings", signedInParent(), [](UiStage& s) { openSettings(s); }},
       {"parent-settings-delete", signedInParent(),
        [](UiStage& s) {
          auto& settings = openSettings(s);
          settings.deleteAccount();
-         settings.continueDeletion();
+         settings.deletionConfirmation.confirm();
        }},
   };
 }
