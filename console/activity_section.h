@@ -13,6 +13,7 @@ namespace quillmar {
 
 // What the devices of a child asked for, a list for each tab. Only that of the tab on screen is refreshed.
 class ActivitySection {
+  // First, since the members register there.
   ScreenModel& screen_;
   const DevicesSection& devices_;
 

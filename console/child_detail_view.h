@@ -29,6 +29,7 @@ class ChildDetailView final : public ScreenModel {
   ErrorAlert errorAlert{*this};
 
  private:
+  // Before the sections, which share it.
   ChildPage page_;
 
  public:

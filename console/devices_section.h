@@ -15,6 +15,7 @@ namespace quillmar {
 
 // The devices of the child whose page it is. While it runs, it asks for them every 15 seconds.
 class DevicesSection {
+  // First, since the members register there.
   ChildPage& page_;
   ScreenModel& screen_;
 

@@ -15,6 +15,7 @@ namespace quillmar {
 // The filtering policy of the child whose page it is: whether the internet is blocked, and the sites that
 // always are or never. No change is shown before the service has answered.
 class PolicySection {
+  // First, since the members register there.
   ChildPage& page_;
   ScreenModel& screen_;
 

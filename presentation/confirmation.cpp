@@ -13,6 +13,7 @@ Confirmation::Confirmation(ObservableObject& screen, const Names& names, std::fu
             effect();
           },
           [this] { return isShown(); }),
-      cancel(screen, names.cancel, [this] { isShown = false; }, [this] { return isShown(); }) {}
+      cancel(
+          screen, names.cancel, [this] { isShown = false; }, [this] { return isShown(); }) {}
 
 }  // namespace quillmar
