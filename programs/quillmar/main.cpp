@@ -26,6 +26,7 @@
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
 #include "ui/adapters/qt_scene_phase.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/window.h"
 
 namespace {
@@ -106,7 +107,7 @@ int runWindow(const Options& options) {
 
   quillmar::ui::Window window(
       app.contentView(), machine.qrEncoder(), machine.windowStyle(),
-      {.geometryFile = QString::fromStdString((options.dataDirectory / "window.ini").string()),
+      {.geometryFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string()),
        .permissionPrompt = &machine.permissionPrompt(),
        .biometricPrompt = &machine.biometricPrompt(),
        .cameraFrames = &machine.cameraFrames()});

@@ -15,7 +15,7 @@
 #include "presentation/indicators.h"
 #include "presentation/measures.h"
 #include "testing/ui/ui_stage.h"
-#include "ui/bridge/variants.h"
+#include "ui/bridge/shown_text.h"
 
 // What the screens are drawn in and laid out by is what the presentation says, under the same name.
 namespace quillmar::ui {

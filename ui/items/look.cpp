@@ -11,7 +11,7 @@
 #include "presentation/measures.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
-#include "ui/bridge/variants.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/engine.h"
 
 namespace quillmar::ui {
