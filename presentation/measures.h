@@ -51,28 +51,24 @@ struct Measures {
 };
 
 template <>
-inline constexpr auto wire<Measures> =
-    record(required("unit", &Measures::unit), required("within", &Measures::within),
-           required("between", &Measures::between), required("gap", &Measures::gap),
-           required("section", &Measures::section), required("margin", &Measures::margin),
-           required("regularMargin", &Measures::regularMargin),
-           required("regularWidth", &Measures::regularWidth),
-           required("contentWidth", &Measures::contentWidth),
-           required("wideContentWidth", &Measures::wideContentWidth),
-           required("sheetWidth", &Measures::sheetWidth), required("target", &Measures::target),
-           required("primaryTarget", &Measures::primaryTarget), required("barHeight", &Measures::barHeight),
-           required("corner", &Measures::corner), required("sheetCorner", &Measures::sheetCorner),
-           required("haloOpacity", &Measures::haloOpacity),
-           required("largeTitleSize", &Measures::largeTitleSize),
-           required("titleSize", &Measures::titleSize), required("subtitleSize", &Measures::subtitleSize),
-           required("headlineSize", &Measures::headlineSize), required("bodySize", &Measures::bodySize),
-           required("calloutSize", &Measures::calloutSize),
-           required("footnoteSize", &Measures::footnoteSize),
-           required("captionSize", &Measures::captionSize), required("codeSize", &Measures::codeSize),
-           required("largeCodeSize", &Measures::largeCodeSize),
-           required("lineHeight", &Measures::lineHeight), required("faceHeight", &Measures::faceHeight),
-           required("quick", &Measures::quick), required("moderate", &Measures::moderate),
-           required("rerouting", &Measures::rerouting));
+inline constexpr auto wire<Measures> = record(
+    required("unit", &Measures::unit), required("within", &Measures::within),
+    required("between", &Measures::between), required("gap", &Measures::gap),
+    required("section", &Measures::section), required("margin", &Measures::margin),
+    required("regularMargin", &Measures::regularMargin), required("regularWidth", &Measures::regularWidth),
+    required("contentWidth", &Measures::contentWidth),
+    required("wideContentWidth", &Measures::wideContentWidth), required("sheetWidth", &Measures::sheetWidth),
+    required("target", &Measures::target), required("primaryTarget", &Measures::primaryTarget),
+    required("barHeight", &Measures::barHeight), required("corner", &Measures::corner),
+    required("sheetCorner", &Measures::sheetCorner), required("haloOpacity", &Measures::haloOpacity),
+    required("largeTitleSize", &Measures::largeTitleSize), required("titleSize", &Measures::titleSize),
+    required("subtitleSize", &Measures::subtitleSize), required("headlineSize", &Measures::headlineSize),
+    required("bodySize", &Measures::bodySize), required("calloutSize", &Measures::calloutSize),
+    required("footnoteSize", &Measures::footnoteSize), required("captionSize", &Measures::captionSize),
+    required("codeSize", &Measures::codeSize), required("largeCodeSize", &Measures::largeCodeSize),
+    required("lineHeight", &Measures::lineHeight), required("faceHeight", &Measures::faceHeight),
+    required("quick", &Measures::quick), required("moderate", &Measures::moderate),
+    required("rerouting", &Measures::rerouting));
 
 inline constexpr Measures measures;
 

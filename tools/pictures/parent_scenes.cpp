@@ -303,6 +303,8 @@ std::vector<Shot> familyScenes() {
        [](UiStage& s) { openHomeNetwork(s, R"({"current_ip":"203.0.113.7","ip_matches":false})").setUp(); }},
       {"home-network", signedInParent(),
        [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("203.0.113.7", true)); }},
+      {"home-network-instructions", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("203.0.113.7", true)).viewInstructions(); }},
       {"home-network-updating", signedInParent(),
        [](UiStage& s) {
          auto& home = openHomeNetwork(s, homeNetworkJson("198.51.100.9", false));
