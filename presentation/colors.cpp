@@ -55,7 +55,7 @@ constexpr auto schemeShades = std::to_array<SchemeShades>({
     {SchemeColor::edge, {"7F7F84"}, {"86868B"}},
     {SchemeColor::outOfUse, {"48484A"}, {"D1D1D6"}},
     {SchemeColor::outOfUseText, {"B9B9BE"}, {"58585D"}},
-    {SchemeColor::chosenTab, {"636366"}, {"FFFFFF"}},
+    {SchemeColor::chosenTab, {"757578"}, {"FFFFFF"}},
     {SchemeColor::dim, {"000000", 0.55}, {"000000", 0.4}},
     {SchemeColor::linkText, {"4DA3FF"}, {"0055D4"}},
     {SchemeColor::positiveText, {"34C759"}, {"1B7A34"}},
