@@ -6,10 +6,12 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <variant>
 
 #include "app/quillmar_app.h"
 #include "app/session/role_manager.h"
 #include "child/child_app_state.h"
+#include "command_line/command_line.h"
 #include "platform/common/authority_file.h"
 #include "platform/common/private_directory.h"
 #include "platform/linux/autostart.h"
@@ -75,7 +77,7 @@ bool isOrdinary(const Options& options) {
   return !options.service && !options.simulatesTunnel && options.dataDirectory == quillmar::dataDirectory();
 }
 
-void showWindow(quillmar::ui::Window& window, const std::string& activationToken) {
+void bringToFront(quillmar::ui::Window& window, const std::string& activationToken) {
   if (!activationToken.empty()) {
     qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
   }
@@ -111,7 +113,7 @@ int runWindow(const Options& options) {
        .permissionPrompt = &machine.permissionPrompt(),
        .biometricPrompt = &machine.biometricPrompt(),
        .cameraFrames = &machine.cameraFrames()});
-  const auto show = [&window](const std::string& token) { showWindow(window, token); };
+  const auto show = [&window](const std::string& token) { bringToFront(window, token); };
   control::ControlDesk desk(app.environment(),
                             {.worker = control::Worker::window, .show = show, .yield = {}});
   control::ControlServer server(options.dataDirectory, machine.ports().dispatch,
@@ -172,12 +174,7 @@ bool canTrust(const Options& options) {
   return !problem;
 }
 
-int runDoctor(int count, char** arguments) {
-  const QCoreApplication application(count, arguments);
-  const Options options = quillmar::parseOptions(application);
-  if (!canTrust(options)) {
-    return quillmar::unusableAuthorities;
-  }
+int runDoctor(const Options& options) {
   quillmar::LibsecretItemStore keyring;
   const bool isFit = quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
                                                        .service = options.service,
@@ -187,16 +184,7 @@ int runDoctor(int count, char** arguments) {
   return isFit ? 0 : 1;
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-  quillmar::keepNewFilesPrivate();
-  quillmar::forbidCoreDumps();
-  QCoreApplication::setApplicationName("quillmar");
-  QCoreApplication::setApplicationVersion(QUILLMAR_VERSION);
-  if (quillmar::asksForDoctor(count, arguments)) {
-    return runDoctor(count, arguments);
-  }
+int showWindow(Options options, int count, char** arguments) {
   // A session's end, a closed terminal and Ctrl-C find the window in its loop, which it leaves in order.
   quillmar::holdEndingSignals();
   const QGuiApplication application(count, arguments);
@@ -204,15 +192,6 @@ int main(int count, char** arguments) {
   QGuiApplication::setDesktopFileName("live.quillmar.Quillmar");
   QGuiApplication::setQuitOnLastWindowClosed(false);
 
-  Options options = quillmar::parseOptions(application);
-  if (!canTrust(options)) {
-    return quillmar::unusableAuthorities;
-  }
-  if (quillmar::belongsToAnother(options.dataDirectory)) {
-    QTextStream(stderr) << "quillmar: "
-                        << control::problemWithFolder(options.dataDirectory).value_or("").c_str() << '\n';
-    return unusableFolder;
-  }
   const Entrance entrance = enter(options);
   if (entrance.exitStatus) {
     return *entrance.exitStatus;
@@ -222,4 +201,30 @@ int main(int count, char** arguments) {
     return 1;
   }
   return runWindow(options);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  quillmar::keepNewFilesPrivate();
+  quillmar::forbidCoreDumps();
+  QCoreApplication::setApplicationName("quillmar");
+  QCoreApplication::setApplicationVersion(QUILLMAR_VERSION);
+  const auto read = quillmar::readOptions(quillmar::command_line::wordsOf(count, arguments));
+  if (const auto* exitStatus = std::get_if<int>(&read)) {
+    return *exitStatus;
+  }
+  const auto& options = std::get<Options>(read);
+  if (!canTrust(options)) {
+    return quillmar::unusableAuthorities;
+  }
+  if (options.asksForDoctor) {
+    return runDoctor(options);
+  }
+  if (quillmar::belongsToAnother(options.dataDirectory)) {
+    QTextStream(stderr) << "quillmar: "
+                        << control::problemWithFolder(options.dataDirectory).value_or("").c_str() << '\n';
+    return unusableFolder;
+  }
+  return showWindow(options, count, arguments);
 }

@@ -1,64 +1,68 @@
 #include "programs/quillmar/options.h"
 
-#include <QCommandLineParser>
-#include <QStringList>
-#include <algorithm>
-#include <iterator>
-
+#include "command_line/command_line.h"
 #include "platform/linux/data_directory.h"
 
 namespace quillmar {
 namespace {
 
-const QStringList doctor{QStringLiteral("doctor")};
+using command_line::to;
 
-void describeOptions(QCommandLineParser& parser) {
-  parser.setApplicationDescription("Family internet protection: the parent's console and the child's agent.");
-  parser.addHelpOption();
-  parser.addVersionOption();
-  parser.addOption({"data-dir",
-                    "Keep everything in DIR; a second start with the same one shows the first's window.",
-                    "DIR"});
-  parser.addOption({"service", "Use the service at URL for every region.", "URL"});
-  parser.addOption({"ca-file", "Trust the certificate authorities in FILE too.", "FILE"});
-  parser.addOption(
-      {"sandbox", "Start the stand-in service beside the window and use that; the tunnel is simulated."});
-  parser.addOption(
-      {"simulate-tunnel", "Simulate the tunnel: nothing on this computer is changed or protected."});
-  parser.addPositionalArgument(
-      doctor.front(),
-      "Say what works on this computer and what to install or start, without a window. "
-      "The exit status is 0 if what this installation needs is there.",
-      "[doctor]");
+command_line::Program programFor(Options& options) {
+  return {
+      .name = "quillmar",
+      .about = "Family internet protection: the parent's console and the child's agent.",
+      .version = QUILLMAR_VERSION,
+      .versionLetter = "-v",
+      .commands = {{.name = "doctor",
+                    .help = "Say what works on this computer and what to install or start, without a window. "
+                            "The exit status is 0 if what this installation needs is there.",
+                    .choose = [&options] { options.asksForDoctor = true; }}},
+      .options =
+          {
+              {"--data-dir", "DIR",
+               "Keep everything in DIR; a second start with the same one shows the first's window.",
+               to(options.dataDirectory)},
+              {"--service", "URL", "Use the service at URL for every region.", to(options.service)},
+              {"--ca-file", "FILE", "Trust the certificate authorities in FILE too.", to(options.caFile)},
+              {"--sandbox", "",
+               "Start the stand-in service beside the window and use that; the tunnel is simulated.",
+               to(options.startsSandbox)},
+              {"--simulate-tunnel", "",
+               "Simulate the tunnel: nothing on this computer is changed or protected.",
+               to(options.simulatesTunnel)},
+          },
+      .toolkitOptions =
+          {
+              {"-platform", "NAME", "The plugin that draws windows, and its options."},
+              {"-platformpluginpath", "DIR", "Where such plugins are."},
+              {"-platformtheme", "NAME", "The desktop's theme."},
+              {"-plugin", "NAME", "One more plugin to load."},
+              {"-style", "NAME", "The style of controls."},
+              {"-display", "NAME", "The X server."},
+              {"-qwindowgeometry", "SIZE", "The window's size and place, like 400x800+50+50."},
+              {"-qwindowicon", "FILE", "The window's icon."},
+              {"-qwindowtitle", "TEXT", "The window's title."},
+              {"-reverse", "", "Lay everything out from right to left."},
+              {"-session", "ID", "The session to be restored."},
+              {"-qmljsdebugger", "PORTS", "Where a debugger of the screens may connect."},
+          },
+  };
 }
 
 }  // namespace
 
-bool asksForDoctor(int count, char** arguments) {
-  QStringList words;
-  std::transform(arguments, arguments + count, std::back_inserter(words),
-                 [](const char* word) { return QString::fromLocal8Bit(word); });
-  QCommandLineParser parser;
-  describeOptions(parser);
-  parser.parse(words);
-  return parser.positionalArguments() == doctor;
-}
-
-Options parseOptions(const QCoreApplication& application) {
-  QCommandLineParser parser;
-  describeOptions(parser);
-  parser.process(application);
-  if (const auto words = parser.positionalArguments(); !words.isEmpty() && words != doctor) {
-    parser.showHelp(2);
+std::variant<Options, int> readOptions(const std::vector<std::string>& words) {
+  // Scripts tell an option that a release doesn't know from a wrong command.
+  constexpr int wrongOption = 1;
+  Options options{.dataDirectory = dataDirectory()};
+  const auto program = programFor(options);
+  if (const auto answer = command_line::read(program, words)) {
+    const int status = command_line::say(program, *answer);
+    return answer->reason == command_line::Answer::Reason::wrongOption ? wrongOption : status;
   }
-  return {.dataDirectory = parser.isSet("data-dir")
-                               ? std::filesystem::path(parser.value("data-dir").toStdString())
-                               : dataDirectory(),
-          .service =
-              parser.isSet("service") ? std::optional(parser.value("service").toStdString()) : std::nullopt,
-          .caFile = parser.value("ca-file").toStdString(),
-          .startsSandbox = parser.isSet("sandbox"),
-          .simulatesTunnel = parser.isSet("sandbox") || parser.isSet("simulate-tunnel")};
+  options.simulatesTunnel |= options.startsSandbox;
+  return options;
 }
 
 }  // namespace quillmar

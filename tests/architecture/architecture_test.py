@@ -20,6 +20,7 @@ SESSION = CLIENT | {"presentation", "app/session"}
 CORE = SESSION | {"identity", "child", "family", "console", "app"}
 ADAPTERS = {"platform/common", "platform/linux", "platform/simulated"}
 MAY_INCLUDE = {
+    "command_line": set(),
     "foundation": set(),
     "platform": {"foundation"},
     "client/records": {"foundation"},
@@ -35,15 +36,15 @@ MAY_INCLUDE = {
     "platform/simulated": BOTTOM,
     "platform/linux": BOTTOM | {"platform/common"},
     "ui": CORE | ADAPTERS,
-    "programs": CORE | ADAPTERS | {"ui"},
+    "programs": CORE | ADAPTERS | {"command_line", "ui"},
     "testing": CORE | {"platform/common", "platform/simulated"},
     "testing/ui": CORE | {"testing", "ui"},
-    "tools": CORE | ADAPTERS | {"ui", "testing", "testing/ui"},
+    "tools": CORE | ADAPTERS | {"command_line", "ui", "testing", "testing/ui"},
     "tunnel/dns": set(),
     "tunnel/resolver": {"tunnel/dns"},
     "tunnel/network": {"tunnel/resolver", "tunnel/dns", "foundation"},
     "tunnel": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
-    "sandbox": set(),
+    "sandbox": {"command_line"},
 }
 
 # What decides and reads without a platform.
@@ -165,6 +166,8 @@ class TheChecker(unittest.TestCase):
             ("testing/a.h", '#include "platform/linux/b.h"'),
             ("tools/a/main.cpp", '#include "programs/b.h"'),
             ("sandbox/a.h", '#include "foundation/b.h"'),
+            ("command_line/a.h", '#include "foundation/b.h"'),
+            ("app/a.h", '#include "command_line/b.h"'),
             ("tunnel/dns/a.h", '#include "foundation/b.h"'),
             ("tunnel/resolver/a.h", '#include "tunnel/network/b.h"'),
             ("tunnel/network/a.h", '#include "tunnel/b.h"'),
@@ -230,6 +233,7 @@ class TheChecker(unittest.TestCase):
             ("programs/a/main.cpp", '#include "ui/window.h"'),
             ("sandbox/store/a.cpp", '#include "sandbox/b.h"'),
             ("sandbox/a.cpp", "#include <filesystem>"),
+            ("sandbox/a.cpp", '#include "command_line/b.h"'),
             ("tunnel/a.h", '#include "foundation/url.h"'),
             ("tunnel/resolver/a.h", '#include "tunnel/dns/b.h"'),
             ("tunnel/network/a.cpp", "#include <openssl/ssl.h>"),

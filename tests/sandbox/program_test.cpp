@@ -110,22 +110,31 @@ TEST(Program, several_run_beside_one_another) {
 }
 
 TEST(Program, says_what_is_wrong_with_its_options) {
-  for (const std::vector<std::string>& words : {std::vector<std::string>{"--port"},
-                                                {"--port", "x"},
-                                                {"--port", "70000"},
-                                                {"--seed", "much"},
-                                                {"--sead", "demo"},
-                                                {"--memory", "--data", "/tmp/x"},
-                                                {"approve"},
-                                                {"approve", "A", "B"},
-                                                {"dance"}}) {
+  for (const auto& [words, problem] : std::vector<std::pair<std::vector<std::string>, std::string>>{
+           {{"--port"}, "the option '--port' needs a value."},
+           {{"--port", "x"}, "the option '--port' can't be 'x'."},
+           {{"--port", "70000"}, "the option '--port' can't be '70000'."},
+           {{"--tls-port", "-1"}, "the option '--tls-port' can't be '-1'."},
+           {{"--seed", "much"}, "the option '--seed' can't be 'much'."},
+           {{"--sead", "demo"}, "there is no option '--sead'."},
+           {{"--memory", "--data", "/tmp/x"}, "'--data' and '--memory' exclude each other."},
+           {{"approve"}, "CODE is missing."},
+           {{"approve", "A", "B"}, "'B' is one word too many."},
+           {{"dance"}, "there is no command 'dance'."}}) {
     std::vector<std::string> whole{program};
     whole.insert(whole.end(), words.begin(), words.end());
     const auto result = runCommand(whole);
     EXPECT_EQ(result.status, 2) << testing::PrintToString(words);
-    EXPECT_THAT(result.errors, testing::StartsWith("usage:"));
+    EXPECT_EQ(result.errors, "quillmar-sandbox: " + problem + "\nTry 'quillmar-sandbox --help'.\n");
     EXPECT_EQ(result.output, "");
   }
+}
+
+TEST(Program, explains_itself) {
+  const auto result = runCommand({program, "--help"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.output, testing::StartsWith("Usage: quillmar-sandbox [OPTION]... [approve CODE]\n"));
+  EXPECT_EQ(result.errors, "");
 }
 
 TEST(Program, says_which_port_is_taken) {

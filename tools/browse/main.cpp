@@ -1,10 +1,11 @@
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
 #include <QTimer>
 #include <array>
 #include <cstddef>
+#include <string>
 
+#include "command_line/command_line.h"
 #include "platform/common/authority_file.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
@@ -18,26 +19,43 @@ constexpr auto names =
                                 "video.example", "news.example", "library.example.org"});
 constexpr int everyMilliseconds = 3000;
 
+struct Given {
+  std::string dataDirectory;
+  std::string caFile;
+};
+
+quillmar::command_line::Program programFor(Given& given) {
+  using namespace quillmar::command_line;
+  return {.name = "quillmar-browse",
+          .about =
+              "Plays the child at a demonstration: as soon as the installation in a data directory is "
+              "enrolled, it asks the device's own endpoint for one name after another, as the tunnel would.",
+          .options = {
+              {.name = "--data-dir",
+               .value = "DIR",
+               .help = "The data directory of the child's installation",
+               .take = to(given.dataDirectory),
+               .isNeeded = true},
+              {"--ca-file", "FILE", "The service's certificate authority, as PEM", to(given.caFile)},
+          }};
+}
+
 }  // namespace
 
-// Plays the child at a demonstration: as soon as the installation in a data directory is enrolled, it asks
-// the device's own endpoint for one name after another, as the tunnel would.
 int main(int count, char** arguments) {
-  const QCoreApplication application(count, arguments);
-  QCommandLineParser parser;
-  parser.addHelpOption();
-  parser.addOption({"data-dir", "The data directory of the child's installation.", "directory"});
-  parser.addOption({"ca-file", "The service's certificate authority, as PEM.", "file"});
-  parser.process(application);
-  if (!parser.isSet("data-dir")) {
-    parser.showHelp(2);
+  Given given;
+  const auto program = programFor(given);
+  if (const auto answer =
+          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
+    return quillmar::command_line::say(program, *answer);
   }
-  if (const auto problem = quillmar::problemWithAuthorities(parser.value("ca-file").toStdString())) {
+  if (const auto problem = quillmar::problemWithAuthorities(given.caFile)) {
     QTextStream(stderr) << "quillmar-browse: " << problem->c_str() << '\n';
     return quillmar::unusableAuthorities;
   }
+  const QCoreApplication application(count, arguments);
   quillmar::SystemLog log("quillmar-browse");
-  const quillmar::SqliteSettingsStore settings(parser.value("data-dir").toStdString(), log);
+  const quillmar::SqliteSettingsStore settings(given.dataDirectory, log);
 
   QTimer timer;
   std::size_t next = 0;
@@ -47,7 +65,7 @@ int main(int count, char** arguments) {
       return;
     }
     const auto* const name = names[next++ % names.size()];
-    const bool answered = quillmar::askOverHttps(*endpoint, name, parser.value("ca-file"));
+    const bool answered = quillmar::askOverHttps(*endpoint, name, QString::fromStdString(given.caFile));
     QTextStream(stdout) << "The child's device asked for " << name << (answered ? "" : ", and got no answer")
                         << '\n';
   });

@@ -1,56 +1,31 @@
-#include <getopt.h>
-
 #include <csignal>
 #include <iostream>
 #include <string>
 #include <thread>
 
+#include "command_line/command_line.h"
 #include "platform/common/authority_file.h"
 #include "tools/driver/driver.h"
 
 namespace {
 
-constexpr const char* usage =
-    "Usage: quillmar-driver [--data-dir DIR] [--service URL] [--ca-file FILE] [--clock real|virtual] "
-    "[--events]\n"
-    "Drives the application by JSON lines: one request a line on standard input, one answer a line on "
-    "standard "
-    "output.\n";
+using quillmar::driver::Clock;
+using quillmar::driver::Options;
 
-std::optional<quillmar::driver::Options> parse(int argc, char** argv) {
-  const option known[] = {
-      {"data-dir", required_argument, nullptr, 'd'}, {"service", required_argument, nullptr, 's'},
-      {"ca-file", required_argument, nullptr, 'a'},  {"clock", required_argument, nullptr, 'c'},
-      {"events", no_argument, nullptr, 'e'},         {nullptr, 0, nullptr, 0}};
-  quillmar::driver::Options options;
-  for (int letter = 0;
-       (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {  // NOLINT(concurrency-mt-unsafe)
-    const std::string value = optarg ? optarg : "";
-    switch (letter) {
-      case 'd':
-        options.dataDirectory = value;
-        break;
-      case 's':
-        options.service = value;
-        break;
-      case 'a':
-        options.caFile = value;
-        break;
-      case 'e':
-        options.events = true;
-        break;
-      case 'c':
-        if (value != "real" && value != "virtual") {
-          return std::nullopt;
-        }
-        options.clock =
-            value == "real" ? quillmar::driver::Clock::real : quillmar::driver::Clock::virtualTime;
-        break;
-      default:
-        return std::nullopt;
-    }
-  }
-  return optind == argc ? std::optional(options) : std::nullopt;
+quillmar::command_line::Program programFor(Options& options) {
+  using namespace quillmar::command_line;
+  return {.name = "quillmar-driver",
+          .about =
+              "Drives the application by JSON lines: one request a line on standard input, one answer a line "
+              "on standard output.",
+          .options = {
+              {"--data-dir", "DIR", "Keep everything in DIR", to(options.dataDirectory)},
+              {"--service", "URL", "Use the service at URL for every region", to(options.service)},
+              {"--ca-file", "FILE", "Trust the certificate authorities in FILE too", to(options.caFile)},
+              {"--clock", "real|virtual", "Whose time it is (real)",
+               oneOf(options.clock, {{"real", Clock::real}, {"virtual", Clock::virtualTime}})},
+              {"--events", "", "Tell each change as it comes", to(options.events)},
+          }};
 }
 
 void writeLine(const std::string& line) { std::cout << line << std::endl; }  // NOLINT(performance-avoid-endl)
@@ -76,19 +51,20 @@ void driveInRealTime(quillmar::driver::Driver& driver) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  const auto options = parse(argc, argv);
-  if (!options) {
-    std::cerr << usage;
-    return 2;
+int main(int count, char** arguments) {
+  Options options;
+  const auto program = programFor(options);
+  if (const auto answer =
+          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
+    return quillmar::command_line::say(program, *answer);
   }
-  if (const auto problem = quillmar::problemWithAuthorities(options->caFile)) {
+  if (const auto problem = quillmar::problemWithAuthorities(options.caFile)) {
     std::cerr << "quillmar-driver: " << *problem << '\n';
     return quillmar::unusableAuthorities;
   }
   std::signal(SIGPIPE, SIG_IGN);
-  quillmar::driver::Driver driver(*options, writeLine);
-  if (options->clock == quillmar::driver::Clock::virtualTime) {
+  quillmar::driver::Driver driver(options, writeLine);
+  if (options.clock == Clock::virtualTime) {
     driveInVirtualTime(driver);
   } else {
     driveInRealTime(driver);

@@ -1,4 +1,3 @@
-#include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
 #include <QTextStream>
@@ -7,11 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "command_line/command_line.h"
 #include "tools/pictures/scenes.h"
 
 namespace {
 
-constexpr auto sizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
+constexpr auto usualSizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
 
 QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
   return QStringLiteral("%1-%2-%3.png")
@@ -20,10 +20,30 @@ QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
 }
 
 struct Wish {
+  std::string directory;
   std::string scenes;
-  std::vector<QSize> sizes;
+  std::optional<int> width;
   std::optional<double> textScale;
 };
+
+quillmar::command_line::Program programFor(Wish& wish) {
+  using namespace quillmar::command_line;
+  return {.name = "quillmar-pictures",
+          .about = "Draws every screen in each of its states, in both looks and several widths.",
+          .arguments = {{"DIRECTORY", "Where the pictures go", to(wish.directory)}},
+          .options = {
+              {"--only", "NAME", "Draw only scenes whose names begin so", to(wish.scenes)},
+              {"--text-scale", "SCALE", "Draw texts of this size, 2 being twice the usual",
+               within(wish.textScale, 0.1, 10.0)},
+              {"--width", "POINTS", "Draw windows of this width only", within(wish.width, 1, 10000)},
+          }};
+}
+
+std::vector<QSize> sizesFor(const Wish& wish) {
+  constexpr int phoneHeight = 844;
+  return wish.width ? std::vector{QSize(*wish.width, phoneHeight)}
+                    : std::vector(usualSizes.begin(), usualSizes.end());
+}
 
 bool draw(const quillmar::Shot& scene, const Wish& wish, bool dark, QSize size, const QDir& directory) {
   quillmar::ui::UiStage stage(
@@ -35,48 +55,29 @@ bool draw(const quillmar::Shot& scene, const Wish& wish, bool dark, QSize size, 
   return stage.picture().save(directory.filePath(fileName(scene, dark, size)));
 }
 
-Wish wishOf(const QCommandLineParser& parser) {
-  constexpr int phoneHeight = 844;
-  Wish wish{
-      .scenes = parser.value("only").toStdString(), .sizes = {sizes.begin(), sizes.end()}, .textScale = {}};
-  if (parser.isSet("text-scale")) {
-    wish.textScale = parser.value("text-scale").toDouble();
-  }
-  if (parser.isSet("width")) {
-    wish.sizes = {{parser.value("width").toInt(), phoneHeight}};
-  }
-  return wish;
-}
-
 }  // namespace
 
-// Draws every screen in each of its states, in both looks and several widths.
 int main(int count, char** arguments) {
+  Wish wish;
+  const auto program = programFor(wish);
+  if (const auto answer =
+          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
+    return quillmar::command_line::say(program, *answer);
+  }
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
   const QGuiApplication application(count, arguments);
-  QCommandLineParser parser;
-  parser.addHelpOption();
-  parser.addOption({"only", "Draw only scenes whose names begin so.", "name"});
-  parser.addOption({"text-scale", "Draw texts of this size, 2 being twice the usual.", "scale"});
-  parser.addOption({"width", "Draw windows of this width only.", "points"});
-  parser.addPositionalArgument("directory", "Where the pictures go.");
-  parser.process(application);
-  if (parser.positionalArguments().size() != 1) {
-    parser.showHelp(2);
-  }
-  const QDir directory(parser.positionalArguments().constFirst());
+  const QDir directory(QString::fromStdString(wish.directory));
   QTextStream errors(stderr);
   if (!directory.mkpath(QStringLiteral("."))) {
     errors << directory.path() << " cannot be made\n";
     return 1;
   }
-  const Wish wish = wishOf(parser);
   for (const auto& scene : quillmar::scenes()) {
     if (!scene.name.starts_with(wish.scenes)) {
       continue;
     }
-    for (const QSize size : wish.sizes) {
+    for (const QSize size : sizesFor(wish)) {
       for (const bool dark : {false, true}) {
         if (!draw(scene, wish, dark, size, directory)) {
           errors << fileName(scene, dark, size) << " cannot be written\n";

@@ -1,4 +1,3 @@
-#include <QCommandLineParser>
 #include <QDir>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -10,6 +9,7 @@
 
 #include "child/child_app_state.h"
 #include "child/child_enrollment_view.h"
+#include "command_line/command_line.h"
 #include "console/add_child_view.h"
 #include "console/scanner_view.h"
 #include "identity/register_view.h"
@@ -170,33 +170,50 @@ class Walk {
   int step_ = 0;
 };
 
+struct Given {
+  std::string directory;
+  std::string service;
+  std::string caFile;
+};
+
+quillmar::command_line::Program programFor(Given& given) {
+  using namespace quillmar::command_line;
+  return {.name = "quillmar-walk",
+          .about = "Walks the program's main job in two real windows without a display, and draws each step.",
+          .arguments = {{"DIRECTORY", "Where the pictures go", to(given.directory)}},
+          .options = {
+              {.name = "--service",
+               .value = "URL",
+               .help = "The root of the service",
+               .take = to(given.service),
+               .isNeeded = true},
+              {"--ca-file", "FILE", "Its certificate authority, as PEM", to(given.caFile)},
+          }};
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
-  const QGuiApplication application(count, arguments);
-  QCommandLineParser parser;
-  parser.addHelpOption();
-  parser.addOption({"service", "The root of the service.", "url"});
-  parser.addOption({"ca-file", "Its certificate authority, as PEM.", "file"});
-  parser.addPositionalArgument("directory", "Where the pictures go.");
-  parser.process(application);
-  if (parser.positionalArguments().size() != 1 || !parser.isSet("service")) {
-    parser.showHelp(2);
+  Given given;
+  const auto program = programFor(given);
+  if (const auto answer =
+          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
+    return quillmar::command_line::say(program, *answer);
   }
-  if (const auto problem = quillmar::problemWithAuthorities(parser.value("ca-file").toStdString())) {
+  if (const auto problem = quillmar::problemWithAuthorities(given.caFile)) {
     QTextStream(stderr) << "quillmar-walk: " << problem->c_str() << '\n';
     return quillmar::unusableAuthorities;
   }
-  const QDir directory(parser.positionalArguments().constFirst());
+  const QDir directory(QString::fromStdString(given.directory));
   if (!directory.mkpath(QStringLiteral("."))) {
     return 1;
   }
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QUICK_BACKEND", "software");
+  const QGuiApplication application(count, arguments);
   UiStage::Options options;
-  options.network =
-      quillmar::realNetwork(parser.value("service").toStdString(), parser.value("ca-file").toStdString());
+  options.network = quillmar::realNetwork(given.service, given.caFile);
   UiStage parent(options);
   UiStage child(options);
-  return Walk(parent, child, directory, parser.value("ca-file")).run() ? 0 : 1;
+  return Walk(parent, child, directory, QString::fromStdString(given.caFile)).run() ? 0 : 1;
 }

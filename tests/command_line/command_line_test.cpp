@@ -1,0 +1,257 @@
+#include "command_line/command_line.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace quillmar::command_line {
+namespace {
+
+using Reason = Answer::Reason;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using Words = std::vector<std::string>;
+
+enum class Sauce { none, red };
+
+// A program with one of everything.
+struct Kitchen {
+  Program program() {
+    return {
+        .name = "kitchen",
+        .about = "Cooks.",
+        .version = "3.1",
+        .versionLetter = "-v",
+        .commands = {{.name = "boil",
+                      .help = "In water",
+                      .details = "For as long as it takes.\n",
+                      .choose = [this] { boils = true; }},
+                     {.name = "fetch",
+                      .help = "From the cellar",
+                      .arguments = {{.name = "THING", .take = to(thing)}}}},
+        .options =
+            {
+                {"--pot", "POT", "What to cook in", to(pot)},
+                {"--recipe", "FILE", "What to cook", to(recipe)},
+                {"--heat", "1..9", "How hot", within(heat, 1, 9)},
+                {"--salt", "GRAMS", "How salty", within(salt, 0.5, 2.5)},
+                {"--sauce", "none|red", "With what",
+                 oneOf(sauce, {{"none", Sauce::none}, {"red", Sauce::red}})},
+                {"--quietly", "", "Without a word", to(isQuiet)},
+                {"--lid", "", "With the lid on", to(hasLid), "boil"},
+            },
+        .toolkitOptions = {{"-stove", "NAME", "Which stove"}, {"-lefty", "", "For the left hand"}},
+        .notes = "Wash your hands.\n",
+    };
+  }
+  std::optional<Answer> read(const Words& words) { return command_line::read(program(), words); }
+  std::string problem(const Words& words, Reason reason) {
+    const auto answer = read(words);
+    EXPECT_TRUE(answer && answer->reason == reason) << testing::PrintToString(words);
+    return answer ? answer->text.substr(0, answer->text.find('\n')) : "";
+  }
+
+  std::string pot;
+  std::optional<std::filesystem::path> recipe;
+  int heat = 5;
+  std::optional<double> salt;
+  Sauce sauce = Sauce::none;
+  bool isQuiet = false;
+  bool hasLid = false;
+  bool boils = false;
+  std::string thing;
+};
+
+TEST(CommandLine, leaves_everything_as_it_is_where_nothing_is_written) {
+  Kitchen kitchen;
+  EXPECT_FALSE(kitchen.read({}));
+  EXPECT_EQ(kitchen.pot, "");
+  EXPECT_EQ(kitchen.recipe, std::nullopt);
+  EXPECT_EQ(kitchen.heat, 5);
+  EXPECT_FALSE(kitchen.isQuiet || kitchen.hasLid || kitchen.boils);
+}
+
+TEST(CommandLine, keeps_what_is_written_before_and_after_a_command) {
+  for (const Words& words :
+       {Words{"--pot", "wok", "--heat=9", "--sauce", "red", "--salt", "1.5", "boil", "--lid", "--recipe=/r"},
+        Words{"boil", "--recipe", "/r", "--lid", "--salt=1.5", "--heat", "9", "--pot=wok", "--sauce=red"}}) {
+    Kitchen kitchen;
+    EXPECT_FALSE(kitchen.read(words));
+    EXPECT_EQ(kitchen.pot, "wok");
+    EXPECT_EQ(kitchen.recipe, "/r");
+    EXPECT_EQ(kitchen.heat, 9);
+    EXPECT_EQ(kitchen.salt, 1.5);
+    EXPECT_EQ(kitchen.sauce, Sauce::red);
+    EXPECT_TRUE(kitchen.boils && kitchen.hasLid);
+    EXPECT_FALSE(kitchen.isQuiet);
+  }
+}
+
+TEST(CommandLine, takes_any_text_for_a_value_and_the_last_of_two) {
+  Kitchen kitchen;
+  EXPECT_FALSE(kitchen.read({"--pot", "--quietly", "--pot=a=b"}));
+  EXPECT_EQ(kitchen.pot, "a=b");
+  EXPECT_FALSE(kitchen.isQuiet);
+  EXPECT_FALSE(kitchen.read({"--pot="}));
+  EXPECT_EQ(kitchen.pot, "");
+}
+
+TEST(CommandLine, knows_no_option_behind_two_dashes) {
+  Kitchen kitchen;
+  EXPECT_FALSE(kitchen.read({"fetch", "--", "--quietly"}));
+  EXPECT_EQ(kitchen.thing, "--quietly");
+  EXPECT_FALSE(kitchen.isQuiet);
+}
+
+TEST(CommandLine, reads_past_what_the_toolkit_reads) {
+  Kitchen kitchen;
+  EXPECT_FALSE(kitchen.read({"-stove", "boil", "--lefty", "--stove", "--quietly", "-lefty"}));
+  EXPECT_FALSE(kitchen.boils || kitchen.isQuiet);
+  EXPECT_EQ(kitchen.problem({"-stove"}, Reason::wrongOption), "the option '-stove' needs a value.");
+  EXPECT_EQ(kitchen.problem({"-stove=gas"}, Reason::wrongOption), "there is no option '-stove=gas'.");
+}
+
+TEST(CommandLine, refuses_options_that_it_does_not_know_or_that_are_misused) {
+  Kitchen kitchen;
+  for (const auto& [words, problem] : std::vector<std::pair<Words, std::string>>{
+           {{"--dance"}, "there is no option '--dance'."},
+           {{"--dance=a"}, "there is no option '--dance=a'."},
+           {{"-q"}, "there is no option '-q'."},
+           {{"--po", "wok"}, "there is no option '--po'."},
+           {{"boil", "--pot"}, "the option '--pot' needs a value."},
+           {{"--quietly=yes"}, "the option '--quietly' takes no value."},
+           {{"--heat", "10"}, "the option '--heat' can't be '10'."},
+           {{"--heat=0"}, "the option '--heat' can't be '0'."},
+           {{"--heat="}, "the option '--heat' can't be ''."},
+           {{"--heat", "5x"}, "the option '--heat' can't be '5x'."},
+           {{"--heat", "99999999999999999999"}, "the option '--heat' can't be '99999999999999999999'."},
+           {{"--salt", "nan"}, "the option '--salt' can't be 'nan'."},
+           {{"--sauce", "blue"}, "the option '--sauce' can't be 'blue'."},
+           {{"--lid"}, "the option '--lid' belongs to 'boil'."},
+           {{"fetch", "milk", "--lid"}, "the option '--lid' belongs to 'boil'."},
+       }) {
+    EXPECT_EQ(kitchen.problem(words, Reason::wrongOption), problem);
+  }
+}
+
+TEST(CommandLine, refuses_words_that_are_no_command_or_are_missing) {
+  Kitchen kitchen;
+  for (const auto& [words, problem] : std::vector<std::pair<Words, std::string>>{
+           {{"dance"}, "there is no command 'dance'."},
+           {{"-"}, "there is no command '-'."},
+           {{"boil", "fetch"}, "there is no command 'fetch'."},
+           {{"fetch"}, "THING is missing."},
+           {{"fetch", "milk", "eggs"}, "'eggs' is one word too many."},
+       }) {
+    EXPECT_EQ(kitchen.problem(words, Reason::wrongWord), problem);
+  }
+  auto strict = kitchen.program();
+  strict.needsCommand = true;
+  EXPECT_THAT(read(strict, Words{"--quietly"})->text,
+              StartsWith("a command is missing.\nTry 'kitchen --help'."));
+}
+
+TEST(CommandLine, asks_for_the_options_and_arguments_that_a_program_needs) {
+  std::string from;
+  std::string where;
+  const Program program{
+      .name = "copy",
+      .about = "Copies.",
+      .arguments = {{"WHERE", "The place", to(where)}},
+      .options = {
+          {.name = "--from", .value = "X", .help = "The source", .take = to(from), .isNeeded = true}}};
+  EXPECT_THAT(read(program, Words{"there"})->text, StartsWith("the option '--from' is missing."));
+  EXPECT_THAT(read(program, Words{"--from=here"})->text, StartsWith("WHERE is missing."));
+  EXPECT_THAT(read(program, Words{"--from=here", "there", "now"})->text,
+              StartsWith("'now' is one word too many."));
+  EXPECT_FALSE(read(program, Words{"--from=here", "there"}));
+  EXPECT_EQ(from + where, "herethere");
+  EXPECT_EQ(read(program, Words{"--help"})->reason, Reason::asked) << "and nothing is missing for that";
+  EXPECT_THAT(read(program, Words{"--version"})->text, StartsWith("there is no option '--version'."));
+}
+
+TEST(CommandLine, says_what_is_wrong_before_what_was_asked_for) {
+  Kitchen kitchen;
+  EXPECT_EQ(kitchen.problem({"--help", "--dance"}, Reason::wrongOption), "there is no option '--dance'.");
+  EXPECT_EQ(kitchen.problem({"dance", "--version"}, Reason::wrongWord), "there is no command 'dance'.");
+}
+
+TEST(CommandLine, says_its_version) {
+  Kitchen kitchen;
+  for (const auto* word : {"--version", "-v"}) {
+    EXPECT_EQ(kitchen.read({word})->text, "kitchen 3.1\n");
+  }
+}
+
+TEST(CommandLine, explains_itself) {
+  Kitchen kitchen;
+  for (const auto* word : {"--help", "-h"}) {
+    EXPECT_EQ(kitchen.read({word})->text, R"(Usage: kitchen [OPTION]... [boil|fetch THING]
+
+Cooks.
+
+Commands:
+  boil [--lid]      In water
+  fetch THING       From the cellar
+
+Options:
+  --pot POT         What to cook in
+  --recipe FILE     What to cook
+  --heat 1..9       How hot
+  --salt GRAMS      How salty
+  --sauce none|red  With what
+  --quietly         Without a word
+  -h, --help        This text, and no more
+  --help-all        The options of the toolkit, too
+  -v, --version     The version, and no more
+  COMMAND --help    More about a command
+
+Wash your hands.
+)");
+  }
+  EXPECT_THAT(kitchen.read({"--help-all"})->text,
+              HasSubstr("\nOptions of the toolkit:\n  -stove NAME       Which stove\n"));
+}
+
+TEST(CommandLine, explains_a_command) {
+  Kitchen kitchen;
+  for (const Words& words : {Words{"boil", "--help"}, Words{"--help", "boil"}}) {
+    EXPECT_EQ(kitchen.read(words)->text,
+              "Usage: kitchen boil [--lid]\n\nFor as long as it takes.\n\n  --lid  With the lid on\n");
+  }
+  EXPECT_EQ(kitchen.read({"fetch", "--help"})->text, kitchen.read({"--help"})->text)
+      << "there is no more to say";
+}
+
+TEST(CommandLine, breaks_long_texts_between_words) {
+  bool isSet = false;
+  const std::string words =
+      "one two three four five six seven eight nine ten eleven twelve thirteen fourteen fifteen";
+  const std::string name = "--" + std::string(30, 'x');
+  const Program program{.name = "long",
+                        .about = words,
+                        .options = {{"--a", "", words, to(isSet)}, {name, "", words, to(isSet)}}};
+  const auto text = help(program);
+  EXPECT_THAT(
+      text,
+      HasSubstr(
+          "\none two three four five six seven eight nine ten eleven twelve thirteen fourteen\nfifteen\n"));
+  EXPECT_THAT(text,
+              HasSubstr("\n  --a         one two three four five six seven eight nine ten eleven twelve\n"
+                        "              thirteen fourteen fifteen\n"));
+  EXPECT_THAT(text, HasSubstr("\n  " + name + "\n              one two three"));
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 80U) << line;
+    EXPECT_THAT(line, Not(testing::EndsWith(" ")));
+  }
+}
+
+}  // namespace
+}  // namespace quillmar::command_line
