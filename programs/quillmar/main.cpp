@@ -27,6 +27,7 @@
 #include "programs/quillmar/options.h"
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
+#include "programs/quillmar/window_application.h"
 #include "ui/adapters/qt_scene_phase.h"
 #include "ui/bridge/shown_text.h"
 #include "ui/window.h"
@@ -187,7 +188,7 @@ int runDoctor(const Options& options) {
 int showWindow(Options options, int count, char** arguments) {
   // A session's end, a closed terminal and Ctrl-C find the window in its loop, which it leaves in order.
   quillmar::holdEndingSignals();
-  const QGuiApplication application(count, arguments);
+  const auto application = quillmar::makeWindowApplication(count, arguments);
   QGuiApplication::setApplicationDisplayName("Quillmar");
   QGuiApplication::setDesktopFileName("live.quillmar.Quillmar");
   QGuiApplication::setQuitOnLastWindowClosed(false);

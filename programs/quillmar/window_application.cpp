@@ -1,0 +1,65 @@
+#include "programs/quillmar/window_application.h"
+
+#include <QByteArrayView>
+#include <QString>
+#include <QTextStream>
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <mutex>
+#include <vector>
+
+namespace quillmar {
+namespace {
+
+// What Qt says while the application is made. It counts only where a window comes up in the end, as what led to
+// none is said in our own words.
+struct Said {
+  std::mutex mutex;
+  std::vector<QString> lines;
+  QString problemWithDisplay;
+};
+
+Said& said() {
+  static Said all;
+  return all;
+}
+
+bool namesDisplay() {
+  constexpr std::array names{"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+  return std::ranges::any_of(names, [](const char* name) { return !qEnvironmentVariableIsEmpty(name); });
+}
+
+[[noreturn]] void endWithout(const QString& reason) {
+  QTextStream(stderr) << "quillmar: No window can be shown here: "
+                      << (namesDisplay() ? reason.trimmed() : QStringLiteral("there is no display"))
+                      << "; quillmar-agent protects a child's device without one.\n";
+  std::_Exit(EXIT_FAILURE);
+}
+
+void keep(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  Said& all = said();
+  const std::scoped_lock lock(all.mutex);
+  if (type == QtFatalMsg) {
+    endWithout(all.problemWithDisplay.isEmpty() ? text.section('\n', 0, 0) : all.problemWithDisplay);
+  }
+  if (all.problemWithDisplay.isEmpty() && QByteArrayView(context.category).startsWith("qt.qpa.")) {
+    all.problemWithDisplay = text;
+  }
+  all.lines.push_back(qFormatLogMessage(type, context, text));
+}
+
+}  // namespace
+
+std::unique_ptr<QGuiApplication> makeWindowApplication(int& count, char** arguments) {
+  const auto usual = qInstallMessageHandler(keep);
+  auto application = std::make_unique<QGuiApplication>(count, arguments);
+  qInstallMessageHandler(usual);
+  const std::scoped_lock lock(said().mutex);
+  for (const QString& line : said().lines) {
+    QTextStream(stderr) << line << '\n';
+  }
+  return application;
+}
+
+}  // namespace quillmar

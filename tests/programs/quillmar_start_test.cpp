@@ -1,0 +1,93 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/programs/program_session.h"
+#include "tests/sandbox/support/run_command.h"
+
+namespace quillmar {
+namespace {
+
+using sandbox::test::CommandResult;
+using sandbox::test::runCommand;
+using test::operator+;
+using test::Words;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// The program where there is no display, as over a line from afar.
+struct QuillmarWithoutDisplay : testing::Test {
+  CommandResult run(const Words& words, const Words& variables = {}) const {
+    return runCommand(session.running(Words{QUILLMAR_PROGRAM} + words, variables));
+  }
+  void expectOneSentence(const CommandResult& result, const std::string& reason) const {
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "quillmar: No window can be shown here: " + reason +
+                                 "; quillmar-agent protects a child's device without one.\n");
+    EXPECT_FALSE(std::filesystem::exists(data)) << "nothing was begun";
+  }
+
+  const test::ProgramSession session;
+  const std::filesystem::path data = session.home() / "data";
+};
+
+TEST_F(QuillmarWithoutDisplay, explains_itself) {
+  for (const auto* word : {"--help", "-h", "--help-all"}) {
+    const auto result = run({word});
+    EXPECT_EQ(result.status, 0) << word;
+    EXPECT_THAT(result.output, StartsWith("Usage: quillmar [OPTION]... [doctor]\n"));
+    EXPECT_THAT(result.output, HasSubstr("\n  --data-dir DIR "));
+    EXPECT_EQ(result.errors, "");
+  }
+  EXPECT_THAT(run({"--help-all"}).output, HasSubstr("\n  -platform NAME "));
+}
+
+TEST_F(QuillmarWithoutDisplay, says_its_version) {
+  for (const auto* word : {"--version", "-v"}) {
+    const auto result = run({word});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.output, testing::MatchesRegex("quillmar [0-9.]+\n"));
+    EXPECT_EQ(result.errors, "");
+  }
+}
+
+TEST_F(QuillmarWithoutDisplay, says_what_is_wrong_with_its_options) {
+  for (const auto& [words, status, problem] : std::vector<std::tuple<Words, int, std::string>>{
+           {{"--dance"}, 1, "there is no option '--dance'."},
+           {{"--data-dir"}, 1, "the option '--data-dir' needs a value."},
+           {{"--sandbox=3"}, 1, "the option '--sandbox' takes no value."},
+           {{"dance"}, 2, "there is no command 'dance'."},
+           {{"-platform", "offscreen", "--dance"}, 1, "there is no option '--dance'."},
+       }) {
+    const auto result = run(words);
+    EXPECT_EQ(result.status, status) << words.back();
+    EXPECT_EQ(result.errors, "quillmar: " + problem + "\nTry 'quillmar --help'.\n");
+    EXPECT_EQ(result.output, "");
+  }
+}
+
+TEST_F(QuillmarWithoutDisplay, says_so_in_one_sentence) {
+  expectOneSentence(run({"--data-dir", data.string()}), "there is no display");
+}
+
+TEST_F(QuillmarWithoutDisplay, says_so_where_nobody_made_a_runtime_directory_either) {
+  expectOneSentence(run({"--data-dir", data.string()}, {"XDG_RUNTIME_DIR="}), "there is no display");
+}
+
+TEST_F(QuillmarWithoutDisplay, says_which_one_does_not_answer) {
+  expectOneSentence(run({"--data-dir", data.string()}, {"DISPLAY=:987"}), "could not connect to display :987");
+}
+
+TEST_F(QuillmarWithoutDisplay, says_which_way_of_drawing_is_not_there) {
+  const auto result = run({"--data-dir", data.string()}, {"QT_QPA_PLATFORM=crayon"});
+  expectOneSentence(result, R"(Could not find the Qt platform plugin "crayon" in "")");
+}
+
+}  // namespace
+}  // namespace quillmar
