@@ -46,9 +46,9 @@ bool lockWaiting(const FileDescriptor& file) {
 
 bool lockAtOnce(const FileDescriptor& file) { return ::flock(file.get(), LOCK_EX | LOCK_NB) == 0; }
 
-FileDescriptor waitFor(const fs::path& path) {
+FileDescriptor waitFor(const fs::path& path, const std::stop_token& unwanted) {
   for (FileDescriptor file = openLockFile(path); file && lockWaiting(file); file = openLockFile(path)) {
-    if (isStillThere(file, path)) {
+    if (unwanted.stop_requested() || isStillThere(file, path)) {
       return file;
     }
   }
@@ -66,10 +66,13 @@ std::error_code InstanceLock::obstacle(const fs::path& directory, std::string_vi
 }
 
 void InstanceLock::whenFree(const fs::path& directory, std::function<void(std::optional<InstanceLock>)> taken,
-                            std::string_view name) {
-  std::thread([path = directory / name, taken = std::move(taken)] {
+                            std::string_view name, std::stop_token unwanted) {
+  std::thread([path = directory / name, taken = std::move(taken), unwanted = std::move(unwanted)] {
     blockSignalsOfThisThread();
-    FileDescriptor file = waitFor(path);
+    FileDescriptor file = waitFor(path, unwanted);
+    if (unwanted.stop_requested()) {
+      return;
+    }
     taken(file ? std::optional(InstanceLock(std::move(file))) : std::nullopt);
   }).detach();
 }

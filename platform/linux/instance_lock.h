@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -26,9 +27,11 @@ class InstanceLock {
   // before.
   static std::error_code obstacle(const std::filesystem::path& directory, std::string_view name = work);
   // Waits for it, on a thread of its own that nothing but the lock or the end of the process ends. `taken`
-  // runs there, with nothing where the directory can't be used.
+  // runs there, with nothing where the directory can't be used; it does not run, and the lock is free again
+  // at once, where nobody wants it any more.
   static void whenFree(const std::filesystem::path& directory,
-                       std::function<void(std::optional<InstanceLock>)> taken, std::string_view name = work);
+                       std::function<void(std::optional<InstanceLock>)> taken, std::string_view name = work,
+                       std::stop_token unwanted = {});
 
   // The other process's end of a hand-over: the open file as it was received. Nothing where it is not this
   // lock, or is held by somebody else.

@@ -1,16 +1,15 @@
 #include "platform/linux/local_socket.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <system_error>
 
 #include "platform/linux/data_directory.h"
+#include "platform/linux/poll_until.h"
 
 namespace quillmar {
 namespace {
@@ -53,13 +52,8 @@ FileDescriptor fileIn(msghdr& received) {
 }
 
 bool awaitInput(int socket, Clock::time_point deadline) {
-  pollfd input{socket, POLLIN, 0};
-  int ready = 0;
-  do {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    ready = ::poll(&input, 1, left.count() > 0 ? static_cast<int>(left.count()) : 0);
-  } while (ready < 0 && errno == EINTR);
-  return ready > 0;
+  std::array input{pollfd{socket, POLLIN, 0}};
+  return pollUntil(input, deadline);
 }
 
 // Adds what has come to the message; false when nothing comes any more.
@@ -135,8 +129,8 @@ bool sendMessage(int socket, const LocalMessage& message) {
   return ::sendmsg(socket, &sent, MSG_NOSIGNAL) == static_cast<ssize_t>(line.size());
 }
 
-std::optional<LocalMessage> receiveMessage(int socket, std::chrono::milliseconds patience) {
-  const auto deadline = Clock::now() + patience;
+std::optional<LocalMessage> receiveMessage(int socket, std::chrono::milliseconds timeout) {
+  const auto deadline = Clock::now() + timeout;
   LocalMessage message;
   while (message.line.size() <= localLineLimit && awaitInput(socket, deadline) &&
          receiveSome(socket, message)) {

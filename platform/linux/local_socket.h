@@ -52,7 +52,7 @@ bool isProcessOfThisUser(int socket);
 
 // In one piece, or not at all.
 bool sendMessage(int socket, const LocalMessage& message);
-// Nothing when the other end goes, says too much, or nothing within `patience`.
-std::optional<LocalMessage> receiveMessage(int socket, std::chrono::milliseconds patience);
+// Nothing when the other end goes, says too much, or nothing within `timeout`.
+std::optional<LocalMessage> receiveMessage(int socket, std::chrono::milliseconds timeout);
 
 }  // namespace quillmar

@@ -17,8 +17,8 @@
 #include "programs/agent/status_text.h"
 #include "programs/agent/terminal.h"
 #include "programs/control/control_client.h"
-#include "programs/control/control_desk.h"
-#include "programs/control/work_place.h"
+#include "programs/control/control_handler.h"
+#include "programs/control/lock_attempt.h"
 #include "programs/doctor/doctor.h"
 
 namespace quillmar::agent {
@@ -29,17 +29,17 @@ using control::ControlRequest;
 using control::Operation;
 
 // The longest that a check-in may take, and then some.
-constexpr auto answerPatience = std::chrono::seconds(75);
-constexpr auto tunnelPatience = std::chrono::seconds(2);
+constexpr auto answerTimeout = std::chrono::seconds(75);
+constexpr auto tunnelTimeout = std::chrono::seconds(2);
 
 // The work of one request, by this process itself.
-class OwnDesk {
+class OwnHandler {
  public:
-  explicit OwnDesk(const Options& options)
+  explicit OwnHandler(const Options& options)
       : machine_(options, dispatch_, log_), environment_(machine_.ports(), deploymentsFor(options)) {
     bool isLoaded = false;
     environment_.vpnManager()->loadExistingConfig([&isLoaded] { isLoaded = true; });
-    const auto deadline = std::chrono::steady_clock::now() + tunnelPatience;
+    const auto deadline = std::chrono::steady_clock::now() + tunnelTimeout;
     while (!isLoaded && dispatch_.runOne(deadline)) {
     }
   }
@@ -49,8 +49,8 @@ class OwnDesk {
       return {.error = std::move(problem)};
     }
     std::optional<std::string> answer;
-    desk_.handle(line, [&answer](const LocalMessage& message) { answer = message.line; });
-    while (!answer && dispatch_.runOne(std::chrono::steady_clock::now() + answerPatience)) {
+    handler_.handle(line, [&answer](const LocalMessage& message) { answer = message.line; });
+    while (!answer && dispatch_.runOne(std::chrono::steady_clock::now() + answerTimeout)) {
     }
     const auto reply = decodeJson<ControlReply>(answer.value_or(""));
     return reply.ok() ? reply.value() : ControlReply{.error = "There was no answer."};
@@ -61,13 +61,13 @@ class OwnDesk {
   AsioDispatch dispatch_;
   AgentMachine machine_;
   ApplicationEnvironment environment_;
-  control::ControlDesk desk_{environment_, {}};
+  control::ControlHandler handler_{environment_, {}};
 };
 
 // By the process that does the work of the installation, or else by this one.
 std::optional<ControlReply> carryOut(const Options& options, Operation operation) {
   const ControlRequest request{.operation = std::string(rawValue(operation))};
-  if (auto answer = control::ask(options.dataDirectory, request, answerPatience)) {
+  if (auto answer = control::ask(options.dataDirectory, request, answerTimeout)) {
     return std::move(answer->reply);
   }
   if (SqliteSettingsStore::isAbsentFrom(options.dataDirectory)) {
@@ -79,7 +79,7 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
   if (isHeld && operation != Operation::status) {
     return std::nullopt;
   }
-  ControlReply reply = OwnDesk(options).ask(encodeJson(request).value());
+  ControlReply reply = OwnHandler(options).ask(encodeJson(request).value());
   reply.worker.reset();
   reply.processID.reset();
   if (isHeld && reply.device) {

@@ -16,12 +16,12 @@
 #include "programs/agent/qr_drawing.h"
 #include "programs/agent/terminal.h"
 #include "programs/control/control_client.h"
-#include "programs/control/work_place.h"
+#include "programs/control/lock_attempt.h"
 
 namespace quillmar::agent {
 namespace {
 
-constexpr auto statusPatience = std::chrono::seconds(3);
+constexpr auto statusTimeout = std::chrono::seconds(3);
 constexpr int waitingRows = 1;
 constexpr auto saveRetry = std::chrono::seconds(5);
 
@@ -189,8 +189,8 @@ class Enrollment {
   ExitStatus status_ = ExitStatus::failed;
 };
 
-ExitStatus refuse(const control::WorkPlace& place) {
-  if (place.occupant != control::Worker::window) {
+ExitStatus refuse(const control::LockAttempt& attempt) {
+  if (attempt.holder != control::Worker::window) {
     return tellNobodyAnswers();
   }
   complain("The Quillmar window is open. Enroll there, or close it first.");
@@ -199,9 +199,8 @@ ExitStatus refuse(const control::WorkPlace& place) {
 
 // By what the process says that does the work now; it need not be disturbed any further.
 bool isEnrolledElsewhere(const Options& options) {
-  const auto answer =
-      control::ask(options.dataDirectory, {.operation = std::string(rawValue(control::Operation::status))},
-                   statusPatience);
+  const auto answer = control::ask(
+      options.dataDirectory, {.operation = std::string(rawValue(control::Operation::status))}, statusTimeout);
   return answer && answer->reply.device && answer->reply.device->isEnrolled;
 }
 
@@ -232,9 +231,9 @@ ExitStatus enroll(const Options& options) {
   holdEndingSignals();
   ExitStatus status = ExitStatus::failed;
   {
-    const auto place = control::takeWorkPlace(options.dataDirectory);
-    if (!place.lock) {
-      return refuse(place);
+    const auto attempt = control::attemptLock(options.dataDirectory);
+    if (!attempt.lock) {
+      return refuse(attempt);
     }
     status = Enrollment(options, Terminal::ofStandardOutput()).carryOut();
   }

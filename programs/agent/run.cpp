@@ -19,9 +19,9 @@
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/terminal.h"
-#include "programs/control/control_desk.h"
+#include "programs/control/control_handler.h"
 #include "programs/control/control_server.h"
-#include "programs/control/work_place.h"
+#include "programs/control/lock_attempt.h"
 
 namespace quillmar::agent {
 namespace {
@@ -79,11 +79,11 @@ class Events {
 class Work {
  public:
   Work(const Options& options, AsioDispatch& dispatch, Log& log, Tell tell,
-       control::ControlDesk::Duties duties)
+       control::ControlHandler::Duties duties)
       : machine_(options, dispatch, log),
         environment_(machine_.ports(), deploymentsFor(options)),
         events_(environment_, std::move(tell)),
-        desk_(environment_, std::move(duties)) {}
+        handler_(environment_, std::move(duties)) {}
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
   ~Work() { environment_.backgroundService()->stop(); }
@@ -101,7 +101,7 @@ class Work {
     return true;
   }
 
-  control::ControlDesk& desk() { return desk_; }
+  control::ControlHandler& handler() { return handler_; }
 
   // Runs after each check-in, in its turn of the main queue.
   void afterCheckin(const std::function<void()>& reaction) {
@@ -117,7 +117,7 @@ class Work {
   AgentMachine machine_;
   ApplicationEnvironment environment_;
   Events events_;
-  control::ControlDesk desk_;
+  control::ControlHandler handler_;
   Subscription afterCheckin_;
 };
 
@@ -176,7 +176,7 @@ class Agent {
     lock_ = std::move(lock);
     work_ = std::make_unique<Work>(
         options_, dispatch_, log_, [this](const std::string& event) { tell(event); },
-        control::ControlDesk::Duties{.worker = control::Worker::agent, .show = {}, .yield = yielding()});
+        control::ControlHandler::Duties{.worker = control::Worker::agent, .show = {}, .yield = yielding()});
     if (const auto problem = work_->problemWithSettings()) {
       complain(*problem);
       end(ExitStatus::failed);
@@ -191,7 +191,7 @@ class Agent {
         options_.dataDirectory, dispatch_,
         [this](const std::string& line, control::ControlServer::Reply reply) {
           if (work_) {
-            work_->desk().handle(line, std::move(reply));
+            work_->handler().handle(line, std::move(reply));
           }
         });
     work_->afterCheckin([this] { server_->keepReachable(); });

@@ -22,14 +22,14 @@ FileDescriptor connectTo(const std::filesystem::path& path) {
 }  // namespace
 
 std::optional<Answer> ask(const std::filesystem::path& dataDirectory, const ControlRequest& request,
-                          std::chrono::milliseconds patience) {
+                          std::chrono::milliseconds timeout) {
   const auto line = encodeJson(request);
   for (const auto& path : localSocketPaths(dataDirectory)) {
     const FileDescriptor socket = connectTo(path);
     if (!socket || !line.ok() || !sendMessage(socket.get(), {.line = line.value()})) {
       continue;
     }
-    auto message = receiveMessage(socket.get(), patience);
+    auto message = receiveMessage(socket.get(), timeout);
     const auto reply =
         message ? decodeJson<ControlReply>(message->line) : Result<ControlReply>(Error(CodingError{}));
     return reply.ok() ? std::optional(Answer{reply.value(), std::move(message->file)}) : std::nullopt;

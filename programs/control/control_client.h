@@ -15,8 +15,8 @@ struct Answer {
 };
 
 // Asks the process that does the work of the installation, and waits. Nothing where there is none, or where
-// it says nothing that makes sense within `patience`.
+// it says nothing that makes sense within `timeout`.
 std::optional<Answer> ask(const std::filesystem::path& dataDirectory, const ControlRequest& request,
-                          std::chrono::milliseconds patience);
+                          std::chrono::milliseconds timeout);
 
 }  // namespace quillmar::control

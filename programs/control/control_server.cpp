@@ -13,6 +13,7 @@
 #include <boost/asio/read_until.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
+#include <cstdio>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -30,7 +31,7 @@ namespace fs = std::filesystem;
 using Protocol = asio::local::stream_protocol;
 using ErrorCode = boost::system::error_code;
 
-constexpr auto requestPatience = std::chrono::seconds(5);
+constexpr auto requestTimeout = std::chrono::seconds(5);
 constexpr auto acceptPause = std::chrono::seconds(1);
 constexpr std::size_t mostGuests = 16;
 
@@ -48,15 +49,19 @@ std::optional<FileIdentity> identityOf(const fs::path& path) {
 }
 
 // Only whoever has the installation's lock comes here, so a name that is taken was left by a killed process.
+// The socket gets its name when it can be spoken to, so whoever waits for the name need not try twice.
 FileDescriptor listenAt(const fs::path& path) {
   std::error_code error;
-  fs::remove(path, error);
+  const fs::path unfinished = path.string() + ".new";
+  fs::remove(unfinished, error);
   const auto address =
-      createPrivateDirectory(path.parent_path()) ? LocalSocketAddress::of(path) : std::nullopt;
+      createPrivateDirectory(path.parent_path()) ? LocalSocketAddress::of(unfinished) : std::nullopt;
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!address || !socket || ::bind(socket.get(), address->address(), LocalSocketAddress::size()) != 0 ||
-      ::chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0 ||
-      ::listen(socket.get(), static_cast<int>(mostGuests)) != 0) {
+      ::chmod(unfinished.c_str(), S_IRUSR | S_IWUSR) != 0 ||
+      ::listen(socket.get(), static_cast<int>(mostGuests)) != 0 ||
+      ::rename(unfinished.c_str(), path.c_str()) != 0) {
+    fs::remove(unfinished, error);
     return {};
   }
   return socket;
@@ -111,10 +116,9 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
 
  private:
   struct Guest {
-    explicit Guest(Protocol::socket accepted)
-        : socket(std::move(accepted)), patience(socket.get_executor()) {}
+    explicit Guest(Protocol::socket accepted) : socket(std::move(accepted)), timeout(socket.get_executor()) {}
     Protocol::socket socket;
-    asio::steady_timer patience;
+    asio::steady_timer timeout;
     std::string line;
     bool hasAsked = false;
   };
@@ -177,15 +181,15 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   }
 
   void hear(const GuestPtr& guest) {
-    guest->patience.expires_after(requestPatience);
-    guest->patience.async_wait([guest](ErrorCode error) {
+    guest->timeout.expires_after(requestTimeout);
+    guest->timeout.async_wait([guest](ErrorCode error) {
       if (!error) {
         guest->socket.cancel(error);
       }
     });
     asio::async_read_until(guest->socket, asio::dynamic_buffer(guest->line, localLineLimit), '\n',
                            [this, guest](ErrorCode error, std::size_t size) {
-                             guest->patience.cancel();
+                             guest->timeout.cancel();
                              if (error) {
                                std::erase(guests_, guest);
                              } else {

@@ -19,9 +19,9 @@
 #include "platform/linux/libsecret_item_store.h"
 #include "platform/linux/process_privacy.h"
 #include "platform/linux/signal_watch.h"
-#include "programs/control/control_desk.h"
+#include "programs/control/control_handler.h"
 #include "programs/control/control_server.h"
-#include "programs/control/work_place.h"
+#include "programs/control/lock_attempt.h"
 #include "programs/doctor/doctor.h"
 #include "programs/quillmar/application_bus.h"
 #include "programs/quillmar/options.h"
@@ -115,11 +115,11 @@ int runWindow(const Options& options) {
        .biometricPrompt = &machine.biometricPrompt(),
        .cameraFrames = &machine.cameraFrames()});
   const auto show = [&window](const std::string& token) { bringToFront(window, token); };
-  control::ControlDesk desk(app.environment(),
-                            {.worker = control::Worker::window, .show = show, .yield = {}});
+  control::ControlHandler handler(app.environment(),
+                                  {.worker = control::Worker::window, .show = show, .yield = {}});
   control::ControlServer server(options.dataDirectory, machine.ports().dispatch,
-                                [&desk](const std::string& line, control::ControlServer::Reply reply) {
-                                  desk.handle(line, std::move(reply));
+                                [&handler](const std::string& line, control::ControlServer::Reply reply) {
+                                  handler.handle(line, std::move(reply));
                                 });
   const quillmar::ui::QtScenePhase phases(window.quickWindow(), [&](WindowPhase phase) {
     app.setScenePhase(scenePhase(phase));
@@ -152,18 +152,18 @@ Entrance enter(const Options& options) {
   if (quillmar::InstanceLock::obstacle(options.dataDirectory)) {
     return {};
   }
-  auto place = control::takeWorkPlace(
+  auto attempt = control::attemptLock(
       options.dataDirectory,
       control::ControlRequest{.operation = std::string(quillmar::rawValue(control::Operation::show)),
                               .activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN").toStdString()});
-  if (place.occupant == control::Worker::window) {
+  if (attempt.holder == control::Worker::window) {
     return {.lock = {}, .exitStatus = 0};
   }
-  if (!place.lock) {
+  if (!attempt.lock) {
     QTextStream(stderr) << "quillmar: another program of this installation does not answer\n";
     return {.lock = {}, .exitStatus = busy};
   }
-  return {.lock = std::move(place.lock), .exitStatus = {}};
+  return {.lock = std::move(attempt.lock), .exitStatus = {}};
 }
 
 // Said once, at the start, and not by each call to the service.

@@ -12,8 +12,8 @@
 namespace quillmar {
 namespace {
 
-// What Qt says while the application is made. It counts only where a window comes up in the end, as what led to
-// none is said in our own words.
+// What Qt says while the application is made. It counts only where a window comes up in the end, as what led
+// to none is said in our own words.
 struct Said {
   std::mutex mutex;
   std::vector<QString> lines;

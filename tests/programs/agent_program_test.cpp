@@ -23,7 +23,7 @@
 #include "platform/settings.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_server.h"
-#include "programs/control/work_place.h"
+#include "programs/control/lock_attempt.h"
 #include "sandbox/service.h"
 #include "testing/recording_log.h"
 #include "testing/scoped_environment.h"
@@ -266,15 +266,15 @@ TEST_F(AgentProgram, gives_the_work_to_whoever_asks_and_takes_it_back_at_its_end
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("The service is reached."));
-  auto place = control::takeWorkPlace(data);
-  ASSERT_TRUE(place.lock);
+  auto attempt = control::attemptLock(data);
+  ASSERT_TRUE(attempt.lock);
   EXPECT_THAT(run->readUntil("taken over"),
               HasSubstr("Another program of this installation has taken over. Waiting.\n"));
   EXPECT_TRUE(control::isAgentWaiting(data));
   const auto before = checkins();
   // Nobody is there to be asked now, and nothing of the agent's is under way.
   EXPECT_FALSE(control::ask(data, {.operation = "status"}, std::chrono::seconds(60)));
-  place.lock.reset();
+  attempt.lock.reset();
   EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
   EXPECT_THAT(run->readUntil("The service is reached."), HasSubstr("The service is reached.\n"));
   EXPECT_EQ(checkins(), before + 1);
@@ -286,8 +286,8 @@ TEST_F(AgentProgram, takes_the_work_back_from_one_that_was_killed) {
   static_cast<void>(run->readUntil("The service is reached."));
   const pid_t other = fork();
   if (other == 0) {
-    const auto place = control::takeWorkPlace(data);
-    raise(place.lock ? SIGKILL : SIGTERM);
+    const auto attempt = control::attemptLock(data);
+    raise(attempt.lock ? SIGKILL : SIGTERM);
   }
   EXPECT_THAT(run->readUntil("taken over"),
               HasSubstr("Another program of this installation has taken over. Waiting.\n"));
@@ -434,7 +434,7 @@ TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected_all_the_same) {
   EXPECT_THAT(run->readUntil("DNS Protection Active"), HasSubstr("Looking after this device.\n"));
   EXPECT_EQ(call({"status"}).status, 0);
   EXPECT_EQ(call({"run"}).errors, "quillmar-agent: quillmar-agent runs already.\n");
-  EXPECT_TRUE(control::takeWorkPlace(data).lock) << "it gives way as ever";
+  EXPECT_TRUE(control::attemptLock(data).lock) << "it gives way as ever";
   EXPECT_THAT(run->readUntil("taken over"), HasSubstr("has taken over"));
 }
 

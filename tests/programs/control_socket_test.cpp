@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
 // Far more than any answer takes.
-constexpr auto patience = 60s;
+constexpr auto timeout = 60s;
 
 // A server whose main thread goes round beside the test, and its files.
 class ControlSocket : public testing::Test {
@@ -81,7 +81,7 @@ class ControlSocket : public testing::Test {
     const auto socket = connectTo(place());
     EXPECT_TRUE(socket);
     sendMessage(socket.get(), {line});
-    const auto answer = receiveMessage(socket.get(), patience);
+    const auto answer = receiveMessage(socket.get(), timeout);
     return answer ? answer->line : "(nothing)";
   }
 
@@ -126,7 +126,7 @@ TEST_F(ControlSocket, hears_nobody_elses_process) {
     const bool isStranger = ::setuid(nobody) == 0;
     const auto socket = connectTo(path);
     const bool isHeard =
-        socket && sendMessage(socket.get(), {"hello"}) && receiveMessage(socket.get(), patience);
+        socket && sendMessage(socket.get(), {"hello"}) && receiveMessage(socket.get(), timeout);
     _exit(!isStranger || !socket ? 2 : isHeard ? 1 : 0);
   }
   int status = 0;
@@ -140,7 +140,7 @@ TEST_F(ControlSocket, lets_go_of_who_says_too_much) {
   const std::string flood(3 * localLineLimit, 'x');
   ASSERT_TRUE(socket);
   ::send(socket.get(), flood.data(), flood.size(), MSG_NOSIGNAL);
-  EXPECT_FALSE(receiveMessage(socket.get(), patience));
+  EXPECT_FALSE(receiveMessage(socket.get(), timeout));
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
@@ -151,7 +151,7 @@ TEST_F(ControlSocket, serves_others_beside_those_who_say_nothing) {
   ASSERT_EQ(::send(half.get(), "he", 2, MSG_NOSIGNAL), 2);
   EXPECT_EQ(say("hello"), "heard hello");
   ASSERT_TRUE(sendMessage(half.get(), {"llo"}));
-  EXPECT_EQ(receiveMessage(half.get(), patience)->line, "heard hello");
+  EXPECT_EQ(receiveMessage(half.get(), timeout)->line, "heard hello");
   EXPECT_TRUE(silent);
 }
 
@@ -196,9 +196,9 @@ struct FullControlSocket : ControlSocket {
 TEST_F(FullControlSocket, lets_those_go_who_have_said_nothing_for_the_longest_time) {
   const auto silent = connectMany(room + 1);
   EXPECT_EQ(say("hello"), "heard hello");
-  EXPECT_FALSE(receiveMessage(silent.front().get(), patience)) << "it was let go";
+  EXPECT_FALSE(receiveMessage(silent.front().get(), timeout)) << "it was let go";
   ASSERT_TRUE(sendMessage(silent.back().get(), {"late"}));
-  EXPECT_EQ(receiveMessage(silent.back().get(), patience)->line, "heard late");
+  EXPECT_EQ(receiveMessage(silent.back().get(), timeout)->line, "heard late");
 }
 
 TEST_F(FullControlSocket, has_room_again_when_those_who_asked_have_gone) {
@@ -220,7 +220,7 @@ TEST_F(FullControlSocket, keeps_those_who_wait_for_their_answers) {
     }
   });
   for (const FileDescriptor& guest : crowd) {
-    EXPECT_EQ(receiveMessage(guest.get(), patience)->line, "at last");
+    EXPECT_EQ(receiveMessage(guest.get(), timeout)->line, "at last");
   }
   EXPECT_EQ(say("hello"), "heard hello");
 }
@@ -250,7 +250,7 @@ TEST_F(ControlSocket, an_answer_after_the_end_of_the_server_goes_nowhere) {
   const auto reply = asked.get_future().get();
   stop();
   reply({"too late"});
-  EXPECT_FALSE(receiveMessage(socket.get(), patience));
+  EXPECT_FALSE(receiveMessage(socket.get(), timeout));
 }
 
 TEST_F(ControlSocket, what_was_answered_is_still_sent_when_the_server_ends) {
@@ -269,7 +269,7 @@ TEST_F(ControlSocket, hands_an_open_file_over) {
   });
   const auto socket = connectTo(place());
   ASSERT_TRUE(sendMessage(socket.get(), {"give"}));
-  const auto answer = receiveMessage(socket.get(), patience);
+  const auto answer = receiveMessage(socket.get(), timeout);
   ASSERT_TRUE(answer);
   ASSERT_TRUE(answer->file);
   std::array<char, 8> text{};
@@ -281,7 +281,7 @@ TEST_F(ControlSocket, is_gone_with_its_server) {
   serve();
   stop();
   EXPECT_FALSE(fs::exists(place()));
-  EXPECT_FALSE(ask(data, {.operation = "status"}, patience));
+  EXPECT_FALSE(ask(data, {.operation = "status"}, timeout));
 }
 
 TEST_F(ControlSocket, takes_its_folder_with_it_unless_another_stands_there) {
@@ -341,7 +341,7 @@ TEST_F(ControlSocket, is_found_wherever_it_stands) {
       reply({R"({"worker":"agent"})"});
     });
   }
-  const auto answer = ask(data, {.operation = "status"}, patience);
+  const auto answer = ask(data, {.operation = "status"}, timeout);
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->reply.worker, "agent");
 }
@@ -364,7 +364,7 @@ TEST_F(ControlSocket, two_installations_of_one_user_do_not_meet) {
 TEST_F(ControlSocket, an_answer_that_makes_no_sense_is_none) {
   for (const std::string answer : {"", "garbage", "[]", R"({"worker":7})"}) {
     serve([answer](const std::string& /*line*/, const ControlServer::Reply& reply) { reply({answer}); });
-    EXPECT_FALSE(ask(data, {.operation = "status"}, patience)) << answer;
+    EXPECT_FALSE(ask(data, {.operation = "status"}, timeout)) << answer;
     stop();
   }
 }

@@ -81,7 +81,8 @@ TEST_F(QuillmarWithoutDisplay, says_so_where_nobody_made_a_runtime_directory_eit
 }
 
 TEST_F(QuillmarWithoutDisplay, says_which_one_does_not_answer) {
-  expectOneSentence(run({"--data-dir", data.string()}, {"DISPLAY=:987"}), "could not connect to display :987");
+  expectOneSentence(run({"--data-dir", data.string()}, {"DISPLAY=:987"}),
+                    "could not connect to display :987");
 }
 
 TEST_F(QuillmarWithoutDisplay, says_which_way_of_drawing_is_not_there) {

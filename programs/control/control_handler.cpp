@@ -1,4 +1,4 @@
-#include "programs/control/control_desk.h"
+#include "programs/control/control_handler.h"
 
 #include <unistd.h>
 
@@ -79,10 +79,10 @@ DeviceStatus statusOf(Environment& environment) {
   return status;
 }
 
-ControlDesk::ControlDesk(Environment& environment, Duties duties)
+ControlHandler::ControlHandler(Environment& environment, Duties duties)
     : environment_(environment), duties_(std::move(duties)) {}
 
-void ControlDesk::handle(const std::string& line, ControlServer::Reply reply) {
+void ControlHandler::handle(const std::string& line, ControlServer::Reply reply) {
   const auto request = decodeJson<ControlRequest>(line);
   const auto operation = request.ok() ? fromRawValue<Operation>(request.value().operation) : std::nullopt;
   if (!operation) {
@@ -96,7 +96,7 @@ void ControlDesk::handle(const std::string& line, ControlServer::Reply reply) {
   }
 }
 
-std::string ControlDesk::answerTo(Operation operation, const ControlRequest& request) {
+std::string ControlHandler::answerTo(Operation operation, const ControlRequest& request) {
   if (operation == Operation::show && duties_.show) {
     duties_.show(request.activationToken.value_or(""));
   } else if (operation == Operation::reset) {
@@ -105,14 +105,14 @@ std::string ControlDesk::answerTo(Operation operation, const ControlRequest& req
   return answer();
 }
 
-std::string ControlDesk::answer(const std::optional<std::string>& error) {
+std::string ControlHandler::answer(const std::optional<std::string>& error) {
   return lineOf({.worker = std::string(rawValue(duties_.worker)),
                  .processID = ::getpid(),
                  .error = error,
                  .device = statusOf(environment_)});
 }
 
-void ControlDesk::yield(ControlServer::Reply reply) {
+void ControlHandler::yield(ControlServer::Reply reply) {
   if (!duties_.yield) {
     reply({answer("This program keeps the work.")});
     return;
@@ -122,7 +122,7 @@ void ControlDesk::yield(ControlServer::Reply reply) {
   });
 }
 
-void ControlDesk::sync(ControlServer::Reply reply) {
+void ControlHandler::sync(ControlServer::Reply reply) {
   const auto child = environment_.childAppState();
   if (environment_.roleManager()->currentRole() != DeviceRole::child || !child->isEnrolled()) {
     reply({answer("This device is not enrolled.")});
@@ -141,7 +141,7 @@ void ControlDesk::sync(ControlServer::Reply reply) {
   }
 }
 
-void ControlDesk::endSync() {
+void ControlHandler::endSync() {
   const Subscription ended = std::exchange(checkins_, Subscription());
   const auto& error = environment_.backgroundService()->checkinError();
   const auto problem = error ? std::optional(checkinFailure(*error)) : std::nullopt;

@@ -19,7 +19,7 @@ DeviceStatus statusOf(Environment& environment);
 std::string checkinFailure(const Error& error);
 
 // Answers what other processes ask of the one that does the work. Main thread only.
-class ControlDesk {
+class ControlHandler {
  public:
   // What this process is, and what only one of its kind can do.
   struct Duties {
@@ -29,7 +29,7 @@ class ControlDesk {
     std::function<void(std::function<void(FileDescriptor)> give)> yield = {};
   };
 
-  ControlDesk(Environment& environment, Duties duties);
+  ControlHandler(Environment& environment, Duties duties);
 
   void handle(const std::string& line, ControlServer::Reply reply);
 
