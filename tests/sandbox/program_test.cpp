@@ -14,6 +14,8 @@
 #include <thread>
 
 #include "sandbox/json.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
 #include "tests/sandbox/support/raw_connection.h"
 #include "tests/sandbox/support/run_command.h"
 
@@ -56,30 +58,23 @@ Json login(const Addresses& service) {
       nullptr, false);
 }
 
-// A directory of the test's own, empty at first and gone at the end.
-class Directory {
- public:
-  explicit Directory(const std::string& name) : path_{testing::TempDir() + "quillmar-" + name} {
-    std::filesystem::remove_all(path_);
-  }
-  ~Directory() { std::filesystem::remove_all(path_); }
-  Directory(const Directory&) = delete;
-  Directory& operator=(const Directory&) = delete;
-  std::string path() const { return path_; }
+// Programs whose temporary files go with the test, even those of one that was killed.
+struct Program : testing::Test {
+  std::string place(const std::string& name) const { return directory.path() / name; }
 
- private:
-  std::string path_;
+  const TemporaryDirectory directory;
+  const ScopedEnvironment temporary{"TMPDIR", directory.path().c_str()};
 };
 
-TEST(Program, keeps_what_it_makes_to_its_user_at_any_umask) {
+TEST_F(Program, keeps_what_it_makes_to_its_user_at_any_umask) {
   for (const auto* mask : {"000", "077"}) {
-    const Directory place{"private"};
+    const auto root = place(mask);
     std::vector<std::string> words{"sh", "-c", "umask " + std::string{mask} + "; exec \"$@\"", "-"};
-    std::ranges::copy(command({"--data", place.path() + "/data"}), std::back_inserter(words));
+    std::ranges::copy(command({"--data", root + "/data"}), std::back_inserter(words));
     RunningProgram running{words};
     EXPECT_NE(running.readLine(), "");
     std::set<std::string> names;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(place.path())) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
       using std::filesystem::perms;
       EXPECT_EQ(entry.status().permissions(),
                 entry.is_directory() ? perms::owner_all : perms::owner_read | perms::owner_write)
@@ -91,7 +86,7 @@ TEST(Program, keeps_what_it_makes_to_its_user_at_any_umask) {
   }
 }
 
-TEST(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
+TEST_F(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
     RunningProgram running{command({"--memory"})};
     const auto service = addressesIn(running.readLine());
@@ -103,13 +98,13 @@ TEST(Program, says_first_where_it_is_and_ends_cleanly_on_a_signal) {
   }
 }
 
-TEST(Program, several_run_beside_one_another) {
+TEST_F(Program, several_run_beside_one_another) {
   RunningProgram first{command({})};
   RunningProgram second{command({})};
   EXPECT_NE(addressesIn(first.readLine()).plain, addressesIn(second.readLine()).plain);
 }
 
-TEST(Program, says_what_is_wrong_with_its_options) {
+TEST_F(Program, says_what_is_wrong_with_its_options) {
   for (const auto& [words, problem] : std::vector<std::pair<std::vector<std::string>, std::string>>{
            {{"--port"}, "the option '--port' needs a value."},
            {{"--port", "x"}, "the option '--port' can't be 'x'."},
@@ -130,14 +125,14 @@ TEST(Program, says_what_is_wrong_with_its_options) {
   }
 }
 
-TEST(Program, explains_itself) {
+TEST_F(Program, explains_itself) {
   const auto result = runCommand({program, "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, testing::StartsWith("Usage: quillmar-sandbox [OPTION]... [approve CODE]\n"));
   EXPECT_EQ(result.errors, "");
 }
 
-TEST(Program, says_which_port_is_taken) {
+TEST_F(Program, says_which_port_is_taken) {
   RunningProgram running{command({})};
   const auto port = std::to_string(addressesIn(running.readLine()).port());
   const auto result = runCommand({program, "--port", port, "--tls-port", "0"});
@@ -165,7 +160,7 @@ std::set<std::string> listening(int port) {
   return found;
 }
 
-TEST(Program, is_heard_on_this_machine_only) {
+TEST_F(Program, is_heard_on_this_machine_only) {
   RunningProgram running{command({})};
   const auto service = addressesIn(running.readLine());
   const std::set<std::string> loopback{"0100007F"};
@@ -173,7 +168,7 @@ TEST(Program, is_heard_on_this_machine_only) {
   EXPECT_EQ(listening(portOf(service.secure)), loopback);
 }
 
-TEST(Program, approves_a_code_from_the_command_line) {
+TEST_F(Program, approves_a_code_from_the_command_line) {
   RunningProgram running{command({})};
   const auto service = addressesIn(running.readLine());
   const auto port = std::to_string(service.port());
@@ -192,32 +187,32 @@ TEST(Program, approves_a_code_from_the_command_line) {
   EXPECT_THAT(alone.errors, testing::HasSubstr("Is it running?"));
 }
 
-TEST(Program, keeps_its_data_and_its_certificates_from_one_run_to_the_next) {
-  const Directory data{"kept"};
+TEST_F(Program, keeps_its_data_and_its_certificates_from_one_run_to_the_next) {
+  const auto data = place("kept");
   std::string first;
   {
-    RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+    RunningProgram running{command({"--data", data, "--seed", "demo"})};
     first = login(addressesIn(running.readLine())).at("parent_id");
     EXPECT_EQ(running.end(SIGTERM), 0);
   }
-  const auto ca = runCommand({"cat", data.path() + "/ca.pem"}).output;
+  const auto ca = runCommand({"cat", data + "/ca.pem"}).output;
   EXPECT_THAT(ca, testing::HasSubstr("BEGIN CERTIFICATE"));
-  EXPECT_EQ(runCommand({"stat", "-c", "%a", data.path() + "/server.key"}).output, "600\n");
-  RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+  EXPECT_EQ(runCommand({"stat", "-c", "%a", data + "/server.key"}).output, "600\n");
+  RunningProgram running{command({"--data", data, "--seed", "demo"})};
   EXPECT_EQ(login(addressesIn(running.readLine())).at("parent_id"), first) << "seeds are for new ground only";
-  EXPECT_EQ(runCommand({"cat", data.path() + "/ca.pem"}).output, ca);
+  EXPECT_EQ(runCommand({"cat", data + "/ca.pem"}).output, ca);
 }
 
-TEST(Program, refuses_a_directory_that_holds_something_else) {
-  const Directory data{"foreign"};
-  std::filesystem::create_directories(data.path());
-  std::ofstream{data.path() + "/sandbox.sqlite"} << std::string(4096, 'x');
-  const auto result = runCommand(command({"--data", data.path()}));
+TEST_F(Program, refuses_a_directory_that_holds_something_else) {
+  const auto data = place("foreign");
+  std::filesystem::create_directories(data);
+  std::ofstream{data + "/sandbox.sqlite"} << std::string(4096, 'x');
+  const auto result = runCommand(command({"--data", data}));
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.errors, testing::HasSubstr("not one of this program's"));
 }
 
-TEST(Program, is_believed_only_by_those_who_know_its_authority) {
+TEST_F(Program, is_believed_only_by_those_who_know_its_authority) {
   RunningProgram running{command({})};
   const auto service = addressesIn(running.readLine());
   const auto url = service.secure + "/api/v1/children";
@@ -255,14 +250,14 @@ class Writer {
   int answered_ = 0;
 };
 
-TEST(Program, killed_in_the_middle_of_a_thousand_writes_has_lost_nothing_that_it_answered) {
+TEST_F(Program, killed_in_the_middle_of_a_thousand_writes_has_lost_nothing_that_it_answered) {
   static constexpr int writers = 4;
   static constexpr int writes = 1000;
-  const Directory data{"killed"};
+  const auto data = place("killed");
   std::vector<std::unique_ptr<Writer>> writing;
   std::string path;
   {
-    RunningProgram running{command({"--data", data.path(), "--seed", "demo"})};
+    RunningProgram running{command({"--data", data, "--seed", "demo"})};
     const auto service = addressesIn(running.readLine());
     const std::string token = login(service).at("token");
     const auto children =
@@ -286,7 +281,7 @@ TEST(Program, killed_in_the_middle_of_a_thousand_writes_has_lost_nothing_that_it
     EXPECT_GE(total, writes / 2);
     EXPECT_LT(total, writes);
   }
-  RunningProgram running{command({"--data", data.path()})};
+  RunningProgram running{command({"--data", data})};
   const auto service = addressesIn(running.readLine());
   const std::string token = login(service).at("token");
   const auto reply = runCommand(
