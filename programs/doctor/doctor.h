@@ -16,6 +16,7 @@ struct Options {
   // What a program with a window uses; one without, which is a child's device, has no use for a reader and a
   // camera either.
   SecureItemStore* keyring = nullptr;
+  std::filesystem::path cameraModule = {};  // empty where it is not installed
 };
 
 // Looks at this machine for the installation in the data directory, which need not exist, and writes what it

@@ -235,6 +235,15 @@ Finding lookAtCamera(const fs::path& devices) {
                      ". Only members of the group video may use it."};
 }
 
+Finding lookAtCameraModule(const fs::path& module) {
+  if (module.empty()) {
+    return {false,
+            "is not installed, so codes are read from pictures, the clipboard and the screen only. Install "
+            "quillmar-camera."};
+  }
+  return {true, module.string() + " is installed."};
+}
+
 ServiceFinding lookAtService(HttpSession& http, const std::string& url) {
   const DataTaskResult result = fetch(http, url);
   if (result.error || !result.response || !result.response->status) {

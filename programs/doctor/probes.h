@@ -26,6 +26,9 @@ Finding lookAtTunnelProgram(const std::vector<std::filesystem::path>& directorie
 // Whether any video device of this directory can be opened.
 Finding lookAtCamera(const std::filesystem::path& devices);
 
+// Whether the window's part that reads codes with a camera is there; its path is empty where it isn't.
+Finding lookAtCameraModule(const std::filesystem::path& module);
+
 // Any answer will do that is none of a failing server.
 ServiceFinding lookAtService(HttpSession& http, const std::string& url);
 
@@ -33,8 +36,12 @@ ServiceFinding lookAtService(HttpSession& http, const std::string& url);
 class MachineProbes final : public Probes {
  public:
   // Without a keyring for a program without a window.
-  MachineProbes(HttpSession& http, SecureItemStore* keyring, std::string serviceURL)
-      : http_(http), keyring_(keyring), serviceURL_(std::move(serviceURL)) {}
+  MachineProbes(HttpSession& http, SecureItemStore* keyring, std::filesystem::path cameraModule,
+                std::string serviceURL)
+      : http_(http),
+        keyring_(keyring),
+        cameraModule_(std::move(cameraModule)),
+        serviceURL_(std::move(serviceURL)) {}
 
   bool areForWindow() const override { return keyring_ != nullptr; }
   Finding keyring() override { return lookAtKeyring(*keyring_); }
@@ -42,11 +49,13 @@ class MachineProbes final : public Probes {
   Finding tunnelProgram() override;
   Finding fingerprintReader() override;
   Finding camera() override { return lookAtCamera("/dev"); }
+  Finding cameraModule() override { return lookAtCameraModule(cameraModule_); }
   ServiceFinding service() override { return lookAtService(http_, serviceURL_); }
 
  private:
   HttpSession& http_;
   SecureItemStore* const keyring_;
+  const std::filesystem::path cameraModule_;
   const std::string serviceURL_;
 };
 

@@ -59,6 +59,7 @@ std::vector<Part> lookAtAll(Probes& probes) {
   if (hasWindow) {
     parts.push_back({"Fingerprint reader", Need::nobody, probes.fingerprintReader()});
     parts.push_back({"Camera", Need::nobody, probes.camera()});
+    parts.push_back({"Camera module", Need::nobody, probes.cameraModule()});
   }
   const ServiceFinding service = probes.service();
   parts.push_back({"Service", Need::everybody, service.answer});

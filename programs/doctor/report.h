@@ -30,13 +30,15 @@ class Probes {
   Probes& operator=(const Probes&) = delete;
   virtual ~Probes() = default;
 
-  // Where it is not for a program with a window, keyring, reader and camera are not looked at.
+  // Where it is not for a program with a window, keyring, reader, camera and its module are not
+  // looked at.
   virtual bool areForWindow() const = 0;
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
   virtual Finding tunnelProgram() = 0;
   virtual Finding fingerprintReader() = 0;
   virtual Finding camera() = 0;
+  virtual Finding cameraModule() = 0;
   virtual ServiceFinding service() = 0;
 };
 

@@ -28,6 +28,7 @@
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
 #include "programs/quillmar/window_application.h"
+#include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_scene_phase.h"
 #include "ui/bridge/shown_text.h"
 #include "ui/window.h"
@@ -175,13 +176,16 @@ bool canTrust(const Options& options) {
   return !problem;
 }
 
-int runDoctor(const Options& options) {
+int runDoctor(const Options& options, int count, char** arguments) {
+  const QCoreApplication application(count, arguments);  // knows where the program's files are
   quillmar::LibsecretItemStore keyring;
-  const bool isFit = quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
-                                                       .service = options.service,
-                                                       .caFile = options.caFile,
-                                                       .keyring = &keyring},
-                                                      std::cout);
+  const bool isFit =
+      quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
+                                        .service = options.service,
+                                        .caFile = options.caFile,
+                                        .keyring = &keyring,
+                                        .cameraModule = quillmar::ui::cameraModule().toStdString()},
+                                       std::cout);
   return isFit ? 0 : 1;
 }
 
@@ -220,7 +224,7 @@ int main(int count, char** arguments) {
     return quillmar::unusableAuthorities;
   }
   if (options.asksForDoctor) {
-    return runDoctor(options);
+    return runDoctor(options, count, arguments);
   }
   if (quillmar::belongsToAnother(options.dataDirectory)) {
     QTextStream(stderr) << "quillmar: "

@@ -123,6 +123,14 @@ class ToldKeyring final : public SecureItemStore {
   const SecureItemStatus removing_;
 };
 
+TEST(DoctorsCameraModule, is_named_or_its_package_is) {
+  EXPECT_EQ(lookAtCameraModule("/usr/lib/quillmar/quillmar-camera.so").words,
+            "/usr/lib/quillmar/quillmar-camera.so is installed.");
+  const auto absent = lookAtCameraModule({});
+  EXPECT_FALSE(absent.works);
+  EXPECT_THAT(absent.words, testing::EndsWith("Install quillmar-camera."));
+}
+
 TEST(DoctorsKeyring, works_and_is_left_as_it_was) {
   MemorySecureItems keyring;
   EXPECT_TRUE(lookAtKeyring(keyring).works);

@@ -22,6 +22,7 @@ class MadeUpProbes final : public Probes {
   Finding tunnelProgram() override { return tunnelProgramFinding; }
   Finding fingerprintReader() override { return fingerprintReaderFinding; }
   Finding camera() override { return cameraFinding; }
+  Finding cameraModule() override { return cameraModuleFinding; }
   ServiceFinding service() override { return serviceFinding; }
 
   bool hasWindow = true;
@@ -30,6 +31,7 @@ class MadeUpProbes final : public Probes {
   Finding tunnelProgramFinding{true, "is there."};
   Finding fingerprintReaderFinding{true, "reads."};
   Finding cameraFinding{true, "sees."};
+  Finding cameraModuleFinding{true, "reads codes."};
   ServiceFinding serviceFinding{.answer = {true, "answers."}, .clockLead = 0s};
 };
 
@@ -58,14 +60,14 @@ TEST_F(DoctorReport, a_machine_with_everything_is_fit_and_says_so_line_by_line) 
   EXPECT_THAT(report.lines, testing::ElementsAre(
                                 "works     Keyring: keeps.", "works     NetworkManager: runs.",
                                 "works     Tunnel program: is there.", "works     Fingerprint reader: reads.",
-                                "works     Camera: sees.", "works     Service: answers.",
-                                "works     Clock: agrees with the service's.",
+                                "works     Camera: sees.", "works     Camera module: reads codes.",
+                                "works     Service: answers.", "works     Clock: agrees with the service's.",
                                 "This machine has what a child's device needs."));
 }
 
 TEST_F(DoctorReport, for_a_program_without_a_window_leaves_out_what_only_windows_use) {
   probes.hasWindow = false;
-  for (const auto* part : {"Keyring", "Fingerprint reader", "Camera"}) {
+  for (const auto* part : {"Keyring", "Fingerprint reader", "Camera", "Camera module"}) {
     EXPECT_EQ(line(part), "") << part;
   }
   for (const auto* part : {"NetworkManager", "Tunnel program", "Service", "Clock"}) {
@@ -77,11 +79,13 @@ TEST_F(DoctorReport, without_keyring_reader_and_camera_every_role_can_live) {
   probes.keyringFinding = {false, "locked."};
   probes.fingerprintReaderFinding = {false, "none."};
   probes.cameraFinding = {false, "none."};
+  probes.cameraModuleFinding = {false, "not installed."};
   for (const auto role : {DeviceRole::child, DeviceRole::parent, DeviceRole::unset}) {
     EXPECT_TRUE(isFit(role));
     EXPECT_EQ(line("Keyring", role), "optional  Keyring: locked.");
     EXPECT_EQ(line("Fingerprint reader", role), "optional  Fingerprint reader: none.");
     EXPECT_EQ(line("Camera", role), "optional  Camera: none.");
+    EXPECT_EQ(line("Camera module", role), "optional  Camera module: not installed.");
   }
 }
 

@@ -39,6 +39,8 @@ TEST_F(QuillmarDoctor, looks_at_the_machine_without_a_display) {
   EXPECT_EQ(result.status, 0) << result.output << result.errors;
   EXPECT_THAT(result.output, HasSubstr("works     Service: " + service->secureUrl() + "/api/v1 answers"));
   EXPECT_THAT(result.output, HasSubstr("works     Clock: agrees with the service's."));
+  EXPECT_THAT(result.output, HasSubstr("works     Camera module: "));
+  EXPECT_THAT(result.output, HasSubstr("/quillmar-camera.so is installed."));
   EXPECT_EQ(result.errors, "");
   EXPECT_FALSE(std::filesystem::exists(data));
 }

@@ -12,14 +12,6 @@
 namespace quillmar::ui {
 namespace {
 
-// Where it is installed, and in the folder of its own in a build.
-QString moduleBesideProgram() {
-  const QDir here(QCoreApplication::applicationDirPath());
-  const QStringList places{QUILLMAR_CAMERA_FOLDER "/quillmar-camera.so", "../../ui/quillmar-camera.so"};
-  const auto found = std::ranges::find_if(places, [&](const QString& place) { return here.exists(place); });
-  return found == places.end() ? QString() : here.filePath(*found);
-}
-
 bool mayUse(const QString& device) {
   return ::access(QFile::encodeName(device).constData(), R_OK | W_OK) == 0;
 }
@@ -39,6 +31,14 @@ CameraState stateAfter(VideoCapture::Failure failure) {
 }
 
 }  // namespace
+
+// Where it is installed, and in the folder of its own in a build.
+QString cameraModule() {
+  const QDir here(QCoreApplication::applicationDirPath());
+  const QStringList places{QUILLMAR_CAMERA_FOLDER "/quillmar-camera.so", "../../ui/quillmar-camera.so"};
+  const auto found = std::ranges::find_if(places, [&](const QString& place) { return here.exists(place); });
+  return found == places.end() ? QString() : QDir::cleanPath(here.filePath(*found));
+}
 
 class QtCamera::Worker final : public QObject {
  public:
@@ -135,7 +135,7 @@ void QtCamera::start(PictureHandler handler) {
     return;
   }
   if (!worker_) {
-    worker_ = new Worker(options_.module.isEmpty() ? moduleBesideProgram() : options_.module);
+    worker_ = new Worker(options_.module.isEmpty() ? cameraModule() : options_.module);
     worker_->moveToThread(&thread_);
     connect(&thread_, &QThread::finished, worker_, &QObject::deleteLater);
     thread_.start();

@@ -13,6 +13,9 @@
 
 namespace quillmar::ui {
 
+// The file of the VideoCaptureModule that belongs to the program; empty where it is not installed.
+QString cameraModule();
+
 // This computer's camera. Whether there is one is told by the system's device files; Qt Multimedia is loaded
 // by the first start, on a thread of its own.
 class QtCamera final : public QObject, public Camera {
