@@ -217,4 +217,10 @@ std::vector<Option> allOptions(const Program& program) {
   return options;
 }
 
+std::vector<Option> optionsOf(const Program& program, std::string_view command) {
+  auto options = allOptions(program);
+  std::erase_if(options, [command](const Option& option) { return option.command != command; });
+  return options;
+}
+
 }  // namespace quillmar::command_line

@@ -12,7 +12,7 @@
 #include <vector>
 
 // What a program understands on its command line, in one table. The words are read by it, and the help text
-// is made from it.
+// and the shells' completions are made from it.
 namespace quillmar::command_line {
 
 // Keeps the text that was written, which for a switch is none. False where it is no value for this.
@@ -83,6 +83,8 @@ std::string help(const Program& program, const Command& command);
 
 // Its own options and those that every program has.
 std::vector<Option> allOptions(const Program& program);
+// Those of them that belong to a command; without a name those that belong to none.
+std::vector<Option> optionsOf(const Program& program, std::string_view command = {});
 
 inline Take to(bool& target) {
   return [&target](std::string_view /*none*/) {

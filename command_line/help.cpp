@@ -11,8 +11,8 @@ constexpr std::size_t widestLeft = 26;
 
 // A line of a list: what may be written, and what it means.
 struct Entry {
-  std::string written;
-  std::string_view meaning;
+  std::string written = {};
+  std::string_view meaning = {};
 };
 
 std::string formOf(const Option& option) {
@@ -29,17 +29,10 @@ std::string wordsOf(const std::vector<Argument>& arguments) {
   return words;
 }
 
-std::vector<Option> optionsOf(const Program& program, const Command& command) {
-  std::vector<Option> own;
-  std::ranges::copy_if(program.options, std::back_inserter(own),
-                       [&](const Option& option) { return option.command == command.name; });
-  return own;
-}
-
 // "enroll [--autostart]"
 std::string formOf(const Program& program, const Command& command) {
   std::string form = std::string(command.name) + wordsOf(command.arguments);
-  for (const Option& option : optionsOf(program, command)) {
+  for (const Option& option : optionsOf(program, command.name)) {
     form += " [" + formOf(option) + ']';
   }
   return form;
@@ -57,33 +50,31 @@ std::string commandsForm(const Program& program) {
 }
 
 std::vector<Entry> commandEntries(const Program& program) {
-  std::vector<Entry> entries;
-  for (const Command& command : program.commands) {
-    entries.push_back({formOf(program, command), command.help});
-  }
+  std::vector<Entry> entries(program.commands.size());
+  std::ranges::transform(program.commands, entries.begin(), [&](const Command& command) {
+    return Entry{formOf(program, command), command.help};
+  });
   return entries;
 }
 
 std::vector<Entry> argumentEntries(const std::vector<Argument>& arguments) {
-  std::vector<Entry> entries;
-  for (const Argument& argument : arguments) {
-    entries.push_back({std::string(argument.name), argument.help});
-  }
+  std::vector<Entry> entries(arguments.size());
+  std::ranges::transform(arguments, entries.begin(), [](const Argument& argument) {
+    return Entry{std::string(argument.name), argument.help};
+  });
   return entries;
 }
 
 std::vector<Entry> optionEntries(const std::vector<Option>& options) {
-  std::vector<Entry> entries;
-  for (const Option& option : options) {
-    entries.push_back({formOf(option), option.help});
-  }
+  std::vector<Entry> entries(options.size());
+  std::ranges::transform(options, entries.begin(), [](const Option& option) {
+    return Entry{formOf(option), option.help};
+  });
   return entries;
 }
 
 std::vector<Entry> sharedEntries(const Program& program) {
-  auto options = allOptions(program);
-  std::erase_if(options, [](const Option& option) { return !option.command.empty(); });
-  auto entries = optionEntries(options);
+  auto entries = optionEntries(optionsOf(program));
   if (std::ranges::any_of(program.commands,
                           [](const Command& command) { return !command.details.empty(); })) {
     entries.push_back({"COMMAND --help", "More about a command"});
@@ -152,7 +143,7 @@ std::string help(const Program& program, const Command& command) {
   if (command.details.empty()) {
     return help(program);
   }
-  const auto options = optionEntries(optionsOf(program, command));
+  const auto options = optionEntries(optionsOf(program, command.name));
   std::string text = "Usage: " + std::string(program.name) + ' ' + formOf(program, command) + "\n\n" +
                      std::string(command.details);
   return options.empty() ? text : text + '\n' + list(options, columnFor(options));

@@ -1,6 +1,5 @@
 #include "programs/agent/options.h"
 
-#include "command_line/command_line.h"
 #include "platform/linux/data_directory.h"
 
 namespace quillmar::agent {
@@ -63,6 +62,18 @@ or start where it does not. The exit status is 0 if all that this device needs
 is there.
 )";
 
+bool isOrdinary(const Options& options) {
+  return !options.service && options.caFile.empty() && !options.simulatesTunnel &&
+         options.dataDirectory == dataDirectory();
+}
+
+Parsed parsedFrom(const command_line::Answer& answer) {
+  const bool isAskedFor = answer.reason == command_line::Answer::Reason::asked;
+  return {.text = answer.text, .status = isAskedFor ? ExitStatus::done : ExitStatus::usage};
+}
+
+}  // namespace
+
 command_line::Program programFor(Options& options) {
   const auto choose = [&options](Command command) {
     return [&options, command] { options.command = command; };
@@ -101,18 +112,6 @@ command_line::Program programFor(Options& options) {
       .notes = notes,
   };
 }
-
-bool isOrdinary(const Options& options) {
-  return !options.service && options.caFile.empty() && !options.simulatesTunnel &&
-         options.dataDirectory == dataDirectory();
-}
-
-Parsed parsedFrom(const command_line::Answer& answer) {
-  const bool isAskedFor = answer.reason == command_line::Answer::Reason::asked;
-  return {.text = answer.text, .status = isAskedFor ? ExitStatus::done : ExitStatus::usage};
-}
-
-}  // namespace
 
 Parsed parse(const std::vector<std::string>& words) {
   Options options{.dataDirectory = dataDirectory()};

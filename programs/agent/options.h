@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "command_line/command_line.h"
 #include "platform/common/authority_file.h"
 
 namespace quillmar::agent {
@@ -44,6 +45,9 @@ struct Parsed {
   std::string text = {};
   ExitStatus status = ExitStatus::done;
 };
+
+// What is understood, and kept in these options.
+command_line::Program programFor(Options& options);
 
 Parsed parse(const std::vector<std::string>& words);
 

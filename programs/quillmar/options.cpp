@@ -1,10 +1,8 @@
 #include "programs/quillmar/options.h"
 
-#include "command_line/command_line.h"
 #include "platform/linux/data_directory.h"
 
 namespace quillmar {
-namespace {
 
 using command_line::to;
 
@@ -49,8 +47,6 @@ command_line::Program programFor(Options& options) {
           },
   };
 }
-
-}  // namespace
 
 std::variant<Options, int> readOptions(const std::vector<std::string>& words) {
   // Scripts tell an option that a release doesn't know from a wrong command.

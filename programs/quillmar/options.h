@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "command_line/command_line.h"
+
 namespace quillmar {
 
 // What a person wrote behind the program's name.
@@ -17,6 +19,9 @@ struct Options {
   bool startsSandbox = false;               // the stand-in service beside the window, and a simulated tunnel
   bool simulatesTunnel = false;
 };
+
+// What is understood, and kept in these options.
+command_line::Program programFor(Options& options);
 
 // The options; or the exit status where the words ask for a text or are wrong, which has been answered.
 std::variant<Options, int> readOptions(const std::vector<std::string>& words);
