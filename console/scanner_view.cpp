@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "client/records/enrollment.h"
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "platform/hop.h"
 #include "platform/settings.h"
 

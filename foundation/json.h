@@ -38,4 +38,10 @@ Result<std::string> encodeJson(const T& record) {
   return checkedJson(writeJson(toValue(record)), recordName<T>());
 }
 
+// Decodes one record. The whole document is validated, nothing is converted, of a key given twice the first
+// counts. Defined in "foundation/json_decode.h": whoever has the record instantiates it there once, and
+// spares everyone else the parser.
+template <Record T>
+Result<T> decodeJson(std::string_view text);
+
 }  // namespace quillmar

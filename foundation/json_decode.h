@@ -1,7 +1,7 @@
 #pragma once
 
-// Decoding of records. Included by the few sources that decode; everything else needs only
-// "foundation/json.h".
+// How records are decoded. Included by the few sources that instantiate `decodeJson`; everything else needs
+// only "foundation/json.h".
 
 #include <simdjson.h>
 
@@ -132,8 +132,6 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
 
 }  // namespace detail
 
-// Decodes one record. The whole document is validated, nothing is converted, of a key given twice the first
-// counts.
 template <Record T>
 Result<T> decodeJson(std::string_view text) {
   simdjson::dom::element root;
