@@ -27,6 +27,8 @@
 #include <vector>
 
 #include "bench/against_service.h"
+#include "client/enrollment_calls.h"
+#include "client/network_service.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "foundation/text.h"
@@ -270,7 +272,7 @@ void tell(const char* peer, const Figures& agent, const Figures& bare) {
 
 std::string enrolledDevice(Client& client, const std::string& service, const std::string& caFile) {
   const auto init = waitFor<InitEnrollmentResponse>([&](Completion<InitEnrollmentResponse> completion) {
-    client.service->initEnrollment(newUUID(), "bench", "ios", std::move(completion));
+    client.service->send(calls::initEnrollment, {newUUID(), "bench", "ios"}, std::move(completion));
   });
   BareHandle approve(service + "/sandbox/approve", caFile, "");
   const std::string body = R"({"enrollment_code":")" + init.enrollmentCode + "\"}";

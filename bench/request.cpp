@@ -9,6 +9,9 @@
 
 #include "bench/against_service.h"
 #include "bench/measure.h"
+#include "client/account_calls.h"
+#include "client/network_service.h"
+#include "client/records/account.h"
 
 namespace quillmar::bench {
 namespace {
@@ -51,12 +54,13 @@ int run() {
   const Client client(process);
   NetworkService& service = *client.service;
   const auto account = waitFor<AuthResponse>([&](auto completion) {
-    service.registerAccount({.email = "zoe@example.org",
-                             .password = "correct horse",
-                             .phone = "+61400000000",
-                             .name = "Zoe Lee",
-                             .region = std::nullopt},
-                            std::move(completion));
+    service.send(calls::registerAccount,
+                 {.email = "zoe@example.org",
+                  .password = "correct horse",
+                  .phone = "+61400000000",
+                  .name = "Zoe Lee",
+                  .region = std::nullopt},
+                 std::move(completion));
   });
 
   const HttpRequest request{

@@ -13,6 +13,12 @@
 
 #include "bench/against_service.h"
 #include "bench/measure.h"
+#include "client/account_calls.h"
+#include "client/child_calls.h"
+#include "client/network_service.h"
+#include "client/records/account.h"
+#include "client/records/child.h"
+#include "client/records/dns_log.h"
 
 namespace quillmar::bench {
 namespace {
@@ -138,10 +144,11 @@ int run() {
   const ServiceProcess process({.seed = sandbox::Seed::demo});
   Client client(process);
   const auto account = waitFor<AuthResponse>([&](auto completion) {
-    client.service->login({.email = "ann@example.com", .password = "quillmar-demo"}, std::move(completion));
+    client.service->send(calls::login, {.email = "ann@example.com", .password = "quillmar-demo"},
+                         std::move(completion));
   });
-  const auto family =
-      waitFor<ChildrenResponse>([&](auto completion) { client.service->getChildren(std::move(completion)); });
+  const auto family = waitFor<ChildrenResponse>(
+      [&](auto completion) { client.service->send(calls::getChildren, std::move(completion)); });
   std::vector<std::string> devices;
   for (const auto& child : family.children) {
     for (const auto& device : child.devices) {

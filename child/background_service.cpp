@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "client/network_service.h"
+#include "client/records/checkin.h"
 #include "platform/hop.h"
 
 namespace quillmar {

@@ -6,12 +6,15 @@
 
 #include "child/child_app_state.h"
 #include "child/vpn_dns_manager.h"
-#include "client/network_service.h"
 #include "foundation/error.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"
+#include "platform/log.h"
 
 namespace quillmar {
+
+class NetworkService;
+struct CheckinResponse;
 
 // The heart of an enrolled child's device: reports to the service every minute and takes back a moved
 // endpoint, and compares the tunnel with what it should be every quarter of a minute and repairs it. The only

@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "child/background_service.h"
+#include "client/enrollment_calls.h"
+#include "client/network_service.h"
 #include "foundation/json.h"
 #include "foundation/text.h"
 #include "platform/hop.h"
@@ -51,8 +53,8 @@ void ChildEnrollmentView::start() {
   isLoading = true;
   errorAlert.message = std::string();
   const std::string deviceName = environment_.platform().deviceInfo.name();
-  environment_.networkService()->initEnrollment(
-      newUUID(), deviceName, std::string(childDeviceType),
+  environment_.networkService()->send(
+      calls::initEnrollment, {newUUID(), deviceName, std::string(childDeviceType)},
       hoppingToMain(dispatch_, weakly([this, deviceName](const Result<InitEnrollmentResponse>& result) {
                       handleInitResult(result, deviceName);
                     })));

@@ -8,12 +8,14 @@
 #include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/child_loading_dots.h"
-#include "client/network_service.h"
 #include "presentation/error_alert.h"
 #include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
+
+struct EnrollmentStatusResponse;
+struct InitEnrollmentResponse;
 
 struct ChildFeatureRow {
   std::string icon;

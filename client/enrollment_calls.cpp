@@ -1,9 +1,13 @@
+#include "client/enrollment_calls.h"
+
 #include <utility>
 
-#include "client/judging.h"
 #include "client/network_service.h"
+#include "client/records/account.h"
+#include "client/response_handling.h"
+#include "foundation/filled_text.h"
 #include "foundation/text.h"
-#include "foundation/url.h"
+#include "platform/settings_store.h"
 
 namespace quillmar {
 namespace {
@@ -13,59 +17,46 @@ constexpr std::size_t loggedIdCharacters = 8;
 
 }  // namespace
 
-std::string NetworkService::enrollmentRoot() const { return baseURL().value_or(defaultEnrollmentURL()); }
+namespace calls {
 
-void NetworkService::initEnrollment(const std::string& deviceId, const std::string& deviceName,
-                                    const std::string& deviceType,
-                                    Completion<InitEnrollmentResponse> completion) {
-  const auto body = encodeJson(InitEnrollmentRequest{deviceId, deviceName, deviceType});
-  auto request =
-      makeRequest("POST", enrollmentRoot() + "/enrollment/init", body.ok() ? body.value() : std::string());
-  if (!request.ok() || !body.ok()) {
-    completion(request.ok() ? Error(NetworkError::encodingError()) : request.error());
-    return;
-  }
-  send(std::move(request).value(), [completion = std::move(completion)](const DataTaskResult& result) {
-    completion(judgeExactly200<InitEnrollmentResponse>(result));
-  });
-}
+constinit const CallLog<CheckinRequest, CheckinResponse> checkinLog{
+    .lines = {.noRegion = "[NetworkService] checkin failed: No region configured",
+              .encodeError = "[NetworkService] checkin - encode error: %@"},
+    .sending =
+        [](std::string_view url, const CheckinRequest& report) {
+          return filled("[NetworkService] checkin - URL: %@, deviceId: %@...",
+                        {url, firstCharacters(report.deviceId, loggedIdCharacters)});
+        },
+};
+
+constinit const CallLog<ManualEnrollmentRequest, ManualEnrollmentResponse> manualEnrollmentLog{
+    .lines = {.refusedResponse = "[NetworkService] Manual enrollment response: %@"},
+};
+
+}  // namespace calls
 
 bool NetworkService::getEnrollmentStatus(const std::string& deviceId,
                                          Completion<EnrollmentStatusResponse> completion) {
-  auto request = makeRequest("GET", enrollmentRoot() + "/enrollment/status/" + deviceId);
+  const auto& call = calls::getEnrollmentStatus;
+  auto request = requestOf(call, {deviceId}, NoBody());
   if (!request.ok()) {
     return false;
   }
-  send(std::move(request).value(), [completion = std::move(completion)](const DataTaskResult& result) {
-    completion(judgeExactly200<EnrollmentStatusResponse>(result));
-  });
+  sendRequest(call, std::move(request).value(), answering(call, std::move(completion)));
   return true;
 }
 
 void NetworkService::checkin(const std::string& deviceId, const std::string& deviceType,
                              Completion<CheckinResponse> completion) {
-  const auto root = baseURL();
-  if (!root) {
-    log("[NetworkService] checkin failed: No region configured");
-    completion(Error(NetworkError::noRegionConfigured()));
-    return;
-  }
-  const auto body = encodeJson(CheckinRequest{deviceId, deviceType});
-  auto request = makeRequest("POST", *root + "/device/checkin", body.ok() ? body.value() : std::string());
+  auto request = requestOf(calls::checkin, {}, CheckinRequest{deviceId, deviceType});
   if (!request.ok()) {
     completion(request.error());
     return;
   }
-  if (!body.ok()) {
-    log("[NetworkService] checkin - encode error: ", body.error().localizedDescription());
-    completion(Error(NetworkError::encodingError()));
-    return;
-  }
-  log("[NetworkService] checkin - URL: ",
-      request.value().url + ", deviceId: " + firstCharacters(deviceId, loggedIdCharacters) + "...");
-  send(std::move(request).value(), [this, completion = std::move(completion)](const DataTaskResult& result) {
-    completion(judgeCheckin(result));
-  });
+  dataTask(std::move(request).value(),
+           [this, completion = std::move(completion)](const DataTaskResult& result) {
+             completion(judgeCheckin(result));
+           });
 }
 
 Result<CheckinResponse> NetworkService::judgeCheckin(const DataTaskResult& result) {
@@ -79,22 +70,22 @@ Result<CheckinResponse> NetworkService::judgeCheckin(const DataTaskResult& resul
       log("[NetworkService] checkin - response: ", firstCharacters(*result.data, loggedCheckInCharacters));
     }
   }
-  auto judged = judgeExactly200<CheckinResponse>(result);
-  if (judged.ok()) {
-    log("[NetworkService] checkin - success, doh_endpoint: ", judged.value().dohEndpoint.value_or("nil"));
-  } else if (judged.error() == NetworkError::invalidResponse()) {
+  auto checked = judged(calls::checkin, answerOf(result));
+  if (checked.ok()) {
+    log("[NetworkService] checkin - success, doh_endpoint: ", checked.value().dohEndpoint.value_or("nil"));
+  } else if (checked.error() == NetworkError::invalidResponse()) {
     log("[NetworkService] checkin - no data or response");
   } else if (result.response->status == 200) {
-    log("[NetworkService] checkin - decode error: ", judged.error().localizedDescription());
+    log("[NetworkService] checkin - decode error: ", checked.error().localizedDescription());
   } else {
     log("[NetworkService] checkin - server error: ", serverWords(*result.data, "Unknown"));
   }
-  return judged;
+  return checked;
 }
 
-void NetworkService::completeEnrollment(const std::string& enrollmentCode, const std::string& deviceName,
-                                        const std::optional<std::string>& childId, bool isRetry,
+void NetworkService::completeEnrollment(const CompleteEnrollmentRequest& enrollment, bool isRetry,
                                         Completion<CompleteEnrollmentResponse> completion) {
+  const auto& call = calls::completeEnrollment;
   const auto root = baseURL();
   if (!root) {
     log("[NetworkService] completeEnrollment failed: No region configured");
@@ -105,14 +96,14 @@ void NetworkService::completeEnrollment(const std::string& enrollmentCode, const
       *root + ", isRetry: " + (isRetry ? "true" : "false"));
   log("[NetworkService] completeEnrollment - token exists: ",
       settings_.string(authTokenKey) ? "true" : "false");
-  auto built = makeRequest("POST", *root + "/enrollment/complete", std::string());
+  auto built = makeRequest(call.method, *root + std::string(call.path), std::string());
   if (!built.ok()) {
     completion(built.error());
     return;
   }
   HttpRequest request = std::move(built).value();
   const auto header = addAuthHeader(request);
-  const auto body = encodeJson(CompleteEnrollmentRequest{enrollmentCode, deviceName, childId});
+  const auto body = encodeJson(enrollment);
   if (!header.ok() || !body.ok()) {
     const Error& error = header.ok() ? body.error() : header.error();
     log("[NetworkService] completeEnrollment - auth header error: ", error.localizedDescription());
@@ -122,11 +113,10 @@ void NetworkService::completeEnrollment(const std::string& enrollmentCode, const
   request.body = body.value();
   log("[NetworkService] completeEnrollment - request URL: ", request.url);
 
-  send(std::move(request), [=, this, completion = std::move(completion)](const DataTaskResult& result) {
+  dataTask(std::move(request), [=, this, completion = std::move(completion)](const DataTaskResult& result) {
     const auto answer = completionAnswer(result);
     if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
-      completion(answer.ok() ? judgeCompletion(answer.value())
-                             : Result<CompleteEnrollmentResponse>(answer.error()));
+      completion(judgeCompletion(answer));
       return;
     }
     log("[NetworkService] completeEnrollment - Got 401, attempting token refresh...");
@@ -138,7 +128,7 @@ void NetworkService::completeEnrollment(const std::string& enrollmentCode, const
         return;
       }
       log("[NetworkService] completeEnrollment - Token refreshed, retrying request...");
-      completeEnrollment(enrollmentCode, deviceName, childId, true, completion);
+      completeEnrollment(enrollment, true, completion);
     });
   });
 }
@@ -158,30 +148,14 @@ Result<NetworkService::Answer> NetworkService::completionAnswer(const DataTaskRe
   return answer;
 }
 
-Result<CompleteEnrollmentResponse> NetworkService::judgeCompletion(const Answer& answer) {
-  auto judged = validatedRecord<CompleteEnrollmentResponse>(answer);
-  if (judged.ok()) {
+Result<CompleteEnrollmentResponse> NetworkService::judgeCompletion(const Result<Answer>& answer) {
+  auto completed = judged(calls::completeEnrollment, answer);
+  if (completed.ok()) {
     log("[NetworkService] completeEnrollment - success");
-  } else {
-    log("[NetworkService] completeEnrollment - error: ", judged.error().localizedDescription());
+  } else if (answer.ok()) {
+    log("[NetworkService] completeEnrollment - error: ", completed.error().localizedDescription());
   }
-  return judged;
-}
-
-void NetworkService::manualEnrollment(const ManualEnrollmentRequest& device,
-                                      Completion<ManualEnrollmentResponse> completion) {
-  authorisedCall("POST", "/enrollment/manual", encodeJson(device),
-                 [this, completion = std::move(completion)](const Result<Answer>& answer) {
-                   if (!answer.ok()) {
-                     completion(answer.error());
-                     return;
-                   }
-                   const auto judged = validatedRecord<ManualEnrollmentResponse>(answer.value());
-                   if (!judged.ok() && isValidUtf8(answer.value().data)) {
-                     log("[NetworkService] Manual enrollment response: ", answer.value().data);
-                   }
-                   completion(judged);
-                 });
+  return completed;
 }
 
 }  // namespace quillmar

@@ -2,12 +2,23 @@
 
 #include <utility>
 
-#include "client/judging.h"
+#include "client/account_calls.h"
+#include "client/response_handling.h"
+#include "foundation/filled_text.h"
 #include "foundation/text.h"
 #include "foundation/url.h"
 #include "foundation/wipe.h"
+#include "platform/settings_store.h"
 
 namespace quillmar {
+namespace {
+
+constexpr std::size_t loggedAnswerCharacters = 500;
+
+// To the calls of a child's device it does not matter why something could not be written.
+bool hasEncodingError(const CallFacts& call) { return call.rules.judging == Judging::byExactly200; }
+
+}  // namespace
 
 std::shared_ptr<NetworkService> NetworkService::make(HttpSession& http, SettingsStore& settings, Log& log,
                                                      Dispatch& dispatch, Deployments deployments) {
@@ -48,29 +59,44 @@ Result<HttpRequest> NetworkService::makeRequest(std::string_view method, const s
   return request;
 }
 
-Result<HttpRequest> NetworkService::buildRequest(std::string_view method, const std::string& path,
-                                                 const std::optional<Result<std::string>>& body) const {
-  const auto root = baseURL();
+Result<HttpRequest> NetworkService::buildRequest(const CallFacts& call, const std::string& path,
+                                                 std::optional<Result<std::string>> body) const {
+  auto root = baseURL();
+  if (!root && call.rules.root == Root::orDefault) {
+    root = defaultEnrollmentURL();
+  }
   if (!root) {
+    tell(call, &CallLines::noRegion);
     return Error(NetworkError::noRegionConfigured());
   }
-  auto request = makeRequest(method, *root + path,
-                             body ? std::optional(body->ok() ? body->value() : std::string()) : std::nullopt);
-  return request.ok() && body && !body->ok() ? Result<HttpRequest>(body->error()) : request;
+  const std::string url = *root + path;
+  tell(call, &CallLines::url, {url});
+  if (call.lines && !call.lines->region.empty()) {
+    tell(call, &CallLines::region, {settings_.string(regionKey).value_or("nil")});
+  }
+  auto request = makeRequest(call.method, url,
+                             body && body->ok() ? std::optional(std::move(*body).value()) : std::nullopt);
+  if (!request.ok()) {
+    tell(call, &CallLines::invalidURL, {url});
+  } else if (body && !body->ok()) {
+    tell(call, &CallLines::encodeError, {body->error().localizedDescription()});
+    return hasEncodingError(call) ? Error(NetworkError::encodingError()) : body->error();
+  }
+  return request;
 }
 
-void NetworkService::authorisedCall(std::string_view method, const std::string& path,
-                                    const std::optional<Result<std::string>>& body,
-                                    Completion<Answer> completion) {
-  auto request = buildRequest(method, path, body);
-  if (!request.ok()) {
-    completion(request.error());
+void NetworkService::sendRequest(const CallFacts& call, HttpRequest request, Completion<Answer> completion) {
+  if (call.rules.token == Token::bearer) {
+    performRequest(std::move(request), false, std::move(completion));
     return;
   }
-  performRequest(std::move(request).value(), false, std::move(completion));
+  dataTask(std::move(request),
+           [judging = call.rules.judging, completion = std::move(completion)](DataTaskResult result) {
+             completion(answerOf(std::move(result), judging));
+           });
 }
 
-void NetworkService::send(HttpRequest request, std::function<void(DataTaskResult)> handle) {
+void NetworkService::dataTask(HttpRequest request, std::function<void(DataTaskResult)> handle) {
   http_.dataTask(std::move(request),
                  [weak = weak_from_this(), handle = std::move(handle)](DataTaskResult result) {
                    if (const auto self = weak.lock()) {
@@ -78,6 +104,25 @@ void NetworkService::send(HttpRequest request, std::function<void(DataTaskResult
                    }
                  });
 }
+
+Result<void> NetworkService::judgedByStatus(const CallFacts& call, const Result<Answer>& answer) const {
+  if (!answer.ok()) {
+    const bool isIncomplete = answer.error() == NetworkError::invalidResponse();
+    tell(call, isIncomplete ? &CallLines::noAnswer : &CallLines::error,
+         {answer.error().localizedDescription()});
+    return answer.error();
+  }
+  const auto& [data, response] = answer.value();
+  if (response.status) {
+    tell(call, &CallLines::status, {std::to_string(*response.status)});
+  }
+  if (call.lines && isValidUtf8(data)) {
+    tell(call, &CallLines::response, {firstCharacters(data, loggedAnswerCharacters)});
+  }
+  return judgedBy(call.rules.judging, answer.value());
+}
+
+void NetworkService::storeToken(const std::string& token) { settings_.set(authTokenKey, token); }
 
 Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
   auto token = settings_.string(authTokenKey);
@@ -91,34 +136,14 @@ Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
   return success();
 }
 
-Result<void> NetworkService::validateResponse(const Response& response, std::string_view data) {
-  if (!response.status) {
-    return Error(NetworkError::invalidResponse());
-  }
-  const int status = *response.status;
-  if (status >= 200 && status <= 299) {
-    return success();
-  }
-  switch (status) {
-    case 401:
-      return Error(NetworkError::unauthorized());
-    case 403:
-      return Error(NetworkError::forbidden());
-    case 404:
-      return Error(NetworkError::notFound());
-    default:
-      return serverError(data);
-  }
-}
-
 void NetworkService::performRequest(HttpRequest request, bool isRetry, Completion<Answer> completion) {
   HttpRequest authorised = request;
   if (const auto header = addAuthHeader(authorised); !header.ok()) {
     completion(header.error());
     return;
   }
-  send(std::move(authorised), [this, request = std::move(request), isRetry,
-                               completion = std::move(completion)](DataTaskResult result) {
+  dataTask(std::move(authorised), [this, request = std::move(request), isRetry,
+                                   completion = std::move(completion)](DataTaskResult result) {
     auto answer = answerOf(std::move(result));
     if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
       completion(std::move(answer));
@@ -148,7 +173,7 @@ Result<HttpRequest> NetworkService::makeRefreshRequest() const {
     log("[NetworkService] RefreshToken failed: No region configured");
     return Error(NetworkError::noRegionConfigured());
   }
-  auto request = makeRequest("POST", *root + "/auth/refresh");
+  auto request = makeRequest(calls::refreshToken.method, *root + std::string(calls::refreshToken.path));
   if (!request.ok()) {
     return request;
   }
@@ -175,9 +200,10 @@ void NetworkService::refreshToken(Completion<AuthResponse> completion) {
     return;
   }
   log("[NetworkService] Attempting token refresh...");
-  send(std::move(request).value(), [this, completion = std::move(completion)](const DataTaskResult& result) {
-    finishRefresh(result, completion);
-  });
+  dataTask(std::move(request).value(),
+           [this, completion = std::move(completion)](const DataTaskResult& result) {
+             finishRefresh(result, completion);
+           });
 }
 
 void NetworkService::finishRefresh(const DataTaskResult& result, const Completion<AuthResponse>& completion) {
@@ -192,20 +218,21 @@ void NetworkService::finishRefresh(const DataTaskResult& result, const Completio
     log("[NetworkService] RefreshToken: No data or response");
     completion(answer.error());
   } else {
-    completion(storeRefreshedToken(answer.value()));
+    completion(storeRefreshedToken(answer));
   }
   drainRefreshQueue(std::nullopt, result.data);
 }
 
-Result<AuthResponse> NetworkService::storeRefreshedToken(const Answer& answer) {
-  if (answer.response.status) {
-    log("[NetworkService] RefreshToken response status: ", std::to_string(*answer.response.status));
+Result<AuthResponse> NetworkService::storeRefreshedToken(const Result<Answer>& answer) {
+  const auto status = answer.value().response.status;
+  if (status) {
+    log("[NetworkService] RefreshToken response status: ", std::to_string(*status));
   }
-  if (answer.response.status == 401) {
+  if (status == 401) {
     log("[NetworkService] RefreshToken failed: Token invalid or expired");
     return Error(NetworkError::unauthorized());
   }
-  auto account = validatedRecord<AuthResponse>(answer);
+  auto account = judged(calls::refreshToken, answer);
   if (!account.ok()) {
     log("[NetworkService] RefreshToken decode/handle error: ", account.error().localizedDescription());
     return account;
@@ -232,6 +259,31 @@ void NetworkService::drainRefreshQueue(const std::optional<Error>& error,
     } else if (data) {
       waiter(decodeJson<AuthResponse>(*data));
     }
+  }
+}
+
+void NetworkService::clearSession() {
+  for (const auto key : {authTokenKey, parentIdKey, parentEmailKey, parentNameKey}) {
+    settings_.remove(key);
+  }
+  settings_.scrub();
+}
+
+void NetworkService::tell(const CallFacts& call, std::string_view CallLines::*line,
+                          std::initializer_list<std::string_view> values) const {
+  if (call.lines && !(call.lines->*line).empty()) {
+    tellLine(call, filled(call.lines->*line, values));
+  }
+}
+
+void NetworkService::tellLine(const CallFacts& call, std::string_view line) const {
+  (log_.*call.lines->write)(line);
+}
+
+void NetworkService::tellRefusal(const CallFacts& call, const Answer& answer, const Error& error) const {
+  tell(call, &CallLines::refusal, {error.localizedDescription()});
+  if (isValidUtf8(answer.data)) {
+    tell(call, &CallLines::refusedResponse, {answer.data});
   }
 }
 

@@ -1,31 +1,36 @@
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "client/call.h"
 #include "client/deployments.h"
 #include "client/network_error.h"
-#include "client/records/account.h"
-#include "client/records/checkin.h"
-#include "client/records/child.h"
-#include "client/records/device.h"
-#include "client/records/device_policy.h"
-#include "client/records/dns_log.h"
-#include "client/records/enrollment.h"
-#include "client/records/family.h"
-#include "client/records/home_network.h"
+#include "foundation/date.h"
+#include "foundation/json.h"
 #include "foundation/result.h"
-#include "platform/dispatch.h"
 #include "platform/http_session.h"
-#include "platform/log.h"
-#include "platform/settings_store.h"
 
 namespace quillmar {
+
+class Dispatch;
+class SettingsStore;
+struct AuthResponse;
+struct CheckinResponse;
+struct CompleteEnrollmentRequest;
+struct CompleteEnrollmentResponse;
+struct DNSLog;
+struct EnrollmentStatusResponse;
 
 template <class T>
 using Completion = std::function<void(Result<T>)>;
@@ -51,85 +56,44 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   // The root of a device that is not enrolled yet.
   std::string defaultEnrollmentURL() const;
 
-  // Accounts.
-  void registerAccount(const RegisterRequest& account, Completion<AuthResponse> completion);
-  void login(const LoginRequest& credentials, Completion<AuthResponse> completion);
-  void deleteAccount(const std::string& password, Completion<void> completion);
-  void refreshToken(Completion<AuthResponse> completion);
-  // Forgets the token and the account of this session.
-  void clearSession();
+  // Sends a call, which is a row of the headers of calls ("client/child_calls.h" and the like), with the
+  // arguments of its path, its body and its completion; a call without arguments or a body is sent without.
+  template <Record Body, class T, std::size_t places>
+  void send(const Call<Body, T, places>& call, const PathArguments<places>& arguments, const Body& body,
+            std::type_identity_t<Completion<T>> completion) {
+    run(call, arguments, body, std::move(completion));
+  }
+  template <Record Body, class T>
+  void send(const Call<Body, T>& call, const Body& body, std::type_identity_t<Completion<T>> completion) {
+    run(call, {}, body, std::move(completion));
+  }
+  template <class T, std::size_t places>
+  void send(const Call<NoBody, T, places>& call, const PathArguments<places>& arguments,
+            std::type_identity_t<Completion<T>> completion) {
+    run(call, arguments, NoBody(), std::move(completion));
+  }
+  template <class T>
+  void send(const Call<NoBody, T>& call, std::type_identity_t<Completion<T>> completion) {
+    run(call, {}, NoBody(), std::move(completion));
+  }
 
-  // Enrollment and check-in.
-  void initEnrollment(const std::string& deviceId, const std::string& deviceName,
-                      const std::string& deviceType, Completion<InitEnrollmentResponse> completion);
+  // Calls that go a way of their own.
+
+  void refreshToken(Completion<AuthResponse> completion);
   // False where nothing was sent, since the URL does not parse; the completion is never called then.
   bool getEnrollmentStatus(const std::string& deviceId, Completion<EnrollmentStatusResponse> completion);
-  void completeEnrollment(const std::string& enrollmentCode, const std::string& deviceName,
-                          const std::optional<std::string>& childId, bool isRetry,
+  void completeEnrollment(const CompleteEnrollmentRequest& enrollment, bool isRetry,
                           Completion<CompleteEnrollmentResponse> completion);
-  void manualEnrollment(const ManualEnrollmentRequest& device,
-                        Completion<ManualEnrollmentResponse> completion);
   void checkin(const std::string& deviceId, const std::string& deviceType,
                Completion<CheckinResponse> completion);
-
-  // Children. No segment of a path is encoded, so that a domain with a blank fails with `invalidResponse`.
-  // `getChildren` and `createChild` leave a trail in the system log.
-  void getChildren(Completion<ChildrenResponse> completion);
-  void createChild(const CreateChildRequest& child, Completion<ChildProfileWithDevices> completion);
-  void getChild(const std::string& childId, Completion<ChildProfileWithDevices> completion);
-  void updateChild(const std::string& childId, const UpdateChildRequest& changes,
-                   Completion<ChildProfile> completion);
-  void deleteChild(const std::string& childId, Completion<void> completion);
-  void linkDevice(const std::string& childId, const std::string& deviceId, Completion<void> completion);
-  void unlinkDevice(const std::string& childId, const std::string& deviceId, Completion<void> completion);
-  void updateChildPolicy(const std::string& childId, bool isBlocked, const std::string& blockMode,
-                         Completion<ChildPolicy> completion);
-  void addChildBlockedDomain(const std::string& childId, const std::string& domain,
-                             Completion<ChildPolicy> completion);
-  void removeChildBlockedDomain(const std::string& childId, const std::string& domain,
-                                Completion<ChildPolicy> completion);
-  void addChildAllowedDomain(const std::string& childId, const std::string& domain,
-                             Completion<ChildPolicy> completion);
-  void removeChildAllowedDomain(const std::string& childId, const std::string& domain,
-                                Completion<ChildPolicy> completion);
-
-  // Devices, their policies and their logs. Here a domain in a path is percent-encoded.
-  void deleteDevice(const std::string& deviceId, Completion<void> completion);
-  void updateDevice(const std::string& deviceId, const UpdateDeviceRequest& changes,
-                    Completion<Device> completion);
-  void getDevicePolicy(const std::string& deviceId, Completion<DevicePolicy> completion);
-  void updateDevicePolicy(const std::string& deviceId, bool isBlocked, const std::string& blockMode,
-                          Completion<DevicePolicy> completion);
-  void addBlockedDomain(const std::string& deviceId, const std::string& domain, Completion<void> completion);
-  void removeBlockedDomain(const std::string& deviceId, const std::string& domain,
-                           Completion<void> completion);
-  void addAllowedDomain(const std::string& deviceId, const std::string& domain, Completion<void> completion);
-  void removeAllowedDomain(const std::string& deviceId, const std::string& domain,
-                           Completion<void> completion);
-  void getDeviceLogs(const std::string& deviceId, int limit, int offset,
-                     Completion<std::vector<DNSLog>> completion);
   // The newest `limit` entries of all the devices since that long ago, newest first. Asks each device for an
   // equal share of `limit`. Fails only where no device gave anything and one failed. Unlike every other call
   // it completes on the main queue, or at once on the caller's thread where there is no device.
   void getRecentDeviceLogs(const std::vector<std::string>& deviceIds, Duration since, std::size_t limit,
                            Completion<std::vector<DNSLog>> completion);
 
-  // The home network.
-  void getHomeNetwork(Completion<HomeNetworkResponse> completion);
-  void createHomeNetwork(const std::optional<std::string>& name, bool confirm,
-                         Completion<CreateHomeNetworkResponse> completion);
-  void updateHomeNetworkIP(Completion<UpdateHomeNetworkIPResponse> completion);
-
-  // The family. `validateInvite` and `joinFamily` go out without a token.
-  void getFamily(Completion<FamilyResponse> completion);
-  void createInvitation(const std::optional<std::string>& inviteeName,
-                        Completion<CreateInvitationResponse> completion);
-  void revokeInvitation(const std::string& invitationId, Completion<void> completion);
-  void validateInvite(const std::string& inviteCode, Completion<ValidateInviteResponse> completion);
-  void updateMemberPermissions(const std::string& memberId, const UpdateMemberPermissionsRequest& changes,
-                               Completion<void> completion);
-  void removeMember(const std::string& memberId, Completion<void> completion);
-  void joinFamily(const JoinFamilyRequest& account, Completion<JoinFamilyResponse> completion);
+  // Forgets the token and the account of this session.
+  void clearSession();
 
   // Steps that the calls share.
 
@@ -154,35 +118,53 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
                  Deployments deployments);
 
  private:
-  struct Words;
-  struct Trail;
+  static std::optional<Result<std::string>> encoded(const NoBody& /*nothing*/) { return std::nullopt; }
+  template <Record Body>
+  static std::optional<Result<std::string>> encoded(const Body& body) {
+    return encodeJson(body);
+  }
 
+  // A call from its arguments to its completion, and its steps.
+  template <class Body, class T, std::size_t places>
+  void run(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments, const Body& body,
+           Completion<T> completion);
+  template <class Body, class T, std::size_t places>
+  Result<HttpRequest> requestOf(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments,
+                                const Body& body) const;
+  template <class Body, class T, std::size_t places>
+  Completion<Answer> answering(const CallRow<Body, T, places>& call, Completion<T> completion);
+  template <class Body, class T, std::size_t places>
+  Result<T> judged(const CallRow<Body, T, places>& call, const Result<Answer>& answer);
+  template <class Body, class T, std::size_t places>
+  void noteSuccess(const CallRow<Body, T, places>& call, const T& record);
+
+  // The steps that are the same whatever the types. Of a request the root, then the URL, then the body must
+  // be good.
+  Result<HttpRequest> buildRequest(const CallFacts& call, const std::string& path,
+                                   std::optional<Result<std::string>> body) const;
   static Result<HttpRequest> makeRequest(std::string_view method, const std::string& url,
                                          std::optional<std::string> body = {});
-  // The request of a call: the root, then the URL, then the body must be good.
-  Result<HttpRequest> buildRequest(std::string_view method, const std::string& path,
-                                   const std::optional<Result<std::string>>& body) const;
-  void authorisedCall(std::string_view method, const std::string& path,
-                      const std::optional<Result<std::string>>& body, Completion<Answer> completion);
-  template <Record T>
-  Result<T> judgeOnTrail(const Trail& trail, const Result<Answer>& answer);
+  void sendRequest(const CallFacts& call, HttpRequest request, Completion<Answer> completion);
   // `handle` runs only if this service is still there by then, so that it may use `this`.
-  void send(HttpRequest request, std::function<void(DataTaskResult)> handle);
-  void authenticate(const Words& words, std::string_view path, const Result<std::string>& body,
-                    Completion<AuthResponse> completion);
-  Result<AuthResponse> handleAuthentication(const Words& words, const DataTaskResult& result);
+  void dataTask(HttpRequest request, std::function<void(DataTaskResult)> handle);
+  // Whether the answer is a success as this call sees it.
+  Result<void> judgedByStatus(const CallFacts& call, const Result<Answer>& answer) const;
+  void storeToken(const std::string& token);
+
+  void tell(const CallFacts& call, std::string_view CallLines::*line,
+            std::initializer_list<std::string_view> values = {}) const;
+  void tellLine(const CallFacts& call, std::string_view line) const;
+  void tellRefusal(const CallFacts& call, const Answer& answer, const Error& error) const;
+  void log(std::string_view line, std::string_view detail = {}) const;
 
   Result<HttpRequest> makeRefreshRequest() const;
   void finishRefresh(const DataTaskResult& result, const Completion<AuthResponse>& completion);
-  Result<AuthResponse> storeRefreshedToken(const Answer& answer);
+  Result<AuthResponse> storeRefreshedToken(const Result<Answer>& answer);
   void drainRefreshQueue(const std::optional<Error>& error, const std::optional<std::string>& data);
 
-  std::string enrollmentRoot() const;
   Result<CheckinResponse> judgeCheckin(const DataTaskResult& result);
   Result<Answer> completionAnswer(const DataTaskResult& result);
-  Result<CompleteEnrollmentResponse> judgeCompletion(const Answer& answer);
-
-  void log(std::string_view line, std::string_view detail = {}) const;
+  Result<CompleteEnrollmentResponse> judgeCompletion(const Result<Answer>& answer);
 
   HttpSession& http_;
   SettingsStore& settings_;
@@ -194,5 +176,63 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   bool isRefreshingToken_ = false;
   std::vector<Completion<AuthResponse>> refreshCompletionQueue_;
 };
+
+template <class Body, class T, std::size_t places>
+void NetworkService::run(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments,
+                         const Body& body, Completion<T> completion) {
+  auto request = requestOf(call, arguments, body);
+  if (!request.ok()) {
+    completion(request.error());
+    return;
+  }
+  sendRequest(call, std::move(request).value(), answering(call, std::move(completion)));
+}
+
+template <class Body, class T, std::size_t places>
+Result<HttpRequest> NetworkService::requestOf(const CallRow<Body, T, places>& call,
+                                              const PathArguments<places>& arguments,
+                                              const Body& body) const {
+  auto request = buildRequest(call, filledPath(call.path, arguments.values()), encoded(body));
+  if (request.ok() && call.log && call.log->sending) {
+    tellLine(call, call.log->sending(request.value().url, body));
+  }
+  return request;
+}
+
+template <class Body, class T, std::size_t places>
+Completion<NetworkService::Answer> NetworkService::answering(const CallRow<Body, T, places>& call,
+                                                             Completion<T> completion) {
+  return [this, call, completion = std::move(completion)](const Result<Answer>& answer) {
+    completion(judged(call, answer));
+  };
+}
+
+template <class Body, class T, std::size_t places>
+Result<T> NetworkService::judged(const CallRow<Body, T, places>& call, const Result<Answer>& answer) {
+  auto success = judgedByStatus(call, answer);
+  if constexpr (std::same_as<T, void>) {
+    return success;
+  } else {
+    auto record = success.ok() ? decodeJson<T>(answer.value().data) : Result<T>(success.error());
+    if (record.ok()) {
+      noteSuccess(call, record.value());
+    } else if (answer.ok()) {
+      tellRefusal(call, answer.value(), record.error());
+    }
+    return record;
+  }
+}
+
+template <class Body, class T, std::size_t places>
+void NetworkService::noteSuccess(const CallRow<Body, T, places>& call, const T& record) {
+  if constexpr (requires { record.token; }) {
+    if (call.rules.token == Token::fromAnswer) {
+      storeToken(record.token);
+    }
+  }
+  if (call.log && call.log->success) {
+    tellLine(call, call.log->success(record));
+  }
+}
 
 }  // namespace quillmar

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "client/child_calls.h"
+#include "client/network_service.h"
 #include "foundation/filled_text.h"
 #include "foundation/text.h"
 #include "platform/hop.h"
@@ -13,8 +15,8 @@ AddChildView::AddChildView(Environment& environment, std::function<void()> onChi
 
 void AddChildView::create() {
   isLoading = true;
-  environment_.networkService()->createChild(
-      {.name = name(), .photoURL = std::nullopt, .birthYear = wholeNumber(birthYear())},
+  environment_.networkService()->send(
+      calls::createChild, {.name = name(), .photoURL = std::nullopt, .birthYear = wholeNumber(birthYear())},
       hoppingToMain(environment_.platform().dispatch,
                     weakly([this](const Result<ChildProfileWithDevices>& result) { handleResult(result); })));
 }

@@ -4,11 +4,12 @@
 #include <string>
 
 #include "app/session/environment.h"
-#include "client/network_service.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
+
+struct ChildProfileWithDevices;
 
 // Creates a child profile. The only place where a birth year can be given.
 class AddChildView final : public ScreenModel {

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "client/child_calls.h"
+#include "client/network_service.h"
 #include "presentation/avatar.h"
 
 namespace quillmar {
@@ -72,9 +74,9 @@ void ChildDetailView::showPassingTime() {
 }
 
 void ChildDetailView::reloadChild() {
-  page_.service().getChild(page_.child().id,
-                           page_.completion<ChildProfileWithDevices>(
-                               [this](const ChildProfileWithDevices& answer) { show(answer); }));
+  page_.service().send(calls::getChild, {page_.child().id},
+                       page_.completion<ChildProfileWithDevices>(
+                           [this](const ChildProfileWithDevices& answer) { show(answer); }));
 }
 
 void ChildDetailView::show(const ChildProfileWithDevices& answer) {
@@ -91,15 +93,15 @@ void ChildDetailView::saveChildName(const std::string& newName) {
   }
   UpdateChildRequest changes;
   changes.name = newName;
-  page_.service().updateChild(page_.child().id, changes,
-                              page_.completion<ChildProfile>([this](const ChildProfile& /*answer*/) {
-                                onUpdate_();
-                                dismiss();
-                              }));
+  page_.service().send(calls::updateChild, {page_.child().id}, changes,
+                       page_.completion<ChildProfile>([this](const ChildProfile& /*answer*/) {
+                         onUpdate_();
+                         dismiss();
+                       }));
 }
 
 void ChildDetailView::deleteChild() {
-  page_.service().deleteChild(page_.child().id, page_.completion<void>([this] {
+  page_.service().send(calls::deleteChild, {page_.child().id}, page_.completion<void>([this] {
     onUpdate_();
     dismiss();
   }));

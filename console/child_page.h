@@ -6,6 +6,7 @@
 
 #include "app/session/environment.h"
 #include "client/network_service.h"
+#include "client/records/child.h"
 #include "platform/hop.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"

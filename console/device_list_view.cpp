@@ -4,6 +4,8 @@
 #include <numeric>
 #include <utility>
 
+#include "client/child_calls.h"
+#include "client/network_service.h"
 #include "console/keyed_rows.h"
 #include "platform/hop.h"
 #include "presentation/adaptive_content.h"
@@ -92,8 +94,10 @@ void DeviceListView::load() {
   isLoading = children().empty();
   cardsAppeared = false;
   awaitReload();
-  environment_.networkService()->getChildren(hoppingToMain(
-      dispatch_, weakly([this](const Result<ChildrenResponse>& result) { handleLoad(result); })));
+  environment_.networkService()->send(
+      calls::getChildren, hoppingToMain(dispatch_, weakly([this](const Result<ChildrenResponse>& result) {
+                                          handleLoad(result);
+                                        })));
 }
 
 void DeviceListView::awaitReload() {
@@ -131,9 +135,10 @@ void DeviceListView::backgroundRefresh() {
     return;
   }
   isBackgroundRefreshing = true;
-  environment_.networkService()->getChildren(hoppingToMain(
-      dispatch_,
-      weakly([this](const Result<ChildrenResponse>& result) { handleBackgroundRefresh(result); })));
+  environment_.networkService()->send(
+      calls::getChildren, hoppingToMain(dispatch_, weakly([this](const Result<ChildrenResponse>& result) {
+                                          handleBackgroundRefresh(result);
+                                        })));
 }
 
 void DeviceListView::handleBackgroundRefresh(const Result<ChildrenResponse>& result) {

@@ -10,7 +10,7 @@
 #include "app/session/appearance_manager.h"
 #include "app/session/environment.h"
 #include "app/session/passing_time.h"
-#include "client/network_service.h"
+#include "client/records/child.h"
 #include "console/add_child_view.h"
 #include "console/add_device_sheet.h"
 #include "console/child_dashboard_card.h"

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "client/child_calls.h"
+#include "client/network_service.h"
 #include "console/child_dashboard_card.h"
 #include "console/keyed_rows.h"
 #include "presentation/device_texts.h"
@@ -27,8 +29,8 @@ void DevicesSection::start() {
 }
 
 void DevicesSection::refresh() {
-  page_.service().getChild(
-      page_.child().id,
+  page_.service().send(
+      calls::getChild, {page_.child().id},
       hoppingToMain(page_.dispatch(), screen_.weakly([this](const Result<ChildProfileWithDevices>& result) {
         if (result.ok()) {
           show(result.value().devices);
@@ -63,7 +65,7 @@ void DevicesSection::unlinkSelected() {
     return;
   }
   const std::string id = deviceToUnlink()->id;
-  page_.service().unlinkDevice(page_.child().id, id, page_.completion<void>([this, id] {
+  page_.service().send(calls::unlinkDevice, {page_.child().id, id}, page_.completion<void>([this, id] {
     auto remaining = devices();
     std::erase_if(remaining, [&](const Device& device) { return device.id == id; });
     show(std::move(remaining));

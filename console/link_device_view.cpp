@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "client/child_calls.h"
+#include "client/device_calls.h"
+#include "client/network_service.h"
 #include "console/keyed_rows.h"
 #include "platform/hop.h"
 #include "presentation/device_texts.h"
@@ -71,26 +74,26 @@ void LinkDeviceView::showRows() {
 
 void LinkDeviceView::loadUnassignedDevices() {
   isLoading = true;
-  environment_.networkService()->getChildren(
-      hoppingToMain(dispatch_, weakly([this](const Result<ChildrenResponse>& result) {
-                      isLoading = false;
-                      if (result.ok()) {
-                        unassignedDevices = result.value().unassignedDevices;
-                      } else {
-                        errorAlert.show(result.error());
-                      }
-                    })));
+  environment_.networkService()->send(
+      calls::getChildren, hoppingToMain(dispatch_, weakly([this](const Result<ChildrenResponse>& result) {
+                                          isLoading = false;
+                                          if (result.ok()) {
+                                            unassignedDevices = result.value().unassignedDevices;
+                                          } else {
+                                            errorAlert.show(result.error());
+                                          }
+                                        })));
 }
 
 void LinkDeviceView::linkSelectedDevice(const Device& device) {
-  environment_.networkService()->linkDevice(
-      childId_, device.id, hoppingToMain(dispatch_, weakly([this](const Result<void>& result) {
-                                           if (result.ok()) {
-                                             finish();
-                                           } else {
-                                             errorAlert.show(result.error());
-                                           }
-                                         })));
+  environment_.networkService()->send(calls::linkDevice, {childId_}, {device.id},
+                                      hoppingToMain(dispatch_, weakly([this](const Result<void>& result) {
+                                                      if (result.ok()) {
+                                                        finish();
+                                                      } else {
+                                                        errorAlert.show(result.error());
+                                                      }
+                                                    })));
 }
 
 void LinkDeviceView::finish() {
@@ -114,17 +117,18 @@ void LinkDeviceView::deleteSelected() {
     return;
   }
   const std::string id = deviceToDelete()->id;
-  environment_.networkService()->deleteDevice(
-      id, hoppingToMain(dispatch_, weakly([this, id](const Result<void>& result) {
-                          if (!result.ok()) {
-                            errorAlert.show(result.error());
-                            return;
-                          }
-                          auto remaining = unassignedDevices();
-                          std::erase_if(remaining, [&](const Device& device) { return device.id == id; });
-                          unassignedDevices = std::move(remaining);
-                          onDeviceLinked_();
-                        })));
+  environment_.networkService()->send(
+      calls::deleteDevice, {id},
+      hoppingToMain(dispatch_, weakly([this, id](const Result<void>& result) {
+                      if (!result.ok()) {
+                        errorAlert.show(result.error());
+                        return;
+                      }
+                      auto remaining = unassignedDevices();
+                      std::erase_if(remaining, [&](const Device& device) { return device.id == id; });
+                      unassignedDevices = std::move(remaining);
+                      onDeviceLinked_();
+                    })));
 }
 
 }  // namespace quillmar

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "app/session/environment.h"
-#include "client/network_service.h"
+#include "client/records/device.h"
 #include "console/manual_enrollment_view.h"
 #include "console/opening_row.h"
 #include "console/scanner_view.h"

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "client/enrollment_calls.h"
+#include "client/network_service.h"
 #include "platform/hop.h"
 
 namespace quillmar {
@@ -56,7 +58,8 @@ void ManualEnrollmentView::enroll() {
   environment_.platform().log.system(
       childId_ ? "[ManualEnrollmentView] Enrolling device with childId: " + *childId_
                : "[ManualEnrollmentView] Enrolling device without childId (will be unassigned)");
-  environment_.networkService()->manualEnrollment(
+  environment_.networkService()->send(
+      calls::manualEnrollment,
       {.deviceName = deviceName(),
        .deviceType = std::string(rawValue(selectedDeviceType())),
        .deviceIP = deviceIP().empty() ? std::nullopt : std::optional(deviceIP()),

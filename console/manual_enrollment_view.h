@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "app/session/environment.h"
-#include "client/network_service.h"
+#include "client/records/enrollment.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 

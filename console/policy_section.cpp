@@ -2,6 +2,8 @@
 
 #include <iterator>
 
+#include "client/child_calls.h"
+#include "client/network_service.h"
 #include "console/keyed_rows.h"
 #include "console/root_domain.h"
 #include "foundation/text.h"
@@ -33,42 +35,41 @@ void PolicySection::update() {
   if (isBlocked()) {
     blockMode = std::string("whitelist");
   }
-  page_.service().updateChildPolicy(page_.child().id, isBlocked(), blockMode(),
-                                    page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                      policy = answer;
-                                      blockedDomains = answer.blockedDomains;
-                                      allowedDomains = answer.allowedDomains;
-                                    }));
+  page_.service().send(calls::updateChildPolicy, {page_.child().id},
+                       {.isBlocked = isBlocked(), .blockMode = blockMode()},
+                       page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
+                         policy = answer;
+                         blockedDomains = answer.blockedDomains;
+                         allowedDomains = answer.allowedDomains;
+                       }));
 }
 
 void PolicySection::addAllowed() {
-  page_.service().addChildAllowedDomain(page_.child().id, normalised(newDomain()),
-                                        page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                          allowedDomains = answer.allowedDomains;
-                                          newDomain = std::string();
-                                        }));
+  page_.service().send(calls::addChildAllowedDomain, {page_.child().id}, {normalised(newDomain())},
+                       page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
+                         allowedDomains = answer.allowedDomains;
+                         newDomain = std::string();
+                       }));
 }
 
 void PolicySection::addBlocked() {
-  page_.service().addChildBlockedDomain(page_.child().id, normalised(newBlockedDomain()),
-                                        page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                          blockedDomains = answer.blockedDomains;
-                                          newBlockedDomain = std::string();
-                                        }));
+  page_.service().send(calls::addChildBlockedDomain, {page_.child().id}, {normalised(newBlockedDomain())},
+                       page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
+                         blockedDomains = answer.blockedDomains;
+                         newBlockedDomain = std::string();
+                       }));
 }
 
 void PolicySection::removeAllowed(const std::string& domain) {
-  page_.service().removeChildAllowedDomain(page_.child().id, domain,
-                                           page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                             allowedDomains = answer.allowedDomains;
-                                           }));
+  page_.service().send(calls::removeChildAllowedDomain, {page_.child().id, domain},
+                       page_.completion<ChildPolicy>(
+                           [this](const ChildPolicy& answer) { allowedDomains = answer.allowedDomains; }));
 }
 
 void PolicySection::removeBlocked(const std::string& domain) {
-  page_.service().removeChildBlockedDomain(page_.child().id, domain,
-                                           page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                             blockedDomains = answer.blockedDomains;
-                                           }));
+  page_.service().send(calls::removeChildBlockedDomain, {page_.child().id, domain},
+                       page_.completion<ChildPolicy>(
+                           [this](const ChildPolicy& answer) { blockedDomains = answer.blockedDomains; }));
 }
 
 void PolicySection::allowFromLog(const DNSLog& log) {
@@ -76,19 +77,19 @@ void PolicySection::allowFromLog(const DNSLog& log) {
   if (isDomainAllowed(site)) {
     return;
   }
-  page_.service().addChildAllowedDomain(page_.child().id, site,
-                                        page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                          allowedDomains = answer.allowedDomains;
-                                          page_.platform().haptics.play(HapticFeedback::success);
-                                        }));
+  page_.service().send(calls::addChildAllowedDomain, {page_.child().id}, {site},
+                       page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
+                         allowedDomains = answer.allowedDomains;
+                         page_.platform().haptics.play(HapticFeedback::success);
+                       }));
 }
 
 void PolicySection::blockFromLog(const DNSLog& log) {
-  page_.service().addChildBlockedDomain(page_.child().id, rootDomain(log),
-                                        page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
-                                          blockedDomains = answer.blockedDomains;
-                                          page_.platform().haptics.play(HapticFeedback::success);
-                                        }));
+  page_.service().send(calls::addChildBlockedDomain, {page_.child().id}, {rootDomain(log)},
+                       page_.completion<ChildPolicy>([this](const ChildPolicy& answer) {
+                         blockedDomains = answer.blockedDomains;
+                         page_.platform().haptics.play(HapticFeedback::success);
+                       }));
 }
 
 bool PolicySection::isDomainAllowed(std::string_view domain) const {

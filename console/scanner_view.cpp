@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "client/enrollment_calls.h"
+#include "client/network_service.h"
 #include "client/records/enrollment.h"
 #include "foundation/json.h"
 #include "platform/hop.h"
@@ -165,8 +167,10 @@ void ScannerView::complete() {
       childId_ ? "[ScannerView] Enrolling device with childId: " + *childId_
                : "[ScannerView] Enrolling device without childId (will be unassigned)");
   environment_.networkService()->completeEnrollment(
-      payload.value().enrollmentCode, deviceName().empty() ? payload.value().deviceName : deviceName(),
-      childId_, false,
+      {.enrollmentCode = payload.value().enrollmentCode,
+       .deviceName = deviceName().empty() ? payload.value().deviceName : deviceName(),
+       .childId = childId_},
+      false,
       hoppingToMain(environment_.platform().dispatch,
                     weakly([this, diagnosis](const Result<CompleteEnrollmentResponse>& result) {
                       handleCompletion(result, diagnosis);

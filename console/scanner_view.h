@@ -7,12 +7,13 @@
 #include <string>
 
 #include "app/session/environment.h"
-#include "client/network_service.h"
 #include "console/qr_scanner_view_controller.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
+
+struct CompleteEnrollmentResponse;
 
 enum class ScannerStage { scanning, success, review };
 

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "client/account_calls.h"
 #include "client/network_service.h"
 #include "platform/hop.h"
 
@@ -75,8 +76,8 @@ void SettingsView::startDeletion() {
       session->logout();
     }
   };
-  environment_.networkService()->deleteAccount(
-      deleteAccountPassword(), hoppingToMain(environment_.platform().dispatch, std::move(handle)));
+  environment_.networkService()->send(calls::deleteAccount, {deleteAccountPassword()},
+                                      hoppingToMain(environment_.platform().dispatch, std::move(handle)));
 }
 
 void SettingsView::handleDeletion(const Result<void>& result) {

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "client/family_calls.h"
 #include "client/network_service.h"
 #include "platform/hop.h"
 
@@ -40,8 +41,10 @@ std::optional<std::string> FamilyMembersView::computeFamilyName() const {
 
 void FamilyMembersView::load() {
   isLoading = true;
-  environment_.networkService()->getFamily(hoppingToMain(
-      dispatch_, weakly([this](const Result<FamilyResponse>& result) { handleFamily(result); })));
+  environment_.networkService()->send(
+      calls::getFamily, hoppingToMain(dispatch_, weakly([this](const Result<FamilyResponse>& result) {
+                                        handleFamily(result);
+                                      })));
 }
 
 void FamilyMembersView::handleFamily(const Result<FamilyResponse>& result) {
@@ -78,10 +81,11 @@ void FamilyMembersView::updateRows() {
 
 void FamilyMembersView::startInvitation() {
   isCreatingInvite = true;
-  environment_.networkService()->createInvitation(
-      std::nullopt, hoppingToMain(dispatch_, weakly([this](const Result<CreateInvitationResponse>& result) {
-                                    handleInvitation(result);
-                                  })));
+  environment_.networkService()->send(
+      calls::createInvitation, {std::nullopt},
+      hoppingToMain(dispatch_, weakly([this](const Result<CreateInvitationResponse>& result) {
+                      handleInvitation(result);
+                    })));
 }
 
 void FamilyMembersView::handleInvitation(const Result<CreateInvitationResponse>& result) {
@@ -113,8 +117,8 @@ void FamilyMembersView::updatePermissions(const UpdateMemberPermissionsRequest& 
     whenDone();
     handleChange(result);
   });
-  environment_.networkService()->updateMemberPermissions(selectedMember()->id, changes,
-                                                         hoppingToMain(dispatch_, std::move(handle)));
+  environment_.networkService()->send(calls::updateMemberPermissions, {selectedMember()->id}, changes,
+                                      hoppingToMain(dispatch_, std::move(handle)));
 }
 
 void FamilyMembersView::askToRemove() {
@@ -132,14 +136,14 @@ void FamilyMembersView::removeSelected() {
     }
     handleChange(result);
   });
-  environment_.networkService()->removeMember(selectedMember()->id,
-                                              hoppingToMain(dispatch_, std::move(handle)));
+  environment_.networkService()->send(calls::removeMember, {selectedMember()->id},
+                                      hoppingToMain(dispatch_, std::move(handle)));
 }
 
 // The service knows an invitation by its code here, not by its id.
 void FamilyMembersView::revoke(const FamilyInvitation& invitation) {
-  environment_.networkService()->revokeInvitation(
-      invitation.inviteCode,
+  environment_.networkService()->send(
+      calls::revokeInvitation, {invitation.inviteCode},
       hoppingToMain(dispatch_, weakly([this](const Result<void>& result) { handleChange(result); })));
 }
 

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "client/home_network_calls.h"
 #include "client/network_service.h"
 #include "foundation/text.h"
 #include "platform/hop.h"
@@ -85,8 +86,11 @@ std::string HomeNetworkView::computeUpdateQuestion() const {
 
 void HomeNetworkView::load() {
   isLoading = true;
-  environment_.networkService()->getHomeNetwork(hoppingToMain(
-      dispatch_, weakly([this](const Result<HomeNetworkResponse>& result) { handleHomeNetwork(result); })));
+  environment_.networkService()->send(
+      calls::getHomeNetwork,
+      hoppingToMain(dispatch_, weakly([this](const Result<HomeNetworkResponse>& result) {
+                      handleHomeNetwork(result);
+                    })));
 }
 
 void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& result) {
@@ -103,8 +107,8 @@ void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& resul
 
 void HomeNetworkView::create() {
   isLoading = true;
-  environment_.networkService()->createHomeNetwork(
-      std::nullopt, true,
+  environment_.networkService()->send(
+      calls::createHomeNetwork, {.name = std::nullopt, .confirm = true},
       hoppingToMain(dispatch_, weakly([this](const Result<CreateHomeNetworkResponse>& result) {
                       handleCreation(result);
                     })));
@@ -124,9 +128,11 @@ void HomeNetworkView::handleCreation(const Result<CreateHomeNetworkResponse>& re
 
 void HomeNetworkView::update() {
   isUpdatingIP = true;
-  environment_.networkService()->updateHomeNetworkIP(hoppingToMain(
-      dispatch_,
-      weakly([this](const Result<UpdateHomeNetworkIPResponse>& result) { handleUpdate(result); })));
+  environment_.networkService()->send(
+      calls::updateHomeNetworkIP, {.confirm = true},
+      hoppingToMain(dispatch_, weakly([this](const Result<UpdateHomeNetworkIPResponse>& result) {
+                      handleUpdate(result);
+                    })));
 }
 
 void HomeNetworkView::handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result) {

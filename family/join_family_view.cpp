@@ -3,6 +3,7 @@
 #include <string_view>
 #include <utility>
 
+#include "client/family_calls.h"
 #include "client/network_service.h"
 #include "family/invite_text.h"
 #include "foundation/text.h"
@@ -96,10 +97,11 @@ void JoinFamilyView::checkCode() {
   }
   isValidating = true;
   validationResult = std::nullopt;
-  environment_.networkService()->validateInvite(
-      inviteCode(), hoppingToMain(dispatch_, weakly([this](const Result<ValidateInviteResponse>& result) {
-                                    handleValidation(result);
-                                  })));
+  environment_.networkService()->send(
+      calls::validateInvite, {inviteCode()},
+      hoppingToMain(dispatch_, weakly([this](const Result<ValidateInviteResponse>& result) {
+                      handleValidation(result);
+                    })));
 }
 
 void JoinFamilyView::handleValidation(const Result<ValidateInviteResponse>& result) {
@@ -114,8 +116,8 @@ void JoinFamilyView::startOver() {
 
 void JoinFamilyView::startJoining() {
   isJoining = true;
-  environment_.networkService()->joinFamily(
-      {inviteCode(), email(), password(), displayName()},
+  environment_.networkService()->send(
+      calls::joinFamily, {inviteCode(), email(), password(), displayName()},
       hoppingToMain(dispatch_,
                     weakly([this](const Result<JoinFamilyResponse>& result) { handleJoining(result); })));
 }

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <utility>
 
+#include "client/network_service.h"
+#include "client/records/account.h"
 #include "foundation/text.h"
 #include "identity/initials.h"
 #include "platform/hop.h"

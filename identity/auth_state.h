@@ -5,12 +5,15 @@
 #include <string>
 #include <string_view>
 
-#include "client/network_service.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"
+#include "platform/log.h"
 #include "platform/settings.h"
 
 namespace quillmar {
+
+class NetworkService;
+struct AuthResponse;
 
 // Whether a parent is signed in on this device, and who. Performs no login itself: screens call the service
 // and bring the answer here. A failed refresh never ends a session; only `logout` does.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "client/account_calls.h"
 #include "client/network_service.h"
 #include "platform/hop.h"
 
@@ -70,8 +71,8 @@ void LoginView::beginSignIn() {
 
 void LoginView::startSignIn() {
   beginSignIn();
-  environment_.networkService()->login(
-      {email(), password()},
+  environment_.networkService()->send(
+      calls::login, {email(), password()},
       hoppingToMain(dispatch_, weakly([this](const Result<AuthResponse>& result) { handleSignIn(result); })));
 }
 
@@ -103,8 +104,8 @@ void LoginView::startBiometricSignIn() {
 
 void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
   if (credentials.ok()) {
-    environment_.networkService()->login(
-        {credentials.value().email, credentials.value().password},
+    environment_.networkService()->send(
+        calls::login, {credentials.value().email, credentials.value().password},
         hoppingToMain(dispatch_, weakly([this](const Result<AuthResponse>& result) {
                         isLoading = false;
                         openSession(result);

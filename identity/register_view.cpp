@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "app/session/role_manager.h"
+#include "client/account_calls.h"
 #include "client/network_service.h"
 #include "foundation/text.h"
 #include "identity/auth_state.h"
@@ -86,8 +87,8 @@ RegisterRequest RegisterView::account() const {
 void RegisterView::startRegistration() {
   isLoading = true;
   errorAlert.message = std::string();
-  environment_.networkService()->registerAccount(
-      account(),
+  environment_.networkService()->send(
+      calls::registerAccount, account(),
       hoppingToMain(environment_.platform().dispatch,
                     weakly([this](const Result<AuthResponse>& result) { handleRegistration(result); })));
 }

@@ -31,6 +31,14 @@ template <>
 inline constexpr auto wire<LoginRequest> = record(required("email", &LoginRequest::email),
                                                   required("password", &LoginRequest::password));
 
+struct DeleteAccountRequest {
+  std::string password;
+};
+
+template <>
+inline constexpr auto wire<DeleteAccountRequest> = record(required("password",
+                                                                   &DeleteAccountRequest::password));
+
 // The answer of a registration, a login and a refresh alike; a refresh names the account too.
 struct AuthResponse {
   std::string token;

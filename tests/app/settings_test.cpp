@@ -8,6 +8,8 @@
 
 #include "app/session/appearance_manager.h"
 #include "app/session/role_manager.h"
+#include "client/network_service.h"
+#include "client/records/account.h"
 #include "testing/test_application.h"
 
 namespace quillmar {

@@ -1,3 +1,5 @@
+#include "client/account_calls.h"
+
 #include <functional>
 #include <ostream>
 #include <string>
@@ -33,14 +35,16 @@ const std::vector<Way> ways{
      {"[NetworkService] Register URL: https://au.example/api/v1/auth/register",
       "[NetworkService] Region from UserDefaults: australia"},
      "[NetworkService] Invalid URL: ",
-     [](NetworkService& service, Completion<AuthResponse> end) { service.registerAccount(newAccount, end); }},
+     [](NetworkService& service, Completion<AuthResponse> end) {
+       service.send(calls::registerAccount, newAccount, end);
+     }},
     {"login",
      "/auth/login",
      "Login",
      {"[NetworkService] Login URL: https://au.example/api/v1/auth/login"},
      "[NetworkService] Invalid login URL: ",
      [](NetworkService& service, Completion<AuthResponse> end) {
-       service.login({.email = "zoe@example.org", .password = password}, end);
+       service.send(calls::login, {.email = "zoe@example.org", .password = password}, end);
      }},
 };
 
@@ -159,7 +163,7 @@ class AccountCallsTest : public ClientTest {};
 TEST_F(AccountCallsTest, a_registration_sends_the_region_that_it_is_given) {
   RegisterRequest account = newAccount;
   account.region = "singapore";
-  service->registerAccount(account, outcome<AuthResponse>().completion());
+  service->send(calls::registerAccount, account, outcome<AuthResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(
       http.requests()[0].body,
@@ -169,8 +173,8 @@ TEST_F(AccountCallsTest, a_registration_sends_the_region_that_it_is_given) {
 }
 
 TEST_F(AccountCallsTest, what_was_typed_is_sent_untrimmed) {
-  service->login({.email = " zoe@example.org ", .password = " secret-x\t"},
-                 outcome<AuthResponse>().completion());
+  service->send(calls::login, {.email = " zoe@example.org ", .password = " secret-x\t"},
+                outcome<AuthResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].body, R"({"email":" zoe@example.org ","password":" secret-x\t"})");
 }
@@ -182,9 +186,9 @@ TEST_F(AccountCallsTest, of_a_bad_url_and_a_bad_body_the_url_is_told) {
   auto deleted = outcome<void>();
   RegisterRequest account = newAccount;
   account.name = notUtf8;
-  service->registerAccount(account, registered.completion());
-  service->login({.email = notUtf8, .password = password}, loggedIn.completion());
-  service->deleteAccount(notUtf8, deleted.completion());
+  service->send(calls::registerAccount, account, registered.completion());
+  service->send(calls::login, {.email = notUtf8, .password = password}, loggedIn.completion());
+  service->send(calls::deleteAccount, {notUtf8}, deleted.completion());
   EXPECT_EQ(registered.error(), NetworkError::invalidResponse());
   EXPECT_EQ(loggedIn.error(), NetworkError::invalidResponse());
   EXPECT_EQ(deleted.error(), NetworkError::invalidResponse());
@@ -195,7 +199,7 @@ TEST_F(AccountCallsTest, deleting_the_account_clears_nothing) {
   http.answer("DELETE", "/auth/account", 200);
   const auto before = settings.all();
   auto ended = outcome<void>();
-  service->deleteAccount(password, ended.completion());
+  service->send(calls::deleteAccount, {password}, ended.completion());
   settle();
   ended.value();
   EXPECT_EQ(settings.all(), before);
@@ -203,7 +207,7 @@ TEST_F(AccountCallsTest, deleting_the_account_clears_nothing) {
 }
 
 TEST_F(AccountCallsTest, an_empty_password_is_sent_too) {
-  service->deleteAccount("", outcome<void>().completion());
+  service->send(calls::deleteAccount, {""}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].body, R"({"password":""})");
 }

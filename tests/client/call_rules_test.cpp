@@ -16,7 +16,7 @@ using testing::SizeIs;
 using Kind = TransportError::Kind;
 using Headers = std::vector<std::pair<std::string, std::string>>;
 
-class CallRulesTest : public ClientTest, public testing::WithParamInterface<Call> {
+class CallRulesTest : public ClientTest, public testing::WithParamInterface<ContractCall> {
  protected:
   Outcome<void> start() {
     auto ended = outcome<void>();

@@ -7,30 +7,31 @@
 #include <utility>
 #include <vector>
 
+#include "client/call.h"
 #include "tests/client/client_test.h"
 
 namespace quillmar {
 
-enum class Token { none, bearer };
-enum class Root { required, orDefault };
-// When an answer is a success, and whose words a refusal has: `below400` is how a parent joins a family,
-// `byBody` how an invitation is looked up.
-enum class Judging { by2xx, byExactly200, below400, byBody };
 // Where the call completes. What can't be sent fails at once, unless all ends come on the main queue.
 enum class Ending { onSession, onMainQueue };
 
 // One call as the rules that all calls share see it.
-struct Call {
+struct ContractCall {
   std::string name = {};
   std::string method = {};
   std::string path = {};
+  // The path without its arguments, where it has some.
+  std::string pattern = {};
   std::optional<std::string> body = {};
+  // The records' names; empty for a call without one.
+  std::string bodyRecord = {};
   Token token = Token::bearer;
   Root root = Root::required;
   Judging judging = Judging::by2xx;
   Ending ending = Ending::onSession;
   // Of a success; empty for a call without a record.
   std::string answer = {};
+  std::string answerRecord = {};
   // An answer that is an empty object is one too.
   bool acceptsEmptyObject = false;
   // What the log says where there is no root.
@@ -43,7 +44,7 @@ struct Call {
   std::string unwritableEnd = {};
 };
 
-inline void PrintTo(const Call& call, std::ostream* out) { *out << call.name; }
+inline void PrintTo(const ContractCall& call, std::ostream* out) { *out << call.name; }
 
 // The rules look at how a call ends and not at what it brings.
 template <class T>
@@ -53,14 +54,17 @@ Completion<T> ending(Completion<void> completion) {
   };
 }
 
-std::vector<Call> accountCalls();  // enrollment and check-in too
-std::vector<Call> childCalls();
-std::vector<Call> deviceCalls();
-std::vector<Call> familyCalls();
-std::vector<Call> allCalls();
+std::vector<ContractCall> accountCalls();  // enrollment and check-in too
+std::vector<ContractCall> childCalls();
+std::vector<ContractCall> deviceCalls();
+std::vector<ContractCall> familyCalls();
+// All that follow the common rules, and the refresh, which has rules of its own.
+std::vector<ContractCall> allCalls();
+ContractCall refreshCall();
 
 // How a refusal ends whose body holds the service's own words, or nothing that can be read; none where the
 // body is not what the call wants to read.
-std::optional<NetworkError> refusal(const Call& call, int status, const std::optional<std::string>& words);
+std::optional<NetworkError> refusal(const ContractCall& call, int status,
+                                    const std::optional<std::string>& words);
 
 }  // namespace quillmar

@@ -1,9 +1,10 @@
+#include "client/child_calls.h"
+
 #include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "foundation/json_decode.h"
 #include "tests/client/console_answers.h"
 
 namespace quillmar {
@@ -33,13 +34,13 @@ const std::vector<Trail> trails{
      R"({"children":[)" + childBody() + "," + childBody() + R"(],"unassigned_devices":[]})",
      " - decoded 2 children",
      [](NetworkService& service, std::function<void(bool)> end) {
-       service.getChildren([end](const Result<ChildrenResponse>& result) { end(result.ok()); });
+       service.send(calls::getChildren, [end](const Result<ChildrenResponse>& result) { end(result.ok()); });
      }},
     {"createChild", "POST", " - URL: https://au.example/api/v1/children, name: Mia %@ %n", childBody(),
      " - success: Mia (id: c1)",
      [](NetworkService& service, std::function<void(bool)> end) {
-       service.createChild({.name = "Mia %@ %n", .photoURL = {}, .birthYear = {}},
-                           [end](const Result<ChildProfileWithDevices>& result) { end(result.ok()); });
+       service.send(calls::createChild, {.name = "Mia %@ %n", .photoURL = {}, .birthYear = {}},
+                    [end](const Result<ChildProfileWithDevices>& result) { end(result.ok()); });
      }},
 };
 
@@ -162,7 +163,7 @@ class ChildCallsTest : public ClientTest {
 
 TEST_F(ChildCallsTest, a_name_that_can_not_be_written_is_told_as_the_encoder_says_it) {
   auto ended = outcome<ChildProfileWithDevices>();
-  service->createChild({.name = notUtf8, .photoURL = {}, .birthYear = {}}, ended.completion());
+  service->send(calls::createChild, {.name = notUtf8, .photoURL = {}, .birthYear = {}}, ended.completion());
   EXPECT_EQ(ended.errorText(), unwritableText);
   EXPECT_THAT(log.systemLines(),
               ElementsAre("[NetworkService] createChild - encode error: " + std::string(unwritableText)));
@@ -170,8 +171,9 @@ TEST_F(ChildCallsTest, a_name_that_can_not_be_written_is_told_as_the_encoder_say
 
 TEST_F(ChildCallsTest, an_empty_object_is_a_family_without_children) {
   http.answer("GET", "/children", 200, "{}");
-  EXPECT_EQ(answered<ChildrenResponse>([](auto& calls, auto end) { calls.getChildren(end); }),
-            ChildrenResponse());
+  EXPECT_EQ(
+      answered<ChildrenResponse>([](auto& service, auto end) { service.send(calls::getChildren, end); }),
+      ChildrenResponse());
   EXPECT_EQ(log.systemLines().back(), "[NetworkService] getChildren - decoded 0 children");
 }
 
@@ -181,7 +183,8 @@ TEST_F(ChildCallsTest, children_come_with_devices_and_policies_and_the_rest_with
               R"("updated_at":"u","devices":[)" +
                   deviceBody() + R"(],"policy":)" + childPolicyBody() + R"(}],"unassigned_devices":[)" +
                   deviceBody() + "," + deviceBody() + "]}");
-  const auto answer = answered<ChildrenResponse>([](auto& calls, auto end) { calls.getChildren(end); });
+  const auto answer =
+      answered<ChildrenResponse>([](auto& service, auto end) { service.send(calls::getChildren, end); });
   ASSERT_THAT(answer.children, SizeIs(1));
   EXPECT_THAT(answer.children[0].devices, SizeIs(1));
   EXPECT_EQ(answer.children[0].policy->blockMode, "blacklist");
@@ -189,35 +192,35 @@ TEST_F(ChildCallsTest, children_come_with_devices_and_policies_and_the_rest_with
 }
 
 TEST_F(ChildCallsTest, a_new_child_is_sent_with_what_is_known_of_it) {
-  service->createChild({.name = " Mia ", .photoURL = "https://p.example/1", .birthYear = 2015},
-                       outcome<ChildProfileWithDevices>().completion());
+  service->send(calls::createChild, {.name = " Mia ", .photoURL = "https://p.example/1", .birthYear = 2015},
+                outcome<ChildProfileWithDevices>().completion());
   EXPECT_EQ(sentBody(), R"({"name":" Mia ","photo_url":"https://p.example/1","birth_year":2015})");
 }
 
 TEST_F(ChildCallsTest, an_update_sends_the_one_key_that_is_set) {
   UpdateChildRequest changes;
   changes.isActive = false;
-  service->updateChild("c1", changes, outcome<ChildProfile>().completion());
+  service->send(calls::updateChild, {"c1"}, changes, outcome<ChildProfile>().completion());
   EXPECT_EQ(sentBody(), R"({"is_active":false})");
 }
 
 TEST_F(ChildCallsTest, an_update_of_nothing_is_sent_all_the_same) {
-  service->updateChild("c1", {}, outcome<ChildProfile>().completion());
+  service->send(calls::updateChild, {"c1"}, {}, outcome<ChildProfile>().completion());
   EXPECT_EQ(sentBody(), "{}");
 }
 
 TEST_F(ChildCallsTest, an_updated_child_without_its_place_is_refused) {
   http.answer("PUT", "/children/c1", 200, childBody());
   auto ended = outcome<ChildProfile>();
-  service->updateChild("c1", {}, ended.completion());
+  service->send(calls::updateChild, {"c1"}, {}, ended.completion());
   settle();
   EXPECT_EQ(ended.errorText(), missingText);
 }
 
 TEST_F(ChildCallsTest, a_child_without_its_place_is_read) {
   http.answer("GET", "/children/c1", 200, childBody());
-  const auto child =
-      answered<ChildProfileWithDevices>([](auto& calls, auto end) { calls.getChild("c1", end); });
+  const auto child = answered<ChildProfileWithDevices>(
+      [](auto& service, auto end) { service.send(calls::getChild, {"c1"}, end); });
   EXPECT_EQ(child.displayOrder, 0);
   EXPECT_EQ(child.policy, std::nullopt);
 }
@@ -225,7 +228,7 @@ TEST_F(ChildCallsTest, a_child_without_its_place_is_read) {
 TEST_F(ChildCallsTest, a_deleted_child_that_is_not_there_is_not_found) {
   http.answer("DELETE", "/children/c1", 404, R"({"error":"own"})");
   auto ended = outcome<void>();
-  service->deleteChild("c1", ended.completion());
+  service->send(calls::deleteChild, {"c1"}, ended.completion());
   settle();
   EXPECT_EQ(ended.error(), NetworkError::notFound());
   EXPECT_EQ(ended.errorText(), "Resource not found");
@@ -235,8 +238,8 @@ TEST_F(ChildCallsTest, a_domain_that_no_url_can_hold_is_not_sent) {
   auto blocked = outcome<ChildPolicy>();
   auto allowed = outcome<ChildPolicy>();
   for (const std::string domain : {"a b", "bücher.example", "a\nb", "<b>", "100%"}) {
-    service->removeChildBlockedDomain("c1", domain, blocked.completion());
-    service->removeChildAllowedDomain("c1", domain, allowed.completion());
+    service->send(calls::removeChildBlockedDomain, {"c1", domain}, blocked.completion());
+    service->send(calls::removeChildAllowedDomain, {"c1", domain}, allowed.completion());
     EXPECT_EQ(blocked.error(), NetworkError::invalidResponse()) << domain;
     EXPECT_EQ(allowed.error(), NetworkError::invalidResponse()) << domain;
   }
@@ -244,9 +247,10 @@ TEST_F(ChildCallsTest, a_domain_that_no_url_can_hold_is_not_sent) {
 }
 
 TEST_F(ChildCallsTest, ids_and_domains_go_into_the_path_as_they_stand) {
-  service->removeChildBlockedDomain("c/1", "x.example/a?b=%41#c", outcome<ChildPolicy>().completion());
-  service->removeChildAllowedDomain("c1", "", outcome<ChildPolicy>().completion());
-  service->unlinkDevice("c1", "d?1", outcome<void>().completion());
+  service->send(calls::removeChildBlockedDomain, {"c/1", "x.example/a?b=%41#c"},
+                outcome<ChildPolicy>().completion());
+  service->send(calls::removeChildAllowedDomain, {"c1", ""}, outcome<ChildPolicy>().completion());
+  service->send(calls::unlinkDevice, {"c1", "d?1"}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(3));
   EXPECT_EQ(http.requests()[0].url,
             "https://au.example/api/v1/children/c/1/policy/block/x.example/a?b=%41#c");
@@ -255,15 +259,16 @@ TEST_F(ChildCallsTest, ids_and_domains_go_into_the_path_as_they_stand) {
 }
 
 TEST_F(ChildCallsTest, a_domain_is_sent_as_it_was_given) {
-  service->addChildBlockedDomain("c1", "https://X.example/ \n", outcome<ChildPolicy>().completion());
-  service->addChildAllowedDomain("c1", "", outcome<ChildPolicy>().completion());
+  service->send(calls::addChildBlockedDomain, {"c1"}, {"https://X.example/ \n"},
+                outcome<ChildPolicy>().completion());
+  service->send(calls::addChildAllowedDomain, {"c1"}, {""}, outcome<ChildPolicy>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
   EXPECT_EQ(http.requests()[0].body, R"({"domain":"https://X.example/ \n"})");
   EXPECT_EQ(http.requests()[1].body, R"({"domain":""})");
 }
 
 TEST_F(ChildCallsTest, the_mode_is_sent_as_it_was_given) {
-  service->updateChildPolicy("c1", true, "whitelist", outcome<ChildPolicy>().completion());
+  service->send(calls::updateChildPolicy, {"c1"}, {true, "whitelist"}, outcome<ChildPolicy>().completion());
   EXPECT_EQ(sentBody(), R"({"is_blocked":true,"block_mode":"whitelist"})");
 }
 
@@ -278,11 +283,17 @@ TEST_F(ChildCallsTest, a_changed_policy_is_answered_whole) {
   http.answerAlways("DELETE", "/children/c1/policy/allow/x", 200, body);
   const auto expected = decodeJson<ChildPolicy>(body).value();
   for (const auto& call : std::vector<std::function<void(NetworkService&, Completion<ChildPolicy>)>>{
-           [](auto&calls, auto end) { calls.updateChildPolicy("c1", true, "whitelist", end); },
-           [](auto&calls, auto end) { calls.addChildBlockedDomain("c1", "x", end); },
-           [](auto&calls, auto end) { calls.removeChildBlockedDomain("c1", "x", end); },
-           [](auto&calls, auto end) { calls.addChildAllowedDomain("c1", "x", end); },
-           [](auto&calls, auto end) { calls.removeChildAllowedDomain("c1", "x", end); }}) {
+           [](auto&service, auto end) {
+             service.send(calls::updateChildPolicy, {"c1"}, {true, "whitelist"}, end);
+           },
+           [](auto&service, auto end) { service.send(calls::addChildBlockedDomain, {"c1"}, {"x"}, end); },
+           [](auto&service, auto end) {
+             service.send(calls::removeChildBlockedDomain, {"c1", "x"}, end);
+           },
+           [](auto&service, auto end) { service.send(calls::addChildAllowedDomain, {"c1"}, {"x"}, end); },
+           [](auto&service, auto end) {
+             service.send(calls::removeChildAllowedDomain, {"c1", "x"}, end);
+           }}) {
     EXPECT_EQ(answered<ChildPolicy>(call), expected);
   }
 }

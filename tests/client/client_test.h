@@ -14,6 +14,8 @@
 #include <vector>
 
 #include "client/network_service.h"
+#include "client/records/account.h"
+#include "client/records/enrollment.h"
 #include "foundation/json.h"
 #include "testing/fake_platform.h"
 

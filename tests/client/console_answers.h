@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "client/records/dns_log.h"
+#include "client/records/family.h"
 #include "tests/client/client_test.h"
 
 namespace quillmar {

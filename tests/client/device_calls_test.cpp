@@ -1,3 +1,5 @@
+#include "client/device_calls.h"
+
 #include <algorithm>
 #include <chrono>
 #include <string>
@@ -22,41 +24,42 @@ class DeviceCallsTest : public ClientTest {
 };
 
 TEST_F(DeviceCallsTest, a_domain_is_encoded_for_the_path) {
-  service->removeBlockedDomain("d1", "a b.example", outcome<void>().completion());
-  service->removeAllowedDomain("d1", "bü%?#/x:@", outcome<void>().completion());
+  service->send(calls::removeBlockedDomain, {"d1", "a b.example"}, outcome<void>().completion());
+  service->send(calls::removeAllowedDomain, {"d1", "bü%?#/x:@"}, outcome<void>().completion());
   EXPECT_EQ(sentUrl(0), "https://au.example/api/v1/devices/d1/policy/block/a%20b.example");
   EXPECT_EQ(sentUrl(1), "https://au.example/api/v1/devices/d1/policy/allow/b%C3%BC%25%3F%23/x:@");
 }
 
 TEST_F(DeviceCallsTest, an_id_goes_into_the_path_as_it_stands) {
-  service->deleteDevice("d/%41", outcome<void>().completion());
+  service->send(calls::deleteDevice, {"d/%41"}, outcome<void>().completion());
   EXPECT_EQ(sentUrl(), "https://au.example/api/v1/devices/d/%41");
   auto ended = outcome<void>();
-  service->deleteDevice("d 1", ended.completion());
+  service->send(calls::deleteDevice, {"d 1"}, ended.completion());
   EXPECT_EQ(ended.error(), NetworkError::invalidResponse());
   EXPECT_THAT(http.requests(), SizeIs(1));
 }
 
 TEST_F(DeviceCallsTest, an_update_sends_what_is_set) {
-  service->updateDevice("d1", {.friendlyName = {}, .deviceName = "Tablet"}, outcome<Device>().completion());
-  service->updateDevice("d1", {}, outcome<Device>().completion());
+  service->send(calls::updateDevice, {"d1"}, {.friendlyName = {}, .deviceName = "Tablet"},
+                outcome<Device>().completion());
+  service->send(calls::updateDevice, {"d1"}, {}, outcome<Device>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
   EXPECT_EQ(http.requests()[0].body, R"({"device_name":"Tablet"})");
   EXPECT_EQ(http.requests()[1].body, "{}");
 }
 
 TEST_F(DeviceCallsTest, a_domain_in_a_body_is_sent_as_it_was_given) {
-  service->addBlockedDomain("d1", " X.Example", outcome<void>().completion());
+  service->send(calls::addBlockedDomain, {"d1"}, {" X.Example"}, outcome<void>().completion());
   EXPECT_EQ(http.requests().at(0).body, R"({"domain":" X.Example"})");
 }
 
 TEST_F(DeviceCallsTest, logs_come_in_the_order_of_the_answer) {
   const Logs logs{logEntry(2, "2016-10-08T01:00:00Z"), logEntry(1, "2016-10-08T02:00:00Z")};
   http.answer("GET", "/devices/d1/logs?limit=50&offset=100", 200, logsBody(logs));
-  auto ended = outcome<Logs>();
-  service->getDeviceLogs("d1", 50, 100, ended.completion());
+  auto ended = outcome<DNSLogsResponse>();
+  service->send(calls::getDeviceLogs, {"d1", 50, 100}, ended.completion());
   settle();
-  EXPECT_EQ(ended.value(), logs);
+  EXPECT_EQ(ended.value().logs, logs);
   EXPECT_FALSE(ended.onMainThread());
 }
 

@@ -1,3 +1,5 @@
+#include "client/enrollment_calls.h"
+
 #include <string>
 #include <vector>
 
@@ -55,7 +57,8 @@ TEST_F(ChildEnrollmentCallsTest, a_fresh_device_polls_the_default_root_and_an_en
 
 TEST_F(ChildEnrollmentCallsTest, an_unknown_region_falls_back_too) {
   settings.set(NetworkService::regionKey, "nowhere");
-  service->initEnrollment("d1", "Tablet", "ios", outcome<InitEnrollmentResponse>().completion());
+  service->send(calls::initEnrollment, {"d1", "Tablet", "ios"},
+                outcome<InitEnrollmentResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1/enrollment/init");
 }
@@ -74,7 +77,7 @@ TEST_F(ChildEnrollmentCallsTest, the_answers_are_handed_on_whole) {
       "GET", "/enrollment/status/d2", 200,
       R"({"status":"completed","device_id":"d2","doh_endpoint":"E","doh_base_url":"B","api_base_url":"A"})");
   auto init = outcome<InitEnrollmentResponse>();
-  service->initEnrollment("d1", "Tablet", "ios", init.completion());
+  service->send(calls::initEnrollment, {"d1", "Tablet", "ios"}, init.completion());
   const auto status = poll("d2");
   settle();
   EXPECT_EQ(init.value(),
@@ -91,7 +94,8 @@ TEST_F(ChildEnrollmentCallsTest, neither_call_logs_or_stores_anything) {
   http.answer("GET", "/enrollment/status/d1", 200,
               R"({"status":"completed","device_id":"d1","api_base_url":"A"})");
   const auto before = settings.all();
-  service->initEnrollment("d1", "Tablet", "ios", outcome<InitEnrollmentResponse>().completion());
+  service->send(calls::initEnrollment, {"d1", "Tablet", "ios"},
+                outcome<InitEnrollmentResponse>().completion());
   const auto polled = poll("d1");
   settle();
   EXPECT_TRUE(polled.succeeded());
@@ -106,7 +110,7 @@ class CompleteEnrollmentTest : public ClientTest {
   Outcome<CompleteEnrollmentResponse> complete(const std::string& deviceName = "Tablet", bool isRetry = false,
                                                const std::optional<std::string>& childId = {}) {
     auto completed = outcome<CompleteEnrollmentResponse>();
-    service->completeEnrollment("ABC123", deviceName, childId, isRetry, completed.completion());
+    service->completeEnrollment({"ABC123", deviceName, childId}, isRetry, completed.completion());
     return completed;
   }
   // The lines from the answer on.
@@ -306,7 +310,7 @@ class ManualEnrollmentTest : public ClientTest {
   Outcome<ManualEnrollmentResponse> enroll(DataTaskResult result) {
     http.answer("POST", "/enrollment/manual", std::move(result));
     auto enrolled = outcome<ManualEnrollmentResponse>();
-    service->manualEnrollment(television, enrolled.completion());
+    service->send(calls::manualEnrollment, television, enrolled.completion());
     settle();
     return enrolled;
   }
@@ -345,7 +349,7 @@ TEST_F(ManualEnrollmentTest, address_and_child_are_sent_when_given) {
   ManualEnrollmentRequest device = television;
   device.deviceIP = "";
   device.childId = "c1";
-  service->manualEnrollment(device, outcome<ManualEnrollmentResponse>().completion());
+  service->send(calls::manualEnrollment, device, outcome<ManualEnrollmentResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].body,
             R"({"device_name":"TV","device_type":"smart-tv","device_ip":"","child_id":"c1"})");

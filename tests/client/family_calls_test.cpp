@@ -1,5 +1,8 @@
+#include "client/family_calls.h"
+
 #include <string>
 
+#include "client/home_network_calls.h"
 #include "tests/client/console_answers.h"
 
 namespace quillmar {
@@ -13,7 +16,7 @@ class FamilyCallsTest : public ClientTest {
   Outcome<JoinFamilyResponse> joined(DataTaskResult result) {
     http.answer("POST", "/family/join", std::move(result));
     auto ended = outcome<JoinFamilyResponse>();
-    service->joinFamily(newParent, ended.completion());
+    service->send(calls::joinFamily, newParent, ended.completion());
     settle();
     EXPECT_EQ(ended.calls(), 1);
     return ended;
@@ -21,7 +24,7 @@ class FamilyCallsTest : public ClientTest {
   Outcome<ValidateInviteResponse> validated(DataTaskResult result) {
     http.answer("GET", "/family/invite/ABC123", std::move(result));
     auto ended = outcome<ValidateInviteResponse>();
-    service->validateInvite("ABC123", ended.completion());
+    service->send(calls::validateInvite, {"ABC123"}, ended.completion());
     settle();
     EXPECT_EQ(ended.calls(), 1);
     return ended;
@@ -61,8 +64,9 @@ TEST_F(FamilyCallsTest, joining_stores_and_logs_nothing) {
 }
 
 TEST_F(FamilyCallsTest, what_was_typed_is_sent_untrimmed) {
-  service->joinFamily({.inviteCode = " abc ", .email = "", .password = " secret-x\t", .displayName = "Sam "},
-                      outcome<JoinFamilyResponse>().completion());
+  service->send(calls::joinFamily,
+                {.inviteCode = " abc ", .email = "", .password = " secret-x\t", .displayName = "Sam "},
+                outcome<JoinFamilyResponse>().completion());
   EXPECT_EQ(http.requests().at(0).body,
             R"({"invite_code":" abc ","email":"","password":" secret-x\t","display_name":"Sam "})");
 }
@@ -103,31 +107,33 @@ TEST_F(FamilyCallsTest, a_good_invitation_says_whose_it_is) {
 
 TEST_F(FamilyCallsTest, a_code_that_no_url_can_hold_is_not_sent) {
   auto ended = outcome<ValidateInviteResponse>();
-  service->validateInvite("{\"code\":\"ABC123\"}", ended.completion());
+  service->send(calls::validateInvite, {"{\"code\":\"ABC123\"}"}, ended.completion());
   EXPECT_EQ(ended.error(), NetworkError::invalidResponse());
   EXPECT_THAT(http.requests(), IsEmpty());
 }
 
 TEST_F(FamilyCallsTest, codes_and_ids_go_into_the_path_as_they_stand) {
-  service->validateInvite("a/b?c", outcome<ValidateInviteResponse>().completion());
-  service->revokeInvitation("ABC/123", outcome<void>().completion());
+  service->send(calls::validateInvite, {"a/b?c"}, outcome<ValidateInviteResponse>().completion());
+  service->send(calls::revokeInvitation, {"ABC/123"}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
   EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1/family/invite/a/b?c");
   EXPECT_EQ(http.requests()[1].url, "https://au.example/api/v1/family/invite/ABC/123");
 }
 
 TEST_F(FamilyCallsTest, an_update_of_rights_sends_what_is_set) {
-  service->updateMemberPermissions("m1", {.canManageDevices = {}, .canManagePolicies = {}, .isActive = false},
-                                   outcome<void>().completion());
-  service->updateMemberPermissions("m1", {}, outcome<void>().completion());
+  service->send(calls::updateMemberPermissions, {"m1"},
+                {.canManageDevices = {}, .canManagePolicies = {}, .isActive = false},
+                outcome<void>().completion());
+  service->send(calls::updateMemberPermissions, {"m1"}, {}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
   EXPECT_EQ(http.requests()[0].body, R"({"is_active":false})");
   EXPECT_EQ(http.requests()[1].body, "{}");
 }
 
 TEST_F(FamilyCallsTest, an_invitation_and_a_network_without_a_name_leave_it_out) {
-  service->createInvitation(std::nullopt, outcome<CreateInvitationResponse>().completion());
-  service->createHomeNetwork(std::nullopt, true, outcome<CreateHomeNetworkResponse>().completion());
+  service->send(calls::createInvitation, {std::nullopt}, outcome<CreateInvitationResponse>().completion());
+  service->send(calls::createHomeNetwork, {std::nullopt, true},
+                outcome<CreateHomeNetworkResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
   EXPECT_EQ(http.requests()[0].body, "{}");
   EXPECT_EQ(http.requests()[1].body, R"({"confirm":true})");
@@ -136,7 +142,7 @@ TEST_F(FamilyCallsTest, an_invitation_and_a_network_without_a_name_leave_it_out)
 TEST_F(FamilyCallsTest, a_member_without_the_right_is_denied_access) {
   http.answer("DELETE", "/family/members/m1", 403, R"({"error":"own"})");
   auto ended = outcome<void>();
-  service->removeMember("m1", ended.completion());
+  service->send(calls::removeMember, {"m1"}, ended.completion());
   settle();
   EXPECT_EQ(ended.errorText(), "Access denied");
 }
@@ -144,7 +150,7 @@ TEST_F(FamilyCallsTest, a_member_without_the_right_is_denied_access) {
 TEST_F(FamilyCallsTest, no_call_of_a_member_logs_more_than_its_token) {
   http.answer("GET", "/family", 200, R"({"family":null,"members":[],"is_primary":false})");
   auto ended = outcome<FamilyResponse>();
-  service->getFamily(ended.completion());
+  service->send(calls::getFamily, ended.completion());
   settle();
   EXPECT_EQ(ended.value().family, std::nullopt);
   EXPECT_THAT(printed(), testing::ElementsAre("[NetworkService] addAuthHeader - token found, length: 12"));

@@ -189,16 +189,9 @@ std::vector<Fault> allFaults() {
 
 void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
 
-// The refresh, which has no row in the table of calls that follow the common rules, is one here.
-std::vector<Call> everyCall() {
-  std::vector<Call> all = allCalls();
-  all.push_back({.name = "refreshToken",
-                 .method = "POST",
-                 .path = "/auth/refresh",
-                 .answer = authBody(newToken),
-                 .start = [](NetworkService& service, Completion<void> end) {
-                   service.refreshToken(ending<AuthResponse>(end));
-                 }});
+std::vector<ContractCall> everyCall() {
+  std::vector<ContractCall> all = allCalls();
+  all.push_back(refreshCall());
   return all;
 }
 
@@ -304,7 +297,7 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
   }
 
   // The call whose first request meets the fault.
-  Outcome<void> run(const Call& call) {
+  Outcome<void> run(const ContractCall& call) {
     server.arm(GetParam(), call.answer);
     auto ended = outcome<void>();
     call.start(*service, ended.completion());
@@ -315,7 +308,7 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
     settle();
     return ended;
   }
-  bool isFine(const Call& call) {
+  bool isFine(const ContractCall& call) {
     auto ended = outcome<void>();
     call.start(*service, ended.completion());
     settle();
@@ -330,12 +323,12 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
     poke();
   }
   // Whether the request goes out a second time: the fault looks like a kept connection that was dead.
-  bool isRepeated(const Call& call, bool kept) const {
+  bool isRepeated(const ContractCall& call, bool kept) const {
     const bool beganAnAnswer = GetParam().bytes.find('\n') != std::string::npos;
     return kept && call.method == "GET" && GetParam().kind == lost && !beganAnAnswer;
   }
 
-  void expectTold(const Call& call, const Outcome<void>& ended) {
+  void expectTold(const ContractCall& call, const Outcome<void>& ended) {
     const Fault& fault = GetParam();
     if (fault.kind) {
       const auto* error = ended.failed() ? ended.error().as<TransportError>() : nullptr;
@@ -351,7 +344,7 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
   }
 
   void expectAllCallsEndWell(bool kept) {
-    for (const Call& call : everyCall()) {
+    for (const ContractCall& call : everyCall()) {
       SCOPED_TRACE(call.name + (kept ? " on a kept connection" : " on a new connection"));
       session_.renew();
       if (kept) {

@@ -136,6 +136,7 @@ const std::vector<RecordCase> sent{
          maybe("region", R"("region")")}),
     recordCase(LoginRequest{.email = "email", .password = "password"},
                {{"email", R"("email")"}, {"password", R"("password")"}}),
+    recordCase(DeleteAccountRequest{.password = "password"}, {{"password", R"("password")"}}),
     recordCase(UpdateDeviceRequest{.friendlyName = "friendlyName", .deviceName = "deviceName"},
                {maybe("friendly_name", R"("friendlyName")"), maybe("device_name", R"("deviceName")")}),
     recordCase(UpdatePolicyRequest{.isBlocked = false, .blockMode = "blockMode"},

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "client/network_error.h"
 #include "identity/login_view.h"
 #include "testing/test_application.h"
 

@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include "client/network_service.h"
+#include "client/records/account.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "testing/fake_platform.h"
 #include "testing/temporary_directory.h"

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "client/network_error.h"
 #include "testing/test_application.h"
 
 namespace quillmar {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/session/role_manager.h"
+#include "client/network_error.h"
 #include "identity/login_view.h"
 #include "testing/test_application.h"
 

@@ -17,7 +17,6 @@
 #include <string>
 #include <vector>
 
-#include "client/network_service.h"
 #include "platform/settings.h"
 #include "testing/ui/parent_stage.h"
 #include "tests/ui/support/scene_walk.h"
