@@ -52,6 +52,8 @@ PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
 
 # What the core may include from outside: the standard library, and foundation the libraries that it wraps.
 LIBRARIES = {"foundation": re.compile(r"simdjson\.h|unicode/\w+\.h")}
+# A header that brings the parser of JSON brings it to everyone; a source that decodes includes it for itself.
+PARSER = {"foundation/json_decode.h", "simdjson.h"}
 STANDARD_HEADER = re.compile(r"[a-z_]+")
 PLATFORM_HEADERS = {"thread", "filesystem", "fstream", "iostream", "cstdio", "csignal", "ctime"}
 PLATFORM_CALLS = re.compile(r"\b(?:getenv|system_clock::now|steady_clock::now|sleep_for|sleep_until)\b")
@@ -81,8 +83,15 @@ def library_faults(folder, header):
         yield f"{folder} may not include <{header}>"
 
 
-def line_faults(folder, line):
+def parser_faults(name, header):
+    if name.endswith(".h") and header in PARSER and name not in PARSER:
+        yield f"a header may not include {header}"
+
+
+def line_faults(name, folder, line):
     include = INCLUDE.match(line)
+    if include:
+        yield from parser_faults(name, include[1] or include[2])
     if include and include[1]:
         yield from include_faults(folder, include[1])
     elif include:
@@ -101,7 +110,7 @@ def faults(root):
         name = path.relative_to(root).as_posix()
         folder = folder_of(name, MAY_INCLUDE)
         for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), start=1):
-            for fault in line_faults(folder, line):
+            for fault in line_faults(name, folder, line):
                 yield f"{name}:{number}: {fault}"
 
 
@@ -209,10 +218,22 @@ class TheChecker(unittest.TestCase):
             with self.subTest(name=name, line=line):
                 self.assertEqual(1, len(self.faults_of(name, line)))
 
+    def test_finds_a_header_that_brings_the_parser(self):
+        for name, line in [
+            ("client/a.h", '#include "foundation/json_decode.h"'),
+            ("console/deep/a.h", '#include "foundation/json_decode.h"'),
+            ("testing/a.h", '#include "foundation/json_decode.h"'),
+            ("foundation/a.h", "#include <simdjson.h>"),
+        ]:
+            with self.subTest(name=name, line=line):
+                self.assertEqual(1, len(self.faults_of(name, line)))
+
     def test_leaves_the_arrows_that_point_down(self):
         for name, line in [
             ("foundation/a.cpp", '#include "foundation/b.h"'),
             ("foundation/a.cpp", "#include <simdjson.h>"),
+            ("foundation/json_decode.h", "#include <simdjson.h>"),
+            ("client/records/a.cpp", '#include "foundation/json_decode.h"'),
             ("foundation/a.cpp", "#include <unicode/uchar.h>"),
             ("platform/a.h", '#include "foundation/b.h"'),
             ("client/a.h", '#include "client/records/b.h"'),
