@@ -95,7 +95,7 @@ void NetworkService::completeEnrollment(const CompleteEnrollmentRequest& enrollm
   log("[NetworkService] completeEnrollment - baseURL: ",
       *root + ", isRetry: " + (isRetry ? "true" : "false"));
   log("[NetworkService] completeEnrollment - token exists: ",
-      settings_.string(authTokenKey) ? "true" : "false");
+      settings_.read(settings::authToken) ? "true" : "false");
   auto built = makeRequest(call.method, *root + std::string(call.path), std::string());
   if (!built.ok()) {
     completion(built.error());

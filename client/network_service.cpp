@@ -34,10 +34,10 @@ NetworkService::NetworkService(Passkey /*only make() constructs*/, HttpSession& 
       deployments_(std::move(deployments)) {}
 
 std::optional<std::string> NetworkService::baseURL() const {
-  if (const auto stored = settings_.string(apiURLKey)) {
+  if (const auto stored = settings_.read(settings::apiBaseURL)) {
     return *stored + "/api/v1";
   }
-  const auto region = settings_.string(regionKey);
+  const auto region = settings_.read(settings::region);
   const auto root = region ? deployments_.root(*region) : std::nullopt;
   return root ? std::optional(*root + "/api/v1") : std::nullopt;
 }
@@ -72,7 +72,7 @@ Result<HttpRequest> NetworkService::buildRequest(const CallFacts& call, const st
   const std::string url = *root + path;
   tell(call, &CallLines::url, {url});
   if (call.lines && !call.lines->region.empty()) {
-    tell(call, &CallLines::region, {settings_.string(regionKey).value_or("nil")});
+    tell(call, &CallLines::region, {settings_.read(settings::region).value_or("nil")});
   }
   auto request = makeRequest(call.method, url,
                              body && body->ok() ? std::optional(std::move(*body).value()) : std::nullopt);
@@ -122,10 +122,10 @@ Result<void> NetworkService::judgedByStatus(const CallFacts& call, const Result<
   return judgedBy(call.rules.judging, answer.value());
 }
 
-void NetworkService::storeToken(const std::string& token) { settings_.set(authTokenKey, token); }
+void NetworkService::storeToken(const std::string& token) { settings_.write(settings::authToken, token); }
 
 Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
-  auto token = settings_.string(authTokenKey);
+  auto token = settings_.read(settings::authToken);
   if (!token) {
     log("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults");
     return Error(NetworkError::unauthorized());
@@ -238,8 +238,8 @@ Result<AuthResponse> NetworkService::storeRefreshedToken(const Result<Answer>& a
     return account;
   }
   const std::string& token = account.value().token;
-  settings_.set(authTokenKey, token);
-  settings_.set(authTokenKey, token);
+  settings_.write(settings::authToken, token);
+  settings_.write(settings::authToken, token);
   settings_.synchronize();
   log("[NetworkService] Token refresh successful, new token length: ", std::to_string(characterCount(token)));
   return account;
@@ -263,9 +263,7 @@ void NetworkService::drainRefreshQueue(const std::optional<Error>& error,
 }
 
 void NetworkService::clearSession() {
-  for (const auto key : {authTokenKey, parentIdKey, parentEmailKey, parentNameKey}) {
-    settings_.remove(key);
-  }
+  settings::forget(settings_, Reset::atLogout);
   settings_.scrub();
 }
 

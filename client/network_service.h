@@ -20,11 +20,11 @@
 #include "foundation/json.h"
 #include "foundation/result.h"
 #include "platform/http_session.h"
+#include "platform/settings.h"
 
 namespace quillmar {
 
 class Dispatch;
-class SettingsStore;
 struct AuthResponse;
 struct CheckinResponse;
 struct CompleteEnrollmentRequest;
@@ -41,12 +41,12 @@ using Completion = std::function<void(Result<T>)>;
 // refresh which ends with neither an error nor a body, and a call whose service has gone meanwhile.
 class NetworkService : public std::enable_shared_from_this<NetworkService> {
  public:
-  static constexpr std::string_view regionKey = "com.quillmar.region";
-  static constexpr std::string_view apiURLKey = "com.quillmar.apiBaseURL";
-  static constexpr std::string_view authTokenKey = "authToken";
-  static constexpr std::string_view parentIdKey = "parentId";
-  static constexpr std::string_view parentEmailKey = "parentEmail";
-  static constexpr std::string_view parentNameKey = "parentName";
+  static constexpr std::string_view regionKey = settings::region;
+  static constexpr std::string_view apiURLKey = settings::apiBaseURL;
+  static constexpr std::string_view authTokenKey = settings::authToken;
+  static constexpr std::string_view parentIdKey = settings::parentId;
+  static constexpr std::string_view parentEmailKey = settings::parentEmail;
+  static constexpr std::string_view parentNameKey = settings::parentName;
 
   static std::shared_ptr<NetworkService> make(HttpSession& http, SettingsStore& settings, Log& log,
                                               Dispatch& dispatch, Deployments deployments);
