@@ -24,7 +24,9 @@ std::optional<std::string> percentDecoded(std::string_view text) {
     const auto digits = text.substr(i + 1, 2);
     unsigned char byte = 0;
     const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
-    if (digits.size() != 2 || read.ptr != digits.data() + 2) return std::nullopt;
+    if (digits.size() != 2 || read.ptr != digits.data() + 2) {
+      return std::nullopt;
+    }
     decoded += char(byte);
     i += 2;
   }
@@ -36,7 +38,9 @@ std::optional<std::string> queryParameter(std::string_view query, std::string_vi
     const auto pair = query.substr(0, query.find('&'));
     query.remove_prefix(std::min(query.size(), pair.size() + 1));
     const auto equals = pair.find('=');
-    if (pair.substr(0, equals) != name) continue;
+    if (pair.substr(0, equals) != name) {
+      continue;
+    }
     const std::string value{equals == std::string_view::npos ? std::string_view{} : pair.substr(equals + 1)};
     return percentDecoded(value).value_or(value);
   }

@@ -12,7 +12,9 @@ std::string quoted(std::string_view key) { return "â€œ" + std::string{key} + "â€
 std::string joined(const std::vector<std::string>& items, std::string_view between, std::string_view last) {
   std::string text;
   for (std::size_t i = 0; i < items.size(); ++i) {
-    if (i > 0) text += i + 1 == items.size() ? last : between;
+    if (i > 0) {
+      text += i + 1 == items.size() ? last : between;
+    }
     text += items[i];
   }
   return text;
@@ -27,7 +29,9 @@ const Json* Input::find(std::string_view key) const {
 
 const Json* Input::findRequired(std::string_view key) {
   const auto* const value = find(key);
-  if (value == nullptr) missing_.push_back(quoted(key));
+  if (value == nullptr) {
+    missing_.push_back(quoted(key));
+  }
   return value;
 }
 
@@ -45,7 +49,9 @@ bool Input::flag(std::string_view key) {
 
 std::optional<std::string> Input::optionalText(std::string_view key) {
   const auto* const value = find(key);
-  if (value == nullptr) return std::nullopt;
+  if (value == nullptr) {
+    return std::nullopt;
+  }
   const auto* const text = value->get_ptr<const std::string*>();
   if (text == nullptr) {
     wrongType(key, "a text");
@@ -57,45 +63,65 @@ std::optional<std::string> Input::optionalText(std::string_view key) {
 
 std::optional<bool> Input::optionalFlag(std::string_view key) {
   const auto* const value = find(key);
-  if (value == nullptr) return std::nullopt;
+  if (value == nullptr) {
+    return std::nullopt;
+  }
   const auto* const flag = value->get_ptr<const bool*>();
-  if (flag != nullptr) return *flag;
+  if (flag != nullptr) {
+    return *flag;
+  }
   wrongType(key, "true or false");
   return std::nullopt;
 }
 
 std::optional<std::int64_t> Input::optionalInteger(std::string_view key) {
   const auto* const value = find(key);
-  if (value == nullptr) return std::nullopt;
+  if (value == nullptr) {
+    return std::nullopt;
+  }
   const auto* const natural = value->get_ptr<const std::uint64_t*>();
   const bool fits = natural == nullptr || *natural <= std::uint64_t(std::numeric_limits<std::int64_t>::max());
-  if (value->is_number_integer() && fits) return value->get<std::int64_t>();
+  if (value->is_number_integer() && fits) {
+    return value->get<std::int64_t>();
+  }
   wrongType(key, "a whole number");
   return std::nullopt;
 }
 
 std::optional<double> Input::optionalNumber(std::string_view key) {
   const auto* const value = find(key);
-  if (value == nullptr) return std::nullopt;
-  if (value->is_number()) return value->get<double>();
+  if (value == nullptr) {
+    return std::nullopt;
+  }
+  if (value->is_number()) {
+    return value->get<double>();
+  }
   wrongType(key, "a number");
   return std::nullopt;
 }
 
 void Input::require(bool holds, std::string_view otherwise) {
-  if (!holds && !broken_) broken_ = otherwise;
+  if (!holds && !broken_) {
+    broken_ = otherwise;
+  }
 }
 
 std::optional<Answer> Input::refusal() const {
   std::vector<std::string> faults;
-  if (!missing_.empty()) faults.push_back("the request lacks " + joined(missing_, ", ", " and "));
+  if (!missing_.empty()) {
+    faults.push_back("the request lacks " + joined(missing_, ", ", " and "));
+  }
   faults.insert(faults.end(), wrong_.begin(), wrong_.end());
   if (!faults.empty()) {
     auto text = joined(faults, "; ", "; ") + ".";
-    if (text.front() == 't') text.front() = 'T';
+    if (text.front() == 't') {
+      text.front() = 'T';
+    }
     return sandbox::refusal(400, text);
   }
-  if (broken_) return sandbox::refusal(422, *broken_);
+  if (broken_) {
+    return sandbox::refusal(422, *broken_);
+  }
   return std::nullopt;
 }
 

@@ -4,8 +4,9 @@ namespace quillmar::sandbox {
 namespace {
 
 Answer errorAnswer(int status, ErrorBody body) {
-  if (body == ErrorBody::json)
+  if (body == ErrorBody::json) {
     return refusal(status, "Something went wrong on our side. Please try again later.");
+  }
   return {
       .status = status,
       .contentType = "text/html",
@@ -35,9 +36,13 @@ bool Saboteur::happens(int& count, double share) {
 Saboteur::Plan Saboteur::planFor(const Request& request) {
   const std::scoped_lock lock{mutex_};
   Plan plan;
-  if (request.target.find(present_.onlyPath) == std::string::npos) return plan;
+  if (request.target.find(present_.onlyPath) == std::string::npos) {
+    return plan;
+  }
   plan.delivery = {.latency = present_.latency, .bodyTime = present_.bodyTime, .held = present_.hold};
-  if (happens(present_.dropCount, present_.dropShare)) plan.delivery.drop = present_.drop;
+  if (happens(present_.dropCount, present_.dropShare)) {
+    plan.delivery.drop = present_.drop;
+  }
   if (present_.failEverything || happens(present_.errorCount, present_.errorShare)) {
     plan.error = errorAnswer(present_.errorStatus, present_.errorBody);
   }

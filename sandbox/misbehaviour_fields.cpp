@@ -48,7 +48,9 @@ void readWord(Input& input, const char* key, Value& value) {
   const auto given = input.optionalText(key);
   bool known = !given;
   for (const auto& word : wordsFor(value)) {
-    if (given != word.text) continue;
+    if (given != word.text) {
+      continue;
+    }
     value = word.value;
     known = true;
   }
@@ -65,14 +67,18 @@ void readValue(Input& input, const char* key, Value& value) {
   } else if constexpr (std::is_same_v<Value, std::string>) {
     value = input.optionalText(key).value_or(value);
   } else if constexpr (std::is_same_v<Value, std::optional<std::string>>) {
-    if (auto given = input.optionalText(key)) value = given;
+    if (auto given = input.optionalText(key)) {
+      value = given;
+    }
   } else if constexpr (std::is_enum_v<Value>) {
     readWord(input, key, value);
   } else {
     const auto given = input.optionalInteger(key);
     input.require(!given || (*given >= 0 && *given <= 1'000'000),
                   std::string{"“"} + key + "” is out of range.");
-    if (given) value = Value(static_cast<int>(*given));
+    if (given) {
+      value = Value(static_cast<int>(*given));
+    }
   }
 }
 
@@ -83,7 +89,9 @@ template <class Value>
 Json shown(const Value& value) {
   if constexpr (std::is_enum_v<Value>) {
     for (const auto& word : wordsFor(value)) {
-      if (word.value == value) return word.text;
+      if (word.value == value) {
+        return word.text;
+      }
     }
     return nullptr;
   } else {
@@ -96,7 +104,9 @@ Json shown(const Value& value) {
 void readMisbehaviour(Input& input, const Json& object, Misbehaviour& misbehaviour) {
   eachField([&](const char* key, auto member) {
     const auto found = object.find(key);
-    if (found != object.end() && found->is_null()) misbehaviour.*member = Misbehaviour{}.*member;
+    if (found != object.end() && found->is_null()) {
+      misbehaviour.*member = Misbehaviour{}.*member;
+    }
     readValue(input, key, misbehaviour.*member);
   });
   input.require(misbehaviour.errorStatus >= 400 && misbehaviour.errorStatus <= 599,

@@ -5,7 +5,9 @@ namespace quillmar::sandbox {
 void Recorder::add(Request request) {
   const std::scoped_lock lock{mutex_};
   requests_.push_back(std::move(request));
-  if (requests_.size() > most) requests_.pop_front();
+  if (requests_.size() > most) {
+    requests_.pop_front();
+  }
 }
 
 std::vector<Request> Recorder::all() const {

@@ -111,7 +111,9 @@ constexpr Field homeNetwork[] = {
 };
 
 Json value(Row row, int column, Kind kind) {
-  if (row.isNull(column)) return nullptr;
+  if (row.isNull(column)) {
+    return nullptr;
+  }
   switch (kind) {
     case Kind::integer:
       return row.integer(column);
@@ -141,7 +143,9 @@ const Fields homeNetworkFields{homeNetwork};
 std::string columns(Fields fields) {
   std::string list;
   for (const auto& field : fields) {
-    if (!list.empty()) list += ", ";
+    if (!list.empty()) {
+      list += ", ";
+    }
     list += field.column == nullptr ? field.key : field.column;
   }
   return list;
@@ -150,7 +154,9 @@ std::string columns(Fields fields) {
 Json record(Row row, Fields fields) {
   auto json = Json::object();
   int column = 0;
-  for (const auto& field : fields) json[field.key] = value(row, column++, field.kind);
+  for (const auto& field : fields) {
+    json[field.key] = value(row, column++, field.kind);
+  }
   return json;
 }
 

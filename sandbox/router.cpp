@@ -23,13 +23,19 @@ std::vector<std::string_view> split(std::string_view path) {
 }
 
 std::optional<Target> parse(std::string_view target) {
-  if (!target.starts_with('/')) return std::nullopt;
+  if (!target.starts_with('/')) {
+    return std::nullopt;
+  }
   Target parsed;
   const auto path = target.substr(0, target.find('?'));
-  if (path.size() < target.size()) parsed.query = target.substr(path.size() + 1);
+  if (path.size() < target.size()) {
+    parsed.query = target.substr(path.size() + 1);
+  }
   for (const auto segment : split(path)) {
     auto decoded = percentDecoded(segment);
-    if (!decoded) return std::nullopt;
+    if (!decoded) {
+      return std::nullopt;
+    }
     parsed.segments.push_back(std::move(*decoded));
   }
   return parsed;
@@ -45,7 +51,9 @@ std::vector<std::string> captured(const Route& route, Target& target) {
   std::vector<std::string> found;
   const auto wanted = split(route.pattern);
   for (std::size_t i = 0; i < wanted.size(); ++i) {
-    if (wanted[i] == "{}") found.push_back(std::move(target.segments[i]));
+    if (wanted[i] == "{}") {
+      found.push_back(std::move(target.segments[i]));
+    }
   }
   return found;
 }
@@ -81,12 +89,16 @@ bool allows(const Membership& membership, Access access) {
 
 // Fills in the caller, or says why it may not.
 std::optional<Answer> judge(Call& call, Access access) {
-  if (access == Access::anyone) return std::nullopt;
+  if (access == Access::anyone) {
+    return std::nullopt;
+  }
   const auto oldest = access == Access::refresher ? call.now - tokenGrace : call.now;
   const auto parentId = call.database.first(
       "SELECT parent_id FROM tokens WHERE hash = ? AND expires_at > ?", [](Row row) { return row.text(0); },
       fingerprint(bearerToken(call.request)), oldest);
-  if (!parentId) return refusal(401, "Your session has ended. Please log in again.");
+  if (!parentId) {
+    return refusal(401, "Your session has ended. Please log in again.");
+  }
   call.caller.parentId = *parentId;
 
   const auto membership = call.database.first(
@@ -96,27 +108,41 @@ std::optional<Answer> judge(Call& call, Access access) {
         return Membership{row.text(0), row.boolean(1), row.boolean(2), row.boolean(3), row.boolean(4)};
       },
       *parentId);
-  if (!membership) return std::nullopt;
+  if (!membership) {
+    return std::nullopt;
+  }
   call.caller.familyId = membership->familyId;
   call.caller.primary = membership->primary;
-  if (allows(*membership, access)) return std::nullopt;
+  if (allows(*membership, access)) {
+    return std::nullopt;
+  }
   return refusal(403, membership->active
                           ? "Your account may not do this. Ask the primary parent of your family."
                           : "Your access was disabled by the primary parent of your family.");
 }
 
 std::optional<Answer> readBody(Call& call, Payload payload) {
-  if (payload != Payload::body) return std::nullopt;
+  if (payload != Payload::body) {
+    return std::nullopt;
+  }
   call.body = Json::parse(call.request.body, nullptr, false);
-  if (call.body.is_discarded()) return refusal(400, "The request's body is not valid JSON.");
-  if (!call.body.is_object()) return refusal(400, "The request's body has to be a JSON object.");
+  if (call.body.is_discarded()) {
+    return refusal(400, "The request's body is not valid JSON.");
+  }
+  if (!call.body.is_object()) {
+    return refusal(400, "The request's body has to be a JSON object.");
+  }
   return std::nullopt;
 }
 
 Answer carryOutWholly(const Route& route, Call& call) {
   Transaction transaction{call.database};
-  if (auto refused = judge(call, route.access)) return *refused;
-  if (auto refused = readBody(call, route.payload)) return *refused;
+  if (auto refused = judge(call, route.access)) {
+    return *refused;
+  }
+  if (auto refused = readBody(call, route.payload)) {
+    return *refused;
+  }
   auto answer = route.call(call);
   if (answer.status < 400 && !transaction.commit()) {
     return refusal(500, "The change could not be saved. Please try again.");
@@ -136,15 +162,25 @@ Answer carryOut(const Route& route, const Request& request, Target target, World
 
 Answer answerTo(const Request& request, World& world) {
   auto target = parse(request.target);
-  if (!target) return refusalOfMalformedRequest();
+  if (!target) {
+    return refusalOfMalformedRequest();
+  }
   std::string allowed;
   for (const auto& route : routes()) {
-    if (!matches(route, *target)) continue;
-    if (route.method == request.method) return carryOut(route, request, std::move(*target), world);
-    if (!allowed.empty()) allowed += ", ";
+    if (!matches(route, *target)) {
+      continue;
+    }
+    if (route.method == request.method) {
+      return carryOut(route, request, std::move(*target), world);
+    }
+    if (!allowed.empty()) {
+      allowed += ", ";
+    }
     allowed += route.method;
   }
-  if (allowed.empty()) return refusal(404, "There is nothing at this address.");
+  if (allowed.empty()) {
+    return refusal(404, "There is nothing at this address.");
+  }
   auto answer = refusal(405, "This address does not take " + request.method + " requests.");
   answer.headers.emplace_back("Allow", allowed);
   return answer;

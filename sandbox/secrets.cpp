@@ -26,7 +26,9 @@ std::string hex(const std::array<unsigned char, size>& bytes) {
 template <std::size_t size>
 std::array<unsigned char, size> randomBytes() {
   std::array<unsigned char, size> bytes{};
-  if (ready()) randombytes_buf(bytes.data(), bytes.size());
+  if (ready()) {
+    randombytes_buf(bytes.data(), bytes.size());
+  }
   return bytes;
 }
 
@@ -37,7 +39,9 @@ std::string newId() {
   bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);
   bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
   auto text = hex(bytes);
-  for (const std::size_t position : {20U, 16U, 12U, 8U}) text.insert(position, 1, '-');
+  for (const std::size_t position : {20U, 16U, 12U, 8U}) {
+    text.insert(position, 1, '-');
+  }
   return text;
 }
 
@@ -46,7 +50,9 @@ std::string newToken() { return hex(randomBytes<32>()); }
 std::string newCode(std::size_t length) {
   static constexpr std::string_view alphabet = "ABCDEFGHJKMNPQRSTUVWXYZ23456789";
   std::string code;
-  while (ready() && code.size() < length) code += alphabet[randombytes_uniform(alphabet.size())];
+  while (ready() && code.size() < length) {
+    code += alphabet[randombytes_uniform(alphabet.size())];
+  }
   return code;
 }
 
@@ -58,7 +64,9 @@ std::string fingerprint(std::string_view token) {
 
 std::string hashPassword(const std::string& password) {
   std::array<char, crypto_pwhash_STRBYTES> hash{};
-  if (!ready()) return {};
+  if (!ready()) {
+    return {};
+  }
   const int code = crypto_pwhash_str_alg(hash.data(), password.data(), password.size(), passes, memory,
                                          crypto_pwhash_ALG_ARGON2ID13);
   return code == 0 ? hash.data() : std::string{};

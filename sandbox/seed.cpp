@@ -68,15 +68,21 @@ Time momentWithinDay(Time now, std::chrono::minutes seenAgo, Dice& dice) {
 void setRules(Database& database, const std::string& childId, const DemoChild& child, Time now) {
   setPolicy(database, Owner::child, childId, child.isBlocked, child.isBlocked ? "whitelist" : "blacklist",
             now);
-  for (const auto& site : child.blocked) addDomain(database, Owner::child, childId, List::blocked, site, now);
-  for (const auto& site : child.allowed) addDomain(database, Owner::child, childId, List::allowed, site, now);
+  for (const auto& site : child.blocked) {
+    addDomain(database, Owner::child, childId, List::blocked, site, now);
+  }
+  for (const auto& site : child.allowed) {
+    addDomain(database, Owner::child, childId, List::allowed, site, now);
+  }
 }
 
 void addLogs(Database& database, const std::string& deviceId, const DemoDevice& device, Time now,
              Dice& dice) {
   std::vector<Time> moments;
   moments.reserve(std::size_t(device.lookups));
-  for (int i = 0; i < device.lookups; ++i) moments.push_back(momentWithinDay(now, device.seenAgo, dice));
+  for (int i = 0; i < device.lookups; ++i) {
+    moments.push_back(momentWithinDay(now, device.seenAgo, dice));
+  }
   std::ranges::sort(moments);
   for (const auto moment : moments) {
     const auto [domain, type] = anyLookup(device.type, dice);
@@ -145,7 +151,9 @@ void plantDemo(Database& database, Time now) {
 }  // namespace
 
 void plant(Seed seed, Database& database, Time now) {
-  if (seed == Seed::demo) plantDemo(database, now);
+  if (seed == Seed::demo) {
+    plantDemo(database, now);
+  }
 }
 
 }  // namespace quillmar::sandbox

@@ -22,11 +22,15 @@ class TemporaryDirectory {
   TemporaryDirectory() {
     std::error_code error;
     auto pattern = (std::filesystem::temp_directory_path(error) / "quillmar-sandbox-XXXXXX").string();
-    if (mkdtemp(pattern.data()) != nullptr) path_ = pattern;
+    if (mkdtemp(pattern.data()) != nullptr) {
+      path_ = pattern;
+    }
   }
   ~TemporaryDirectory() {
     std::error_code ignored;
-    if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
+    if (!path_.empty()) {
+      std::filesystem::remove_all(path_, ignored);
+    }
   }
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -84,8 +88,12 @@ class Service::Implementation {
  public:
   static Outcome<std::unique_ptr<Implementation>> start(const Options& options, Clock clock) {
     auto made = std::make_unique<Implementation>();
-    if (auto failure = made->prepare(options)) return *failure;
-    if (auto failure = made->connect(options, std::move(clock))) return *failure;
+    if (auto failure = made->prepare(options)) {
+      return *failure;
+    }
+    if (auto failure = made->connect(options, std::move(clock))) {
+      return *failure;
+    }
     return made;
   }
 
@@ -119,25 +127,35 @@ class Service::Implementation {
   }
 
   std::optional<Failure> prepare(const Options& options) {
-    if (!options.data) temporary_.emplace();
+    if (!options.data) {
+      temporary_.emplace();
+    }
     const auto& directory = options.data ? *options.data : temporary_->path();
     std::error_code error;
     std::filesystem::create_directories(directory, error);
-    if (directory.empty() || error) return Failure{"The directory " + directory.string() + " can't be made."};
+    if (directory.empty() || error) {
+      return Failure{"The directory " + directory.string() + " can't be made."};
+    }
 
     auto certificates = certificatesIn(directory);
-    if (!certificates) return Failure{certificates.failure()};
+    if (!certificates) {
+      return Failure{certificates.failure()};
+    }
     certificates_ = *certificates;
 
     auto database = Database::open(options.data ? std::optional{directory / "sandbox.sqlite"} : std::nullopt);
-    if (!database) return Failure{database.failure()};
+    if (!database) {
+      return Failure{database.failure()};
+    }
     database_ = std::move(*database);
     return std::nullopt;
   }
 
   std::optional<Failure> connect(const Options& options, Clock clock) {
     auto server = HttpServer::bind({.port = options.port, .tlsPort = options.tlsPort}, certificates_);
-    if (!server) return Failure{server.failure()};
+    if (!server) {
+      return Failure{server.failure()};
+    }
     server_ = std::move(*server);
 
     world_.emplace(*database_, saboteur_, recorder_,
@@ -146,16 +164,24 @@ class Service::Implementation {
     world_->upstream = options.upstream;
     world_->seed = options.seed;
     world_->hold = [this](bool holding) { server_->hold(holding); };
-    if (auto failure = plantIfNew()) return failure;
+    if (auto failure = plantIfNew()) {
+      return failure;
+    }
     server_->open([this](const Request& request) { return handle(request); });
-    if (options.traffic) traffic_.emplace(*world_);
+    if (options.traffic) {
+      traffic_.emplace(*world_);
+    }
     return std::nullopt;
   }
 
   std::optional<Failure> plantIfNew() {
     Transaction transaction{*database_};
-    if (!database_->any("SELECT 1 FROM accounts")) plant(world_->seed, *database_, world_->now());
-    if (!transaction.commit()) return Failure{"The first data could not be written."};
+    if (!database_->any("SELECT 1 FROM accounts")) {
+      plant(world_->seed, *database_, world_->now());
+    }
+    if (!transaction.commit()) {
+      return Failure{"The first data could not be written."};
+    }
     return std::nullopt;
   }
 
@@ -175,7 +201,9 @@ Service::~Service() = default;
 
 Outcome<std::unique_ptr<Service>> Service::start(const Options& options, Clock clock) {
   auto implementation = Implementation::start(options, std::move(clock));
-  if (!implementation) return Failure{implementation.failure()};
+  if (!implementation) {
+    return Failure{implementation.failure()};
+  }
   return std::unique_ptr<Service>{new Service{std::move(*implementation)}};
 }
 
@@ -188,7 +216,9 @@ std::filesystem::path Service::caFile() const { return implementation_->certific
 Answer Service::ask(std::string_view method, std::string_view target, std::string_view body,
                     std::string_view token) {
   Request request{.method = std::string{method}, .target = std::string{target}, .body = std::string{body}};
-  if (!token.empty()) request.headers.emplace_back("Authorization", "Bearer " + std::string{token});
+  if (!token.empty()) {
+    request.headers.emplace_back("Authorization", "Bearer " + std::string{token});
+  }
   return answerTo(request, implementation_->world());
 }
 
@@ -207,7 +237,9 @@ void Service::expireTokens() { ask("POST", "/sandbox/expire-tokens"); }
 
 bool Service::moveEndpoint(std::string_view deviceId, const std::optional<std::string>& endpoint) {
   Json body{{"device_id", deviceId}};
-  if (endpoint) body["doh_endpoint"] = *endpoint;
+  if (endpoint) {
+    body["doh_endpoint"] = *endpoint;
+  }
   return ask("POST", "/sandbox/endpoint", body.dump()).status < 400;
 }
 

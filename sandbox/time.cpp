@@ -17,14 +17,18 @@ class Reader {
     const auto* const end = rest_.data() + std::min(count, rest_.size());
     const auto read = std::from_chars(rest_.data(), end, value);
     good_ = good_ && rest_.size() >= count && read.ptr == end && rest_.front() != '-';
-    if (good_) rest_.remove_prefix(count);
+    if (good_) {
+      rest_.remove_prefix(count);
+    }
     return good_ ? value : 0;
   }
 
   void literal(char wanted) { good_ = good_ && take(wanted); }
 
   bool take(char wanted) {
-    if (rest_.empty() || rest_.front() != wanted) return false;
+    if (rest_.empty() || rest_.front() != wanted) {
+      return false;
+    }
     rest_.remove_prefix(1);
     return true;
   }
@@ -34,17 +38,25 @@ class Reader {
     int value = 0;
     std::size_t count = 0;
     for (; !rest_.empty() && rest_.front() >= '0' && rest_.front() <= '9'; rest_.remove_prefix(1), ++count) {
-      if (count < 3) value = value * 10 + (rest_.front() - '0');
+      if (count < 3) {
+        value = value * 10 + (rest_.front() - '0');
+      }
     }
     good_ = good_ && count > 0;
-    for (; count < 3; ++count) value *= 10;
+    for (; count < 3; ++count) {
+      value *= 10;
+    }
     return value;
   }
 
   std::chrono::minutes zone() {
-    if (take('Z')) return {};
+    if (take('Z')) {
+      return {};
+    }
     const bool behind = take('-');
-    if (!behind) literal('+');
+    if (!behind) {
+      literal('+');
+    }
     const int hours = digits(2);
     take(':');
     const int minutes = rest_.empty() ? 0 : digits(2);
@@ -108,7 +120,9 @@ std::optional<Time> parseIso8601(std::string_view text) {
 
   const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month(unsigned(month)),
                                          std::chrono::day(unsigned(day))};
-  if (!reader.finished() || !date.ok() || hour > 23 || minute > 59 || second > 59) return std::nullopt;
+  if (!reader.finished() || !date.ok() || hour > 23 || minute > 59 || second > 59) {
+    return std::nullopt;
+  }
   return Time{std::chrono::sys_days{date} + std::chrono::hours{hour} + std::chrono::minutes{minute} +
               std::chrono::seconds{second} + std::chrono::milliseconds{fraction} - offset};
 }

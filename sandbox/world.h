@@ -22,7 +22,9 @@ struct Addresses {
 
   // The root through which a request came.
   [[nodiscard]] std::string rootOf(const Request& request) const {
-    if (request.authority.empty()) return request.secure ? secure : plain;
+    if (request.authority.empty()) {
+      return request.secure ? secure : plain;
+    }
     return (request.secure ? "https://" : "http://") + request.authority;
   }
 

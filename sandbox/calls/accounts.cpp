@@ -61,8 +61,12 @@ Answer registerAccount(Call& call) {
   requireAccountFields(input, email, password, name);
   input.require(isFilled(phone), "Please enter your phone number.");
   input.require(!region || isRegion(*region), "This region is not known.");
-  if (auto refused = input.refusal()) return *refused;
-  if (emailIsTaken(call, email)) return refusalOfTakenEmail();
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  if (emailIsTaken(call, email)) {
+    return refusalOfTakenEmail();
+  }
 
   const auto parentId = addAccount(
       call.database, {.email = email, .password = password, .name = name, .phone = phone, .region = region},
@@ -75,10 +79,14 @@ Answer login(Call& call) {
   Input input{call.body};
   const auto email = input.text("email");
   const auto password = input.text("password");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
   const auto address = upperCase(email);
   auto& guesses = call.world.guesses;
-  if (const auto pause = guesses.pauseFor(address, call.now)) return refusalOfGuessing(*pause);
+  if (const auto pause = guesses.pauseFor(address, call.now)) {
+    return refusalOfGuessing(*pause);
+  }
 
   struct Known {
     std::string id;
@@ -102,21 +110,28 @@ Answer login(Call& call) {
 
 // The old token stays good for what is left of its life: requests under way with it are not to fail.
 Answer refreshToken(Call& call) {
-  if (call.world.saboteur.present().refuseRefresh)
+  if (call.world.saboteur.present().refuseRefresh) {
     return refusal(401, "Your session has ended. Please log in again.");
+  }
   return signedIn(call, 200, call.caller.parentId);
 }
 
 Answer deleteAccount(Call& call) {
   Input input{call.body};
   const auto password = input.text("password");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto hash = call.database.first(
       "SELECT password_hash FROM accounts WHERE id = ?", [](Row row) { return row.text(0); },
       call.caller.parentId);
-  if (!hash || !passwordFits(password, *hash)) return refusal(401, "The password is not right.");
-  if (!call.caller.primary) handOver(call, call.caller.parentId);
+  if (!hash || !passwordFits(password, *hash)) {
+    return refusal(401, "The password is not right.");
+  }
+  if (!call.caller.primary) {
+    handOver(call, call.caller.parentId);
+  }
   call.database.run("DELETE FROM accounts WHERE id = ?", call.caller.parentId);
   return nothing();
 }
@@ -128,12 +143,20 @@ Answer joinFamily(Call& call) {
   const auto password = input.text("password");
   const auto name = input.text("display_name");
   requireAccountFields(input, email, password, name);
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto invitation = findInvitation(call, code);
-  if (!invitation) return refusal(404, "There is no invitation with this code.");
-  if (const auto fault = faultOf(*invitation, call.now)) return refusal(422, *fault);
-  if (emailIsTaken(call, email)) return refusalOfTakenEmail();
+  if (!invitation) {
+    return refusal(404, "There is no invitation with this code.");
+  }
+  if (const auto fault = faultOf(*invitation, call.now)) {
+    return refusal(422, *fault);
+  }
+  if (emailIsTaken(call, email)) {
+    return refusalOfTakenEmail();
+  }
 
   const auto parentId =
       addAccount(call.database, {.email = email, .password = password, .name = name}, call.now);

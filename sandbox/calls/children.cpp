@@ -32,7 +32,9 @@ std::optional<Json> findChild(Call& call, std::string_view id) {
 
 Answer answerWithChild(Call& call, int status, std::string_view id) {
   auto child = findChild(call, id);
-  if (!child) return noSuchChild();
+  if (!child) {
+    return noSuchChild();
+  }
   complete(call, *child);
   return json(status, *child);
 }
@@ -45,7 +47,9 @@ Answer listChildren(Call& call) {
       "SELECT " + columns(childFields) +
           " FROM children WHERE family_id = ? ORDER BY display_order, created_at, rowid",
       [&](Row row) { children.push_back(record(row, childFields)); }, call.caller.familyId);
-  for (auto& child : children) complete(call, child);
+  for (auto& child : children) {
+    complete(call, child);
+  }
   return json(200, {{"children", children},
                     {"unassigned_devices",
                      devices(call, "child_id IS NULL AND family_id = ?3", call.caller.familyId)}});
@@ -58,7 +62,9 @@ Answer createChild(Call& call) {
   const auto birthYear = input.optionalInteger("birth_year");
   input.require(isFilled(name), "Please give the child a name.");
   requireBirthYear(input, call, birthYear);
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto id = addChild(
       call.database, {.familyId = ownFamily(call), .name = name, .photoUrl = photo, .birthYear = birthYear},
@@ -77,10 +83,14 @@ Answer updateChild(Call& call) {
   const auto active = input.optionalFlag("is_active");
   input.require(!name || isFilled(*name), "Please give the child a name.");
   requireBirthYear(input, call, birthYear);
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto& id = call.path[0];
-  if (!childExists(call, id)) return noSuchChild();
+  if (!childExists(call, id)) {
+    return noSuchChild();
+  }
   call.database.run(
       "UPDATE children SET name = coalesce(?, name), photo_url = coalesce(?, photo_url), "
       "birth_year = coalesce(?, birth_year), display_order = coalesce(?, display_order), "
@@ -92,7 +102,9 @@ Answer updateChild(Call& call) {
 // The child's devices stay, linked to nobody.
 Answer deleteChild(Call& call) {
   const auto& id = call.path[0];
-  if (!childExists(call, id)) return noSuchChild();
+  if (!childExists(call, id)) {
+    return noSuchChild();
+  }
   call.database.run("DELETE FROM children WHERE id = ?", id);
   return nothing();
 }
@@ -100,12 +112,18 @@ Answer deleteChild(Call& call) {
 Answer linkDevice(Call& call) {
   Input input{call.body};
   const auto deviceId = input.text("device_id");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto& childId = call.path[0];
-  if (!childExists(call, childId)) return noSuchChild();
+  if (!childExists(call, childId)) {
+    return noSuchChild();
+  }
   const auto device = findDevice(call, deviceId);
-  if (!device) return notFound("device with this id");
+  if (!device) {
+    return notFound("device with this id");
+  }
   const auto& linked = device->at("child_id");
   if (!linked.is_null() && linked != childId) {
     return refusal(409, "This device belongs to another child. Unlink it there first.");
@@ -117,7 +135,9 @@ Answer linkDevice(Call& call) {
 
 Answer unlinkDevice(Call& call) {
   const auto& childId = call.path[0];
-  if (!childExists(call, childId)) return noSuchChild();
+  if (!childExists(call, childId)) {
+    return noSuchChild();
+  }
   const int unlinked =
       call.database.run("UPDATE devices SET child_id = NULL, updated_at = ? WHERE id = ? AND child_id = ?",
                         call.now, call.path[1], childId);

@@ -44,7 +44,9 @@ Json devices(Call& call, std::string_view condition, std::string_view argument) 
 
 std::optional<Json> findDevice(Call& call, std::string_view id) {
   auto found = select(call, "id = ?3 AND family_id = ?4", id, call.caller.familyId);
-  if (found.empty()) return std::nullopt;
+  if (found.empty()) {
+    return std::nullopt;
+  }
   return std::move(found[0]);
 }
 
@@ -73,7 +75,9 @@ bool emailIsTaken(Call& call, std::string_view email) {
 
 std::string unusedCode(Call& call, std::size_t length, std::string_view taken) {
   auto code = newCode(length);
-  while (call.database.any(taken, code)) code = newCode(length);
+  while (call.database.any(taken, code)) {
+    code = newCode(length);
+  }
   return code;
 }
 

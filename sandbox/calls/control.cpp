@@ -41,8 +41,12 @@ std::string anyChild(Call& call) {
 // Completes a pending enrollment as a parent would, so that a child's device can be tried without one.
 Answer approve(Call& call) {
   actAsAnyParent(call);
-  if (!call.body.contains("device_name")) call.body["device_name"] = "";
-  if (!call.body.contains("child_id")) call.body["child_id"] = anyChild(call);
+  if (!call.body.contains("device_name")) {
+    call.body["device_name"] = "";
+  }
+  if (!call.body.contains("child_id")) {
+    call.body["child_id"] = anyChild(call);
+  }
   return completeEnrollment(call);
 }
 
@@ -50,7 +54,9 @@ Answer misbehave(Call& call) {
   auto misbehaviour = call.world.saboteur.present();
   Input input{call.body};
   readMisbehaviour(input, call.body, misbehaviour);
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
   call.world.saboteur.set(misbehaviour);
   call.world.hold(misbehaviour.hold);
   return json(200, describe(misbehaviour));
@@ -68,11 +74,15 @@ Answer moveEndpoint(Call& call) {
   Input input{call.body};
   const auto deviceId = input.text("device_id");
   const auto endpoint = input.optionalText("doh_endpoint");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
   const int moved =
       call.database.run("UPDATE devices SET doh_token = ?, doh_override = ?, updated_at = ? WHERE id = ?",
                         newToken(), endpoint, call.now, deviceId);
-  if (moved == 0) return notFound("device with this id");
+  if (moved == 0) {
+    return notFound("device with this id");
+  }
   return json(200, {{"doh_endpoint", dohEndpoint(call, deviceId)}});
 }
 
@@ -81,7 +91,9 @@ Answer advanceClock(Call& call) {
   const auto seconds = input.optionalInteger("seconds").value_or(0);
   input.require(seconds >= 0 && seconds <= furthest - call.world.ahead / 1000,
                 "The clock goes forward only, and ten years in all.");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
   call.world.ahead += seconds * 1000;
   return json(200, {{"server_time", iso8601(call.world.now())}});
 }
@@ -90,7 +102,9 @@ Answer showRequests(Call& call) {
   auto requests = Json::array();
   for (const auto& request : call.world.recorder.all()) {
     auto headers = Json::array();
-    for (const auto& [name, value] : request.headers) headers.push_back({name, value});
+    for (const auto& [name, value] : request.headers) {
+      headers.push_back({name, value});
+    }
     requests.push_back({{"method", request.method},
                         {"path", request.target},
                         {"secure", request.secure},
@@ -107,7 +121,9 @@ Answer clearRequests(Call& call) {
 
 Answer reset(Call& call) {
   static constexpr std::array tables{"accounts", "families", "devices", "enrollments", "dns_logs"};
-  for (const auto* table : tables) call.database.run(std::string{"DELETE FROM "} + table);
+  for (const auto* table : tables) {
+    call.database.run(std::string{"DELETE FROM "} + table);
+  }
   plant(call.world.seed, call.database, call.now);
   call.world.saboteur.set({});
   call.world.hold(false);

@@ -16,7 +16,9 @@ Answer noSuchDevice() { return notFound("device with this id"); }
 // A number of the query, or `otherwise` where it is absent; nothing for what is no number from 0 on.
 std::optional<std::int64_t> count(const Call& call, std::string_view name, std::int64_t otherwise) {
   const auto text = queryParameter(call.query, name);
-  if (!text) return otherwise;
+  if (!text) {
+    return otherwise;
+  }
   std::int64_t number = -1;
   const auto read = std::from_chars(text->data(), text->data() + text->size(), number);
   const bool whole = read.ec == std::errc{} && read.ptr == text->data() + text->size();
@@ -35,10 +37,14 @@ Answer updateDevice(Call& call) {
   const auto friendlyName = input.optionalText("friendly_name");
   const auto name = input.optionalText("device_name");
   input.require(!name || isFilled(*name), "Please give the device a name.");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto& id = call.path[0];
-  if (!findDevice(call, id)) return noSuchDevice();
+  if (!findDevice(call, id)) {
+    return noSuchDevice();
+  }
   call.database.run(
       "UPDATE devices SET friendly_name = coalesce(?, friendly_name), device_name = coalesce(?, "
       "device_name), "
@@ -57,10 +63,18 @@ Answer deviceLogs(Call& call) {
   const auto limit = count(call, "limit", usualLogLimit);
   const auto offset = count(call, "offset", 0);
   const auto earliest = since(call);
-  if (!limit) return refusal(400, "“limit” has to be a whole number from 0 on.");
-  if (!offset) return refusal(400, "“offset” has to be a whole number from 0 on.");
-  if (!earliest) return refusal(400, "“since” has to be a time such as 2016-10-08T22:31:00Z.");
-  if (!findDevice(call, call.path[0])) return noSuchDevice();
+  if (!limit) {
+    return refusal(400, "“limit” has to be a whole number from 0 on.");
+  }
+  if (!offset) {
+    return refusal(400, "“offset” has to be a whole number from 0 on.");
+  }
+  if (!earliest) {
+    return refusal(400, "“since” has to be a time such as 2016-10-08T22:31:00Z.");
+  }
+  if (!findDevice(call, call.path[0])) {
+    return noSuchDevice();
+  }
 
   auto logs = Json::array();
   call.database.each(

@@ -18,7 +18,9 @@ std::optional<std::string> fromBase64Url(std::string_view text) {
   const int code =
       sodium_base642bin(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size(), text.data(),
                         text.size(), nullptr, &size, nullptr, sodium_base64_VARIANT_URLSAFE_NO_PADDING);
-  if (code != 0) return std::nullopt;
+  if (code != 0) {
+    return std::nullopt;
+  }
   bytes.resize(size);
   return bytes;
 }
@@ -30,18 +32,30 @@ Answer message(std::string wire) {
 }
 
 Answer resolve(Call& call, std::string_view wire) {
-  if (!call.request.secure) return refusal(404, "DNS is answered over HTTPS only.");
+  if (!call.request.secure) {
+    return refusal(404, "DNS is answered over HTTPS only.");
+  }
   const auto deviceId = call.database.first(
       "SELECT id FROM devices WHERE doh_token = ?", [](Row row) { return row.text(0); }, call.path[0]);
-  if (!deviceId) return notFound("device with this endpoint");
+  if (!deviceId) {
+    return notFound("device with this endpoint");
+  }
   auto query = DnsQuery::parse(wire);
-  if (!query) return refusal(400, "This is not a DNS query.");
-  if (!query->isOrdinary()) return message(query->notImplemented());
+  if (!query) {
+    return refusal(400, "This is not a DNS query.");
+  }
+  if (!query->isOrdinary()) {
+    return message(query->notImplemented());
+  }
 
   const bool blocked = isBlockedFor(call.database, *deviceId, query->name());
   logQuery(call.database, *deviceId, query->name(), query->type(), blocked, call.now);
-  if (blocked) return message(query->noSuchName());
-  if (!call.world.upstream) return message(query->exampleAnswer());
+  if (blocked) {
+    return message(query->noSuchName());
+  }
+  if (!call.world.upstream) {
+    return message(query->exampleAnswer());
+  }
   const auto shared = std::make_shared<DnsQuery>(std::move(*query));
   call.afterwards = [shared, server = *call.world.upstream] { return message(shared->answerOf(server)); };
   return {};
@@ -52,7 +66,9 @@ Answer resolve(Call& call, std::string_view wire) {
 Answer dnsByGet(Call& call) {
   const auto parameter = queryParameter(call.query, "dns");
   const auto wire = parameter ? fromBase64Url(*parameter) : std::nullopt;
-  if (!wire) return refusal(400, "The parameter “dns” has to hold a DNS query.");
+  if (!wire) {
+    return refusal(400, "The parameter “dns” has to hold a DNS query.");
+  }
   return resolve(call, *wire);
 }
 

@@ -49,7 +49,9 @@ Answer initEnrollment(Call& call) {
   const auto type = input.text("device_type");
   input.require(!ownId.empty(), "The device has to name itself by an id.");
   input.require(isFilled(type), "The device has to say of what type it is.");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   // The device's own id only tells its attempts apart; anybody could send the id of another family's device.
   const auto deviceId = newId();
@@ -65,7 +67,9 @@ Answer initEnrollment(Call& call) {
 Answer enrollmentStatus(Call& call) {
   const auto& deviceId = call.path[0];
   const auto pending = findPending(call, "device_id", deviceId);
-  if (!pending) return notFound("enrollment of this device");
+  if (!pending) {
+    return notFound("enrollment of this device");
+  }
 
   const auto endpoint = dohEndpoint(call, deviceId);
   const bool completed = pending->completed && !endpoint.empty();
@@ -90,16 +94,23 @@ Answer completeEnrollment(Call& call) {
   const auto code = upperCase(input.text("enrollment_code"));
   const auto name = input.text("device_name");
   const auto childId = input.optionalText("child_id");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto pending = findPending(call, "enrollment_code", code);
-  if (!pending) return notFound("device waiting with this enrollment code");
-  if (pending->completed)
+  if (!pending) {
+    return notFound("device waiting with this enrollment code");
+  }
+  if (pending->completed) {
     return refusal(409, "This enrollment code was used already. Start again on the child's device.");
+  }
   if (pending->expiresAt <= call.now) {
     return refusal(422, "This enrollment code has expired. Start again on the child's device.");
   }
-  if (childId && !childExists(call, *childId)) return notFound("child with this id");
+  if (childId && !childExists(call, *childId)) {
+    return notFound("child with this id");
+  }
 
   addDevice(call.database,
             {.familyId = ownFamily(call),
@@ -111,7 +122,9 @@ Answer completeEnrollment(Call& call) {
             call.now);
   call.database.run("UPDATE enrollments SET completed = 1 WHERE device_id = ?", pending->deviceId);
   const auto device = findDevice(call, pending->deviceId);
-  if (!device) return refusal(500, "The device could not be saved. Please try again.");
+  if (!device) {
+    return refusal(500, "The device could not be saved. Please try again.");
+  }
   return json(201, {{"message", "The device was added to your family."},
                     {"device", *device},
                     {"doh_endpoint", device->at("doh_endpoint")}});
@@ -127,8 +140,12 @@ Answer manualEnrollment(Call& call) {
   input.require(isFilled(name), "Please give the device a name.");
   input.require(guide != nullptr, "This type of device can't be set up by hand.");
   input.require(!ip || isAddress(*ip), "This is not an IP address. It should look like 192.168.1.50.");
-  if (auto refused = input.refusal()) return *refused;
-  if (childId && !childExists(call, *childId)) return notFound("child with this id");
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  if (childId && !childExists(call, *childId)) {
+    return notFound("child with this id");
+  }
 
   const auto id = addDevice(call.database,
                             {.familyId = ownFamily(call),
@@ -139,7 +156,9 @@ Answer manualEnrollment(Call& call) {
                              .ip = ip},
                             call.now);
   const auto device = findDevice(call, id);
-  if (!device) return refusal(500, "The device could not be saved. Please try again.");
+  if (!device) {
+    return refusal(500, "The device could not be saved. Please try again.");
+  }
   return json(
       201, {{"message", "The device was added to your family."},
             {"device", *device},
@@ -155,11 +174,14 @@ Answer checkin(Call& call) {
   Input input{call.body};
   const auto deviceId = input.text("device_id");
   input.text("device_type");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const int found = call.database.run("UPDATE devices SET last_seen_at = ? WHERE id = ?", call.now, deviceId);
-  if (found == 0)
+  if (found == 0) {
     return refusal(404, "This device is not enrolled any more. Ask your parent to add it again.");
+  }
   return json(200, {{"status", call.world.saboteur.present().checkinStatus},
                     {"doh_endpoint", endpointUnlessWithheld(call, dohEndpoint(call, deviceId))},
                     {"doh_base_url", endpointUnlessWithheld(call, call.world.addresses.dohBase())},

@@ -59,9 +59,15 @@ std::optional<Invitation> findInvitation(Call& call, std::string_view code) {
 }
 
 std::optional<std::string> faultOf(const Invitation& invitation, Time now) {
-  if (invitation.status == "accepted") return "This invitation was used already.";
-  if (invitation.status == "revoked") return "This invitation was taken back.";
-  if (invitation.expiresAt <= now) return "This invitation has expired. Ask for a new one.";
+  if (invitation.status == "accepted") {
+    return "This invitation was used already.";
+  }
+  if (invitation.status == "revoked") {
+    return "This invitation was taken back.";
+  }
+  if (invitation.expiresAt <= now) {
+    return "This invitation has expired. Ask for a new one.";
+  }
   return std::nullopt;
 }
 
@@ -78,7 +84,9 @@ Answer showFamily(Call& call) {
 Answer createInvitation(Call& call) {
   Input input{call.body};
   const auto invitee = input.optionalText("invitee_name");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto code = unusedCode(call, 6, "SELECT 1 FROM invitations WHERE invite_code = ?");
   const auto expiresAt = call.now + invitationLifetime;
@@ -124,11 +132,17 @@ Answer updateMember(Call& call) {
   const auto devices = input.optionalFlag("can_manage_devices");
   const auto policies = input.optionalFlag("can_manage_policies");
   const auto active = input.optionalFlag("is_active");
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto member = findMember(call, call.path[0]);
-  if (!member) return notFound("member of your family with this id");
-  if (member->primary) return refusal(422, "The rights of the primary parent can't be changed.");
+  if (!member) {
+    return notFound("member of your family with this id");
+  }
+  if (member->primary) {
+    return refusal(422, "The rights of the primary parent can't be changed.");
+  }
   call.database.run(
       "UPDATE members SET can_manage_devices = coalesce(?, can_manage_devices), "
       "can_manage_policies = coalesce(?, can_manage_policies), is_active = coalesce(?, is_active) WHERE id = "
@@ -140,8 +154,12 @@ Answer updateMember(Call& call) {
 // The account stays, as one that belongs to no family.
 Answer removeMember(Call& call) {
   const auto member = findMember(call, call.path[0]);
-  if (!member) return notFound("member of your family with this id");
-  if (member->primary) return refusal(422, "The primary parent can't be removed from the family.");
+  if (!member) {
+    return notFound("member of your family with this id");
+  }
+  if (member->primary) {
+    return refusal(422, "The primary parent can't be removed from the family.");
+  }
   handOver(call, member->parentId);
   call.database.run("DELETE FROM members WHERE id = ?", call.path[0]);
   return nothing();

@@ -18,7 +18,9 @@ std::optional<Json> findHomeNetwork(Call& call) {
 }
 
 Json policyOfHome(Call& call, const std::optional<Json>& network) {
-  if (!network) return nullptr;
+  if (!network) {
+    return nullptr;
+  }
   return orNull(policyOf(call.database, Owner::homeNetwork, network->at("id").get<std::string>()));
 }
 
@@ -41,9 +43,12 @@ Answer createHomeNetwork(Call& call) {
   Input input{call.body};
   const auto name = input.optionalText("name");
   requireConfirmation(input);
-  if (auto refused = input.refusal()) return *refused;
-  if (findHomeNetwork(call))
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  if (findHomeNetwork(call)) {
     return refusal(409, "Your home network is set up already. Update its address instead.");
+  }
 
   const auto id = newId();
   call.database.run(
@@ -62,13 +67,17 @@ Answer createHomeNetwork(Call& call) {
 Answer updateHomeNetworkAddress(Call& call) {
   Input input{call.body};
   requireConfirmation(input);
-  if (auto refused = input.refusal()) return *refused;
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
 
   const auto address = callersAddress(call);
   const int updated =
       call.database.run("UPDATE home_networks SET public_ip = ?, updated_at = ? WHERE family_id = ?", address,
                         call.now, call.caller.familyId);
-  if (updated == 0) return notFound("home network yet");
+  if (updated == 0) {
+    return notFound("home network yet");
+  }
   return json(200, {{"message", "The address of your home network was updated."},
                     {"public_ip", address},
                     {"updated_at", iso8601(call.now)}});

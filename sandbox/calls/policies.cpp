@@ -32,11 +32,17 @@ bool isLabel(std::string_view label) {
 }
 
 bool isDomain(std::string_view text) {
-  if (text.empty() || text.size() > 253) return false;
+  if (text.empty() || text.size() > 253) {
+    return false;
+  }
   while (true) {
     const auto dot = text.find('.');
-    if (!isLabel(text.substr(0, dot))) return false;
-    if (dot == std::string_view::npos) return true;
+    if (!isLabel(text.substr(0, dot))) {
+      return false;
+    }
+    if (dot == std::string_view::npos) {
+      return true;
+    }
     text.remove_prefix(dot + 1);
   }
 }
@@ -44,7 +50,9 @@ bool isDomain(std::string_view text) {
 // As lists hold it: in lower case and without the root's dot.
 std::string normalised(std::string domain) {
   domain = lowerCase(std::move(domain));
-  if (domain.ends_with('.')) domain.pop_back();
+  if (domain.ends_with('.')) {
+    domain.pop_back();
+  }
   return domain;
 }
 
@@ -62,8 +70,12 @@ Answer updatePolicy(Call& call) {
   const auto mode = input.text("block_mode");
   input.require(mode == "blacklist" || mode == "whitelist",
                 "“block_mode” has to be “blacklist” or “whitelist”.");
-  if (auto refused = input.refusal()) return *refused;
-  if (!owns(call, owner, call.path[0])) return noSuchOwner(owner);
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  if (!owns(call, owner, call.path[0])) {
+    return noSuchOwner(owner);
+  }
   setPolicy(call.database, owner, call.path[0], isBlocked, mode, call.now);
   return policy(call, owner);
 }
@@ -73,15 +85,21 @@ Answer addToList(Call& call) {
   Input input{call.body};
   const auto domain = normalised(input.text("domain"));
   input.require(isDomain(domain), "This is not the name of a site. It should look like example.com.");
-  if (auto refused = input.refusal()) return *refused;
-  if (!owns(call, owner, call.path[0])) return noSuchOwner(owner);
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  if (!owns(call, owner, call.path[0])) {
+    return noSuchOwner(owner);
+  }
   addDomain(call.database, owner, call.path[0], list, domain, call.now);
   return changed(call, owner);
 }
 
 template <Owner owner, List list>
 Answer removeFromList(Call& call) {
-  if (!owns(call, owner, call.path[0])) return noSuchOwner(owner);
+  if (!owns(call, owner, call.path[0])) {
+    return noSuchOwner(owner);
+  }
   const bool removed =
       removeDomain(call.database, owner, call.path[0], list, normalised(call.path[1]), call.now);
   return removed ? changed(call, owner) : notFound("such site on this list");

@@ -29,14 +29,18 @@ std::string textOf(char* given) {
 
 std::string nameOf(const ldns_rdf* owner) {
   auto name = lowerCase(textOf(ldns_rdf2str(owner)));
-  if (name.ends_with('.')) name.pop_back();
+  if (name.ends_with('.')) {
+    name.pop_back();
+  }
   return name;
 }
 
 // FNV-1a: spreads names over the addresses, alike in every run.
 std::uint64_t spread(std::string_view text) {
   std::uint64_t hash = 14695981039346656037U;
-  for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+  for (const char c : text) {
+    hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211U;
+  }
   return hash;
 }
 
@@ -49,7 +53,9 @@ std::array<std::uint8_t, 4> exampleAddress4(std::uint64_t hash) {
 
 std::array<std::uint8_t, 16> exampleAddress6(std::uint64_t hash) {
   std::array<std::uint8_t, 16> address{0x20, 0x01, 0x0d, 0xb8};
-  for (std::size_t i = 8; i < address.size(); ++i, hash >>= 8) address[i] = static_cast<std::uint8_t>(hash);
+  for (std::size_t i = 8; i < address.size(); ++i, hash >>= 8) {
+    address[i] = static_cast<std::uint8_t>(hash);
+  }
   return address;
 }
 
@@ -69,13 +75,17 @@ Resolver resolverFor(const std::string& server) {
   const auto colon = server.find(':');
   const bool withPort = colon != std::string::npos && server.find(':', colon + 1) == std::string::npos;
   std::uint16_t port = LDNS_PORT;
-  if (withPort) std::from_chars(server.data() + colon + 1, server.data() + server.size(), port);
+  if (withPort) {
+    std::from_chars(server.data() + colon + 1, server.data() + server.size(), port);
+  }
   const auto host = withPort ? server.substr(0, colon) : server;
 
   Resolver resolver{ldns_resolver_new()};
   auto* address = ldns_rdf_new_frm_str(
       host.find(':') == std::string::npos ? LDNS_RDF_TYPE_A : LDNS_RDF_TYPE_AAAA, host.c_str());
-  if (!resolver || address == nullptr) return nullptr;
+  if (!resolver || address == nullptr) {
+    return nullptr;
+  }
   ldns_resolver_push_nameserver(resolver.get(), address);
   ldns_rdf_deep_free(address);
   ldns_resolver_set_port(resolver.get(), port);
@@ -89,13 +99,18 @@ Resolver resolverFor(const std::string& server) {
 void DnsQuery::Free::operator()(ldns_struct_pkt* packet) const { ldns_pkt_free(packet); }
 
 std::optional<DnsQuery> DnsQuery::parse(std::string_view wire) {
-  if (wire.size() > largestMessage) return std::nullopt;
+  if (wire.size() > largestMessage) {
+    return std::nullopt;
+  }
   ldns_pkt* parsed = nullptr;
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(wire.data());
-  if (ldns_wire2pkt(&parsed, bytes, wire.size()) != LDNS_STATUS_OK) return std::nullopt;
-  Packet packet{parsed};
-  if (ldns_pkt_qr(packet.get()) || ldns_rr_list_rr_count(ldns_pkt_question(packet.get())) == 0)
+  if (ldns_wire2pkt(&parsed, bytes, wire.size()) != LDNS_STATUS_OK) {
     return std::nullopt;
+  }
+  Packet packet{parsed};
+  if (ldns_pkt_qr(packet.get()) || ldns_rr_list_rr_count(ldns_pkt_question(packet.get())) == 0) {
+    return std::nullopt;
+  }
   return DnsQuery{std::move(packet)};
 }
 
@@ -119,7 +134,9 @@ DnsQuery::Packet DnsQuery::answer(int code) const {
   ldns_pkt_set_rd(packet.get(), ldns_pkt_rd(packet_.get()));
   ldns_pkt_set_ra(packet.get(), true);
   ldns_pkt_set_rcode(packet.get(), static_cast<std::uint8_t>(code));
-  if (ldns_pkt_edns(packet_.get())) ldns_pkt_set_edns_udp_size(packet.get(), 1232);
+  if (ldns_pkt_edns(packet_.get())) {
+    ldns_pkt_set_edns_udp_size(packet.get(), 1232);
+  }
   ldns_pkt_push_rr(packet.get(), LDNS_SECTION_QUESTION,
                    ldns_rr_clone(ldns_rr_list_rr(ldns_pkt_question(packet_.get()), 0)));
   return packet;
@@ -128,7 +145,9 @@ DnsQuery::Packet DnsQuery::answer(int code) const {
 std::string DnsQuery::wire(const ldns_struct_pkt& packet) {
   std::uint8_t* bytes = nullptr;
   std::size_t size = 0;
-  if (ldns_pkt2wire(&bytes, &packet, &size) != LDNS_STATUS_OK) return {};
+  if (ldns_pkt2wire(&bytes, &packet, &size) != LDNS_STATUS_OK) {
+    return {};
+  }
   const Owned<std::uint8_t> owned{bytes, &std::free};
   return {reinterpret_cast<const char*>(bytes), size};
 }
@@ -153,7 +172,9 @@ std::string DnsQuery::serverFailure() const { return answerWith(LDNS_RCODE_SERVF
 
 std::string DnsQuery::answerOf(const std::string& server) const {
   const auto resolver = resolverFor(server);
-  if (!resolver) return serverFailure();
+  if (!resolver) {
+    return serverFailure();
+  }
   // DNS over HTTPS uses the id 0, which over UDP anybody could guess.
   const Packet question{ldns_pkt_clone(packet_.get())};
   ldns_pkt_set_random_id(question.get());

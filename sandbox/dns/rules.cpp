@@ -21,7 +21,9 @@ const std::vector<std::string> defaultSites{
 };
 
 bool covers(std::string_view entry, std::string_view name) {
-  if (!name.ends_with(entry)) return false;
+  if (!name.ends_with(entry)) {
+    return false;
+  }
   return name.size() == entry.size() || name[name.size() - entry.size() - 1] == '.';
 }
 
@@ -29,7 +31,9 @@ bool covers(std::string_view entry, std::string_view name) {
 std::size_t longestCover(const std::vector<std::string>& entries, std::string_view name) {
   std::size_t longest = 0;
   for (const auto& entry : entries) {
-    if (entry.size() > longest && covers(entry, name)) longest = entry.size();
+    if (entry.size() > longest && covers(entry, name)) {
+      longest = entry.size();
+    }
   }
   return longest;
 }
@@ -47,7 +51,9 @@ Rules rulesOf(Database& database, std::string_view policyId, bool isBlocked) {
 bool blocks(const Rules& rules, std::string_view name) {
   const auto blocked = longestCover(rules.blocked, name);
   const auto allowed = longestCover(rules.allowed, name);
-  if (blocked > 0 || allowed > 0) return blocked >= allowed;
+  if (blocked > 0 || allowed > 0) {
+    return blocked >= allowed;
+  }
   return rules.isBlocked && longestCover(defaultSites, name) == 0;
 }
 

@@ -42,10 +42,14 @@ bool extend(X509* certificate, X509* issuer, int kind, const char* value) {
 
 Certificate blank(const char* commonName, EVP_PKEY* key) {
   Certificate certificate{X509_new()};
-  if (!certificate) return nullptr;
+  if (!certificate) {
+    return nullptr;
+  }
   X509_set_version(certificate.get(), X509_VERSION_3);
   unsigned char serial[16];
-  if (RAND_bytes(serial, sizeof serial) != 1) return nullptr;
+  if (RAND_bytes(serial, sizeof serial) != 1) {
+    return nullptr;
+  }
   serial[0] &= 0x7F;
   const std::unique_ptr<BIGNUM, Releaser<BN_free>> number{BN_bin2bn(serial, sizeof serial, nullptr)};
   BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate.get()));
@@ -62,7 +66,9 @@ Certificate blank(const char* commonName, EVP_PKEY* key) {
 
 Certificate newAuthority(EVP_PKEY* key) {
   auto authority = blank("Quillmar sandbox authority", key);
-  if (!authority) return nullptr;
+  if (!authority) {
+    return nullptr;
+  }
   X509_set_issuer_name(authority.get(), X509_get_subject_name(authority.get()));
   const bool complete =
       extend(authority.get(), authority.get(), NID_basic_constraints, "critical,CA:TRUE,pathlen:0") &&
@@ -74,7 +80,9 @@ Certificate newAuthority(EVP_PKEY* key) {
 
 Certificate newCertificate(EVP_PKEY* key, X509* authority, EVP_PKEY* authorityKey) {
   auto certificate = blank("localhost", key);
-  if (!certificate) return nullptr;
+  if (!certificate) {
+    return nullptr;
+  }
   X509_set_issuer_name(certificate.get(), X509_get_subject_name(authority));
   const bool complete =
       extend(certificate.get(), authority, NID_basic_constraints, "critical,CA:FALSE") &&
@@ -93,18 +101,26 @@ bool store(const std::filesystem::path& path, mode_t mode, Write write) {
   std::error_code error;
   std::filesystem::remove(beside, error);
   const int descriptor = ::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-  if (descriptor < 0) return false;
+  if (descriptor < 0) {
+    return false;
+  }
   File file{::fdopen(descriptor, "w"), &std::fclose};
-  if (!file || write(file.get()) != 1 || std::fclose(file.release()) != 0) return false;
+  if (!file || write(file.get()) != 1 || std::fclose(file.release()) != 0) {
+    return false;
+  }
   std::filesystem::rename(beside, path, error);
   return !error;
 }
 
 bool stillGood(const Certificates& files) {
   const File file{std::fopen(files.certificate.c_str(), "r"), &std::fclose};
-  if (!file || !std::filesystem::exists(files.authority) || !std::filesystem::exists(files.key)) return false;
+  if (!file || !std::filesystem::exists(files.authority) || !std::filesystem::exists(files.key)) {
+    return false;
+  }
   const Certificate certificate{PEM_read_X509(file.get(), nullptr, nullptr, nullptr)};
-  if (!certificate) return false;
+  if (!certificate) {
+    return false;
+  }
   std::time_t soon = std::time(nullptr) + renewal;
   return X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0;
 }
@@ -112,11 +128,15 @@ bool stillGood(const Certificates& files) {
 bool make(const Certificates& files) {
   const auto authorityKey = newKey();
   const auto key = newKey();
-  if (!authorityKey || !key) return false;
+  if (!authorityKey || !key) {
+    return false;
+  }
   const auto authority = newAuthority(authorityKey.get());
   const auto certificate =
       authority ? newCertificate(key.get(), authority.get(), authorityKey.get()) : nullptr;
-  if (!certificate) return false;
+  if (!certificate) {
+    return false;
+  }
   // The certificate comes last: where it stands, the other two do as well.
   return store(files.authority, 0644,
                [&](std::FILE* file) { return PEM_write_X509(file, authority.get()); }) &&
@@ -132,7 +152,9 @@ bool make(const Certificates& files) {
 
 Outcome<Certificates> certificatesIn(const std::filesystem::path& directory) {
   const Certificates files{directory / "ca.pem", directory / "server.pem", directory / "server.key"};
-  if (stillGood(files) || make(files)) return files;
+  if (stillGood(files) || make(files)) {
+    return files;
+  }
   return Failure{"No certificate could be made in " + directory.string() + "."};
 }
 

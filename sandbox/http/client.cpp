@@ -17,7 +17,9 @@ Outcome<Answer> post(int port, const std::string& target, const std::string& bod
   boost::system::error_code error;
   const tcp::endpoint service{boost::asio::ip::address_v4::loopback(), static_cast<unsigned short>(port)};
   stream.connect(service, error);
-  if (error) return Failure{"No service answers on port " + std::to_string(port) + ". Is it running?"};
+  if (error) {
+    return Failure{"No service answers on port " + std::to_string(port) + ". Is it running?"};
+  }
 
   http::request<http::string_body> request{http::verb::post, target, 11};
   request.set(http::field::host, "127.0.0.1:" + std::to_string(port));
@@ -28,8 +30,12 @@ Outcome<Answer> post(int port, const std::string& target, const std::string& bod
 
   boost::beast::flat_buffer buffer;
   http::response<http::string_body> response;
-  if (!error) http::read(stream, buffer, response, error);
-  if (error) return Failure{"The service on port " + std::to_string(port) + " gave no answer."};
+  if (!error) {
+    http::read(stream, buffer, response, error);
+  }
+  if (error) {
+    return Failure{"The service on port " + std::to_string(port) + " gave no answer."};
+  }
   return Answer{.status = int(response.result_int()), .body = response.body()};
 }
 

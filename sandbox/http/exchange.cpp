@@ -33,18 +33,26 @@ void Exchange::deliver(Answer answer, Done done) {
 }
 
 void Exchange::deliverInTime(Answer answer, Done done) {
-  if (answer.delivery.latency.count() <= 0) return done(std::move(answer));
+  if (answer.delivery.latency.count() <= 0) {
+    return done(std::move(answer));
+  }
   auto timer = std::make_shared<net::steady_timer>(network_, answer.delivery.latency);
   timer->async_wait([timer, answer = std::move(answer), done = std::move(done)](auto error) mutable {
-    if (!error) done(std::move(answer));
+    if (!error) {
+      done(std::move(answer));
+    }
   });
 }
 
 void Exchange::hold(bool holding) {
   net::post(network_, [this, holding] {
     holding_ = holding;
-    if (holding_) return;
-    for (auto& held : std::exchange(held_, {})) deliverInTime(std::move(held.answer), std::move(held.done));
+    if (holding_) {
+      return;
+    }
+    for (auto& held : std::exchange(held_, {})) {
+      deliverInTime(std::move(held.answer), std::move(held.done));
+    }
   });
 }
 

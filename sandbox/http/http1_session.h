@@ -34,7 +34,9 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
 
   auto next(void (Http1Session::*step)()) {
     return [self = this->shared_from_this(), step](Error error, std::size_t = 0) {
-      if (!error) (self.get()->*step)();
+      if (!error) {
+        (self.get()->*step)();
+      }
     };
   }
 
@@ -49,7 +51,9 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
   }
 
   void readHeaderEnded(Error error) {
-    if (error) return refuse(error);
+    if (error) {
+      return refuse(error);
+    }
     if (boost::beast::iequals(parser_->get()[boost::beast::http::field::expect], "100-continue")) {
       return sendContinue();
     }
@@ -68,7 +72,9 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
   }
 
   void readBodyEnded(Error error) {
-    if (error) return refuse(error);
+    if (error) {
+      return refuse(error);
+    }
     exchange_.answer(takeRequest(),
                      [self = this->shared_from_this()](Answer answer) { self->send(std::move(answer)); });
   }
@@ -95,7 +101,9 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     const bool tooLarge = error == http::error::body_limit;
     const bool unreadable = error.category() == http::make_error_code(http::error::bad_method).category() &&
                             error != http::error::end_of_stream && error != http::error::partial_message;
-    if (!tooLarge && !unreadable) return;
+    if (!tooLarge && !unreadable) {
+      return;
+    }
     keepAlive_ = false;
     withBody_ = true;
     send(tooLarge ? refusalOfLargeBody() : refusalOfMalformedRequest());
@@ -104,14 +112,22 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
   void send(Answer answer) {
     namespace http = boost::beast::http;
     answer_ = std::move(answer);
-    if (answer_.delivery.drop == Drop::beforeAnswer) return connection().close();
+    if (answer_.delivery.drop == Drop::beforeAnswer) {
+      return connection().close();
+    }
     response_ = {};
     response_.version(11);
     response_.result(unsigned(answer_.status));
     response_.set(http::field::server, "quillmar-sandbox");
-    for (const auto& [name, value] : answer_.headers) response_.set(name, value);
-    if (!answer_.contentType.empty()) response_.set(http::field::content_type, answer_.contentType);
-    if (answer_.status != 204) response_.content_length(answer_.body.size());
+    for (const auto& [name, value] : answer_.headers) {
+      response_.set(name, value);
+    }
+    if (!answer_.contentType.empty()) {
+      response_.set(http::field::content_type, answer_.contentType);
+    }
+    if (answer_.status != 204) {
+      response_.content_length(answer_.body.size());
+    }
     response_.keep_alive(keepAlive_);
     serializer_.emplace(response_);
     connection().expires_after(patience);
@@ -120,15 +136,21 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
 
   void sendBody() {
     sent_ = 0;
-    if (!withBody_) return sendEnded();
-    if (answer_.delivery.drop == Drop::inBody) answer_.body.resize(answer_.body.size() / 2);
+    if (!withBody_) {
+      return sendEnded();
+    }
+    if (answer_.delivery.drop == Drop::inBody) {
+      answer_.body.resize(answer_.body.size() / 2);
+    }
     sendPiece();
   }
 
   void sendPiece() {
     const bool slow = answer_.delivery.bodyTime.count() > 0;
     const auto whole = answer_.body.size();
-    if (sent_ == whole) return sendEnded();
+    if (sent_ == whole) {
+      return sendEnded();
+    }
     const auto size = slow ? std::min(whole - sent_, whole / piecesOfSlowBody + 1) : whole;
     const auto piece = boost::asio::buffer(answer_.body.data() + sent_, size);
     sent_ += size;
@@ -143,8 +165,12 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
   }
 
   void sendEnded() {
-    if (answer_.delivery.drop == Drop::inBody) return connection().close();
-    if (keepAlive_) return readHeader();
+    if (answer_.delivery.drop == Drop::inBody) {
+      return connection().close();
+    }
+    if (keepAlive_) {
+      return readHeader();
+    }
     Error ignored;
     connection().socket().shutdown(boost::asio::ip::tcp::socket::shutdown_send, ignored);
     drain();

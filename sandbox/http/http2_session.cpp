@@ -27,7 +27,9 @@ nghttp2_nv field(std::string& name, std::string& value) {
 
 std::size_t sizeOf(const Headers& headers) {
   std::size_t size = 0;
-  for (const auto& [name, value] : headers) size += name.size() + value.size();
+  for (const auto& [name, value] : headers) {
+    size += name.size() + value.size();
+  }
   return size;
 }
 
@@ -82,7 +84,9 @@ const nghttp2_session_callbacks* Http2Session::callbacks() {
 }
 
 void Http2Session::start() {
-  if (session_ == nullptr) return;
+  if (session_ == nullptr) {
+    return;
+  }
   boost::beast::get_lowest_layer(stream_).expires_never();
   const std::array settings{nghttp2_settings_entry{NGHTTP2_SETTINGS_MAX_CONCURRENT_STREAMS, 100},
                             nghttp2_settings_entry{NGHTTP2_SETTINGS_MAX_HEADER_LIST_SIZE, largestHeader}};
@@ -98,7 +102,9 @@ Http2Session::Exchanged* Http2Session::find(int32_t id) {
 
 void Http2Session::headerCame(int32_t id, std::string_view name, std::string_view value) {
   auto* const stream = find(id);
-  if (stream == nullptr) return;
+  if (stream == nullptr) {
+    return;
+  }
   auto& request = stream->request;
   if (name == ":method") {
     request.method = value;
@@ -113,36 +119,52 @@ void Http2Session::headerCame(int32_t id, std::string_view name, std::string_vie
 
 void Http2Session::dataCame(int32_t id, std::string_view data) {
   auto* const stream = find(id);
-  if (stream == nullptr || stream->answered) return;
-  if (stream->request.body.size() + data.size() > largestBody) return submit(id, refusalOfLargeBody());
+  if (stream == nullptr || stream->answered) {
+    return;
+  }
+  if (stream->request.body.size() + data.size() > largestBody) {
+    return submit(id, refusalOfLargeBody());
+  }
   stream->request.body.append(data);
 }
 
 void Http2Session::requestCame(int32_t id) {
   auto* const stream = find(id);
-  if (stream == nullptr || stream->answered) return;
+  if (stream == nullptr || stream->answered) {
+    return;
+  }
   stream->request.secure = true;
   stream->headOnly = stream->request.method == "HEAD";
   exchange_.answer(std::move(stream->request), [self = shared_from_this(), id](Answer answer) {
-    if (self->closed_ || self->find(id) == nullptr) return;
+    if (self->closed_ || self->find(id) == nullptr) {
+      return;
+    }
     self->submit(id, std::move(answer));
     self->flush();
   });
 }
 
 void Http2Session::submit(int32_t id, Answer answer) {
-  if (answer.delivery.drop == Drop::beforeAnswer) return close();
+  if (answer.delivery.drop == Drop::beforeAnswer) {
+    return close();
+  }
   auto& stream = *find(id);
   stream.answered = true;
   stream.answer = std::move(answer);
   auto& headers = stream.answer.headers;
   headers.emplace_back("content-length", std::to_string(stream.answer.body.size()));
-  if (!stream.answer.contentType.empty()) headers.emplace_back("content-type", stream.answer.contentType);
-  for (auto& [name, value] : headers) name = lowerCase(std::move(name));
+  if (!stream.answer.contentType.empty()) {
+    headers.emplace_back("content-type", stream.answer.contentType);
+  }
+  for (auto& [name, value] : headers) {
+    name = lowerCase(std::move(name));
+  }
   // Pseudo headers come first.
   headers.emplace(headers.begin(), ":status", std::to_string(stream.answer.status));
   std::vector<nghttp2_nv> fields;
-  for (auto& [name, value] : headers) fields.push_back(field(name, value));
+  for (auto& [name, value] : headers) {
+    fields.push_back(field(name, value));
+  }
 
   makeReady(id);
   nghttp2_data_provider provider{};
@@ -161,10 +183,14 @@ void Http2Session::makeReady(int32_t id) {
     return;
   }
   stream.ready = std::min(whole, stream.ready + whole / piecesOfSlowBody + 1);
-  if (stream.ready == whole) return;
+  if (stream.ready == whole) {
+    return;
+  }
   stream.pause.expires_after(delivery.bodyTime / piecesOfSlowBody);
   stream.pause.async_wait([self = shared_from_this(), id](auto error) {
-    if (error || self->closed_ || self->find(id) == nullptr) return;
+    if (error || self->closed_ || self->find(id) == nullptr) {
+      return;
+    }
     self->makeReady(id);
     nghttp2_session_resume_data(self->session_, id);
     self->flush();
@@ -175,58 +201,81 @@ ssize_t Http2Session::readAnswer(nghttp2_session*, int32_t id, uint8_t* buffer, 
                                  uint32_t* flags, nghttp2_data_source*, void* user) {
   auto& self = session(user);
   auto* const stream = self.find(id);
-  if (stream == nullptr) return NGHTTP2_ERR_TEMPORAL_CALLBACK_FAILURE;
+  if (stream == nullptr) {
+    return NGHTTP2_ERR_TEMPORAL_CALLBACK_FAILURE;
+  }
   const auto& body = stream->answer.body;
   const bool cut = stream->answer.delivery.drop == Drop::inBody;
   const auto end = cut ? std::min(stream->ready, body.size() / 2) : stream->ready;
-  if (stream->sent == end && cut) return NGHTTP2_ERR_CALLBACK_FAILURE;
-  if (stream->sent == end && end < body.size()) return NGHTTP2_ERR_DEFERRED;
+  if (stream->sent == end && cut) {
+    return NGHTTP2_ERR_CALLBACK_FAILURE;
+  }
+  if (stream->sent == end && end < body.size()) {
+    return NGHTTP2_ERR_DEFERRED;
+  }
   const auto size = std::min(length, end - stream->sent);
   std::memcpy(buffer, body.data() + stream->sent, size);
   stream->sent += size;
-  if (stream->sent == body.size()) *flags |= NGHTTP2_DATA_FLAG_EOF;
+  if (stream->sent == body.size()) {
+    *flags |= NGHTTP2_DATA_FLAG_EOF;
+  }
   return ssize_t(size);
 }
 
 void Http2Session::read() {
   stream_.async_read_some(boost::asio::buffer(incoming_),
                           [self = shared_from_this()](auto error, std::size_t size) {
-                            if (error || self->closed_) return self->close();
-                            if (nghttp2_session_mem_recv(self->session_, self->incoming_.data(), size) < 0)
+                            if (error || self->closed_) {
                               return self->close();
+                            }
+                            if (nghttp2_session_mem_recv(self->session_, self->incoming_.data(), size) < 0) {
+                              return self->close();
+                            }
                             self->flush();
-                            if (!self->closed_) self->read();
+                            if (!self->closed_) {
+                              self->read();
+                            }
                           });
 }
 
 void Http2Session::flush() {
-  if (writing_ || closed_) return;
+  if (writing_ || closed_) {
+    return;
+  }
   outgoing_.clear();
   bool broken = false;
   while (outgoing_.size() < largestWrite) {
     const uint8_t* data = nullptr;
     const auto size = nghttp2_session_mem_send(session_, &data);
     broken = size < 0;
-    if (size <= 0) break;
+    if (size <= 0) {
+      break;
+    }
     outgoing_.append(text(data, std::size_t(size)));
   }
   const bool finished =
       broken || (nghttp2_session_want_read(session_) == 0 && nghttp2_session_want_write(session_) == 0);
   if (outgoing_.empty()) {
-    if (finished) close();
+    if (finished) {
+      close();
+    }
     return;
   }
   writing_ = true;
   boost::asio::async_write(stream_, boost::asio::buffer(outgoing_),
                            [self = shared_from_this(), broken](auto error, std::size_t) {
                              self->writing_ = false;
-                             if (error || broken) return self->close();
+                             if (error || broken) {
+                               return self->close();
+                             }
                              self->flush();
                            });
 }
 
 void Http2Session::close() {
-  if (closed_) return;
+  if (closed_) {
+    return;
+  }
   closed_ = true;
   boost::beast::get_lowest_layer(stream_).close();
 }

@@ -24,7 +24,9 @@ int chooseProtocol(SSL*, const unsigned char** chosen, unsigned char* length, co
   unsigned char* common = nullptr;
   const int outcome = SSL_select_next_proto(&common, length, protocols.data(), unsigned(protocols.size()),
                                             offered, offeredLength);
-  if (outcome != OPENSSL_NPN_NEGOTIATED) return SSL_TLSEXT_ERR_NOACK;
+  if (outcome != OPENSSL_NPN_NEGOTIATED) {
+    return SSL_TLSEXT_ERR_NOACK;
+  }
   *chosen = common;
   return SSL_TLSEXT_ERR_OK;
 }
@@ -45,7 +47,9 @@ class Handshake : public std::enable_shared_from_this<Handshake> {
   void start() {
     boost::beast::get_lowest_layer(stream_).expires_after(std::chrono::seconds{15});
     stream_.async_handshake(net::ssl::stream_base::server, [self = shared_from_this()](auto error) {
-      if (!error) self->ended();
+      if (!error) {
+        self->ended();
+      }
     });
   }
 
@@ -70,18 +74,26 @@ class HttpServer::Implementation {
 
   ~Implementation() {
     network_.stop();
-    if (thread_.joinable()) thread_.join();
+    if (thread_.joinable()) {
+      thread_.join();
+    }
   }
 
   std::optional<Failure> bind(const Settings& settings, const Certificates& certificates) {
     boost::system::error_code error;
     context_.use_certificate_file(certificates.certificate.string(), net::ssl::context::pem, error);
-    if (!error) context_.use_private_key_file(certificates.key.string(), net::ssl::context::pem, error);
-    if (error) return Failure{"The certificate can't be used: " + error.message() + "."};
+    if (!error) {
+      context_.use_private_key_file(certificates.key.string(), net::ssl::context::pem, error);
+    }
+    if (error) {
+      return Failure{"The certificate can't be used: " + error.message() + "."};
+    }
     SSL_CTX_set_min_proto_version(context_.native_handle(), TLS1_2_VERSION);
     SSL_CTX_set_alpn_select_cb(context_.native_handle(), chooseProtocol, nullptr);
     workers_ = settings.workers;
-    if (auto failure = bind(plain_, settings.port)) return failure;
+    if (auto failure = bind(plain_, settings.port)) {
+      return failure;
+    }
     return bind(tls_, settings.tlsPort);
   }
 
@@ -107,17 +119,27 @@ class HttpServer::Implementation {
     const tcp::endpoint address{net::ip::address_v4::loopback(), static_cast<unsigned short>(port)};
     boost::system::error_code error;
     acceptor.open(address.protocol(), error);
-    if (!error) acceptor.set_option(tcp::acceptor::reuse_address{true}, error);
-    if (!error) acceptor.bind(address, error);
-    if (!error) acceptor.listen(net::socket_base::max_listen_connections, error);
-    if (!error) return std::nullopt;
+    if (!error) {
+      acceptor.set_option(tcp::acceptor::reuse_address{true}, error);
+    }
+    if (!error) {
+      acceptor.bind(address, error);
+    }
+    if (!error) {
+      acceptor.listen(net::socket_base::max_listen_connections, error);
+    }
+    if (!error) {
+      return std::nullopt;
+    }
     return Failure{"Port " + std::to_string(port) + " can't be used: " + error.message() + "."};
   }
 
   template <class Serve>
   void accept(tcp::acceptor& acceptor, Serve serve) {
     acceptor.async_accept([this, &acceptor, serve](auto error, tcp::socket socket) {
-      if (error) return acceptAfterPause(acceptor, serve);
+      if (error) {
+        return acceptAfterPause(acceptor, serve);
+      }
       boost::system::error_code ignored;
       socket.set_option(tcp::no_delay{true}, ignored);
       serve(std::move(socket));
@@ -130,7 +152,9 @@ class HttpServer::Implementation {
   void acceptAfterPause(tcp::acceptor& acceptor, Serve serve) {
     auto timer = std::make_shared<net::steady_timer>(network_, std::chrono::milliseconds{50});
     timer->async_wait([this, &acceptor, serve, timer](auto error) {
-      if (!error) accept(acceptor, serve);
+      if (!error) {
+        accept(acceptor, serve);
+      }
     });
   }
 
@@ -150,7 +174,9 @@ HttpServer::~HttpServer() = default;
 Outcome<std::unique_ptr<HttpServer>> HttpServer::bind(const Settings& settings,
                                                       const Certificates& certificates) {
   auto implementation = std::make_unique<Implementation>();
-  if (auto failure = implementation->bind(settings, certificates)) return *failure;
+  if (auto failure = implementation->bind(settings, certificates)) {
+    return *failure;
+  }
   return std::unique_ptr<HttpServer>{new HttpServer{std::move(implementation)}};
 }
 

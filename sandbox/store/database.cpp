@@ -27,8 +27,9 @@ Outcome<std::unique_ptr<Database>> Database::open(const std::optional<std::files
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
   const int code = sqlite3_open_v2(name.c_str(), &handle, flags, nullptr);
   std::unique_ptr<Database> database{new Database{handle}};
-  if (code != SQLITE_OK)
+  if (code != SQLITE_OK) {
     return Failure{"The database " + name + " can't be opened: " + sqlite3_errmsg(handle) + "."};
+  }
   sqlite3_busy_timeout(handle, 5000);
   // Write-ahead logging outlives a kill of the process at any moment, which is what is promised here.
   for (const auto* pragma :
@@ -57,7 +58,9 @@ sqlite3_stmt* Database::prepare(std::string_view sql) {
                              nullptr));
     entry->second.reset(statement);
   }
-  if (entry->second == nullptr) spoilt_ = true;
+  if (entry->second == nullptr) {
+    spoilt_ = true;
+  }
   reset(entry->second.get());
   return entry->second.get();
 }
@@ -76,10 +79,16 @@ void Database::bind(sqlite3_stmt* statement, int index, std::nullopt_t) {
 }
 
 bool Database::step(sqlite3_stmt* statement) {
-  if (spoilt_) return false;
+  if (spoilt_) {
+    return false;
+  }
   const int code = sqlite3_step(statement);
-  if (code == SQLITE_ROW) return true;
-  if (code != SQLITE_DONE) spoilt_ = true;
+  if (code == SQLITE_ROW) {
+    return true;
+  }
+  if (code != SQLITE_DONE) {
+    spoilt_ = true;
+  }
   reset(statement);
   return false;
 }
@@ -91,7 +100,9 @@ int Database::changes() const { return spoilt_ ? 0 : sqlite3_changes(handle_); }
 std::int64_t Database::lastRowId() const { return sqlite3_last_insert_rowid(handle_); }
 
 void Database::check(int code) {
-  if (code != SQLITE_OK) spoilt_ = true;
+  if (code != SQLITE_OK) {
+    spoilt_ = true;
+  }
 }
 
 Transaction::Transaction(Database& database) : database_{database}, lock_{database.mutex_} {
@@ -100,7 +111,9 @@ Transaction::Transaction(Database& database) : database_{database}, lock_{databa
 }
 
 Transaction::~Transaction() {
-  if (!open_) return;
+  if (!open_) {
+    return;
+  }
   database_.spoilt_ = false;
   database_.run("ROLLBACK");
 }

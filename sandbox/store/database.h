@@ -57,7 +57,9 @@ class Database {
   template <class Visit, class... Arguments>
   void each(std::string_view sql, Visit visit, const Arguments&... arguments) {
     auto* const statement = prepared(sql, arguments...);
-    while (step(statement)) visit(Row{statement});
+    while (step(statement)) {
+      visit(Row{statement});
+    }
   }
 
   // What `map` makes of the first row, if there is one.
@@ -65,7 +67,9 @@ class Database {
   auto first(std::string_view sql, Map map, const Arguments&... arguments) {
     std::optional<decltype(map(Row{nullptr}))> found;
     auto* const statement = prepared(sql, arguments...);
-    if (step(statement)) found = map(Row{statement});
+    if (step(statement)) {
+      found = map(Row{statement});
+    }
     reset(statement);
     return found;
   }

@@ -57,7 +57,9 @@ std::optional<Json> policyOf(Database& database, Owner owner, std::string_view o
       "SELECT " + columns(fields) + " FROM policies JOIN " + table + " ON " + table + ".id = policies." +
           column + " WHERE policies." + column + " = ?",
       [&fields = fields](Row row) { return record(row, fields); }, ownerId);
-  if (!policy) return std::nullopt;
+  if (!policy) {
+    return std::nullopt;
+  }
   const auto id = policy->at("id").get<std::string>();
   (*policy)["blocked_domains"] = domains(database, id, List::blocked);
   (*policy)["allowed_domains"] = domains(database, id, List::allowed);
@@ -85,7 +87,9 @@ bool removeDomain(Database& database, Owner owner, std::string_view ownerId, Lis
   const int removed =
       database.run("DELETE FROM policy_domains WHERE policy_id = ? AND list = ? AND domain = ?", policy,
                    nameOf(list), domain);
-  if (removed > 0) touch(database, policy, now);
+  if (removed > 0) {
+    touch(database, policy, now);
+  }
   return removed > 0;
 }
 

@@ -79,9 +79,15 @@ constexpr std::array tables{
 bool createTables(Database& database) {
   const auto found =
       database.first("PRAGMA user_version", [](Row row) { return row.integer(0); }).value_or(-1);
-  if (found != 0) return found == version;
-  if (database.any("SELECT 1 FROM sqlite_master")) return false;
-  for (const auto* table : tables) database.run(table);
+  if (found != 0) {
+    return found == version;
+  }
+  if (database.any("SELECT 1 FROM sqlite_master")) {
+    return false;
+  }
+  for (const auto* table : tables) {
+    database.run(table);
+  }
   database.run("PRAGMA user_version=" + std::to_string(version));
   return true;
 }
