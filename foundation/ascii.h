@@ -2,7 +2,7 @@
 
 namespace quillmar {
 
-// Of one byte, whatever the process's locale.
+// Independent of the locale.
 constexpr bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool isAsciiLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 constexpr bool isHexDigit(char c) {

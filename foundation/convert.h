@@ -25,11 +25,11 @@ inline constexpr bool isList = false;
 template <class T>
 inline constexpr bool isList<std::vector<T>> = true;
 
-// A moment as front ends see it: milliseconds since 1970.
+// Milliseconds since 1970.
 inline Value toValue(Date date) { return date.time_since_epoch().count(); }
 
-// What front ends see of a value: scalars as they are, an enumeration as its raw value, a nil as nil, a
-// record as the map of its fields without the nil ones.
+// What front ends see: a scalar as it is, an enumeration as its raw value, nil as nil, a record as the map of
+// its fields that are not nil.
 template <class T>
 Value toValue(const T& value) {
   if constexpr (std::constructible_from<Value, const T&>) {
@@ -57,7 +57,7 @@ Value toValue(const T& value) {
   }
 }
 
-// What a person's input gives: nothing when the value is of another type than the field.
+// From a person's input; nullopt if the value's type is not the field's.
 template <class T>
 std::optional<T> fromValue(const Value& value) {
   if constexpr (std::same_as<T, Value>) {

@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// A moment, to the millisecond: the finest that any text of the system can name.
+// Milliseconds: no text of the system shows anything finer.
 using Date = std::chrono::sys_time<std::chrono::milliseconds>;
 using Duration = std::chrono::milliseconds;
 

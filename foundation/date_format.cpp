@@ -23,7 +23,7 @@ constexpr std::array<std::string_view, 7> weekdays = {"Mon, ", "Tue, ", "Wed, ",
 constexpr std::array<std::string_view, 12> months = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-// Reads a text from its front; once something does not fit, nothing fits any more.
+// Parses from the front. After the first mismatch everything fails.
 class Reader {
  public:
   explicit Reader(std::string_view text) : text_(text) {}
@@ -31,7 +31,7 @@ class Reader {
   bool complete() const { return fits_ && text_.empty(); }
   bool fits() const { return fits_; }
 
-  // Exactly `width` digits with a value of at most `most`.
+  // Exactly `width` digits; the value is at most `most`.
   int number(std::size_t width, int most) {
     const auto digits = this->digits(width);
     int value = 0;
@@ -40,7 +40,7 @@ class Reader {
     return value;
   }
 
-  // As many digits as there are, at most `width`.
+  // At most `width` digits.
   std::string_view digits(std::size_t width) {
     std::size_t count = 0;
     while (count < width && count < text_.size() && isAsciiDigit(text_[count])) {
@@ -51,7 +51,7 @@ class Reader {
 
   void expect(char c) { require(accept(c)); }
 
-  // Which of the words comes.
+  // Consumes one of the words and returns its index.
   template <std::size_t count>
   unsigned word(const std::array<std::string_view, count>& words) {
     const auto found =
@@ -105,7 +105,7 @@ milliseconds readFraction(Reader& reader) {
   return milliseconds(Reader(digits).number(3, 999));
 }
 
-// How far the zone is ahead of UTC: Z, +hh, +hhmm or +hh:mm.
+// The zone's offset from UTC: Z, +hh, +hhmm or +hh:mm.
 minutes readZone(Reader& reader) {
   if (reader.accept('Z')) {
     return minutes(0);

@@ -16,13 +16,13 @@
 #include "foundation/date_format.h"
 #include "foundation/icu_text.h"
 
-// Apart from the reading of times: a program that shows no dates loads none of the tables behind this.
+// A source of its own, so that a program that shows no dates doesn't link ICU's formatting.
 namespace quillmar {
 namespace {
 
 UDate icuDate(Date date) { return static_cast<UDate>(date.time_since_epoch().count()); }
 
-// ICU's factories do not bear a bogus locale.
+// ICU's factories do not accept a bogus locale.
 icu::Locale localeNamed(const std::string& name) {
   const icu::Locale locale(name.c_str());
   return locale.isBogus() ? icu::Locale::getRoot() : locale;
@@ -39,7 +39,7 @@ icu::UnicodeString patternOf(const icu::DateFormat* format) {
   return simple ? simple->toPattern(pattern) : pattern;
 }
 
-// The medium date and the short time, joined as the locale joins them in a sentence ("at").
+// Joined as the locale joins them in a sentence ("at" in English).
 std::unique_ptr<icu::DateFormat> makeDateAndTime(const icu::Locale& locale, const icu::DateFormat* date,
                                                  const icu::DateFormat* time) {
   UErrorCode status = U_ZERO_ERROR;
@@ -55,7 +55,7 @@ std::unique_ptr<icu::DateFormat> makeDateAndTime(const icu::Locale& locale, cons
   return U_SUCCESS(status) ? std::move(format) : nullptr;
 }
 
-// The units of a relative time, the largest first.
+// The largest first.
 struct Unit {
   UCalendarDateFields field;
   URelativeDateTimeUnit unit;
@@ -71,7 +71,7 @@ struct Span {
   URelativeDateTimeUnit unit = UDAT_REL_UNIT_SECOND;
 };
 
-// How far `to` is from the calendar's time, in the largest unit of which there is a whole one.
+// The difference in the largest unit that is not zero.
 Span largestWhole(icu::Calendar& from, Date to, UErrorCode& status) {
   for (const auto& [field, unit] : units) {
     if (const auto amount = from.fieldDifference(icuDate(to), field, status); amount != 0) {
@@ -83,7 +83,7 @@ Span largestWhole(icu::Calendar& from, Date to, UErrorCode& status) {
 
 }  // namespace
 
-// Prepared once: making a format reads tables. Their const use is safe on any thread.
+// Created once, because creating a format loads tables. Const use is thread-safe.
 struct DateStyles::Formats {
   Formats(const std::string& localeName, const std::string& zoneName)
       : locale(localeNamed(localeName)),
@@ -114,7 +114,7 @@ DateStyles::DateStyles(const std::string& locale, const std::string& timeZone)
     : formats_(std::make_shared<const Formats>(locale, timeZone)) {}
 
 std::optional<Date> DateStyles::parseLocal(std::string_view text) const {
-  // The clock's time as if it were universal.
+  // The local time, parsed as if its zone were UTC.
   const auto local = parseISO8601(std::string(text) + 'Z');
   if (!local) {
     return std::nullopt;

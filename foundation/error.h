@@ -10,15 +10,14 @@
 
 namespace quillmar {
 
-// What any kind of error offers: a sentence for the person at the screen. Kinds are also copyable and
-// comparable, which is not asked here: results of results would make the question ask itself.
+// Requires only `description()`. Requiring copying and comparison as well would make the concept recursive
+// for Result<Result<T>>.
 template <class E>
 concept ErrorKind = requires(const E& error) {
   error.localizedDescription();
 };
 
-// One failure of any kind (the service's, the transport's, the coder's, the tunnel's …), carried as a value.
-// Cheap to copy; safe to hand between threads.
+// A failure of any kind, as a value. Cheap to copy; may be passed between threads.
 class Error {
  public:
   template <ErrorKind E>
@@ -26,7 +25,7 @@ class Error {
 
   std::string localizedDescription() const { return held_->localizedDescription(); }
 
-  // The error as a certain kind, or null when it is of another.
+  // Null if the error is of another kind.
   template <ErrorKind E>
   const E* as() const {
     const auto* held = dynamic_cast<const Held<E>*>(held_.get());

@@ -7,8 +7,8 @@
 
 namespace quillmar {
 
-// A text of the system's own with each "%@" and "%d" replaced, in order; a place without a value stays as it
-// is. What is filled in is never looked at for places.
+// Replaces each "%@" and "%d" in order. A placeholder without a value stays. Inserted values are not searched
+// for placeholders.
 inline std::string filled(std::string_view text, std::initializer_list<std::string_view> values) {
   constexpr std::size_t placeLength = 2;
   std::string result;

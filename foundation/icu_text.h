@@ -4,7 +4,7 @@
 
 #include <string>
 
-// For the folder's own sources: nothing outside of it sees ICU's types.
+// Only for sources of this folder: no other folder sees ICU's types.
 namespace quillmar {
 
 inline std::string utf8(const icu::UnicodeString& text) {

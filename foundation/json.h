@@ -11,10 +11,9 @@
 
 namespace quillmar {
 
-// Why a document did not become a record, or a record no document. `record` and `keyPath` ("devices[2].id")
-// say where, `offset` is the byte at which the refused value (or, for a missing key, its object; for
-// malformed text, the first bad byte) begins. Only the sentence is for people; the rest is for developers'
-// logs and tests.
+// Why a document or a record was refused. `record` and `keyPath` ("devices[2].id") say where. `offset` is the
+// first byte of the refused value, of the object that lacks a key, or of malformed text. A person sees only
+// the description; the rest is for logs and tests.
 struct CodingError {
   enum class Kind { missing, wrongFormat, unwritable };
   Kind kind = Kind::wrongFormat;
@@ -26,10 +25,10 @@ struct CodingError {
   friend bool operator==(const CodingError&, const CodingError&) = default;
 };
 
-// Any document as a value. For requests of the tools and for tests; records are decoded by `decodeJson`.
+// For the tools and tests; the client decodes records with `decodeJson`.
 Result<Value> parseJson(std::string_view text);
 
-// JSON is UTF-8: a document with other bytes in it is refused as unwritable.
+// JSON must be UTF-8: a document with other bytes is refused as unwritable.
 Result<std::string> checkedJson(std::string document, std::string_view record);
 
 // The record as it goes on the wire.

@@ -20,15 +20,14 @@
 namespace quillmar {
 namespace detail {
 
-// Where and why decoding stopped; the path is gathered from the inside out.
+// The path is collected from the innermost key outwards.
 struct DecodeFailure {
   CodingError::Kind kind = CodingError::Kind::wrongFormat;
   std::string_view record;
   std::vector<std::variant<std::string_view, std::size_t>> reversedPath;
 };
 
-// Parses with this thread's parser, whose memory serves every document. The element lives until the next
-// call.
+// Uses this thread's parser and reuses its memory: the element is valid until the next call.
 simdjson::error_code parseDocument(std::string_view text, simdjson::dom::element& root);
 CodingError malformed(std::string_view text, std::string_view record);
 CodingError describe(std::string_view text, const DecodeFailure& failure);
@@ -38,7 +37,7 @@ inline bool refuse(DecodeFailure& failure, CodingError::Kind kind) {
   return false;
 }
 
-// null stands for an absent value everywhere but where a Bool is due.
+// null counts as absent, except for a Bool.
 template <class T>
 bool refuseType(simdjson::dom::element element, DecodeFailure& failure) {
   const bool absent = element.is_null() && !std::same_as<T, bool>;

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int maximumDepth = 1024;
 
-// What a valid string of a document stands for.
+// Decodes a valid JSON string.
 std::string unescaped(std::string_view quoted) {
   simdjson::dom::parser parser;
   std::string_view content;
@@ -27,7 +27,7 @@ std::string unescaped(std::string_view quoted) {
 bool isHighSurrogate(int unit) { return unit >= 0xD800 && unit < 0xDC00; }
 bool isLowSurrogate(int unit) { return unit >= 0xDC00 && unit < 0xE000; }
 
-// A recursive descent over the grammar that only moves a position. Stops at the first byte that does not fit.
+// Walks the grammar by recursive descent and builds nothing. Stops at the first invalid byte.
 class Walker {
  public:
   explicit Walker(std::string_view text) : text_(text) {}
@@ -64,7 +64,7 @@ class Walker {
     }
   }
 
-  // Moves to the value under a key, or at an index; stays at the container's first byte when there is none.
+  // Moves to the value under a key or an index. If there is none, stays at the container's first byte.
   bool enter(const JsonStep& step) {
     const std::size_t container = position_;
     const bool found = std::holds_alternative<std::size_t>(step) ? enterIndex(std::get<std::size_t>(step))
@@ -122,7 +122,7 @@ class Walker {
     if (byte == '\\') {
       return skipEscape();
     }
-    // The leading ones of the first byte count the bytes of a character; a byte below 0x80 has none.
+    // The number of leading ones is the length of a UTF-8 sequence; an ASCII byte has none.
     const auto length = byte < 0x80 ? 1U : static_cast<unsigned>(std::countl_one(byte));
     const bool valid = byte >= 0x20 && isValidUtf8(text_.substr(position_, length));
     position_ += valid ? length : 0;

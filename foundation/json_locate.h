@@ -7,16 +7,15 @@
 
 namespace quillmar {
 
-// The parser does not say where in the text a value stood. These two walk the text once more, on the way to
-// an error only, so that a developer finds the place.
+// simdjson doesn't report where in the text a value began. After an error these walk the text a second time.
 
 using JsonStep = std::variant<std::string_view, std::size_t>;
 
-// Where the value at `path` begins in a valid document; where the last object or list that exists on the way
-// begins when the path leads nowhere.
+// The offset of the value at `path` in a valid document, or of the last container on the way if the path
+// doesn't exist.
 std::size_t locate(std::string_view text, const std::vector<JsonStep>& path);
 
-// The first byte at which `text` stops being a JSON document; its size when it merely ends too early.
+// The offset of the first invalid byte; the size of the text if it is only truncated.
 std::size_t firstBadByte(std::string_view text);
 
 }  // namespace quillmar

@@ -13,15 +13,14 @@
 #include "foundation/signal.h"
 #include "foundation/value.h"
 
-// Objects that describe themselves. A member is declared once, with its name, and is from then on known to
-// every front end: the QML bridge, the driver, a terminal, a test that prints a screen. Everything here is
-// for the main thread.
+// Objects that describe themselves. Each member is declared once, with its name, and every front end finds it
+// by that name. Main thread only.
 namespace quillmar {
 
 class Member;
 class ObservableObject;
 
-// A closure that outlives its object must not touch it. A LifeGuard is what such a closure holds instead.
+// Held by a closure that may outlive the object, and checked before the object is touched.
 class LifeGuard {
  public:
   LifeGuard() = default;
@@ -32,8 +31,8 @@ class LifeGuard {
   std::weak_ptr<const bool> life_;
 };
 
-// Objects whose own members may let them go (a screen that dismisses itself) are owned by std::shared_ptr:
-// a call into such an object keeps it alive until the call is done.
+// Must be owned by std::shared_ptr if its own members can release it, as in a screen that dismisses itself. A
+// call into the object then keeps it alive.
 class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
  public:
   explicit ObservableObject(std::string_view typeName);
@@ -45,14 +44,14 @@ class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
   const std::vector<Member*>& members() const { return members_; }
   Member* findMember(std::string_view name) const;
 
-  // Hears of every announced change; derived values may have changed with it.
+  // Called after each announced change. Derived values may have changed with it.
   Subscription observe(std::function<void(const Member&)> listener) {
     return changes_.connect(std::move(listener));
   }
 
   LifeGuard lifeGuard() const { return LifeGuard(life_); }
 
-  // Wraps a closure so that it does nothing once this object has gone. To be run on the main thread.
+  // Returns the closure wrapped so that it does nothing once this object is destroyed. Main thread only.
   template <class Function>
   auto weakly(Function function) const {
     return [this, guard = lifeGuard(), function = std::move(function)](auto&&... args) mutable {
@@ -64,7 +63,7 @@ class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
   }
 
  protected:
-  // What this object shows follows from `other` too: its changes are passed on.
+  // Announces `other`'s changes as this object's.
   void follow(ObservableObject& other);
 
  private:
@@ -79,9 +78,8 @@ class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
 
 class Member {
  public:
-  // state: published; derived: a function of state; text: a fixed sentence; action: a control's effect;
-  // part: a nested object that belongs to the drawing of this one; rows: a list of such; sheet: a screen
-  // presented over this one.
+  // state: published; derived: computed from state; text: constant; action: what a control does; part: an
+  // object drawn inside this one; rows: a list of them; sheet: a screen over this one.
   enum class Kind { state, derived, text, action, part, rows, sheet };
 
   Member(ObservableObject& owner, std::string_view name, Kind kind);
@@ -92,15 +90,15 @@ class Member {
   std::string_view name() const { return name_; }
   Kind kind() const { return kind_; }
 
-  // state, derived, text: what it holds.
+  // For state, derived and text.
   virtual Value value() const { return {}; }
-  // state: whether a person's input may change it, and the change; false for a value of another type.
+  // For state: whether input may change it. `input` returns false for a value of another type.
   virtual bool isInput() const { return false; }
   virtual bool input(const Value& /*value*/) { return false; }
-  // action: whether its control is in use, and its use; false when out of use or the arguments do not fit.
+  // For action. `perform` returns false if the action is disabled or the arguments don't match.
   virtual bool isEnabled() const { return false; }
   virtual bool perform(const Value::List& /*arguments*/) { return false; }
-  // part, rows, sheet: the objects that stand there now, each with a key that stays its own across refreshes.
+  // For part, rows and sheet: the present objects. Each keeps its key across refreshes.
   struct Nested {
     std::string key;
     std::shared_ptr<ObservableObject> object;
@@ -110,7 +108,7 @@ class Member {
  protected:
   void announce() const { owner_.changes_.emit(*this); }
   ObservableObject& owner() const { return owner_; }
-  // Whoever goes on after an announcement or an effect holds the owner until then.
+  // Keeps the owner alive across an announcement, in which a listener may release it.
   std::shared_ptr<const ObservableObject> holdOwner() const { return owner_.weak_from_this().lock(); }
 
  private:
@@ -119,7 +117,7 @@ class Member {
   Kind kind_;
 };
 
-// A value of an object whose every assignment is announced, whether it differs or not.
+// Every assignment is announced, even of an equal value.
 template <class T>
 class Published : public Member {
  public:
@@ -142,7 +140,7 @@ class Published : public Member {
     }
   }
 
-  // Runs after an assignment that made a difference, and only then.
+  // Called only if the assignment changed the value.
   Subscription onChange(std::function<void()> reaction) { return changed_.connect(std::move(reaction)); }
 
   Value value() const override { return toValue(value_); }
@@ -152,7 +150,7 @@ class Published : public Member {
   Signal<> changed_;
 };
 
-// A published value that a person's input may set: a text field, a toggle, a tab, an alert's dismissal.
+// State that a person's input may set: a text field, a toggle, a tab, an alert's dismissal.
 template <class T>
 class Input final : public Published<T> {
  public:
@@ -172,7 +170,7 @@ class Input final : public Published<T> {
   }
 };
 
-// A value that follows from others and is never stored.
+// Computed from other values, never stored.
 template <class T>
 class Derived final : public Member {
  public:
@@ -186,7 +184,7 @@ class Derived final : public Member {
   std::function<T()> compute_;
 };
 
-// One of the system's own sentences, as it stands on a screen.
+// A constant text of a screen.
 class Text final : public Member {
  public:
   Text(ObservableObject& owner, std::string_view name, std::string_view text)
@@ -199,7 +197,7 @@ class Text final : public Member {
   std::string text_;
 };
 
-// What a control does, and when it may be used. Out of use, it does nothing, whoever calls.
+// Does nothing while it is disabled, also when called from code.
 template <class... Args>
 class Action final : public Member {
  public:
@@ -233,7 +231,7 @@ class Action final : public Member {
   std::function<bool()> enabled_;
 };
 
-// A nested object that is there or not.
+// A nested object, or none.
 template <class T>
 class Part : public Member {
  public:
@@ -245,7 +243,7 @@ class Part : public Member {
   explicit operator bool() const { return object_ != nullptr; }
 
   void put(std::shared_ptr<T> object) {
-    // The former object stays alive until the change is known: an action of its own may have led here.
+    // Kept until the change is announced: the caller may be one of its own actions.
     const auto former = std::exchange(object_, std::move(object));
     announce();
   }
@@ -258,7 +256,7 @@ class Part : public Member {
   std::shared_ptr<T> object_;
 };
 
-// A list of nested objects, one a row. A row keeps its identity for as long as its key is in the list.
+// One nested object a row. A row's object stays the same while its key is in the list.
 template <class Row>
 class Rows final : public Member {
  public:

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// An enumeration with text raw values specialises this with its cases in their order:
+// Specialised by each enumeration with raw values, its cases in order:
 //   template <> inline constexpr std::array rawNames<Light> = rawCases<Light>({{Light::red, "red"}, …});
 template <class E>
 inline constexpr std::nullptr_t rawNames = nullptr;

@@ -27,13 +27,13 @@ struct Field {
   Default fallback{};
 };
 
-// Must be there with the right type; always written.
+// Absent or of the wrong type: the record is refused. Always written.
 template <class R, class T>
 constexpr Field<R, T> required(std::string_view key, T R::*member) {
   return {key, member, Presence::required};
 }
 
-// Absent and null give nil; nil is not written. The member is a std::optional.
+// Absent and null give nil; nil is not written.
 template <class R, class T>
 constexpr Field<R, T> optional(std::string_view key, T R::*member) {
   return {key, member, Presence::optional};
@@ -81,7 +81,7 @@ constexpr std::string_view functionName() {
 }
 }  // namespace detail
 
-// The record's bare type name, for log lines of developers' builds and for tests.
+// For logs of developers' builds and for tests.
 template <class T>
 constexpr std::string_view recordName() {
   constexpr std::string_view name = detail::functionName<T>();

@@ -9,8 +9,7 @@
 
 namespace quillmar {
 
-// A value or the error that stands in its place. It must be looked at: ignoring one is a compiler error.
-// `value()` and `error()` may only be called where `ok()` says so.
+// A value or an error. `value()` requires `ok()`, `error()` requires `!ok()`.
 template <class T>
 class [[nodiscard]] Result {
  public:

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// Keeps a listener connected for as long as it lives.
+// Disconnects the listener when destroyed.
 class [[nodiscard]] Subscription {
  public:
   Subscription() = default;
@@ -19,8 +19,8 @@ class [[nodiscard]] Subscription {
   std::shared_ptr<void> connection_;
 };
 
-// Calls its listeners in the order in which they connected. Main thread only. A listener may connect or
-// disconnect others, and may destroy the signal itself; one that is connected during a call hears the next.
+// Calls listeners in the order of connection. Main thread only. A listener may connect and disconnect
+// listeners and may destroy the signal. One that is connected during a call is first called by the next.
 template <class... Args>
 class Signal {
  public:

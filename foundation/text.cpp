@@ -26,7 +26,7 @@ icu::StringPiece piece(std::string_view text) {
   return {text.data(), static_cast<std::int32_t>(text.size())};
 }
 
-// The text itself when it is valid UTF-8, else a repaired copy in `storage`.
+// Returns the text itself if it is valid UTF-8, else a repaired copy in `storage`.
 std::string_view validated(std::string_view text, std::string& storage) {
   if (isValidUtf8(text)) {
     return text;
@@ -45,10 +45,10 @@ std::unique_ptr<icu::BreakIterator> makeCharacterIterator() {
       icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
 }
 
-// Making one loads rules; one a thread is enough, since a walk ends before the next begins.
+// One per thread: creating an iterator loads its rules, and walks never overlap.
 thread_local const std::unique_ptr<icu::BreakIterator> characterIterator = makeCharacterIterator();
 
-// Where the characters of a valid text end. Plain text needs no tables: only a CR LF pair is one character.
+// Iterates over grapheme clusters. ASCII needs no tables: its only cluster of two bytes is CR LF.
 class CharacterWalk {
  public:
   explicit CharacterWalk(std::string_view text) : text_(text), plain_(isAscii(text)) {
@@ -62,7 +62,6 @@ class CharacterWalk {
 
   bool atEnd() const { return position_ == text_.size(); }
 
-  // Moves over one character and gives it.
   std::string_view next() {
     const std::size_t start = position_;
     position_ = plain_ ? start + (text_.substr(start, 2) == "\r\n" ? 2 : 1) : nextBoundary();
@@ -105,7 +104,7 @@ bool isInCategory(char32_t c, std::uint32_t mask) {
 
 bool isApostrophe(char32_t c) { return c == U'\'' || c == U'\u2019'; }
 
-// Letters, their marks and apostrophes hold a word together; everything else ends it.
+// Letters, their marks and apostrophes continue a word.
 bool continuesWord(char32_t c) { return isInCategory(c, U_GC_L_MASK | U_GC_M_MASK) || isApostrophe(c); }
 
 bool isSpace(char32_t c) {

@@ -7,22 +7,22 @@
 #include <string_view>
 #include <vector>
 
-// Text as people see it. A character is an extended grapheme cluster; invalid UTF-8 is read as U+FFFD.
-// All functions are free of state and may be called on any thread.
+// Text in characters, that is extended grapheme clusters. Invalid UTF-8 is read as U+FFFD. Thread-safe.
 namespace quillmar {
 
 std::size_t characterCount(std::string_view text);
-// The first `count` characters, the whole text when it has no more.
+// The whole text if it has fewer.
 std::string firstCharacters(std::string_view text, std::size_t count);
 std::vector<std::string> characters(std::string_view text);
 
 // Full Unicode mapping in the root locale.
 std::string uppercased(std::string_view text);
 std::string lowercased(std::string_view text);
-// First cased letter of each word in title case, the others in lower case; an apostrophe does not end a word.
+// Title case for the first cased letter of each word, lower case for the rest. An apostrophe doesn't end a
+// word.
 std::string capitalized(std::string_view text);
 
-// Of one code point.
+// Categories of a code point.
 bool isDecimalDigit(char32_t c);  // Nd
 bool isSymbol(char32_t c);        // S*
 bool isPunctuation(char32_t c);   // P*
@@ -35,15 +35,15 @@ std::vector<char32_t> codePoints(std::string_view text);
 std::string fromCodePoints(const std::vector<char32_t>& points);
 
 std::string trimmed(std::string_view text);
-// Without code points at both ends that `keep` refuses.
+// Removes code points at both ends until `keep` accepts one.
 std::string trimmedTo(std::string_view text, bool (*keep)(char32_t));
 
 bool isValidUtf8(std::string_view bytes);
 
-// Optional sign, then ASCII digits only.
+// An optional sign and ASCII digits only.
 std::optional<std::int64_t> wholeNumber(std::string_view text);
-// Skips leading white space and one 0x, reads up to the first other character; the largest value on overflow,
-// 0 when nothing can be read.
+// Skips leading white space and one 0x, and reads up to the first other character. The largest value on
+// overflow, 0 if there are no digits.
 std::uint64_t scanHex(std::string_view text);
 
 // A random (version 4) UUID in upper case.

@@ -10,7 +10,7 @@
 namespace quillmar {
 namespace {
 
-// The ASCII letters and digits, and some more.
+// ASCII letters, digits and `marks`.
 class Characters {
  public:
   explicit constexpr Characters(std::string_view marks) {
@@ -51,7 +51,6 @@ std::optional<std::string> nonEmpty(std::string_view text) {
   return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
-// The text before the first of `ends`.
 std::string_view upTo(std::string_view ends, std::string_view text) {
   return text.substr(0, text.find_first_of(ends));
 }

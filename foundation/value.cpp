@@ -58,7 +58,7 @@ void writeInteger(std::int64_t number, std::string& out) {
   out += written(number, buffer);
 }
 
-// Always with a point or an exponent, or it would be read back as an integer.
+// A fraction or an exponent keeps it from being read back as an integer.
 void writeReal(double number, std::string& out) {
   std::array<char, 32> buffer{};
   const auto digits = written(number, buffer);

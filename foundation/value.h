@@ -13,8 +13,7 @@
 
 namespace quillmar {
 
-// The one form in which front ends, the driver and the JSON writer see what a model or a record holds.
-// Maps keep the order in which their entries were made.
+// A member or a record as front ends, the driver and the JSON writer see it. Maps keep insertion order.
 class Value {
  public:
   using List = std::vector<Value>;
@@ -40,7 +39,7 @@ class Value {
   const List* list() const { return std::get_if<List>(&held_); }
   const Map* map() const { return std::get_if<Map>(&held_); }
 
-  // The entry of a map, or null when this is no map or has no such key.
+  // Null if this is not a map or lacks the key.
   const Value* find(std::string_view key) const;
 
   template <class Visitor>
@@ -54,7 +53,7 @@ class Value {
   std::variant<std::monostate, bool, std::int64_t, double, std::string, List, Map> held_;
 };
 
-// Compact JSON in UTF-8: control characters escaped, non-ASCII left as it is, map entries in their order.
+// Compact. Control characters are escaped, non-ASCII characters are not.
 std::string writeJson(const Value& value);
 
 }  // namespace quillmar

@@ -4,8 +4,8 @@
 
 namespace quillmar {
 
-// Empties a text that was secret and overwrites all of its buffer. The optimizer would leave out a plain
-// overwriting of what nobody reads any more.
+// Overwrites the whole buffer, then empties the text. The optimizer removes a plain overwrite of memory that
+// is not read again.
 inline void wipe(std::string& text) {
   text.resize(text.capacity());
   for (volatile char& byte : text) {

@@ -7,12 +7,11 @@
 
 namespace quillmar {
 
-// The general clipboard. Main thread only. What is read from it comes from any program and is not to be
-// trusted.
+// The general clipboard. Main thread only. Any program may have put the text there: don't trust it.
 class Clipboard : public Port {
  public:
   virtual void setString(std::string_view text) = 0;
-  // Empty when it holds no text.
+  // Empty if it holds no text.
   virtual std::string string() const = 0;
 };
 

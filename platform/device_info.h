@@ -8,12 +8,12 @@
 
 namespace quillmar {
 
-// What the program knows about the machine under it. Main thread only.
+// Describes the machine. Main thread only.
 class DeviceInfo : public Port {
  public:
-  // The name that its user gave the machine, else its host name.
+  // The name that the user gave the machine, else its host name.
   virtual std::string name() const = 0;
-  // An ICU locale id ("en_AU") and an Olson zone id ("Australia/Sydney"), for dates on screens.
+  // An ICU locale id ("en_AU") and an Olson zone id ("Australia/Sydney") for dates.
   virtual std::string locale() const = 0;
   virtual std::string timeZone() const = 0;
 };

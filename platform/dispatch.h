@@ -11,30 +11,26 @@ namespace quillmar {
 
 using Task = std::function<void()>;
 
-// Runs tasks later, never inside the call that hands them over. `async` and `asyncAfter` may be called from
-// any thread.
+// Runs tasks later, never inside the call that posts them. `async` and `asyncAfter` are thread-safe.
 class DispatchQueue : public Port {
  public:
   virtual void async(Task task) = 0;
   virtual void asyncAfter(Duration delay, Task task) = 0;
 };
 
-// A repeating timer of the main queue. Destroying it invalidates it: it never fires again, not even a firing
-// that was due already.
+// A repeating timer of the main queue. After its destruction it never fires, even if it was due.
 class Timer : public Port {
  public:
 };
 
 enum class QualityOfService { userInitiated, background };
 
-// The present time, the main queue, background queues and timers of one process.
+// The clock, the queues and the timers of a process.
 // - The main queue is first in, first out; its tasks run on the main thread.
-// - Global queues run tasks on background threads, in no promised order. A serial queue runs its tasks one
-// after
-//   another in order; it lives as long as somebody holds it, and its tasks run even if nobody does.
-// - A repeating timer fires first after one full period, keeps to its schedule, and merges missed firings
-// into one.
-//   Timers are made and destroyed on the main thread.
+// - Global queues run tasks on background threads in no particular order. A serial queue runs its tasks one
+//   at a time, in order. A serial queue's tasks run even if the queue is no longer held.
+// - A repeating timer first fires after one full period, keeps its schedule, and merges missed firings into
+//   one. Timers are created and destroyed on the main thread.
 class Dispatch : public Port {
  public:
   virtual Date now() const = 0;

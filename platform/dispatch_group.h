@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// Counts work under way and tells when none is left. Any thread. Copies stand for the same group.
+// Counts running work and reports when none is left. Thread-safe. Copies share the count.
 class DispatchGroup {
  public:
   void enter() const {
@@ -17,7 +17,7 @@ class DispatchGroup {
     ++state_->pending;
   }
 
-  // Every `enter` needs one; a `leave` too many does nothing.
+  // Balances `enter`; a surplus call is ignored.
   void leave() const {
     std::vector<Waiter> ready;
     {
@@ -32,8 +32,8 @@ class DispatchGroup {
     }
   }
 
-  // Posts `task` to `queue` when nothing is under way; at once if nothing is. The queue must outlive the
-  // group's work.
+  // Posts `task` to `queue` when the count is zero, which may be now. The queue must outlive the group's
+  // work.
   void notify(DispatchQueue& queue, Task task) const {
     {
       const std::scoped_lock lock(state_->mutex);

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// A completion that may be called on any thread and runs `function` with its arguments on the main queue.
+// Returns a completion for any thread that runs `function` with its arguments on the main queue.
 template <class Function>
 auto hoppingToMain(Dispatch& dispatch, Function function) {
   return [&dispatch, function = std::move(function)](auto... arguments) {

@@ -12,13 +12,13 @@
 
 namespace quillmar {
 
-// A service's saves as `TunnelConfiguration::save` promises them: of each configuration one at a time, and
-// those that come meanwhile wait for its answer together. To be used on one thread.
+// Implements `TunnelConfiguration::save`: one save at a time for each configuration; those that come
+// meanwhile share the next one. Used on one thread.
 template <class Key, class Properties>
 class JoinedSaves {
  public:
   using Completion = TunnelConfiguration::Completion;
-  // Sends one save, which `answered` ends later.
+  // Sends one save; `answered` completes it.
   using Send = std::function<void(const Key&, const Properties&)>;
 
   explicit JoinedSaves(Send send) : send_(std::move(send)) {}
@@ -47,9 +47,9 @@ class JoinedSaves {
   }
 
  private:
-  // Saves that have one answer.
+  // Saves that share one answer.
   struct Round {
-    Properties properties;  // of the last of them
+    Properties properties;  // of the last save
     std::vector<Completion> completions;
 
     void add(Properties newest, Completion completion) {

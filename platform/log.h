@@ -6,13 +6,13 @@
 
 namespace quillmar {
 
-// Where log lines go. Any thread; lines never mix. A line comes without its line break and is never a format
-// string; line breaks inside it are kept from starting a line of their own.
+// Log lines. Thread-safe; lines never mix. A line has no line break at its end and is not a format string;
+// line breaks inside it are escaped.
 class Log : public Port {
  public:
-  // The standard output.
+  // To the standard output.
   virtual void print(std::string_view line) = 0;
-  // The system's log.
+  // To the system's log.
   virtual void system(std::string_view line) = 0;
 };
 

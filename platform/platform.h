@@ -18,7 +18,7 @@
 
 namespace quillmar {
 
-// One adapter of each port. The application root borrows them; whoever made them keeps them alive longer.
+// One adapter of each port. The application borrows them; the caller keeps them alive longer.
 struct Platform {
   SettingsStore& settings;
   HttpSession& http;

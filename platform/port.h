@@ -2,7 +2,7 @@
 
 namespace quillmar {
 
-// The base of what a platform provides: one object, never copied, that may be deleted by this type.
+// The base of the platform's interfaces: not copyable, deleted through this type.
 class Port {
  public:
   Port() = default;

@@ -19,13 +19,13 @@ struct QRModules {
   friend bool operator==(const QRModules&, const QRModules&) = default;
 };
 
-// How much of a code may be lost: low is level L, medium is M.
+// Error correction: levels L and M.
 enum class QRCorrection { low, medium };
 
-// Makes QR codes. Any thread.
+// Thread-safe.
 class QREncoder : public Port {
  public:
-  // Nothing when the bytes do not fit into a code, or there are none.
+  // nullopt if there are no bytes or they don't fit.
   virtual std::optional<QRModules> encode(std::string_view bytes,
                                           QRCorrection correction = QRCorrection::medium) const = 0;
 };

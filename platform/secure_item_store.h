@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// Numbers of the platform's secure store; every other number is some failure.
+// The platform's status codes; any other value is a failure.
 enum class SecureItemStatus : std::int32_t {
   success = 0,
   interactionNotAllowed = -25308,
@@ -18,8 +18,8 @@ enum class SecureItemStatus : std::int32_t {
   failed = -1
 };
 
-// Small secrets for each (service, account), bound to this device and readable only while it is unlocked.
-// Any thread; never prompts. A locked or missing store answers with its status.
+// Small secrets by (service, account), bound to this device and readable only while it is unlocked.
+// Thread-safe; never prompts. A locked or missing store returns its status.
 class SecureItemStore : public Port {
  public:
   struct Found {
@@ -27,7 +27,7 @@ class SecureItemStore : public Port {
     std::optional<std::string> bytes;
   };
 
-  // `duplicate` when the pair has an item already.
+  // `duplicate` if the pair already has an item.
   virtual SecureItemStatus add(std::string_view service, std::string_view account,
                                std::string_view bytes) = 0;
   virtual Found copyMatching(std::string_view service, std::string_view account) = 0;

@@ -7,8 +7,7 @@
 
 namespace quillmar {
 
-// A configuration of a service that may end before it, and the one connection that it shares with all other
-// objects of the same configuration.
+// A configuration that may outlive its service. All objects of one configuration share its connection.
 template <class State, class Connection>
 class ServiceConfiguration : public TunnelConfiguration {
  public:
@@ -18,7 +17,7 @@ class ServiceConfiguration : public TunnelConfiguration {
   TunnelConnection& connection() final { return *connection_; }
 
  protected:
-  // Null where the service has ended.
+  // Null if the service was destroyed.
   std::shared_ptr<State> service() const { return state_.lock(); }
   const std::shared_ptr<Connection>& sharedConnection() const { return connection_; }
 

@@ -7,15 +7,15 @@
 #include "foundation/date.h"
 #include "platform/settings_store.h"
 
-// The catalogue of everything that an installation keeps in its settings store, a row each. There is no
-// version and no migration: an absent key was never set, and each reader has its own fallback.
+// All keys of the settings store, a row each. There is no version and no migration: an absent key was never
+// set, and each reader has a default.
 namespace quillmar::settings {
 
 inline constexpr Setting<std::string> authToken{"authToken", Reset::atLogout};
 inline constexpr Setting<std::string> parentId{"parentId", Reset::atLogout};
 inline constexpr Setting<std::string> parentEmail{"parentEmail", Reset::atLogout};
 inline constexpr Setting<std::string> parentName{"parentName", Reset::atLogout};
-inline constexpr Setting<std::string> familyId{"familyId"};  // read, never written
+inline constexpr Setting<std::string> familyId{"familyId"};  // only read
 inline constexpr Setting<Date> authTokenTimestamp{"authTokenTimestamp"};
 inline constexpr Setting<std::string> appearanceMode{"appearanceMode"};
 inline constexpr Setting<std::string> deviceRole{"com.quillmar.deviceRole"};
@@ -30,13 +30,13 @@ inline constexpr std::tuple catalogue{
     authToken,  parentId, parentEmail, parentName,      familyId,      authTokenTimestamp, appearanceMode,
     deviceRole, region,   apiBaseURL,  childIsEnrolled, childDeviceID, childDohEndpoint,   childDohBaseUrl};
 
-// Calls `visit(setting)` for each row, in their order.
+// Calls `visit(setting)` for each row, in order.
 template <class Visitor>
 constexpr void forEach(Visitor&& visit) {
   std::apply([&](const auto&... settings) { (visit(settings), ...); }, catalogue);
 }
 
-// Removes what `occasion` takes away.
+// Removes the settings that `occasion` resets.
 inline void forget(SettingsStore& store, Reset occasion) {
   forEach([&](const auto& setting) {
     if (setting.reset == occasion) {

@@ -17,10 +17,9 @@ namespace quillmar {
 
 using SettingValue = std::variant<std::string, bool, std::int64_t, Date>;
 
-// What takes a setting away.
+// What removes a setting.
 enum class Reset { never, atLogout, withEnrollment };
 
-// A key and what stands under it.
 template <class T>
 struct Setting {
   using Value = T;
@@ -30,21 +29,20 @@ struct Setting {
   constexpr operator std::string_view() const { return key; }  // NOLINT(google-explicit-constructor)
 };
 
-// The flat, durable key-value store of an installation. Any thread; a write is seen by the next read on any
-// thread. Reading another type than the stored one gives nothing. A missing key and an empty text are
-// different. Nothing here fails visibly: a store that can't write keeps its values in memory and logs the
-// cause once.
+// An installation's durable key-value store. Thread-safe; a write is seen by the next read on any thread.
+// Reading with another type than the stored one gives nullopt. A missing key differs from an empty text.
+// Nothing fails visibly: a store that can't write keeps values in memory and logs the cause once.
 class SettingsStore : public Port {
  public:
   virtual std::optional<SettingValue> object(std::string_view key) const = 0;
-  // On disk when it returns, as far as a kill of the process goes.
+  // Survives a kill of the process once it returns, but not a power cut.
   virtual void set(std::string_view key, SettingValue value) = 0;
   virtual void remove(std::string_view key) = 0;
-  // What is written inside, on this thread, is on disk all together or not at all.
+  // The writes that `writes` makes on this thread are stored atomically.
   virtual void writeTogether(const std::function<void()>& writes) = 0;
-  // After this, everything written outlives a power cut too.
+  // All earlier writes then survive a power cut too.
   virtual void synchronize() = 0;
-  // After this, nothing on disk shows what has been removed or replaced.
+  // No removed or replaced value can then be found on the disk.
   virtual void scrub() = 0;
   virtual std::map<std::string, SettingValue> all() const = 0;
 

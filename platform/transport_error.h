@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// Why no answer of the service arrived. The sentences are the platform's own and are shown as they stand.
+// Why no answer arrived. The sentences are the platform's and are shown unchanged.
 struct TransportError {
   enum class Kind {
     cancelled,
@@ -23,7 +23,7 @@ struct TransportError {
   };
 
   Kind kind = Kind::cancelled;
-  // The host that the text of an untrusted certificate names; empty for every other kind.
+  // The host named in the text about an untrusted certificate; empty for other kinds.
   std::string host;
 
   std::string localizedDescription() const;

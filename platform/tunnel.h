@@ -13,7 +13,7 @@
 
 namespace quillmar {
 
-// The numbers are the platform's and appear in log lines.
+// The platform's numbers, which appear in log lines.
 enum class TunnelStatus {
   invalid = 0,
   disconnected = 1,
@@ -23,14 +23,14 @@ enum class TunnelStatus {
   disconnecting = 5
 };
 
-// A failure of the platform's tunnel service, in its own words.
+// A failure of the platform's tunnel service, with the platform's text.
 struct TunnelError {
   std::string description;
   std::string localizedDescription() const { return description; }
   friend bool operator==(const TunnelError&, const TunnelError&) = default;
 };
 
-// What the tunnel program is given, and which program it is.
+// The tunnel program and its parameters.
 struct TunnelProtocol {
   std::string providerBundleIdentifier;
   std::string serverAddress;
@@ -40,7 +40,7 @@ struct TunnelProtocol {
 
 enum class InterfaceType { any = 0, ethernet = 1, wifi = 2, cellular = 3 };
 
-// Asks the platform to bring the tunnel up by itself on matching networks.
+// Asks the platform to start the tunnel by itself on matching networks.
 struct OnDemandRuleConnect {
   InterfaceType interfaceTypeMatch = InterfaceType::any;
   friend bool operator==(const OnDemandRuleConnect&, const OnDemandRuleConnect&) = default;
@@ -49,46 +49,46 @@ struct OnDemandRuleConnect {
 class TunnelConnection : public Port {
  public:
   virtual TunnelStatus status() const = 0;
-  // Asks for the start only; the status tells the rest.
+  // Only requests the start; the status reports the result.
   virtual Result<void> startTunnel() = 0;
 };
 
-// One configuration in the system's preferences, or a new one until it is saved. Properties are plain values
-// on this side; `save` sends them, `load` fetches them again. Main thread only; completions may arrive on any
+// One configuration in the system's preferences, or a new one before its first save. Changing a property has
+// no effect before `save`; `load` reads the stored values. Main thread only; completions may come on any
 // thread.
 class TunnelConfiguration : public Port {
  public:
   using Completion = std::function<void(std::optional<Error>)>;
 
-  // Empty where the configuration is of no packet tunnel.
+  // nullopt if the configuration is not a packet tunnel.
   std::optional<TunnelProtocol> protocolConfiguration;
   std::string localizedDescription;
   bool isEnabled = false;
   std::vector<OnDemandRuleConnect> onDemandRules;
   bool isOnDemandEnabled = false;
 
-  // The first save of a configuration may ask the user; a refusal arrives as an error.
+  // The first save of a configuration may ask the user; a refusal is an error.
   //
-  // Nobody is asked the same twice: while a save is unanswered, further ones of the same configuration, from
-  // any of its objects, wait for the answer. An error is theirs too. Otherwise what the last of them brought
-  // is saved after it, unless that is the same. Loads wait for no save.
+  // While a save is pending, further saves of the same configuration wait for its answer, from whichever
+  // object they come, so that the user is asked once. If it fails, they fail with the same error. Otherwise
+  // the last one's values are saved next, unless they are the same. Loads don't wait for saves.
   virtual void save(Completion completion) = 0;
   virtual void load(Completion completion) = 0;
   virtual TunnelConnection& connection() = 0;
 };
 
-// The platform's tunnel service: this application's configurations and the status of connections.
+// The platform's tunnel service: this application's configurations and their connections.
 class TunnelService : public Port {
  public:
   using Configurations = std::vector<std::shared_ptr<TunnelConfiguration>>;
   using ListCompletion = std::function<void(Result<Configurations>)>;
 
-  // The completion may arrive on any thread.
+  // The completion may come on any thread.
   virtual void loadAll(ListCompletion completion) = 0;
-  // A new configuration. There is one at most: until it is saved, each call gives another object of the same,
-  // so that of two who both found none the second changes what the first has added.
+  // A new configuration. Until it is saved, each call returns another object of the same one. If two callers
+  // both found none, the second save therefore changes what the first added.
   virtual std::shared_ptr<TunnelConfiguration> makeConfiguration() = 0;
-  // Each status change of any connection that the application sees, on the main queue.
+  // Called on the main queue for each status change of any connection that the application sees.
   virtual Subscription observeStatus(std::function<void(TunnelConnection&)> observer) = 0;
 };
 

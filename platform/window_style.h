@@ -10,12 +10,12 @@ enum class UserInterfaceStyle { unspecified = 0, light = 1, dark = 2 };
 
 struct BarTitle {
   int size = 17;
-  bool bold = false;  // otherwise semibold
+  bool bold = false;  // else semibold
   friend bool operator==(const BarTitle&, const BarTitle&) = default;
 };
 
-// The fixed look of navigation and tab bars: opaque in the system's background colour, the same at the edge
-// of scrolled content, titles in the label colour.
+// The look of navigation and tab bars: opaque, in the system's background colour also when content is
+// scrolled under them, with titles in the label colour.
 struct BarAppearance {
   BarTitle title;
   BarTitle largeTitle;
@@ -29,12 +29,12 @@ struct BarAppearance {
   friend bool operator==(const BarAppearance&, const BarAppearance&) = default;
 };
 
-// The look of all windows of the program. Main thread only.
+// The look of all windows. Main thread only.
 class WindowStyle : public Port {
  public:
-  // Set up once, before any screen is drawn.
+  // Called once, before any screen is drawn.
   virtual void setBarAppearance(const BarAppearance& appearance) = 0;
-  // Forces a look on every window, or gives them back to the desktop's setting.
+  // Overrides the look of all windows, or returns them to the desktop's setting.
   virtual void setOverrideUserInterfaceStyle(UserInterfaceStyle style) = 0;
 };
 

@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// A computer has nothing that a hand could feel.
+// A computer has no haptics.
 class AbsentHaptics final : public Haptics {
  public:
   void play(HapticFeedback /*feedback*/) override {}

@@ -24,16 +24,16 @@ class Context : public asio::io_context {
  public:
   using io_context::io_context;
 
-  // What the tasks hold may belong to this context or to another, all of which must still be there.
+  // Tasks may refer to this context and to the others, so all contexts must still exist.
   void dropTasks() { shutdown(); }
 };
 
 constexpr std::size_t mostThreads = 4;
 
-// Threads for background work: one when the first task comes, another for each task that finds them all busy.
+// Background threads: one for the first task, another for each task that finds all of them busy.
 class Pool {
  public:
-  // Ends when the tasks that run at this moment have ended.
+  // Blocks until the running tasks end.
   void close() {
     context_.stop();
     std::vector<std::thread> threads;
@@ -49,7 +49,7 @@ class Pool {
 
   Context& context() { return context_; }
 
-  // To be called with each task that is handed to the context, and to be held until that is done.
+  // Called for each posted task, which holds the result until it is done.
   std::shared_ptr<void> employ() {
     const std::scoped_lock lock(mutex_);
     ++tasks_;
@@ -60,7 +60,7 @@ class Pool {
             }};
   }
 
-  // Timers need somebody who waits for them.
+  // Timers need a running thread.
   void ensureThread() {
     const std::scoped_lock lock(mutex_);
     ensureThreads(1);
@@ -84,7 +84,7 @@ class Pool {
   std::vector<std::thread> threads_;
 };
 
-// Timers wait in their own closures, so nobody has to keep them.
+// Each timer is owned by its own completion handler.
 template <class Executor, class Function>
 void runAfter(const Executor& executor, Duration delay, Function function) {
   auto timer = std::make_shared<asio::steady_timer>(executor, delay);
@@ -111,7 +111,7 @@ class MainQueue final : public DispatchQueue {
   Context& context_;
 };
 
-// On the pool's threads by way of `Executor`: the context's own, or a strand of it.
+// Runs on the pool's threads; `Executor` is the context's own, or a strand of it.
 template <class Executor>
 class BackgroundQueue final : public DispatchQueue {
  public:

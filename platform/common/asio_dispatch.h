@@ -8,20 +8,19 @@
 
 namespace quillmar {
 
-// The queues of a program without a window, by Boost.Asio. The main thread is the one that made this and
-// calls `run`. Background threads start when they are first needed, never more than a few. Delays are
-// measured by the monotonic clock, `now` by the system's. Destroying it waits for background tasks that run
-// at that moment and drops the rest.
+// The queues of a program without a window, by Boost.Asio. The main thread is the one that created this and
+// calls `run`. Background threads start on demand, up to a small limit. Delays use the monotonic clock, `now`
+// the system clock. The destructor waits for running background tasks and drops the rest.
 class AsioDispatch final : public Dispatch {
  public:
   AsioDispatch();
   ~AsioDispatch() override;
 
-  // Runs the main queue until `stop`; may be called again after it.
+  // Runs the main queue until `stop`. May be called again.
   void run();
-  // Any thread. `run` returns after the task at hand; what is left in the queue stays there.
+  // Any thread. `run` returns after the current task; the rest stays queued.
   void stop();
-  // Waits for the next task of the main queue and runs it; false when there was none up to the deadline.
+  // Waits for the main queue's next task and runs it. False if none came before the deadline.
   bool runOne(std::chrono::steady_clock::time_point deadline);
 
   Date now() const override;

@@ -18,7 +18,7 @@ struct FreeEntries {
 };
 using Entries = std::unique_ptr<STACK_OF(X509_INFO), FreeEntries>;
 
-// A folder can be opened too; only a read tells.
+// fopen succeeds on a directory too; only a read fails.
 bool isReadable(std::FILE* file) {
   const bool isRead = std::fgetc(file) != EOF || std::ferror(file) == 0;
   const int error = errno;
@@ -27,7 +27,7 @@ bool isReadable(std::FILE* file) {
   return isRead;
 }
 
-// Read as the TLS library will read it: one damaged entry spoils the file.
+// Parsed as the TLS library does: one damaged entry makes the whole file unusable.
 bool holdsCertificate(std::FILE* file) {
   const Entries entries(PEM_X509_INFO_read(file, nullptr, nullptr, nullptr));
   for (int i = 0; i < sk_X509_INFO_num(entries.get()); ++i) {

@@ -6,11 +6,11 @@
 
 namespace quillmar {
 
-// What is wrong with a file of certificate authorities (PEM) that a person named, as a sentence; nothing
-// where they can be trusted from it, or where no file was named.
+// Why the file of certificate authorities (PEM) that a person named can't be used, as a sentence. nullopt if
+// it can, or if none was named.
 std::optional<std::string> problemWithAuthorities(const std::filesystem::path& path);
 
-// What every program ends with then, before it begins anything.
+// The exit status of every program that is given an unusable file. It does nothing else first.
 inline constexpr int unusableAuthorities = 7;
 
 }  // namespace quillmar

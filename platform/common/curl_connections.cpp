@@ -27,7 +27,7 @@ bool isLocalAddress(int socket, std::string_view address, int port) {
          inet_ntop(local.ss_family, bytes, text.data(), text.size()) && address == text.data();
 }
 
-// Null for a connection without TLS, and for a libcurl that does its TLS by another library.
+// Null without TLS, and for a libcurl built with another TLS library than OpenSSL.
 SSL* tlsOf(CURL* handle) {
   curl_tlssessioninfo* session = nullptr;
   const bool known = curl_easy_getinfo(handle, CURLINFO_TLS_SSL_PTR, &session) == CURLE_OK && session &&

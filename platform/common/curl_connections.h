@@ -10,17 +10,17 @@
 
 namespace quillmar {
 
-// The sockets of a session's connections. libcurl opens and closes them here, so that a request can look at
-// the connection that it is about to use. Used on the session's thread.
+// The sockets of a session's connections. libcurl opens and closes them here, so that a request can inspect
+// the connection that it will use. Session's thread only.
 class CurlConnections {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // A new socket, which programs that this one starts do not inherit.
+  // A new socket, not inherited by child processes.
   curl_socket_t open(const curl_sockaddr& address, Clock::time_point now);
   void close(curl_socket_t socket);
 
-  // The socket with this local address; CURL_SOCKET_BAD if there is none.
+  // The socket with this local address, or CURL_SOCKET_BAD.
   curl_socket_t find(std::string_view localAddress, int localPort) const;
 
   void wasUsed(curl_socket_t socket, Clock::time_point now);
@@ -35,11 +35,10 @@ class CurlConnections {
   std::vector<Connection> connections_;
 };
 
-// Whether bytes wait that no request has asked for: on the socket, or in the TLS layer of the connection that
-// the handle is about to use.
+// Whether unrequested bytes are waiting, on the socket or in the connection's TLS layer.
 bool hasUnreadInput(CURL* handle, curl_socket_t socket);
 
-// Whether the connection that the handle is about to use speaks HTTP/2 by agreement (ALPN).
+// Whether the connection that the handle will use agreed on HTTP/2 by ALPN.
 bool speaksHttp2(CURL* handle);
 
 }  // namespace quillmar

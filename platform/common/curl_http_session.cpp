@@ -35,8 +35,8 @@ using Clock = CurlTransfer::Clock;
 constexpr std::ptrdiff_t mostTransfersFromAHost = 6;
 constexpr long mostIdleConnections = 16;
 constexpr std::size_t mostIdleHandles = 16;
-// In milliseconds. Version 7.88 of libcurl now and then leaves an answer that it has read until its
-// connection stirs again; a look at all transfers finds it.
+// In milliseconds. libcurl 7.88 sometimes holds back an answer that it has read until the connection's next
+// event; polling all transfers finds it.
 constexpr int longestSleepAtWork = 1000;
 
 struct MultiCleanup {
@@ -81,7 +81,7 @@ int milliseconds(Clock::duration duration) {
   return static_cast<int>(std::clamp<std::int64_t>(left, 0, std::numeric_limits<int>::max()));
 }
 
-// An interface gives itself a link-local address even where no network is.
+// An interface gives itself a link-local address even without a network.
 bool leadsSomewhere(const sockaddr& address) {
   if (address.sa_family == AF_INET6) {
     return !IN6_IS_ADDR_LINKLOCAL(&reinterpret_cast<const sockaddr_in6&>(address).sin6_addr);
@@ -149,7 +149,7 @@ class CurlHttpSession::Loop {
     multi_.reset();
   }
 
-  // Whether there is more to do at once.
+  // Returns whether another turn is needed at once.
   bool takeTurn() {
     const bool anyFinished = perform();
     return startWaiting() || (anyFinished && !active_.empty());
@@ -178,7 +178,7 @@ class CurlHttpSession::Loop {
     }
   }
 
-  // Whether any could be started.
+  // Returns whether any was started.
   bool startWaiting() {
     bool anyStarted = false;
     for (auto& transfer : std::exchange(waiting_, {})) {
@@ -194,8 +194,8 @@ class CurlHttpSession::Loop {
     return anyStarted;
   }
 
-  // The first to a host goes ahead: its handshake shows whether one connection will do for all. (libcurl has
-  // a limit and a queue of its own for this, but version 7.88 forgets transfers in that queue.)
+  // The first request to a host goes alone: its handshake shows whether one connection can carry all. libcurl
+  // has a limit for this, but version 7.88 loses transfers from its queue.
   bool mayStart(const CurlTransfer& waiting) const {
     std::ptrdiff_t count = 0;
     bool connected = false;
@@ -208,8 +208,8 @@ class CurlHttpSession::Loop {
     return count == 0 || (connected && count < mostTransfersFromAHost);
   }
 
-  // Whether any has finished. Then all others need another turn: with the last of its own answer libcurl may
-  // have read theirs, and version 7.88 would wait for the connection to stir again before it looks there.
+  // Returns whether any transfer finished. The others then need another turn: libcurl may have read their
+  // answers together with this one, and version 7.88 doesn't process them before the connection's next event.
   bool perform() {
     int running = 0;
     curl_multi_perform(multi_.get(), &running);
@@ -266,7 +266,7 @@ class CurlHttpSession::Loop {
     }
   }
 
-  // A completion may add requests, which end here as well.
+  // Completions may add requests; these are cancelled too.
   void cancelAll() {
     do {
       for (auto* list : {&active_, &waiting_}) {
@@ -309,8 +309,7 @@ class CurlHttpSession::Loop {
     }
   }
 
-  // Until a connection stirs, a request comes, or it is time to look again. With nothing under way only a
-  // request wakes it.
+  // Until a connection's event, a request or the next deadline. Without transfers only a request wakes it.
   void sleep() {
     if (!fallAsleep()) {
       return;
@@ -348,10 +347,10 @@ class CurlHttpSession::Loop {
   std::mutex mutex_;
   std::vector<Incoming> incoming_;
   bool stopping_ = false;
-  bool asleep_ = false;  // whoever brings work must wake the thread
+  bool asleep_ = false;  // who adds work must wake the thread
   std::thread thread_;
 
-  // The session's thread only.
+  // Session's thread only.
   TransferSettings settings_;
   CurlConnections connections_;
   MultiHandle multi_;

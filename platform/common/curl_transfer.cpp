@@ -21,19 +21,19 @@ using Kind = TransportError::Kind;
 
 constexpr int mostRedirects = 16;
 constexpr std::size_t mostHeaders =
-    std::size_t{256} * 1024;  // below libcurl's own limit, which looks like a lost connection
-// No more than this is set aside before it has come.
+    std::size_t{256} * 1024;  // libcurl's own limit is higher, and reaching it looks like a lost connection
+// Reserved at most before the body arrives, whatever its announced length.
 constexpr curl_off_t largestReserve = curl_off_t{1} << 20;
 
 constexpr auto errors = std::to_array<std::pair<CURLcode, Kind>>({
-    {CURLE_UNSUPPORTED_PROTOCOL, Kind::badServerResponse},  // HTTP/0.9: the URL's scheme is known to be good
+    {CURLE_UNSUPPORTED_PROTOCOL, Kind::badServerResponse},  // HTTP/0.9: the URL's scheme was checked before
     {CURLE_URL_MALFORMAT, Kind::badURL},
     {CURLE_COULDNT_RESOLVE_PROXY, Kind::cannotFindHost},
     {CURLE_COULDNT_RESOLVE_HOST, Kind::cannotFindHost},
     {CURLE_COULDNT_CONNECT, Kind::cannotConnectToHost},
     {CURLE_WEIRD_SERVER_REPLY, Kind::badServerResponse},
     {CURLE_PARTIAL_FILE, Kind::networkConnectionLost},
-    {CURLE_WRITE_ERROR, Kind::badServerResponse},    // refused by our size limit
+    {CURLE_WRITE_ERROR, Kind::badServerResponse},    // over our size limit
     {CURLE_OUT_OF_MEMORY, Kind::badServerResponse},  // a header line over libcurl's limit
     {CURLE_OPERATION_TIMEDOUT, Kind::timedOut},
     {CURLE_SSL_CONNECT_ERROR, Kind::secureConnectionFailed},
@@ -64,7 +64,7 @@ const char* textOrNull(const std::string& text) { return text.empty() ? nullptr 
 
 constexpr auto networkIsMissing = std::to_array<int>({ENETUNREACH, ENETDOWN});
 
-// Which requests go on as a GET without a body.
+// Which methods turn into a GET without a body.
 enum class Turns { none, post, all };
 constexpr auto redirectRules = std::to_array<std::pair<int, Turns>>(
     {{301, Turns::post}, {302, Turns::post}, {303, Turns::all}, {307, Turns::none}, {308, Turns::none}});
@@ -75,7 +75,7 @@ constexpr auto headersOfBody =
 
 bool isHeader(const std::string& name, const char* known) { return strcasecmp(name.c_str(), known) == 0; }
 
-// A name or value with a line break in it would add headers of its own.
+// A line break would start another header.
 bool isSafe(const std::string& text) {
   return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
 }
@@ -138,7 +138,7 @@ void CurlTransfer::begin(EasyHandle easyHandle, On on) {
   curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
   curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, on == On::newConnection ? 1L : 0L);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // never wait for a resolver that hangs
+  curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // don't wait for a resolver that hangs
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   if (target_->isLoopback()) {
     curl_easy_setopt(handle, CURLOPT_PROXY, "");
@@ -190,7 +190,7 @@ void CurlTransfer::setUpMethod() {
   curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, method.c_str());
 }
 
-// Of its own accord libcurl adds three that nobody asked for.
+// Removes the three headers that libcurl adds by itself.
 void CurlTransfer::setUpHeaders() {
   headers_.reset();
   for (const char* unwanted : {"Accept:", "Expect:", "Content-Type:"}) {
@@ -316,8 +316,7 @@ std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t co
   return transfer.takesHeader({bytes, size * count}) ? size * count : 0;
 }
 
-// A server that claims HTTP/2 without having agreed on it would make libcurl put all requests on this
-// connection.
+// If a server claims HTTP/2 without ALPN, libcurl would send all requests on this connection.
 bool CurlTransfer::takesHeader(std::string_view line) {
   headerSize_ += line.size();
   const bool isStatus = line.starts_with("HTTP/");
@@ -350,7 +349,7 @@ int CurlTransfer::onConnected(void* self, char*, char* localAddress, int, int lo
   return transfer.mayBeSent(localAddress, localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
-// Asked again where libcurl would send the request a second time of its own accord.
+// libcurl calls this again before it repeats a request by itself.
 bool CurlTransfer::mayBeSent(const char* localAddress, int localPort) {
   if (std::exchange(connected_, true)) {
     return false;
@@ -366,9 +365,8 @@ bool CurlTransfer::mayBeSent(const char* localAddress, int localPort) {
   return !unfit_;
 }
 
-// In HTTP/1.1 bytes that come unasked would count as the next answer, and a server may be about to close a
-// connection that has been idle for long. HTTP/2 tells answers apart by number, and says what it has not
-// looked at.
+// On HTTP/1.1 unrequested bytes would be read as the next answer, and servers close connections that are idle
+// for long. HTTP/2 numbers its answers and reports which requests it did not process.
 bool CurlTransfer::isFitForReuse() const {
   const bool idleForLong = settings_.now() - connections_.lastUse(socket_) > settings_.longestIdle;
   return !hasUnreadInput(handle_.get(), socket_) && (request_.method == "GET" || !idleForLong);
@@ -383,7 +381,7 @@ int CurlTransfer::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, cur
   return 0;
 }
 
-// Whatever a name resolves to, plain text stays on this machine.
+// Plain HTTP is allowed only to this machine, whatever address a name resolves to.
 curl_socket_t CurlTransfer::openSocket(void* self, curlsocktype, curl_sockaddr* address) {
   auto& transfer = *static_cast<CurlTransfer*>(self);
   transfer.madeProgress();

@@ -23,20 +23,19 @@ struct EasyCleanup {
 };
 using EasyHandle = std::unique_ptr<CURL, EasyCleanup>;
 
-// What all transfers of a session have in common.
+// The same for all transfers of a session.
 struct TransferSettings {
-  // Whom to trust: whoever is in this folder, by hashes, and in this file; empty for neither.
+  // Trusted authorities, by hashed names and in one file; empty for none.
   std::string caDirectory;
   std::string caFile;
-  std::string certificates;  // PEM, in place of both where there is any
+  std::string certificates;  // PEM; replaces both unless empty
   std::size_t sizeLimit = 0;
   std::chrono::seconds longestTransfer{0};
   std::chrono::seconds longestIdle{0};
   std::function<std::chrono::steady_clock::time_point()> now;
 };
 
-// One data task on its way: a handle of libcurl set up for it, and what has come so far. Used on the
-// session's thread.
+// One request in progress: its libcurl handle and what has arrived. Session's thread only.
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
@@ -47,30 +46,29 @@ class CurlTransfer {
   CurlTransfer& operator=(const CurlTransfer&) = delete;
   ~CurlTransfer() { request_.wipeSecrets(); }
 
-  // Tells why the request can't be sent. It comes first.
+  // Fails if the request can't be sent. Called first.
   Result<void> prepare() { return aim(HttpTarget::parse(request_.url)); }
   bool hasSameOrigin(const CurlTransfer& other) const { return target_->hasSameOrigin(*other.target_); }
 
-  // Sets the handle up for the request, which goes out on a kept connection if there is one, or on one of its
-  // own.
+  // Sets up the handle. The request goes out on a kept connection if there is one, else on a new one.
   enum class On { anyConnection, newConnection };
   void begin(EasyHandle handle, On on = On::anyConnection);
   CURL* handle() const { return handle_.get(); }
   bool isConnected() const { return connected_; }
   EasyHandle takeHandle() { return std::move(handle_); }
 
-  // When it has been without progress for too long, or has gone on for ever.
+  // When the transfer times out, without progress or in total.
   Clock::time_point deadline() const;
 
-  // Once libcurl is done with it. Returns how it really ended: libcurl takes an answer whose headers were cut
-  // for a whole one.
+  // Called when libcurl has finished. Returns the real result: libcurl reports success for an answer whose
+  // headers were cut.
   CURLcode end(CURLcode code);
-  // Whether the request must begin anew, on a new connection: it was never sent, because the kept connection
-  // was no good; or it is a GET, and the kept connection ended before the first line of an answer.
+  // Whether the request must be sent again, on a new connection. True if it was not sent because the kept
+  // connection was unusable, and for a GET whose kept connection ended before the status line.
   bool needsNewConnection(CURLcode code) const;
 
-  // Whether the answer that has come asks to look elsewhere; then it must begin anew, or the error says why
-  // it can't.
+  // Whether the answer is a redirect. `redirect` then prepares the next request, or says why it can't be
+  // followed.
   bool isRedirect() const;
   Result<void> redirect();
 
@@ -80,7 +78,7 @@ class CurlTransfer {
   static CurlTransfer& of(CURL* handle);
 
  private:
-  // One of them may be a token.
+  // A header may hold a token.
   struct WipingFree {
     void operator()(curl_slist* list) const;
   };
@@ -118,11 +116,11 @@ class CurlTransfer {
   std::string body_;
   bool connected_ = false;
   bool reused_ = false;  // sent on a kept connection
-  bool unfit_ = false;   // a kept connection was turned down, and nothing sent
+  bool unfit_ = false;   // a kept connection was rejected before anything was sent
   bool isHttp2_ = false;
   bool headersEnded_ = false;
   std::size_t headerSize_ = 0;
-  curl_socket_t socket_ = CURL_SOCKET_BAD;  // of HTTP/1.1
+  curl_socket_t socket_ = CURL_SOCKET_BAD;  // HTTP/1.1 only
   curl_off_t sent_ = 0;
   const Clock::time_point start_;
   Clock::time_point lastProgress_ = start_;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view plainest = "en_US";
 
-// The modifiers that say in which letters a language is written. The others ("euro") concern no dates.
+// The modifiers that choose a script. Others ("euro") don't affect dates.
 constexpr auto scripts = std::to_array<std::pair<std::string_view, std::string_view>>(
     {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}, {"iqtelif", "Latn"}});
 
@@ -25,7 +25,7 @@ std::string_view scriptOf(std::string_view modifier) {
   return known == scripts.end() ? std::string_view() : known->second;
 }
 
-// What stands before the mark and what behind it; nothing there without one.
+// The text before and after the mark. The second is empty without a mark.
 std::pair<std::string_view, std::string_view> split(std::string_view text, char mark) {
   const auto at = text.find(mark);
   return at == std::string_view::npos ? std::pair(text, std::string_view())
@@ -34,7 +34,7 @@ std::pair<std::string_view, std::string_view> split(std::string_view text, char 
 
 icu::StringPiece piece(std::string_view text) { return {text.data(), static_cast<int32_t>(text.size())}; }
 
-// For an unknown language ICU quietly takes the one of the process.
+// For an unknown language ICU silently uses the process's.
 bool isKnown(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::LocalUResourceBundlePointer words(ures_open(nullptr, locale.getName(), &status));
@@ -61,7 +61,7 @@ std::string icuLocale(std::string_view name) {
   return isUsable ? locale.getName() : std::string(plainest);
 }
 
-// By the precedence that POSIX gives them; an empty one counts as absent.
+// In POSIX's order of precedence; an empty variable counts as unset.
 std::string dateLocale() {
   for (const char* name : {"LC_ALL", "LC_TIME"}) {
     if (const auto value = variable(name); !value.empty()) {

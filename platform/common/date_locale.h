@@ -5,11 +5,11 @@
 
 namespace quillmar {
 
-// The ICU id for the name of a locale as an environment gives it ("sr_RS.UTF-8@latin"). One that is meant for
-// programs ("C"), and any that ICU has no words for, gives American English.
+// The ICU id of a POSIX locale name ("sr_RS.UTF-8@latin"). "C", and a locale without ICU data, give American
+// English.
 std::string icuLocale(std::string_view name);
 
-// By what this process's environment wants dates and times to be written.
+// The ICU id of this process's locale for dates.
 std::string dateLocale();
 
 }  // namespace quillmar

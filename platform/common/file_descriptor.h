@@ -6,7 +6,6 @@
 
 namespace quillmar {
 
-// Owns one open file.
 class FileDescriptor {
  public:
   FileDescriptor() = default;

@@ -9,18 +9,18 @@
 
 namespace quillmar {
 
-// Where a request goes: a URL that HTTP can do, without a user's name and password in it.
+// A URL that HTTP can request, without user name and password.
 class HttpTarget {
  public:
-  // Fails with the transport error that stands for what is wrong with the text.
+  // Fails with the TransportError for the fault in the text.
   static Result<HttpTarget> parse(const std::string& url);
-  // The same for a place named by a server's answer, where more kinds of text are in use.
+  // For the target of a redirect, where servers write more forms.
   static Result<HttpTarget> parseRedirect(const std::string& url);
 
   CURLU* handle() const { return handle_.get(); }
   const std::string& host() const { return host_; }
   bool isPlain() const { return scheme_ == "http"; }
-  // 127.0.0.0/8, ::1 or the name "localhost", which is never looked up.
+  // 127.0.0.0/8, ::1, or "localhost", which is never resolved.
   bool isLoopback() const;
   bool hasSameOrigin(const HttpTarget& other) const;
 

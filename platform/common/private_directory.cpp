@@ -18,7 +18,7 @@ std::optional<struct stat> statusOf(const fs::path& file) {
   return ::stat(file.c_str(), &status) == 0 ? std::optional(status) : std::nullopt;
 }
 
-// As the desktop wants the folders that its own are in; `errno` says why there is none.
+// Missing parents get mode 0700, as XDG directories have. On failure `errno` is set.
 void makeMissing(const fs::path& directory) {
   if (statusOf(directory)) {
     errno = EEXIST;
@@ -28,7 +28,7 @@ void makeMissing(const fs::path& directory) {
     makeMissing(directory.parent_path());
   }
   if (::mkdir(directory.c_str(), S_IRWXU) == 0) {
-    // A umask may have taken away what is the user's own.
+    // The umask may have removed the user's own rights.
     ::chmod(directory.c_str(), S_IRWXU);
   }
 }
@@ -53,7 +53,7 @@ bool createPrivateDirectory(const fs::path& directory) {
     return false;
   }
   const bool isOpen = (status->st_mode & forOthers) != 0 && (status->st_mode & S_ISVTX) == 0;
-  // Where even this can't be changed, as on a disk that is only read, the work goes on.
+  // A failure is ignored, as on a read-only file system.
   if (isOpen) {
     ::chmod(directory.c_str(), S_IRWXU);
   }

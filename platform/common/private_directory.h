@@ -4,12 +4,12 @@
 
 namespace quillmar {
 
-// Whether the directory is there and not this user's own.
+// Whether the directory exists and belongs to another user.
 bool belongsToAnother(const std::filesystem::path& directory);
 
-// Makes the directory, and whatever is missing above it, for its user only. One that others may enter is
-// closed to them, unless it is there for everybody, as /tmp is. False when there is none of this user's
-// afterwards; `errno` then says why.
+// Creates the directory and its missing parents for this user only. Removes others' access from an existing
+// one, except from a shared one like /tmp. Returns false, with `errno` set, if there is then no such
+// directory of this user's.
 bool createPrivateDirectory(const std::filesystem::path& directory);
 
 }  // namespace quillmar

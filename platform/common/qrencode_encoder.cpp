@@ -9,7 +9,7 @@
 namespace quillmar {
 namespace {
 
-// What a code of the largest version holds.
+// The capacity of the largest version.
 struct Level {
   QRecLevel name;
   std::size_t bytes;

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// By libqrencode: the bytes as they are, in the smallest code that holds them.
+// By libqrencode. Encodes the bytes unchanged, in the smallest version that holds them.
 class QrencodeEncoder final : public QREncoder {
  public:
   std::optional<QRModules> encode(std::string_view bytes,

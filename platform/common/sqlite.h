@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-// The little of SQLite that the settings need, with its result codes as they are.
+// A thin wrapper for the settings; result codes are SQLite's own.
 namespace quillmar::sqlite {
 
 struct Closer {
@@ -16,7 +16,7 @@ struct Closer {
 };
 using Handle = std::unique_ptr<sqlite3, Closer>;
 
-// A prepared statement, run again and again. Bound text must outlive the run.
+// A reusable prepared statement. Bound text must outlive the run.
 class Statement {
  public:
   Statement() = default;
@@ -34,7 +34,7 @@ class Statement {
   }
   void bind(int index, sqlite3_int64 number) { sqlite3_bind_int64(statement_.get(), index, number); }
 
-  // SQLITE_ROW, SQLITE_DONE or an error. After anything but a row the statement is ready for its next run.
+  // SQLITE_ROW, SQLITE_DONE or an error. The latter two reset the statement.
   int step() {
     const int result = sqlite3_step(statement_.get());
     if (result != SQLITE_ROW) {

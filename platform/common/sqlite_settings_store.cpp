@@ -38,7 +38,7 @@ constexpr std::string_view upsert =
     "INSERT INTO settings VALUES(?1, ?2, ?3)"
     " ON CONFLICT(key) DO UPDATE SET kind = excluded.kind, value = excluded.value";
 
-// How each type stands in a row.
+// The type's name in a row, in the order of SettingValue.
 constexpr auto kinds = std::to_array<std::string_view>({"string", "bool", "integer", "date"});
 static_assert(kinds.size() == std::variant_size_v<SettingValue>);
 
@@ -58,7 +58,7 @@ void bindValue(sqlite::Statement& statement, const SettingValue& value) {
       value);
 }
 
-// Nothing for a kind that this version doesn't know.
+// nullopt for a kind that a later version wrote.
 std::optional<SettingValue> valueOfRow(const sqlite::Statement& row) {
   const auto kind = std::ranges::find(kinds, row.text(1)) - kinds.begin();
   switch (kind) {
@@ -75,7 +75,7 @@ std::optional<SettingValue> valueOfRow(const sqlite::Statement& row) {
   }
 }
 
-// Among the values is a token.
+// One of the values is a token.
 void wipeValue(SettingValue& value) {
   if (auto* text = std::get_if<std::string>(&value)) {
     wipe(*text);
@@ -111,7 +111,7 @@ int execute(sqlite3* database, std::string_view sql) {
   return result == SQLITE_ROW || result == SQLITE_DONE ? SQLITE_OK : result;
 }
 
-// What `PRAGMA quick_check` finds in the whole file.
+// Runs `PRAGMA quick_check` on the whole file.
 int check(sqlite3* database) {
   sqlite::Statement statement(database, "PRAGMA quick_check(1)");
   if (!statement) {
@@ -124,7 +124,7 @@ int check(sqlite3* database) {
   return statement.text(0) == "ok" ? SQLITE_OK : SQLITE_CORRUPT;
 }
 
-// A table that is not ours is of as little use as a broken one.
+// A table with another schema counts as damage too.
 bool isDamage(int result) {
   return result == SQLITE_ERROR || (result & 0xff) == SQLITE_CORRUPT || (result & 0xff) == SQLITE_NOTADB;
 }
@@ -253,14 +253,14 @@ class SqliteSettingsStore::Impl {
     }
   }
 
-  // A disk that was full may have room by now.
+  // Retried, because a full disk may have space again.
   void saveWhatIsLeft() {
     if (!unsaved_.empty()) {
       save();
     }
   }
 
-  // SQLite overwrites in the file what is deleted there; the log has it until then.
+  // Deleted content is overwritten in the file, but stays in the log until a checkpoint.
   void emptyLog() {
     sqlite::Statement checkpoint(database_.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
     const int result = checkpoint ? checkpoint.step() : sqlite3_errcode(database_.get());
@@ -271,7 +271,7 @@ class SqliteSettingsStore::Impl {
     }
   }
 
-  // Takes over what another process has written since.
+  // Reads what another process wrote.
   void refresh() {
     if (const auto version = dataVersion(); version != seenVersion_) {
       load(version);
@@ -338,7 +338,7 @@ class SqliteSettingsStore::Impl {
     return result == SQLITE_DONE ? SQLITE_OK : result;
   }
 
-  // All writes go through the write-ahead log, so its sync is the only one that is needed.
+  // All writes go through the write-ahead log, so syncing the log is enough.
   int syncLog() {
     sqlite3_file* log = nullptr;
     if (!database_ ||
@@ -349,7 +349,7 @@ class SqliteSettingsStore::Impl {
     return log->pMethods->xSync(log, SQLITE_SYNC_NORMAL);
   }
 
-  // Two processes that start at once must not both set a damaged file aside, hence the lock.
+  // Locked, so that two processes that start together don't both set a damaged file aside.
   bool open() {
     if (!createPrivateDirectory(directory_)) {
       report("the directory can't be made");
@@ -369,7 +369,7 @@ class SqliteSettingsStore::Impl {
     return result == SQLITE_OK;
   }
 
-  // Whole from its first moment on: whoever is killed meanwhile leaves nothing that looks damaged.
+  // Created under another name and then renamed: a kill in between leaves no file that looks damaged.
   int create() const {
     const fs::path draft = file_.string() + ".new";
     std::error_code error;
@@ -386,7 +386,7 @@ class SqliteSettingsStore::Impl {
     return result;
   }
 
-  // SQLite would take a file that has lost all that was in it for a new one.
+  // SQLite takes a truncated file for a new database.
   bool isEmptied() const {
     std::error_code error;
     return fs::is_regular_file(file_, error) && fs::file_size(file_, error) == 0;
@@ -401,7 +401,7 @@ class SqliteSettingsStore::Impl {
     if (isEmptied()) {
       return SQLITE_NOTADB;
     }
-    // SQLite gives its companion files the mode of the first one.
+    // SQLite's companion files inherit the mode of this one.
     ::chmod(file_.c_str(), S_IRUSR | S_IWUSR);
     database_ = openDatabase(file_.string(), SQLITE_OPEN_READWRITE);
     int result = sqlite3_errcode(database_.get());
@@ -446,8 +446,8 @@ class SqliteSettingsStore::Impl {
     log_.print("[SettingsStore] The settings were damaged and have been set aside as " + target);
   }
 
-  // For a disk that is full or can't be written: by a lock of our own, which needs no file beside the log,
-  // and at last as if nothing could change.
+  // For a disk that is full or read-only. First with a lock that needs no file beside the log, then as an
+  // immutable file.
   std::optional<Values> readWithoutWriting() const {
     for (const auto& [options, pragma] :
          {std::pair("", "PRAGMA locking_mode=EXCLUSIVE"), std::pair("?immutable=1", "PRAGMA query_only=1")}) {
@@ -483,7 +483,7 @@ class SqliteSettingsStore::Impl {
   std::set<std::string> reported_;
   bool isReadable_ = true;
   bool isScrubDue_ = false;
-  int holds_ = 0;  // while it is more, values are kept for one common write
+  int holds_ = 0;  // while above 0, values are collected for one write
 };
 
 SqliteSettingsStore::SqliteSettingsStore(fs::path directory, Log& log)

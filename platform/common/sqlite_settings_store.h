@@ -13,16 +13,15 @@
 
 namespace quillmar {
 
-// The settings in `settings.db` of a private directory. All values are held in memory too, so a read costs no
-// disk access; what another process wrote is seen by the next read. A write is handed to the kernel before it
-// returns and costs no sync; `synchronize` costs one. A damaged file is set aside as
-// `settings.db.damaged-TIME`. While the file can't be opened or written, values live in memory, and every
-// later read or write tries to save all of them, as does the end.
+// The settings in `settings.db` of a private directory. Values are cached, so a read costs no disk access;
+// the next read sees what another process wrote. A write reaches the kernel before it returns, without a
+// sync; `synchronize` syncs. A damaged file is renamed to `settings.db.damaged-TIME`. If the file can't be
+// opened or written, values stay in memory, and each read, each write and the destructor tries to save them.
 class SqliteSettingsStore final : public SettingsStore {
  public:
   static constexpr std::string_view fileName = "settings.db";
 
-  // Whether there is certainly no file in the directory, which may be absent too.
+  // True only if there is certainly no file; the directory may be missing too.
   static bool isAbsentFrom(const std::filesystem::path& directory);
 
   SqliteSettingsStore(std::filesystem::path directory, Log& log);
@@ -35,7 +34,7 @@ class SqliteSettingsStore final : public SettingsStore {
   void synchronize() override;
   void scrub() override;
   std::map<std::string, SettingValue> all() const override;
-  // False where there is a file at the start from which nothing can be learnt.
+  // False if a file existed at the start but could not be read.
   bool isReadable() const;
 
  private:

@@ -2,7 +2,7 @@
 
 namespace quillmar {
 
-// Leaves the process's signals to its main thread, and keeps a write to a closed connection from ending it.
+// Signals are left to the main thread, and a write to a closed connection doesn't raise SIGPIPE.
 void blockSignalsOfThisThread();
 
 }  // namespace quillmar

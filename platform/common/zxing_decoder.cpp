@@ -10,7 +10,7 @@
 namespace quillmar {
 namespace {
 
-// The upright box around a code.
+// The bounding box of a code.
 struct Place {
   int top = 0;
   int bottom = 0;
@@ -32,7 +32,7 @@ Found foundFrom(const ZXing::Result& result) {
   return {.place = placeOf(result.position()), .object = {.isQRCode = true, .text = result.text()}};
 }
 
-// Codes stand in one row where each begins above the middle of the first.
+// A code belongs to the row of the first one if it begins above that one's middle.
 void putInReadingOrder(FoundCodes& codes) {
   std::ranges::sort(codes, {}, [](const Found& code) { return code.place.top; });
   for (auto first = codes.begin(); first != codes.end();) {

@@ -39,7 +39,7 @@ bool hasSystemd() {
   return runtime && fs::exists(runtime->parent_path() / "systemd" / "private", error);
 }
 
-// A program without input and output, found through PATH. Nothing where it can't be started.
+// Without input and output, found through PATH. nullopt if it can't be started.
 std::optional<pid_t> spawn(Words words, short flags = 0) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);

@@ -5,12 +5,11 @@
 
 namespace quillmar {
 
-// The agent at each login of this user: a unit of systemd where that looks after the session, an entry of the
-// desktop's autostart elsewhere. Nothing is success; otherwise what went wrong, as a sentence.
+// Starts the agent at each login of this user: by a systemd unit if systemd runs the session, else by a
+// desktop autostart entry. Both return nullopt on success, else the error as a sentence.
 
-// From now on, and at once; an agent that runs already goes on.
+// Starts it now too; a running agent is left alone.
 std::optional<std::string> enableAutostart();
-// No more.
 std::optional<std::string> disableAutostart();
 
 }  // namespace quillmar

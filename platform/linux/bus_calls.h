@@ -14,8 +14,8 @@ namespace quillmar {
 
 inline constexpr const char* messageBus = "org.freedesktop.DBus";
 
-// Calls whose answers come later, for as long as a bus is joined. On the bus's thread only. Each call ends in
-// exactly one of its two functions; what a reply's function throws as an sdbus::Error goes to the other.
+// Asynchronous calls while connected to a bus. Bus thread only. Each call ends in exactly one of its two
+// functions; an sdbus::Error thrown by the first one goes to the second.
 class BusCalls {
  public:
   using Then = std::function<void(sdbus::MethodReply&)>;
@@ -28,7 +28,7 @@ class BusCalls {
   };
 
   void joined(sdbus::IConnection& bus) { bus_ = &bus; }
-  // Fails what is under way.
+  // Fails all pending calls.
   void left();
 
   template <class... Args>
@@ -62,7 +62,7 @@ class BusCalls {
   sdbus::IProxy& lastingObject(const Method& method);
 
   sdbus::IConnection* bus_ = nullptr;
-  // A call needs its object until the answer.
+  // The proxy must exist until the reply.
   std::map<std::string, std::unique_ptr<sdbus::IProxy>> objects_;
   std::map<std::uint64_t, Failed> pending_;
   std::uint64_t lastCall_ = 0;

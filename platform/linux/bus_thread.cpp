@@ -18,7 +18,7 @@ namespace {
 
 using ConnectionPtr = std::unique_ptr<sdbus::IConnection>;
 
-// Asked first, as sdbus-c++ 1.2 loses the memory of a connection that can't be made.
+// Checked first, because sdbus-c++ 1.2 leaks when a connection fails.
 bool isServed(const std::string& address) {
   constexpr std::string_view prefix = "unix:path=";
   sockaddr_un at{};
@@ -42,7 +42,7 @@ ConnectionPtr connectTo(const std::string& address) {
   }
 }
 
-// On a thread that may be left behind: the greeting of a bus that stays mute has no time limit of ours.
+// On a thread that may be abandoned: sd-bus sets no time limit on the handshake of a silent bus.
 ConnectionPtr connectTo(const std::string& address, std::chrono::milliseconds patience) {
   std::promise<ConnectionPtr> promise;
   auto connected = promise.get_future();

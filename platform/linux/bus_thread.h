@@ -14,10 +14,10 @@
 
 namespace quillmar {
 
-// The sentence of an error of the bus; there is always one.
+// The error's message, or its name if there is none.
 std::string sentenceOf(const sdbus::Error& error);
 
-// What lives as long as the connection to a bus. Called on the bus's thread only.
+// Lives as long as a connection to a bus. Bus thread only.
 class BusSession {
  public:
   BusSession() = default;
@@ -25,32 +25,33 @@ class BusSession {
   BusSession& operator=(const BusSession&) = delete;
   virtual ~BusSession() = default;
 
-  // May throw sdbus::Error; then the bus counts as not joined.
+  // May throw sdbus::Error; the connection then counts as failed.
   virtual void joined(sdbus::IConnection& bus) = 0;
-  // The bus is gone, or this program leaves it. Whatever refers to the connection must go. Never throws.
+  // The bus has closed, or this program is leaving it. Release everything that refers to the connection.
+  // Never throws.
   virtual void left() = 0;
 };
 
-// The one thread that does all D-Bus work of an adapter. It joins the bus when there is first something to
-// do, stays, and joins again with the next work after the bus went away. No exception leaves it.
+// The thread of an adapter's D-Bus work. It connects when there is work, stays connected, and reconnects with
+// the next work after the bus was lost. No exception leaves it.
 class BusThread {
  public:
   using Work = std::function<void(sdbus::IConnection&)>;
-  // Told why a work could not be done.
+  // Receives why the work could not be done.
   using Failure = std::function<void(const sdbus::Error&)>;
 
-  // An address is "unix:path=" and a socket. `patience` limits the joining and each call that sets no limit
-  // of its own. The session must outlive this.
+  // `address` is "unix:path=" and a socket. `timeout` limits connecting and each call without a limit of its
+  // own. The session must outlive this.
   BusThread(std::string address, std::chrono::milliseconds patience, BusSession& session);
   BusThread(const BusThread&) = delete;
   BusThread& operator=(const BusThread&) = delete;
-  // Waits for the work at hand; drops the rest.
+  // Waits for the current work; drops the rest.
   ~BusThread();
 
-  // Any thread. Runs `work` on this one, after all that was posted before; `failed` if there is no bus or
-  // `work` threw an sdbus::Error.
+  // Any thread. Runs `work` on the bus thread, in order. Calls `failed` if there is no bus or `work` threw an
+  // sdbus::Error.
   void post(Work work, Failure failed);
-  // Any thread. Runs `work` only if the bus is joined; what it throws is dropped.
+  // Any thread. Runs `work` only while connected; its exceptions are dropped.
   void postIfJoined(Work work);
 
  private:
@@ -77,7 +78,7 @@ class BusThread {
   std::mutex mutex_;
   std::vector<Task> tasks_;
   bool stopping_ = false;
-  std::unique_ptr<sdbus::IConnection> bus_;  // this thread only
+  std::unique_ptr<sdbus::IConnection> bus_;  // bus thread only
   std::thread thread_;
 };
 

@@ -5,15 +5,15 @@
 
 namespace quillmar {
 
-// Where an installation keeps its files: `quillmar` under $XDG_DATA_HOME when that is an absolute path, else
-// under ~/.local/share. Only named here, not made.
+// The directory of an installation's files: `quillmar` in $XDG_DATA_HOME if that is an absolute path, else in
+// ~/.local/share. Does not create it.
 std::filesystem::path dataDirectory();
 
-// Where programs keep what their user sets: $XDG_CONFIG_HOME when that is an absolute path, else ~/.config.
+// $XDG_CONFIG_HOME if that is an absolute path, else ~/.config.
 std::filesystem::path configDirectory();
 
-// Where its sockets are: `quillmar` under $XDG_RUNTIME_DIR, when that is an absolute path to a directory that
-// belongs to this user and that nobody else may enter. Nothing otherwise.
+// The directory of its sockets: `quillmar` in $XDG_RUNTIME_DIR. nullopt unless that is an absolute path to a
+// directory of this user's that nobody else may enter.
 std::optional<std::filesystem::path> runtimeDirectory();
 
 }  // namespace quillmar

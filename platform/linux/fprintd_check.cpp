@@ -23,7 +23,7 @@ constexpr const char* managerPath = "/net/reactivated/Fprint/Manager";
 constexpr const char* managerInterface = "net.reactivated.Fprint.Manager";
 constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
 
-// To fprintd, the person who asks.
+// fprintd takes an empty name for the caller.
 const std::string thisPerson;
 const std::string anyFinger = "any";
 
@@ -39,7 +39,7 @@ enum Code {
 
 BiometricReply failure(Code code) { return {.success = false, .code = code}; }
 
-// What fprintd says of a finger, where that is the end of the check.
+// A result of fprintd that ends the check.
 struct Verdict {
   std::string_view text;
   BiometricReply reply;
@@ -51,11 +51,11 @@ const auto verdicts = std::to_array<Verdict>({
     {"verify-match", {.success = true, .code = std::nullopt}},
     {wrongFinger, failure(failed)},
     {"verify-disconnected", failure(notAvailable)},
-    // Also said of a reader that was pulled out.
+    // fprintd also reports this when the reader is unplugged.
     {"verify-unknown-error", failure(notAvailable)},
 });
 
-// The bus's own errors tell that there is no fprintd to ask.
+// An error of the bus itself means that fprintd is not running.
 BiometricReply failureFrom(const sdbus::Error& error) {
   const std::string& name = error.getName();
   if (name == "net.reactivated.Fprint.Error.NoEnrolledPrints") {
@@ -69,12 +69,11 @@ BiometricReply failureFrom(const sdbus::Error& error) {
 
 }  // namespace
 
-// The reader on the bus's thread. A check goes through claiming, verifying and the way back, one call at a
-// time. Its outcome may come at any point, the first one counts, and the way back begins as soon as no call
-// is under way.
+// The reader, on the bus thread. A check claims the device, verifies and releases it, one call at a time. The
+// first outcome counts; the release begins as soon as no call is pending.
 class FprintdCheck::Reader final : private BusSession {
  public:
-  // Told on the thread: the reason when a finger is waited for, nothing when no longer.
+  // Called on the bus thread: with the reason while the reader waits for a finger, else with nullopt.
   using PromptChanged = std::function<void(Prompt)>;
 
   Reader(const Options& options, PromptChanged promptChanged)
@@ -82,10 +81,10 @@ class FprintdCheck::Reader final : private BusSession {
         promptChanged_(std::move(promptChanged)),
         thread_(options.busAddress, options.patience, *this) {}
 
-  // Any thread, as all of these.
+  // Thread-safe, as are all of these.
   using Told = std::function<void(bool)>;
   void findOut(const Told& told);
-  // The check's number tells it from later ones.
+  // `number` identifies the check.
   void check(std::uint64_t number, std::string reason, const std::function<void(BiometricReply)>& reply);
   void conclude(std::uint64_t number, BiometricReply outcome);
   void concludeAny(BiometricReply outcome);
@@ -119,22 +118,22 @@ class FprintdCheck::Reader final : private BusSession {
   void end();
   bool isOneTooMany();
 
-  // One call of the check: `next` when it succeeded and there is no outcome yet.
+  // One call of the check. `next` runs if it succeeded and there is no outcome yet.
   template <class... Args>
   void call(const std::string& path, const char* interface, const char* method, BusCalls::Then succeeded,
             std::function<void()> next, const Args&... arguments);
-  // One on the way back, which goes on however it ends.
+  // One call of the release, which continues even if it fails.
   void callBack(const char* method);
 
   const Options options_;
   const PromptChanged promptChanged_;
 
-  // All of the rest belongs to the thread.
+  // Bus thread only from here on.
   BusCalls calls_;
   std::vector<sdbus::Slot> matches_;
   std::optional<Check> check_;
   std::string device_;
-  std::string owner_;  // the bus's name for the fprintd that holds the claim
+  std::string owner_;  // the bus name of the fprintd that granted the claim
   int wrongFingers_ = 0;
   Clock::time_point lockedUntil_;
 
@@ -207,7 +206,7 @@ void FprintdCheck::Reader::watch(sdbus::IConnection& bus, const std::string& rul
     try {
       (this->*heard)(message);
     } catch (const sdbus::Error&) {
-      // A signal of another shape than it should have is none.
+      // Signals with unexpected arguments are ignored.
     }
   }));
 }
@@ -218,8 +217,7 @@ void FprintdCheck::Reader::ownerChanged(sdbus::Message& message) {
   }
 }
 
-// A signal could also be sent to this program alone, by anybody who wants to be let in: it counts if it comes
-// from the fprintd that answered the claim.
+// Anyone can send this program a signal, so it counts only from the fprintd that granted the claim.
 void FprintdCheck::Reader::verifyStatus(sdbus::Message& message) {
   std::string result;
   message >> result;
@@ -230,7 +228,7 @@ void FprintdCheck::Reader::verifyStatus(sdbus::Message& message) {
   }
 }
 
-// There is nobody to give the reader back to.
+// The reader is gone, so there is nothing to release.
 void FprintdCheck::Reader::readerGone() {
   owner_.clear();
   if (check_) {

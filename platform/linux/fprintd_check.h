@@ -14,25 +14,23 @@
 
 namespace quillmar {
 
-// A finger on the machine's reader, through fprintd: possible when there is a reader and the person of this
-// session has enrolled a finger. A check claims the reader, takes one finger, and releases the reader,
-// however it ends; only then comes its reply. A finger that could not be read may be tried again, a wrong one
-// ends the check. Checks come one at a time: another one meanwhile fails.
+// Fingerprints through fprintd. Available if there is a reader and this user has enrolled a finger. A check
+// claims the reader, verifies one finger and releases the reader in every case; then the reply comes. An
+// unreadable finger may be retried; a wrong one ends the check. A check during another one fails.
 //
-// Failures carry the platform's codes: -1 another finger, -2 cancelled, -3 the password is wanted instead, -4
-// ended without anybody's doing, -6 no reader that works (or no fprintd, or no permission), -7 no finger
-// enrolled, -8 too many wrong fingers, for some minutes. All operations on the main thread; replies come on
-// another.
+// Error codes: -1 wrong finger, -2 cancelled, -3 password requested instead, -4 ended by the system, -6 no
+// working reader, no fprintd or no permission, -7 no finger enrolled, -8 locked for some minutes after too
+// many wrong fingers. Operations on the main thread; replies come on another thread.
 class FprintdCheck final : public BiometricCheck {
  public:
   struct Options {
-    // The system's bus by default, whatever the environment says: what answers there is trusted.
+    // Always the system bus, whatever the environment says, because its answers are trusted.
     std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
-    // For each answer of fprintd during a check.
+    // For each reply of fprintd during a check.
     std::chrono::milliseconds patience{1500};
-    // For each answer of an fprintd that may have to be started first, while nobody waits.
+    // For a reply of an fprintd that may have to be started first. Nothing blocks meanwhile.
     std::chrono::milliseconds answerPatience{std::chrono::seconds(30)};
-    // How long the reader waits for a finger.
+    // For a finger.
     std::chrono::milliseconds fingerPatience{std::chrono::minutes(1)};
     int wrongFingers = 5;
     std::chrono::milliseconds lockTime{std::chrono::minutes(5)};
@@ -42,17 +40,17 @@ class FprintdCheck final : public BiometricCheck {
   FprintdCheck(Dispatch& dispatch, const Options& options);
   ~FprintdCheck() override;
 
-  // Asks fprintd when it is first called, once and for all.
+  // Asks fprintd on the first call only.
   bool canEvaluate() override;
   Subscription observeAnswer(const std::function<void()>& observer) override;
   int biometryType() override { return 1; }
   void evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) override;
 
-  // A person's answers to the prompt. Nothing happens when no check is under way.
+  // The user's answers to the prompt. Ignored without a running check.
   void cancel();
   void enterPassword();
 
-  // The reason to show while the reader waits for a finger; nothing when it no longer does.
+  // The reason to show while the reader waits for a finger, else nullopt.
   using Prompt = std::optional<std::string>;
   Subscription observePrompt(std::function<void(const Prompt&)> observer);
 
@@ -70,7 +68,7 @@ class FprintdCheck final : public BiometricCheck {
   const std::chrono::milliseconds fingerPatience_;
   const std::shared_ptr<Answer> answer_ = std::make_shared<Answer>();
   const std::shared_ptr<PromptSignal> prompt_;
-  const std::shared_ptr<Reader> reader_;  // held by the main thread alone
+  const std::shared_ptr<Reader> reader_;  // owned by the main thread only
   std::uint64_t lastCheck_ = 0;
 };
 

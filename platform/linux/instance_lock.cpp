@@ -15,8 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Nothing but an error number where there is no such file and none can be made. To hold a lock on it takes no
-// right to write it.
+// On failure holds no descriptor but an error number. Locking needs no right to write the file.
 FileDescriptor openLockFile(const fs::path& file) {
   if (!createPrivateDirectory(file.parent_path())) {
     return {};
@@ -28,7 +27,7 @@ FileDescriptor openLockFile(const fs::path& file) {
   return writable ? std::move(writable) : std::move(readable);
 }
 
-// A lock on a file that has been removed meanwhile keeps nobody else out.
+// A lock on a file that was deleted excludes nobody.
 bool isStillThere(const FileDescriptor& file, const fs::path& path) {
   struct stat opened {};
   struct stat named {};

@@ -65,12 +65,12 @@ struct ItemName {
   }
 };
 
-// What ends an operation early, with the status that it ends with.
+// Thrown to end an operation with this status.
 struct Failure {
   Status status;
 };
 
-// Where GLib's functions put their error. An error that was put there is thrown by `check`.
+// An out-parameter for GLib's errors; `check` throws the error that it received.
 class ErrorSlot {
  public:
   operator GError**() { return &error_; }
@@ -90,8 +90,8 @@ class ErrorSlot {
   GError* error_ = nullptr;
 };
 
-// The person's message bus, over a connection of its own: the one that GLib shares would end the program
-// together with the bus, and would stay closed if it did not.
+// A private connection to the session bus. GLib's shared one would exit the program when the bus closes, and
+// would never reconnect otherwise.
 class SessionBus {
  public:
   explicit SessionBus(GCancellable* cancellable) {
@@ -114,8 +114,8 @@ class SessionBus {
   Object<GDBusConnection> connection_;
 };
 
-// libsecret's service joins the shared session bus whatever it is told. This one leaves the connection that
-// it was given in its place.
+// libsecret's service always connects to the shared session bus. This subclass keeps the connection that it
+// was given.
 GType serviceType() {
   static SecretServiceClass* parent = nullptr;
   const auto initialize = [](gpointer type, gpointer) {
@@ -132,7 +132,7 @@ GType serviceType() {
   return type;
 }
 
-// The keyring service for one operation: it may have been restarted since the last one.
+// The keyring service, for one operation: it may have restarted since the last.
 class Keyring {
  public:
   explicit Keyring(GCancellable* cancellable) : cancellable_(cancellable), bus_(cancellable) {
@@ -143,7 +143,7 @@ class Keyring {
     error.check();
   }
 
-  // Locked ones, too.
+  // Includes locked items.
   Items find(const ItemName& name) {
     ErrorSlot error;
     GList* list = secret_service_search_sync(service_.get(), &schema(), name.attributes().get(),
@@ -175,7 +175,7 @@ class Keyring {
     const Object<SecretCollection> collection(secret_collection_for_alias_sync(
         service_.get(), SECRET_COLLECTION_DEFAULT, SECRET_COLLECTION_NONE, cancellable_, error));
     error.check();
-    // To make a first keyring takes a person's answer.
+    // Creating the first keyring would need a prompt.
     if (!collection) {
       throw Failure{Status::failed};
     }
@@ -246,8 +246,7 @@ Found perform(const Operation& operation, GCancellable* cancellable) {
   }
 }
 
-// On a thread of its own, which is left behind when it takes too long: joining a bus that stays mute can't be
-// cancelled.
+// On a thread that is abandoned after the timeout: connecting to a silent bus can't be cancelled.
 Found within(std::chrono::milliseconds patience, Operation operation) {
   const std::shared_ptr<GCancellable> cancellable(g_cancellable_new(), g_object_unref);
   std::promise<Found> promise;

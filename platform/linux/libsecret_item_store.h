@@ -6,10 +6,9 @@
 
 namespace quillmar {
 
-// The keyring of the person's desktop, through libsecret. An item carries its service and its account as
-// attributes, so that other tools find it by them. Never prompts: what is locked answers
-// `interactionNotAllowed`, a person without a default keyring or a desktop without a keyring service answers
-// `failed`, and so does a keyring that has not answered after `patience`.
+// The desktop's keyring, through libsecret. Other tools find an item by its service and account, which are
+// attributes. Never prompts: a locked item returns `interactionNotAllowed`. Returns `failed` if the user has
+// no default keyring, if there is no keyring service, or if it doesn't answer within `timeout`.
 class LibsecretItemStore final : public SecureItemStore {
  public:
   LibsecretItemStore() = default;

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// The machine as systemd, the environment and ICU describe it.
+// From systemd, the environment and ICU.
 class LinuxDeviceInfo final : public DeviceInfo {
  public:
   using Sources = MachineNameSources;

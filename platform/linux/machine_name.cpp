@@ -36,7 +36,7 @@ std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::mi
   }
 }
 
-// On a thread that may be left behind: joining the bus has no time limit of its own.
+// On a thread that may be abandoned: connecting to a bus has no time limit.
 std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
   std::error_code error;
   if (!std::filesystem::exists(busSocket, error)) {
@@ -51,7 +51,7 @@ std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chron
   return answer.wait_for(patience) == std::future_status::ready ? answer.get() : std::string();
 }
 
-// A value as a shell would read it: in quotes of either kind or none.
+// Removes a shell's quotes of either kind.
 std::string unquoted(std::string_view value) {
   std::string text;
   char quote = 0;

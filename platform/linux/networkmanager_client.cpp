@@ -20,7 +20,7 @@ constexpr const char* busPath = "/org/freedesktop/DBus";
 
 constexpr std::uint32_t keptOnDisk = 1;
 
-// NetworkManager's numbers of an activation's state.
+// NM_ACTIVE_CONNECTION_STATE.
 enum ActiveState : std::uint32_t {
   unknown = 0,
   activating = 1,
@@ -136,7 +136,7 @@ void NetworkManagerClient::joined(sdbus::IConnection& bus) {
         .storeResultsTo(owner);
     ownerChanged(owner);
   } catch (const sdbus::Error&) {
-    // It isn't running. Its arrival will be heard of, and who asks for something is told.
+    // NetworkManager is not running. Its start will be announced, and callers get errors until then.
   }
 }
 
@@ -153,15 +153,14 @@ void NetworkManagerClient::left() {
   bus_ = nullptr;
 }
 
-// A signal could also be sent to this program alone, by anybody: it counts if it comes from the owner of the
-// service's name.
+// Anyone can send this program a signal, so it counts only from the owner of the service's name.
 void NetworkManagerClient::watch(const std::string& rule, std::function<void(sdbus::Message&)> heard) {
   matches_.push_back(
       bus_->addMatch("type='signal'," + rule, [heard = std::move(heard)](sdbus::Message& message) {
         try {
           heard(message);
         } catch (const sdbus::Error&) {
-          // A signal of another shape than it should have is none.
+          // Signals with unexpected arguments are ignored.
         }
       }));
 }
@@ -252,8 +251,8 @@ void NetworkManagerClient::activationChanged(const Path& path, const Values& pro
   }
 }
 
-// All activations of one moment. The answer is taken in its turn among the signals, so that none is older
-// than what it says.
+// Reads all activations at once. The reply is handled in order with the signals, so none of them is older
+// than the reply.
 void NetworkManagerClient::lookAround() {
   isLooking_ = true;
   calls_.send(
@@ -287,8 +286,7 @@ void NetworkManagerClient::looked() {
   }
 }
 
-// Once for all signals that have come by then: a NetworkManager that starts announces each of its
-// connections.
+// Once for all signals that are pending: a starting NetworkManager announces each connection.
 void NetworkManagerClient::readProfilesSoon() {
   if (!std::exchange(willReadProfiles_, true)) {
     thread_.postIfJoined([this](sdbus::IConnection&) {
@@ -385,7 +383,7 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
   Settings settings;
   const auto path = pathOf(profile.uuid);
   if (!path) {
-    // Before it is there: its signal may come ahead of the answer.
+    // Registered first, because its signal may arrive before the reply.
     known_.try_emplace(profile.uuid, TunnelStatus::invalid);
     write(profile, settings);
     calls_.send(

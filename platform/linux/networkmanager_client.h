@@ -18,8 +18,8 @@
 
 namespace quillmar {
 
-// NetworkManager's VPN connections of one service type, and how they do. Operations may be called from any
-// thread; what they are given is called on the client's own thread.
+// NetworkManager's VPN connections of one service type, and their status. Operations are thread-safe;
+// callbacks run on the client's thread.
 class NetworkManagerClient final : private BusSession {
  public:
   struct Options {
@@ -36,14 +36,14 @@ class NetworkManagerClient final : private BusSession {
   template <class T>
   using Reply = std::function<void(Result<T>)>;
 
-  // A change is told before the reply of the operation that brought it. What is seen for the first time, by
-  // a list, is no change.
+  // A change is reported before the reply of the operation that caused it. The first listing reports no
+  // changes.
   NetworkManagerClient(Options options, StatusChanged statusChanged);
   ~NetworkManagerClient() override;
 
   void list(const Reply<std::vector<Listed>>& reply);
   void fetch(std::string uuid, const Reply<NetworkManagerProfile>& reply);
-  // Adds the connection if there is none of its UUID.
+  // Adds the connection if none has its UUID.
   void save(NetworkManagerProfile profile, const Reply<void>& reply);
   void start(std::string uuid, const Reply<void>& reply);
 
@@ -84,7 +84,7 @@ class NetworkManagerClient final : private BusSession {
   TunnelStatus statusOf(const std::string& uuid);
   void announceChanges();
 
-  // Runs `work` on the thread once it is known what is active.
+  // Runs `work` on the bus thread once the active connections are known.
   template <class T>
   void post(std::function<void()> work, Reply<T> reply);
   void saveNow(const NetworkManagerProfile& profile, const Reply<void>& reply);
@@ -97,17 +97,17 @@ class NetworkManagerClient final : private BusSession {
   const Options options_;
   const StatusChanged statusChanged_;
 
-  // All of the rest belongs to the thread.
+  // Bus thread only from here on.
   sdbus::IConnection* bus_ = nullptr;
   std::vector<sdbus::Slot> matches_;
   BusCalls calls_;
-  std::string owner_;  // the bus's name for the NetworkManager that runs; empty when none does
+  std::string owner_;  // the bus name of the running NetworkManager; empty if there is none
   std::map<Path, std::string> saved_;
   Activations activations_;  // the newest last
   std::map<std::string, TunnelStatus> known_;
   bool isLooking_ = false;
   bool willReadProfiles_ = false;
-  std::vector<Deferred> deferred_;  // until it has looked around
+  std::vector<Deferred> deferred_;  // until the active connections are known
 
   BusThread thread_;
 };

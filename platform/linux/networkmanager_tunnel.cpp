@@ -26,15 +26,15 @@ std::optional<Error> errorIn(const Result<T>& result) {
 
 }  // namespace
 
-// All of it belongs to the main thread. The client's replies come on the client's thread, which must never
-// hold the state: it would have to end itself.
+// Main thread only. The client's replies come on the client's thread and must not own the state: its
+// destructor joins that thread.
 struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
   State(Dispatch& dispatch, std::string bundleIdentifier, std::chrono::milliseconds startPatience)
       : dispatch(dispatch), bundleIdentifier(std::move(bundleIdentifier)), startPatience(startPatience) {}
 
   void open(const Options& options);
-  // A reply that may come on any thread and calls `function(state, ...)` on the main thread, if the state is
-  // still there by then.
+  // Returns a reply for any thread that calls `function(state, ...)` on the main thread if the state still
+  // exists.
   template <class Function>
   auto onMain(Function function);
   std::shared_ptr<Connection> connection(const std::string& uuid, TunnelStatus ifUnknown);
@@ -73,7 +73,7 @@ class NetworkManagerTunnel::Connection final : public TunnelConnection {
   TunnelStatus status() const override { return status_; }
   Result<void> startTunnel() override;
 
-  // False where it is no change.
+  // Returns whether the status changed.
   bool become(TunnelStatus status) { return std::exchange(status_, status) != status; }
 
  private:

@@ -10,28 +10,28 @@
 
 namespace quillmar {
 
-// Tunnel configurations as VPN connections of NetworkManager. Sees and touches only the connections whose
-// service type is its bundle identifier; `networkmanager_profile.h` tells where each property is kept.
+// Tunnel configurations as VPN connections of NetworkManager, limited to those whose service type is the
+// bundle identifier. `networkmanager_profile.h` says where each property is stored.
 //
-// The status is that of the connection's activation: `invalid` while NetworkManager has no such connection,
-// `disconnected` while it is not active or NetworkManager does not run, `reasserting` while an activation
-// that was up comes up again. One announcement for one change. Errors carry NetworkManager's own words.
+// The status is that of the connection's activation: `invalid` if NetworkManager has no such connection,
+// `disconnected` if it is not active or NetworkManager is not running, `reasserting` if an activation that
+// was up is coming up again. Each change is announced once. Error texts are NetworkManager's.
 //
-// A start is answered within `startPatience`: an error if NetworkManager refused by then, success otherwise.
-// A tunnel that is up or coming up is left alone, unless a save has given it another protocol since it
-// started: then it is restarted, as NetworkManager would go on with what it was started with.
+// `start` completes within `startTimeout`: with an error if NetworkManager refused by then, else with
+// success. A tunnel that is up or coming up is left alone, unless a save has changed its protocol since the
+// start: then it is restarted, because NetworkManager would keep the old one.
 //
-// What NetworkManager is asked through may go away and come back at any time (the bus, NetworkManager, the
-// connection): calls fail meanwhile, and the next one after its return succeeds. Completions come on the
-// main thread, never inside the call. Destroying it drops those that are still due.
+// The bus, NetworkManager and the connection may disappear and return at any time. Calls fail meanwhile; the
+// next one after the return succeeds. Completions come on the main thread, never inside the call; the
+// destructor drops pending ones.
 class NetworkManagerTunnel final : public TunnelService {
  public:
   struct Options {
-    // The system's bus by default, whatever the environment says: what answers there is trusted.
+    // Always the system bus, whatever the environment says, because its answers are trusted.
     std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
-    // For each answer of NetworkManager ...
+    // For a reply of NetworkManager that needs no authorization.
     std::chrono::milliseconds patience{5000};
-    // ... that needs no permission first, which a person may be asked for.
+    // For a reply that may wait for the user's authorization.
     std::chrono::milliseconds promptPatience{std::chrono::minutes(5)};
     std::chrono::milliseconds startPatience{250};
   };

@@ -2,14 +2,14 @@
 
 namespace quillmar {
 
-// Files that this process makes are its user's only, whatever its parent's umask is.
+// New files are readable by the user only, whatever umask was inherited.
 void keepNewFilesPrivate();
 
-// A token, and for a moment a password, are in memory: a crash must not write it to the disk.
+// Memory holds a token, and for a moment a password: a crash must not write them to the disk.
 void forbidCoreDumps();
 
-// No other process of this user may attach to this one or read its memory. What looks at its callers through
-// /proc, as portals do, sees nothing of it any more.
+// No other process of this user may attach to this one or read its memory. Services that inspect callers
+// through /proc, as portals do, can't see this process any more.
 void forbidInspection();
 
 }  // namespace quillmar

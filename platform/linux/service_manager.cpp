@@ -11,7 +11,7 @@ namespace quillmar {
 ServiceManager::ServiceManager(Dispatch& dispatch) {
   std::uint64_t microseconds = 0;
   if (::sd_watchdog_enabled(0, &microseconds) > 0) {
-    // Half of what it waits, as it asks for.
+    // Half of systemd's watchdog interval, as its documentation recommends.
     const auto period = std::chrono::duration_cast<Duration>(std::chrono::microseconds(microseconds)) / 2;
     alive_ = dispatch.scheduleRepeating(period, [] { ::sd_notify(0, "WATCHDOG=1"); });
   }

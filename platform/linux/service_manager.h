@@ -7,10 +7,10 @@
 
 namespace quillmar {
 
-// systemd, where it started this program and wants to hear how it does; otherwise nobody.
+// Notifies systemd, if it started this program and asked to be notified.
 class ServiceManager {
  public:
-  // From now on the program is ready, and alive for as long as its main thread goes round.
+  // Reports the program as ready, and as alive while the main queue runs.
   explicit ServiceManager(Dispatch& dispatch);
   ServiceManager(const ServiceManager&) = delete;
   ServiceManager& operator=(const ServiceManager&) = delete;

@@ -8,7 +8,7 @@
 namespace quillmar {
 namespace {
 
-// Ends the watch itself.
+// Ends the watching thread.
 const int farewell = SIGRTMIN;
 
 sigset_t watchedSignals() {

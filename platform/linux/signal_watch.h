@@ -7,11 +7,11 @@
 
 namespace quillmar {
 
-// Keeps the signals that ask a program to end from ending it, for its whole life; to be called before there
-// is a second thread. A closed connection or terminal is seen where it is written to.
+// Blocks the signals that would terminate the program, for its whole life. Call it before a second thread
+// exists. A closed connection or terminal is noticed by the failing write instead.
 void holdEndingSignals();
 
-// Tells of them on the main thread: the number of each that comes.
+// Reports each such signal by its number, on the main thread.
 class SignalWatch {
  public:
   SignalWatch(Dispatch& dispatch, std::function<void(int)> heard);

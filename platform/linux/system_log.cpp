@@ -19,7 +19,8 @@ std::string escaped(unsigned char byte) {
   return {'\\', 'x', digits[byte >> 4U], digits[byte & 0xFU]};
 }
 
-// The escape of a control character at the start of the text, and how many bytes it stands for.
+// The escape for a control character at the start of the text and the character's length in bytes; empty if
+// there is none.
 std::pair<std::string, std::size_t> escapeAtStart(std::string_view text) {
   for (const auto& [separator, escape] : separators) {
     if (text.starts_with(separator)) {
@@ -30,7 +31,7 @@ std::pair<std::string, std::size_t> escapeAtStart(std::string_view text) {
   if (first < ' ' || first == del) {
     return {escaped(first), 1};
   }
-  // U+0080 to U+009F, which terminals obey as well.
+  // U+0080 to U+009F: terminals interpret these too.
   const bool isC1 = text.size() > 1 && first == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0;
   return isC1 ? std::pair(escaped(static_cast<unsigned char>(text[1])), std::size_t{2})
               : std::pair(std::string(), std::size_t{0});

@@ -10,11 +10,10 @@
 
 namespace quillmar {
 
-// A line as it is printed: line breaks and control characters escaped, so that no text can pass for a line of
-// its own or steer a terminal.
+// Escapes line breaks and control characters, so that a text can't forge a line or control the terminal.
 std::string singleLine(std::string_view line);
 
-// Prints each line in one write and sends the others to syslog under the program's name. One for each
+// Prints each line in one write. The system's lines go to syslog under the program's name. One instance per
 // process.
 class SystemLog final : public Log {
  public:

@@ -27,8 +27,7 @@ void assign(TunnelConfiguration& configuration, SavedTunnel saved) {
 
 }  // namespace
 
-// The status belongs to the main thread like everything else; what comes from the background queue hops
-// first.
+// The status belongs to the main thread; completions of the background queue hop there first.
 class SimulatedTunnel::Connection final : public TunnelConnection,
                                           public std::enable_shared_from_this<Connection> {
  public:
@@ -67,8 +66,8 @@ struct SimulatedTunnel::State : std::enable_shared_from_this<SimulatedTunnel::St
   void askAndAdd(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
   void add(const std::shared_ptr<Connection>& connection, const SavedTunnel& sent);
   void store() const;
-  // `work` runs on the main thread after the latency, and what it returns goes to the completion on the
-  // queue.
+  // Runs `work` on the main thread after the latency, and passes its result to the completion on the
+  // background queue.
   template <class Work, class Completion>
   void perform(Work work, Completion completion);
   template <class Completion, class Outcome>

@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// The saved configurations as one text and back. A text that is none gives no configurations.
+// Serialises the saved configurations. An invalid text gives none.
 std::string tunnelText(const std::vector<SavedTunnel>& saved);
 std::vector<SavedTunnel> savedTunnels(std::string_view text);
 

@@ -18,7 +18,7 @@ Date date(std::string_view text) {
   return parsed.value_or(Date());
 }
 
-// Which blank stands before "PM" is the library's own affair.
+// The space before "PM" depends on ICU's version.
 std::string loosely(std::string text) {
   for (std::size_t at = 0; (at = text.find("\u202F")) != std::string::npos;) {
     text.replace(at, std::string("\u202F").size(), " ");
@@ -232,7 +232,7 @@ TEST(RelativeTime, is_told_by_the_largest_unit_and_cut) {
 }
 
 TEST(RelativeTime, counts_days_by_the_devices_calendar) {
-  const auto before = date("2016-11-05T16:00:00Z");  // noon of the day before the clocks go back
+  const auto before = date("2016-11-05T16:00:00Z");  // noon before the night in which clocks go back
   EXPECT_EQ(american.abbreviatedRelative(before, before + 24h), "24 hr. ago");
   EXPECT_EQ(american.abbreviatedRelative(before, before + 25h), "1 day ago");
 }

@@ -20,7 +20,7 @@ using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// The fields of a document that decodes, with some replaced or, for an empty text, left out.
+// A valid document; `changes` replace fields, or remove them if empty.
 std::string document(const std::map<std::string, std::string>& changes = {}) {
   std::map<std::string, std::string> fields = {{"name", R"("Rex")"},
                                                {"legs", "4"},

@@ -16,7 +16,7 @@ struct Owner {
 template <>
 inline constexpr auto wire<Owner> = record(required("name", &Owner::name));
 
-// Has a field of every type and rule.
+// One field of each type and rule.
 struct Pet {
   std::string name;
   std::int64_t legs = 0;

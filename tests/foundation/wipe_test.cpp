@@ -32,7 +32,7 @@ void release(void* block) {
 
 }  // namespace
 
-// A sanitizer has each of these of its own, so all that end in the two deletes below are here.
+// All of the forms that end in the two deletes below, because sanitizers define each one.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
 void* operator new(std::size_t size) {
   if (void* block = std::malloc(size)) {
@@ -57,7 +57,7 @@ int secretsFreedBy(const auto& work) {
 TEST(Wipe, overwrites_a_text_up_to_the_end_of_its_buffer) {
   std::string text(secret);
   text.reserve(100);
-  text.resize(5);  // the rest still lies behind the end
+  text.resize(5);  // the buffer still holds the rest
   const std::span buffer(text.data(), text.capacity());
   wipe(text);
   EXPECT_EQ(text, "");
