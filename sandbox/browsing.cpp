@@ -7,8 +7,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// Invented sites under names that are set aside for examples, and a few of the default sites, which every
-// device talks to all day.
+// Invented sites under names reserved for examples, and some of the default sites.
 constexpr std::array<std::string_view, 24> web{
     "www.wikipedia.example",    "upload.wikipedia.example",  "homework.school.example",
     "learn.school.example",     "video.streaming.example",   "cdn.streaming.example",

@@ -12,7 +12,7 @@ struct Lookup {
   std::string_view type;
 };
 
-// The name of a site that a child might open on a device of this type, and the record asked for.
+// A site that a child might open on a device of this type, and the record type of the query.
 [[nodiscard]] Lookup anyLookup(std::string_view deviceType, Dice& dice);
 
 }  // namespace quillmar::sandbox

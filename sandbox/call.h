@@ -10,24 +10,24 @@
 
 namespace quillmar::sandbox {
 
-// Who asks, as far as the call's route demands to know.
+// The caller, as far as the route requires.
 struct Caller {
   std::string parentId{};
-  std::string familyId{};  // empty: belongs to no family
+  std::string familyId{};  // empty: none
   bool primary = false;
 };
 
-// One request on its way through the call that its route names, within a transaction of its own.
+// A request while its route's call handles it, in one transaction.
 struct Call {
   const Request& request;
   World& world;
   Database& database;
   Time now;
-  std::vector<std::string> path{};  // what stands in the place of each {} of the route, decoded
+  std::vector<std::string> path{};  // the decoded segments that matched the route's {}
   std::string query{};              // undecoded
   Json body = Json::object();
   Caller caller{};
-  // Gives the answer once the transaction is over, for what would hold up others within it.
+  // Runs after the transaction and replaces the answer: for slow work, which would block other calls.
   std::function<Answer()> afterwards{};
 };
 
@@ -38,10 +38,10 @@ using CallFunction = Answer (*)(Call&);
 
 [[nodiscard]] Answer notFound(std::string_view what);  // 404: "There is no <what> here."
 
-// The value of a parameter of the query, decoded (as it stands where that fails); nothing if absent.
+// The decoded value of a query parameter; undecoded if the escapes are malformed, nullopt if absent.
 [[nodiscard]] std::optional<std::string> queryParameter(std::string_view query, std::string_view name);
 
-// Undoes percent-encoding; nothing if it is malformed.
+// nullopt if malformed.
 [[nodiscard]] std::optional<std::string> percentDecoded(std::string_view text);
 
 }  // namespace quillmar::sandbox

@@ -3,7 +3,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// What is older counts no more, so that made-up addresses don't fill the memory.
+// Older attempts are forgotten, so that invented addresses don't fill the memory.
 constexpr std::chrono::minutes memory{15};
 constexpr std::size_t mostAddresses = 10'000;
 

@@ -9,13 +9,13 @@
 
 namespace quillmar::sandbox {
 
-// Wrong passwords, by the address that they were tried for, whether or not it has an account.
+// Counts wrong passwords by address, whether or not the address has an account.
 class Guesses {
  public:
-  static constexpr int free = 5;  // in a row, before each further one costs a pause
+  static constexpr int free = 5;  // wrong passwords in a row before each further one causes a pause
   static constexpr std::chrono::seconds pause{30};
 
-  // How long nothing is looked at for this address; nothing where it may be tried.
+  // How long this address is refused, or nullopt.
   [[nodiscard]] std::optional<std::chrono::seconds> pauseFor(const std::string& address, Time now) const;
 
   void wrong(const std::string& address, Time now);

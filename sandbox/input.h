@@ -11,9 +11,8 @@
 
 namespace quillmar::sandbox {
 
-// Reads the fields of a request's body and remembers what is wrong with them, so that one refusal names all
-// of it. null counts as absent. After a complaint the values read are empty; ask for the refusal before using
-// them.
+// Reads the fields of a request's body and collects all errors into one refusal. null counts as absent. After
+// an error the returned values are empty: check `refusal` before using them.
 class Input {
  public:
   explicit Input(const Json& object) : object_{object} {}
@@ -25,10 +24,10 @@ class Input {
   std::optional<std::int64_t> optionalInteger(std::string_view key);
   std::optional<double> optionalNumber(std::string_view key);
 
-  // A rule about values: its sentence is for the parent.
+  // Records `otherwise`, a sentence for the parent, unless `holds`.
   void require(bool holds, std::string_view otherwise);
 
-  // 400 for missing keys and wrong types, 422 for a broken rule.
+  // 400 for missing keys and wrong types, 422 for invalid values.
   [[nodiscard]] std::optional<Answer> refusal() const;
 
  private:

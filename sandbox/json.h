@@ -5,7 +5,7 @@
 
 namespace quillmar::sandbox {
 
-// Keys keep the order in which they were written, so that answers read like their records.
+// Keeps keys in insertion order, so that answers are in the order of the records.
 using Json = nlohmann::ordered_json;
 
 template <class T>

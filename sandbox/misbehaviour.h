@@ -12,33 +12,32 @@ namespace quillmar::sandbox {
 
 enum class ErrorBody { json, html };
 
-// What the service does wrong on purpose. A value made anew is a service that does everything right.
+// Faults that the service simulates. By default there are none.
 struct Misbehaviour {
-  // Only requests whose path holds this text are ill served; empty: all of them. The last four fields always
-  // hold.
+  // Only requests whose path contains this text are affected; empty: all. The last four fields always apply.
   std::string onlyPath{};
 
   std::chrono::milliseconds latency{0};   // before every answer
   std::chrono::milliseconds bodyTime{0};  // over which each body is spread
-  bool hold = false;                      // answers wait until this is false again
+  bool hold = false;                      // answers wait until this is false
 
   bool failEverything = false;
-  int errorCount = 0;     // the next so many answers are errors
-  double errorShare = 0;  // of all answers, 0 to 1
+  int errorCount = 0;     // this many of the next answers are errors
+  double errorShare = 0;  // the share of answers that are errors, 0 to 1
   int errorStatus = 500;
   ErrorBody errorBody = ErrorBody::json;
 
-  int dropCount = 0;  // the next so many connections break after the request was carried out
+  int dropCount = 0;  // this many of the next connections break after the call was carried out
   double dropShare = 0;
   Drop drop = Drop::beforeAnswer;
 
   bool refuseRefresh = false;
   std::string checkinStatus = "ok";
-  bool withoutEndpoint = false;  // enrollment status and check-in leave out the endpoint and its base
-  std::optional<std::string> publicAddress{};  // from which requests seem to come
+  bool withoutEndpoint = false;  // enrollment status and check-in omit the endpoint and its base
+  std::optional<std::string> publicAddress{};  // the apparent source address of requests
 };
 
-// Applies a Misbehaviour to requests as they come. Any thread.
+// Applies a Misbehaviour to requests. Thread-safe.
 class Saboteur {
  public:
   [[nodiscard]] Misbehaviour present() const;
@@ -46,7 +45,7 @@ class Saboteur {
 
   struct Plan {
     Delivery delivery;
-    std::optional<Answer> error;  // given in place of the call's own answer; the call is not carried out
+    std::optional<Answer> error;  // replaces the answer; the call is not carried out
   };
   [[nodiscard]] Plan planFor(const Request& request);
 
@@ -55,7 +54,7 @@ class Saboteur {
 
   mutable std::mutex mutex_;
   Misbehaviour present_;
-  std::mt19937 dice_{20161008};  // the same misfortunes in every run
+  std::mt19937 dice_{20161008};  // the same sequence in every run
 };
 
 }  // namespace quillmar::sandbox

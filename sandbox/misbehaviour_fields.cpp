@@ -8,7 +8,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// The fields of a Misbehaviour by their JSON keys; the visitor gets each key with its member.
+// Calls `visit` with the JSON key and the member of each field.
 template <class Visit>
 void eachField(Visit visit) {
   visit("only_path", &Misbehaviour::onlyPath);

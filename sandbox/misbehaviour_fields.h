@@ -5,8 +5,7 @@
 
 namespace quillmar::sandbox {
 
-// A Misbehaviour as JSON. Reading changes only what the object holds; null puts a field back to good
-// behaviour.
+// A Misbehaviour as JSON. Reading changes only the fields in the object; null resets a field.
 void readMisbehaviour(Input& input, const Json& object, Misbehaviour& misbehaviour);
 [[nodiscard]] Json describe(const Misbehaviour& misbehaviour);
 

@@ -24,7 +24,7 @@ class [[nodiscard]] Outcome {
   T* operator->() { return std::get_if<0>(&state_); }
   const T* operator->() const { return std::get_if<0>(&state_); }
 
-  // Only after a failure.
+  // Requires a failure.
   const std::string& failure() const { return std::get_if<1>(&state_)->text; }
 
  private:

@@ -8,7 +8,7 @@
 
 namespace quillmar::sandbox {
 
-// Keeps the latest requests, for tests and for the curious. Any thread.
+// The latest requests, for tests and inspection. Thread-safe.
 class Recorder {
  public:
   void add(Request request);

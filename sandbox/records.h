@@ -10,8 +10,7 @@ namespace quillmar::sandbox {
 
 enum class Kind { text, integer, boolean, time };
 
-// A field of a wire record: its key, how its value is written, and the column it comes from where that isn't
-// the key.
+// A field of a wire record: its key, its type, and its column if that differs from the key.
 struct Field {
   const char* key;
   Kind kind = Kind::text;
@@ -20,12 +19,12 @@ struct Field {
 
 using Fields = std::span<const Field>;
 
-// The columns of a SELECT whose rows `record` turns into JSON; all fields are written, an absent value as
+// The columns for a SELECT whose rows `record` converts to JSON. All fields are written, an absent value as
 // null.
 [[nodiscard]] std::string columns(Fields fields);
 [[nodiscard]] Json record(Row row, Fields fields);
 
-extern const Fields deviceFields;  // ?1: base of the endpoints; ?2: devices seen since then are online
+extern const Fields deviceFields;  // ?1: base URL of the endpoints; ?2: devices seen since then are online
 extern const Fields devicePolicyFields;
 extern const Fields childPolicyFields;
 extern const Fields homeNetworkPolicyFields;

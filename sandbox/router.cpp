@@ -87,7 +87,7 @@ bool allows(const Membership& membership, Access access) {
   }
 }
 
-// Fills in the caller, or says why it may not.
+// Sets the call's caller, or returns the refusal.
 std::optional<Answer> judge(Call& call, Access access) {
   if (access == Access::anyone) {
     return std::nullopt;

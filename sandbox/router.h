@@ -6,15 +6,15 @@
 
 namespace quillmar::sandbox {
 
-// What a caller has to be for a call. Each of the last three entails being a member.
+// What a call requires of its caller. Each of the last three includes `member`.
 enum class Access {
   anyone,
-  refresher,  // has a token that is good for a refresh at least
-  account,    // has a good token
-  member,     // and is not disabled in its family
-  devices,    // and may manage devices
-  policies,   // and may manage policies
-  primary,    // and is the primary parent
+  refresher,  // a token that is valid, or expired but still accepted for a refresh
+  account,    // a valid token
+  member,     // not disabled in its family
+  devices,    // may manage devices
+  policies,   // may manage policies
+  primary,    // the primary parent
 };
 
 enum class Payload { none, body };
@@ -27,11 +27,11 @@ struct Route {
   CallFunction call;
 };
 
-// All that the service answers to.
+// All routes of the service.
 [[nodiscard]] std::span<const Route> routes();
 
-// Finds the request's route, judges the caller, reads the body and carries the call out: wholly, or without a
-// trace if its answer is a refusal.
+// Finds the route, checks the caller, reads the body and runs the call. A call that is refused changes
+// nothing.
 [[nodiscard]] Answer answerTo(const Request& request, World& world);
 
 }  // namespace quillmar::sandbox

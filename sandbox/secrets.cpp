@@ -7,7 +7,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// Argon2id with 7 MiB and five passes: what is advised as the least for a service, at about 10 ms a password.
+// Argon2id with 7 MiB and five passes, the recommended minimum for a service; about 10 ms a password.
 constexpr unsigned long long passes = 5;
 constexpr std::size_t memory = std::size_t{7} * 1024 * 1024;
 

@@ -5,18 +5,18 @@
 
 namespace quillmar::sandbox {
 
-// All of these come from the system's source for cryptography.
+// All of these use the system's cryptographic random source.
 
 // A version 4 UUID in lower case.
 [[nodiscard]] std::string newId();
 
-// 256 bits, in letters that may stand in a header or a path.
+// 256 bits, in characters that are valid in a header and in a path.
 [[nodiscard]] std::string newToken();
 
-// Capitals and digits that nobody takes for one another.
+// Capital letters and digits that are not easily confused.
 [[nodiscard]] std::string newCode(std::size_t length);
 
-// What is kept of a token in its place: enough to know it again, of no use to a thief.
+// A hash of the token, stored in its place: enough to recognise it, useless to a thief.
 [[nodiscard]] std::string fingerprint(std::string_view token);
 
 [[nodiscard]] std::string hashPassword(const std::string& password);

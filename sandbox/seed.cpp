@@ -50,7 +50,7 @@ constexpr std::array demoDevices{
     DemoDevice{"Old Pixel", "android", "", -1, false, 24h * 40, 0},
 };
 
-// Few queries at night, many in the afternoon; never after the device was last seen.
+// Few queries at night, many in the afternoon; none after the device was last seen.
 Time momentWithinDay(Time now, std::chrono::minutes seenAgo, Dice& dice) {
   const auto span = std::chrono::duration_cast<std::chrono::milliseconds>(24h);
   std::uniform_int_distribution<std::int64_t> ago{std::chrono::milliseconds{seenAgo}.count(),

@@ -8,13 +8,13 @@ class Database;
 
 enum class Seed { empty, demo };
 
-// The demo's parents log in with these.
+// The logins of the demo's parents.
 inline constexpr const char* demoPrimaryEmail = "ann@example.com";
 inline constexpr const char* demoMemberEmail = "ben@example.com";
 inline constexpr const char* demoPassword = "quillmar-demo";
 
-// Fills empty tables. The demo is one family of two parents, three children and seven devices, with policies,
-// a day of logs, an open invitation and a home network; but for ids and codes it is the same every time.
+// Fills empty tables. The demo is a family of two parents, three children and seven devices, with policies, a
+// day of logs, an open invitation and a home network. Only ids and codes differ between runs.
 void plant(Seed seed, Database& database, Time now);
 
 }  // namespace quillmar::sandbox

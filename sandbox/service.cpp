@@ -16,7 +16,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// A directory that goes away with its object.
+// A directory that is deleted with its object.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
@@ -45,7 +45,7 @@ std::string address(std::string_view scheme, int port) {
   return std::string{scheme} + "127.0.0.1:" + std::to_string(port);
 }
 
-// Goes on browsing for the devices that are online, until it is destroyed.
+// Adds queries for the online devices until it is destroyed.
 class TrafficThread {
  public:
   explicit TrafficThread(World& world) : world_{world}, thread_{[this] { run(); }} {}
@@ -69,7 +69,7 @@ class TrafficThread {
     while (!ended_.wait_for(lock, pause, [this] { return ending_; })) {
       Transaction transaction{world_.database};
       browse(world_.database, world_.now(), dice);
-      static_cast<void>(transaction.commit());  // what couldn't be written is no loss
+      static_cast<void>(transaction.commit());  // lost queries don't matter
     }
   }
 
@@ -110,7 +110,7 @@ class Service::Implementation {
   const Certificates& certificates() const { return certificates_; }
 
  private:
-  // A page of some site, open in a browser of this machine, can send requests here too.
+  // Any website in a browser of this machine can send requests here too.
   Answer steer(const Request& request) {
     const auto origin = header(request.headers, "origin");
     return origin.empty() || world_->addresses.isOwn(origin)

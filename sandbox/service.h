@@ -16,19 +16,19 @@
 namespace quillmar::sandbox {
 
 struct Options {
-  int port = 0;  // 0: any free one
+  int port = 0;  // 0: any free port
   int tlsPort = 0;
-  std::optional<std::filesystem::path> data{};  // database and certificates; none: in memory, gone at the end
-  Seed seed = Seed::empty;                      // what a new database starts with
-  bool traffic = false;                         // go on inventing DNS queries for devices that are online
-  std::optional<std::string> upstream{};        // a DNS server's address, asked for names that are allowed
+  std::optional<std::filesystem::path> data{};  // database and certificates; nullopt: in memory
+  Seed seed = Seed::empty;                      // the content of a new database
+  bool traffic = false;                         // keep inventing DNS queries for online devices
+  std::optional<std::string> upstream{};        // a DNS server that resolves allowed names
 };
 
-// The whole stand-in service on two loopback ports, running until it is destroyed. All its members may be
-// called on any thread. Several may run in one process.
+// The whole stand-in service on two loopback ports, until it is destroyed. Thread-safe. Several can run in
+// one process.
 class Service {
  public:
-  // The clock decides about everything that expires or carries a time, but not about added delays.
+  // `clock` decides what has expired and all stored times, but not simulated delays.
   static Outcome<std::unique_ptr<Service>> start(const Options& options, Clock clock = systemClock());
   ~Service();
 
@@ -41,26 +41,24 @@ class Service {
   [[nodiscard]] std::string secureUrl() const;         // "https://127.0.0.1:8791"
   [[nodiscard]] std::filesystem::path caFile() const;  // PEM; verifies secureUrl()
 
-  // A request as if it had come from outside, carried out at once on this thread: neither recorded nor ill
-  // served.
+  // Handles a request on this thread, without the network: it is not recorded and no fault is simulated.
   Answer ask(std::string_view method, std::string_view target, std::string_view body = {},
              std::string_view token = {});
 
-  // Completes a pending enrollment as a parent would; makes a family and a child if there are none. False if
-  // no enrollment is waiting under this code.
+  // Completes a pending enrollment as a parent would; creates a family and a child if there are none. False
+  // if no pending enrollment has this code.
   bool approve(std::string_view code);
 
   [[nodiscard]] Misbehaviour misbehaviour() const;
   void misbehave(const Misbehaviour& misbehaviour);
 
-  // Makes all tokens look 24 hours old: good for nothing but a refresh.
+  // Makes all tokens 24 hours old: only a refresh accepts them.
   void expireTokens();
 
-  // Another endpoint for the device: this one, or a fresh one of this service. False if there is no such
-  // device.
+  // Assigns the device this endpoint, or a new one of this service. False if there is no such device.
   bool moveEndpoint(std::string_view deviceId, const std::optional<std::string>& endpoint = std::nullopt);
 
-  // What came over the network so far, oldest first, the calls under /sandbox/ left out.
+  // The requests from the network, oldest first, without calls under /sandbox/.
   [[nodiscard]] std::vector<Request> requests() const;
   void clearRequests();
 

@@ -6,7 +6,7 @@
 
 namespace quillmar::sandbox {
 
-// The letters of ASCII; all others stay.
+// ASCII only.
 [[nodiscard]] inline std::string upperCase(std::string text) {
   std::ranges::transform(text, text.begin(),
                          [](char c) { return c >= 'a' && c <= 'z' ? char(c - 'a' + 'A') : c; });
@@ -19,7 +19,7 @@ namespace quillmar::sandbox {
   return text;
 }
 
-// Whether there is anything but blanks.
+// Whether the text contains anything but white space.
 [[nodiscard]] inline bool isFilled(std::string_view text) {
   return text.find_first_not_of(" \t\r\n") != std::string_view::npos;
 }

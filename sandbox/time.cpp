@@ -7,7 +7,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// Reads a date from the front of a text, piece by piece; once a piece is missing, all that follow are too.
+// Parses a date from the front. After the first mismatch everything fails.
 class Reader {
  public:
   explicit Reader(std::string_view text) : rest_{text} {}
@@ -33,7 +33,7 @@ class Reader {
     return true;
   }
 
-  // What follows the decimal point, cut to milliseconds.
+  // The digits after the decimal point, truncated to milliseconds.
   int fraction() {
     int value = 0;
     std::size_t count = 0;

@@ -9,10 +9,10 @@
 
 namespace quillmar::sandbox {
 
-// Times are kept to the millisecond, which is also what the wire shows.
+// Milliseconds, as on the wire.
 using Time = std::chrono::sys_time<std::chrono::milliseconds>;
 
-// Asked on any thread.
+// Called on any thread.
 using Clock = std::function<std::chrono::system_clock::time_point()>;
 
 [[nodiscard]] Clock systemClock();
@@ -20,10 +20,10 @@ using Clock = std::function<std::chrono::system_clock::time_point()>;
 // "2016-10-08T22:31:00.250Z"
 [[nodiscard]] std::string iso8601(Time time);
 
-// "Sat, 08 Oct 2016 22:31:00 GMT", as HTTP's headers have it.
+// "Sat, 08 Oct 2016 22:31:00 GMT", for HTTP headers.
 [[nodiscard]] std::string httpDate(Time time);
 
-// A date with a time and a zone (Z or an offset), with or without a fraction of a second.
+// Date, time and zone (Z or an offset), with or without a fraction.
 [[nodiscard]] std::optional<Time> parseIso8601(std::string_view text);
 
 [[nodiscard]] inline std::int64_t milliseconds(Time time) { return time.time_since_epoch().count(); }

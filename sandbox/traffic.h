@@ -5,8 +5,7 @@
 
 namespace quillmar::sandbox {
 
-// Writes a few queries for the devices that are online, decided by their policies, as if they had been asked
-// now.
+// Adds a few queries for the online devices, as if they were made now; the devices' policies decide them.
 void browse(Database& database, Time now, Dice& dice);
 
 }  // namespace quillmar::sandbox

@@ -15,12 +15,12 @@
 
 namespace quillmar::sandbox {
 
-// Where this service is reached, without a slash at the end.
+// The service's URLs, without a slash at the end.
 struct Addresses {
   std::string plain;   // http://127.0.0.1:8790
   std::string secure;  // https://127.0.0.1:8791
 
-  // The root through which a request came.
+  // The URL through which the request came.
   [[nodiscard]] std::string rootOf(const Request& request) const {
     if (request.authority.empty()) {
       return request.secure ? secure : plain;
@@ -30,11 +30,11 @@ struct Addresses {
 
   [[nodiscard]] bool isOwn(std::string_view root) const { return root == plain || root == secure; }
 
-  // The root of all devices' endpoints.
+  // The base URL of all devices' endpoints.
   [[nodiscard]] std::string dohBase() const { return secure + "/dns-query"; }
 };
 
-// What every call works with: one service's data and circumstances.
+// A service's data and state, for its calls.
 struct World {
   World(Database& tables, Saboteur& mischief, Recorder& record, Addresses reachedAt, Clock time)
       : database{tables},
@@ -48,24 +48,24 @@ struct World {
   Recorder& recorder;
   Addresses addresses;
   Clock clock;
-  std::optional<std::string> upstream;           // a DNS server's address, asked for allowed names
-  Seed seed = Seed::empty;                       // what a reset goes back to
+  std::optional<std::string> upstream;           // a DNS server that resolves allowed names
+  Seed seed = Seed::empty;                       // restored by a reset
   Guesses guesses{};                             // within a transaction only
-  std::function<void(bool)> hold = [](bool) {};  // whether answers that ask to be held are
-  std::atomic<std::int64_t> ahead{0};            // milliseconds by which a steered clock differs
+  std::function<void(bool)> hold = [](bool) {};  // delays the answers whose delivery is `held`
+  std::atomic<std::int64_t> ahead{0};            // milliseconds by which the clock was moved
 
   [[nodiscard]] Time now() const {
     return std::chrono::floor<std::chrono::milliseconds>(clock()) + std::chrono::milliseconds{ahead.load()};
   }
 };
 
-inline constexpr std::chrono::minutes onlineFor{3};  // after a device was last heard of
+inline constexpr std::chrono::minutes onlineFor{3};  // since the device was last seen
 inline constexpr std::chrono::minutes enrollmentLifetime{10};
 inline constexpr std::chrono::hours invitationLifetime{24};
 inline constexpr std::chrono::hours tokenLifetime{24};
-inline constexpr std::chrono::hours tokenGrace{7 * 24};  // in which a token is still good for a refresh
-// Every caller comes from this machine; this stands for the public address that its home would have.
+inline constexpr std::chrono::hours tokenGrace{7 * 24};  // after expiry, for a refresh only
+// Stands for the public address of a home, because every request comes from this machine.
 inline constexpr std::string_view publicAddress = "203.0.113.24";
-inline constexpr std::string_view dnsServer = "192.0.2.53";  // what consoles and TVs are told to use
+inline constexpr std::string_view dnsServer = "192.0.2.53";  // for consoles and TVs
 
 }  // namespace quillmar::sandbox

@@ -16,7 +16,7 @@ constexpr std::array regions{"australia", "newzealand", "singapore"};
 
 bool isRegion(std::string_view text) { return std::ranges::find(regions, text) != regions.end(); }
 
-// As much work as a real one, so that the time of an answer doesn't tell which addresses have an account.
+// Verified for unknown addresses, so that the answer's time doesn't reveal which addresses have an account.
 const std::string& hashOfNobody() {
   static const std::string hash = hashPassword(newToken());
   return hash;
@@ -30,7 +30,7 @@ Answer refusalOfGuessing(std::chrono::seconds pause) {
 
 Answer refusalOfTakenEmail() { return refusal(409, "There is an account with this e-mail address already."); }
 
-// The answer to whoever has proved to be this parent: its account and a new token.
+// The account of an authenticated parent and a new token.
 Answer signedIn(Call& call, int status, std::string_view parentId) {
   const auto token = issueToken(call, parentId);
   const auto body = call.database.first(
@@ -108,7 +108,7 @@ Answer login(Call& call) {
   return signedIn(call, 200, known->id);
 }
 
-// The old token stays good for what is left of its life: requests under way with it are not to fail.
+// The old token stays valid until it expires, so that requests in flight don't fail.
 Answer refreshToken(Call& call) {
   if (call.world.saboteur.present().refuseRefresh) {
     return refusal(401, "Your session has ended. Please log in again.");

@@ -3,7 +3,7 @@
 #include "sandbox/call.h"
 #include "sandbox/store/policies.h"
 
-// The calls of the service, as the route table names them.
+// The handlers of the route table.
 namespace quillmar::sandbox::calls {
 
 Answer registerAccount(Call& call);
@@ -29,8 +29,8 @@ Answer deleteChild(Call& call);
 Answer linkDevice(Call& call);
 Answer unlinkDevice(Call& call);
 
-// The policies of devices and of children take the same calls. Changes of a device's lists are answered with
-// nothing, those of a child's with the policy.
+// The same for devices and children. A change of a device's list answers without a body, a change of a
+// child's with the policy.
 template <Owner owner>
 Answer showPolicy(Call& call);
 template <Owner owner>
@@ -56,7 +56,7 @@ Answer updateHomeNetworkAddress(Call& call);
 Answer dnsByGet(Call& call);
 Answer dnsByPost(Call& call);
 
-// What steers the service itself.
+// Control of the service itself.
 Answer approve(Call& call);
 Answer misbehave(Call& call);
 Answer showMisbehaviour(Call& call);

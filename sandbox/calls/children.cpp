@@ -99,7 +99,7 @@ Answer updateChild(Call& call) {
   return json(200, orNull(findChild(call, id)));
 }
 
-// The child's devices stay, linked to nobody.
+// The child's devices stay and are unlinked.
 Answer deleteChild(Call& call) {
   const auto& id = call.path[0];
   if (!childExists(call, id)) {

@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::size_t shortestPassword = 6;
 
-// In characters of UTF-8.
+// In code points.
 std::size_t lengthOf(std::string_view text) {
   return std::size_t(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// A device of whatever family, or of this one only; ?3 and ?4 are the arguments of the condition.
+// A device of any family, or only of the caller's; `condition` refers to `arguments` from ?3 on.
 template <class... Arguments>
 Json select(Call& call, std::string_view condition, const Arguments&... arguments) {
   auto found = Json::array();

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int64_t furthest = 10LL * 365 * 24 * 60 * 60;  // seconds
 
-// Acts as the primary parent of the oldest family, who is made if there is none.
+// Acts as the primary parent of the oldest family. Creates one if there is none.
 void actAsAnyParent(Call& call) {
   auto parent = call.database.first(
       "SELECT primary_parent_id, id FROM families ORDER BY created_at, rowid LIMIT 1", [](Row row) {
@@ -38,7 +38,7 @@ std::string anyChild(Call& call) {
 
 }  // namespace
 
-// Completes a pending enrollment as a parent would, so that a child's device can be tried without one.
+// Completes a pending enrollment as a parent would, to test a child's device without a parent's.
 Answer approve(Call& call) {
   actAsAnyParent(call);
   if (!call.body.contains("device_name")) {
@@ -64,7 +64,7 @@ Answer misbehave(Call& call) {
 
 Answer showMisbehaviour(Call& call) { return json(200, describe(call.world.saboteur.present())); }
 
-// Their grace begins now: they are still good for a refresh.
+// The tokens' grace period begins now: a refresh still accepts them.
 Answer expireTokens(Call& call) {
   const int expired = call.database.run("UPDATE tokens SET expires_at = ?1 WHERE expires_at > ?1", call.now);
   return json(200, {{"expired", expired}});

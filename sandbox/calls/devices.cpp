@@ -13,7 +13,7 @@ constexpr std::int64_t largestLogLimit = 1000;
 
 Answer noSuchDevice() { return notFound("device with this id"); }
 
-// A number of the query, or `otherwise` where it is absent; nothing for what is no number from 0 on.
+// A number of the query, `otherwise` if it is absent, nullopt if it is not a number of at least 0.
 std::optional<std::int64_t> count(const Call& call, std::string_view name, std::int64_t otherwise) {
   const auto text = queryParameter(call.query, name);
   if (!text) {

@@ -53,7 +53,7 @@ Answer initEnrollment(Call& call) {
     return *refused;
   }
 
-  // The device's own id only tells its attempts apart; anybody could send the id of another family's device.
+  // The id that the device sent is not used: it could be another family's device.
   const auto deviceId = newId();
   const auto code = unusedCode(call, 8, "SELECT 1 FROM enrollments WHERE enrollment_code = ?");
   const auto expiresAt = call.now + enrollmentLifetime;

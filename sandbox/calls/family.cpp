@@ -100,7 +100,7 @@ Answer createInvitation(Call& call) {
                     {"qr_data", call.world.addresses.rootOf(call.request) + "/join?code=" + code}});
 }
 
-// Takes the code as well as the id.
+// Accepts the code or the id.
 Answer revokeInvitation(Call& call) {
   const int revoked = call.database.run(
       "UPDATE invitations SET status = 'revoked' WHERE family_id = ? AND status = 'pending' AND "
@@ -151,7 +151,7 @@ Answer updateMember(Call& call) {
   return nothing();
 }
 
-// The account stays, as one that belongs to no family.
+// The account stays, without a family.
 Answer removeMember(Call& call) {
   const auto member = findMember(call, call.path[0]);
   if (!member) {

@@ -19,7 +19,7 @@ struct Invitation {
 
 [[nodiscard]] std::optional<Invitation> findInvitation(Call& call, std::string_view code);
 
-// Why nobody can join with it any more; none while it is open.
+// Why the invitation can't be used, or nullopt while it is open.
 [[nodiscard]] std::optional<std::string> faultOf(const Invitation& invitation, Time now);
 
 }  // namespace quillmar::sandbox::calls

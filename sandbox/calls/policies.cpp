@@ -19,7 +19,7 @@ Answer policy(Call& call, Owner owner) {
   return json(200, orNull(policyOf(call.database, owner, call.path[0])));
 }
 
-// Lists of a child show the whole new policy, those of a device nothing.
+// A change of a child's list returns the new policy, a device's nothing.
 Answer changed(Call& call, Owner owner) { return owner == Owner::child ? policy(call, owner) : nothing(); }
 
 bool isLabelCharacter(char c) {
@@ -47,7 +47,7 @@ bool isDomain(std::string_view text) {
   }
 }
 
-// As lists hold it: in lower case and without the root's dot.
+// Lower case, without the trailing dot.
 std::string normalised(std::string domain) {
   domain = lowerCase(std::move(domain));
   if (domain.ends_with('.')) {

@@ -12,7 +12,7 @@ struct SetupGuide {
   std::vector<std::string> steps;
 };
 
-// None for a type that isn't known.
+// Null for an unknown type.
 [[nodiscard]] const SetupGuide* setupGuide(std::string_view deviceType);
 
 }  // namespace quillmar::sandbox::calls

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t largestMessage = 65'535;
 
-// What the library leaves to its callers to free.
+// ldns leaves these to the caller to free.
 template <class T>
 using Owned = std::unique_ptr<T, void (*)(void*)>;
 
@@ -35,7 +35,7 @@ std::string nameOf(const ldns_rdf* owner) {
   return name;
 }
 
-// FNV-1a: spreads names over the addresses, alike in every run.
+// FNV-1a, to assign addresses to names; the same in every run.
 std::uint64_t spread(std::string_view text) {
   std::uint64_t hash = 14695981039346656037U;
   for (const char c : text) {
@@ -175,7 +175,7 @@ std::string DnsQuery::answerOf(const std::string& server) const {
   if (!resolver) {
     return serverFailure();
   }
-  // DNS over HTTPS uses the id 0, which over UDP anybody could guess.
+  // DNS over HTTPS uses the id 0, which is easy to spoof over UDP.
   const Packet question{ldns_pkt_clone(packet_.get())};
   ldns_pkt_set_random_id(question.get());
   ldns_pkt* received = nullptr;

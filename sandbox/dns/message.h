@@ -10,29 +10,29 @@ struct ldns_struct_pkt;
 
 namespace quillmar::sandbox {
 
-// A DNS query as it came over the wire, and the answers that can be given to it.
+// A DNS query and the answers to it, in wire format.
 class DnsQuery {
  public:
-  // Nothing for bytes that aren't a DNS message, or one that asks nothing.
+  // nullopt if the bytes are not a DNS message or contain no question.
   static std::optional<DnsQuery> parse(std::string_view wire);
 
-  // The name asked for, in lower case and without the root's dot; empty for the root.
+  // The queried name in lower case, without the trailing dot; empty for the root.
   const std::string& name() const { return name_; }
 
   // "A", "AAAA", "HTTPS", …
   const std::string& type() const { return type_; }
 
-  // Whether it is an ordinary question for one name.
+  // Whether it is a standard query for one name.
   bool isOrdinary() const;
 
-  // An address of the ranges set aside for documentation, the same for the same name at every time; no
-  // records for types that have no address.
+  // An address of the documentation ranges, always the same for a name. No records for types other than
+  // addresses.
   std::string exampleAnswer() const;
   std::string noSuchName() const;
   std::string notImplemented() const;
   std::string serverFailure() const;
 
-  // What the DNS server at this address says ("192.0.2.1", or with a port: "192.0.2.1:5353"). Waits for it.
+  // The answer of the DNS server at this address ("192.0.2.1", or with a port "192.0.2.1:5353"). Blocks.
   std::string answerOf(const std::string& server) const;
 
  private:

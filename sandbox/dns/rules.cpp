@@ -7,7 +7,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// Sites without which devices don't work; they resolve even where the internet is blocked.
+// Devices don't work without these sites; they resolve even while the internet is blocked.
 const std::vector<std::string> defaultSites{
     "quillmar.live",      "microsoft.com",       "microsoftonline.com",
     "windows.com",        "windowsupdate.com",   "windows.net",
@@ -27,7 +27,7 @@ bool covers(std::string_view entry, std::string_view name) {
   return name.size() == entry.size() || name[name.size() - entry.size() - 1] == '.';
 }
 
-// The length of the longest entry that covers the name, 0 for none.
+// The length of the longest entry that covers the name, or 0.
 std::size_t longestCover(const std::vector<std::string>& entries, std::string_view name) {
   std::size_t longest = 0;
   for (const auto& entry : entries) {

@@ -8,21 +8,21 @@
 
 namespace quillmar::sandbox {
 
-// What a policy says about names, which are in lower case and without the root's dot.
+// What a policy says about names, which are in lower case without the trailing dot.
 struct Rules {
-  bool isBlocked = false;  // the internet is: only allowed and default sites resolve
+  bool isBlocked = false;  // the whole internet: only allowed and default sites resolve
   std::vector<std::string> blocked{};
   std::vector<std::string> allowed{};
 };
 
-// An entry covers its sub-domains. Where entries of both lists cover a name the longer one decides, so that
-// one part of a blocked site can be allowed; the same entry in both blocks.
+// An entry covers its subdomains. If entries of both lists cover a name, the longer one decides, so a part of
+// a blocked site can be allowed. An entry in both lists blocks.
 [[nodiscard]] bool blocks(const Rules& rules, std::string_view name);
 
-// By the device's own policy and that of its child, if it has one: what either blocks is blocked.
+// True if the device's policy or its child's blocks the name.
 [[nodiscard]] bool isBlockedFor(Database& database, std::string_view deviceId, std::string_view name);
 
-// Writes a query to the device's log; it is a sign of life as well.
+// Adds the query to the device's log and marks the device as seen.
 void logQuery(Database& database, std::string_view deviceId, std::string_view name, std::string_view type,
               bool blocked, Time now);
 

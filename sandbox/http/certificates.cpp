@@ -94,7 +94,7 @@ Certificate newCertificate(EVP_PKEY* key, X509* authority, EVP_PKEY* authorityKe
   return complete ? std::move(certificate) : nullptr;
 }
 
-// Written beside and moved into place, so that no reader ever meets half a file.
+// Written to a temporary file and renamed, so that readers never see a partial file.
 template <class Write>
 bool store(const std::filesystem::path& path, mode_t mode, Write write) {
   const auto beside = path.string() + ".new";
@@ -137,7 +137,7 @@ bool make(const Certificates& files) {
   if (!certificate) {
     return false;
   }
-  // The certificate comes last: where it stands, the other two do as well.
+  // The certificate is stored last: if it exists, the other two do.
   return store(files.authority, 0644,
                [&](std::FILE* file) { return PEM_write_X509(file, authority.get()); }) &&
          store(files.key, 0600,

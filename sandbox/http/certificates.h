@@ -6,16 +6,15 @@
 
 namespace quillmar::sandbox {
 
-// PEM files of a certificate authority of its own and of a certificate for localhost, 127.0.0.1 and ::1.
+// PEM files of a private certificate authority and of its certificate for localhost, 127.0.0.1 and ::1.
 struct Certificates {
   std::filesystem::path authority;
   std::filesystem::path certificate;
   std::filesystem::path key;
 };
 
-// Uses the files in the directory, or makes them anew where they are absent or about to run out. The
-// authority's own key is thrown away once it has signed, so that nobody who trusts its file can be lied to
-// with it.
+// Uses the directory's files. Creates new ones if they are missing or expire soon. The authority's key is not
+// kept, so nobody can sign another certificate that its users would trust.
 [[nodiscard]] Outcome<Certificates> certificatesIn(const std::filesystem::path& directory);
 
 }  // namespace quillmar::sandbox

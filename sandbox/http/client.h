@@ -7,7 +7,7 @@
 
 namespace quillmar::sandbox {
 
-// One POST of JSON to a service on this machine, for the program's own commands. Waits for the answer.
+// Posts JSON to a service on this machine, for the program's own commands. Blocks.
 [[nodiscard]] Outcome<Answer> post(int port, const std::string& target, const std::string& body);
 
 }  // namespace quillmar::sandbox

@@ -9,8 +9,8 @@
 
 namespace quillmar::sandbox {
 
-// Takes requests from the network thread to the handler on a worker thread, and its answers back, each after
-// the delay that it asks for.
+// Passes requests from the network thread to the handler on a worker thread, and returns each answer after
+// its delay.
 class Exchange {
  public:
   using Done = std::function<void(Answer)>;
@@ -18,10 +18,10 @@ class Exchange {
   Exchange(boost::asio::io_context& network, Handler handler, std::size_t workers);
   ~Exchange();
 
-  // Called on the network thread, where the answer will come too.
+  // Called on the network thread, where `done` is called too.
   void answer(Request request, Done done);
 
-  // Whether answers that ask to be held are; no longer holding lets all of them go. Any thread.
+  // Delays answers whose delivery is `held` until it is called with false. Thread-safe.
   void hold(bool holding);
 
   boost::asio::io_context& network() { return network_; }

@@ -14,8 +14,7 @@
 
 namespace quillmar::sandbox {
 
-// One connection that speaks HTTP/1.1, plain or within TLS. It owns itself: it lives until its connection
-// ends.
+// An HTTP/1.1 connection, plain or over TLS. Keeps itself alive until the connection ends.
 template <class Stream>
 class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
  public:
@@ -95,7 +94,8 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     return request;
   }
 
-  // What can't be read gets an answer if it was meant to be HTTP, and the end of the connection.
+  // Answers a malformed or too large request, then closes. After other errors the connection ends without an
+  // answer.
   void refuse(Error error) {
     namespace http = boost::beast::http;
     const bool tooLarge = error == http::error::body_limit;
@@ -176,7 +176,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     drain();
   }
 
-  // A connection closed over unread bytes is reset, and the client would lose the answer along with it.
+  // Closing a connection with unread bytes resets it, and the client would lose the answer.
   void drain() {
     connection().expires_after(std::chrono::seconds{2});
     buffer_.clear();

@@ -19,7 +19,7 @@ std::string_view text(const uint8_t* data, size_t length) {
   return {reinterpret_cast<const char*>(data), length};
 }
 
-// nghttp2 copies both, though it asks for them unconst.
+// nghttp2 copies both, although its pointers are not const.
 nghttp2_nv field(std::string& name, std::string& value) {
   const auto bytes = [](std::string& text) { return reinterpret_cast<uint8_t*>(text.data()); };
   return {bytes(name), bytes(value), name.size(), value.size(), NGHTTP2_NV_FLAG_NONE};
@@ -159,7 +159,7 @@ void Http2Session::submit(int32_t id, Answer answer) {
   for (auto& [name, value] : headers) {
     name = lowerCase(std::move(name));
   }
-  // Pseudo headers come first.
+  // Pseudo headers must be first.
   headers.emplace(headers.begin(), ":status", std::to_string(stream.answer.status));
   std::vector<nghttp2_nv> fields;
   for (auto& [name, value] : headers) {
@@ -173,7 +173,7 @@ void Http2Session::submit(int32_t id, Answer answer) {
   nghttp2_submit_response(session_, id, fields.data(), fields.size(), withBody ? &provider : nullptr);
 }
 
-// Lets the next piece of a slow body go, or the whole of a quick one.
+// Releases the next piece of a slow body, or all of a normal one.
 void Http2Session::makeReady(int32_t id) {
   auto& stream = *find(id);
   const auto whole = stream.answer.body.size();

@@ -16,7 +16,7 @@ namespace quillmar::sandbox {
 
 using TlsStream = boost::asio::ssl::stream<boost::beast::tcp_stream>;
 
-// One TLS connection that speaks HTTP/2. It owns itself: it lives until its connection ends.
+// An HTTP/2 connection over TLS. Keeps itself alive until the connection ends.
 class Http2Session : public std::enable_shared_from_this<Http2Session> {
  public:
   Http2Session(TlsStream stream, Exchange& exchange);
@@ -30,7 +30,7 @@ class Http2Session : public std::enable_shared_from_this<Http2Session> {
     Request request;
     Answer answer;
     std::size_t sent = 0;
-    std::size_t ready = 0;  // how much of the body may be sent by now
+    std::size_t ready = 0;  // the size of the part of the body that may be sent now
     bool answered = false;
     bool headOnly = false;
     boost::asio::steady_timer pause;

@@ -11,13 +11,13 @@ namespace quillmar::sandbox {
 
 using Headers = std::vector<std::pair<std::string, std::string>>;
 
-// The first header of this name, whatever its case; empty if there is none.
+// The first header of this name, ignoring case; empty if there is none.
 [[nodiscard]] std::string_view header(const Headers& headers, std::string_view name);
 
 struct Request {
   std::string method{};
   std::string target{};     // path and query, as sent
-  std::string authority{};  // host and port that the client asked for; may be empty
+  std::string authority{};  // requested host and port; may be empty
   bool secure = false;      // came over TLS
   Headers headers{};        // without HTTP/2's pseudo headers
   std::string body{};
@@ -25,7 +25,7 @@ struct Request {
 
 enum class Drop { none, beforeAnswer, inBody };
 
-// How an answer goes out, for clients that are to meet a bad network.
+// How an answer is sent; simulates a bad network.
 struct Delivery {
   std::chrono::milliseconds latency{0};
   std::chrono::milliseconds bodyTime{0};  // over which the body is spread
@@ -35,7 +35,7 @@ struct Delivery {
 
 struct Answer {
   int status = 200;
-  std::string contentType{};  // none: no body
+  std::string contentType{};  // empty: no body
   std::string body{};
   Headers headers{};
   Delivery delivery{};
@@ -45,7 +45,7 @@ using Handler = std::function<Answer(const Request&)>;
 
 inline constexpr std::size_t largestBody = 1'000'000;
 
-// {"error": text}: a sentence for whoever sits in front of the client.
+// {"error": text}; the client shows the text to the person.
 [[nodiscard]] Answer refusal(int status, std::string_view text);
 
 [[nodiscard]] Answer refusalOfLargeBody();

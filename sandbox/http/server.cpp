@@ -38,7 +38,7 @@ bool speaksHttp2(TlsStream& stream) {
   return length == 2 && std::memcmp(chosen, "h2", 2) == 0;
 }
 
-// TLS up to the point where the two sides have agreed on a protocol.
+// The TLS handshake, up to the ALPN result.
 class Handshake : public std::enable_shared_from_this<Handshake> {
  public:
   Handshake(tcp::socket socket, net::ssl::context& context, Exchange& exchange)
@@ -147,7 +147,7 @@ class HttpServer::Implementation {
     });
   }
 
-  // Out of descriptors, for one: it will not be better at once.
+  // Out of descriptors: retry later.
   template <class Serve>
   void acceptAfterPause(tcp::acceptor& acceptor, Serve serve) {
     auto timer = std::make_shared<net::steady_timer>(network_, std::chrono::milliseconds{50});

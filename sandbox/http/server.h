@@ -8,24 +8,24 @@
 
 namespace quillmar::sandbox {
 
-// Serves HTTP/1.1 on one loopback port and HTTPS (HTTP/1.1 and HTTP/2) on another. The handler runs on worker
-// threads, several at once.
+// Serves HTTP/1.1 on a loopback port and HTTPS (HTTP/1.1 and HTTP/2) on another. The handler runs on several
+// worker threads at once.
 class HttpServer {
  public:
   struct Settings {
-    int port = 0;  // 0: any free one
+    int port = 0;  // 0: any free port
     int tlsPort = 0;
     std::size_t workers = 4;
   };
 
-  // Binds both ports. No request is answered before `open`, so that the handler may still learn the ports.
+  // Binds both ports. Requests are answered only after `open`, because the handler needs to know the ports.
   static Outcome<std::unique_ptr<HttpServer>> bind(const Settings& settings,
                                                    const Certificates& certificates);
   ~HttpServer();
 
   void open(Handler handler);
 
-  // Whether answers that ask to be held are; no longer holding lets all of them go.
+  // Delays answers whose delivery is `held` until it is called with false.
   void hold(bool holding);
 
   int port() const;

@@ -23,7 +23,7 @@ std::int64_t Row::integer(int column) const { return sqlite3_column_int64(statem
 Outcome<std::unique_ptr<Database>> Database::open(const std::optional<std::filesystem::path>& file) {
   sqlite3* handle = nullptr;
   const auto name = file ? file->string() : std::string{":memory:"};
-  // One connection under one mutex: SQLite's own locks are not needed.
+  // One connection, guarded by a mutex of ours: SQLite's locks are not needed.
   const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
   const int code = sqlite3_open_v2(name.c_str(), &handle, flags, nullptr);
   std::unique_ptr<Database> database{new Database{handle}};
@@ -31,7 +31,7 @@ Outcome<std::unique_ptr<Database>> Database::open(const std::optional<std::files
     return Failure{"The database " + name + " can't be opened: " + sqlite3_errmsg(handle) + "."};
   }
   sqlite3_busy_timeout(handle, 5000);
-  // Write-ahead logging outlives a kill of the process at any moment, which is what is promised here.
+  // Write-ahead logging survives a kill of the process at any time; more is not promised.
   for (const auto* pragma :
        {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA foreign_keys=ON"}) {
     database->run(pragma);

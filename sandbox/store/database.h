@@ -17,7 +17,7 @@ struct sqlite3_stmt;
 
 namespace quillmar::sandbox {
 
-// The present row of a query; columns count from 0.
+// The current row of a query; columns count from 0.
 class Row {
  public:
   explicit Row(sqlite3_stmt* statement) : statement_{statement} {}
@@ -33,19 +33,18 @@ class Row {
   sqlite3_stmt* statement_;
 };
 
-// The tables, used by one thread at a time within a Transaction. A statement that fails spoils its
-// transaction: what follows in it does nothing, and it can't be committed. So callers needn't look at each
-// step.
+// The tables, used by one thread at a time, in a Transaction. After a failed statement the rest of its
+// transaction does nothing and can't be committed, so callers needn't check each step.
 class Database {
  public:
-  // Without a file the tables live in memory.
+  // In memory if there is no file.
   static Outcome<std::unique_ptr<Database>> open(const std::optional<std::filesystem::path>& file);
   ~Database();
 
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  // Returns how many rows it changed.
+  // Returns the number of changed rows.
   template <class... Arguments>
   int run(std::string_view sql, const Arguments&... arguments) {
     auto* const statement = prepared(sql, arguments...);
@@ -62,7 +61,7 @@ class Database {
     }
   }
 
-  // What `map` makes of the first row, if there is one.
+  // `map` of the first row, or nullopt.
   template <class Map, class... Arguments>
   auto first(std::string_view sql, Map map, const Arguments&... arguments) {
     std::optional<decltype(map(Row{nullptr}))> found;
@@ -129,7 +128,7 @@ class Database {
   bool spoilt_ = false;
 };
 
-// Everything or nothing: what isn't committed is undone. Holds the database for its lifetime.
+// Undone unless it is committed. Locks the database for its lifetime.
 class Transaction {
  public:
   explicit Transaction(Database& database);
@@ -138,7 +137,7 @@ class Transaction {
   Transaction(const Transaction&) = delete;
   Transaction& operator=(const Transaction&) = delete;
 
-  // False if anything in it failed; then nothing of it stays.
+  // False if anything in the transaction failed; it is undone then.
   [[nodiscard]] bool commit();
 
  private:

@@ -7,7 +7,7 @@
 
 namespace quillmar::sandbox {
 
-// Each of these adds one thing and returns its id.
+// Each adds a row and returns its id.
 
 struct NewAccount {
   std::string email;
@@ -18,7 +18,7 @@ struct NewAccount {
 };
 std::string addAccount(Database& database, const NewAccount& account, Time now);
 
-// A family with this parent as its primary parent and only member.
+// The parent becomes the primary and only member.
 std::string addFamily(Database& database, const std::string& parentId, Time now);
 
 struct NewMember {
@@ -38,7 +38,7 @@ struct NewChild {
   std::optional<std::string> photoUrl{};
   std::optional<std::int64_t> birthYear{};
 };
-// Comes last in the family's list, with a policy that blocks nothing.
+// Last in the family's order, with a policy that blocks nothing.
 std::string addChild(Database& database, const NewChild& child, Time now);
 
 struct NewDevice {
@@ -50,7 +50,7 @@ struct NewDevice {
   std::string id{};  // empty: a new one
   std::optional<std::string> ip{};
 };
-// With a policy that blocks nothing and an endpoint of its own.
+// With a policy that blocks nothing and a new endpoint.
 std::string addDevice(Database& database, const NewDevice& device, Time now);
 
 }  // namespace quillmar::sandbox

@@ -8,7 +8,7 @@
 
 namespace quillmar::sandbox {
 
-// Devices, children and home networks each have one policy; all three work alike.
+// Devices, children and home networks each have one policy.
 enum class Owner { device, child, homeNetwork };
 
 enum class List { blocked, allowed };
@@ -16,17 +16,17 @@ enum class List { blocked, allowed };
 // A policy that blocks nothing.
 void addPolicy(Database& database, Owner owner, std::string_view ownerId, Time now);
 
-// The policy's record, with its two lists in the order in which their entries were added.
+// With both lists, in the order in which entries were added.
 [[nodiscard]] std::optional<Json> policyOf(Database& database, Owner owner, std::string_view ownerId);
 
 void setPolicy(Database& database, Owner owner, std::string_view ownerId, bool isBlocked,
                std::string_view blockMode, Time now);
 
-// An entry that is there already stays where it is.
+// An entry that exists keeps its place.
 void addDomain(Database& database, Owner owner, std::string_view ownerId, List list, std::string_view domain,
                Time now);
 
-// False if the list doesn't hold it.
+// False if the entry is not in the list.
 [[nodiscard]] bool removeDomain(Database& database, Owner owner, std::string_view ownerId, List list,
                                 std::string_view domain, Time now);
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int version = 1;
 
-// Times are milliseconds since 1970. Whatever belongs to something goes with it.
+// Times are milliseconds since 1970. Dependent rows are deleted with their owner.
 constexpr std::array tables{
     R"(CREATE TABLE accounts(
          id TEXT PRIMARY KEY, email TEXT NOT NULL UNIQUE COLLATE NOCASE, password_hash TEXT NOT NULL,
@@ -56,7 +56,7 @@ constexpr std::array tables{
          id TEXT PRIMARY KEY, family_id TEXT NOT NULL UNIQUE REFERENCES families ON DELETE CASCADE,
          parent_id TEXT NOT NULL, name TEXT NOT NULL, public_ip TEXT, is_active INTEGER NOT NULL,
          created_at INTEGER NOT NULL, updated_at INTEGER NOT NULL))",
-    // A policy belongs to a device, a child or a home network: exactly one of the three is set.
+    // Exactly one of the three owners is set.
     R"(CREATE TABLE policies(
          id TEXT PRIMARY KEY, device_id TEXT UNIQUE REFERENCES devices ON DELETE CASCADE,
          child_id TEXT UNIQUE REFERENCES children ON DELETE CASCADE,

@@ -4,7 +4,7 @@ namespace quillmar::sandbox {
 
 class Database;
 
-// Makes the tables of a new database; false for one that holds anything else than what this version makes.
+// Creates the tables of a new database. False if the database has other content.
 [[nodiscard]] bool createTables(Database& database);
 
 }  // namespace quillmar::sandbox

@@ -13,7 +13,7 @@ std::atomic<int> passwordsChecked = 0;
 
 }  // namespace
 
-// In the place of libsodium's own, which it calls.
+// Replaces libsodium's function, counts the calls and forwards them.
 extern "C" int crypto_pwhash_str_verify(const char* hash, const char* typed, unsigned long long length) {
   using Verify = int (*)(const char*, const char*, unsigned long long);
   static const auto real = reinterpret_cast<Verify>(dlsym(RTLD_NEXT, "crypto_pwhash_str_verify"));
@@ -107,7 +107,7 @@ TEST_F(AccountsTest, a_password_is_checked_for_an_unknown_email_too) {
 TEST_F(AccountsTest, after_five_wrong_passwords_each_further_one_costs_half_a_minute) {
   givenAccount("ann@example.com");
   givenAccount("eve@example.com");
-  // Whether there is such an account or not.
+  // With and without an account.
   for (const auto* email : {"ann@example.com", "nobody@example.com"}) {
     for (int i = 0; i < 5; ++i) EXPECT_EQ(loggingIn(email, "wrong horse").status, 401);
     const auto refused = loggingIn(email, password);

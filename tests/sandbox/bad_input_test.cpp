@@ -10,7 +10,7 @@ constexpr const char* init = "/enrollment/init";
 
 class BadInputTest : public ServiceTest {
  protected:
-  // Whatever came before, the next good request is answered.
+  // Every test ends with a good request that must be answered.
   ~BadInputTest() override {
     EXPECT_EQ(ask("POST", init, {}, R"({"device_id":"A","device_name":"B","device_type":"ios"})").status,
               200);

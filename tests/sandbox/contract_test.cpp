@@ -12,7 +12,7 @@ namespace {
 
 using Address = std::pair<std::string, std::string>;
 
-// The path without its query, with one mark for whatever stands in the place of a value.
+// The path without query, with values replaced by one mark.
 std::string shape(std::string path) {
   path = path.substr(0, path.find('?'));
   for (const std::string marked :
@@ -29,7 +29,7 @@ std::set<std::string> keysOf(const Json& object) {
   return keys;
 }
 
-// A family with one of each thing, beside another family.
+// A family with one record of each kind, and a second family.
 class ContractTest : public ServiceTest, public testing::WithParamInterface<ContractCall> {
  protected:
   ContractTest() {

@@ -27,7 +27,7 @@ class DnsTest : public ServiceTest {
     path_ = endpoint.substr(endpoint.find("/dns-query"));
   }
 
-  // What kdig prints, certificate and host name verified.
+  // The output of kdig, which verifies certificate and host name.
   std::string dig(const std::string& name, const std::string& type = "A", const std::string& mode = "https") {
     const auto result =
         runCommand({"kdig", "@127.0.0.1", "-p", std::to_string(service().tlsPort()), "+" + mode + "=" + path_,
@@ -245,7 +245,7 @@ TEST_F(DnsTest, an_answer_may_be_kept_for_as_long_as_its_records) {
   EXPECT_EQ(reply.contentType, "application/dns-message");
 }
 
-// A DNS server that gives 192.0.2.99 to whoever asks.
+// A DNS server that answers every query with 192.0.2.99.
 class AnsweringServer {
  public:
   AnsweringServer() : socket_{::socket(AF_INET, SOCK_DGRAM, 0)}, stop_{::eventfd(0, 0)} {
@@ -279,7 +279,7 @@ class AnsweringServer {
       const auto length =
           ::recvfrom(socket_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
       if (length < 12) continue;
-      // The question up to its class, as an answer with one record and nothing else.
+      // The question up to its class, turned into an answer with one record.
       const std::string question(buffer.data(), std::size_t(length));
       const auto end = question.find('\0', 12) + 5;
       std::string reply =

@@ -8,8 +8,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// curl's own words for a connection that ended too early: with part of an answer, with none, or in the middle
-// of HTTP/2.
+// curl's exit codes for a connection that ended early: after a part of the answer, before any, or during
+// HTTP/2.
 const std::set<int> broken{18, 52, 56, 92};
 constexpr int timedOut = 28;
 

@@ -3,7 +3,7 @@
 namespace quillmar::sandbox::test {
 namespace {
 
-// Devices and children take the same rules; the tests run over both.
+// The same rules for devices and children; the tests run over both.
 class PoliciesTest : public ServiceTest, public testing::WithParamInterface<std::string> {
  protected:
   PoliciesTest() : ann_{givenAccount("ann@example.com")} {

@@ -140,7 +140,7 @@ TEST_F(Program, says_which_port_is_taken) {
   EXPECT_THAT(result.errors, testing::HasSubstr("Port " + port + " can't be used"));
 }
 
-// The local addresses, in the kernel's own writing, under which somebody listens on this port.
+// The local addresses that listen on this port, as /proc/net prints them.
 std::set<std::string> listening(int port) {
   std::set<std::string> found;
   for (const auto* table : {"/proc/net/tcp", "/proc/net/tcp6"}) {
@@ -225,7 +225,7 @@ TEST_F(Program, is_believed_only_by_those_who_know_its_authority) {
       35);
 }
 
-// Writes one entry of a list after the other over one connection, and notes how many were answered.
+// Adds list entries one after another over one connection and counts the answers.
 class Writer {
  public:
   Writer(int port, std::string path, std::string token, std::string prefix)

@@ -14,7 +14,7 @@
 
 namespace quillmar::sandbox::test {
 
-// What curl brought back.
+// The result of a curl call.
 struct Reply {
   int exitStatus = -1;  // curl's own
   int status = 0;
@@ -26,7 +26,7 @@ struct Reply {
   [[nodiscard]] std::string error() const;
 };
 
-// A service of its own for each test, with a clock that stands still until moved, asked through curl.
+// Starts a service for each test, with a clock that the test moves, and calls it through curl.
 class ServiceTest : public testing::Test {
  protected:
   ServiceTest();
@@ -35,17 +35,16 @@ class ServiceTest : public testing::Test {
   void advance(std::chrono::milliseconds duration) { now_ += duration.count(); }
   [[nodiscard]] Time now() const { return timeOf(now_); }
 
-  // Over TLS, verified against the CA file. The path stands behind /api/v1 unless it begins with /sandbox or
-  // /dns-query.
+  // Over TLS, verified with the CA file. The path is relative to /api/v1, except /sandbox and /dns-query.
   Reply ask(const std::string& method, const std::string& path, const std::string& token = {},
             const std::string& body = {}, const std::vector<std::string>& options = {});
   Reply curl(const std::vector<std::string>& options, const std::string& input = {});
 
-  // Without curl, for what a test takes for granted; fails the test on a refusal.
+  // A set-up call, without curl; a refusal fails the test.
   Json given(const std::string& method, const std::string& path, const std::string& token = {},
              const Json& body = {});
 
-  // Each of these is made through the calls of the service.
+  // Each is created by calls of the service.
   std::string givenAccount(const std::string& email, const std::string& name = "Ann Fielding");  // its token
   std::string givenMember(const std::string& token, const std::string& email);                   // its token
   std::string givenChild(const std::string& token, const std::string& name = "Mia");             // its id

@@ -4,7 +4,7 @@
 
 namespace quillmar::sandbox::test {
 
-// A plain TCP connection to a port of this machine, for what no well-behaved client would send.
+// A plain TCP connection to a port of this machine, for malformed traffic.
 class RawConnection {
  public:
   explicit RawConnection(int port);
@@ -15,10 +15,10 @@ class RawConnection {
 
   bool send(const std::string& bytes);
 
-  // One HTTP answer with a Content-Length; empty if the connection ended before it was whole.
+  // One HTTP answer with a Content-Length; empty if the connection ended early.
   std::string readAnswer();
 
-  // All that comes until the other side closes.
+  // Everything until the other side closes.
   std::string readToEnd();
 
  private:
@@ -28,7 +28,7 @@ class RawConnection {
   std::string received_;
 };
 
-// "HTTP/1.1 200 OK…" is 200; 0 for what isn't an answer.
+// 200 for "HTTP/1.1 200 OK…"; 0 if it is not an answer.
 [[nodiscard]] int statusOf(const std::string& answer);
 
 }  // namespace quillmar::sandbox::test

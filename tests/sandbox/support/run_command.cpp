@@ -85,7 +85,7 @@ int waitFor(pid_t process) {
 }  // namespace
 
 CommandResult runCommand(const std::vector<std::string>& words, const std::string& input) {
-  // A program that doesn't read all of its input must not end the test.
+  // A program that doesn't read all of its input must not kill the test.
   signal(SIGPIPE, SIG_IGN);
   Pipe in;
   Pipe out;

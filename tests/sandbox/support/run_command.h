@@ -8,15 +8,15 @@
 namespace quillmar::sandbox::test {
 
 struct CommandResult {
-  int status = -1;  // exit status, or -1 if it didn't end by itself
+  int status = -1;  // exit status, or -1 if a signal ended it
   std::string output;
   std::string errors;
 };
 
-// Runs a program (found through PATH) to its end, with this text as its standard input.
+// Runs a program, found through PATH, with this standard input until it exits.
 [[nodiscard]] CommandResult runCommand(const std::vector<std::string>& words, const std::string& input = {});
 
-// A program running beside the test; killed when the object goes.
+// A program beside the test, killed by the destructor.
 class RunningProgram {
  public:
   explicit RunningProgram(const std::vector<std::string>& words);
@@ -25,13 +25,13 @@ class RunningProgram {
   RunningProgram(const RunningProgram&) = delete;
   RunningProgram& operator=(const RunningProgram&) = delete;
 
-  // Waits for a whole line of its standard output; what there was if it ends before that.
+  // The next whole line of standard output; a partial one if the program ends first.
   [[nodiscard]] std::string readLine();
 
-  // All lines up to and with the first that has this text in it; all that there were if it ends before that.
+  // The lines up to and including the first that contains this text; all lines if the program ends first.
   [[nodiscard]] std::string readUntil(const std::string& text);
 
-  // Sends the signal and waits for the end. Returns the exit status, or minus the signal that ended it.
+  // Sends the signal and waits. Returns the exit status, or minus the signal that ended the program.
   int end(int signal);
 
  private:
