@@ -20,7 +20,7 @@
 
 namespace quillmar {
 
-// A dispatch together with the way to drive its main queue. Made, used and destroyed on the main thread.
+// A dispatch and the means to run its main queue. Main thread only.
 class DispatchHarness {
  public:
   DispatchHarness() = default;
@@ -29,10 +29,10 @@ class DispatchHarness {
   virtual ~DispatchHarness() = default;
 
   virtual Dispatch& dispatch() = 0;
-  // Runs tasks of the main queue, waiting for them where needed, until `done` holds after one of them. False
-  // when that took far too long.
+  // Runs and waits for tasks of the main queue until `done` returns true after one of them. False after a
+  // timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
-  // Lets this much time pass while the main thread is busy.
+  // Blocks the main thread for this long.
   virtual void stall(Duration duration) = 0;
 };
 
@@ -46,13 +46,13 @@ class DispatchContract : public testing::TestWithParam<Factory<DispatchHarness>>
   bool runUntil(const std::function<bool()>& done) { return harness_->runUntil(done); }
   void stall(Duration duration) { harness_->stall(duration); }
 
-  // Runs everything that was posted to the main queue before this call.
+  // Runs everything that is already in the main queue.
   void drain() {
     bool reached = false;
     main().async([&] { reached = true; });
     ASSERT_TRUE(runUntil([&] { return reached; }));
   }
-  // Runs the main queue until `total` times `arrive` was called there.
+  // Runs the main queue until `arrive` was called `total` times on it.
   bool runUntilArrived(int total) {
     return runUntil([&] { return arrived_ == total; });
   }

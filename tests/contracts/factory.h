@@ -5,7 +5,7 @@
 
 namespace quillmar {
 
-// Makes what a contract is checked on, under a name that a test report can show.
+// Creates the object under test; `name` appears in test reports.
 template <class Product>
 struct Factory {
   const char* name;

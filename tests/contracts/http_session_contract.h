@@ -21,7 +21,7 @@
 
 namespace quillmar {
 
-// A session and a service that answers it.
+// A session and a service for it.
 class HttpSessionHarness {
  public:
   HttpSessionHarness() = default;
@@ -30,15 +30,14 @@ class HttpSessionHarness {
   virtual ~HttpSessionHarness() = default;
 
   virtual HttpSession& session() = 0;
-  // From now on every request is answered with this.
+  // The answer to every following request.
   virtual void answerWith(int status, const std::string& body) = 0;
-  // Every request that goes to it is refused.
+  // A URL that refuses connections.
   virtual std::string unreachableUrl() = 0;
   virtual std::string url() = 0;
-  // False on the background thread or queue where completions belong.
+  // False on the thread of completions.
   virtual bool isMainThread() = 0;
-  // Lets the session work until `done` holds; false when that took far too long. `done` may run on any
-  // thread.
+  // Runs the session until `done` returns true, on any thread. False after a timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 
@@ -81,7 +80,7 @@ class HttpSessionContract : public testing::TestWithParam<Factory<HttpSessionHar
   std::mutex mutex_;
   std::vector<DataTaskResult> results_;
   std::atomic<std::size_t> completed_ = 0;
-  // Last, so that it goes first: its destruction may still complete requests.
+  // Last, so that it is destroyed first: its destructor may complete requests.
   std::unique_ptr<HttpSessionHarness> harness_ = GetParam()();
 };
 

@@ -20,7 +20,7 @@ namespace quillmar {
 
 using CodeTexts = std::vector<std::string>;
 
-// A reader together with its world, in which a working camera stands at first. Codes are QR codes.
+// A reader and its surroundings, at first with a working camera. All codes are QR codes.
 class QRReaderHarness {
  public:
   QRReaderHarness() = default;
@@ -30,17 +30,17 @@ class QRReaderHarness {
 
   virtual QRReader& reader() = 0;
   virtual bool isMainThread() = 0;
-  // Runs all that is under way to its end.
+  // Runs everything that is pending.
   virtual void settle() = 0;
 
   virtual void setCamera(CameraState state) = 0;
-  // What the camera sees from now on; nothing happens before `settle`.
+  // What the camera sees from the next `settle` on.
   virtual void show(const CodeTexts& codes) = 0;
 
-  // The path of a picture with these codes, or of a file that is no picture.
+  // The path of a picture with these codes; `noPicture` is a file of another kind.
   virtual std::string picture(const CodeTexts& codes) = 0;
   virtual std::string noPicture() = 0;
-  // Puts such a picture on the clipboard, or on the screen.
+  // Puts a picture with these codes on the clipboard or on the screen.
   virtual void copy(const CodeTexts& codes) = 0;
   virtual void display(const CodeTexts& codes) = 0;
 };
@@ -75,7 +75,7 @@ class QRReaderContract : public testing::TestWithParam<Factory<QRReaderHarness>>
       }
     };
   }
-  // What the reading gives; it may not reply inside the call, and only once.
+  // The result of a read; checks that it replies once, and not inside the call.
   template <class Read>
   CodeTexts replyOf(const Read& read) {
     replies_ = 0;

@@ -15,7 +15,7 @@
 
 namespace quillmar {
 
-// A new, empty store that can be locked and unlocked.
+// A new, empty store that can be locked.
 class SecureItemStoreHarness {
  public:
   SecureItemStoreHarness() = default;

@@ -19,7 +19,7 @@
 
 namespace quillmar {
 
-// A new, empty store and what it needs to live.
+// A new, empty store and its environment.
 class SettingsStoreHarness {
  public:
   SettingsStoreHarness() = default;

@@ -19,8 +19,8 @@
 
 namespace quillmar {
 
-// A service without configurations, on a machine where permission is granted and a tunnel can come up. Made,
-// used and destroyed on the main thread.
+// A service without configurations, on a machine that grants permission and can bring up a tunnel. Main
+// thread only.
 class TunnelServiceHarness {
  public:
   TunnelServiceHarness() = default;
@@ -29,31 +29,31 @@ class TunnelServiceHarness {
   virtual ~TunnelServiceHarness() = default;
 
   virtual TunnelService& service() = 0;
-  // A protocol that the machine has a tunnel program for, and others with the same program.
+  // A protocol with the machine's tunnel program; all of them use the same one.
   virtual TunnelProtocol protocol(const std::string& endpoint) = 0;
   virtual bool isMainThread() = 0;
   // Runs a task on the main thread, from any thread.
   virtual void onMain(std::function<void()> task) = 0;
-  // Runs the main queue until `done` holds after one of its tasks; false when that took far too long.
+  // Runs the main queue until `done` returns true after one of its tasks. False after a timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 
-  // From now on whoever needs permission waits for `answerPermission`, which also decides later questions.
+  // Holds back all answers about permission until `answerPermission`, which also decides later requests.
   virtual void holdPermission() = 0;
   virtual void answerPermission(bool granted) = 0;
-  // Waits until somebody needs it; false when that took far too long.
+  // Waits for a request for permission. False after a timeout.
   virtual bool waitUntilAsked() = 0;
-  // Since it is held.
+  // Since `holdPermission`.
   virtual std::size_t timesAsked() = 0;
 };
 
 class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServiceHarness>> {
  protected:
-  // Of a save; nothing until it is answered.
+  // The result of a save; nullopt while it is pending.
   using Outcome = std::optional<std::optional<Error>>;
 
   TunnelService& service() { return harness_->service(); }
 
-  // Brings what a completion reports back to the main thread and waits for it.
+  // Waits for a completion and returns its report on the main thread.
   template <class Report>
   Report await(const std::function<void(std::function<void(Report)>)>& begin) {
     std::optional<Report> outcome;
@@ -80,7 +80,7 @@ class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServic
   std::optional<Error> save(TunnelConfiguration& configuration) {
     return await<std::optional<Error>>([&](auto completion) { configuration.save(std::move(completion)); });
   }
-  // A save that is answered when it is.
+  // Begins a save; the result is set on completion.
   std::shared_ptr<Outcome> beginSave(TunnelConfiguration& configuration) {
     const auto outcome = std::make_shared<Outcome>();
     configuration.save([this, outcome](const std::optional<Error>& error) {
@@ -232,7 +232,7 @@ TEST_P(TunnelServiceContract,
     EXPECT_TRUE(isMainThread());
     seen.push_back(connection.status());
   });
-  // What the save brought is not counted.
+  // The change that the save caused is not counted.
   ASSERT_TRUE(runUntil([&] { return seen.empty() || seen.back() == TunnelStatus::disconnected; }));
   seen.clear();
   EXPECT_TRUE(made->connection().startTunnel());

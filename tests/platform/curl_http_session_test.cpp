@@ -44,7 +44,7 @@ using Kind = TransportError::Kind;
 
 constexpr std::size_t sizeLimit = std::size_t{8} * 1024 * 1024;
 
-// Nothing where there was no error.
+// nullopt if there was no error.
 std::optional<Kind> kindOf(const DataTaskResult& result) {
   const auto* error = result.error ? result.error->as<TransportError>() : nullptr;
   return error ? std::optional(error->kind) : std::nullopt;
@@ -71,7 +71,7 @@ std::vector<std::string> linesOf(const std::string& request) {
   return lines;
 }
 
-// Keeps what reaches a server.
+// Records the requests that reach a server.
 class Requests {
  public:
   void add(std::string request) {
@@ -104,7 +104,7 @@ class Requests {
 class CurlHttpSessionTest : public testing::Test {
  protected:
   DataTaskResult fetch(HttpRequest request) { return quillmar::fetch(session, std::move(request)); }
-  // What comes of a server that does this with its first connection, and answers well on the next.
+  // The result of a request whose first connection is handled by `misbehave` and all later ones well.
   DataTaskResult fetchFrom(const RawServer::Handler& misbehave) {
     std::atomic<bool> first = true;
     const RawServer server([&](RawConnection& connection) {
@@ -140,7 +140,7 @@ class CurlHttpSessionTest : public testing::Test {
   CurlHttpSession session;
 };
 
-// What goes out
+// Requests
 
 TEST_F(CurlHttpSessionTest, a_get_carries_nothing_but_what_http_needs) {
   Requests requests;
@@ -234,7 +234,7 @@ TEST_F(CurlHttpSessionTest, a_proxy_of_the_environment_is_not_asked_for_this_mac
   EXPECT_EQ(fetch(get(server.url("/"))).data, "direct");
 }
 
-// Where it may go
+// Permitted targets
 
 TEST_F(CurlHttpSessionTest, a_text_that_is_no_url_of_http_is_refused) {
   const auto refusal = [this](const std::string& url) { return kindOf(fetch(get(url))); };
@@ -381,7 +381,7 @@ TEST_F(CurlHttpSessionTest, an_answer_without_a_place_to_go_is_an_answer) {
   }
 }
 
-// What comes back
+// Answers
 
 TEST_F(CurlHttpSessionTest, interim_answers_are_not_the_answer) {
   const std::string interim = "HTTP/1.1 103 Early Hints\r\nX: y\r\n\r\nHTTP/1.1 100 Continue\r\n\r\n";
@@ -501,8 +501,7 @@ TEST(CurlHttpSession, a_dribble_without_end_times_out_at_last) {
 }
 
 TEST(CurlHttpSession, a_name_that_nobody_knows_and_a_device_without_network_are_told_apart) {
-  const std::string unknown =
-      "https://" + std::string(70, 'a') + "/";  // a label too long for any name server
+  const std::string unknown = "https://" + std::string(70, 'a') + "/";  // a label longer than DNS allows
   for (const auto& [hasNetwork, kind] :
        {std::pair(true, Kind::cannotFindHost), std::pair(false, Kind::notConnectedToInternet)}) {
     CurlHttpSession::Options options;
@@ -534,7 +533,7 @@ TEST(CurlHttpSession, sees_that_a_namespace_without_interfaces_has_no_network) {
       kind = kindOf(fetch(session, get("https://192.0.2.1/")));
     }
   }).join();
-  // Root may always, so there a refusal is a failure.
+  // Root has the right, so for root a failure is a test failure.
   if (!hasNetwork && geteuid() != 0) {
     GTEST_SKIP() << "needs the right to make a network namespace";
   }
@@ -586,7 +585,7 @@ TEST_F(CurlHttpSessionTest, a_hundred_requests_at_once_are_all_answered_over_a_f
 TEST_F(CurlHttpSessionTest, a_server_that_hangs_holds_up_nobody_else) {
   const RawServer mute([](RawConnection& connection) { connection.waitForClose(); });
   const RawServer server(answering(httpResponse(200, "fine")));
-  const auto answered = std::make_shared<std::atomic<bool>>(false);  // the session outlives this test
+  const auto answered = std::make_shared<std::atomic<bool>>(false);  // the session outlives the test's locals
   for (int i = 0; i < 20; ++i) {
     session.dataTask(get(mute.url("/")), [answered](const DataTaskResult&) { *answered = true; });
   }
@@ -621,7 +620,7 @@ TEST(CurlHttpSession, its_end_cancels_each_request_under_way_once_whatever_its_s
   EXPECT_THAT(kinds, Each(Kind::cancelled));
 }
 
-// For each network socket of this process whether a program that it starts would inherit it.
+// For each network socket of this process: whether child processes inherit it.
 std::vector<bool> inheritedConnections() {
   std::vector<bool> inherited;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -638,7 +637,8 @@ std::vector<bool> inheritedConnections() {
 TEST_F(CurlHttpSessionTest, no_connection_is_inherited_by_programs_that_this_one_starts) {
   const RawServer server(answering(httpResponse(200, "")));
   fetch(get(server.url("/")));
-  EXPECT_THAT(inheritedConnections(), ElementsAre(false, false, false));  // it listens, and holds both ends
+  EXPECT_THAT(inheritedConnections(),
+              ElementsAre(false, false, false));  // the listener and both ends of the connection
 }
 
 std::size_t openFiles() {

@@ -36,9 +36,9 @@ TEST(DateLocale, of_a_name_that_means_nothing_to_people_is_a_plain_one) {
   EXPECT_EQ(icuLocale("de_DE@calendar=buddhist"), "de_DE");
 }
 
-// A process whose environment says nothing at first.
+// A process without locale variables.
 struct Surroundings : testing::Test {
-  // How a screen of this process writes a date.
+  // A date as this process shows it.
   static std::string written() {
     const LinuxDeviceInfo device;
     return DateStyles(device.locale(), "UTC").mediumDate(Date(std::chrono::seconds(1475965860)));

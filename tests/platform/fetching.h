@@ -27,7 +27,7 @@ inline HttpRequest get(std::string url) {
   return {.method = "GET", .url = std::move(url), .headers = {}, .body = std::nullopt};
 }
 
-// Lets a test block until something holds that changes with each completed request.
+// Blocks a test until a condition holds, which is checked after each completed request.
 class WatchedSession final : public HttpSession {
  public:
   explicit WatchedSession(HttpSession& inner) : inner_(inner) {}
@@ -42,12 +42,12 @@ class WatchedSession final : public HttpSession {
   }
 
  private:
-  // Outlives the session where a completion is still being cleared away.
+  // Shared, because it can outlive the session while a completion is destroyed.
   struct State {
     std::mutex mutex;
     std::condition_variable changed;
   };
-  // Goes after the completion and what that holds.
+  // Destroyed after the completion and its captures.
   struct Notice {
     explicit Notice(std::shared_ptr<State> state) : state(std::move(state)) {}
     Notice(const Notice&) = delete;
@@ -61,7 +61,7 @@ class WatchedSession final : public HttpSession {
   struct Watched {
     std::shared_ptr<Notice> notice;
     Completion completion;
-    // A predicate that is looked at meanwhile sees all of what the completion does or none.
+    // Under the lock, so that a predicate sees all of the completion's effects or none.
     void operator()(DataTaskResult result) const {
       const std::scoped_lock lock(notice->state->mutex);
       completion(std::move(result));

@@ -32,7 +32,7 @@ using testing::IsEmpty;
 
 constexpr const char* fprint = "net.reactivated.Fprint";
 
-// An fprintd with libfprint's virtual reader, on a bus of its own.
+// An fprintd with libfprint's virtual reader, on a private bus.
 class ReaderWorld final : public testing::Environment {
  public:
   void SetUp() override {
@@ -62,7 +62,7 @@ class ReaderWorld final : public testing::Environment {
     ASSERT_TRUE(bus_->waitFor(fprint));
   }
 
-  // Has the virtual reader do something. False when there is none.
+  // Sends a command to the virtual reader. False if there is none.
   bool command(const std::string& text) const {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -131,7 +131,7 @@ class FprintdTest : public testing::Test {
         check_->observePrompt([this](const FprintdCheck::Prompt& prompt) { prompts.push_back(prompt); });
   }
 
-  // Once fprintd has told a check that is new.
+  // Creates a check and waits until fprintd has told it whether it is available.
   bool isPossible() {
     make();
     EXPECT_FALSE(check_->canEvaluate()) << "nothing is known yet";
@@ -159,7 +159,7 @@ class FprintdTest : public testing::Test {
       dispatch_.main().async([this, reply] { reply_ = reply; });
     });
   }
-  // The code of the reply, or 0 for success.
+  // The reply's code, or 0 for success.
   int outcome() {
     EXPECT_TRUE(runUntil([this] { return reply_.has_value(); }));
     EXPECT_EQ(reply_->success, !reply_->code.has_value());
@@ -179,7 +179,7 @@ class FprintdTest : public testing::Test {
     }
     return true;
   }
-  // Whether somebody else may have the reader.
+  // Whether another client can claim the reader.
   static bool isReleased() {
     const auto claiming = sdbus::createSessionBusConnectionWithAddress(world().bus().address());
     sdbus::ObjectPath device;
@@ -360,7 +360,7 @@ TEST_F(FprintdTest, without_a_bus_there_is_no_check) {
   EXPECT_TRUE(replied);
 }
 
-// That it comes back at all while fprintd stands still shows that it does not wait.
+// fprintd is stopped: that the call returns at all shows that it doesn't block.
 TEST_F(FprintdTest, an_fprintd_that_is_slow_is_not_waited_for_and_brings_its_answer_later) {
   const auto process = world().process();
   kill(process, SIGSTOP);

@@ -14,7 +14,7 @@
 
 namespace quillmar {
 
-// A server's side of HTTP/2 on an accepted connection, request by request.
+// The server side of an HTTP/2 connection, one request at a time.
 class Http2Connection {
  public:
   struct Request {
@@ -28,16 +28,16 @@ class Http2Connection {
   Http2Connection& operator=(const Http2Connection&) = delete;
   ~Http2Connection() = default;
 
-  // The next whole request; nothing when the client has gone.
+  // The next complete request; nullopt if the client closed.
   std::optional<Request> readRequest();
 
   void answer(std::int32_t stream, int status, std::string body);
-  // The answer's headers without their end.
+  // A HEADERS frame without END_HEADERS.
   void beginHeaders(std::int32_t stream);
-  // An answer of this length, of which only the first bytes come.
+  // Announces `length` but sends only `body`.
   void answerInPart(std::int32_t stream, std::string_view length, std::string body);
   void resetStream(std::int32_t stream, std::uint32_t error);
-  // Nothing after this stream has been looked at.
+  // No stream after this one was processed.
   void goAway(std::int32_t lastStream);
 
  private:

@@ -99,7 +99,7 @@ TEST_F(InstanceLockTest, waited_for_in_a_file_that_goes_is_that_of_the_new_one) 
 TEST_F(InstanceLockTest, is_free_at_no_moment_of_a_hand_over) {
   auto first = InstanceLock::acquire(directory.path());
   auto waiting = wait();
-  // As a file arrives through a socket: the same open file under another number.
+  // A received descriptor is the same open file under another number.
   FileDescriptor sent = InstanceLock::handOver(std::move(*first));
   FileDescriptor received(fcntl(sent.get(), F_DUPFD_CLOEXEC, 0));
   first.reset();

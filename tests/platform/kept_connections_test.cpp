@@ -1,4 +1,4 @@
-// What becomes of requests on connections that were kept from earlier ones, over each kind of connection.
+// Requests on connections that were kept from earlier requests, over each kind of connection.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ std::string nameOf(Wire wire) {
   return names.at(static_cast<std::size_t>(wire));
 }
 
-// A server's end of a connection, whatever is spoken there.
+// The server side of a connection, HTTP/1.1 or HTTP/2.
 class Peer {
  public:
   Peer() = default;
@@ -47,9 +47,9 @@ class Peer {
   Peer& operator=(const Peer&) = delete;
   virtual ~Peer() = default;
 
-  // The path of the next request; nothing when the client has gone.
+  // The path of the next request; nullopt if the client closed.
   virtual std::optional<std::string> next() = 0;
-  // These are about the request that came last.
+  // Each of these handles the latest request.
   virtual void answer(const std::string& body) = 0;
   virtual void cutHeaders() = 0;
   virtual void cutBody() = 0;
@@ -100,7 +100,7 @@ class Http2Peer final : public Peer {
   std::int32_t stream_ = 0;
 };
 
-// A clock that stands still until it is told to go on.
+// A clock that only the test moves.
 class ManualClock {
  public:
   using Clock = std::chrono::steady_clock;
@@ -111,7 +111,7 @@ class ManualClock {
   std::atomic<Clock::rep> time_ = Clock::now().time_since_epoch().count();
 };
 
-// A server and a session with as many connections to it as were wanted. Each of them answered one request.
+// A server, and a session with the given number of kept connections to it, each after one request.
 class Line {
  public:
   using Behaviour = std::function<void(Peer&, const std::string& path)>;
@@ -129,14 +129,12 @@ class Line {
                                           wire == Wire::plain ? nullptr : tls_.get());
   }
 
-  // What the server does with each request from now on that comes on a connection of the warm-up. Others are
-  // answered "fine".
+  // Handles the requests on kept connections. All others are answered "fine".
   void onKept(Behaviour behaviour) { set(onKept_, std::move(behaviour)); }
-  // The same on any connection.
+  // Handles the requests on every connection.
   void onEvery(Behaviour behaviour) { set(onEvery_, std::move(behaviour)); }
 
-  // What the server sends after the first answer on each connection, in HTTP/1.1, as soon as that answer has
-  // been taken. It reads on afterwards.
+  // HTTP/1.1: sent on each connection once the client has taken the first answer. The server keeps reading.
   void sendAfterFirstAnswer(std::string bytes) { unasked_ = std::move(bytes); }
   void waitUntilSent() {
     mayBeSent_.count_down();
@@ -171,7 +169,7 @@ class Line {
     return quillmar::fetch(*session_, request(method, path));
   }
 
-  // How often a request for this path has reached the server.
+  // How many requests for this path reached the server.
   std::ptrdiff_t arrivals(const std::string& path) const {
     const std::scoped_lock lock(mutex_);
     return std::ranges::count(arrived_, path);
@@ -234,7 +232,7 @@ class Line {
   Behaviour onKept_;
   Behaviour onEvery_;
   std::vector<std::string> arrived_;
-  // The server first, so that the session ends before it.
+  // Declared first, so that the session is destroyed before it.
   std::unique_ptr<RawServer> server_;
   std::unique_ptr<CurlHttpSession> session_;
 };
@@ -269,7 +267,7 @@ class KeptConnections : public testing::TestWithParam<Case> {
     expectLost(line.fetch(method(), "/act"));
     EXPECT_EQ(line.arrivals("/act"), 1);
   }
-  // What happens to a request whose kept connection ends before an answer begins.
+  // What must happen to a request whose kept connection ends before the answer begins.
   void expectOnlyAGetIsRepeated() {
     if (isGet()) {
       EXPECT_EQ(line.fetch(method(), "/act").data, "fine");
@@ -337,7 +335,7 @@ TEST_P(KeptHttp1Connections, a_goodbye_does_not_make_cut_headers_whole) {
   expectNextIsFine();
 }
 
-// libcurl shows no part of a cut HTTP/2 header, so the connection looks dead before an answer.
+// libcurl reports no partial HTTP/2 headers, so the connection looks closed before the answer.
 TEST_P(KeptHttp2Connections, cut_headers_are_no_answer) {
   line.onKept([](Peer& peer, const std::string&) {
     peer.cutHeaders();
@@ -363,7 +361,7 @@ TEST_P(KeptHttp2Connections,
   expectNextIsFine();
 }
 
-// In HTTP/1.1 nothing but their order tells answers apart.
+// HTTP/1.1 matches answers to requests by order only.
 
 TEST_P(KeptHttp1Connections, a_body_that_goes_on_after_its_length_does_not_reach_the_next_answer) {
   line.onKept([](Peer& peer, const std::string&) {
@@ -425,7 +423,7 @@ INSTANTIATE_TEST_SUITE_P(Wires, KeptHttp2Connections,
                          testing::Combine(testing::Values(Wire::http2), counts, methods),
                          [](const auto& test) { return nameOf(test); });
 
-// A server that claims HTTP/2 without an agreement on it.
+// A server that claims HTTP/2 without ALPN.
 TEST(UnagreedHttp2, is_a_bad_answer_and_holds_up_no_other_request) {
   for (const Wire wire : {Wire::plain, Wire::tls}) {
     for (const std::string& version : {"HTTP/2"s, "HTTP/2.0"s, "HTTP/3"s}) {

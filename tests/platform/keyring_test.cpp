@@ -23,7 +23,7 @@
 #include "tests/contracts/secure_item_store_contract.h"
 #include "tests/platform/private_bus.h"
 
-// GLib is not built for ThreadSanitizer, which sees none of its locks and atomic counts.
+// GLib is not instrumented for ThreadSanitizer, which therefore doesn't see its locks and atomic counters.
 extern "C" const char* __tsan_default_suppressions() {  // NOLINT(bugprone-reserved-identifier)
   return "race:libglib-2.0.so\nrace:libgobject-2.0.so\nrace:libgio-2.0.so\nrace:libsecret-1.so\n";
 }
@@ -40,7 +40,7 @@ constexpr const char* secretsPath = "/org/freedesktop/secrets";
 constexpr const char* serviceInterface = "org.freedesktop.Secret.Service";
 const std::string password = "keyring password";
 
-// Stands where a keyring would have its questions shown to a person, counts them and dismisses them.
+// Takes the keyring's prompts instead of a desktop; counts and dismisses them.
 class Prompter {
  public:
   explicit Prompter(const std::string& busAddress)
@@ -68,7 +68,7 @@ class Prompter {
   std::atomic<int> prompts_ = 0;
 };
 
-// A desktop session with a gnome-keyring of its own, which a person's login has unlocked.
+// A desktop session with its own gnome-keyring, unlocked as by a login.
 class Desktop final : public testing::Environment {
  public:
   void SetUp() override {
@@ -95,9 +95,9 @@ class Desktop final : public testing::Environment {
     bus_.reset();
   }
 
-  // The daemon, and its login keyring unlocked.
+  // Starts the daemon and unlocks its login keyring.
   void logIn() { start("login", "--unlock <'" + file("password").string() + "'"); }
-  // The daemon of somebody who never had a keyring.
+  // Starts the daemon of a user without any keyring.
   void startWithoutKeyring() { start("empty", "--start"); }
   void stop() { daemon_.reset(); }
 
@@ -162,7 +162,7 @@ class Desktop final : public testing::Environment {
     ASSERT_TRUE(bus_->waitFor(secrets));
   }
 
-  // As the login does it, without a prompt.
+  // Without a prompt, as a login does.
   void unlock() {
     sdbus::Variant output;
     Path session;
@@ -228,7 +228,7 @@ class KeyringTest : public testing::Test {
 
   std::optional<std::string> load() const { return keychain.load(KeychainService::passwordKey); }
   bool save(const std::string& value) const { return keychain.save(KeychainService::passwordKey, value); }
-  // How many items the outside witness finds, locked ones included.
+  // The number of items that secret-tool finds, locked ones included.
   static long witnessed(const std::string& account) {
     const auto found =
         desktop().secretTool({"search", "--all", "service", "live.quillmar.credentials", "account", account});

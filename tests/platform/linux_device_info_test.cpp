@@ -27,7 +27,7 @@ std::string machineName() {
   return name.data();
 }
 
-// A hostnamed that knows one name.
+// A hostnamed with one name.
 class Hostnamed {
  public:
   Hostnamed(const std::string& busAddress, const std::string& name)

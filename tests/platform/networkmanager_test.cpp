@@ -29,7 +29,7 @@ using std::chrono_literals::operator""s;
 
 using Status = TunnelStatus;
 
-// One NetworkManager serves all tests of this program.
+// One NetworkManager for all tests of this program.
 class World final : public testing::Environment {
  public:
   void SetUp() override {
@@ -60,7 +60,7 @@ TunnelProtocol protocolOf(const std::string& service, const std::string& endpoin
   return {service, "dns.example", {{"dohEndpoint", endpoint}}};
 }
 
-// The adapter with a main queue of its own.
+// The adapter and its main queue.
 class Machine {
  public:
   explicit Machine(NetworkManagerTunnel::Options options = {},
@@ -88,7 +88,7 @@ class Machine {
   AsioDispatch dispatch;
 
  private:
-  // On the world's bus unless told otherwise, and with time for a busy machine.
+  // Defaults for the test: the world's bus, and timeouts for a busy machine.
   static NetworkManagerTunnel::Options at(NetworkManagerTunnel::Options options) {
     const NetworkManagerTunnel::Options standard;
     if (options.busAddress == standard.busAddress) {
@@ -121,7 +121,7 @@ class NetworkManagerHarness final : public TunnelServiceHarness {
   std::size_t timesAsked() override { return world().permissions().asked(); }
 
  private:
-  // NetworkManager asks nobody about what the machine's administrator does.
+  // NetworkManager asks for no permission when root calls, so these calls come from another user.
   const BusRelay relay_{world().file("user-bus"), world().bus().socket()};
   Machine machine_{{.busAddress = relay_.address()}};
 };
@@ -190,7 +190,7 @@ class NetworkManagerTest : public testing::Test {
   bool becomes(Status status) {
     return machine_->runUntil([&] { return !announced.empty() && announced.back() == status; });
   }
-  // What the outside witness says of the one connection.
+  // A property of the one connection, as nmcli prints it.
   static std::string property(const std::string& name) {
     return world().nmcli({"-g", name, "connection", "show", "Protection"});
   }
@@ -538,7 +538,7 @@ TEST_F(NetworkManagerTest, a_service_destroyed_while_the_user_is_being_asked_tel
   EXPECT_FALSE(told);
 }
 
-// A bus without NetworkManager, where something else owns its name.
+// A bus on which a fake owns NetworkManager's name.
 class StrangeManagerTest : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(bus_.running()); }

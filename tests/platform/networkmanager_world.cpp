@@ -41,7 +41,7 @@ sockaddr_un socketAddress(const fs::path& path) {
 
 FileDescriptor newSocket() { return FileDescriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)); }
 
-// Carries bytes both ways until one side ends.
+// Copies bytes in both directions until one side closes.
 void carry(int one, int other) {
   std::array<char, 65536> buffer{};
   std::array<pollfd, 2> ends{pollfd{one, POLLIN, 0}, pollfd{other, POLLIN, 0}};
@@ -183,7 +183,7 @@ void NetworkManagerWorld::writeFiles(const std::string& tunnelService) const {
   std::ofstream(file("manager.conf"))
       << "[main]\nplugins=keyfile\ndns=none\nno-auto-default=*\nrc-manager=unmanaged\nauth-polkit=true\n"
       << "[keyfile]\npath=" << file("profiles").string() << "\n";
-  // A /sys that can only be read lets NetworkManager take devices without udev.
+  // With a read-only /sys NetworkManager manages devices without udev.
   std::ofstream(file("world.sh"))
       << "set -e; exec >'" << file("log").string() << "' 2>&1\n"
       << "mount --make-rprivate /; mount -t sysfs -o ro sysfs /sys\n"

@@ -19,7 +19,7 @@
 
 namespace quillmar {
 
-// A tunnel program, as NetworkManager asks for one: connects at once and sends no packet anywhere.
+// A NetworkManager VPN plugin that connects at once and transports nothing.
 class TunnelProgram {
  public:
   TunnelProgram(const std::string& busAddress, const std::string& service);
@@ -27,11 +27,11 @@ class TunnelProgram {
   TunnelProgram(const TunnelProgram&) = delete;
   TunnelProgram& operator=(const TunnelProgram&) = delete;
 
-  // The data of each connection it was asked to make.
+  // The data of each requested connection.
   std::vector<std::map<std::string, std::string>> connections() const;
-  // As if the other end had gone.
+  // Simulates a disconnect by the server.
   void drop();
-  // From now on it stays on the way to a connection, or fails there.
+  // While true, new connections stay in the connecting state, or fail in it.
   void setSlow(bool slow) { slow_ = slow; }
 
  private:
@@ -46,7 +46,7 @@ class TunnelProgram {
   std::vector<std::map<std::string, std::string>> connections_;
 };
 
-// A second way to a bus, of another user's. It can be cut.
+// Forwards connections to a bus as another user. Can be cut.
 class BusRelay {
  public:
   BusRelay(std::filesystem::path listening, const std::filesystem::path& bus);
@@ -61,14 +61,14 @@ class BusRelay {
   pid_t process_ = -1;
 };
 
-// A NetworkManager in a network of its own, with one wire that is up, on a bus of its own.
+// A NetworkManager in its own network namespace, with one connected wire, on a private bus.
 class NetworkManagerWorld {
  public:
   static constexpr const char* service = "example.tunnel";
-  // Installed, too, but of others.
+  // A second installed service type, of another application.
   static constexpr const char* foreignService = "foreign.tunnel";
 
-  // Why it can't be had here; empty where it can.
+  // Why it can't run on this machine; empty if it can.
   static std::string obstacle();
 
   explicit NetworkManagerWorld(const std::string& tunnelService = service);
@@ -80,13 +80,13 @@ class NetworkManagerWorld {
   Permissions& permissions() { return *permissions_; }
   std::filesystem::path file(const std::string& name) const { return directory_.path() / name; }
 
-  // Back to the one wire, up, without any VPN.
+  // Restores the initial state: the wire connected, no VPN.
   void tidy();
   void stop();
   void start();
   pid_t process() const;
 
-  // The outside witness. Its output without the last line break; a failure is one of the test.
+  // Runs nmcli and returns its output without the last line break. A failure fails the test.
   std::string nmcli(const std::vector<std::string>& words) const;
 
  private:

@@ -16,7 +16,7 @@
 
 namespace quillmar {
 
-// Who may do what, as polkit would answer for the machine's administrator.
+// Plays polkit: answers requests for permission as an administrator has decided.
 class Permissions {
  public:
   explicit Permissions(const std::string& busAddress)
@@ -35,7 +35,7 @@ class Permissions {
   Permissions(const Permissions&) = delete;
   Permissions& operator=(const Permissions&) = delete;
 
-  // Answers what waits, and all later questions at once.
+  // Answers the pending requests and all later ones.
   void grant(bool granted) {
     std::unique_lock lock(mutex_);
     granted_ = granted;
@@ -45,7 +45,7 @@ class Permissions {
       reply(answer, granted);
     }
   }
-  // From now on questions wait, as for somebody who looks at a prompt. They are counted from here.
+  // Holds requests back, as an unanswered prompt would, and counts them.
   void hold() {
     const std::scoped_lock lock(mutex_);
     granted_.reset();
@@ -76,7 +76,7 @@ class Permissions {
     lock.unlock();
     reply(answer, granted);
   }
-  // The bus locks itself for an answer as it does for a question, so that we hold no lock of ours here.
+  // No lock of ours is held: sending takes the bus's lock, which is also held during a request.
   static void reply(const Answer& answer, bool granted) { answer.returnResults({granted, false, Texts()}); }
 
   std::unique_ptr<sdbus::IConnection> bus_;

@@ -14,13 +14,13 @@ using sandbox::test::CommandResult;
 using sandbox::test::runCommand;
 using sandbox::test::RunningProgram;
 
-// A program of the test's that ends with it, however the test ends.
+// A program that is killed with the test, however the test ends.
 inline std::vector<std::string> endingWithTheTest(std::vector<std::string> words) {
   words.insert(words.begin(), {"setpriv", "--pdeathsig", "KILL"});
   return words;
 }
 
-// A message bus of its own, on which everybody may do everything.
+// A private message bus without access rules.
 class PrivateBus {
  public:
   explicit PrivateBus(const std::filesystem::path& directory)
@@ -32,14 +32,14 @@ class PrivateBus {
   const std::filesystem::path& socket() const { return socket_; }
   std::string address() const { return "unix:path=" + socket_.string(); }
 
-  // The words that run a program which finds this bus in the place of the system's and the session's.
+  // The command with this bus as system and session bus.
   std::vector<std::string> joining(std::vector<std::string> words) const {
     words.insert(words.begin(),
                  {"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address(), "DBUS_SESSION_BUS_ADDRESS=" + address()});
     return words;
   }
   CommandResult run(std::vector<std::string> words) const { return runCommand(joining(std::move(words))); }
-  // Until somebody owns the name.
+  // Waits until the name has an owner.
   bool waitFor(const std::string& name) const {
     return run({"gdbus", "wait", "--system", "--timeout", "30", name}).status == 0;
   }
@@ -52,7 +52,7 @@ class PrivateBus {
                           << "</listen><auth>EXTERNAL</auth>"
                           << "<policy context='default'><allow user='*'/><allow own='*'/>"
                           << "<allow send_destination='*'/><allow eavesdrop='true'/></policy></busconfig>";
-    // It complains of limits it may not raise.
+    // dbus-daemon warns about limits that it may not raise.
     return {"sh", "-c",
             "exec dbus-daemon --nofork --config-file='" + config.string() + "' --print-address 2>/dev/null"};
   }

@@ -52,7 +52,7 @@ bool RawConnection::fill() {
   return open_;
 }
 
-// After a handshake where there is one.
+// Runs the TLS handshake if there is one.
 bool RawConnection::isReady() {
   return !tls_ || SSL_is_init_finished(tls_.get()) || SSL_accept(tls_.get()) == 1;
 }

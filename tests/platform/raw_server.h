@@ -17,10 +17,10 @@
 
 namespace quillmar {
 
-// What TLS servers show: a key and a certificate, and what they accept.
+// The configuration of a TLS server: key, certificate, accepted versions.
 using TlsContext = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
 
-// One accepted connection, byte by byte, on a thread of its own.
+// An accepted connection, byte by byte, on its own thread.
 class RawConnection {
  public:
   RawConnection(FileDescriptor socket, SSL_CTX* tls);
@@ -28,21 +28,21 @@ class RawConnection {
   RawConnection(const RawConnection&) = delete;
   RawConnection& operator=(const RawConnection&) = delete;
 
-  // The next request with its body, as it came; nothing when the client has gone.
+  // The next request with its body, unparsed; nullopt if the client closed.
   std::optional<std::string> readRequest();
-  // Whatever comes next; nothing when the client has gone.
+  // The next bytes; nullopt if the client closed.
   std::optional<std::string> readSome();
-  // False when the client has gone.
+  // False if the client closed.
   bool send(std::string_view bytes);
   // Blocks until the client closes.
   void waitForClose();
-  // Waits this long for the client to close; true when it has.
+  // Waits this long at most. Returns whether the client closed.
   bool waitForClose(int milliseconds);
-  // Ends the connection with a reset.
+  // Closes the connection with a TCP reset.
   void reset();
-  // Says goodbye in TLS and ends what it sends.
+  // Sends TLS's close_notify and shuts down writing.
   void closeNotify();
-  // Ends every wait of the handler; any thread.
+  // Wakes the handler from every wait. Thread-safe.
   void interrupt();
 
  private:
@@ -55,7 +55,8 @@ class RawConnection {
   std::string received_;
 };
 
-// A server on a loopback address that does with each connection what its handler says, however wrong.
+// A server on a loopback address. The handler decides what happens on each connection, also against the
+// protocol.
 class RawServer {
  public:
   using Handler = std::function<void(RawConnection&)>;
@@ -83,10 +84,10 @@ class RawServer {
   std::thread acceptor_;
 };
 
-// Makes servers with this context agree on a protocol (ALPN): "h2" or "http/1.1".
+// Sets the ALPN result of servers with this context: "h2" or "http/1.1".
 void agreeOn(const char* protocol, SSL_CTX* tls);
 
-// Answers each request on a connection with the same bytes.
+// Sends the same bytes for each request.
 RawServer::Handler answering(std::string response);
 std::string httpResponse(int status, std::string_view body, std::string_view headers = "");
 

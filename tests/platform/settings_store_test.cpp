@@ -56,7 +56,7 @@ class SqliteHarness final : public SettingsStoreHarness {
   SqliteSettingsStore store_{directory_.path(), log_};
 };
 
-// A store without a disk keeps the same promises for as long as it lives.
+// A store in memory meets the same contract while it exists.
 class DisklessHarness final : public SettingsStoreHarness {
  public:
   SettingsStore& store() override { return store_; }
@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
     Diskless, SettingsStoreContract,
     testing::Values(factory<SettingsStoreHarness, DisklessHarness>("SQLite without a disk")));
 
-// Another process, running `work` until it returns or is killed.
+// A child process that runs `work` until it returns or is killed.
 class Child {
  public:
   explicit Child(const std::function<void()>& work) : pid_(fork()) {
@@ -88,7 +88,7 @@ class Child {
   ~Child() { wait(); }
 
   void kill() const { ::kill(pid_, SIGKILL); }
-  // Its exit status, or nothing when a signal ended it.
+  // The exit status, or nullopt if a signal ended it.
   std::optional<int> wait() {
     if (pid_ > 0) {
       waitpid(pid_, &status_, 0);
@@ -128,7 +128,7 @@ class SqliteSettingsStoreTest : public testing::Test {
     std::ifstream stream(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
   }
-  // The bytes of every file.
+  // The content of all files.
   std::string everything() const {
     std::string bytes;
     for (const auto& entry : fs::directory_iterator(directory.path())) {
@@ -218,7 +218,7 @@ TEST_F(SqliteSettingsStoreTest, many_saved_settings_cost_less_than_a_sync_each) 
     store.set("key", std::int64_t{i});
   }
   EXPECT_LT(disk.syncs() - opened, writes / 10);
-  EXPECT_GT(disk.syncs(), opened);  // what moves from the log to the file is made safe
+  EXPECT_GT(disk.syncs(), opened);  // moving content from the log to the file syncs
   EXPECT_LT(fs::file_size(file("-wal")), 8U * 1024 * 1024);
 }
 
@@ -336,7 +336,7 @@ TEST_F(SqliteSettingsStoreTest, a_file_that_has_lost_all_that_was_in_it_is_set_a
   expectSetAside("");
 }
 
-// What an unfinished start leaves is no file of settings yet.
+// An unfinished first start leaves no settings file.
 TEST_F(SqliteSettingsStoreTest, a_first_start_without_room_leaves_nothing_that_looks_damaged) {
   SteerableVfs disk;
   disk.setFull(true);

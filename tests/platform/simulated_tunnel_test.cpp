@@ -30,7 +30,8 @@ class SimulatedTunnelTest : public testing::Test {
     configuration.isOnDemandEnabled = true;
   }
   std::string save(TunnelConfiguration& configuration) {
-    const auto outcome = std::make_shared<std::string>("none");  // it may come much later
+    const auto outcome =
+        std::make_shared<std::string>("none");  // shared, because the completion may run much later
     configuration.save([this, outcome](const std::optional<Error>& error) {
       EXPECT_FALSE(dispatch.isMainThread());
       *outcome = error ? error->localizedDescription() : "saved";

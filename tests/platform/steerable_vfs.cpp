@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// SQLite gives the memory: this, and behind it the file of the real file system.
+// SQLite allocates this object with the real file behind it.
 struct SteerableVfs::File : sqlite3_file {
   SteerableVfs* owner = nullptr;
 

@@ -6,8 +6,8 @@
 
 namespace quillmar {
 
-// While it lives, SQLite's file system for every database that is opened: it counts what reaches the disk and
-// can refuse it.
+// While it exists, the file system of every database that SQLite opens. Counts what reaches the disk and can
+// refuse it.
 class SteerableVfs {
  public:
   SteerableVfs();
@@ -17,7 +17,7 @@ class SteerableVfs {
 
   int syncs() const { return syncs_; }
   int writes() const { return writes_; }
-  // Writing fails with SQLITE_FULL and shared memory can't grow.
+  // Writes fail with SQLITE_FULL and shared memory can't grow.
   void setFull(bool full) { full_ = full; }
 
  private:

@@ -30,14 +30,14 @@ void keepSystemLine(const char* format, va_list arguments) {
 
 }  // namespace
 
-// This program's own in place of the C library's, so that nothing reaches the machine's log.
+// Replaces the C library's function, so that nothing reaches the machine's log.
 extern "C" void syslog(int, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   keepSystemLine(format, arguments);
   va_end(arguments);
 }
-// What a fortified program calls.
+// Called instead with _FORTIFY_SOURCE.
 extern "C" void __syslog_chk(int, int, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
@@ -61,7 +61,7 @@ class Pipe {
     }
   }
   int input() const { return input_.get(); }
-  // Everything that was written; ends the writing.
+  // Everything written so far; closes the writing end.
   std::string readAll() {
     input_ = FileDescriptor();
     std::string all;

@@ -11,15 +11,15 @@
 
 namespace quillmar {
 
-// A certificate authority that lives for one test.
+// A certificate authority for one test.
 class TestAuthority {
  public:
   explicit TestAuthority(const std::string& name = "Test Authority");
 
-  // Its own certificate, as a client would be told to trust it.
+  // The authority's certificate, for clients to trust.
   std::string certificate() const;
 
-  // Under which OpenSSL looks for it in a folder.
+  // The file name under which OpenSSL looks for it in a directory.
   std::string nameHash() const;
 
   struct Server {
@@ -28,7 +28,7 @@ class TestAuthority {
     std::chrono::hours validFrom{-1};
     std::chrono::hours validTo{1};
   };
-  // What a server with a certificate from here needs.
+  // A TLS server's configuration with a certificate of this authority.
   TlsContext contextFor(const Server& server) const;
   TlsContext context() const { return contextFor(Server()); }
 

@@ -85,7 +85,7 @@ TEST(ZxingDecoder, lines_may_be_longer_than_the_picture) {
   paste(wider, code, 0, 0);
   auto view = wider.view();
   view.width = code.width;
-  // The last line ends with the picture.
+  // The last line has no padding.
   view.bytes = view.bytes.first(view.bytes.size() - 13);
   EXPECT_EQ(textsIn(view), Texts{enrollment});
 }
@@ -128,7 +128,7 @@ TEST(ZxingDecoder, ten_codes_come_in_reading_order) {
   Texts expected;
   for (int place = 0; place < 10; ++place) {
     expected.push_back("code " + std::to_string(place));
-    // Not quite level, as on a photograph: the right ones stand higher.
+    // Slightly tilted, as in a photograph: codes to the right are higher.
     paste(sheet, codeOf(expected.back(), 5), 20 + (place % 5) * 290,
           60 + (place / 5) * 300 - (place % 5) * 10);
   }
