@@ -1,7 +1,7 @@
 #pragma once
 
-// What benchmarks against the stand-in service share. The service runs in a process of its own, so that the
-// times are the client's alone.
+// Shared by the benchmarks against the stand-in service. The service runs in its own process, so only the
+// client's time is measured.
 
 #include <curl/curl.h>
 #include <poll.h>
@@ -32,7 +32,7 @@ namespace quillmar::bench {
   std::quick_exit(1);
 }
 
-// The stand-in service in a child process, which ends with this one's end of the pipe.
+// The stand-in service in a child process. It ends when this process closes the pipe.
 class ServiceProcess {
  public:
   explicit ServiceProcess(const sandbox::Options& options = {}) {
@@ -88,7 +88,7 @@ class ServiceProcess {
   int life_ = -1;
 };
 
-// One call at a time, waited for.
+// Waits for one call at a time.
 template <class T>
 class Waiting {
  public:
@@ -114,7 +114,7 @@ class Waiting {
   std::optional<Result<T>> result_;
 };
 
-// What a call brings whose answer comes on the session's thread.
+// Waits for a call that is answered on the session's thread.
 template <class T>
 T waitFor(const std::function<void(Completion<T>)>& call) {
   Waiting<T> answer;
@@ -122,14 +122,14 @@ T waitFor(const std::function<void(Completion<T>)>& call) {
   return answer.value();
 }
 
-// Log lines cost what the adapter of the standard output makes of them, which is not measured here.
+// Drops log lines: printing them is not measured.
 class SilentLog final : public Log {
  public:
   void print(std::string_view /*line*/) override {}
   void system(std::string_view /*line*/) override {}
 };
 
-// This system's client of the service, as a program has it.
+// The service client, set up as in a program.
 class Client {
  public:
   explicit Client(const ServiceProcess& process) : session_(optionsFor(process)) {

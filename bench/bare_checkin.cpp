@@ -1,5 +1,5 @@
-// The least that a program could do in the agent's place: its settings in SQLite, one check-in by libcurl.
-// Then it stays. Usage: bare_checkin DATABASE URL CA_FILE DEVICE_ID [CA_DIRECTORY]
+// The minimal program for the agent's work: settings in SQLite and one check-in by libcurl. Then it waits.
+// Usage: bare_checkin DATABASE URL CA_FILE DEVICE_ID [CA_DIRECTORY]
 
 #include <curl/curl.h>
 #include <sqlite3.h>

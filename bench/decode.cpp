@@ -1,5 +1,5 @@
-// How fast an answer with 100 DNS logs becomes records, against two well-known parsers that fill the same
-// records. All three are strict: every field must be there and of its type.
+// Decoding an answer with 100 DNS logs, against two well-known parsers that fill the same records. All three
+// check that each field exists and has its type.
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -157,7 +157,7 @@ Decoded decode(const std::string& text) {
 
 }  // namespace with_qt
 
-// A contender that decoded something else has not earned its time.
+// A candidate with a different result doesn't count.
 template <class Decode>
 auto repeatedly(Decode decode, const std::string& text, const DNSLogsResponse& expected) {
   return [=] {

@@ -18,9 +18,9 @@
 #include "ui/adapters/qt_window_style.h"
 #include "ui/window.h"
 
-// How long a window takes from the start of its process to its first frame, by the clock on the wall and in
-// processor time: the role screen, a signed-in parent's dashboard, and the emptiest window of Qt Quick
-// Controls, each in a process of its own so that none warms another up.
+// Wall time and processor time from the start of the process to the first frame: of the role screen, of a
+// parent's dashboard, and of an empty Qt Quick Controls window. Each runs in its own process, because a
+// second one would find warm caches.
 namespace {
 
 constexpr int rounds = 41;
@@ -61,7 +61,7 @@ int showApplication(const quillmar::StoredSettings& stored) {
   return exitAfterFirstFrame(window.quickWindow());
 }
 
-// In milliseconds, to the first frame.
+// In milliseconds.
 struct Times {
   std::vector<double> wall;
   std::vector<double> processor;

@@ -10,8 +10,8 @@
 #include "foundation/date_format.h"
 #include "testing/ui/ui_stage.h"
 
-// What it costs the main thread when a list that is on the screen is refreshed: an answer of the service is
-// decoded, applied to the model and, through the bridge, to the window. Nothing is painted.
+// The main thread's time for refreshing a visible list: decoding the answer, updating the model and, through
+// the bridge, the window. Painting is excluded.
 namespace {
 
 using namespace quillmar;
@@ -63,13 +63,13 @@ StoredSettings signedIn() {
   return stored;
 }
 
-// All that is due now, in the application and then in its window.
+// Runs everything that is due, in the application and then in its window.
 void comeToRest(ui::UiStage& stage) {
   stage.application.settle();
   QCoreApplication::processEvents();
 }
 
-// The main thread does everything here: the scripted session's queues run on it too, decoding included.
+// Everything runs on the main thread, decoding included: so do the scripted session's queues.
 double median(ui::UiStage& stage, Duration period, const std::function<void()>& prepare) {
   std::vector<bench::Seconds> times;
   for (int round = 0; round <= rounds; ++round) {

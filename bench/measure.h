@@ -11,7 +11,7 @@ namespace quillmar::bench {
 
 using Seconds = std::chrono::duration<double>;
 
-// What the whole process, or only the calling thread, has used of a processor.
+// The processor time of the process or of the calling thread.
 inline Seconds cpuTime(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -24,8 +24,8 @@ inline Seconds median(std::vector<Seconds> times) {
   return *middle;
 }
 
-// The median processor time of each candidate. They take turns, so that a change of the machine's speed hits
-// all alike; the first round warms up and does not count.
+// The median processor time of each candidate. The candidates alternate, so that changes of the machine's
+// speed affect all of them. The first round is a warm-up and not counted.
 inline std::vector<Seconds> race(int rounds, const std::vector<std::function<void()>>& candidates) {
   std::vector<std::vector<Seconds>> times(candidates.size());
   for (int round = 0; round <= rounds; ++round) {

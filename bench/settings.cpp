@@ -1,5 +1,5 @@
-// What a saved setting costs: how often the disk is waited for, and how long it takes beside a bare prepared
-// upsert into the same kind of database. Syncs are counted where they leave this program.
+// Saving a setting: the number of syncs, and the time against a prepared upsert into the same kind of
+// database. Syncs are counted in this program's fsync and fdatasync.
 
 #include <dlfcn.h>
 #include <sqlite3.h>
@@ -28,7 +28,7 @@ int passOn(const char* name, int file) {
 
 }  // namespace
 
-// Stand in front of the C library's, also for SQLite.
+// Replace the C library's functions, for SQLite too.
 extern "C" int fsync(int file) { return passOn("fsync", file); }
 extern "C" int fdatasync(int file) { return passOn("fdatasync", file); }
 
@@ -102,7 +102,7 @@ int run() {
     SqliteSettingsStore store(directory / "store", log);
     BareUpsert bare(directory / "bare.db");
     int number = 0;
-    // A value that is new each time: one that is stored already costs nothing at all.
+    // A new value each time: storing an equal value does nothing.
     const auto nextValue = [&number] { return "secret-token-" + std::to_string(++number); };
     store.set("authToken", nextValue());
 

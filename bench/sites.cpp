@@ -11,7 +11,8 @@
 #include "client/recent_logs.h"
 #include "console/root_domain.h"
 
-// A name's site, against a public suffix library's registrable domain; and the merge of many devices' logs.
+// Finding a name's site, against the registrable domain of a public suffix library; and merging many devices'
+// logs.
 namespace {
 
 using namespace quillmar;
@@ -47,7 +48,7 @@ std::vector<DNSLog> makeLogs(int device) {
   return logs;
 }
 
-// The newest of 100 devices with 100 entries each; the answers are there already.
+// The newest of 100 devices' logs with 100 entries each, without the requests.
 double mergeMilliseconds() {
   std::vector<bench::Seconds> times;
   for (int round = 0; round <= rounds; ++round) {

@@ -9,8 +9,8 @@
 #include "bench/measure.h"
 #include "ui/bridge/shown_text.h"
 
-// What the longest text from outside costs the window: a name of 65,000 letters, made fit to be drawn and
-// laid out in a column of a phone's width, against an ordinary name in the same Text without any preparation.
+// The window's time for the longest text from outside, a name of 65,000 letters: sanitising it and laying it
+// out in a phone-wide column. Against an ordinary name in the same Text element, not sanitised.
 namespace {
 
 using namespace quillmar;
@@ -26,7 +26,7 @@ class Column {
                       QUrl());
     text_.reset(component.create());
   }
-  // A height is known when all lines have been laid out.
+  // Reading the height forces the layout of all lines.
   double layOut(const QString& words) const {
     text_->setProperty("text", QString());
     text_->setProperty("text", words);

@@ -1,6 +1,6 @@
-// What a parent who watches five devices costs the processor, against two plain programs: a loop that does
-// nothing but fetch the same answers, one after another, and parse them; and the plainest program with the
-// same outcome, which asks for all at once by libcurl's multi interface and fills the same structs.
+// The processor time of a parent who watches five devices, against two minimal programs. One fetches and
+// parses the same answers sequentially. The other requests all of them at once with libcurl's multi interface
+// and fills the same structs.
 
 #include <curl/curl.h>
 #include <simdjson.h>
@@ -33,7 +33,7 @@ constexpr std::size_t watchedDevices = 5;
 constexpr std::size_t limit = 100;
 constexpr auto span = 24h;
 
-// A call whose answer comes on the main queue, which is run until then.
+// Runs the main queue until the call is answered.
 Logs watch(Client& client, const std::vector<std::string>& devices) {
   std::optional<Result<Logs>> logs;
   client.service->getRecentDeviceLogs(devices, span, limit, [&](Result<Logs> result) {
@@ -52,7 +52,7 @@ std::string logsUrl(const ServiceProcess& process, const std::string& device) {
          "&since=2000-01-01T00:00:00Z";
 }
 
-// One request after another; each domain is looked at, and nothing kept.
+// Sequential requests; reads each domain and keeps nothing.
 class BareLoop {
  public:
   BareLoop(const ServiceProcess& process, const std::string& token, const std::vector<std::string>& devices)
@@ -80,14 +80,14 @@ class BareLoop {
   simdjson::dom::parser parser_;
 };
 
-// As many requests at once, and nothing else.
+// Parallel requests, and nothing else.
 class BareWatch {
  public:
   BareWatch(const ServiceProcess& process, const std::string& token,
             const std::vector<std::string>& devices) {
     for (const auto& device : devices) {
       handles_.push_back(std::make_unique<BareHandle>(logsUrl(process, device), process.caFile, token));
-      curl_easy_setopt(handles_.back()->get(), CURLOPT_PIPEWAIT, 1L);  // one connection for all
+      curl_easy_setopt(handles_.back()->get(), CURLOPT_PIPEWAIT, 1L);  // share one connection
     }
   }
 
