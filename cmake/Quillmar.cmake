@@ -1,4 +1,4 @@
-# Language, warnings and sanitizers, for every target of the tree.
+# The language, the warnings and the sanitizers of all targets.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -7,8 +7,9 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
 find_program(CCACHE ccache)
 if(CCACHE)
-  # Paths below the source folder count as relative, so that a second checkout finds what the first one compiled. As a
-  # rule's launcher it stays out of compile_commands.json, whose readers would take it for the compiler.
+  # Paths in the source folder are cached as relative, so that a second checkout gets cache hits. A rule
+  # launcher, unlike a compiler launcher, stays out of compile_commands.json, whose readers would take it for
+  # the compiler.
   set_property(GLOBAL PROPERTY RULE_LAUNCH_COMPILE
                "${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE}")
 endif()
@@ -17,11 +18,11 @@ if(MOLD)
   add_link_options(-fuse-ld=mold)
 endif()
 
-# A program holds only the functions and loads only the libraries that it uses.
+# Drops unused functions and libraries.
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections,--as-needed)
 
-# What ships is hardened. Sanitizers and the fuzzer find the same faults by means of their own.
+# Only for shipped builds: the sanitizers and the fuzzer have their own checks.
 option(QUILLMAR_HARDEN "Have the compiler and the linker guard a build that is optimized" ON)
 set(QUILLMAR_IS_HARDENED OFF)
 if(QUILLMAR_HARDEN AND CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo|MinSizeRel)$" AND NOT QUILLMAR_SANITIZE AND NOT QUILLMAR_FUZZ)
@@ -49,10 +50,10 @@ endif()
 add_library(quillmar_options INTERFACE)
 target_compile_options(quillmar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 reports false positives of these two inside libstdc++ when it inlines std::variant and std::string.
+  # GCC 12 reports false positives of these two in libstdc++ after inlining std::variant and std::string.
   target_compile_options(quillmar_options INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
   if(CMAKE_UNITY_BUILD)
-    # A source that another one includes looks like a header to it.
+    # GCC takes an included source for a header.
     target_compile_options(quillmar_options INTERFACE -Wno-subobject-linkage)
   endif()
 endif()
@@ -61,7 +62,7 @@ if(QUILLMAR_SANITIZE)
   add_link_options(-fsanitize=${QUILLMAR_SANITIZE})
 endif()
 if(QUILLMAR_SANITIZE MATCHES "thread")
-  # ThreadSanitizer knows no fences, and Asio needs none: its queues are guarded by mutexes.
+  # ThreadSanitizer doesn't support fences. Asio doesn't need them: its queues are guarded by mutexes.
   add_compile_definitions(BOOST_ASIO_DISABLE_FENCED_BLOCK)
 endif()
 if(QUILLMAR_FUZZ)
@@ -73,7 +74,7 @@ if(QUILLMAR_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# A static library of one folder: quillmar_library(NAME SOURCES … LINK … PRIVATE_LINK …).
+# A static library from one folder: quillmar_library(NAME SOURCES … LINK … PRIVATE_LINK …).
 function(quillmar_library name)
   cmake_parse_arguments(arg "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})

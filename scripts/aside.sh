@@ -1,16 +1,16 @@
-# For a script to source that runs programs beside itself: none of them outlives it, however it ends.
+# Sourced by scripts that start other programs. No such program outlives the script, however it ends.
 aside_processes=()
-# How long a program may take to end when it is told to, in seconds.
+# In seconds, between the request to end and the kill.
 aside_patience=10
 
-# Starts a program that ends with this script: by the trap below, or by the kernel where nothing could be trapped. Its
-# group is its own, so that what it has started goes with it.
+# Starts a program that ends with this script: by the trap below, or by the kernel if the script is killed. It
+# gets its own process group, so that its children end with it.
 aside() {
   setpriv --pdeathsig TERM setsid "$@" &
   aside_processes+=("$!")
 }
 
-# Waits for the end of a process for so many seconds at most.
+# Waits for a process to end, at most this many seconds.
 await_end() {
   setpriv --pdeathsig TERM timeout "$2" tail --sleep-interval=0.1 --pid="$1" --follow /dev/null &
   wait "$!" || true
@@ -28,7 +28,7 @@ end_asides() {
   done
 }
 
-# Whoever wants more done at the end defines `clean_up`: by then nobody writes anywhere any more.
+# A script may define `clean_up`, which runs after all of its programs have ended.
 end_script() {
   trap '' HUP INT TERM
   end_asides

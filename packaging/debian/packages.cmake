@@ -1,4 +1,4 @@
-# The Debian packages, one for each component: `cpack -G DEB` in a build that is configured by the preset "packages".
+# The Debian packages, one a component. Build them by `cpack -G DEB` with the preset "packages".
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL agent window camera)
 set(CPACK_PACKAGE_NAME quillmar)
@@ -38,7 +38,7 @@ The role is chosen once, when the program first starts.
 .
 The package quillmar-agent keeps a child's computer protected from login on,
 whether this window is open or not.")
-# What the window loads by name; the libraries that it is linked with are found by themselves.
+# Loaded at run time, so dpkg-shlibdeps doesn't find them.
 set(qml_modules qt-labs-folderlistmodel qtqml-workerscript qtquick qtquick-controls qtquick-dialogs qtquick-layouts
                 qtquick-templates qtquick-window)
 list(TRANSFORM qml_modules PREPEND qml6-module-)
@@ -54,10 +54,10 @@ set(CPACK_DEBIAN_CAMERA_DESCRIPTION "family internet protection: reading codes w
 With this the window in the package quillmar scans a child's enrollment code
 with the computer's camera. Without it the window reads codes from pictures,
 from the clipboard and from the screen.")
-# The two are built for one another.
+# Plugin and program must be of the same build.
 set(CPACK_DEBIAN_CAMERA_PACKAGE_DEPENDS
     "quillmar (= ${PROJECT_VERSION}), gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
-# It was part of the window's package.
+# The plugin was part of the window's package.
 set(CPACK_DEBIAN_CAMERA_PACKAGE_BREAKS "quillmar (<< 0.2.0)")
 set(CPACK_DEBIAN_CAMERA_PACKAGE_REPLACES "quillmar (<< 0.2.0)")
 
