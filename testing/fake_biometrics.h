@@ -11,14 +11,14 @@
 
 namespace quillmar {
 
-// Answers on a background queue, as the real check does. While `holding`, prompts stay up until `reply`.
+// Answers on a background queue, as the real check does. While `holding`, prompts wait for `reply`.
 class FakeBiometrics final : public BiometricCheck {
  public:
   explicit FakeBiometrics(Dispatch& dispatch) : dispatch_(dispatch) {}
 
   bool available = true;
   int type = 2;
-  // What the next prompt, and each one after it, is answered with.
+  // The answer to every prompt.
   BiometricReply answer{.success = true, .code = std::nullopt};
   bool holding = false;
   // The reasons of all prompts, in order.
@@ -28,7 +28,7 @@ class FakeBiometrics final : public BiometricCheck {
   Subscription observeAnswer(const std::function<void()>& observer) override {
     return answered_.connect(observer);
   }
-  // The device takes until now to say whether it can be used.
+  // Simulates a device that reports its availability late.
   void answerAvailability(bool isAvailable) {
     available = isAvailable;
     answered_.emit();
@@ -44,7 +44,7 @@ class FakeBiometrics final : public BiometricCheck {
     }
   }
 
-  // Answers every prompt that is up.
+  // Answers all waiting prompts.
   void reply(BiometricReply answer) {
     for (auto& waiting : std::exchange(waiting_, {})) {
       send(std::move(waiting), answer);

@@ -17,12 +17,12 @@
 
 namespace quillmar {
 
-// A machine of its own for one application: every port, in memory and virtual time.
+// All ports for one application, in memory and virtual time.
 struct FakePlatform {
   explicit FakePlatform(Date start = VirtualDispatch::defaultStart) : dispatch(start) {}
   FakePlatform(const FakePlatform&) = delete;
   FakePlatform& operator=(const FakePlatform&) = delete;
-  // What was still to run may hold on to the others, so it goes first.
+  // Pending tasks may refer to the other members, so they are dropped first.
   ~FakePlatform() { dispatch.close(); }
 
   VirtualDispatch dispatch;
@@ -40,9 +40,9 @@ struct FakePlatform {
   FakeQRReader qrReader{dispatch};
 
   Platform ports() { return portsWith(http); }
-  // The same machine on another session, such as one with a real network.
+  // The same ports with another session, for example a real one.
   Platform portsWith(HttpSession& session) { return portsWith(session, tunnel); }
-  // ... and with another tunnel service.
+  // The same with another tunnel service too.
   Platform portsWith(HttpSession& session, TunnelService& tunnels) {
     return {.settings = settings,
             .http = session,

@@ -11,26 +11,26 @@
 
 namespace quillmar {
 
-// A machine with a camera, unless told otherwise, before which a test holds codes.
+// A reader, by default with a camera, whose pictures the test defines.
 class FakeQRReader final : public QRReader {
  public:
   explicit FakeQRReader(Dispatch& dispatch) : dispatch_(dispatch) {}
 
-  // What each of the still sources gives.
+  // The results of the still sources.
   Result<RecognisedObjects> picture = RecognisedObjects();
   Result<RecognisedObjects> clipboard = RecognisedObjects();
   Result<RecognisedObjects> screen = RecognisedObjects();
-  // What was asked for, in order: "start", "stop", "picture /a.png", "clipboard", "screen".
+  // The calls in order: "start", "stop", "picture /a.png", "clipboard", "screen".
   std::vector<std::string> calls;
 
   void setCamera(CameraState state) {
     state_ = state;
     changed_.emit();
   }
-  // The camera is up and delivers.
+  // Whether the camera has started.
   bool isRunning() const { return session_ && session_->isUp; }
 
-  // Holds objects before the camera, all of them at once.
+  // The camera sees these objects, all at once.
   void show(RecognisedObjects objects) {
     dispatch_.main().async([weak = std::weak_ptr(session_), objects = std::move(objects)] {
       if (const auto session = weak.lock(); session && session->isUp && !objects.empty()) {

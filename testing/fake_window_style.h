@@ -8,7 +8,7 @@ namespace quillmar {
 
 class FakeWindowStyle final : public WindowStyle {
  public:
-  // Every call, in order.
+  // All calls, in order.
   std::vector<BarAppearance> barAppearances;
   std::vector<UserInterfaceStyle> styles;
 

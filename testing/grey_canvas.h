@@ -13,7 +13,7 @@
 
 namespace quillmar {
 
-// A picture in shades of grey, and what a photograph does to one.
+// A grey picture, and distortions like those of a photograph.
 struct GreyCanvas {
   int width = 0;
   int height = 0;
@@ -37,7 +37,7 @@ struct GreyCanvas {
   }
 };
 
-// Each pixel of the new canvas from its place.
+// Calls `shade` for each pixel of a new canvas.
 template <class Shade>
 GreyCanvas painted(int width, int height, const Shade& shade) {
   GreyCanvas canvas(width, height);
@@ -49,7 +49,7 @@ GreyCanvas painted(int width, int height, const Shade& shade) {
   return canvas;
 }
 
-// The code of a text, as this program makes it, on white paper.
+// The QR code of a text on white, by our encoder.
 inline GreyCanvas codeOf(std::string_view text, int moduleSize = 4) {
   constexpr int quietZone = 4;
   const auto modules = QrencodeEncoder().encode(text);
@@ -75,7 +75,7 @@ inline GreyCanvas scaled(const GreyCanvas& canvas, double factor) {
   });
 }
 
-// About the middle, on paper as large as it takes.
+// Around the centre, enlarged so that nothing is cut off.
 inline GreyCanvas rotated(const GreyCanvas& canvas, double degrees) {
   const double angle = degrees * std::numbers::pi / 180;
   const double sine = std::sin(angle);
@@ -90,7 +90,7 @@ inline GreyCanvas rotated(const GreyCanvas& canvas, double degrees) {
   });
 }
 
-// Each pixel becomes the mean of those that are at most `radius` away in each direction.
+// A box blur.
 inline GreyCanvas blurred(const GreyCanvas& canvas, int radius) {
   return painted(canvas.width, canvas.height, [&](int x, int y) {
     int sum = 0;
@@ -110,7 +110,7 @@ inline GreyCanvas darkened(const GreyCanvas& canvas, double light) {
                  [&](int x, int y) { return static_cast<int>(canvas.at(x, y) * light); });
 }
 
-// Stripes, blotches and noise; the same each time.
+// Stripes, spots and noise, always the same.
 inline GreyCanvas busyBackground(int width, int height) {
   std::uint32_t noise = 1;
   return painted(width, height, [&](int x, int y) {

@@ -10,12 +10,12 @@ namespace {
 std::atomic<std::size_t> live = 0;
 std::atomic<std::size_t> count = 0;
 
-// Each block begins with its size, in as much room as keeps the rest aligned.
+// The size of the header that stores a block's size, rounded up for alignment.
 constexpr std::size_t roomFor(std::size_t alignment) {
   return std::max(alignment, std::size_t{__STDCPP_DEFAULT_NEW_ALIGNMENT__});
 }
 
-// Null where there is no memory.
+// Null if memory is exhausted.
 void* find(std::size_t size, std::size_t alignment) noexcept {
   const std::size_t room = roomFor(alignment);
   const std::size_t whole = (room + size + room - 1) / room * room;
@@ -46,8 +46,8 @@ void release(void* memory, std::size_t alignment) noexcept {
 
 }  // namespace
 
-// All that are given back in the ways below, since a sanitizer has each of its own. Arrays come and go in
-// ways of theirs, which use these where there is no sanitizer.
+// All forms that end in the deletes below, because sanitizers define each one. The array forms call these,
+// except with a sanitizer.
 void* operator new(std::size_t size) { return allocate(size, 1); }
 void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return find(size, 1); }
 void* operator new(std::size_t size, std::align_val_t alignment) {

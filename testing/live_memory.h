@@ -4,13 +4,12 @@
 
 namespace quillmar {
 
-// What this program asks `new` for, in all its threads. For programs that link quillmar_live_memory, which
-// replaces `new`. What the allocator itself makes of a request does not count, so that the same state weighs
-// the same.
+// Counts the memory requested by `new`, on all threads, in programs that link quillmar_live_memory. The
+// allocator's overhead is not counted, so equal states give equal numbers.
 
-// The bytes that were asked for and not given back.
+// Bytes requested and not yet freed.
 std::size_t liveBytes();
-// How often any were asked for.
+// The number of requests.
 std::size_t allocations();
 
 }  // namespace quillmar

@@ -46,16 +46,16 @@ class MemorySecureItems final : public SecureItemStore {
     return items_.erase(Name{service, account}) > 0 ? SecureItemStatus::success : SecureItemStatus::notFound;
   }
 
-  // As while the device is locked: everything is refused with `interactionNotAllowed`.
+  // Like a locked device: every call returns `interactionNotAllowed`.
   void setLocked(bool locked) {
     failWith(locked ? std::optional(SecureItemStatus::interactionNotAllowed) : std::nullopt);
   }
-  // Everything ends with this status until told otherwise.
+  // Every call returns this status; nullopt ends that.
   void failWith(std::optional<SecureItemStatus> status) {
     const std::scoped_lock lock(mutex_);
     refusal_ = status;
   }
-  // Runs before each write. To be set before anybody writes.
+  // Called before each write. Set it before the first one.
   void watchWrites(std::function<void()> listener) { writeListener_ = std::move(listener); }
   std::map<Name, std::string> items() const {
     const std::scoped_lock lock(mutex_);

@@ -51,7 +51,7 @@ class MemorySettingsStore final : public SettingsStore {
     return {values_.begin(), values_.end()};
   }
 
-  // How often `set` and `remove`, and how often each of the others were called.
+  // `writes` counts calls of `set` and `remove`; the others count one function each.
   int writes() const {
     const std::scoped_lock lock(mutex_);
     return writes_;

@@ -10,7 +10,7 @@
 
 namespace quillmar {
 
-// A session over the real network that the machine's virtual time waits for.
+// A session over the real network; virtual time waits for its requests.
 class NetworkSession final : public HttpSession {
  public:
   NetworkSession(const std::string& caFile, VirtualDispatch& time)
@@ -25,7 +25,7 @@ class NetworkSession final : public HttpSession {
   SettlingHttpSession settling_;
 };
 
-// For an application whose service is at `root`, with certificates of the authority in `caFile`.
+// For a service at `root` whose certificate is signed by an authority in `caFile`.
 inline TestApplication::Network realNetwork(std::string root, std::string caFile) {
   return {
       .makeSession = [caFile = std::move(caFile)](

@@ -13,7 +13,7 @@
 
 namespace quillmar {
 
-// The code as a camera would see it: white paper around, each module a few pixels wide.
+// Draws the code with a white border and several pixels a module, and reads it.
 inline ZXing::Result readPictureOf(const QRModules& modules) {
   constexpr std::size_t moduleSize = 4;
   constexpr std::size_t quietZone = 4;
@@ -31,7 +31,7 @@ inline ZXing::Result readPictureOf(const QRModules& modules) {
   return ZXing::ReadBarcode(image, ZXing::DecodeHints().setFormats(ZXing::BarcodeFormat::QRCode));
 }
 
-// Byte for byte; empty where nothing was read.
+// The bytes of the code; empty if none was read.
 inline std::string textOf(const ZXing::Result& result) {
   const auto& bytes = result.bytes();
   return {bytes.begin(), bytes.end()};

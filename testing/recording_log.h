@@ -22,7 +22,7 @@ class RecordingLog final : public Log {
     system_.emplace_back(line);
   }
 
-  // The lines of the standard output and those of the system's log, in order.
+  // The lines for the standard output, and those for the system's log.
   std::vector<std::string> printed() const {
     const std::scoped_lock lock(mutex_);
     return printed_;

@@ -6,8 +6,8 @@
 
 namespace quillmar {
 
-// Gives a variable of the environment another value for a while, or none for a null. While no other thread
-// reads it.
+// Sets an environment variable, or unsets it if the value is null, and restores it. No other thread may read
+// the environment meanwhile.
 class ScopedEnvironment {
  public:
   ScopedEnvironment(const char* name, const char* value) : name_(name) {

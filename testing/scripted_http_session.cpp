@@ -12,7 +12,7 @@ constexpr std::string_view serviceRoot = "/api/v1";
 
 std::string_view withoutQuery(std::string_view target) { return target.substr(0, target.find('?')); }
 
-// What follows scheme and authority, without the fragment.
+// The URL without scheme, authority and fragment.
 std::string_view target(std::string_view url) {
   url = url.substr(0, url.find('#'));
   if (const auto scheme = url.find("://"); scheme != std::string_view::npos) {
@@ -113,7 +113,7 @@ void ScriptedHttpSession::State::run(Pending pending, std::optional<DataTaskResu
   pending.completion(std::move(*result));
 }
 
-// A script with the query in its path goes before one without.
+// A script whose path has a query takes precedence.
 DataTaskResult ScriptedHttpSession::State::scriptedAnswer(const HttpRequest& request) {
   const std::string_view sent = target(request.url);
   for (const auto path : {sent, withoutQuery(sent)}) {

@@ -19,23 +19,22 @@
 
 namespace quillmar {
 
-// The value of a request's header, in whatever case its name was written.
+// The value of a request's header, ignoring the name's case.
 std::optional<std::string> header(const HttpRequest& request, std::string_view name);
 
-// What a data task may bring, the odd ends included.
+// Results of a data task, including malformed ones.
 DataTaskResult httpAnswer(int status, std::string body = {});
 DataTaskResult transportFailure(TransportError::Kind kind, std::string host = {});
 DataTaskResult answerWithoutData(int status);
 DataTaskResult answerWithoutResponse(std::string body);
 DataTaskResult answerThatIsNotHttp(std::string body);
 
-// A session without a network: it records what is sent and answers by a script. A request is answered when
-// its turn comes on the session's queue, so that a script written after the call but before the queues run
-// counts. Completions run on that queue one after another, never inside `dataTask` and never on the main
-// thread.
+// A session without a network: records requests and answers them from a script. The answer is chosen when the
+// request's turn comes on the session's queue, so a script may be written after the call. Completions run on
+// that queue one at a time, never inside `dataTask` and never on the main thread.
 //
-// A request is named by method and path. The path is what follows "/api/v1" in the URL, or the URL's whole
-// path where that isn't in it; with a query it must be the same, without one any query matches. Any thread.
+// A request is named by method and path. The path is the part of the URL after "/api/v1", or the whole path
+// if that is missing. A name with a query matches only the same query; one without matches any. Thread-safe.
 class ScriptedHttpSession final : public HttpSession {
  public:
   explicit ScriptedHttpSession(Dispatch& dispatch);
@@ -43,40 +42,40 @@ class ScriptedHttpSession final : public HttpSession {
 
   void dataTask(HttpRequest request, Completion completion) override;
 
-  // The next request of this name gets this answer; several make a queue, each used once.
+  // The answer to the next request of this name. Several form a queue.
   void answer(std::string_view method, std::string_view path, int status, std::string body = {});
   void answer(std::string_view method, std::string_view path, DataTaskResult result);
   void fail(std::string_view method, std::string_view path, TransportError::Kind kind);
-  // Every request of this name that finds its queue empty gets this one; replaces the one before.
+  // The answer to every request of this name whose queue is empty. Replaces the previous one.
   void answerAlways(std::string_view method, std::string_view path, int status, std::string body = {});
   void answerAlways(std::string_view method, std::string_view path, DataTaskResult result);
   void failAlways(std::string_view method, std::string_view path, TransportError::Kind kind);
-  // Requests that no script names fail with `cannotConnectToHost` unless told otherwise here.
+  // For requests without a script; `cannotConnectToHost` by default.
   void answerEverythingElse(DataTaskResult result);
   void forgetScript();
 
-  // All requests in the order of sending.
+  // In the order of sending.
   std::vector<HttpRequest> requests() const;
   std::vector<HttpRequest> requests(std::string_view method, std::string_view path) const;
   std::size_t count(std::string_view method, std::string_view path) const;
-  // "POST /auth/login" for each request, in order.
+  // Each as "POST /auth/login", in the order of sending.
   std::vector<std::string> calls() const;
   void forgetRequests();
 
-  // From now on requests stay pending until they are released or completed by hand.
+  // Requests stay pending until `release`, `complete` or `releaseAll`.
   void hold();
   void hold(std::string_view method, std::string_view path);
   std::vector<HttpRequest> held() const;
-  // Lets the held request at `index` of `held()` have its scripted answer, or the given one.
+  // `index` refers to `held()`. `release` uses the scripted answer, `complete` the given one.
   void release(std::size_t index = 0);
   void complete(std::size_t index, DataTaskResult result);
-  // Ends all holding; what is held gets its scripted answer, in the order of sending.
+  // Ends holding and answers the held requests from the script, in the order of sending.
   void releaseAll();
 
-  // Every body of an answer passes through this on its way.
+  // Applied to the body of each answer.
   void alterBodies(std::function<std::string(const std::string&)> alter);
 
-  // Answers take this long. Nothing at first.
+  // The delay of each answer. Zero by default.
   void setLatency(Duration latency);
 
  private:

@@ -9,9 +9,8 @@
 
 namespace quillmar {
 
-// Passes requests on to a session with a network of its own and counts those under way, from `dataTask` until
-// the completion has returned. Given a virtual dispatch, `settle` and `advance` of that wait until none is
-// left.
+// Passes requests to a real session and counts the pending ones, from `dataTask` to the return of the
+// completion. With a virtual dispatch, `settle` and `advance` wait until there are none.
 class SettlingHttpSession final : public HttpSession {
  public:
   explicit SettlingHttpSession(HttpSession& inner, VirtualDispatch* dispatch = nullptr)

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// A new directory that goes with its object, contents included.
+// A new directory, deleted with its content by the destructor.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {

@@ -22,18 +22,18 @@ namespace quillmar {
 
 using StoredSettings = std::map<std::string_view, SettingValue>;
 
-// A whole application on a machine of its own.
+// A whole application with its own platform.
 class TestApplication {
  public:
   static constexpr const char* serviceRoot = "https://au.example";
 
-  // Where requests go: a session over the machine's time, and the root of the service that it reaches.
+  // The session for requests, and the root of the service.
   struct Network {
     std::function<std::unique_ptr<HttpSession>(VirtualDispatch& time)> makeSession;
     std::string root;
   };
 
-  // In the place of the simulated one; each start of the application makes its own.
+  // Replaces the simulated tunnel service; called at each start of the application.
   using MakeTunnel = std::function<std::unique_ptr<TunnelService>(Dispatch& time)>;
 
   explicit TestApplication(const StoredSettings& stored = {}, const std::optional<Network>& network = {},
@@ -47,7 +47,7 @@ class TestApplication {
     start();
   }
 
-  // Ends the process and starts it anew on the same machine.
+  // Restarts the application on the same platform.
   void restart() {
     app_.reset();
     start();
@@ -59,7 +59,7 @@ class TestApplication {
   VPNDNSManager& vpn() { return *environment().vpnManager(); }
   BackgroundService& background() { return *environment().backgroundService(); }
 
-  // The screen of this type, or null where it is not up.
+  // The visible screen of this type, or null.
   template <class Screen>
   std::shared_ptr<Screen> find() {
     for (const auto& object : app_->contentView().screens()) {

@@ -50,7 +50,7 @@ DispatchQueue& VirtualDispatch::main() { return *main_; }
 
 DispatchQueue& VirtualDispatch::global(QualityOfService) { return *global_; }
 
-// One thread runs everything in the order of posting, so every queue is a serial one.
+// One thread runs everything in posting order, so every queue is serial.
 std::shared_ptr<DispatchQueue> VirtualDispatch::makeSerialQueue(std::string_view) {
   return std::make_shared<Queue>(*this, false);
 }
@@ -212,7 +212,7 @@ void VirtualDispatch::run(Entry entry) {
   running_ = true;
   inBackground_ = !entry.onMain;
   entry.task();
-  entry.task = nullptr;  // What the closure held goes on the thread that ran it.
+  entry.task = nullptr;  // Released on the thread that ran the task.
   inBackground_ = false;
   running_ = false;
 }

@@ -15,10 +15,9 @@
 
 namespace quillmar {
 
-// Queues, timers and the clock in virtual time. Everything runs on the thread that made it, inside `settle`
-// and `advance` and nowhere else, in the order of due times and then of posting. Time stands still but in
-// `advance` and `jump`. Tasks may be posted from any thread; everything else belongs to the thread that made
-// it.
+// Queues, timers and the clock in virtual time. Tasks run only inside `settle` and `advance`, on the thread
+// that created this, ordered by due time and then by posting. Time changes only in `advance` and `jump`.
+// Posting is thread-safe; everything else belongs to that thread.
 class VirtualDispatch final : public Dispatch {
  public:
   // 8 October 2016, 22:31:00 UTC.
@@ -29,40 +28,40 @@ class VirtualDispatch final : public Dispatch {
   ~VirtualDispatch() override;
 
   Date now() const override;
-  // False while a task of a background queue runs, as it would be on a thread of its own.
+  // False while a task of a background queue runs.
   bool isMainThread() const override;
   DispatchQueue& main() override;
   DispatchQueue& global(QualityOfService quality) override;
   std::shared_ptr<DispatchQueue> makeSerialQueue(std::string_view label) override;
   [[nodiscard]] std::unique_ptr<Timer> scheduleRepeating(Duration period, Task task) override;
 
-  // Runs what is due, and what that makes due, until nothing is left to do now. Waits in real time for
-  // external work that is under way; false when that took longer than the patience.
+  // Runs due tasks, including those that they post, until none is left. Waits in real time for external work;
+  // false after the timeout.
   bool settle();
-  // Moves time on, through each task and timer on the way when its time comes, settling before each step.
+  // Moves time forward, stopping at each task and timer that falls due, and settles at every stop.
   bool advance(Duration duration);
-  // Time passes while nothing runs, as in a suspended process; what fell due in it is run late, by the next
-  // `settle`.
+  // Moves time forward without running anything, as in a suspended process. The next `settle` runs what fell
+  // due, late.
   void jump(Duration duration);
 
-  // Settles until `predicate` holds, waiting for posts of other threads; false when the patience ended first.
+  // Settles until `predicate` returns true; waits for posts of other threads. False after the timeout.
   bool settleUntil(const std::function<bool()>& predicate);
-  // The same, moving time on to the next task or timer whenever nothing is left to do now.
+  // The same, but moves time to the next task or timer whenever nothing is due.
   bool advanceUntil(const std::function<bool()>& predicate);
-  // Blocks until something is ready to run; false when the patience ended first.
+  // Blocks until a task is due. False after the timeout.
   bool waitForWork();
 
   bool hasReadyWork() const;
-  // When the next task or timer falls due; far in the future when there is none.
+  // The due time of the next task or timer; far in the future if there is none.
   Date nextDue() const;
 
-  // Keeps `settle` and `advance` waiting for as long as the token is held: work of another thread is under
-  // way that will post here. May be taken and given back on any thread.
+  // `settle` and `advance` wait while the returned token exists: another thread is working and will post
+  // here. Thread-safe.
   [[nodiscard]] std::shared_ptr<void> beginExternalWork();
-  // The longest real time for which `settle`, `advance` and the waits stand still. 20 s at first.
+  // The real-time limit of `settle`, `advance` and the waits; 20 s by default.
   void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }
 
-  // Drops everything that is still to run, and whatever is posted from then on.
+  // Drops all tasks, and those that are posted later.
   void close();
 
  private:

@@ -16,8 +16,8 @@
 #include "testing/test_application.h"
 #include "testing/ui/ui_stage.h"
 
-// What a parent's windows are filled with, in tests and in pictures: a family of three children, of which Mia
-// has five devices, a policy and some activity.
+// The content of a parent's windows in tests and pictures: a family of three children. Mia has five devices,
+// a policy and activity.
 namespace quillmar {
 
 StoredSettings signedInParent();

@@ -17,7 +17,7 @@ bool isInUse(const QQuickItem& item) { return item.isVisible() && item.opacity()
 
 QString shownText(const QQuickItem& item) { return item.property("text").toString(); }
 
-// Depth first, topmost drawn first.
+// Depth first, the topmost item first.
 bool isControl(const QQuickItem& item) { return item.activeFocusOnTab(); }
 
 QPointingDevice& touchScreen() {
@@ -72,7 +72,7 @@ UiStage::UiStage(const Options& options) : application(options.stored, options.n
 
 UiStage::~UiStage() = default;
 
-// The machine only records how its windows are to look.
+// FakeWindowStyle only records the wanted look; this applies it.
 void UiStage::followLook() {
   const auto apply = [this] {
     if (!application.machine.windowStyle.styles.empty()) {
@@ -91,7 +91,7 @@ void UiStage::settle() {
     QCoreApplication::processEvents();
     animations_->step(longerThanAStep);
   }
-  // Layouts come to rest when a frame is made.
+  // Layouts are finished only when a frame is rendered.
   window().grabWindow();
   QCoreApplication::processEvents();
 }

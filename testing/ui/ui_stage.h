@@ -20,7 +20,7 @@ class QQuickItem;
 
 namespace quillmar::ui {
 
-// Animations that move only when they are told to. A process has one such clock, which its stages share.
+// Animations that advance only on request. A process has one such clock; all stages share it.
 class SteppedAnimations final : public QAnimationDriver {
  public:
   static std::shared_ptr<SteppedAnimations> shared();
@@ -36,12 +36,11 @@ class SteppedAnimations final : public QAnimationDriver {
 
  private:
   qint64 elapsed_ = 0;
-  // While nothing but pauses run, Qt lets them last in real time. This one never pauses.
+  // Qt runs pauses in real time if nothing else is running, so this animation never ends.
   QVariantAnimation endless_;
 };
 
-// A whole application on a machine of its own, and its real window: in virtual time, with animations that end
-// at once.
+// A whole application with its window, in virtual time. Animations end at once.
 class UiStage {
  public:
   struct Options {
@@ -61,24 +60,23 @@ class UiStage {
   PermissionPrompt permissionPrompt;
 
   QQuickWindow& window() const { return window_->quickWindow(); }
-  // Lets the application and its window come to rest: what is due now has run, and every transition has
-  // ended.
+  // Runs everything that is due and finishes all transitions.
   void settle();
-  // The same after virtual time has passed.
+  // Advances virtual time, then settles.
   void advance(Duration duration);
-  // What is due now has run, and the transitions have gone on by this much and no more.
+  // Runs everything that is due and advances the transitions by this much only.
   void step(Duration duration);
   QImage picture();
 
-  // The first item in use that shows this text, or has it as its name; null where there is none.
+  // The first enabled item with this text or name, or null.
   QQuickItem* find(const QString& text) const;
   bool shows(const QString& text) const { return find(text) != nullptr; }
-  // The first control in use of this name; null where there is none.
+  // The first enabled control with this name, or null.
   QQuickItem* control(const QString& name) const;
   QQuickItem* focused() const;
-  // The name under which a screen reader knows the item with the focus.
+  // The accessible name of the focused item.
   QString focusedName() const;
-  // Gives a control the focus, as the Tab key does.
+  // As the Tab key does.
   void focusOn(const QString& name);
   // Presses Tab until this control has the focus.
   void tabTo(const QString& name);
@@ -87,13 +85,13 @@ class UiStage {
   void type(const QString& text);
   void click(const QString& text);
   void clickAt(QPoint point, Qt::MouseButton button = Qt::LeftButton);
-  // Presses at the point, goes `way` in small steps, and lets go unless told to hold on.
+  // Presses at the point and moves by `way` in small steps. Releases, unless `holdOn`.
   enum class Pointer { mouse, finger };
   enum class Ending { letGo, holdOn };
   void drag(Pointer pointer, QPoint from, QPoint way, Ending ending = Ending::letGo);
   void letGo(Pointer pointer, QPoint at);
   void tap(QPoint point);
-  // Brings the mouse there, with no button down.
+  // Moves the mouse there without pressing.
   void pointAt(QPoint point);
 
  private:
@@ -104,21 +102,21 @@ class UiStage {
   Subscription look_;
 };
 
-// The name under which a screen reader knows an item; empty where it knows none.
+// The name that a screen reader announces; empty if there is none.
 QString accessibleName(const QQuickItem& item);
-// Whether a screen reader hears that it is checked.
+// Whether a screen reader announces it as checked.
 bool isChecked(const QQuickItem& item);
-// The middle of an item, in its window.
+// In window coordinates.
 QPoint middleOf(const QQuickItem& item);
-// The item that `item` is, or stands in, of this kind; null where there is none.
+// The item itself or its nearest ancestor of this type, or null.
 QQuickItem* around(QQuickItem* item, const char* kind);
-// Whether it is pressed as a whole: a button of ours, or one of Qt's switches and boxes.
+// Whether it is pressed as a whole: a button of ours, or a switch or check box of Qt's.
 bool isButton(const QQuickItem& item);
-// The nearest button around an item, itself included; null where there is none.
+// The item itself or its nearest ancestor that is a button, or null.
 QQuickItem* buttonAround(QQuickItem* item);
-// How much of an item is drawn, with all that it stands in.
+// The opacity of the item, multiplied by that of its ancestors.
 double shownOpacity(const QQuickItem& item);
-// The item itself and all that stands in it, hidden ones left out.
+// Visits the item and its visible descendants.
 void forEachShown(const QQuickItem& item, const std::function<void(const QQuickItem&)>& visit);
 
 }  // namespace quillmar::ui

@@ -12,8 +12,8 @@ import unittest
 
 ROOT = pathlib.Path(sys.argv.pop() if len(sys.argv) > 1 else pathlib.Path(__file__).parents[2])
 
-# Which folders of ours a folder may include, besides itself: the lowest first, so that a row names rows above it
-# only. A folder within one of these has its own row or belongs to the one above.
+# The folders that a folder may include besides itself, the lowest first: a row names only rows above it. A
+# subfolder without a row belongs to its parent's.
 BOTTOM = {"foundation", "platform"}
 CLIENT = BOTTOM | {"client/records", "client"}
 SESSION = CLIENT | {"presentation", "app/session"}
@@ -47,10 +47,11 @@ MAY_INCLUDE = {
     "sandbox": {"command_line"},
 }
 
-# What decides and reads without a platform.
+# Folders without platform code.
 PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
 
-# What the core may include from outside: the standard library, and foundation the libraries that it wraps.
+# External headers that the core may include: the standard library, and in foundation the libraries that it
+# wraps.
 LIBRARIES = {"foundation": re.compile(r"simdjson\.h|unicode/\w+\.h")}
 # A header that brings the parser of JSON brings it to everyone; a source that decodes includes it for itself.
 PARSER = {"foundation/json_decode.h", "simdjson.h"}

@@ -2,8 +2,7 @@
 
 // What every TunnelService promises:
 //   INSTANTIATE_TEST_SUITE_P(NetworkManager, TunnelServiceContract,
-//   testing::Values(factory<TunnelServiceHarness, NetworkManagerHarness>("NetworkManager")));
-//   testing::Values(makeNetworkManagerHarness));
+//       testing::Values(factory<TunnelServiceHarness, NetworkManagerHarness>("NetworkManager")));
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string_view>
 
-// What every fuzz target offers to whoever drives it.
+// The entry point of a fuzz target, for libFuzzer and for replay.cpp.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace quillmar::fuzz {
@@ -15,7 +15,7 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-// A broken promise ends the process, so that its input is kept.
+// Aborts, so that libFuzzer keeps the input.
 inline void require(bool kept, const char* promise) {
   if (!kept) {
     std::fprintf(stderr, "Broken: %s\n", promise);

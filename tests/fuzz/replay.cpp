@@ -1,4 +1,4 @@
-// Feeds every file of a folder to the fuzz target that this is linked with.
+// Runs the linked fuzz target on every file of a folder.
 
 #include <cstdio>
 #include <filesystem>

@@ -1,5 +1,5 @@
-// An input is a request: its first line is "METHOD TARGET", with a T before it for one that carries a good
-// token; the rest is its body. {child}, {device}, {member} and {endpoint} stand for what is there.
+// The input is a request. The first line is "METHOD TARGET"; a T before it adds a valid token. The rest is
+// the body. {child}, {device}, {member} and {endpoint} are replaced by existing ids.
 
 #include <array>
 #include <memory>

@@ -1,5 +1,4 @@
-// What an endpoint says. An input is its age in one byte and the answer, which is taken for one to its own
-// question.
+// The input is an endpoint's answer to its own question, preceded by its age in one byte.
 
 #include "tests/fuzz/fuzz.h"
 #include "tunnel/dns/answer.h"

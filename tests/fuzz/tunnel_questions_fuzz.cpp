@@ -1,4 +1,4 @@
-// What clients send, and all replies that can be made of it without asking anybody.
+// The input is a client's query. Builds every reply that needs no upstream.
 
 #include "tests/fuzz/fuzz.h"
 #include "tunnel/dns/reply.h"
