@@ -44,7 +44,7 @@ namespace quillmar::bench {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Words = std::vector<std::string>;
+using Command = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 constexpr int rounds = 21;
@@ -151,7 +151,7 @@ class Watcher {
 // A process with piped standard output, killed by the destructor.
 class Program {
  public:
-  explicit Program(Words words) {
+  explicit Program(Command command) {
     std::array<int, 2> ends{};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
       giveUp("no pipe");
@@ -162,13 +162,13 @@ class Program {
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, inside.get(), STDOUT_FILENO);
     std::vector<char*> arguments;
-    for (std::string& word : words) {
+    for (std::string& word : command) {
       arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
     start = Clock::now();
     if (posix_spawn(&process_, arguments.front(), &actions, nullptr, arguments.data(), environ) != 0) {
-      giveUp("can't start " + words.front());
+      giveUp("can't start " + command.front());
     }
     posix_spawn_file_actions_destroy(&actions);
   }
@@ -240,8 +240,8 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-void measure(Watcher& watcher, const Words& words, Figures& figures) {
-  Program program(words);
+void measure(Watcher& watcher, const Command& command, Figures& figures) {
+  Program program(command);
   const auto encrypted = watcher.passOn();
   const std::chrono::duration<double, std::milli> time = encrypted - program.start;
   for (bool isDone = false; !isDone;) {
@@ -264,9 +264,9 @@ void tell(const char* peer, const Figures& agent, const Figures& bare) {
   };
   std::printf("%s\n", peer);
   line("exec to the check-in's first byte", "ms", agent.milliseconds, bare.milliseconds);
-  line("resident memory after it", "MiB", agent.resident, bare.resident);
-  line("its share of what is shared", "MiB", agent.proportional, bare.proportional);
-  line("its own alone", "MiB", agent.own, bare.own);
+  line("resident memory (RSS) after it", "MiB", agent.resident, bare.resident);
+  line("proportional memory (PSS)", "MiB", agent.proportional, bare.proportional);
+  line("private memory (USS)", "MiB", agent.own, bare.own);
 }
 
 std::string enrolledDevice(Client& client, const std::string& service, const std::string& caFile) {
@@ -293,8 +293,8 @@ void writeSettings(const fs::path& directory, const std::string& root, const std
   settings.set(settings::apiBaseURL, root);
 }
 
-void watchIdle(Watcher& watcher, const Words& words, int seconds) {
-  Program program(words);
+void watchIdle(Watcher& watcher, const Command& command, int seconds) {
+  Program program(command);
   watcher.passOn();
   for (bool isDone = false; !isDone;) {
     watcher.serve(program.output());
@@ -323,12 +323,12 @@ void run(int idleSeconds) {
   const std::string allAuthorities = (directory.path() / "authorities.pem").string();
   std::ofstream(allAuthorities) << std::ifstream("/etc/ssl/certs/ca-certificates.crt").rdbuf()
                                 << std::ifstream(service.caFile).rdbuf();
-  const Words agent{QUILLMAR_AGENT, "--data-dir",   (directory.path() / "data").string(),
-                    "--ca-file",    service.caFile, "run"};
-  const Words bare{QUILLMAR_BARE, (directory.path() / "data" / "settings.db").string(), watcher.url,
-                   allAuthorities, deviceId};
-  const Words thrifty{bare.at(0),     bare.at(1), watcher.url,
-                      service.caFile, deviceId,   CurlHttpSession::Options().caDirectory};
+  const Command agent{QUILLMAR_AGENT, "--data-dir",   (directory.path() / "data").string(),
+                      "--ca-file",    service.caFile, "run"};
+  const Command bare{QUILLMAR_BARE, (directory.path() / "data" / "settings.db").string(), watcher.url,
+                     allAuthorities, deviceId};
+  const Command thrifty{bare.at(0),     bare.at(1), watcher.url,
+                        service.caFile, deviceId,   CurlHttpSession::Options().caDirectory};
 
   Figures ours;
   Figures theirs;

@@ -28,7 +28,7 @@ extern char** environ;
 namespace quillmar::bench {
 namespace {
 
-using Words = std::vector<std::string>;
+using Command = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 constexpr int rounds = 5;
@@ -44,7 +44,7 @@ constexpr int endpointPort = 28443;
 // A process, killed by the destructor; its output goes to a file.
 class Program {
  public:
-  Program(Words words, const fs::path& output) {
+  Program(Command command, const fs::path& output) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -52,12 +52,12 @@ class Program {
                                      0600);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     std::vector<char*> arguments;
-    for (std::string& word : words) {
+    for (std::string& word : command) {
       arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
     if (posix_spawnp(&process_, arguments.front(), &actions, nullptr, arguments.data(), environ) != 0) {
-      giveUp("can't start " + words.front() + ", which is a package of the same name");
+      giveUp("can't start " + command.front() + ", which is a package of the same name");
     }
     posix_spawn_file_actions_destroy(&actions);
   }
@@ -107,7 +107,7 @@ double median(std::vector<double> values) {
 struct Contender {
   std::string name;
   int port;
-  Words words;
+  Command command;
   std::unique_ptr<Program> program{};
   std::vector<double> microseconds{};
   std::vector<double> latencies{};
@@ -184,7 +184,7 @@ void run() {
                         {"dnss", "-enable_dns_to_https", "-dns_listen_addr", "127.0.0.1:25303",
                          "-https_upstream", url, "-https_client_cafile", ca, "-enable_cache=false"}});
   for (auto& contender : contenders) {
-    contender.program = std::make_unique<Program>(contender.words, directory.path() / contender.name);
+    contender.program = std::make_unique<Program>(contender.command, directory.path() / contender.name);
   }
   std::this_thread::sleep_for(std::chrono::seconds(3));  // dnsdist checks its endpoint before it uses it
   for (int round = 0; round < rounds; ++round) {

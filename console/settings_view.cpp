@@ -68,7 +68,7 @@ void SettingsView::startDeletion() {
   deleteAccountError = std::string();
   auto show = weakly([this](const Result<void>& result) { handleDeletion(result); });
   // An account that is gone ends its session, also where this screen has gone meanwhile.
-  auto handle = [show = std::move(show), guard = lifeGuard(),
+  auto handle = [show = std::move(show), guard = lifetimeGuard(),
                  session = session_](const Result<void>& result) mutable {
     if (guard.alive()) {
       show(result);

@@ -21,10 +21,10 @@ class Member;
 class ObservableObject;
 
 // Held by a closure that may outlive the object, and checked before the object is touched.
-class LifeGuard {
+class LifetimeGuard {
  public:
-  LifeGuard() = default;
-  explicit LifeGuard(const std::shared_ptr<const bool>& life) : life_(life) {}
+  LifetimeGuard() = default;
+  explicit LifetimeGuard(const std::shared_ptr<const bool>& life) : life_(life) {}
   bool alive() const { return !life_.expired(); }
 
  private:
@@ -49,12 +49,12 @@ class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
     return changes_.connect(std::move(listener));
   }
 
-  LifeGuard lifeGuard() const { return LifeGuard(life_); }
+  LifetimeGuard lifetimeGuard() const { return LifetimeGuard(life_); }
 
   // Returns the closure wrapped so that it does nothing once this object is destroyed. Main thread only.
   template <class Function>
   auto weakly(Function function) const {
-    return [this, guard = lifeGuard(), function = std::move(function)](auto&&... args) mutable {
+    return [this, guard = lifetimeGuard(), function = std::move(function)](auto&&... args) mutable {
       if (guard.alive()) {
         const auto held = weak_from_this().lock();
         function(std::forward<decltype(args)>(args)...);

@@ -96,7 +96,7 @@ void AuthState::refreshTokenIfNeeded() {
 }
 
 void AuthState::refresh() {
-  auto handle = [this, guard = lifeGuard(), &log = log_](const Result<AuthResponse>& refreshed) {
+  auto handle = [this, guard = lifetimeGuard(), &log = log_](const Result<AuthResponse>& refreshed) {
     if (refreshed.ok()) {
       log.print("[AuthState] Token refresh successful");
       if (guard.alive()) {

@@ -1,7 +1,7 @@
 # Sourced by scripts that start other programs. No such program outlives the script, however it ends.
 aside_processes=()
 # In seconds, between the request to end and the kill.
-aside_patience=10
+aside_timeout=10
 
 # Starts a program that ends with this script: by the trap below, or by the kernel if the script is killed. It
 # gets its own process group, so that its children end with it.
@@ -22,7 +22,7 @@ end_asides() {
     kill -TERM -- "-$process" 2>/dev/null || true
   done
   for process in "${aside_processes[@]}"; do
-    await_end "$process" "$aside_patience"
+    await_end "$process" "$aside_timeout"
     kill -KILL -- "-$process" 2>/dev/null || true
     wait "$process" 2>/dev/null || true
   done

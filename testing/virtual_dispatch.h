@@ -59,7 +59,7 @@ class VirtualDispatch final : public Dispatch {
   // here. Thread-safe.
   [[nodiscard]] std::shared_ptr<void> beginExternalWork();
   // The real-time limit of `settle`, `advance` and the waits; 20 s by default.
-  void setPatience(std::chrono::milliseconds patience) { patience_ = patience; }
+  void setTimeout(std::chrono::milliseconds timeout) { timeout_ = timeout; }
 
   // Drops all tasks, and those that are posted later.
   void close();
@@ -88,13 +88,13 @@ class VirtualDispatch final : public Dispatch {
   bool isReady() const;
   bool runNext();
   void run(Entry entry);
-  Clock::time_point deadline() const { return Clock::now() + patience_; }
+  Clock::time_point deadline() const { return Clock::now() + timeout_; }
   bool settleBy(Clock::time_point deadline);
 
   const std::thread::id driver_ = std::this_thread::get_id();
   bool inBackground_ = false;
   bool running_ = false;
-  std::chrono::milliseconds patience_ = std::chrono::seconds(20);
+  std::chrono::milliseconds timeout_ = std::chrono::seconds(20);
   std::unique_ptr<Queue> main_;
   std::unique_ptr<Queue> global_;
 

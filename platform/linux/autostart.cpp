@@ -19,7 +19,7 @@ namespace quillmar {
 namespace {
 
 namespace fs = std::filesystem;
-using Words = std::vector<std::string>;
+using Command = std::vector<std::string>;
 
 constexpr const char* unit = "quillmar-agent.service";
 constexpr std::string_view entryName = "quillmar-agent.desktop";
@@ -40,7 +40,7 @@ bool hasSystemd() {
 }
 
 // Without input and output, found through PATH. nullopt if it can't be started.
-std::optional<pid_t> spawn(Words words, short flags = 0) {
+std::optional<pid_t> spawn(Command command, short flags = 0) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -53,7 +53,7 @@ std::optional<pid_t> spawn(Words words, short flags = 0) {
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setflags(&attributes, static_cast<short>(flags | POSIX_SPAWN_SETSIGMASK));
   std::vector<char*> arguments;
-  for (std::string& word : words) {
+  for (std::string& word : command) {
     arguments.push_back(word.data());
   }
   arguments.push_back(nullptr);
@@ -65,8 +65,8 @@ std::optional<pid_t> spawn(Words words, short flags = 0) {
   return result == 0 ? std::optional(process) : std::nullopt;
 }
 
-bool succeeds(const Words& words) {
-  const auto process = spawn(words);
+bool succeeds(const Command& command) {
+  const auto process = spawn(command);
   int status = 0;
   return process && ::waitpid(*process, &status, 0) == *process && WIFEXITED(status) &&
          WEXITSTATUS(status) == 0;

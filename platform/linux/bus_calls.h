@@ -32,7 +32,7 @@ class BusCalls {
   void left();
 
   template <class... Args>
-  void send(const Method& method, std::chrono::milliseconds patience, Then then, const Failed& failed,
+  void send(const Method& method, std::chrono::milliseconds timeout, Then then, const Failed& failed,
             const Args&... arguments) {
     if (!bus_) {
       failed(goneError());
@@ -49,7 +49,7 @@ class BusCalls {
           [this, id, then = std::move(then)](sdbus::MethodReply& reply, const sdbus::Error* error) {
             answered(id, reply, error, then);
           },
-          patience);
+          timeout);
     } catch (const sdbus::Error& error) {
       fail(id, error);
     }

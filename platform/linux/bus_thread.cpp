@@ -43,14 +43,14 @@ ConnectionPtr connectTo(const std::string& address) {
 }
 
 // On a thread that may be abandoned: sd-bus sets no time limit on the handshake of a silent bus.
-ConnectionPtr connectTo(const std::string& address, std::chrono::milliseconds patience) {
+ConnectionPtr connectTo(const std::string& address, std::chrono::milliseconds timeout) {
   std::promise<ConnectionPtr> promise;
   auto connected = promise.get_future();
   std::thread([promise = std::move(promise), address]() mutable {
     blockSignalsOfThisThread();
     promise.set_value(connectTo(address));
   }).detach();
-  auto connection = connected.wait_for(patience) == std::future_status::ready ? connected.get() : nullptr;
+  auto connection = connected.wait_for(timeout) == std::future_status::ready ? connected.get() : nullptr;
   if (!connection) {
     throw sdbus::Error("org.freedesktop.DBus.Error.NoServer", "The system's message bus does not answer.");
   }
@@ -63,9 +63,9 @@ std::string sentenceOf(const sdbus::Error& error) {
   return error.getMessage().empty() ? error.getName() : error.getMessage();
 }
 
-BusThread::BusThread(std::string address, std::chrono::milliseconds patience, BusSession& session)
+BusThread::BusThread(std::string address, std::chrono::milliseconds timeout, BusSession& session)
     : address_(std::move(address)),
-      patience_(patience),
+      timeout_(timeout),
       session_(session),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       thread_([this] { run(); }) {}
@@ -122,9 +122,9 @@ void BusThread::perform(const Task& task) {
 }
 
 void BusThread::join() {
-  bus_ = connectTo(address_, patience_);
+  bus_ = connectTo(address_, timeout_);
   try {
-    bus_->setMethodCallTimeout(patience_);
+    bus_->setMethodCallTimeout(timeout_);
     session_.joined(*bus_);
   } catch (const sdbus::Error&) {
     leave();

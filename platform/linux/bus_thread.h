@@ -42,7 +42,7 @@ class BusThread {
 
   // `address` is "unix:path=" and a socket. `timeout` limits connecting and each call without a limit of its
   // own. The session must outlive this.
-  BusThread(std::string address, std::chrono::milliseconds patience, BusSession& session);
+  BusThread(std::string address, std::chrono::milliseconds timeout, BusSession& session);
   BusThread(const BusThread&) = delete;
   BusThread& operator=(const BusThread&) = delete;
   // Waits for the current work; drops the rest.
@@ -72,7 +72,7 @@ class BusThread {
   bool stopping();
 
   const std::string address_;
-  const std::chrono::milliseconds patience_;
+  const std::chrono::milliseconds timeout_;
   BusSession& session_;
   const FileDescriptor wake_;
   std::mutex mutex_;

@@ -79,7 +79,7 @@ class FprintdCheck::Reader final : private BusSession {
   Reader(const Options& options, PromptChanged promptChanged)
       : options_(options),
         promptChanged_(std::move(promptChanged)),
-        thread_(options.busAddress, options.patience, *this) {}
+        thread_(options.busAddress, options.timeout, *this) {}
 
   // Thread-safe, as are all of these.
   using Told = std::function<void(bool)>;
@@ -147,7 +147,7 @@ void FprintdCheck::Reader::findOut(const Told& told) {
 
 void FprintdCheck::Reader::askForReader(const Told& told) {
   calls_.send(
-      {service, managerPath, managerInterface, "GetDefaultDevice"}, options_.answerPatience,
+      {service, managerPath, managerInterface, "GetDefaultDevice"}, options_.startupTimeout,
       [this, told](sdbus::MethodReply& reply) {
         sdbus::ObjectPath device;
         reply >> device;
@@ -158,7 +158,7 @@ void FprintdCheck::Reader::askForReader(const Told& told) {
 
 void FprintdCheck::Reader::askForFingers(const std::string& device, const Told& told) {
   calls_.send(
-      {service, device, deviceInterface, "ListEnrolledFingers"}, options_.answerPatience,
+      {service, device, deviceInterface, "ListEnrolledFingers"}, options_.startupTimeout,
       [told](sdbus::MethodReply& reply) {
         std::vector<std::string> fingers;
         reply >> fingers;
@@ -320,7 +320,7 @@ void FprintdCheck::Reader::call(const std::string& path, const char* interface, 
                                 const Args&... arguments) {
   check_->calling = true;
   calls_.send(
-      {service, path, interface, method}, options_.patience,
+      {service, path, interface, method}, options_.timeout,
       [this, succeeded = std::move(succeeded), next = std::move(next)](sdbus::MethodReply& reply) {
         succeeded(reply);
         check_->calling = false;
@@ -345,7 +345,7 @@ void FprintdCheck::Reader::callBack(const char* method) {
     goBack();
   };
   calls_.send(
-      {service, device_, deviceInterface, method}, options_.patience, [goOn](sdbus::MethodReply&) { goOn(); },
+      {service, device_, deviceInterface, method}, options_.timeout, [goOn](sdbus::MethodReply&) { goOn(); },
       [goOn](const sdbus::Error&) { goOn(); });
 }
 
@@ -353,7 +353,7 @@ FprintdCheck::FprintdCheck(Dispatch& dispatch) : FprintdCheck(dispatch, Options(
 
 FprintdCheck::FprintdCheck(Dispatch& dispatch, const Options& options)
     : dispatch_(dispatch),
-      fingerPatience_(options.fingerPatience),
+      fingerTimeout_(options.fingerTimeout),
       prompt_(std::make_shared<PromptSignal>()),
       reader_(std::make_shared<Reader>(
           options, hoppingToMain(dispatch, [known = std::weak_ptr(prompt_)](const Prompt& prompt) {
@@ -383,7 +383,7 @@ Subscription FprintdCheck::observeAnswer(const std::function<void()>& observer) 
 void FprintdCheck::evaluate(std::string_view reason, std::function<void(BiometricReply)> reply) {
   const auto number = ++lastCheck_;
   reader_->check(number, std::string(reason), reply);
-  dispatch_.main().asyncAfter(std::chrono::duration_cast<Duration>(fingerPatience_),
+  dispatch_.main().asyncAfter(std::chrono::duration_cast<Duration>(fingerTimeout_),
                               [known = std::weak_ptr(reader_), number] {
                                 if (const auto reader = known.lock()) {
                                   reader->conclude(number, failure(systemCancel));

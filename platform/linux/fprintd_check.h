@@ -27,11 +27,11 @@ class FprintdCheck final : public BiometricCheck {
     // Always the system bus, whatever the environment says, because its answers are trusted.
     std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
     // For each reply of fprintd during a check.
-    std::chrono::milliseconds patience{1500};
+    std::chrono::milliseconds timeout{1500};
     // For a reply of an fprintd that may have to be started first. Nothing blocks meanwhile.
-    std::chrono::milliseconds answerPatience{std::chrono::seconds(30)};
+    std::chrono::milliseconds startupTimeout{std::chrono::seconds(30)};
     // For a finger.
-    std::chrono::milliseconds fingerPatience{std::chrono::minutes(1)};
+    std::chrono::milliseconds fingerTimeout{std::chrono::minutes(1)};
     int wrongFingers = 5;
     std::chrono::milliseconds lockTime{std::chrono::minutes(5)};
   };
@@ -65,7 +65,7 @@ class FprintdCheck final : public BiometricCheck {
     Signal<> given;
   };
 
-  const std::chrono::milliseconds fingerPatience_;
+  const std::chrono::milliseconds fingerTimeout_;
   const std::shared_ptr<Answer> answer_ = std::make_shared<Answer>();
   const std::shared_ptr<PromptSignal> prompt_;
   const std::shared_ptr<Reader> reader_;  // owned by the main thread only

@@ -247,7 +247,7 @@ Found perform(const Operation& operation, GCancellable* cancellable) {
 }
 
 // On a thread that is abandoned after the timeout: connecting to a silent bus can't be cancelled.
-Found within(std::chrono::milliseconds patience, Operation operation) {
+Found within(std::chrono::milliseconds timeout, Operation operation) {
   const std::shared_ptr<GCancellable> cancellable(g_cancellable_new(), g_object_unref);
   std::promise<Found> promise;
   auto found = promise.get_future();
@@ -255,7 +255,7 @@ Found within(std::chrono::milliseconds patience, Operation operation) {
     blockSignalsOfThisThread();
     promise.set_value(perform(operation, cancellable.get()));
   });
-  if (found.wait_for(patience) == std::future_status::ready) {
+  if (found.wait_for(timeout) == std::future_status::ready) {
     thread.join();
     return found.get();
   }
@@ -272,20 +272,20 @@ ItemName nameOf(std::string_view service, std::string_view account) {
 
 SecureItemStatus LibsecretItemStore::add(std::string_view service, std::string_view account,
                                          std::string_view bytes) {
-  return within(patience_, [name = nameOf(service, account), bytes = std::string(bytes)](
-                               Keyring& keyring) { return quillmar::add(keyring, name, bytes); })
+  return within(timeout_, [name = nameOf(service, account), bytes = std::string(bytes)](
+                              Keyring& keyring) { return quillmar::add(keyring, name, bytes); })
       .status;
 }
 
 SecureItemStore::Found LibsecretItemStore::copyMatching(std::string_view service, std::string_view account) {
-  return within(patience_, [name = nameOf(service, account)](Keyring& keyring) {
+  return within(timeout_, [name = nameOf(service, account)](Keyring& keyring) {
     return quillmar::copyMatching(keyring, name);
   });
 }
 
 SecureItemStatus LibsecretItemStore::remove(std::string_view service, std::string_view account) {
-  return within(patience_, [name = nameOf(service, account)](
-                               Keyring& keyring) { return quillmar::remove(keyring, name); })
+  return within(timeout_, [name = nameOf(service, account)](
+                              Keyring& keyring) { return quillmar::remove(keyring, name); })
       .status;
 }
 

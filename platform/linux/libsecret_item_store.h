@@ -12,14 +12,14 @@ namespace quillmar {
 class LibsecretItemStore final : public SecureItemStore {
  public:
   LibsecretItemStore() = default;
-  explicit LibsecretItemStore(std::chrono::milliseconds patience) : patience_(patience) {}
+  explicit LibsecretItemStore(std::chrono::milliseconds timeout) : timeout_(timeout) {}
 
   SecureItemStatus add(std::string_view service, std::string_view account, std::string_view bytes) override;
   Found copyMatching(std::string_view service, std::string_view account) override;
   SecureItemStatus remove(std::string_view service, std::string_view account) override;
 
  private:
-  const std::chrono::milliseconds patience_{1000};
+  const std::chrono::milliseconds timeout_{1000};
 };
 
 }  // namespace quillmar

@@ -20,14 +20,14 @@ namespace {
 constexpr const char* hostnameService = "org.freedesktop.hostname1";
 constexpr const char* hostnameObject = "/org/freedesktop/hostname1";
 
-std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
+std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::milliseconds timeout) {
   try {
     const auto connection = sdbus::createSessionBusConnectionWithAddress("unix:path=" + busSocket.string());
     const auto proxy = sdbus::createProxy(*connection, hostnameService, hostnameObject);
     sdbus::Variant name;
     proxy->callMethod("Get")
         .onInterface("org.freedesktop.DBus.Properties")
-        .withTimeout(patience)
+        .withTimeout(timeout)
         .withArguments(std::string(hostnameService), std::string("PrettyHostname"))
         .storeResultsTo(name);
     return name.get<std::string>();
@@ -37,18 +37,18 @@ std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::mi
 }
 
 // On a thread that may be abandoned: connecting to a bus has no time limit.
-std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chrono::milliseconds patience) {
+std::string prettyNameFromBus(const std::filesystem::path& busSocket, std::chrono::milliseconds timeout) {
   std::error_code error;
   if (!std::filesystem::exists(busSocket, error)) {
     return {};
   }
   std::promise<std::string> promise;
   auto answer = promise.get_future();
-  std::thread([promise = std::move(promise), busSocket, patience]() mutable {
+  std::thread([promise = std::move(promise), busSocket, timeout]() mutable {
     blockSignalsOfThisThread();
-    promise.set_value(askHostnamed(busSocket, patience));
+    promise.set_value(askHostnamed(busSocket, timeout));
   }).detach();
-  return answer.wait_for(patience) == std::future_status::ready ? answer.get() : std::string();
+  return answer.wait_for(timeout) == std::future_status::ready ? answer.get() : std::string();
 }
 
 // Removes a shell's quotes of either kind.
@@ -88,7 +88,7 @@ std::string hostName() {
 }  // namespace
 
 std::string machineName(const MachineNameSources& sources) {
-  std::string name = prettyNameFromBus(sources.busSocket, sources.patience);
+  std::string name = prettyNameFromBus(sources.busSocket, sources.timeout);
   if (name.empty()) {
     name = prettyNameFromFile(sources.machineInfo);
   }

@@ -9,7 +9,7 @@ namespace quillmar {
 struct MachineNameSources {
   // The bus with hostnamed, and how long to wait for its reply.
   std::filesystem::path busSocket = "/run/dbus/system_bus_socket";
-  std::chrono::milliseconds patience{1000};
+  std::chrono::milliseconds timeout{1000};
   std::filesystem::path machineInfo = "/etc/machine-info";
 };
 

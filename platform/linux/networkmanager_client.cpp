@@ -72,7 +72,7 @@ auto failing(std::function<void(Result<T>)> reply) {
 NetworkManagerClient::NetworkManagerClient(Options options, StatusChanged statusChanged)
     : options_(std::move(options)),
       statusChanged_(std::move(statusChanged)),
-      thread_(options_.busAddress, options_.patience, *this) {}
+      thread_(options_.busAddress, options_.timeout, *this) {}
 
 NetworkManagerClient::~NetworkManagerClient() = default;
 
@@ -256,7 +256,7 @@ void NetworkManagerClient::activationChanged(const Path& path, const Values& pro
 void NetworkManagerClient::lookAround() {
   isLooking_ = true;
   calls_.send(
-      {networkManager, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.patience,
+      {networkManager, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.timeout,
       [this](sdbus::MethodReply& answer) {
         std::map<Path, Settings> objects;
         answer >> objects;
@@ -387,7 +387,7 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
     known_.try_emplace(profile.uuid, TunnelStatus::invalid);
     write(profile, settings);
     calls_.send(
-        {networkManager, settingsPath, settingsInterface, "AddConnection2"}, options_.promptPatience,
+        {networkManager, settingsPath, settingsInterface, "AddConnection2"}, options_.promptTimeout,
         [this, uuid = profile.uuid, reply](sdbus::MethodReply& answer) {
           Path added;
           answer >> added;
@@ -403,7 +403,7 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
   settings = settingsOf(*path);
   write(profile, settings);
   calls_.send(
-      {networkManager, *path, connectionInterface, "Update2"}, options_.promptPatience,
+      {networkManager, *path, connectionInterface, "Update2"}, options_.promptTimeout,
       [this, uuid = profile.uuid, changes, reply](sdbus::MethodReply&) {
         if (auto* activation = activationOf(uuid)) {
           activation->outdated = activation->outdated || changes;
@@ -435,7 +435,7 @@ void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& 
 
 void NetworkManagerClient::restart(const Path& connection, const Path& activation, const Reply<void>& reply) {
   calls_.send(
-      {networkManager, networkManagerPath, networkManager, "DeactivateConnection"}, options_.promptPatience,
+      {networkManager, networkManagerPath, networkManager, "DeactivateConnection"}, options_.promptTimeout,
       [this, connection, reply](sdbus::MethodReply&) { activate(connection, reply); }, failing<void>(reply),
       activation);
 }
@@ -443,7 +443,7 @@ void NetworkManagerClient::restart(const Path& connection, const Path& activatio
 void NetworkManagerClient::activate(const Path& connection, const Reply<void>& reply) {
   const Path ofItsChoice("/");
   calls_.send(
-      {networkManager, networkManagerPath, networkManager, "ActivateConnection"}, options_.promptPatience,
+      {networkManager, networkManagerPath, networkManager, "ActivateConnection"}, options_.promptTimeout,
       [reply](sdbus::MethodReply&) { reply(success()); },
       [reply](const sdbus::Error& error) {
         if (isNamed(error, {"org.freedesktop.NetworkManager.ConnectionAlreadyActive"})) {

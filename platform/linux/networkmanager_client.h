@@ -25,8 +25,8 @@ class NetworkManagerClient final : private BusSession {
   struct Options {
     std::string busAddress;
     std::string serviceType;
-    std::chrono::milliseconds patience;
-    std::chrono::milliseconds promptPatience;
+    std::chrono::milliseconds timeout;
+    std::chrono::milliseconds promptTimeout;
   };
   struct Listed {
     NetworkManagerProfile profile;

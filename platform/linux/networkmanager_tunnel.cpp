@@ -29,8 +29,8 @@ std::optional<Error> errorIn(const Result<T>& result) {
 // Main thread only. The client's replies come on the client's thread and must not own the state: its
 // destructor joins that thread.
 struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
-  State(Dispatch& dispatch, std::string bundleIdentifier, std::chrono::milliseconds startPatience)
-      : dispatch(dispatch), bundleIdentifier(std::move(bundleIdentifier)), startPatience(startPatience) {}
+  State(Dispatch& dispatch, std::string bundleIdentifier, std::chrono::milliseconds startTimeout)
+      : dispatch(dispatch), bundleIdentifier(std::move(bundleIdentifier)), startTimeout(startTimeout) {}
 
   void open(const Options& options);
   // Returns a reply for any thread that calls `function(state, ...)` on the main thread if the state still
@@ -45,7 +45,7 @@ struct NetworkManagerTunnel::State : std::enable_shared_from_this<State> {
 
   Dispatch& dispatch;
   const std::string bundleIdentifier;
-  const std::chrono::milliseconds startPatience;
+  const std::chrono::milliseconds startTimeout;
   std::map<std::string, std::shared_ptr<Connection>> connections;
   std::shared_ptr<Connection> newest;
   Signal<TunnelConnection&> statusChanged;
@@ -90,7 +90,7 @@ Result<void> NetworkManagerTunnel::Connection::startTunnel() {
   const auto promise = std::make_shared<std::promise<Result<void>>>();
   auto answer = promise->get_future();
   state->client->start(uuid_, [promise](Result<void> result) { promise->set_value(std::move(result)); });
-  return answer.wait_for(state->startPatience) == std::future_status::ready ? answer.get() : success();
+  return answer.wait_for(state->startTimeout) == std::future_status::ready ? answer.get() : success();
 }
 
 class NetworkManagerTunnel::Configuration final : public ServiceConfiguration<State, Connection>,
@@ -137,8 +137,8 @@ void NetworkManagerTunnel::State::open(const Options& options) {
       NetworkManagerClient::Options{
           .busAddress = options.busAddress,
           .serviceType = bundleIdentifier,
-          .patience = options.patience,
-          .promptPatience = options.promptPatience,
+          .timeout = options.timeout,
+          .promptTimeout = options.promptTimeout,
       },
       onMain([](State& state, const std::string& uuid, TunnelStatus status) {
         state.changeStatus(uuid, status);
@@ -189,7 +189,7 @@ NetworkManagerTunnel::NetworkManagerTunnel(Dispatch& dispatch, std::string bundl
 
 NetworkManagerTunnel::NetworkManagerTunnel(Dispatch& dispatch, std::string bundleIdentifier,
                                            const Options& options)
-    : state_(std::make_shared<State>(dispatch, std::move(bundleIdentifier), options.startPatience)) {
+    : state_(std::make_shared<State>(dispatch, std::move(bundleIdentifier), options.startTimeout)) {
   state_->open(options);
 }
 

@@ -30,10 +30,10 @@ class NetworkManagerTunnel final : public TunnelService {
     // Always the system bus, whatever the environment says, because its answers are trusted.
     std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
     // For a reply of NetworkManager that needs no authorization.
-    std::chrono::milliseconds patience{5000};
+    std::chrono::milliseconds timeout{5000};
     // For a reply that may wait for the user's authorization.
-    std::chrono::milliseconds promptPatience{std::chrono::minutes(5)};
-    std::chrono::milliseconds startPatience{250};
+    std::chrono::milliseconds promptTimeout{std::chrono::minutes(5)};
+    std::chrono::milliseconds startTimeout{250};
   };
 
   NetworkManagerTunnel(Dispatch& dispatch, std::string bundleIdentifier);

@@ -27,7 +27,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
   using Error = boost::beast::error_code;
   static constexpr std::size_t largestHeader = std::size_t{16} * 1024;
   static constexpr std::size_t piecesOfSlowBody = 10;
-  static constexpr std::chrono::seconds patience{60};
+  static constexpr std::chrono::seconds timeout{60};
 
   auto& connection() { return boost::beast::get_lowest_layer(stream_); }
 
@@ -43,7 +43,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     parser_.emplace();
     parser_->header_limit(largestHeader);
     parser_->body_limit(largestBody);
-    connection().expires_after(patience);
+    connection().expires_after(timeout);
     boost::beast::http::async_read_header(
         stream_, buffer_, *parser_,
         [self = this->shared_from_this()](Error error, std::size_t) { self->readHeaderEnded(error); });
@@ -130,7 +130,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     }
     response_.keep_alive(keepAlive_);
     serializer_.emplace(response_);
-    connection().expires_after(patience);
+    connection().expires_after(timeout);
     http::async_write_header(stream_, *serializer_, next(&Http1Session::sendBody));
   }
 
@@ -154,7 +154,7 @@ class Http1Session : public std::enable_shared_from_this<Http1Session<Stream>> {
     const auto size = slow ? std::min(whole - sent_, whole / piecesOfSlowBody + 1) : whole;
     const auto piece = boost::asio::buffer(answer_.body.data() + sent_, size);
     sent_ += size;
-    connection().expires_after(patience);
+    connection().expires_after(timeout);
     boost::asio::async_write(stream_, piece,
                              next(slow ? &Http1Session::waitForNextPiece : &Http1Session::sendEnded));
   }

@@ -312,7 +312,7 @@ TEST_F(AWeakClosure, runs_with_its_arguments_while_its_object_is_there) {
 TEST_F(AWeakClosure, does_nothing_once_its_object_has_gone) {
   int runs = 0;
   auto closure = form->weakly([&] { ++runs; });
-  const auto guard = form->lifeGuard();
+  const auto guard = form->lifetimeGuard();
   EXPECT_TRUE(guard.alive());
   form.reset();
   EXPECT_FALSE(guard.alive());
@@ -344,7 +344,7 @@ TEST_F(AWeakClosure, works_for_an_object_that_nobody_shares) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(ALifeGuard, of_nothing_is_not_alive) { EXPECT_FALSE(LifeGuard().alive()); }
+TEST(ALifetimeGuard, of_nothing_is_not_alive) { EXPECT_FALSE(LifetimeGuard().alive()); }
 
 }  // namespace
 }  // namespace quillmar

@@ -62,8 +62,8 @@ class RealTunnelJourney : public testing::Test {
     return [busAddress](Dispatch& time) {
       NetworkManagerTunnel::Options options;
       options.busAddress = busAddress;
-      options.patience = 30s;
-      options.startPatience = 30s;
+      options.timeout = 30s;
+      options.startTimeout = 30s;
       return std::make_unique<NetworkManagerTunnel>(time, bundleId, options);
     };
   }

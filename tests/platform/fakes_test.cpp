@@ -69,7 +69,7 @@ TEST(SettlingHttpSession, counts_a_request_until_its_completion_has_returned) {
 
 TEST(SettlingHttpSession, keeps_virtual_time_still_while_a_request_is_under_way) {
   VirtualDispatch dispatch;
-  dispatch.setPatience(std::chrono::milliseconds(1));
+  dispatch.setTimeout(std::chrono::milliseconds(1));
   ScriptedHttpSession scripted(dispatch);
   scripted.hold();
   SettlingHttpSession session(scripted, &dispatch);

@@ -123,7 +123,7 @@ class FprintdTest : public testing::Test {
     make();
   }
 
-  void make(FprintdCheck::Options options = {.patience = 20s}) {
+  void make(FprintdCheck::Options options = {.timeout = 20s}) {
     options.busAddress = world().bus().address();
     subscription_.cancel();
     check_ = std::make_unique<FprintdCheck>(dispatch_, options);
@@ -261,7 +261,7 @@ TEST_F(FprintdTest, nothing_happens_to_the_next_check_when_there_was_nothing_to_
 }
 
 TEST_F(FprintdTest, a_reader_is_not_kept_waiting_for_ever) {
-  make({.patience = 20s, .fingerPatience = 50ms});
+  make({.timeout = 20s, .fingerTimeout = 50ms});
   evaluate();
   EXPECT_EQ(outcome(), -4);
   EXPECT_TRUE(isReleased());
@@ -280,7 +280,7 @@ TEST_F(FprintdTest, a_second_check_meanwhile_fails_and_the_first_goes_on) {
 }
 
 TEST_F(FprintdTest, too_many_wrong_fingers_in_a_row_lock_the_check_out_for_a_while) {
-  make({.patience = 20s, .wrongFingers = 3, .lockTime = 1h});
+  make({.timeout = 20s, .wrongFingers = 3, .lockTime = 1h});
   EXPECT_EQ(outcomeAfter("SCAN other-finger"), -1);
   EXPECT_EQ(outcomeAfter("SCAN other-finger"), -1);
   EXPECT_EQ(outcomeAfter("SCAN good-finger"), 0);
@@ -295,7 +295,7 @@ TEST_F(FprintdTest, too_many_wrong_fingers_in_a_row_lock_the_check_out_for_a_whi
 }
 
 TEST_F(FprintdTest, a_lockout_ends) {
-  make({.patience = 20s, .wrongFingers = 1, .lockTime = 0ms});
+  make({.timeout = 20s, .wrongFingers = 1, .lockTime = 0ms});
   EXPECT_EQ(outcomeAfter("SCAN other-finger"), -8);
   EXPECT_EQ(outcomeAfter("SCAN good-finger"), 0);
 }
@@ -371,7 +371,7 @@ TEST_F(FprintdTest, an_fprintd_that_is_slow_is_not_waited_for_and_brings_its_ans
 }
 
 TEST_F(FprintdTest, an_fprintd_that_hangs_is_not_waited_for) {
-  make({.patience = 50ms, .answerPatience = 50ms});
+  make({.timeout = 50ms, .startupTimeout = 50ms});
   const auto process = world().process();
   kill(process, SIGSTOP);
   EXPECT_FALSE(check().canEvaluate());

@@ -50,7 +50,7 @@ class LinuxDeviceInfoTest : public testing::Test {
  protected:
   LinuxDeviceInfoTest() {
     sources.busSocket = directory.path() / "no-bus";
-    sources.patience = std::chrono::seconds(20);
+    sources.timeout = std::chrono::seconds(20);
     sources.machineInfo = directory.path() / "machine-info";
   }
   void writeMachineInfo(const std::string& text) const { std::ofstream(sources.machineInfo) << text; }
@@ -88,7 +88,7 @@ TEST_F(LinuxDeviceInfoTest, a_bus_that_never_answers_is_not_waited_for) {
   ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   ASSERT_EQ(listen(listener.get(), 1), 0);
   sources.busSocket = path;
-  sources.patience = std::chrono::milliseconds(10);
+  sources.timeout = std::chrono::milliseconds(10);
   writeMachineInfo("PRETTY_HOSTNAME=file\n");
   EXPECT_EQ(name(), "file");
 }

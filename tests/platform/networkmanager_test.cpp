@@ -94,9 +94,9 @@ class Machine {
     if (options.busAddress == standard.busAddress) {
       options.busAddress = world().bus().address();
     }
-    if (options.patience == standard.patience) {
-      options.patience = 30s;
-      options.startPatience = 30s;
+    if (options.timeout == standard.timeout) {
+      options.timeout = 30s;
+      options.startTimeout = 30s;
     }
     return options;
   }
@@ -237,7 +237,7 @@ TEST_F(NetworkManagerTest, a_refused_permission_is_an_error_in_networkmanagers_w
 
 TEST_F(NetworkManagerTest, a_prompt_that_is_answered_late_adds_one_connection_however_often_it_was_saved) {
   const BusRelay relay(world().file("user-bus"), world().bus().socket());
-  makeMachine({.busAddress = relay.address(), .promptPatience = 100ms});
+  makeMachine({.busAddress = relay.address(), .promptTimeout = 100ms});
   world().permissions().hold();
   EXPECT_EQ(said(save(*make(endpoint))), "NetworkManager does not answer.");
   EXPECT_EQ(said(save(*make(endpoint))), "NetworkManager does not answer.");
@@ -473,7 +473,7 @@ TEST_F(NetworkManagerTest, a_bus_that_goes_away_and_comes_back_is_joined_again) 
 }
 
 TEST_F(NetworkManagerTest, a_networkmanager_that_hangs_is_an_error_soon_and_works_when_it_goes_on) {
-  makeMachine({.patience = 300ms, .startPatience = 20ms});
+  makeMachine({.timeout = 300ms, .startTimeout = 20ms});
   const auto configuration = saved();
   const auto process = world().process();
   kill(process, SIGSTOP);
@@ -590,7 +590,7 @@ TEST(MuteBusTest, a_bus_that_never_answers_is_an_error_soon) {
   const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   ASSERT_EQ(bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
   ASSERT_EQ(listen(listener.get(), 4), 0);
-  Machine machine({.busAddress = "unix:path=" + path.string(), .patience = 20ms});
+  Machine machine({.busAddress = "unix:path=" + path.string(), .timeout = 20ms});
   const auto result = machine.await<Result<TunnelService::Configurations>>(
       [&](auto completion) { machine.service().loadAll(std::move(completion)); });
   ASSERT_FALSE(result.ok());

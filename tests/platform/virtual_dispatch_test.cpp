@@ -117,7 +117,7 @@ TEST_F(VirtualDispatchTest, a_timer_destroyed_by_a_task_before_it_does_not_fire)
 }
 
 TEST_F(VirtualDispatchTest, posts_of_another_thread_wake_a_wait) {
-  dispatch.setPatience(seconds(20));
+  dispatch.setTimeout(seconds(20));
   std::thread poster([&] { dispatch.main().async(note("posted")); });
   EXPECT_TRUE(dispatch.waitForWork());
   poster.join();
@@ -125,8 +125,8 @@ TEST_F(VirtualDispatchTest, posts_of_another_thread_wake_a_wait) {
   EXPECT_THAT(notes, ElementsAre("posted"));
 }
 
-TEST_F(VirtualDispatchTest, a_wait_for_what_never_comes_ends_with_the_patience) {
-  dispatch.setPatience(milliseconds(1));
+TEST_F(VirtualDispatchTest, a_wait_for_what_never_comes_ends_at_the_timeout) {
+  dispatch.setTimeout(milliseconds(1));
   EXPECT_FALSE(dispatch.waitForWork());
   EXPECT_FALSE(dispatch.settleUntil([] { return false; }));
   const auto work = dispatch.beginExternalWork();

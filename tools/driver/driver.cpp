@@ -242,9 +242,9 @@ Driver::Answer Driver::advance(const Value& request) {
 }
 
 void Driver::settle(const Value& request) {
-  const auto patience = seconds(number(request, "timeout").value_or(20));
+  const auto timeout = seconds(number(request, "timeout").value_or(20));
   if (auto* time = machine_.virtualTime()) {
-    time->setPatience(patience);
+    time->setTimeout(timeout);
     if (time->settle()) {
       reply(request, Value::Map{});
     } else {
@@ -252,7 +252,7 @@ void Driver::settle(const Value& request) {
     }
     return;
   }
-  waitUntilIdle(request, std::chrono::steady_clock::now() + patience, 0);
+  waitUntilIdle(request, std::chrono::steady_clock::now() + timeout, 0);
 }
 
 // The queues of the real clock do not say that they are empty. Nothing in flight for a few turns of both the

@@ -13,8 +13,8 @@
 namespace quillmar::sandbox::test {
 
 RawConnection::RawConnection(int port) : socket_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)} {
-  const timeval patience{.tv_sec = 30, .tv_usec = 0};
-  ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+  const timeval timeout{.tv_sec = 30, .tv_usec = 0};
+  ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
