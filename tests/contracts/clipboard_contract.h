@@ -18,13 +18,13 @@ class ClipboardContract : public testing::TestWithParam<Factory<Clipboard>> {
   std::unique_ptr<Clipboard> clipboard = GetParam()();
 };
 
-TEST_P(ClipboardContract, gives_back_what_was_put_there_last) {
+TEST_P(ClipboardContract, returns_the_last_text) {
   clipboard->setString("first");
   clipboard->setString("second");
   EXPECT_EQ(clipboard->string(), "second");
 }
 
-TEST_P(ClipboardContract, keeps_text_as_it_is) {
+TEST_P(ClipboardContract, keeps_text_unchanged) {
   for (const std::string text :
        {" ABC123 ", "a\nb", "zwölf 👨‍👩‍👧", "%s %n", "<b>no markup</b>", "{\"a\":1}"}) {
     clipboard->setString(text);
@@ -32,7 +32,7 @@ TEST_P(ClipboardContract, keeps_text_as_it_is) {
   }
 }
 
-TEST_P(ClipboardContract, an_empty_text_leaves_nothing_of_the_old_one) {
+TEST_P(ClipboardContract, an_empty_text_replaces_the_old_one) {
   clipboard->setString("old");
   clipboard->setString("");
   EXPECT_EQ(clipboard->string(), "");

@@ -186,7 +186,7 @@ TEST_P(DispatchContract, a_serial_queue_runs_its_tasks_one_after_another_in_orde
   EXPECT_TRUE(std::ranges::is_sorted(order));
 }
 
-TEST_P(DispatchContract, a_serial_queue_runs_what_it_was_given_even_if_nobody_holds_it_any_more) {
+TEST_P(DispatchContract, a_serial_queue_runs_its_tasks_even_if_it_was_released) {
   auto queue = dispatch().makeSerialQueue("contract");
   queue->async([this] { arrive(); });
   queue->asyncAfter(Duration(5), [this] { arrive(); });
@@ -225,7 +225,7 @@ TEST_P(DispatchContract, missed_firings_merge_into_one_and_the_next_is_on_schedu
   EXPECT_GE(firings[1], start + (periodsUntilFirst + 1) * period);
 }
 
-TEST_P(DispatchContract, a_destroyed_timer_never_fires_not_even_what_was_due) {
+TEST_P(DispatchContract, a_destroyed_timer_never_fires_even_if_it_was_due) {
   bool fired = false;
   auto timer = dispatch().scheduleRepeating(period, [&] { fired = true; });
   stall(2 * period);
@@ -251,7 +251,7 @@ TEST_P(DispatchContract, a_timer_may_be_destroyed_by_its_own_task) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST_P(DispatchContract, two_timers_run_beside_each_other) {
+TEST_P(DispatchContract, two_timers_run_independently) {
   int slow = 0;
   int quick = 0;
   const auto first = dispatch().scheduleRepeating(2 * period, [&] { ++slow; });
@@ -291,7 +291,7 @@ TEST_P(DispatchContract, a_group_notifies_once_when_the_last_of_its_work_has_lef
   EXPECT_EQ(finishedAtNotification, workers);
 }
 
-TEST_P(DispatchContract, a_leave_too_many_does_nothing) {
+TEST_P(DispatchContract, a_surplus_leave_is_ignored) {
   const DispatchGroup group;
   group.leave();
   group.enter();

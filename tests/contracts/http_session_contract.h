@@ -95,7 +95,7 @@ TEST_P(HttpSessionContract, an_answer_brings_its_status_and_its_bytes_as_they_ar
   EXPECT_FALSE(result.error);
 }
 
-TEST_P(HttpSessionContract, every_status_is_an_answer_and_no_error) {
+TEST_P(HttpSessionContract, every_status_is_an_answer) {
   for (const int status : {201, 304, 400, 401, 403, 404, 500, 599}) {
     harness().answerWith(status, status == 304 ? "" : "body");
     const DataTaskResult result = fetch(request());
@@ -105,7 +105,7 @@ TEST_P(HttpSessionContract, every_status_is_an_answer_and_no_error) {
   }
 }
 
-TEST_P(HttpSessionContract, data_that_is_empty_is_there) {
+TEST_P(HttpSessionContract, empty_data_is_present) {
   for (const int status : {200, 204}) {
     harness().answerWith(status, "");
     EXPECT_EQ(fetch(request()).data, "");
@@ -188,7 +188,7 @@ TEST_P(HttpSessionContract, what_a_completion_holds_is_released_once_it_has_run)
   EXPECT_TRUE(harness().runUntil([&] { return held.use_count() == 1; }));
 }
 
-TEST(HttpRequest, a_header_is_replaced_and_not_doubled) {
+TEST(HttpRequest, setting_a_header_replaces_it) {
   HttpRequest request;
   request.setHeader("Authorization", "Bearer old");
   request.setHeader("Content-Type", "application/json");

@@ -112,7 +112,7 @@ class QRReaderContract : public testing::TestWithParam<Factory<QRReaderHarness>>
   CodeTexts read_;
 };
 
-TEST_P(QRReaderContract, a_camera_that_nobody_started_delivers_nothing) {
+TEST_P(QRReaderContract, a_camera_that_was_not_started_delivers_nothing) {
   show({"one"});
   start();
   reader().stopRunning();
@@ -132,7 +132,7 @@ TEST_P(QRReaderContract, a_camera_that_sees_no_code_delivers_nothing) {
   EXPECT_THAT(batches_, testing::IsEmpty());
 }
 
-TEST_P(QRReaderContract, a_stop_wins_over_a_start_under_way) {
+TEST_P(QRReaderContract, a_stop_overrides_a_pending_start) {
   reader().startRunning(hearInto(batches_));
   reader().stopRunning();
   world().settle();
@@ -140,7 +140,7 @@ TEST_P(QRReaderContract, a_stop_wins_over_a_start_under_way) {
   EXPECT_THAT(batches_, testing::IsEmpty());
 }
 
-TEST_P(QRReaderContract, a_stop_wins_over_a_batch_under_way) {
+TEST_P(QRReaderContract, a_stop_drops_a_pending_batch) {
   start();
   world().show({"one"});
   reader().stopRunning();
@@ -148,7 +148,7 @@ TEST_P(QRReaderContract, a_stop_wins_over_a_batch_under_way) {
   EXPECT_THAT(batches_, testing::IsEmpty());
 }
 
-TEST_P(QRReaderContract, a_stop_without_a_start_is_nothing) {
+TEST_P(QRReaderContract, a_stop_without_a_start_is_ignored) {
   reader().stopRunning();
   start();
   reader().stopRunning();

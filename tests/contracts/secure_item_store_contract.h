@@ -53,7 +53,7 @@ TEST_P(SecureItemStoreContract, an_item_comes_back_byte_for_byte) {
   }
 }
 
-TEST_P(SecureItemStoreContract, what_was_never_added_is_not_found) {
+TEST_P(SecureItemStoreContract, an_item_that_was_never_added_is_not_found) {
   const auto found = store().copyMatching("service", "account");
   EXPECT_EQ(found.status, Status::notFound);
   EXPECT_EQ(found.bytes, std::nullopt);
@@ -76,7 +76,7 @@ TEST_P(SecureItemStoreContract, service_and_account_together_name_an_item) {
   EXPECT_EQ(read("other", "email"), "c");
 }
 
-TEST_P(SecureItemStoreContract, a_locked_store_gives_and_takes_nothing_and_loses_nothing) {
+TEST_P(SecureItemStoreContract, a_locked_store_refuses_everything_and_loses_nothing) {
   store().add("service", "account", "secret");
   setLocked(true);
   const auto found = store().copyMatching("service", "account");

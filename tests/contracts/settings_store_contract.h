@@ -71,7 +71,7 @@ TEST_P(SettingsStoreContract, every_value_comes_back_as_it_was_written) {
   }
 }
 
-TEST_P(SettingsStoreContract, another_type_than_the_stored_one_gives_nothing) {
+TEST_P(SettingsStoreContract, reading_another_type_than_the_stored_one_gives_nullopt) {
   store().set("text", std::string("1"));
   store().set("truth", true);
   store().set("number", std::int64_t{1});
@@ -99,7 +99,7 @@ TEST_P(SettingsStoreContract, an_empty_text_is_not_a_missing_key) {
   EXPECT_EQ(store().string("key"), std::nullopt);
 }
 
-TEST_P(SettingsStoreContract, keys_are_told_apart_by_every_byte) {
+TEST_P(SettingsStoreContract, keys_differ_in_every_byte) {
   using namespace std::string_literals;
   store().set("com.quillmar.region", "a"s);
   store().set("com.quillmar.Region", "b"s);
@@ -112,7 +112,7 @@ TEST_P(SettingsStoreContract, keys_are_told_apart_by_every_byte) {
   EXPECT_EQ(store().all().size(), 4U);
 }
 
-TEST_P(SettingsStoreContract, removing_takes_one_key_away_and_a_missing_one_not_at_all) {
+TEST_P(SettingsStoreContract, removing_removes_one_key_and_ignores_a_missing_one) {
   store().set("one", true);
   store().set("other", true);
   store().remove("one");
@@ -150,7 +150,7 @@ TEST_P(SettingsStoreContract, writers_on_many_threads_lose_nothing) {
   EXPECT_EQ(store().all().size(), 4U * each);
 }
 
-TEST_P(SettingsStoreContract, what_is_written_together_is_seen_at_once_and_stays) {
+TEST_P(SettingsStoreContract, values_written_together_are_visible_at_once_and_kept) {
   store().set("goes", std::string("old"));
   store().writeTogether([this] {
     store().set("first", true);

@@ -138,7 +138,7 @@ TEST_P(TunnelServiceContract, saving_again_changes_the_configuration_and_adds_no
   EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
 }
 
-TEST_P(TunnelServiceContract, of_two_new_configurations_the_second_changes_what_the_first_has_added) {
+TEST_P(TunnelServiceContract, of_two_new_configurations_the_second_save_changes_the_first) {
   const auto first = make("https://dns.example/old");
   const auto second = make("https://dns.example/new");
   EXPECT_EQ(save(*first), std::nullopt);
@@ -149,7 +149,7 @@ TEST_P(TunnelServiceContract, of_two_new_configurations_the_second_changes_what_
   EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
 }
 
-TEST_P(TunnelServiceContract, a_new_configuration_after_a_saved_one_is_another) {
+TEST_P(TunnelServiceContract, a_new_configuration_after_a_saved_one_is_a_different_one) {
   save(*make());
   EXPECT_EQ(make()->connection().status(), TunnelStatus::invalid);
   EXPECT_EQ(save(*make()), std::nullopt);
@@ -178,7 +178,7 @@ TEST_P(TunnelServiceContract,
   EXPECT_TRUE(second->connection().startTunnel());
 }
 
-TEST_P(TunnelServiceContract, what_the_last_save_brought_while_the_user_was_being_asked_is_what_stays) {
+TEST_P(TunnelServiceContract, the_last_save_during_a_prompt_wins) {
   harness().holdPermission();
   const auto saved = {beginSave(*make("https://dns.example/first")),
                       beginSave(*make("https://dns.example/second")),
@@ -194,7 +194,7 @@ TEST_P(TunnelServiceContract, what_the_last_save_brought_while_the_user_was_bein
   EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/third"));
 }
 
-TEST_P(TunnelServiceContract, one_refusal_answers_all_who_waited_for_it_and_a_later_save_asks_anew) {
+TEST_P(TunnelServiceContract, one_refusal_fails_all_waiting_saves_and_a_later_save_asks_again) {
   harness().holdPermission();
   const auto first = beginSave(*make("https://dns.example/old"));
   const auto second = beginSave(*make("https://dns.example/new"));
@@ -212,7 +212,7 @@ TEST_P(TunnelServiceContract, one_refusal_answers_all_who_waited_for_it_and_a_la
   EXPECT_EQ(loadAll().size(), 1U);
 }
 
-TEST_P(TunnelServiceContract, loading_fetches_what_was_saved_over_what_was_only_set) {
+TEST_P(TunnelServiceContract, loading_replaces_unsaved_values) {
   const auto made = make();
   save(*made);
   made->localizedDescription = "Changed";
@@ -241,7 +241,7 @@ TEST_P(TunnelServiceContract,
   EXPECT_EQ(loadAll().at(0)->connection().status(), TunnelStatus::connected);
 }
 
-TEST_P(TunnelServiceContract, an_observer_hears_nothing_after_its_subscription_has_ended) {
+TEST_P(TunnelServiceContract, a_cancelled_subscription_is_not_called) {
   const auto made = make();
   save(*made);
   int heard = 0;

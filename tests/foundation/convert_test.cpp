@@ -18,7 +18,7 @@ inline constexpr std::array rawNames<Size> = rawCases<Size>({{Size::small, "S"},
 
 namespace {
 
-TEST(Conversion, shows_each_type_in_its_one_form) {
+TEST(Conversion, converts_each_type) {
   EXPECT_EQ(toValue(5), Value(5));
   EXPECT_EQ(toValue(2.5), Value(2.5));
   EXPECT_EQ(toValue(true), Value(true));
@@ -31,7 +31,7 @@ TEST(Conversion, shows_each_type_in_its_one_form) {
   EXPECT_EQ(toValue(Value("x")), Value("x"));
 }
 
-TEST(Conversion, shows_a_record_as_the_map_of_its_fields_without_the_nil_ones) {
+TEST(Conversion, converts_a_record_to_a_map_without_nil_fields) {
   Pet pet;
   pet.name = "Rex";
   pet.age = 3;

@@ -22,12 +22,12 @@ struct Fire {
   friend bool operator==(const Fire&, const Fire&) = default;
 };
 
-TEST(Error, says_what_its_kind_says) {
+TEST(Error, has_the_description_of_its_kind) {
   EXPECT_EQ(Error(Leak{3}).localizedDescription(), "3 drops");
   EXPECT_EQ(Error(Fire{}).localizedDescription(), "It burns.");
 }
 
-TEST(Error, is_looked_at_only_as_the_kind_that_it_is) {
+TEST(Error, casts_to_its_own_kind_only) {
   const Error error(Leak{3});
   EXPECT_EQ(error.as<Fire>(), nullptr);
   ASSERT_NE(error.as<Leak>(), nullptr);
@@ -70,13 +70,13 @@ TEST(Result, holds_a_value_or_an_error) {
   EXPECT_EQ(bad.error(), Leak{3});
 }
 
-TEST(Result, hands_over_a_value_that_cannot_be_copied) {
+TEST(Result, moves_out_a_value_that_cannot_be_copied) {
   Result<std::unique_ptr<int>> result(std::make_unique<int>(5));
   const auto taken = std::move(result).value();
   EXPECT_EQ(*taken, 5);
 }
 
-TEST(Result, of_nothing_is_a_success_or_an_error) {
+TEST(Result, of_void_is_a_success_or_an_error) {
   EXPECT_TRUE(success());
   const Result<void> failed = Error(Fire{});
   EXPECT_FALSE(failed.ok());

@@ -73,7 +73,7 @@ TEST(Decoding, reads_every_field) {
   EXPECT_EQ(pet.order, 9);
 }
 
-TEST(Decoding, takes_absent_and_null_for_the_same_where_a_value_may_be_absent) {
+TEST(Decoding, treats_null_as_absent_where_a_value_is_optional) {
   for (const std::string absent : {"", "null"}) {
     const auto pet = decoded(document({{"nick_name", absent},
                                        {"age", absent},
@@ -184,23 +184,23 @@ TEST(Decoding, refuses_the_whole_list_for_one_bad_element) {
   EXPECT_EQ(refusal(document({{"toys", "[null]"}})).kind, missing);
 }
 
-TEST(Decoding, says_in_which_nested_record_it_stopped) {
+TEST(Decoding, reports_the_nested_record_that_failed) {
   const auto text = document({{"friends", R"([{"name":"Bob"},{"name":7}])"}});
   EXPECT_EQ(refusal(text), (CodingError{wrong, "Owner", "friends[1].name", text.find("7}")}));
 }
 
-TEST(Decoding, points_at_the_object_in_which_a_key_is_missing) {
+TEST(Decoding, reports_the_object_that_lacks_a_key) {
   const auto text = document({{"vet", R"({"nom":"Vic"})"}});
   EXPECT_EQ(refusal(text), (CodingError{missing, "Owner", "vet.name", text.find(R"({"nom")")}));
 }
 
-TEST(Decoding, refuses_a_nested_record_that_is_no_object) {
+TEST(Decoding, refuses_a_nested_record_that_is_not_an_object) {
   const auto text = document({{"owner", R"("Ann")"}});
   EXPECT_EQ(refusal(text), (CodingError{wrong, "Owner", "owner", text.find(R"("Ann")")}));
   EXPECT_EQ(refusal(document({{"friends", "[[]]"}})).kind, wrong);
 }
 
-TEST(Decoding, refuses_a_document_that_is_no_object) {
+TEST(Decoding, refuses_a_document_that_is_not_an_object) {
   for (const auto* text : {"[]", "5", "true", R"("x")"}) {
     EXPECT_EQ(refusal(text), (CodingError{wrong, "Pet", "", 0})) << text;
   }
@@ -237,7 +237,7 @@ TEST(Decoding, refuses_a_malformed_document_wherever_the_fault_lies) {
   }
 }
 
-TEST(Decoding, says_at_which_byte_a_document_is_malformed) {
+TEST(Decoding, reports_the_byte_at_which_a_document_is_malformed) {
   EXPECT_EQ(refusal("").offset, 0U);
   EXPECT_EQ(refusal(R"({"name" "Rex"})").offset, 8U);
   EXPECT_EQ(refusal(R"({"name":"Rex)").offset, 12U);
@@ -248,19 +248,19 @@ TEST(Decoding, says_at_which_byte_a_document_is_malformed) {
   EXPECT_EQ(refusal("{\"name\":\"\xff\"}").offset, 9U);
 }
 
-TEST(Decoding, refuses_nesting_without_end) {
+TEST(Decoding, refuses_endless_nesting) {
   const std::string deep = std::string(100000, '[') + std::string(100000, ']');
   EXPECT_EQ(refusal(document({{"unread", deep}})).kind, wrong);
 }
 
-TEST(Decoding, tells_a_person_only_whether_something_is_missing) {
+TEST(Decoding, tells_the_person_only_whether_something_is_missing) {
   EXPECT_EQ(refusal(document({{"name", ""}})).localizedDescription(),
             "The data couldn’t be read because it is missing.");
   EXPECT_EQ(refusal(document({{"name", "5"}})).localizedDescription(),
             "The data couldn’t be read because it isn’t in the correct format.");
 }
 
-TEST(Decoding, leaves_nothing_of_one_document_in_the_next) {
+TEST(Decoding, keeps_nothing_of_a_document_for_the_next) {
   EXPECT_EQ(decoded(document({{"age", "3"}})).age, 3);
   refusal("{");
   EXPECT_EQ(decoded(document()).age, std::nullopt);

@@ -33,13 +33,13 @@ std::string encoded(const Pet& pet) {
   return result ? std::move(result).value() : std::string();
 }
 
-TEST(Encoding, writes_the_keys_in_the_order_of_the_table_and_no_nil) {
+TEST(Encoding, writes_keys_in_table_order_without_nil) {
   EXPECT_EQ(
       encoded(rex()),
       R"({"name":"Rex","legs":4,"is_furry":false,"toys":[],"owner":{"name":"Ann"},"friends":[],"order":7})");
 }
 
-TEST(Encoding, writes_every_field_that_is_there) {
+TEST(Encoding, writes_every_present_field) {
   auto pet = rex();
   pet.toys = {"ball", "rope"};
   pet.nickName = "";
@@ -63,7 +63,7 @@ TEST(Encoding, is_read_back_as_the_same_record) {
   EXPECT_EQ(again.value(), pet);
 }
 
-TEST(Encoding, refuses_text_that_is_no_utf_8) {
+TEST(Encoding, refuses_text_that_is_not_utf_8) {
   auto pet = rex();
   pet.friends = {{"Bob"}, {"\xff"}};
   const auto result = encodeJson(pet);
@@ -87,7 +87,7 @@ TEST(Encoding, writes_every_kind_of_value) {
   EXPECT_EQ(writeJson(Value::List()), "[]");
 }
 
-TEST(Encoding, writes_a_real_number_so_that_it_is_read_back_as_one) {
+TEST(Encoding, writes_a_real_number_that_reads_back_as_one) {
   const std::vector<std::pair<double, std::string>> cases = {
       {0.1, "0.1"},
       {5.0, "5.0"},
@@ -101,7 +101,7 @@ TEST(Encoding, writes_a_real_number_so_that_it_is_read_back_as_one) {
   }
 }
 
-TEST(Encoding, writes_numbers_that_json_does_not_know_as_null) {
+TEST(Encoding, writes_numbers_without_a_json_form_as_null) {
   EXPECT_EQ(writeJson(std::nan("")), "null");
   EXPECT_EQ(writeJson(std::numeric_limits<double>::infinity()), "null");
 }
@@ -134,7 +134,7 @@ TEST(Parsing, gives_any_document_as_a_value) {
   }
 }
 
-TEST(Parsing, refuses_what_is_no_document) {
+TEST(Parsing, refuses_an_invalid_document) {
   for (const auto* text : {"", "{", "[1,]", "nul", "1 2", "'x'"}) {
     const auto parsed = parseJson(text);
     ASSERT_FALSE(parsed.ok()) << text;

@@ -23,7 +23,7 @@ TEST(Locating, finds_where_a_value_begins) {
   EXPECT_EQ(locate(text, {"d"sv}), text.find("{}"));
 }
 
-TEST(Locating, stops_at_the_last_container_on_a_way_that_leads_nowhere) {
+TEST(Locating, stops_at_the_last_container_if_the_path_does_not_exist) {
   EXPECT_EQ(locate(text, {"e"sv}), 1U);
   EXPECT_EQ(locate(text, {"a"sv, 2U}), text.find('['));
   EXPECT_EQ(locate(text, {"a"sv, 1U, "e"sv, "f"sv}), text.find(R"({"b")"));
@@ -31,7 +31,7 @@ TEST(Locating, stops_at_the_last_container_on_a_way_that_leads_nowhere) {
   EXPECT_EQ(locate(text, {0U}), 1U);
 }
 
-TEST(Locating, takes_no_value_for_a_key) {
+TEST(Locating, does_not_take_a_value_for_a_key) {
   const std::string tricky = R"({"x":"b","b":1})";
   EXPECT_EQ(locate(tricky, {"b"sv}), tricky.find("1"));
 }
@@ -82,7 +82,7 @@ TEST(Locating, finds_the_first_byte_that_does_not_fit) {
   }
 }
 
-TEST(Locating, gives_up_at_nesting_that_no_record_has) {
+TEST(Locating, gives_up_at_deep_nesting) {
   const std::string deep(100000, '[');
   EXPECT_LT(firstBadByte(deep), 2000U);
 }

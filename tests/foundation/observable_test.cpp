@@ -85,7 +85,7 @@ TEST_F(AnObject, knows_the_kind_of_each_member) {
                                  Kind::action, Kind::part, Kind::rows));
 }
 
-TEST_F(AnObject, passes_on_the_changes_of_one_that_it_follows) {
+TEST_F(AnObject, announces_the_changes_of_an_object_that_it_follows) {
   OtherForm other(*form);
   std::vector<std::string> passedOn;
   const auto subscription =
@@ -94,7 +94,7 @@ TEST_F(AnObject, passes_on_the_changes_of_one_that_it_follows) {
   EXPECT_THAT(passedOn, ElementsAre("count"));
 }
 
-TEST_F(AnObject, that_followed_another_may_go_first) {
+TEST_F(AnObject, may_be_destroyed_before_the_object_that_it_follows) {
   { const OtherForm other(*form); }
   const auto subscription = hear();
   form->count = 2;
@@ -122,7 +122,7 @@ TEST_F(APublishedValue, has_its_new_value_when_it_is_announced) {
   EXPECT_EQ(seen, 5);
 }
 
-TEST_F(APublishedValue, tells_of_a_change_only_when_there_was_one) {
+TEST_F(APublishedValue, reports_a_change_only_for_a_different_value) {
   int changes = 0;
   const auto subscription = form->count.onChange([&] { ++changes; });
   form->count = 1;
@@ -131,7 +131,7 @@ TEST_F(APublishedValue, tells_of_a_change_only_when_there_was_one) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(APublishedValue, tells_of_a_change_after_it_was_announced) {
+TEST_F(APublishedValue, reports_a_change_after_the_announcement) {
   std::vector<std::string> order;
   const auto change = form->count.onChange([&] { order.emplace_back("changed"); });
   const auto announcement = form->observe([&](const Member&) { order.emplace_back("announced"); });
@@ -139,7 +139,7 @@ TEST_F(APublishedValue, tells_of_a_change_after_it_was_announced) {
   EXPECT_THAT(order, ElementsAre("announced", "changed"));
 }
 
-TEST_F(APublishedValue, may_be_assigned_again_by_who_hears_of_it) {
+TEST_F(APublishedValue, may_be_assigned_by_its_own_listener) {
   const auto subscription = form->count.onChange([&] {
     if (form->count() < 5) {
       form->count = form->count() + 1;
@@ -149,14 +149,14 @@ TEST_F(APublishedValue, may_be_assigned_again_by_who_hears_of_it) {
   EXPECT_EQ(form->count(), 5);
 }
 
-TEST_F(APublishedValue, may_be_let_go_by_who_hears_of_it) {
+TEST_F(APublishedValue, may_be_destroyed_by_its_own_listener) {
   auto& count = form->count;
   const auto subscription = form->observe([&](const Member&) { form.reset(); });
   count = 2;
   EXPECT_EQ(form, nullptr);
 }
 
-TEST_F(APublishedValue, is_out_of_a_persons_reach) {
+TEST_F(APublishedValue, refuses_input) {
   EXPECT_FALSE(form->count.isInput());
   EXPECT_FALSE(form->count.input(5));
   EXPECT_EQ(form->count(), 1);
@@ -178,14 +178,14 @@ TEST_F(AnInput, refuses_a_value_of_another_type) {
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(AnInput, says_nothing_of_a_value_that_it_has_already) {
+TEST_F(AnInput, announces_no_equal_value) {
   form->name = "Ann";
   const auto subscription = hear();
   EXPECT_TRUE(form->name.input("Ann"));
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(ADerivedValue, follows_from_others_at_every_look) {
+TEST_F(ADerivedValue, is_computed_at_every_read) {
   EXPECT_FALSE(form->isValid());
   EXPECT_EQ(form->isValid.value(), Value(false));
   form->name = "Ann";
@@ -194,20 +194,20 @@ TEST_F(ADerivedValue, follows_from_others_at_every_look) {
   EXPECT_FALSE(form->isValid.input(true));
 }
 
-TEST_F(AText, is_a_fixed_sentence) {
+TEST_F(AText, is_constant) {
   EXPECT_EQ(form->title(), "The Form");
   EXPECT_EQ(form->title.value(), Value("The Form"));
   EXPECT_FALSE(form->title.input("Other"));
 }
 
-TEST_F(AnAction, does_nothing_while_it_is_out_of_use) {
+TEST_F(AnAction, does_nothing_while_it_is_disabled) {
   EXPECT_FALSE(form->send.isEnabled());
   EXPECT_FALSE(form->send());
   EXPECT_FALSE(form->send.perform({}));
   EXPECT_EQ(form->count(), 1);
 }
 
-TEST_F(AnAction, has_its_effect_while_it_is_in_use) {
+TEST_F(AnAction, runs_while_it_is_enabled) {
   form->name = "Ann";
   EXPECT_TRUE(form->send.isEnabled());
   EXPECT_TRUE(form->send());
@@ -222,7 +222,7 @@ TEST_F(AnAction, takes_arguments_of_its_own_types) {
   EXPECT_EQ(form->count(), 6);
 }
 
-TEST_F(AnAction, refuses_arguments_that_do_not_fit) {
+TEST_F(AnAction, refuses_arguments_of_other_types) {
   EXPECT_FALSE(form->rename.perform({}));
   EXPECT_FALSE(form->rename.perform({"Bob"}));
   EXPECT_FALSE(form->rename.perform({"Bob", 3, 4}));
@@ -231,7 +231,7 @@ TEST_F(AnAction, refuses_arguments_that_do_not_fit) {
   EXPECT_EQ(form->name(), "");
 }
 
-TEST_F(AnAction, may_let_its_own_object_go) {
+TEST_F(AnAction, may_destroy_its_own_object) {
   std::vector<std::string> order;
   struct Closing final : ObservableObject {
     explicit Closing(std::function<void()> onClose, std::vector<std::string>& order)
@@ -250,7 +250,7 @@ TEST_F(AnAction, may_let_its_own_object_go) {
   EXPECT_THAT(order, ElementsAre("done", "gone"));
 }
 
-TEST_F(APart, is_there_or_not) {
+TEST_F(APart, is_present_or_absent) {
   EXPECT_FALSE(form->line);
   EXPECT_THAT(form->line.nested(), IsEmpty());
   const auto subscription = hear();
@@ -265,7 +265,7 @@ TEST_F(APart, is_there_or_not) {
   EXPECT_THAT(heard, ElementsAre("line", "line"));
 }
 
-TEST_F(APart, keeps_the_former_object_until_the_change_is_known) {
+TEST_F(APart, keeps_the_former_object_until_the_announcement) {
   form->line.put(std::make_shared<Line>("one"));
   const std::weak_ptr<ObservableObject> former = form->line.nested()[0].object;
   bool alive = false;
@@ -293,7 +293,7 @@ TEST_F(SomeRows, keep_their_order_and_are_found_by_key) {
   EXPECT_THAT(heard, ElementsAre("lines"));
 }
 
-TEST_F(SomeRows, keep_the_former_rows_until_the_change_is_known) {
+TEST_F(SomeRows, keep_the_former_rows_until_the_announcement) {
   form->lines.assign({{"1", std::make_shared<Line>("one")}});
   const std::weak_ptr<Line> former = form->lines.share("1");
   bool alive = false;
@@ -303,13 +303,13 @@ TEST_F(SomeRows, keep_the_former_rows_until_the_change_is_known) {
   EXPECT_TRUE(former.expired());
 }
 
-TEST_F(AWeakClosure, runs_with_its_arguments_while_its_object_is_there) {
+TEST_F(AWeakClosure, runs_with_its_arguments_while_its_object_exists) {
   auto closure = form->weakly([this](int by) { form->count = form->count() + by; });
   closure(4);
   EXPECT_EQ(form->count(), 5);
 }
 
-TEST_F(AWeakClosure, does_nothing_once_its_object_has_gone) {
+TEST_F(AWeakClosure, does_nothing_after_its_object_was_destroyed) {
   int runs = 0;
   auto closure = form->weakly([&] { ++runs; });
   const auto guard = form->lifetimeGuard();
@@ -332,7 +332,7 @@ TEST_F(AWeakClosure, keeps_its_object_until_it_is_done) {
   EXPECT_THAT(alive, ElementsAre(true, false));
 }
 
-TEST_F(AWeakClosure, works_for_an_object_that_nobody_shares) {
+TEST_F(AWeakClosure, works_for_an_object_without_a_shared_pointer) {
   int runs = 0;
   std::function<void()> closure;
   {

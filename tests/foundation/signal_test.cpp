@@ -39,7 +39,7 @@ TEST_F(ASignal, calls_its_listeners_in_the_order_in_which_they_connected) {
   EXPECT_THAT(heard, ElementsAre("a1", "b1", "c1"));
 }
 
-TEST_F(ASignal, forgets_a_listener_whose_subscription_has_gone) {
+TEST_F(ASignal, forgets_a_listener_whose_subscription_was_destroyed) {
   { const auto a = listen("a"); }
   const auto b = listen("b");
   signal->emit(1);
@@ -105,7 +105,7 @@ TEST_F(ASignal, may_be_destroyed_by_a_listener) {
   EXPECT_THAT(heard, ElementsAre("b1"));
 }
 
-TEST_F(ASignal, may_go_before_its_listeners) {
+TEST_F(ASignal, may_be_destroyed_before_its_listeners) {
   const auto a = listen("a");
   signal.reset();
   EXPECT_TRUE(a);

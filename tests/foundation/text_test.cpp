@@ -22,7 +22,7 @@ const std::string family = "👨‍👩‍👧‍👦";
 const std::string flag = "🇦🇺";
 const std::string decomposed = "e\u0301";
 
-TEST(Characters, are_what_a_person_takes_for_one) {
+TEST(Characters, are_grapheme_clusters) {
   const std::vector<std::pair<std::string, std::size_t>> cases = {
       {"", 0},
       {"abc", 3},
@@ -60,12 +60,12 @@ TEST(Characters, are_cut_off_whole) {
   EXPECT_EQ(firstCharacters("", 5), "");
 }
 
-TEST(Characters, are_all_there_when_more_are_asked_for) {
+TEST(Characters, are_all_returned_if_more_are_requested) {
   EXPECT_EQ(firstCharacters("abc", 4), "abc");
   EXPECT_EQ(firstCharacters(family, std::numeric_limits<std::size_t>::max()), family);
 }
 
-TEST(Characters, stand_for_bytes_that_are_no_text) {
+TEST(Characters, replace_invalid_bytes) {
   EXPECT_EQ(characterCount("a\xff"
                            "b"),
             3U);
@@ -171,14 +171,14 @@ TEST(CodePoints, are_blank_when_trimming_removes_them) {
   }
 }
 
-TEST(CodePoints, become_the_text_again) {
+TEST(CodePoints, convert_back_to_the_text) {
   EXPECT_THAT(codePoints(decomposed + "😀"), ElementsAre(U'e', U'\u0301', U'😀'));
   EXPECT_EQ(fromCodePoints({U'e', U'\u0301', U'😀'}), decomposed + "😀");
   EXPECT_THAT(codePoints(""), IsEmpty());
   EXPECT_EQ(fromCodePoints({}), "");
 }
 
-TEST(CodePoints, that_are_none_become_the_replacement_character) {
+TEST(CodePoints, that_are_invalid_become_the_replacement_character) {
   EXPECT_EQ(fromCodePoints({0xD800, 0x110000}), "\uFFFD\uFFFD");
   EXPECT_THAT(codePoints("\xff"
                          "a"),
@@ -228,7 +228,7 @@ TEST(WholeNumber, is_an_optional_sign_and_ascii_digits) {
   }
 }
 
-TEST(WholeNumber, is_nothing_else) {
+TEST(WholeNumber, has_no_other_form) {
   for (const auto* text : {"", " 5", "5 ", "5.0", "0x10", "٥", "9223372036854775808", "-9223372036854775809",
                            "+", "-", "+-5", "-+5", "++5", "--5", "5a", "1e3", "5\n", "1,000"}) {
     EXPECT_EQ(wholeNumber(text), std::nullopt) << text;
@@ -258,7 +258,7 @@ TEST(HexScan, gives_the_largest_value_for_more_than_64_bits) {
   EXPECT_EQ(scanHex("00000000000000000005"), 5U);
 }
 
-TEST(HexScan, leaves_0_where_nothing_can_be_read) {
+TEST(HexScan, gives_0_without_digits) {
   for (const auto* text : {"", "0x", "g", "-5", "+5", " ", "x5", "０"}) {
     EXPECT_EQ(scanHex(text), 0U) << text;
   }

@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(Url, is_refused_for_characters_that_no_url_has) {
+TEST(Url, is_refused_for_invalid_characters) {
   const std::vector<std::string> refused = {"",
                                             " ",
                                             "https://h/a b",
@@ -107,7 +107,7 @@ TEST(Url, has_a_percent_sign_encoded_always) {
   EXPECT_EQ(percentEncodedForQuery("%41%"), "%2541%25");
 }
 
-TEST(Url, has_its_own_set_left_as_it_is_in_a_path_and_in_a_query) {
+TEST(Url, keeps_different_characters_in_a_path_and_in_a_query) {
   const std::string common =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789!$&'()*+,-./:=@_~";
   EXPECT_EQ(percentEncodedForPath(common), common);

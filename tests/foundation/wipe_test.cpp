@@ -66,7 +66,7 @@ TEST(Wipe, overwrites_a_text_up_to_the_end_of_its_buffer) {
   EXPECT_TRUE(std::ranges::all_of(text, [](char byte) { return byte == 0; }));
 }
 
-TEST(Wipe, leaves_nothing_in_the_memory_that_is_given_back) {
+TEST(Wipe, leaves_nothing_in_freed_memory) {
   EXPECT_EQ(secretsFreedBy([] { const std::string kept(secret); }), 1) << "otherwise nothing is looked for";
   EXPECT_EQ(secretsFreedBy([] {
               std::string wiped(secret);
@@ -75,7 +75,7 @@ TEST(Wipe, leaves_nothing_in_the_memory_that_is_given_back) {
             0);
 }
 
-TEST(Wipe, of_a_request_takes_its_headers_and_its_body) {
+TEST(Wipe, of_a_request_covers_headers_and_body) {
   EXPECT_EQ(secretsFreedBy([] {
               HttpRequest request;
               request.headers.emplace_back("Authorization", secret);

@@ -34,18 +34,16 @@ TEST_F(AuthorityFile, with_a_certificate_is_fine_whatever_else_is_in_it) {
             std::nullopt);
 }
 
-TEST_F(AuthorityFile, that_nobody_named_is_none_to_complain_of) {
-  EXPECT_EQ(problemWithAuthorities({}), std::nullopt);
-}
+TEST_F(AuthorityFile, that_was_not_named_is_fine) { EXPECT_EQ(problemWithAuthorities({}), std::nullopt); }
 
-TEST_F(AuthorityFile, that_is_absent_or_no_file_is_said_as_that) {
+TEST_F(AuthorityFile, that_is_absent_or_not_a_file_is_reported) {
   EXPECT_EQ(problemWithAuthorities(path),
             "The certificate file " + path.string() + " can't be read: No such file or directory.");
   EXPECT_EQ(problemWithAuthorities(directory.path()),
             "The certificate file " + directory.path().string() + " can't be read: Is a directory.");
 }
 
-TEST_F(AuthorityFile, without_a_usable_certificate_is_said_as_that) {
+TEST_F(AuthorityFile, without_a_usable_certificate_is_reported) {
   for (const std::string& text :
        {std::string(), std::string("\n"), std::string("hello"), std::string("\0\xff", 2), broken,
         certificate + broken, certificate.substr(0, certificate.size() / 2),

@@ -17,12 +17,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(DataDirectory, is_where_the_desktop_says) {
+TEST(DataDirectory, is_in_the_xdg_directory) {
   const ScopedEnvironment data("XDG_DATA_HOME", "/data");
   EXPECT_EQ(dataDirectory(), "/data/quillmar");
 }
 
-TEST(DataDirectory, is_in_the_home_directory_when_the_desktop_says_nothing_usable) {
+TEST(DataDirectory, is_in_the_home_directory_without_a_usable_variable) {
   const ScopedEnvironment home("HOME", "/home/ann");
   for (const char* value : {static_cast<const char*>(nullptr), "", "relative/path"}) {
     const ScopedEnvironment data("XDG_DATA_HOME", value);
@@ -43,7 +43,7 @@ mode_t modeOf(const fs::path& file) {
   return status.st_mode & 07777U;
 }
 
-TEST(DataDirectory, is_made_for_its_user_only_with_all_that_is_above_it_at_any_umask) {
+TEST(DataDirectory, is_created_with_its_parents_for_its_user_only_at_any_umask) {
   for (const mode_t mask : {0000U, 0022U, 0077U, 0377U}) {
     const TemporaryDirectory temporary;
     const fs::path share = temporary.path() / ".local" / "share";
@@ -56,7 +56,7 @@ TEST(DataDirectory, is_made_for_its_user_only_with_all_that_is_above_it_at_any_u
   }
 }
 
-TEST(DataDirectory, that_others_may_enter_is_closed_to_them_and_what_is_above_it_left_alone) {
+TEST(DataDirectory, that_others_may_enter_is_closed_and_its_parents_are_left_alone) {
   const TemporaryDirectory temporary;
   const fs::path above = temporary.path() / "above";
   const fs::path directory = above / "quillmar";
@@ -70,14 +70,14 @@ TEST(DataDirectory, that_others_may_enter_is_closed_to_them_and_what_is_above_it
   }
 }
 
-TEST(DataDirectory, that_its_user_made_stricter_stays_as_it_is) {
+TEST(DataDirectory, with_stricter_rights_keeps_them) {
   const TemporaryDirectory temporary;
   ASSERT_EQ(chmod(temporary.path().c_str(), 0500), 0);
   EXPECT_TRUE(createPrivateDirectory(temporary.path()));
   EXPECT_EQ(modeOf(temporary.path()), 0500U);
 }
 
-TEST(DataDirectory, that_is_there_for_everybody_is_not_taken_from_them) {
+TEST(DataDirectory, that_is_shared_stays_shared) {
   const TemporaryDirectory temporary;
   ASSERT_EQ(chmod(temporary.path().c_str(), 01777), 0);
   EXPECT_TRUE(createPrivateDirectory(temporary.path()));
@@ -99,14 +99,14 @@ TEST(DataDirectory, of_another_user_is_refused_and_left_as_it_is) {
   EXPECT_EQ(modeOf(temporary.path()), 0777U);
 }
 
-TEST(DataDirectory, is_not_made_over_a_file) {
+TEST(DataDirectory, is_not_created_in_place_of_a_file) {
   const TemporaryDirectory temporary;
   std::ofstream(temporary.path() / "file") << "x";
   EXPECT_FALSE(createPrivateDirectory(temporary.path() / "file"));
   EXPECT_FALSE(createPrivateDirectory(temporary.path() / "file" / "below"));
 }
 
-TEST(ConfigDirectory, is_where_the_desktop_says_or_in_the_home_directory) {
+TEST(ConfigDirectory, is_in_the_xdg_directory_or_in_the_home_directory) {
   const ScopedEnvironment home("HOME", "/home/ann");
   const ScopedEnvironment config("XDG_CONFIG_HOME", "/config");
   EXPECT_EQ(configDirectory(), "/config");
@@ -114,7 +114,7 @@ TEST(ConfigDirectory, is_where_the_desktop_says_or_in_the_home_directory) {
   EXPECT_EQ(configDirectory(), "/home/ann/.config");
 }
 
-TEST(RuntimeDirectory, is_where_the_session_says_if_nobody_else_may_enter) {
+TEST(RuntimeDirectory, is_in_the_sessions_directory_if_nobody_else_may_enter) {
   const TemporaryDirectory temporary;
   const ScopedEnvironment runtime("XDG_RUNTIME_DIR", temporary.path().c_str());
   EXPECT_EQ(runtimeDirectory(), temporary.path() / "quillmar");
@@ -122,7 +122,7 @@ TEST(RuntimeDirectory, is_where_the_session_says_if_nobody_else_may_enter) {
   EXPECT_EQ(runtimeDirectory(), std::nullopt);
 }
 
-TEST(RuntimeDirectory, is_nowhere_without_a_usable_session) {
+TEST(RuntimeDirectory, is_absent_without_a_usable_session) {
   for (const char* value :
        {static_cast<const char*>(nullptr), "", "relative/path", "/dev/null", "/nowhere/at/all"}) {
     const ScopedEnvironment runtime("XDG_RUNTIME_DIR", value);

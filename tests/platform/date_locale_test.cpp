@@ -13,7 +13,7 @@
 namespace quillmar {
 namespace {
 
-TEST(DateLocale, of_an_environments_name_is_the_one_that_icu_knows_it_by) {
+TEST(DateLocale, converts_a_posix_name_to_an_icu_id) {
   for (const auto& [name, expected] :
        {std::pair("de_DE.UTF-8", "de_DE"), std::pair("de", "de"), std::pair("en_AU", "en_AU"),
         std::pair("fr_CA.iso88591", "fr_CA"), std::pair("nl_NL.UTF-8@euro", "nl_NL"),
@@ -25,7 +25,7 @@ TEST(DateLocale, of_an_environments_name_is_the_one_that_icu_knows_it_by) {
   }
 }
 
-TEST(DateLocale, of_a_name_that_means_nothing_to_people_is_a_plain_one) {
+TEST(DateLocale, falls_back_to_american_english) {
   for (const std::string name :
        {"",      "C",    "POSIX",  "C.UTF-8",  "C.utf8", "xx_YY",     "xx_YY.UTF-8@latin", "root",
         "und",   "_DE",  ".UTF-8", "@latin",   "german", "d",         "de_DE_extra",       "de_D3",
@@ -50,13 +50,13 @@ struct Surroundings : testing::Test {
   const ScopedEnvironment lang{"LANG", nullptr};
 };
 
-TEST_F(Surroundings, that_say_nothing_have_dates_for_people_all_the_same) {
+TEST_F(Surroundings, without_variables_give_american_dates) {
   EXPECT_EQ(written(), "Oct 8, 2016");
   const ScopedEnvironment empty("LC_ALL", "");
   EXPECT_EQ(written(), "Oct 8, 2016");
 }
 
-TEST_F(Surroundings, decide_on_dates_by_the_variable_that_is_first_in_rank) {
+TEST_F(Surroundings, use_the_variable_of_the_highest_precedence) {
   const ScopedEnvironment general("LANG", "fr_FR.UTF-8");
   EXPECT_EQ(written(), "8 oct. 2016");
   const ScopedEnvironment words("LC_MESSAGES", "it_IT.UTF-8");
@@ -69,7 +69,7 @@ TEST_F(Surroundings, decide_on_dates_by_the_variable_that_is_first_in_rank) {
   EXPECT_EQ(written(), "08.10.2016") << "an empty variable is none";
 }
 
-TEST_F(Surroundings, may_ask_for_letters_of_their_own) {
+TEST_F(Surroundings, may_choose_a_script) {
   const ScopedEnvironment general("LANG", "sr_RS.UTF-8");
   EXPECT_EQ(written(), "8. 10. 2016.");
   DateStyles styles(icuLocale("sr_RS@latin"), "UTC");
@@ -79,7 +79,7 @@ TEST_F(Surroundings, may_ask_for_letters_of_their_own) {
   EXPECT_EQ(styles.abbreviatedRelative(now - std::chrono::hours(24), now), "пре 1 д.");
 }
 
-TEST_F(Surroundings, that_make_no_sense_have_dates_for_people) {
+TEST_F(Surroundings, with_invalid_variables_give_american_dates) {
   for (const char* name : {"C", "POSIX", "C.UTF-8", "xx_YY.UTF-8", "!?"}) {
     const ScopedEnvironment general("LANG", name);
     EXPECT_EQ(written(), "Oct 8, 2016") << name;

@@ -64,7 +64,7 @@ TEST(AsioDispatch, runs_until_it_is_stopped_and_can_be_run_again) {
   }
 }
 
-TEST(AsioDispatch, what_is_left_when_it_stops_stays_in_the_queue) {
+TEST(AsioDispatch, the_rest_stays_in_the_queue_when_it_stops) {
   AsioDispatch dispatch;
   bool ran = false;
   dispatch.main().async([&] { dispatch.stop(); });
@@ -76,7 +76,7 @@ TEST(AsioDispatch, what_is_left_when_it_stops_stays_in_the_queue) {
   EXPECT_TRUE(ran);
 }
 
-TEST(AsioDispatch, goes_without_running_what_is_still_waiting) {
+TEST(AsioDispatch, is_destroyed_without_running_waiting_tasks) {
   const auto held = std::make_shared<int>(0);
   bool ran = false;
   {
@@ -91,7 +91,7 @@ TEST(AsioDispatch, goes_without_running_what_is_still_waiting) {
   EXPECT_EQ(held.use_count(), 1);
 }
 
-TEST(AsioDispatch, goes_whatever_the_waiting_tasks_hold_of_it) {
+TEST(AsioDispatch, is_destroyed_even_if_waiting_tasks_refer_to_it) {
   const auto held = std::make_shared<int>(0);
   {
     AsioDispatch dispatch;

@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(FakePlatform, two_machines_never_see_each_other) {
+TEST(FakePlatform, two_platforms_share_nothing) {
   FakePlatform one;
   FakePlatform other;
   one.ports().settings.set("key", std::string("value"));
@@ -27,7 +27,7 @@ TEST(FakePlatform, two_machines_never_see_each_other) {
   EXPECT_THAT(other.log.printed(), IsEmpty());
 }
 
-TEST(FakeBiometrics, answers_each_prompt_in_the_background) {
+TEST(FakeBiometrics, answers_each_prompt_on_a_background_queue) {
   FakePlatform machine;
   machine.biometrics.answer = {.success = false, .code = -2};
   std::optional<int> code;
@@ -67,7 +67,7 @@ TEST(SettlingHttpSession, counts_a_request_until_its_completion_has_returned) {
   EXPECT_EQ(session.inFlight(), 0);
 }
 
-TEST(SettlingHttpSession, keeps_virtual_time_still_while_a_request_is_under_way) {
+TEST(SettlingHttpSession, stops_virtual_time_while_a_request_is_pending) {
   VirtualDispatch dispatch;
   dispatch.setTimeout(std::chrono::milliseconds(1));
   ScriptedHttpSession scripted(dispatch);

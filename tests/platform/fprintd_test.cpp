@@ -211,7 +211,7 @@ TEST_F(FprintdTest, an_enrolled_finger_makes_the_check_possible) {
   EXPECT_EQ(check().biometryType(), 1);
 }
 
-TEST_F(FprintdTest, the_right_finger_passes_and_the_reader_is_given_back) {
+TEST_F(FprintdTest, the_right_finger_passes_and_the_reader_is_released) {
   EXPECT_EQ(outcomeAfter("SCAN good-finger"), 0);
   EXPECT_TRUE(isReleased());
   EXPECT_THAT(prompts, ElementsAre("Log in", std::nullopt));
@@ -230,7 +230,7 @@ TEST_F(FprintdTest, a_finger_that_could_not_be_read_may_be_tried_again) {
   EXPECT_EQ(outcome(), 0);
 }
 
-TEST_F(FprintdTest, a_cancelled_check_says_so_and_gives_the_reader_back) {
+TEST_F(FprintdTest, a_cancelled_check_reports_it_and_releases_the_reader) {
   begin();
   EXPECT_FALSE(isReleased());
   check().cancel();
@@ -247,27 +247,27 @@ TEST_F(FprintdTest, a_check_cancelled_at_once_leaves_no_claim_behind) {
   EXPECT_TRUE(isReleased());
 }
 
-TEST_F(FprintdTest, a_person_may_ask_for_the_password_instead) {
+TEST_F(FprintdTest, the_user_may_choose_the_password_instead) {
   begin();
   check().enterPassword();
   EXPECT_EQ(outcome(), -3);
   EXPECT_TRUE(isReleased());
 }
 
-TEST_F(FprintdTest, nothing_happens_to_the_next_check_when_there_was_nothing_to_cancel) {
+TEST_F(FprintdTest, a_cancel_without_a_check_does_not_affect_the_next) {
   check().cancel();
   check().enterPassword();
   EXPECT_EQ(outcomeAfter("SCAN good-finger"), 0);
 }
 
-TEST_F(FprintdTest, a_reader_is_not_kept_waiting_for_ever) {
+TEST_F(FprintdTest, waiting_for_a_finger_times_out) {
   make({.timeout = 20s, .fingerTimeout = 50ms});
   evaluate();
   EXPECT_EQ(outcome(), -4);
   EXPECT_TRUE(isReleased());
 }
 
-TEST_F(FprintdTest, a_second_check_meanwhile_fails_and_the_first_goes_on) {
+TEST_F(FprintdTest, a_second_check_fails_and_the_first_continues) {
   begin();
   std::optional<int> second;
   check().evaluate("Again", [&](BiometricReply reply) {
@@ -300,7 +300,7 @@ TEST_F(FprintdTest, a_lockout_ends) {
   EXPECT_EQ(outcomeAfter("SCAN good-finger"), 0);
 }
 
-TEST_F(FprintdTest, a_reader_that_is_pulled_out_ends_the_check) {
+TEST_F(FprintdTest, an_unplugged_reader_ends_the_check) {
   begin();
   EXPECT_TRUE(world().command("UNPLUG"));
   EXPECT_EQ(outcome(), -6);
@@ -310,7 +310,7 @@ TEST_F(FprintdTest, a_reader_that_is_pulled_out_ends_the_check) {
   EXPECT_FALSE(isPossible());
 }
 
-TEST_F(FprintdTest, an_fprintd_that_ends_meanwhile_ends_the_check_and_a_new_one_serves) {
+TEST_F(FprintdTest, an_fprintd_that_exits_ends_the_check_and_a_new_one_serves) {
   begin();
   world().stop();
   EXPECT_EQ(outcome(), -6);
@@ -361,7 +361,7 @@ TEST_F(FprintdTest, without_a_bus_there_is_no_check) {
 }
 
 // fprintd is stopped: that the call returns at all shows that it doesn't block.
-TEST_F(FprintdTest, an_fprintd_that_is_slow_is_not_waited_for_and_brings_its_answer_later) {
+TEST_F(FprintdTest, a_slow_fprintd_does_not_block_and_answers_later) {
   const auto process = world().process();
   kill(process, SIGSTOP);
   EXPECT_FALSE(check().canEvaluate());
@@ -370,7 +370,7 @@ TEST_F(FprintdTest, an_fprintd_that_is_slow_is_not_waited_for_and_brings_its_ans
   EXPECT_TRUE(check().canEvaluate());
 }
 
-TEST_F(FprintdTest, an_fprintd_that_hangs_is_not_waited_for) {
+TEST_F(FprintdTest, a_hanging_fprintd_does_not_block) {
   make({.timeout = 50ms, .startupTimeout = 50ms});
   const auto process = world().process();
   kill(process, SIGSTOP);
@@ -382,7 +382,7 @@ TEST_F(FprintdTest, an_fprintd_that_hangs_is_not_waited_for) {
   kill(process, SIGCONT);
 }
 
-TEST_F(FprintdTest, a_lie_about_the_finger_lets_nobody_in) {
+TEST_F(FprintdTest, a_forged_result_is_ignored) {
   begin();
   const auto liar = sdbus::createSessionBusConnectionWithAddress(world().bus().address());
   sdbus::ObjectPath device;
@@ -406,7 +406,7 @@ TEST_F(FprintdTest, a_lie_about_the_finger_lets_nobody_in) {
   EXPECT_EQ(outcome(), -1);
 }
 
-TEST_F(FprintdTest, the_doctor_knows_what_a_reader_lacks) {
+TEST_F(FprintdTest, the_doctor_reports_what_a_reader_lacks) {
   const auto words = [](bool works) {
     const auto finding = doctor::lookAtFingerprintReader(world().bus().address());
     EXPECT_EQ(finding.works, works);
@@ -421,7 +421,7 @@ TEST_F(FprintdTest, the_doctor_knows_what_a_reader_lacks) {
   EXPECT_THAT(words(false), testing::EndsWith(". Install fprintd."));
 }
 
-TEST_F(FprintdTest, a_check_under_way_ends_with_its_adapter) {
+TEST_F(FprintdTest, a_running_check_ends_with_its_adapter) {
   begin();
   make();
   EXPECT_EQ(outcome(), -6);

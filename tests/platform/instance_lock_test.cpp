@@ -30,7 +30,7 @@ struct InstanceLockTest : testing::Test {
   const TemporaryDirectory directory;
 };
 
-TEST_F(InstanceLockTest, is_held_by_one_at_a_time_and_given_back_at_its_end) {
+TEST_F(InstanceLockTest, has_one_holder_at_a_time_and_is_released_by_its_destructor) {
   {
     const auto first = InstanceLock::acquire(directory.path());
     EXPECT_TRUE(first);
@@ -39,7 +39,7 @@ TEST_F(InstanceLockTest, is_held_by_one_at_a_time_and_given_back_at_its_end) {
   EXPECT_TRUE(InstanceLock::acquire(directory.path()));
 }
 
-TEST_F(InstanceLockTest, that_is_held_is_told_from_one_that_can_not_be) {
+TEST_F(InstanceLockTest, that_is_held_differs_from_one_that_cannot_be_created) {
   const auto first = InstanceLock::acquire(directory.path());
   EXPECT_FALSE(InstanceLock::obstacle(directory.path()));
   for (const fs::path nowhere : {"/dev/null", "/dev/null/deeper"}) {
@@ -49,7 +49,7 @@ TEST_F(InstanceLockTest, that_is_held_is_told_from_one_that_can_not_be) {
   EXPECT_EQ(InstanceLock::obstacle("/proc/nothing/made"), std::errc::no_such_file_or_directory);
 }
 
-TEST_F(InstanceLockTest, of_one_name_keeps_nobody_from_another) {
+TEST_F(InstanceLockTest, of_one_name_does_not_block_another) {
   const auto work = InstanceLock::acquire(directory.path());
   const auto other = InstanceLock::acquire(directory.path(), "agent.lock");
   EXPECT_TRUE(work);
@@ -57,7 +57,7 @@ TEST_F(InstanceLockTest, of_one_name_keeps_nobody_from_another) {
   EXPECT_FALSE(InstanceLock::acquire(directory.path(), "agent.lock"));
 }
 
-TEST_F(InstanceLockTest, ends_with_its_process_however_that_ends) {
+TEST_F(InstanceLockTest, ends_with_its_process) {
   const pid_t other = fork();
   if (other == 0) {
     const auto held = InstanceLock::acquire(directory.path());
@@ -76,7 +76,7 @@ TEST_F(InstanceLockTest, needs_a_directory) {
   EXPECT_FALSE(taken.get_future().get());
 }
 
-TEST_F(InstanceLockTest, is_had_by_a_waiting_one_once_it_is_free) {
+TEST_F(InstanceLockTest, goes_to_a_waiting_process_when_it_is_free) {
   auto first = InstanceLock::acquire(directory.path());
   auto waiting = wait();
   EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
@@ -84,7 +84,7 @@ TEST_F(InstanceLockTest, is_had_by_a_waiting_one_once_it_is_free) {
   EXPECT_TRUE(waiting.get());
 }
 
-TEST_F(InstanceLockTest, waited_for_in_a_file_that_goes_is_that_of_the_new_one) {
+TEST_F(InstanceLockTest, waited_for_in_a_deleted_file_is_taken_in_the_new_one) {
   auto first = InstanceLock::acquire(directory.path());
   auto waiting = wait();
   fs::remove(directory.path() / InstanceLock::work);
@@ -112,14 +112,14 @@ TEST_F(InstanceLockTest, is_free_at_no_moment_of_a_hand_over) {
   EXPECT_TRUE(waiting.get());
 }
 
-TEST_F(InstanceLockTest, is_not_received_from_some_other_file) {
+TEST_F(InstanceLockTest, is_not_received_from_another_file) {
   const TemporaryDirectory elsewhere;
   auto foreign = InstanceLock::acquire(elsewhere.path());
   EXPECT_FALSE(InstanceLock::receive(InstanceLock::handOver(std::move(*foreign)), directory.path()));
   EXPECT_FALSE(InstanceLock::receive(FileDescriptor(), directory.path()));
 }
 
-TEST_F(InstanceLockTest, is_not_received_while_somebody_else_has_it) {
+TEST_F(InstanceLockTest, is_not_received_while_another_process_holds_it) {
   const auto held = InstanceLock::acquire(directory.path());
   const fs::path file = directory.path() / InstanceLock::work;
   EXPECT_FALSE(

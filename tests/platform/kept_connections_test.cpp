@@ -288,13 +288,13 @@ class KeptConnections : public testing::TestWithParam<Case> {
 class KeptHttp1Connections : public KeptConnections {};
 class KeptHttp2Connections : public KeptConnections {};
 
-TEST_P(KeptConnections, a_request_that_meets_the_end_of_its_connection_is_not_repeated_unless_it_is_a_get) {
+TEST_P(KeptConnections, only_a_get_is_repeated_after_its_connection_closed) {
   line.onKept([](Peer& peer, const std::string&) { end(peer); });
   expectOnlyAGetIsRepeated();
   expectNextIsFine();
 }
 
-TEST_P(KeptConnections, a_request_that_meets_a_reset_is_not_repeated_unless_it_is_a_get) {
+TEST_P(KeptConnections, only_a_get_is_repeated_after_a_reset) {
   line.onKept([](Peer& peer, const std::string&) { reset(peer); });
   expectOnlyAGetIsRepeated();
   expectNextIsFine();
@@ -308,7 +308,7 @@ TEST_P(KeptConnections, a_get_is_repeated_once_only) {
   expectNextIsFine();
 }
 
-TEST_P(KeptConnections, an_answer_that_ends_in_its_body_is_lost_and_nothing_is_repeated) {
+TEST_P(KeptConnections, an_answer_cut_in_its_body_is_an_error_and_not_repeated) {
   line.onKept([](Peer& peer, const std::string&) {
     peer.cutBody();
     end(peer);
@@ -317,7 +317,7 @@ TEST_P(KeptConnections, an_answer_that_ends_in_its_body_is_lost_and_nothing_is_r
   expectNextIsFine();
 }
 
-TEST_P(KeptHttp1Connections, an_answer_whose_headers_are_cut_is_none) {
+TEST_P(KeptHttp1Connections, an_answer_with_cut_headers_is_an_error) {
   line.onKept([](Peer& peer, const std::string&) {
     peer.cutHeaders();
     end(peer);
@@ -326,7 +326,7 @@ TEST_P(KeptHttp1Connections, an_answer_whose_headers_are_cut_is_none) {
   expectNextIsFine();
 }
 
-TEST_P(KeptHttp1Connections, a_goodbye_does_not_make_cut_headers_whole) {
+TEST_P(KeptHttp1Connections, a_close_notify_does_not_complete_cut_headers) {
   line.onKept([](Peer& peer, const std::string&) {
     peer.cutHeaders();
     sayGoodbye(peer);
@@ -345,7 +345,7 @@ TEST_P(KeptHttp2Connections, cut_headers_are_no_answer) {
   expectNextIsFine();
 }
 
-TEST_P(KeptHttp2Connections, a_refused_stream_is_not_repeated_unless_it_is_a_get) {
+TEST_P(KeptHttp2Connections, only_a_get_is_repeated_after_a_refused_stream) {
   line.onKept([](Peer& peer, const std::string&) {
     auto& http2 = dynamic_cast<Http2Peer&>(peer);
     http2.http2().resetStream(http2.stream(), NGHTTP2_REFUSED_STREAM);
@@ -363,7 +363,7 @@ TEST_P(KeptHttp2Connections,
 
 // HTTP/1.1 matches answers to requests by order only.
 
-TEST_P(KeptHttp1Connections, a_body_that_goes_on_after_its_length_does_not_reach_the_next_answer) {
+TEST_P(KeptHttp1Connections, bytes_after_the_body_do_not_reach_the_next_answer) {
   line.onKept([](Peer& peer, const std::string&) {
     peer.connection().send("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n");
     peer.connection().send("fine" + httpResponse(200, "smuggled"));
@@ -374,7 +374,7 @@ TEST_P(KeptHttp1Connections, a_body_that_goes_on_after_its_length_does_not_reach
   expectNextIsFine();
 }
 
-TEST_P(KeptHttp1Connections, a_connection_on_which_bytes_came_unasked_is_not_used_again) {
+TEST_P(KeptHttp1Connections, a_connection_with_unrequested_bytes_is_not_reused) {
   for (const std::string& bytes :
        {httpResponse(200, "smuggled"), "rest"s, "HTTP/1.1 100 Continue\r\n\r\n"s, "\r\n"s}) {
     SCOPED_TRACE(bytes);
@@ -391,7 +391,7 @@ TEST_P(KeptHttp1Connections, a_connection_on_which_bytes_came_unasked_is_not_use
   }
 }
 
-TEST_P(KeptHttp1Connections, a_request_that_changes_something_avoids_a_connection_that_was_idle_for_long) {
+TEST_P(KeptHttp1Connections, only_a_get_reuses_a_long_idle_connection) {
   line.onKept([](Peer& peer, const std::string&) { peer.answer("kept"); });
   const auto longestIdle = CurlHttpSession::Options().longestIdle;
   line.clock.advance(longestIdle);
@@ -403,7 +403,7 @@ TEST_P(KeptHttp1Connections, a_request_that_changes_something_avoids_a_connectio
   EXPECT_EQ(line.arrivals("/idle"), kept());
 }
 
-TEST_P(KeptHttp2Connections, however_long_they_were_idle_they_are_used) {
+TEST_P(KeptHttp2Connections, are_reused_however_long_they_were_idle) {
   line.onKept([](Peer& peer, const std::string&) { peer.answer("kept"); });
   line.clock.advance(std::chrono::hours(1));
   EXPECT_EQ(line.fetch(method(), "/act").data, "kept");
@@ -424,7 +424,7 @@ INSTANTIATE_TEST_SUITE_P(Wires, KeptHttp2Connections,
                          [](const auto& test) { return nameOf(test); });
 
 // A server that claims HTTP/2 without ALPN.
-TEST(UnagreedHttp2, is_a_bad_answer_and_holds_up_no_other_request) {
+TEST(UnagreedHttp2, is_a_bad_answer_and_delays_no_other_request) {
   for (const Wire wire : {Wire::plain, Wire::tls}) {
     for (const std::string& version : {"HTTP/2"s, "HTTP/2.0"s, "HTTP/3"s}) {
       SCOPED_TRACE(nameOf(wire) + ' ' + version);
@@ -459,7 +459,7 @@ TEST(UnagreedHttp2, is_a_bad_answer_and_holds_up_no_other_request) {
   }
 }
 
-TEST(RefusedStream, disturbs_no_other_on_its_connection) {
+TEST(RefusedStream, does_not_affect_others_on_its_connection) {
   Line line(Wire::http2, 1);
   ASSERT_NO_FATAL_FAILURE(line.warmUp());
   constexpr std::size_t count = 6;

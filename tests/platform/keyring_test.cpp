@@ -256,7 +256,7 @@ TEST_F(KeyringTest, two_saves_leave_exactly_one_item_with_the_last_value) {
   EXPECT_EQ(lookUp().output, "second");
 }
 
-TEST_F(KeyringTest, a_deleted_item_is_gone_for_everybody) {
+TEST_F(KeyringTest, a_deleted_item_is_gone_for_other_programs_too) {
   EXPECT_TRUE(save("secret"));
   EXPECT_TRUE(keychain.deleteItem(KeychainService::passwordKey));
   EXPECT_EQ(witnessed("savedPassword"), 0);
@@ -269,7 +269,7 @@ TEST_F(KeyringTest, an_item_of_no_bytes_reads_as_an_empty_text) {
   EXPECT_EQ(load(), "");
 }
 
-TEST_F(KeyringTest, a_locked_keyring_reads_as_absent_takes_nothing_and_asks_nobody) {
+TEST_F(KeyringTest, a_locked_keyring_reads_as_absent_refuses_writes_and_never_prompts) {
   EXPECT_TRUE(save("secret"));
   desktop().setLocked(true);
   EXPECT_EQ(load(), std::nullopt);
@@ -282,7 +282,7 @@ TEST_F(KeyringTest, a_locked_keyring_reads_as_absent_takes_nothing_and_asks_nobo
   EXPECT_EQ(keychain.load(KeychainService::emailKey), std::nullopt);
 }
 
-TEST_F(KeyringTest, a_prompt_would_have_been_seen) {
+TEST_F(KeyringTest, the_test_notices_prompts) {
   EXPECT_TRUE(save("secret"));
   desktop().setLocked(true);
   EXPECT_NE(lookUp().status, 0);
@@ -299,7 +299,7 @@ TEST_F(KeyringTest, without_a_keyring_service_items_are_absent_and_saves_fail_un
   EXPECT_EQ(load(), "secret");
 }
 
-TEST_F(KeyringTest, a_session_bus_that_ends_takes_nobody_along_and_is_found_again) {
+TEST_F(KeyringTest, a_session_bus_that_ends_is_survived_and_joined_again) {
   EXPECT_TRUE(save("secret"));
   desktop().stopBus();
   EXPECT_EQ(load(), std::nullopt);
@@ -310,7 +310,7 @@ TEST_F(KeyringTest, a_session_bus_that_ends_takes_nobody_along_and_is_found_agai
   EXPECT_EQ(load(), "secret");
 }
 
-TEST_F(KeyringTest, somebody_without_a_keyring_is_not_asked_for_one) {
+TEST_F(KeyringTest, a_user_without_a_keyring_is_not_prompted_for_one) {
   desktop().startWithoutKeyring();
   EXPECT_EQ(load(), std::nullopt);
   EXPECT_EQ(store.copyMatching("service", "account").status, Status::notFound);
@@ -318,7 +318,7 @@ TEST_F(KeyringTest, somebody_without_a_keyring_is_not_asked_for_one) {
   desktop().logIn();
 }
 
-TEST_F(KeyringTest, a_keyring_that_hangs_is_not_waited_for_and_serves_again_when_it_goes_on) {
+TEST_F(KeyringTest, a_hanging_keyring_does_not_block_and_serves_again_later) {
   EXPECT_TRUE(save("secret"));
   LibsecretItemStore hasty(30ms);
   const auto process = desktop().process();
@@ -330,7 +330,7 @@ TEST_F(KeyringTest, a_keyring_that_hangs_is_not_waited_for_and_serves_again_when
   EXPECT_EQ(load(), "secret");
 }
 
-TEST_F(KeyringTest, the_doctor_knows_what_a_keyring_lacks_and_leaves_nothing_in_it) {
+TEST_F(KeyringTest, the_doctor_reports_what_a_keyring_lacks_and_leaves_nothing_in_it) {
   const auto words = [this](bool works) {
     const auto finding = doctor::lookAtKeyring(store);
     EXPECT_EQ(finding.works, works);

@@ -60,7 +60,7 @@ class LinuxDeviceInfoTest : public testing::Test {
   LinuxDeviceInfo::Sources sources;
 };
 
-TEST_F(LinuxDeviceInfoTest, hostnamed_knows_the_name_best) {
+TEST_F(LinuxDeviceInfoTest, hostnameds_name_has_precedence) {
   const PrivateBus bus(directory.path());
   ASSERT_TRUE(bus.running());
   const Hostnamed hostnamed(bus.address(), "Zoë’s Laptop");
@@ -69,7 +69,7 @@ TEST_F(LinuxDeviceInfoTest, hostnamed_knows_the_name_best) {
   EXPECT_EQ(name(), "Zoë’s Laptop");
 }
 
-TEST_F(LinuxDeviceInfoTest, a_hostnamed_without_a_name_and_a_bus_without_hostnamed_leave_it_to_the_file) {
+TEST_F(LinuxDeviceInfoTest, without_a_name_from_hostnamed_the_file_is_read) {
   const PrivateBus bus(directory.path());
   ASSERT_TRUE(bus.running());
   sources.busSocket = bus.socket();
@@ -79,7 +79,7 @@ TEST_F(LinuxDeviceInfoTest, a_hostnamed_without_a_name_and_a_bus_without_hostnam
   EXPECT_EQ(name(), "other");
 }
 
-TEST_F(LinuxDeviceInfoTest, a_bus_that_never_answers_is_not_waited_for) {
+TEST_F(LinuxDeviceInfoTest, a_silent_bus_does_not_block) {
   const fs::path path = directory.path() / "mute";
   const FileDescriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   sockaddr_un address{};
@@ -93,7 +93,7 @@ TEST_F(LinuxDeviceInfoTest, a_bus_that_never_answers_is_not_waited_for) {
   EXPECT_EQ(name(), "file");
 }
 
-TEST_F(LinuxDeviceInfoTest, without_a_bus_the_file_says_the_name_in_any_quotes) {
+TEST_F(LinuxDeviceInfoTest, without_a_bus_the_name_is_read_from_the_file_in_any_quotes) {
   for (const auto& [text, expected] :
        {std::pair("PRETTY_HOSTNAME=plain\n", "plain"),
         std::pair("PRETTY_HOSTNAME=\"Ann's \\\"PC\\\"\"\n", "Ann's \"PC\""),
@@ -105,7 +105,7 @@ TEST_F(LinuxDeviceInfoTest, without_a_bus_the_file_says_the_name_in_any_quotes) 
   }
 }
 
-TEST_F(LinuxDeviceInfoTest, without_any_of_them_the_host_name_serves) {
+TEST_F(LinuxDeviceInfoTest, without_bus_and_file_the_host_name_is_used) {
   EXPECT_FALSE(machineName().empty());
   EXPECT_EQ(name(), machineName());
   for (const char* text : {"", "PRETTY_HOSTNAME=\n", "PRETTY_HOSTNAME=\"\"\n", "OTHER=x\n"}) {
@@ -114,7 +114,7 @@ TEST_F(LinuxDeviceInfoTest, without_any_of_them_the_host_name_serves) {
   }
 }
 
-TEST_F(LinuxDeviceInfoTest, locale_and_zone_are_never_empty_and_the_locale_is_one_for_people) {
+TEST_F(LinuxDeviceInfoTest, locale_and_zone_are_never_empty_and_the_locale_is_not_c) {
   const LinuxDeviceInfo info(sources);
   EXPECT_FALSE(info.timeZone().empty());
   EXPECT_FALSE(info.locale().empty());

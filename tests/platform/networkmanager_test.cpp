@@ -210,7 +210,7 @@ class NetworkManagerTest : public testing::Test {
   Subscription subscription_;
 };
 
-TEST_F(NetworkManagerTest, a_first_save_makes_the_connection_that_the_systems_own_tools_show) {
+TEST_F(NetworkManagerTest, the_first_save_adds_a_connection_that_nmcli_shows) {
   EXPECT_EQ(save(*make(endpoint)), std::nullopt);
   EXPECT_EQ(property("connection.type"), "vpn");
   EXPECT_EQ(property("vpn.service-type"), NetworkManagerWorld::service);
@@ -273,7 +273,7 @@ TEST_F(NetworkManagerTest, another_endpoint_goes_into_the_same_connection_and_re
   EXPECT_EQ(property("ipv4.dns-search"), "home");
 }
 
-TEST_F(NetworkManagerTest, a_running_tunnel_takes_up_another_endpoint_when_it_is_started_again) {
+TEST_F(NetworkManagerTest, a_running_tunnel_uses_another_endpoint_after_a_restart) {
   const auto configuration = connected();
   const auto before = world().program().connections().size();
   configuration->protocolConfiguration = protocolOf(NetworkManagerWorld::service, "https://dns.example/new");
@@ -296,7 +296,7 @@ TEST_F(NetworkManagerTest, a_tunnel_that_is_up_is_left_alone_by_another_save_of_
   EXPECT_EQ(world().program().connections().size(), before);
 }
 
-TEST_F(NetworkManagerTest, the_connections_of_others_are_neither_listed_nor_heard_nor_touched) {
+TEST_F(NetworkManagerTest, connections_of_other_services_are_ignored) {
   const auto profiles = [] {
     std::string text;
     for (const char* name : {"wire", "Office"}) {
@@ -320,7 +320,7 @@ TEST_F(NetworkManagerTest, the_connections_of_others_are_neither_listed_nor_hear
   EXPECT_EQ(profiles(), before);
 }
 
-TEST_F(NetworkManagerTest, what_became_anothers_connection_is_neither_changed_nor_started) {
+TEST_F(NetworkManagerTest, a_connection_that_now_belongs_to_another_service_is_left_alone) {
   const auto configuration = saved();
   world().nmcli(
       {"connection", "modify", "Protection", "vpn.service-type", NetworkManagerWorld::foreignService});
@@ -332,7 +332,7 @@ TEST_F(NetworkManagerTest, what_became_anothers_connection_is_neither_changed_no
   EXPECT_EQ(configuration->connection().status(), Status::invalid);
 }
 
-TEST_F(NetworkManagerTest, what_a_person_changes_in_the_systems_own_tools_is_read_and_obeyed) {
+TEST_F(NetworkManagerTest, changes_made_with_nmcli_take_effect) {
   const auto configuration = saved();
   world().nmcli({"connection", "modify", "Protection", "connection.autoconnect", "no", "vpn.persistent", "no",
                  "connection.id", "Renamed", "vpn.data", "dohEndpoint=https://other.example/"});
@@ -351,7 +351,7 @@ TEST_F(NetworkManagerTest, what_a_person_changes_in_the_systems_own_tools_is_rea
   EXPECT_TRUE(becomes(Status::connected));
 }
 
-TEST_F(NetworkManagerTest, each_change_is_announced_once_whoever_brought_it) {
+TEST_F(NetworkManagerTest, each_change_is_announced_once_whatever_caused_it) {
   const auto configuration = saved();
   world().nmcli({"connection", "up", "Protection"});
   EXPECT_TRUE(becomes(Status::connected));
@@ -386,7 +386,7 @@ TEST_F(NetworkManagerTest, a_dropped_tunnel_can_be_started_again) {
   EXPECT_THAT(announced, ElementsAre(Status::disconnected, Status::connecting, Status::connected));
 }
 
-TEST_F(NetworkManagerTest, a_tunnel_on_its_way_is_not_started_twice) {
+TEST_F(NetworkManagerTest, a_connecting_tunnel_is_not_started_twice) {
   world().program().setSlow(true);
   const auto configuration = saved();
   const auto before = world().program().connections().size();
@@ -419,7 +419,7 @@ TEST_F(NetworkManagerTest, without_a_network_the_start_is_refused_until_there_is
   EXPECT_TRUE(becomes(Status::connected));
 }
 
-TEST_F(NetworkManagerTest, a_network_that_goes_takes_the_tunnel_along) {
+TEST_F(NetworkManagerTest, a_lost_network_disconnects_the_tunnel) {
   const auto configuration = connected();
   world().nmcli({"connection", "down", "wire"});
   EXPECT_TRUE(becomes(Status::disconnected));
@@ -442,7 +442,7 @@ TEST_F(NetworkManagerTest, a_connection_deleted_from_outside_is_invalid_until_it
   EXPECT_TRUE(becomes(Status::connected));
 }
 
-TEST_F(NetworkManagerTest, a_networkmanager_that_stops_and_comes_back_needs_no_new_start_of_the_program) {
+TEST_F(NetworkManagerTest, a_restarted_networkmanager_is_found_again) {
   const auto configuration = connected();
   world().stop();
   EXPECT_TRUE(becomes(Status::disconnected));
@@ -460,7 +460,7 @@ TEST_F(NetworkManagerTest, a_networkmanager_that_stops_and_comes_back_needs_no_n
   EXPECT_THAT(announced, ElementsAre(Status::connecting, Status::connected));
 }
 
-TEST_F(NetworkManagerTest, a_bus_that_goes_away_and_comes_back_is_joined_again) {
+TEST_F(NetworkManagerTest, a_restarted_bus_is_joined_again) {
   auto relay = std::make_unique<BusRelay>(world().file("user-bus"), world().bus().socket());
   makeMachine({.busAddress = relay->address()});
   connected();
@@ -472,7 +472,7 @@ TEST_F(NetworkManagerTest, a_bus_that_goes_away_and_comes_back_is_joined_again) 
   EXPECT_TRUE(becomes(Status::connected));
 }
 
-TEST_F(NetworkManagerTest, a_networkmanager_that_hangs_is_an_error_soon_and_works_when_it_goes_on) {
+TEST_F(NetworkManagerTest, a_hanging_networkmanager_is_an_error_and_works_again_later) {
   makeMachine({.timeout = 300ms, .startTimeout = 20ms});
   const auto configuration = saved();
   const auto process = world().process();
@@ -486,7 +486,7 @@ TEST_F(NetworkManagerTest, a_networkmanager_that_hangs_is_an_error_soon_and_work
   EXPECT_EQ(listed().size(), 1U);
 }
 
-TEST_F(NetworkManagerTest, a_signal_of_somebody_else_changes_nothing) {
+TEST_F(NetworkManagerTest, a_forged_signal_is_ignored) {
   connected();
   const auto liar = sdbus::createSessionBusConnectionWithAddress(world().bus().address());
   const auto path =
@@ -521,7 +521,7 @@ TEST_F(NetworkManagerTest, a_service_destroyed_with_work_under_way_leaves_its_co
   EXPECT_FALSE(told);
 }
 
-TEST_F(NetworkManagerTest, a_service_destroyed_while_the_user_is_being_asked_tells_nobody_who_waited) {
+TEST_F(NetworkManagerTest, a_service_destroyed_during_a_prompt_calls_no_completion) {
   auto relay = std::make_unique<BusRelay>(world().file("user-bus"), world().bus().socket());
   makeMachine({.busAddress = relay->address()});
   world().permissions().hold();
@@ -581,7 +581,7 @@ TEST_F(StrangeManagerTest, a_manager_without_the_rest_has_no_connections) {
   EXPECT_THAT(result.value(), IsEmpty());
 }
 
-TEST(MuteBusTest, a_bus_that_never_answers_is_an_error_soon) {
+TEST(MuteBusTest, a_silent_bus_is_an_error) {
   const TemporaryDirectory directory;
   const auto path = directory.path() / "mute";
   sockaddr_un address{};
@@ -597,7 +597,7 @@ TEST(MuteBusTest, a_bus_that_never_answers_is_an_error_soon) {
   EXPECT_EQ(result.error().localizedDescription(), "The system's message bus does not answer.");
 }
 
-TEST_F(NetworkManagerTest, the_doctor_sees_whether_it_runs) {
+TEST_F(NetworkManagerTest, the_doctor_reports_whether_it_runs) {
   const auto& bus = world().bus();
   const auto running = doctor::lookAtNetworkManager(bus.address());
   EXPECT_TRUE(running.works);

@@ -57,7 +57,7 @@ TEST(QrencodeEncoder, the_largest_text_fits_and_one_byte_more_does_not) {
   EXPECT_FALSE(encoder.encode(std::string(100000, 'x')));
 }
 
-TEST(QrencodeEncoder, nothing_makes_no_code) { EXPECT_FALSE(QrencodeEncoder().encode("")); }
+TEST(QrencodeEncoder, an_empty_text_has_no_code) { EXPECT_FALSE(QrencodeEncoder().encode("")); }
 
 TEST(QrencodeEncoder, a_zero_byte_does_not_end_the_text) {
   using namespace std::string_literals;

@@ -55,13 +55,13 @@ TEST_F(ScriptedHttpSessionTest, records_everything_that_is_sent_and_completes_la
   EXPECT_EQ(header(http.requests()[0], "Accept"), std::nullopt);
 }
 
-TEST_F(ScriptedHttpSessionTest, a_script_written_after_the_call_counts) {
+TEST_F(ScriptedHttpSessionTest, a_script_written_after_the_call_is_used) {
   send("GET", "/api/v1/children");
   http.answer("GET", "/children", 204);
   EXPECT_THAT(outcomes(), ElementsAre("204 "));
 }
 
-TEST_F(ScriptedHttpSessionTest, queued_answers_are_used_once_each_and_then_the_lasting_one) {
+TEST_F(ScriptedHttpSessionTest, queued_answers_are_used_once_each_before_the_permanent_one) {
   http.answerAlways("GET", "/children", 200, "later");
   http.answer("GET", "/children", 500);
   http.fail("GET", "/children", Kind::timedOut);
@@ -71,7 +71,7 @@ TEST_F(ScriptedHttpSessionTest, queued_answers_are_used_once_each_and_then_the_l
   EXPECT_THAT(outcomes(), ElementsAre("500 ", "The request timed out.", "200 later", "200 later"));
 }
 
-TEST_F(ScriptedHttpSessionTest, what_no_script_names_can_not_connect) {
+TEST_F(ScriptedHttpSessionTest, a_request_without_a_script_cannot_connect) {
   http.answerAlways("GET", "/children", 200);
   send("POST", "/api/v1/children");
   send("GET", "/api/v1/children/1");
@@ -79,7 +79,7 @@ TEST_F(ScriptedHttpSessionTest, what_no_script_names_can_not_connect) {
               ElementsAre("Could not connect to the server.", "Could not connect to the server."));
 }
 
-TEST_F(ScriptedHttpSessionTest, a_path_with_a_query_goes_before_one_without) {
+TEST_F(ScriptedHttpSessionTest, a_path_with_a_query_takes_precedence) {
   http.answerAlways("GET", "/logs", 200, "any");
   http.answerAlways("GET", "/logs?limit=5", 200, "five");
   send("GET", "/api/v1/logs?limit=6");
@@ -114,7 +114,7 @@ TEST_F(ScriptedHttpSessionTest, only_the_named_request_is_held_and_releasing_all
   EXPECT_THAT(outcomes(), SizeIs(3));
 }
 
-TEST_F(ScriptedHttpSessionTest, odd_ends_are_delivered_as_they_are) {
+TEST_F(ScriptedHttpSessionTest, malformed_results_are_delivered_unchanged) {
   http.answer("GET", "/a", answerWithoutData(200));
   http.answer("GET", "/a", answerWithoutResponse("x"));
   http.answer("GET", "/a", answerThatIsNotHttp("x"));

@@ -152,7 +152,7 @@ class SqliteSettingsStoreTest : public testing::Test {
   RecordingLog log;
 };
 
-TEST_F(SqliteSettingsStoreTest, values_of_every_type_are_there_again_when_it_is_reopened) {
+TEST_F(SqliteSettingsStoreTest, values_of_every_type_survive_a_reopening) {
   using namespace std::string_literals;
   const std::map<std::string, SettingValue> values = {
       {"bool", true},   {"date", Date{Duration{1475965860123}}},
@@ -265,7 +265,7 @@ TEST_F(SqliteSettingsStoreTest, a_write_survives_a_kill_once_it_has_returned) {
   EXPECT_THAT(log.printed(), IsEmpty());
 }
 
-TEST_F(SqliteSettingsStoreTest, of_what_is_written_together_a_kill_leaves_all_or_nothing) {
+TEST_F(SqliteSettingsStoreTest, a_kill_leaves_all_or_none_of_the_values_written_together) {
   fill();
   Child writer([&] {
     SqliteSettingsStore store(directory.path(), log);
@@ -289,7 +289,7 @@ TEST_F(SqliteSettingsStoreTest, of_what_is_written_together_a_kill_leaves_all_or
   EXPECT_TRUE(reopened.boolean("other"));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_file_that_is_no_database_is_set_aside) {
+TEST_F(SqliteSettingsStoreTest, a_file_that_is_not_a_database_is_set_aside) {
   const std::string damaged(5000, 'x');
   std::ofstream(file()) << damaged;
   expectSetAside(damaged);
@@ -321,7 +321,7 @@ TEST_F(SqliteSettingsStoreTest, a_database_of_something_else_is_set_aside) {
   EXPECT_TRUE(open().boolean("fresh"));
 }
 
-TEST_F(SqliteSettingsStoreTest, what_is_set_aside_replaces_nothing_that_was_set_aside_before) {
+TEST_F(SqliteSettingsStoreTest, setting_a_file_aside_replaces_no_earlier_one) {
   for (int i = 0; i < 3; ++i) {
     std::ofstream(file(), std::ios::trunc) << std::string(100, static_cast<char>('a' + i));
     fs::remove(file("-wal"));
@@ -330,14 +330,14 @@ TEST_F(SqliteSettingsStoreTest, what_is_set_aside_replaces_nothing_that_was_set_
   EXPECT_THAT(filesSetAside(), SizeIs(3));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_file_that_has_lost_all_that_was_in_it_is_set_aside) {
+TEST_F(SqliteSettingsStoreTest, an_emptied_file_is_set_aside) {
   fill();
   fs::resize_file(file(), 0);
   expectSetAside("");
 }
 
 // An unfinished first start leaves no settings file.
-TEST_F(SqliteSettingsStoreTest, a_first_start_without_room_leaves_nothing_that_looks_damaged) {
+TEST_F(SqliteSettingsStoreTest, a_first_start_on_a_full_disk_leaves_no_damaged_file) {
   SteerableVfs disk;
   disk.setFull(true);
   SqliteSettingsStore store(directory.path(), log);
@@ -351,7 +351,7 @@ TEST_F(SqliteSettingsStoreTest, a_first_start_without_room_leaves_nothing_that_l
   EXPECT_THAT(log.printed(), SizeIs(1));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_start_that_was_killed_before_its_first_file_was_whole_is_begun_anew) {
+TEST_F(SqliteSettingsStoreTest, a_first_start_that_was_killed_is_repeated) {
   std::ofstream(file(".new")) << "half";
   open().set("key", true);
   EXPECT_TRUE(open().boolean("key"));
@@ -360,7 +360,7 @@ TEST_F(SqliteSettingsStoreTest, a_start_that_was_killed_before_its_first_file_wa
   EXPECT_THAT(log.printed(), IsEmpty());
 }
 
-TEST_F(SqliteSettingsStoreTest, a_value_of_a_kind_from_the_future_is_skipped) {
+TEST_F(SqliteSettingsStoreTest, a_value_of_an_unknown_kind_is_skipped) {
   fill();
   sqlite3* other = nullptr;
   ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
@@ -397,7 +397,7 @@ TEST_F(SqliteSettingsStoreTest,
   EXPECT_THAT(log.printed(), SizeIs(1));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_next_read) {
+TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_by_the_next_read_when_the_disk_has_space) {
   SteerableVfs disk;
   SqliteSettingsStore store(directory.path(), log);
   disk.setFull(true);
@@ -409,7 +409,7 @@ TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_
   EXPECT_TRUE(open().boolean("during"));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_end) {
+TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_at_the_end_when_the_disk_has_space) {
   SteerableVfs disk;
   {
     SqliteSettingsStore store(directory.path(), log);
@@ -422,7 +422,7 @@ TEST_F(SqliteSettingsStoreTest, a_disk_with_room_again_gets_what_is_left_at_the_
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("during")));
 }
 
-TEST_F(SqliteSettingsStoreTest, what_was_removed_or_replaced_stands_in_no_file_once_it_is_scrubbed) {
+TEST_F(SqliteSettingsStoreTest, no_file_holds_a_removed_or_replaced_value_after_scrubbing) {
   const SteerableVfs disk;
   SqliteSettingsStore store(directory.path(), log);
   store.set("authToken", std::string("first-secret"));
@@ -438,7 +438,7 @@ TEST_F(SqliteSettingsStoreTest, what_was_removed_or_replaced_stands_in_no_file_o
   EXPECT_THAT(everything(), HasSubstr("beside"));
 }
 
-TEST_F(SqliteSettingsStoreTest, what_a_full_disk_kept_from_being_scrubbed_is_scrubbed_as_soon_as_it_can_be) {
+TEST_F(SqliteSettingsStoreTest, scrubbing_is_repeated_when_the_disk_has_space) {
   SteerableVfs disk;
   SqliteSettingsStore store(directory.path(), log);
   store.set("authToken", std::string("secret"));
@@ -451,7 +451,7 @@ TEST_F(SqliteSettingsStoreTest, what_a_full_disk_kept_from_being_scrubbed_is_scr
   EXPECT_THAT(everything(), Not(HasSubstr("secret")));
 }
 
-TEST_F(SqliteSettingsStoreTest, on_a_disk_that_is_full_at_the_start_what_was_saved_is_still_read) {
+TEST_F(SqliteSettingsStoreTest, saved_values_are_read_on_a_full_disk) {
   SteerableVfs disk;
   {
     Child killed([&] {
@@ -488,7 +488,7 @@ TEST_F(SqliteSettingsStoreTest, a_real_limit_of_file_size_neither_kills_nor_lose
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("first"), testing::Key("key")));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_directory_that_can_not_be_made_leaves_a_store_in_memory) {
+TEST_F(SqliteSettingsStoreTest, without_a_directory_values_stay_in_memory) {
   std::ofstream(directory.path() / "file") << "no directory";
   SqliteSettingsStore store(directory.path() / "file", log);
   store.set("key", true);
@@ -498,7 +498,7 @@ TEST_F(SqliteSettingsStoreTest, a_directory_that_can_not_be_made_leaves_a_store_
   EXPECT_THAT(log.printed(), SizeIs(1));
 }
 
-TEST_F(SqliteSettingsStoreTest, a_file_that_can_not_be_opened_leaves_a_store_in_memory) {
+TEST_F(SqliteSettingsStoreTest, without_an_openable_file_values_stay_in_memory) {
   fs::create_directory(file());
   SqliteSettingsStore store(directory.path(), log);
   store.set("key", true);
@@ -541,7 +541,7 @@ TEST_F(SqliteSettingsStoreTest, two_processes_that_write_at_once_lose_nothing) {
   EXPECT_THAT(open().all(), SizeIs(2 * each));
 }
 
-TEST_F(SqliteSettingsStoreTest, two_processes_that_find_a_damaged_file_set_it_aside_once) {
+TEST_F(SqliteSettingsStoreTest, two_processes_set_a_damaged_file_aside_once) {
   for (std::size_t round = 1; round <= 10; ++round) {
     fs::remove(file());
     std::ofstream(file()) << std::string(5000, 'x');

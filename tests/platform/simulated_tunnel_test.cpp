@@ -75,7 +75,7 @@ TEST_F(SimulatedTunnelTest, a_new_configuration_is_invalid_and_unlisted_until_sa
   EXPECT_THAT(tunnel.operations(), ElementsAre(Operation::load, Operation::save, Operation::load));
 }
 
-TEST_F(SimulatedTunnelTest, injected_errors_come_back_in_their_words_and_change_nothing) {
+TEST_F(SimulatedTunnelTest, injected_errors_have_their_text_and_change_nothing) {
   const auto made = tunnel.makeConfiguration();
   fill(*made);
   tunnel.fail(Operation::save, "no room");
@@ -103,7 +103,7 @@ TEST_F(SimulatedTunnelTest, injected_errors_come_back_in_their_words_and_change_
   EXPECT_EQ(loaded, "busy");
 }
 
-TEST_F(SimulatedTunnelTest, a_status_set_from_outside_is_told_once) {
+TEST_F(SimulatedTunnelTest, a_status_set_by_the_test_is_announced_once) {
   const auto made = tunnel.makeConfiguration();
   fill(*made);
   EXPECT_FALSE(tunnel.setStatus(TunnelStatus::connected));
@@ -116,7 +116,7 @@ TEST_F(SimulatedTunnelTest, a_status_set_from_outside_is_told_once) {
   EXPECT_THAT(seen, ElementsAre(TunnelStatus::connected));
 }
 
-TEST_F(SimulatedTunnelTest, a_start_changes_nothing_by_itself_unless_told_to_behave) {
+TEST_F(SimulatedTunnelTest, a_start_has_no_effect_by_default) {
   const auto made = tunnel.makeConfiguration();
   fill(*made);
   save(*made);
@@ -125,7 +125,7 @@ TEST_F(SimulatedTunnelTest, a_start_changes_nothing_by_itself_unless_told_to_beh
   EXPECT_EQ(made->connection().status(), TunnelStatus::disconnected);
 }
 
-TEST_F(SimulatedTunnelTest, behaving_like_a_platform_it_asks_once_and_connects_after_a_while) {
+TEST_F(SimulatedTunnelTest, like_a_platform_it_asks_once_and_connects_after_a_while) {
   std::vector<std::function<void(bool)>> prompts;
   tunnel.behaveLikePlatform([&](std::function<void(bool)> answer) { prompts.push_back(std::move(answer)); },
                             Duration(400));
@@ -145,7 +145,7 @@ TEST_F(SimulatedTunnelTest, behaving_like_a_platform_it_asks_once_and_connects_a
               ElementsAre(TunnelStatus::disconnected, TunnelStatus::connecting, TunnelStatus::connected));
 }
 
-TEST_F(SimulatedTunnelTest, each_call_is_recorded_also_one_that_waits_for_the_answer_of_another) {
+TEST_F(SimulatedTunnelTest, each_call_is_recorded_even_while_it_waits_for_another) {
   std::vector<std::function<void(bool)>> prompts;
   tunnel.behaveLikePlatform([&](std::function<void(bool)> answer) { prompts.push_back(std::move(answer)); });
   const auto made = tunnel.makeConfiguration();
@@ -209,7 +209,7 @@ TEST_F(SimulatedTunnelTest, latency_delays_what_a_load_brings) {
   EXPECT_TRUE(loaded);
 }
 
-TEST_F(SimulatedTunnelTest, saved_configurations_are_there_again_in_the_next_run) {
+TEST_F(SimulatedTunnelTest, saved_configurations_survive_a_restart) {
   std::optional<std::string> stored;
   const SimulatedTunnel::Storage storage{[&] { return stored; },
                                          [&](const std::string& text) { stored = text; }};

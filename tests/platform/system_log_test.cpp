@@ -86,7 +86,7 @@ TEST(SystemLog, a_line_is_printed_with_its_line_break) {
   EXPECT_EQ(pipe.readAll(), "[NetworkService] Got 401, attempting token refresh...\n\n");
 }
 
-TEST(SystemLog, a_text_from_outside_is_no_format_and_starts_no_line_of_its_own) {
+TEST(SystemLog, a_text_is_not_a_format_string_and_starts_no_new_line) {
   Pipe pipe;
   SystemLog log("program", pipe.input());
   log.print("%s %n 100%\n[Forged] line\r\x1b[2J");
@@ -116,21 +116,21 @@ TEST(SystemLog, lines_of_many_threads_never_mix) {
   EXPECT_EQ(count, 80);
 }
 
-TEST(SystemLog, an_output_that_can_not_be_written_is_given_up) {
+TEST(SystemLog, an_output_that_cannot_be_written_is_ignored) {
   SystemLog log("program", -1);
   log.print("line");
   log.system("line");
   EXPECT_EQ(lastSystemLine, "line");
 }
 
-TEST(SystemLog, the_systems_log_hears_of_it_under_the_programs_name) {
+TEST(SystemLog, system_lines_go_to_syslog_under_the_programs_name) {
   SystemLog log("program-name", -1);
   log.system("%s of children:\n3");
   EXPECT_EQ(lastSystemLine, "%s of children:\\n3");
   EXPECT_EQ(lastIdentity, "program-name");
 }
 
-TEST(SingleLine, escapes_whatever_could_steer_a_terminal_or_break_a_line) {
+TEST(SingleLine, escapes_control_characters_and_line_breaks) {
   EXPECT_EQ(singleLine("a\tb\x7f\0"s), "a\\tb\\x7f\\x00");
   EXPECT_EQ(singleLine("\u0085\u009b31m\u2028\u2029"), "\\x85\\x9b31m\\u2028\\u2029");
 }

@@ -44,7 +44,7 @@ TEST_F(VirtualDispatchTest, settling_moves_no_time_and_leaves_what_is_due_later)
   EXPECT_EQ(dispatch.nextDue(), dispatch.now() + milliseconds(1));
 }
 
-TEST_F(VirtualDispatchTest, what_is_due_at_one_moment_runs_in_the_order_of_posting_whatever_its_queue) {
+TEST_F(VirtualDispatchTest, tasks_due_at_the_same_time_run_in_posting_order) {
   const auto serial = dispatch.makeSerialQueue("test");
   dispatch.main().asyncAfter(seconds(1), note("second"));
   dispatch.main().async(note("main"));
@@ -65,13 +65,13 @@ TEST_F(VirtualDispatchTest, each_task_sees_the_time_at_which_it_was_due) {
   EXPECT_EQ(elapsed(), seconds(3));
 }
 
-TEST_F(VirtualDispatchTest, what_a_task_posts_on_the_way_is_run_when_due_in_the_same_advance) {
+TEST_F(VirtualDispatchTest, a_task_posted_during_an_advance_runs_in_it_when_due) {
   dispatch.main().asyncAfter(seconds(1), [&] { dispatch.main().asyncAfter(seconds(1), note("inner")); });
   dispatch.advance(seconds(2));
   EXPECT_THAT(notes, ElementsAre("inner"));
 }
 
-TEST_F(VirtualDispatchTest, background_tasks_are_not_on_the_main_thread_and_nor_are_other_threads) {
+TEST_F(VirtualDispatchTest, background_tasks_and_other_threads_are_not_on_the_main_thread) {
   bool inMain = false;
   bool inSerial = true;
   bool inGlobal = true;
@@ -125,7 +125,7 @@ TEST_F(VirtualDispatchTest, posts_of_another_thread_wake_a_wait) {
   EXPECT_THAT(notes, ElementsAre("posted"));
 }
 
-TEST_F(VirtualDispatchTest, a_wait_for_what_never_comes_ends_at_the_timeout) {
+TEST_F(VirtualDispatchTest, an_unfulfilled_wait_ends_at_the_timeout) {
   dispatch.setTimeout(milliseconds(1));
   EXPECT_FALSE(dispatch.waitForWork());
   EXPECT_FALSE(dispatch.settleUntil([] { return false; }));

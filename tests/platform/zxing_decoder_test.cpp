@@ -29,7 +29,7 @@ Texts textsIn(const GreyImage& image) {
 
 Texts textsIn(const GreyCanvas& canvas) { return textsIn(canvas.view()); }
 
-TEST(ZxingDecoder, a_picture_that_says_it_is_too_large_is_refused_unseen) {
+TEST(ZxingDecoder, a_picture_that_declares_too_large_a_size_is_refused) {
   const std::vector<std::uint8_t> few(100);
   const Texts refused{"error: This picture is too large. Use one of less than 100 megapixels."};
   EXPECT_EQ(textsIn({.width = 10000, .height = 10000, .bytesPerLine = 10000, .bytes = few}), refused);
@@ -37,7 +37,7 @@ TEST(ZxingDecoder, a_picture_that_says_it_is_too_large_is_refused_unseen) {
             refused);
 }
 
-TEST(ZxingDecoder, a_picture_that_is_not_all_there_is_refused_unseen) {
+TEST(ZxingDecoder, a_truncated_picture_is_refused) {
   const std::vector<std::uint8_t> bytes(100);
   const Texts damaged{"error: This picture is damaged."};
   EXPECT_EQ(textsIn({.width = 10, .height = 11, .bytesPerLine = 10, .bytes = bytes}), damaged);
@@ -48,7 +48,7 @@ TEST(ZxingDecoder, a_picture_that_is_not_all_there_is_refused_unseen) {
   EXPECT_EQ(textsIn({.width = 9999, .height = 10000, .bytesPerLine = 9999, .bytes = bytes}), damaged);
 }
 
-TEST(ZxingDecoder, the_smallest_pictures_hold_nothing) {
+TEST(ZxingDecoder, the_smallest_pictures_have_no_code) {
   for (const int side : {1, 2, 3, 5, 8, 20}) {
     EXPECT_EQ(textsIn(GreyCanvas(side, side, 0x80)), Texts()) << side;
     EXPECT_EQ(textsIn(GreyCanvas(side, 1, 0)), Texts()) << side;
@@ -61,7 +61,7 @@ TEST(ZxingDecoder, no_code_is_a_success) {
   EXPECT_EQ(textsIn(busyBackground(640, 480)), Texts());
 }
 
-TEST(ZxingDecoder, half_a_code_is_none) {
+TEST(ZxingDecoder, half_a_code_is_not_found) {
   GreyCanvas canvas = codeOf(enrollment);
   paste(canvas, GreyCanvas(canvas.width, canvas.height / 2), 0, canvas.height / 2);
   EXPECT_EQ(textsIn(canvas), Texts());
@@ -75,7 +75,7 @@ TEST(ZxingDecoder, reads_texts_as_they_are) {
   }
 }
 
-TEST(ZxingDecoder, bytes_that_are_no_utf8_become_text_that_is) {
+TEST(ZxingDecoder, bytes_that_are_not_utf8_become_valid_text) {
   EXPECT_EQ(textsIn(codeOf("Zo\xEB")), Texts{"Zoë"});
 }
 
@@ -135,7 +135,7 @@ TEST(ZxingDecoder, ten_codes_come_in_reading_order) {
   EXPECT_EQ(textsIn(sheet), expected);
 }
 
-TEST(ZxingDecoder, the_same_text_twice_is_there_twice) {
+TEST(ZxingDecoder, the_same_text_twice_is_found_twice) {
   GreyCanvas sheet(600, 300);
   paste(sheet, codeOf("same"), 20, 20);
   paste(sheet, codeOf("same"), 320, 20);

@@ -51,7 +51,7 @@ TEST_F(AccountsTest, an_email_in_use_is_refused_whatever_its_case) {
   EXPECT_EQ(loggingIn("ann@example.com", password).json().at("name"), "Ann");
 }
 
-TEST_F(AccountsTest, values_that_no_account_can_have_are_refused) {
+TEST_F(AccountsTest, invalid_values_of_an_account_are_refused) {
   for (const Json& changes : std::vector<Json>{{{"email", "ann"}},
                                                {{"email", "@example.com"}},
                                                {{"email", "ann@"}},
@@ -80,11 +80,11 @@ TEST_F(AccountsTest, a_new_account_is_the_primary_parent_of_a_family_of_its_own)
   EXPECT_EQ(family.at("members").size(), 1U);
 }
 
-TEST_F(AccountsTest, what_was_not_given_at_registration_is_null) {
+TEST_F(AccountsTest, values_missing_at_registration_are_null) {
   EXPECT_EQ(registering().json().at("region"), nullptr);
 }
 
-TEST_F(AccountsTest, a_wrong_password_and_an_unknown_email_are_told_apart_by_nobody) {
+TEST_F(AccountsTest, a_wrong_password_and_an_unknown_email_get_the_same_answer) {
   givenAccount("ann@example.com");
   const auto wrong = loggingIn("ann@example.com", "wrong horse");
   const auto unknown = loggingIn("bob@example.com", password);
@@ -104,7 +104,7 @@ TEST_F(AccountsTest, a_password_is_checked_for_an_unknown_email_too) {
   EXPECT_EQ(passwordChecks() - before, 2 * forKnown);
 }
 
-TEST_F(AccountsTest, after_five_wrong_passwords_each_further_one_costs_half_a_minute) {
+TEST_F(AccountsTest, after_five_wrong_passwords_each_further_one_causes_a_pause_of_half_a_minute) {
   givenAccount("ann@example.com");
   givenAccount("eve@example.com");
   // With and without an account.
@@ -127,13 +127,13 @@ TEST_F(AccountsTest, after_five_wrong_passwords_each_further_one_costs_half_a_mi
   EXPECT_EQ(loggingIn("ann@example.com", password).status, 200);
 }
 
-TEST_F(AccountsTest, a_password_counts_as_typed) {
+TEST_F(AccountsTest, a_password_is_compared_as_typed) {
   givenAccount("ann@example.com");
   EXPECT_EQ(loggingIn("ann@example.com", std::string{password} + " ").status, 401);
   EXPECT_EQ(loggingIn("ann@example.com", password).status, 200);
 }
 
-TEST_F(AccountsTest, a_token_lives_24_hours_to_the_moment) {
+TEST_F(AccountsTest, a_token_is_valid_for_exactly_24_hours) {
   const auto token = givenAccount("ann@example.com");
   advance(24h - 1ms);
   EXPECT_EQ(statusOfAnyCall(token), 200);
@@ -141,7 +141,7 @@ TEST_F(AccountsTest, a_token_lives_24_hours_to_the_moment) {
   EXPECT_EQ(statusOfAnyCall(token), 401);
 }
 
-TEST_F(AccountsTest, for_7_more_days_it_is_good_for_a_refresh_only) {
+TEST_F(AccountsTest, for_7_more_days_only_a_refresh_accepts_it) {
   const auto token = givenAccount("ann@example.com");
   advance(24h * 8 - 1ms);
   EXPECT_EQ(statusOfAnyCall(token), 401);
@@ -153,13 +153,13 @@ TEST_F(AccountsTest, for_7_more_days_it_is_good_for_a_refresh_only) {
   EXPECT_EQ(statusOfAnyCall(token), 401);
 }
 
-TEST_F(AccountsTest, after_its_grace_a_token_is_good_for_nothing) {
+TEST_F(AccountsTest, after_its_grace_period_a_token_is_refused) {
   const auto token = givenAccount("ann@example.com");
   advance(24h * 8);
   EXPECT_EQ(refreshing(token).status, 401);
 }
 
-TEST_F(AccountsTest, a_refresh_leaves_the_old_token_what_is_left_of_its_life) {
+TEST_F(AccountsTest, a_refresh_does_not_invalidate_the_old_token) {
   const auto token = givenAccount("ann@example.com");
   advance(13h);
   const std::string fresh = refreshing(token).json().at("token");
@@ -169,7 +169,7 @@ TEST_F(AccountsTest, a_refresh_leaves_the_old_token_what_is_left_of_its_life) {
   EXPECT_EQ(statusOfAnyCall(fresh), 200);
 }
 
-TEST_F(AccountsTest, only_a_bearer_token_is_one) {
+TEST_F(AccountsTest, only_a_bearer_token_is_accepted) {
   const auto token = givenAccount("ann@example.com");
   for (const std::string& header :
        {"Authorization: " + token, "Authorization: Basic " + token, "Authorization: Bearer  " + token,
@@ -178,14 +178,14 @@ TEST_F(AccountsTest, only_a_bearer_token_is_one) {
   }
 }
 
-TEST_F(AccountsTest, deleting_the_account_takes_the_right_password) {
+TEST_F(AccountsTest, deleting_the_account_requires_the_password) {
   const auto token = givenAccount("ann@example.com");
   const auto refused = ask("DELETE", "/auth/account", token, R"({"password":"wrong horse"})");
   EXPECT_EQ(refused.status, 401);
   EXPECT_EQ(statusOfAnyCall(token), 200);
 }
 
-TEST_F(AccountsTest, deleting_the_primary_account_takes_everything_with_it) {
+TEST_F(AccountsTest, deleting_the_primary_account_deletes_everything) {
   const auto ann = givenAccount("ann@example.com");
   const auto other =
       given("POST", "/auth/login", {}, {{"email", "ann@example.com"}, {"password", password}}).at("token");
@@ -224,7 +224,7 @@ TEST_F(AccountsTest, deleting_a_members_account_leaves_the_family_its_devices) {
   EXPECT_EQ(given("GET", "/family", ann).at("members").size(), 1U);
 }
 
-TEST_F(AccountsTest, neither_passwords_nor_tokens_are_written_down) {
+TEST_F(AccountsTest, passwords_and_tokens_are_not_stored) {
   const std::filesystem::path data = testing::TempDir() + "quillmar-secrets";
   std::filesystem::remove_all(data);
   restart({.data = data});

@@ -22,14 +22,14 @@ class BadInputTest : public ServiceTest {
   }
 };
 
-TEST_F(BadInputTest, all_that_is_missing_or_of_a_wrong_type_is_named_at_once) {
+TEST_F(BadInputTest, one_refusal_names_all_missing_keys_and_wrong_types) {
   EXPECT_EQ(ask("POST", init, {}, "{}").error(),
             "The request lacks “device_id”, “device_name” and “device_type”.");
   EXPECT_EQ(ask("POST", init, {}, R"({"device_id":null,"device_name":5,"device_type":["ios"]})").error(),
             "The request lacks “device_id”; “device_name” has to be a text; “device_type” has to be a text.");
 }
 
-TEST_F(BadInputTest, a_body_that_is_no_json_object_is_refused) {
+TEST_F(BadInputTest, a_body_that_is_not_a_json_object_is_refused) {
   for (const std::string body :
        {" ", "{", "[]", "5", "null", "{\"device_id\":\"A\",}", "{}{}", "\xc3\x28",
         "{\"device_id\":\"\xc3\x28\"}", "{'device_id':'A'}", "{\"device_id\":NaN}"}) {
@@ -40,7 +40,7 @@ TEST_F(BadInputTest, a_body_that_is_no_json_object_is_refused) {
   EXPECT_EQ(ask("POST", init).status, 400) << "no body at all";
 }
 
-TEST_F(BadInputTest, a_body_nested_without_end_is_refused_and_breaks_nothing) {
+TEST_F(BadInputTest, an_endlessly_nested_body_is_refused) {
   EXPECT_EQ(ask("POST", init, {}, std::string(900'000, '[')).status, 400);
   std::string nested = R"({"device_id":"A","device_name":"B","device_type":)";
   nested += std::string(200'000, '[') + std::string(200'000, ']') + "}";
@@ -76,7 +76,7 @@ TEST_F(BadInputTest, one_megabyte_is_the_largest_body) {
       200);
 }
 
-TEST_F(BadInputTest, an_address_that_there_is_not_is_a_404) {
+TEST_F(BadInputTest, an_unknown_path_is_a_404) {
   for (const std::string path : {"/", "/api", "/api/v1", "/api/v1/", "/api/v1/nothing", "/api/v2/children",
                                  "/api/v1/children/", "/api/v1//children", "/API/v1/children", "/sandbox",
                                  "/api/v1/enrollment/status/", "/dns-query", "/dns-query/"}) {
@@ -86,7 +86,7 @@ TEST_F(BadInputTest, an_address_that_there_is_not_is_a_404) {
   }
 }
 
-TEST_F(BadInputTest, an_address_that_takes_other_methods_says_which) {
+TEST_F(BadInputTest, a_path_with_other_methods_lists_them) {
   const auto reply = ask("PATCH", "/children/x", {}, "{}", {"--include", "--http1.1"});
   EXPECT_EQ(reply.status, 405);
   EXPECT_THAT(reply.body, testing::HasSubstr("Allow: GET, PUT, DELETE\r\n"));
@@ -97,7 +97,7 @@ TEST_F(BadInputTest, an_address_that_takes_other_methods_says_which) {
   EXPECT_EQ(curl({"--head", "--http1.1", service().secureUrl() + "/api/v1/children"}).status, 405);
 }
 
-TEST_F(BadInputTest, an_escape_that_is_none_is_refused) {
+TEST_F(BadInputTest, an_invalid_escape_is_refused) {
   for (const std::string path : {"/children/%zz", "/children/%4", "/children/%"}) {
     EXPECT_EQ(ask("GET", path, givenAccount(path.substr(10) + "@example.com")).status, 400) << path;
   }
@@ -111,7 +111,7 @@ TEST_F(BadInputTest, an_id_is_a_text_like_any_other) {
   }
 }
 
-TEST_F(BadInputTest, what_is_no_http_gets_an_error_and_the_door) {
+TEST_F(BadInputTest, malformed_http_gets_an_error_and_a_closed_connection) {
   for (const std::string& bytes :
        {std::string{"HELLO\r\n\r\n"}, std::string{"GET / HTTP/9.9\r\n\r\n"},
         std::string{"GET\x01/ HTTP/1.1\r\n\r\n"},
@@ -122,7 +122,7 @@ TEST_F(BadInputTest, what_is_no_http_gets_an_error_and_the_door) {
   }
 }
 
-TEST_F(BadInputTest, a_target_that_is_no_path_is_refused) {
+TEST_F(BadInputTest, a_target_that_is_not_a_path_is_refused) {
   for (const std::string target : {"*", "http://other.example/api/v1/children", "children"}) {
     EXPECT_EQ(statusOf(answerTo("GET " + target + " HTTP/1.1\r\nHost: x\r\n\r\n")), 400) << target;
   }
@@ -135,7 +135,7 @@ TEST_F(BadInputTest, requests_may_follow_one_another_without_waiting) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(statusOf(connection.readAnswer()), 404);
 }
 
-TEST_F(BadInputTest, a_client_that_leaves_in_the_middle_harms_nobody) {
+TEST_F(BadInputTest, a_client_that_disconnects_early_does_no_harm) {
   for (const std::string bytes :
        {"", "POST", "POST /api/v1/enrollment/init HTTP/1.1\r\nContent-Length: 500\r\n\r\n{\"device_id\":"}) {
     RawConnection connection{service().port()};
@@ -150,7 +150,7 @@ TEST_F(BadInputTest, plain_http_on_the_tls_port_gets_no_answer) {
   EXPECT_EQ(connection.readToEnd().find("HTTP/1.1 2"), std::string::npos);
 }
 
-TEST_F(BadInputTest, a_clear_end_is_told_to_those_who_want_it) {
+TEST_F(BadInputTest, a_request_to_close_is_answered_and_the_connection_closed) {
   RawConnection connection{service().port()};
   connection.send("GET /api/v1/children HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n");
   EXPECT_EQ(statusOf(connection.readToEnd()), 401);

@@ -52,7 +52,7 @@ TEST_F(ChildrenTest, an_update_changes_only_what_it_names) {
   EXPECT_EQ(changing(before.at("id"), {{"name", nullptr}}).json(), expected) << "null counts as absent";
 }
 
-TEST_F(ChildrenTest, values_that_no_child_can_have_are_refused) {
+TEST_F(ChildrenTest, invalid_values_of_a_child_are_refused) {
   const auto child = givenChild(ann_);
   for (const Json& changes :
        std::vector<Json>{Json{{"name", ""}}, Json{{"name", "\t "}}, Json{{"birth_year", 1899}},
@@ -66,13 +66,13 @@ TEST_F(ChildrenTest, values_that_no_child_can_have_are_refused) {
   EXPECT_EQ(childrenOf(ann_)[0].at("name"), "Mia");
 }
 
-TEST_F(ChildrenTest, names_are_kept_to_the_letter) {
+TEST_F(ChildrenTest, names_are_stored_unchanged) {
   const std::string name = "Zoë 👨‍👩‍👧 \"O'Neil\" \\ \u0001";
   EXPECT_EQ(given("POST", "/children", ann_, {{"name", name}}).at("name"), name);
   EXPECT_EQ(childrenOf(ann_)[0].at("name"), name);
 }
 
-TEST_F(ChildrenTest, a_deleted_child_leaves_its_devices_to_nobody) {
+TEST_F(ChildrenTest, a_deleted_childs_devices_are_unlinked) {
   const auto child = givenChild(ann_);
   const auto device = givenDevice(ann_, child);
   EXPECT_EQ(childrenOf(ann_)[0].at("devices")[0].at("id"), device);
@@ -100,7 +100,7 @@ TEST_F(ChildrenTest, a_device_moves_between_children_by_being_unlinked_first) {
   EXPECT_EQ(childrenOf(ann_)[1].at("devices")[0].at("child_id"), leo);
 }
 
-TEST_F(ChildrenTest, nobody_links_another_familys_device_to_a_child_of_their_own) {
+TEST_F(ChildrenTest, another_familys_device_cannot_be_linked) {
   const auto olga = givenAccount("olga@example.com");
   const auto device = givenDevice(olga);
   const auto child = givenChild(ann_);

@@ -132,7 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, OwnedThingsTest,
 INSTANTIATE_TEST_SUITE_P(Calls, BodyTest, callsThat([](const auto& call) { return !call.badBody.empty(); }),
                          nameOf);
 
-TEST(Routes, are_those_of_the_contract_no_more_and_no_less) {
+TEST(Routes, are_exactly_those_of_the_contract) {
   std::set<Address> wanted;
   for (const auto& call : contract()) wanted.emplace(call.method, "/api/v1" + shape(call.path));
   std::set<Address> offered;

@@ -36,7 +36,7 @@ TEST_F(DatabaseTest, what_is_not_committed_is_undone) {
   EXPECT_TRUE(enrollments().empty());
 }
 
-TEST_F(DatabaseTest, one_statement_that_fails_spoils_its_whole_transaction_and_no_other) {
+TEST_F(DatabaseTest, a_failed_statement_undoes_its_transaction_and_no_other) {
   {
     Transaction spoilt{database_};
     addEnrollment("a");
@@ -53,14 +53,14 @@ TEST_F(DatabaseTest, one_statement_that_fails_spoils_its_whole_transaction_and_n
   EXPECT_EQ(enrollments(), std::vector<std::string>{"c"});
 }
 
-TEST_F(DatabaseTest, nonsense_is_a_failure_and_not_a_crash) {
+TEST_F(DatabaseTest, invalid_sql_is_a_failure_and_not_a_crash) {
   Transaction spoilt{database_};
   EXPECT_EQ(database_.run("INSERT INTO nothing VALUES (?)", 1), 0);
   EXPECT_FALSE(database_.any("SELECT 1"));
   EXPECT_FALSE(spoilt.commit());
 }
 
-TEST_F(DatabaseTest, texts_and_times_come_back_as_they_went_in) {
+TEST_F(DatabaseTest, texts_and_times_are_read_as_written) {
   const Transaction reading{database_};
   const std::string text{"a\0ë", 4};
   const auto found = database_.first(
@@ -73,7 +73,7 @@ TEST_F(DatabaseTest, texts_and_times_come_back_as_they_went_in) {
                                timeOf(1'791'498'660'250)}));
 }
 
-TEST_F(DatabaseTest, what_belongs_to_something_goes_with_it) {
+TEST_F(DatabaseTest, dependent_rows_are_deleted_with_their_owner) {
   Transaction spoilt{database_};
   database_.run("INSERT INTO tokens(hash, parent_id, expires_at) VALUES ('h', 'nobody', 0)");
   EXPECT_FALSE(spoilt.commit()) << "a token of nobody is none";

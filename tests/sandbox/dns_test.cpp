@@ -88,7 +88,7 @@ TEST_F(DnsTest, a_type_without_addresses_has_no_records_and_no_error) {
   EXPECT_THAT(output, testing::HasSubstr("ANSWER: 0"));
 }
 
-TEST_F(DnsTest, it_is_asked_by_get_as_well) {
+TEST_F(DnsTest, a_query_may_come_by_get) {
   EXPECT_THAT(dig("www.site.example", "A", "https-get"), testing::HasSubstr("HTTP/2-GET"));
   EXPECT_THAT(dig("www.site.example", "A", "https"), testing::HasSubstr("HTTP/2-POST"));
   EXPECT_EQ(logs().size(), 2U);
@@ -130,7 +130,7 @@ TEST_F(DnsTest, with_the_internet_blocked_only_allowed_and_default_sites_resolve
   EXPECT_TRUE(resolves("www.site.example")) << "the mode alone blocks nothing";
 }
 
-TEST_F(DnsTest, a_default_site_can_be_blocked_all_the_same) {
+TEST_F(DnsTest, a_default_site_can_be_blocked) {
   block(child(), "google.com");
   blockTheInternet(true);
   EXPECT_FALSE(resolves("www.google.com"));
@@ -146,7 +146,7 @@ TEST_F(DnsTest, a_device_obeys_its_own_policy_besides_that_of_its_child) {
   EXPECT_TRUE(resolves("ads.example")) << "no child, no child's policy";
 }
 
-TEST_F(DnsTest, another_childs_policy_has_no_say) {
+TEST_F(DnsTest, another_childs_policy_has_no_effect) {
   block("/children/" + givenChild(ann_, "Leo"), "ads.example");
   EXPECT_TRUE(resolves("ads.example"));
 }
@@ -168,7 +168,7 @@ TEST_F(DnsTest, each_query_is_in_the_log_newest_first) {
   EXPECT_EQ(written[1].at("was_blocked"), false);
 }
 
-TEST_F(DnsTest, logs_are_cut_by_limit_offset_and_time) {
+TEST_F(DnsTest, logs_are_limited_by_limit_offset_and_time) {
   for (const std::string name : {"a.example", "b.example", "c.example"}) {
     dig(name);
     advance(1s);
@@ -198,7 +198,7 @@ TEST_F(DnsTest, a_query_shows_that_the_device_is_online) {
   EXPECT_EQ(given("GET", child(), ann_).at("devices")[0].at("is_online"), true);
 }
 
-TEST_F(DnsTest, an_endpoint_of_nobody_answers_nobody) {
+TEST_F(DnsTest, an_unknown_endpoint_is_not_answered) {
   path_ = "/dns-query/0123456789abcdef";
   EXPECT_EQ(ask("GET", path_ + "?dns=AAABAAABAAAAAAAAAWEHZXhhbXBsZQAAAQAB").status, 404);
   EXPECT_EQ(ask("GET", "/dns-query?dns=AAABAAABAAAAAAAAAWEHZXhhbXBsZQAAAQAB").status, 404);
@@ -212,7 +212,7 @@ TEST_F(DnsTest, a_moved_device_is_answered_at_its_new_endpoint_only) {
   EXPECT_TRUE(resolves("www.site.example"));
 }
 
-TEST_F(DnsTest, what_is_no_query_is_refused_and_not_logged) {
+TEST_F(DnsTest, an_invalid_query_is_refused_and_not_logged) {
   const std::string question = "AAABAAABAAAAAAAAAWEHZXhhbXBsZQAAAQAB";
   EXPECT_EQ(ask("GET", path_ + "?dns=" + question).status, 200);
   ASSERT_EQ(logs().size(), 1U);
@@ -239,7 +239,7 @@ TEST_F(DnsTest, there_is_no_dns_without_tls) {
   EXPECT_EQ(logs(), Json::array());
 }
 
-TEST_F(DnsTest, an_answer_may_be_kept_for_as_long_as_its_records) {
+TEST_F(DnsTest, an_answer_may_be_cached_for_the_ttl_of_its_records) {
   const auto reply = ask("GET", path_ + "?dns=AAABAAABAAAAAAAAAWEHZXhhbXBsZQAAAQAB", {}, {}, {"--include"});
   EXPECT_THAT(reply.body, testing::HasSubstr("cache-control: max-age=60"));
   EXPECT_EQ(reply.contentType, "application/dns-message");
@@ -305,7 +305,7 @@ TEST_F(DnsTest, with_an_upstream_allowed_names_are_asked_there_and_blocked_ones_
   EXPECT_EQ(logs().size(), 2U);
 }
 
-TEST_F(DnsTest, an_upstream_that_is_no_address_gives_a_failure_and_no_crash) {
+TEST_F(DnsTest, an_invalid_upstream_address_is_a_failure_and_not_a_crash) {
   restart({.upstream = "not an address"});
   setUp();
   EXPECT_THAT(dig("www.site.example"), testing::HasSubstr("status: SERVFAIL"));

@@ -45,7 +45,7 @@ TEST_F(EnrollmentTest, a_code_is_short_and_without_lookalikes) {
   }
 }
 
-TEST_F(EnrollmentTest, until_a_parent_completes_it_there_is_nothing_to_see) {
+TEST_F(EnrollmentTest, before_completion_the_status_holds_no_endpoint) {
   const auto pending = starting();
   const auto seen = status(pending.at("device_id")).json();
   EXPECT_EQ(seen, (Json{{"status", "pending"},
@@ -56,7 +56,7 @@ TEST_F(EnrollmentTest, until_a_parent_completes_it_there_is_nothing_to_see) {
   EXPECT_EQ(checkingIn(pending.at("device_id")).status, 404);
 }
 
-TEST_F(EnrollmentTest, a_completed_device_learns_its_endpoint_and_where_the_service_is) {
+TEST_F(EnrollmentTest, a_completed_device_gets_its_endpoint_and_the_services_root) {
   const auto pending = starting();
   const auto completed = completing(pending.at("enrollment_code"));
   EXPECT_EQ(completed.status, 201);
@@ -72,7 +72,7 @@ TEST_F(EnrollmentTest, a_completed_device_learns_its_endpoint_and_where_the_serv
               testing::StartsWith(service().secureUrl() + "/dns-query/"));
 }
 
-TEST_F(EnrollmentTest, the_root_is_the_one_through_which_the_device_asked) {
+TEST_F(EnrollmentTest, the_root_is_the_one_of_the_devices_request) {
   const auto pending = starting();
   completing(pending.at("enrollment_code"));
   const auto path = "/api/v1/enrollment/status/" + pending.at("device_id").get<std::string>();
@@ -111,14 +111,14 @@ TEST_F(EnrollmentTest, after_10_minutes_a_code_has_expired_on_both_sides) {
   EXPECT_EQ(refused.error(), "This enrollment code has expired. Start again on the child's device.");
 }
 
-TEST_F(EnrollmentTest, a_device_that_was_completed_in_time_stays_so) {
+TEST_F(EnrollmentTest, a_completed_device_stays_completed_after_the_code_expires) {
   const auto pending = starting();
   completing(pending.at("enrollment_code"));
   advance(24h * 30);
   EXPECT_EQ(status(pending.at("device_id")).json().at("status"), "completed");
 }
 
-TEST_F(EnrollmentTest, an_unknown_code_and_an_unknown_child_leave_no_device_behind) {
+TEST_F(EnrollmentTest, an_unknown_code_or_child_adds_no_device) {
   EXPECT_EQ(completing("AAAAAAAA").status, 404);
   const auto pending = starting();
   const Json body{
@@ -152,7 +152,7 @@ TEST_F(EnrollmentTest, a_checkin_makes_the_device_online_for_three_minutes) {
             "2026-10-08T22:31:00.250Z");
 }
 
-TEST_F(EnrollmentTest, a_deleted_device_is_told_so_at_its_next_checkin) {
+TEST_F(EnrollmentTest, a_deleted_device_learns_of_it_at_its_next_checkin) {
   const auto device = givenDevice(ann_);
   given("DELETE", "/devices/" + device, ann_);
   const auto reply = checkingIn(device);
@@ -177,7 +177,7 @@ TEST_F(EnrollmentTest, five_types_of_device_are_set_up_by_hand_each_in_its_own_w
   EXPECT_EQ(given("GET", "/children", ann_).at("unassigned_devices").size(), 5U);
 }
 
-TEST_F(EnrollmentTest, what_cannot_be_set_up_by_hand_is_refused) {
+TEST_F(EnrollmentTest, a_type_without_manual_setup_is_refused) {
   const auto trying = [&](const Json& changes) {
     Json body{{"device_name", "Console"}, {"device_type", "xbox"}};
     body.update(changes);

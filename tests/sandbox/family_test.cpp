@@ -49,7 +49,7 @@ TEST_F(FamilyTest, an_invitation_is_a_code_of_six_and_a_text_that_holds_it) {
   EXPECT_EQ(open[0].at("created_at"), "2026-10-08T22:31:00.250Z");
 }
 
-TEST_F(FamilyTest, a_good_code_says_who_invites_and_where_to) {
+TEST_F(FamilyTest, a_valid_code_shows_who_invites_to_which_family) {
   const auto code = inviting();
   const Json expected{{"valid", true},
                       {"family_name", "Fielding Family"},
@@ -73,7 +73,7 @@ TEST_F(FamilyTest, joining_makes_an_account_that_is_signed_in) {
   given("POST", "/auth/login", {}, {{"email", "ben@example.com"}, {"password", password}});
 }
 
-TEST_F(FamilyTest, a_code_works_for_one) {
+TEST_F(FamilyTest, a_code_works_once_only) {
   const auto code = inviting();
   EXPECT_EQ(joining(code).status, 201);
   expectInvalid(code, "This invitation was used already.");
@@ -96,7 +96,7 @@ TEST_F(FamilyTest, a_bad_email_or_password_is_refused_and_leaves_the_code_good) 
   EXPECT_EQ(validating(code).json().at("valid"), true);
 }
 
-TEST_F(FamilyTest, a_code_lives_24_hours) {
+TEST_F(FamilyTest, a_code_is_valid_for_24_hours) {
   const auto code = inviting();
   advance(24h - 1ms);
   EXPECT_EQ(validating(code).json().at("valid"), true);
@@ -142,7 +142,7 @@ TEST_F(HomeNetworkTest, before_it_is_set_up_there_is_only_the_callers_address) {
   EXPECT_EQ(ask("GET", "/home-network", ann_).json(), expected);
 }
 
-TEST_F(HomeNetworkTest, it_takes_the_address_of_whoever_sets_it_up) {
+TEST_F(HomeNetworkTest, it_takes_the_callers_address) {
   comeFrom("198.51.100.7");
   const auto made = creating({{"confirm", true}}).json();
   EXPECT_EQ(made.at("home_network").at("public_ip"), "198.51.100.7");
@@ -175,7 +175,7 @@ TEST_F(HomeNetworkTest, nothing_is_registered_without_a_confirmation) {
   EXPECT_EQ(ask("GET", "/home-network", ann_).json().at("ip_matches"), false);
 }
 
-TEST_F(HomeNetworkTest, a_family_has_one_and_updates_none_that_is_not_there) {
+TEST_F(HomeNetworkTest, a_family_has_at_most_one_and_cannot_update_a_missing_one) {
   EXPECT_EQ(ask("POST", "/home-network/update-ip", ann_, R"({"confirm":true})").status, 404);
   EXPECT_EQ(creating({{"confirm", true}, {"name", "Ours"}}).status, 201);
   EXPECT_EQ(creating({{"confirm", true}, {"name", "Another"}}).status, 409);

@@ -45,13 +45,13 @@ TEST_F(MisbehaviourTest, a_service_starts_without_any) {
   EXPECT_EQ(shown.at("public_address"), nullptr);
 }
 
-TEST_F(MisbehaviourTest, a_wish_changes_only_what_it_names_and_null_takes_it_back) {
+TEST_F(MisbehaviourTest, a_change_affects_only_its_keys_and_null_resets_one) {
   steering({{"latency_ms", 1}, {"checkin_status", "suspended"}});
   EXPECT_EQ(steering({{"checkin_status", nullptr}}).json().at("checkin_status"), "ok");
   EXPECT_EQ(service().misbehaviour().latency, 1ms);
 }
 
-TEST_F(MisbehaviourTest, what_cannot_be_wished_for_changes_nothing) {
+TEST_F(MisbehaviourTest, an_invalid_setting_changes_nothing) {
   for (const Json& wishes :
        std::vector<Json>{Json{{"latency_ms", -1}}, Json{{"error_share", 1.5}}, Json{{"error_status", 200}},
                          Json{{"error_body", "xml"}}, Json{{"drop", "gently"}}}) {
@@ -61,7 +61,7 @@ TEST_F(MisbehaviourTest, what_cannot_be_wished_for_changes_nothing) {
   EXPECT_EQ(anyCall().status, 200);
 }
 
-TEST_F(MisbehaviourTest, so_many_answers_are_errors_and_no_more) {
+TEST_F(MisbehaviourTest, exactly_the_requested_number_of_answers_are_errors) {
   steering({{"error_count", 2}});
   EXPECT_EQ(anyCall().status, 500);
   const auto second = anyCall();
@@ -70,7 +70,7 @@ TEST_F(MisbehaviourTest, so_many_answers_are_errors_and_no_more) {
   EXPECT_EQ(anyCall().status, 200);
 }
 
-TEST_F(MisbehaviourTest, an_error_may_be_a_page_for_browsers_and_of_any_status) {
+TEST_F(MisbehaviourTest, an_error_may_be_html_and_of_any_status) {
   steering({{"error_count", 1}, {"error_body", "html"}, {"error_status", 503}});
   const auto reply = anyCall();
   EXPECT_EQ(reply.status, 503);
@@ -84,7 +84,7 @@ TEST_F(MisbehaviourTest, a_call_that_fails_is_not_carried_out) {
   EXPECT_EQ(given("GET", "/children", ann_).at("children"), Json::array());
 }
 
-TEST_F(MisbehaviourTest, everything_fails_until_told_otherwise_but_for_the_steering) {
+TEST_F(MisbehaviourTest, everything_but_the_control_calls_may_fail) {
   steering({{"fail_everything", true}});
   EXPECT_EQ(anyCall().status, 500);
   EXPECT_EQ(ask("POST", "/device/checkin", {}, "{}").status, 500);
@@ -100,7 +100,7 @@ TEST_F(MisbehaviourTest, a_share_of_the_answers_are_errors) {
   EXPECT_LT(errors, 40);
 }
 
-TEST_F(MisbehaviourTest, it_may_strike_some_paths_only) {
+TEST_F(MisbehaviourTest, it_may_affect_some_paths_only) {
   steering({{"fail_everything", true}, {"only_path", "/auth/"}});
   EXPECT_EQ(anyCall().status, 200);
   EXPECT_EQ(ask("POST", "/auth/refresh", ann_).status, 500);
@@ -128,7 +128,7 @@ TEST_F(MisbehaviourTest, a_connection_drops_in_the_middle_of_a_body) {
   EXPECT_EQ(anyCall().body, whole);
 }
 
-TEST_F(MisbehaviourTest, answers_come_late_and_their_bodies_slowly_but_whole) {
+TEST_F(MisbehaviourTest, late_answers_and_slow_bodies_arrive_whole) {
   const auto whole = anyCall().body;
   for (const std::string version : {"--http1.1", "--http2"}) {
     const auto secondsFor = [&](const Json& wishes) {
@@ -143,7 +143,7 @@ TEST_F(MisbehaviourTest, answers_come_late_and_their_bodies_slowly_but_whole) {
   }
 }
 
-TEST_F(MisbehaviourTest, answers_are_held_until_they_are_let_go) {
+TEST_F(MisbehaviourTest, answers_are_held_until_they_are_released) {
   service().misbehave({.onlyPath = "/children", .hold = true});
   EXPECT_EQ(anyCall({"--max-time", "0.2"}).exitStatus, timedOut);
   Reply held;
@@ -154,7 +154,7 @@ TEST_F(MisbehaviourTest, answers_are_held_until_they_are_let_go) {
   EXPECT_EQ(held.status, 200);
 }
 
-TEST_F(MisbehaviourTest, expired_tokens_are_good_for_a_refresh) {
+TEST_F(MisbehaviourTest, expired_tokens_are_accepted_for_a_refresh) {
   EXPECT_EQ(ask("POST", "/sandbox/expire-tokens").json().at("expired"), 1);
   EXPECT_EQ(anyCall().status, 401);
   const auto refreshed = ask("POST", "/auth/refresh", ann_);
@@ -162,13 +162,13 @@ TEST_F(MisbehaviourTest, expired_tokens_are_good_for_a_refresh) {
   EXPECT_EQ(ask("GET", "/children", refreshed.json().at("token")).status, 200);
 }
 
-TEST_F(MisbehaviourTest, a_refresh_is_refused_on_wish) {
+TEST_F(MisbehaviourTest, a_refresh_may_be_refused) {
   steering({{"refuse_refresh", true}});
   EXPECT_EQ(ask("POST", "/auth/refresh", ann_).status, 401);
   EXPECT_EQ(anyCall().status, 200) << "the token itself is good";
 }
 
-TEST_F(MisbehaviourTest, a_checkin_says_what_it_is_told_to) {
+TEST_F(MisbehaviourTest, the_answer_of_a_checkin_can_be_set) {
   const Json checkin{{"device_id", givenDevice(ann_)}, {"device_type", "ios"}};
   steering({{"checkin_status", "suspended"}});
   EXPECT_EQ(ask("POST", "/device/checkin", {}, checkin.dump()).json().at("status"), "suspended");
@@ -204,7 +204,7 @@ TEST_F(MisbehaviourTest, a_pending_code_is_approved_without_any_account) {
   EXPECT_FALSE(service().approve("AAAAAAAA"));
 }
 
-TEST_F(MisbehaviourTest, a_device_is_approved_into_the_family_that_there_is) {
+TEST_F(MisbehaviourTest, a_device_is_approved_into_the_existing_family) {
   const auto child = givenChild(ann_, "Mia");
   const auto pending = given("POST", "/enrollment/init", {},
                              {{"device_id", "A"}, {"device_name", "Phone"}, {"device_type", "ios"}});
@@ -212,7 +212,7 @@ TEST_F(MisbehaviourTest, a_device_is_approved_into_the_family_that_there_is) {
   EXPECT_EQ(given("GET", "/children/" + child, ann_).at("devices")[0].at("id"), pending.at("device_id"));
 }
 
-TEST_F(MisbehaviourTest, what_was_asked_is_told_to_the_letter) {
+TEST_F(MisbehaviourTest, recorded_requests_are_listed_unchanged) {
   service().clearRequests();
   ask("PUT", "/children/a%20b?x=1", ann_, R"({"name": "Zoë"})");
   ask("POST", "/auth/refresh", "made up");
@@ -232,7 +232,7 @@ TEST_F(MisbehaviourTest, what_was_asked_is_told_to_the_letter) {
   EXPECT_TRUE(service().requests().empty());
 }
 
-TEST_F(MisbehaviourTest, a_reset_forgets_everything) {
+TEST_F(MisbehaviourTest, a_reset_restores_the_initial_state) {
   anyCall();
   steering({{"fail_everything", true}});
   EXPECT_EQ(ask("POST", "/sandbox/reset").status, 204);

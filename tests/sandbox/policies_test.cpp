@@ -37,14 +37,14 @@ TEST_P(PoliciesTest, the_toggle_and_the_mode_are_kept_as_sent) {
   }
 }
 
-TEST_P(PoliciesTest, a_mode_of_its_own_invention_is_refused) {
+TEST_P(PoliciesTest, an_unknown_mode_is_refused) {
   const auto before = policy();
   EXPECT_EQ(ask("PUT", owner_ + "/policy", ann_, R"({"is_blocked":true,"block_mode":"greylist"})").status,
             422);
   EXPECT_EQ(policy(), before);
 }
 
-TEST_P(PoliciesTest, a_list_keeps_the_order_of_its_entries_and_each_but_once) {
+TEST_P(PoliciesTest, a_list_keeps_its_order_and_has_no_duplicates) {
   for (const std::string domain : {"zebra.example", "ant.example", "ZEBRA.example.", "cat.example"}) {
     EXPECT_LT(adding("block", domain).status, 300);
   }
@@ -60,7 +60,7 @@ TEST_P(PoliciesTest, one_site_may_stand_in_both_lists) {
   EXPECT_EQ(policy().at("allowed_domains"), Json::array({"both.example"}));
 }
 
-TEST_P(PoliciesTest, what_is_no_name_of_a_site_is_refused_with_a_word_of_help) {
+TEST_P(PoliciesTest, an_invalid_site_name_is_refused_with_an_explanation) {
   for (const std::string text :
        {"", " ", "https://example.com", "example.com/path", "exa mple.com", "example..com", ".example.com",
         "-x.example", "x-.example", "ex\nample.com", "münchen.example"}) {
@@ -73,14 +73,14 @@ TEST_P(PoliciesTest, what_is_no_name_of_a_site_is_refused_with_a_word_of_help) {
   EXPECT_EQ(policy().at("blocked_domains").size(), 1U);
 }
 
-TEST_P(PoliciesTest, names_without_a_dot_and_with_an_underscore_are_names) {
+TEST_P(PoliciesTest, names_without_a_dot_and_with_an_underscore_are_valid) {
   for (const std::string name : {"localhost", "_dmarc.example", "127.0.0.1"}) {
     EXPECT_LT(adding("allow", name).status, 300) << name;
   }
   EXPECT_EQ(policy().at("allowed_domains").size(), 3U);
 }
 
-TEST_P(PoliciesTest, what_a_list_does_not_hold_cannot_be_removed) {
+TEST_P(PoliciesTest, an_entry_that_is_not_in_the_list_cannot_be_removed) {
   adding("allow", "there.example");
   EXPECT_EQ(removing("block", "there.example").status, 404);
   EXPECT_EQ(removing("allow", "not.there.example").status, 404);
@@ -89,7 +89,7 @@ TEST_P(PoliciesTest, what_a_list_does_not_hold_cannot_be_removed) {
       << "encoded it is the same";
 }
 
-TEST_P(PoliciesTest, a_change_of_a_list_is_a_change_of_the_policy) {
+TEST_P(PoliciesTest, a_change_of_a_list_updates_the_policys_time) {
   const auto before = policy().at("updated_at");
   advance(std::chrono::seconds{1});
   adding("block", "new.example");

@@ -63,7 +63,7 @@ class RightsTest : public ServiceTest {
   std::string device_;
 };
 
-TEST_F(RightsTest, a_member_without_the_right_over_devices_changes_none) {
+TEST_F(RightsTest, a_member_without_the_right_to_devices_cannot_change_them) {
   set({{"can_manage_devices", false}});
   expectForBen(403, callsOnDevices());
   expectForBen(200, readingCalls());
@@ -72,7 +72,7 @@ TEST_F(RightsTest, a_member_without_the_right_over_devices_changes_none) {
   EXPECT_EQ(given("GET", "/children", ann_).at("children").size(), 1U);
 }
 
-TEST_F(RightsTest, a_member_without_the_right_over_policies_changes_none) {
+TEST_F(RightsTest, a_member_without_the_right_to_policies_cannot_change_them) {
   set({{"can_manage_policies", false}});
   expectForBen(403, callsOnPolicies());
   expectForBen(200, readingCalls());
@@ -80,7 +80,7 @@ TEST_F(RightsTest, a_member_without_the_right_over_policies_changes_none) {
   EXPECT_EQ(given("GET", child_, ann_).at("policy").at("is_blocked"), false);
 }
 
-TEST_F(RightsTest, a_disabled_member_may_do_nothing_but_see_the_family_and_leave) {
+TEST_F(RightsTest, a_disabled_member_may_only_see_the_family_and_leave) {
   set({{"is_active", false}});
   expectForBen(403, callsOnDevices());
   expectForBen(403, callsOnPolicies());
@@ -89,7 +89,7 @@ TEST_F(RightsTest, a_disabled_member_may_do_nothing_but_see_the_family_and_leave
   expectForBen(204, {{"DELETE", "/auth/account", R"({"password":"correct horse"})"}});
 }
 
-TEST_F(RightsTest, rights_that_come_back_work_at_once) {
+TEST_F(RightsTest, restored_rights_apply_at_once) {
   set({{"is_active", false}, {"can_manage_devices", false}});
   set({{"is_active", true}});
   EXPECT_EQ(ask("PUT", device_, ben_, R"({"friendly_name":"x"})").status, 403)
@@ -98,7 +98,7 @@ TEST_F(RightsTest, rights_that_come_back_work_at_once) {
   EXPECT_EQ(ask("PUT", device_, ben_, R"({"friendly_name":"x"})").status, 200);
 }
 
-TEST_F(RightsTest, only_the_primary_parent_governs_the_family) {
+TEST_F(RightsTest, only_the_primary_parent_manages_the_family) {
   const std::string code = given("POST", "/family/invite", ann_, Json::object()).at("invite_code");
   expectForBen(403, {{"POST", "/family/invite", "{}"},
                      {"DELETE", "/family/invite/" + code, ""},
@@ -108,7 +108,7 @@ TEST_F(RightsTest, only_the_primary_parent_governs_the_family) {
   EXPECT_EQ(given("GET", "/family", ben_).at("members").size(), 2U);
 }
 
-TEST_F(RightsTest, the_primary_parent_can_neither_be_curbed_nor_removed) {
+TEST_F(RightsTest, the_primary_parent_can_neither_be_restricted_nor_removed) {
   const auto path = "/family/members/" + memberId(ann_, "ann@example.com");
   EXPECT_EQ(ask("PUT", path, ann_, R"({"is_active":false})").status, 422);
   EXPECT_EQ(ask("DELETE", path, ann_).status, 422);
@@ -128,7 +128,7 @@ TEST_F(RightsTest, a_removed_member_keeps_the_account_and_sees_nothing_of_the_fa
   EXPECT_EQ(ask("DELETE", bensMembership_, ann_).status, 404);
 }
 
-TEST_F(RightsTest, whoever_belongs_to_no_family_founds_one_with_the_first_child) {
+TEST_F(RightsTest, a_parent_without_a_family_gets_one_with_the_first_child) {
   given("DELETE", bensMembership_, ann_);
   givenChild(ben_, "Own");
   const auto family = given("GET", "/family", ben_);

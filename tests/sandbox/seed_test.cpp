@@ -69,7 +69,7 @@ TEST_F(DemoTest, has_policies_of_both_kinds) {
   EXPECT_EQ(blocked.size(), 2U);
 }
 
-TEST_F(DemoTest, has_a_day_of_logs_that_its_policies_would_have_made) {
+TEST_F(DemoTest, has_a_day_of_logs_that_match_its_policies) {
   int blocked = 0;
   int allowed = 0;
   for (const auto& device : allDevices()) {
@@ -139,7 +139,7 @@ TEST_F(TrafficTest, goes_on_for_devices_that_are_online_and_for_no_others) {
   EXPECT_EQ(count("device_id <> ?"), 0);
 }
 
-TEST_F(TrafficTest, ends_with_the_last_sign_of_life) {
+TEST_F(TrafficTest, stops_when_the_device_goes_offline) {
   browseAt(start + onlineFor + 1ms);
   EXPECT_EQ(count("device_id = ?"), 1);
 }

@@ -20,7 +20,7 @@ TEST(Times, are_written_with_three_digits_of_a_second) {
   EXPECT_EQ(iso8601(timeOf(951'825'599'999)), "2000-02-29T11:59:59.999Z");
 }
 
-TEST(Times, are_written_as_http_has_them) {
+TEST(Times, are_written_in_the_http_form) {
   EXPECT_EQ(httpDate(timeOf(0)), "Thu, 01 Jan 1970 00:00:00 GMT");
   EXPECT_EQ(httpDate(timeOf(1'475'965'860'999)), "Sat, 08 Oct 2016 22:31:00 GMT");
 }
@@ -54,7 +54,7 @@ TEST(Rules, cover_a_name_and_its_sub_domains_but_no_name_that_only_ends_alike) {
   EXPECT_FALSE(blocks(rules, ""));
 }
 
-TEST(Rules, let_the_longer_entry_decide_and_block_on_a_draw) {
+TEST(Rules, let_the_longer_entry_decide_and_block_on_a_tie) {
   const Rules rules{.blocked = {"example", "c.b.example", "draw.test"},
                     .allowed = {"b.example", "draw.test"}};
   EXPECT_TRUE(blocks(rules, "a.example"));
@@ -64,7 +64,7 @@ TEST(Rules, let_the_longer_entry_decide_and_block_on_a_draw) {
   EXPECT_TRUE(blocks(rules, "draw.test"));
 }
 
-TEST(Rules, of_a_blocked_internet_leave_allowed_and_default_sites) {
+TEST(Rules, allow_only_allowed_and_default_sites_while_the_internet_is_blocked) {
   const Rules rules{.isBlocked = true, .blocked = {"mail.google.com"}, .allowed = {"school.test"}};
   EXPECT_TRUE(blocks(rules, "site.test"));
   EXPECT_FALSE(blocks(rules, "www.school.test"));
@@ -73,7 +73,7 @@ TEST(Rules, of_a_blocked_internet_leave_allowed_and_default_sites) {
   EXPECT_TRUE(blocks(rules, "google.com.evil.test"));
 }
 
-TEST(Services, run_side_by_side_without_knowing_of_one_another) {
+TEST(Services, run_independently_in_one_process) {
   const auto first = Service::start({});
   const auto second = Service::start({});
   ASSERT_TRUE(first && second);
@@ -98,7 +98,7 @@ std::string contents(const std::filesystem::path& file) {
   return text.str();
 }
 
-TEST(Certificates, are_used_again_and_made_anew_where_damaged) {
+TEST(Certificates, are_reused_and_replaced_if_damaged) {
   const std::filesystem::path directory = testing::TempDir() + "quillmar-certificates";
   std::filesystem::create_directories(directory);
   const auto first = certificatesIn(directory);
@@ -123,13 +123,11 @@ TEST(Certificates, are_used_again_and_made_anew_where_damaged) {
   std::filesystem::remove_all(directory);
 }
 
-TEST(Certificates, cannot_be_made_where_there_is_no_directory) {
-  EXPECT_FALSE(certificatesIn("/proc/nowhere"));
-}
+TEST(Certificates, cannot_be_created_without_a_directory) { EXPECT_FALSE(certificatesIn("/proc/nowhere")); }
 
 class CrowdTest : public ServiceTest {};
 
-TEST_F(CrowdTest, many_at_once_are_answered_each_with_its_own) {
+TEST_F(CrowdTest, many_requests_at_once_each_get_their_own_answer) {
   static constexpr int crowd = 6;
   static constexpr int calls = 40;
   const auto token = givenAccount("ann@example.com");
