@@ -64,7 +64,7 @@ StoredSettings signedIn() {
 }
 
 // Runs everything that is due, in the application and then in its window.
-void comeToRest(ui::UiStage& stage) {
+void settle(ui::UiStage& stage) {
   stage.application.settle();
   QCoreApplication::processEvents();
 }
@@ -75,10 +75,10 @@ double median(ui::UiStage& stage, Duration period, const std::function<void()>& 
   for (int round = 0; round <= rounds; ++round) {
     prepare();
     stage.application.machine.dispatch.advance(period - 1ms);
-    comeToRest(stage);
+    settle(stage);
     const auto start = bench::cpuTime(CLOCK_THREAD_CPUTIME_ID);
     stage.application.machine.dispatch.advance(1ms);
-    comeToRest(stage);
+    settle(stage);
     if (round > 0) {
       times.push_back(bench::cpuTime(CLOCK_THREAD_CPUTIME_ID) - start);
     }

@@ -15,17 +15,17 @@ Answer errorAnswer(int status, ErrorBody body) {
 
 }  // namespace
 
-Misbehaviour Saboteur::present() const {
+Misbehaviour FaultInjector::present() const {
   const std::scoped_lock lock{mutex_};
   return present_;
 }
 
-void Saboteur::set(Misbehaviour misbehaviour) {
+void FaultInjector::set(Misbehaviour misbehaviour) {
   const std::scoped_lock lock{mutex_};
   present_ = std::move(misbehaviour);
 }
 
-bool Saboteur::happens(int& count, double share) {
+bool FaultInjector::happens(int& count, double share) {
   if (count > 0) {
     --count;
     return true;
@@ -33,7 +33,7 @@ bool Saboteur::happens(int& count, double share) {
   return share > 0 && std::uniform_real_distribution{}(dice_) < share;
 }
 
-Saboteur::Plan Saboteur::planFor(const Request& request) {
+FaultInjector::Plan FaultInjector::planFor(const Request& request) {
   const std::scoped_lock lock{mutex_};
   Plan plan;
   if (request.target.find(present_.onlyPath) == std::string::npos) {

@@ -38,7 +38,7 @@ struct Misbehaviour {
 };
 
 // Applies a Misbehaviour to requests. Thread-safe.
-class Saboteur {
+class FaultInjector {
  public:
   [[nodiscard]] Misbehaviour present() const;
   void set(Misbehaviour misbehaviour);

@@ -98,20 +98,20 @@ class Service::Implementation {
   }
 
   Answer handle(const Request& request) {
-    auto answer = steers(request) ? steer(request) : serve(request);
+    auto answer = steers(request) ? control(request) : serve(request);
     answer.headers.emplace_back("Date", httpDate(world_->now()));
     return answer;
   }
 
   World& world() { return *world_; }
   HttpServer& server() { return *server_; }
-  Saboteur& saboteur() { return saboteur_; }
+  FaultInjector& faultInjector() { return faultInjector_; }
   Recorder& recorder() { return recorder_; }
   const Certificates& certificates() const { return certificates_; }
 
  private:
   // Any website in a browser of this machine can send requests here too.
-  Answer steer(const Request& request) {
+  Answer control(const Request& request) {
     const auto origin = header(request.headers, "origin");
     return origin.empty() || world_->addresses.isOwn(origin)
                ? answerTo(request, *world_)
@@ -120,7 +120,7 @@ class Service::Implementation {
 
   Answer serve(const Request& request) {
     recorder_.add(request);
-    auto plan = saboteur_.planFor(request);
+    auto plan = faultInjector_.planFor(request);
     auto answer = plan.error ? std::move(*plan.error) : answerTo(request, *world_);
     answer.delivery = plan.delivery;
     return answer;
@@ -158,7 +158,7 @@ class Service::Implementation {
     }
     server_ = std::move(*server);
 
-    world_.emplace(*database_, saboteur_, recorder_,
+    world_.emplace(*database_, faultInjector_, recorder_,
                    Addresses{address("http://", server_->port()), address("https://", server_->tlsPort())},
                    std::move(clock));
     world_->upstream = options.upstream;
@@ -188,7 +188,7 @@ class Service::Implementation {
   std::optional<TemporaryDirectory> temporary_;
   Certificates certificates_;
   std::unique_ptr<Database> database_;
-  Saboteur saboteur_;
+  FaultInjector faultInjector_;
   Recorder recorder_;
   std::optional<World> world_;
   std::unique_ptr<HttpServer> server_;
@@ -226,10 +226,10 @@ bool Service::approve(std::string_view code) {
   return ask("POST", "/sandbox/approve", Json{{"enrollment_code", code}}.dump()).status < 400;
 }
 
-Misbehaviour Service::misbehaviour() const { return implementation_->saboteur().present(); }
+Misbehaviour Service::misbehaviour() const { return implementation_->faultInjector().present(); }
 
 void Service::misbehave(const Misbehaviour& misbehaviour) {
-  implementation_->saboteur().set(misbehaviour);
+  implementation_->faultInjector().set(misbehaviour);
   implementation_->server().hold(misbehaviour.hold);
 }
 

@@ -36,15 +36,15 @@ struct Addresses {
 
 // A service's data and state, for its calls.
 struct World {
-  World(Database& tables, Saboteur& mischief, Recorder& record, Addresses reachedAt, Clock time)
+  World(Database& tables, FaultInjector& injector, Recorder& record, Addresses reachedAt, Clock time)
       : database{tables},
-        saboteur{mischief},
+        faultInjector{injector},
         recorder{record},
         addresses{std::move(reachedAt)},
         clock{std::move(time)} {}
 
   Database& database;
-  Saboteur& saboteur;
+  FaultInjector& faultInjector;
   Recorder& recorder;
   Addresses addresses;
   Clock clock;

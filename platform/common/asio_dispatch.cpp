@@ -50,7 +50,7 @@ class Pool {
   Context& context() { return context_; }
 
   // Called for each posted task, which holds the result until it is done.
-  std::shared_ptr<void> employ() {
+  std::shared_ptr<void> beginTask() {
     const std::scoped_lock lock(mutex_);
     ++tasks_;
     ensureThreads(std::min(tasks_, mostThreads));
@@ -131,7 +131,7 @@ class BackgroundQueue final : public DispatchQueue {
 
  private:
   static void submit(Pool& pool, const Executor& executor, Task task) {
-    asio::post(executor, [employed = pool.employ(), task = std::move(task)]() mutable {
+    asio::post(executor, [running = pool.beginTask(), task = std::move(task)]() mutable {
       task();
       task = nullptr;
     });

@@ -65,9 +65,12 @@ const char* textOrNull(const std::string& text) { return text.empty() ? nullptr 
 constexpr auto networkIsMissing = std::to_array<int>({ENETUNREACH, ENETDOWN});
 
 // Which methods turn into a GET without a body.
-enum class Turns { none, post, all };
-constexpr auto redirectRules = std::to_array<std::pair<int, Turns>>(
-    {{301, Turns::post}, {302, Turns::post}, {303, Turns::all}, {307, Turns::none}, {308, Turns::none}});
+enum class BecomesGet { none, post, all };
+constexpr auto redirectRules = std::to_array<std::pair<int, BecomesGet>>({{301, BecomesGet::post},
+                                                                          {302, BecomesGet::post},
+                                                                          {303, BecomesGet::all},
+                                                                          {307, BecomesGet::none},
+                                                                          {308, BecomesGet::none}});
 
 constexpr auto methodsWithBody = std::to_array<std::string_view>({"POST", "PUT", "PATCH"});
 constexpr auto headersOfBody =
@@ -105,7 +108,7 @@ CurlTransfer& CurlTransfer::of(CURL* handle) {
   return *static_cast<CurlTransfer*>(self);
 }
 
-Result<void> CurlTransfer::aim(Result<HttpTarget> target) {
+Result<void> CurlTransfer::setTarget(Result<HttpTarget> target) {
   if (!target) {
     return target.error();
   }
@@ -270,8 +273,9 @@ Result<void> CurlTransfer::redirect() {
     std::erase_if(request_.headers,
                   [](const auto& header) { return isHeader(header.first, "Authorization"); });
   }
-  const auto turns = std::ranges::find(redirectRules, status(), &std::pair<int, Turns>::first)->second;
-  if (turns == Turns::all || (turns == Turns::post && request_.method == "POST")) {
+  const auto becomesGet =
+      std::ranges::find(redirectRules, status(), &std::pair<int, BecomesGet>::first)->second;
+  if (becomesGet == BecomesGet::all || (becomesGet == BecomesGet::post && request_.method == "POST")) {
     request_.method = "GET";
     request_.body.reset();
     std::erase_if(request_.headers, [](const auto& header) {
@@ -279,7 +283,7 @@ Result<void> CurlTransfer::redirect() {
                                  [&](const char* known) { return isHeader(header.first, known); });
     });
   }
-  return aim(std::move(target));
+  return setTarget(std::move(target));
 }
 
 void CurlTransfer::complete(CURLcode code, bool hasNetwork) {

@@ -47,7 +47,7 @@ class CurlTransfer {
   ~CurlTransfer() { request_.wipeSecrets(); }
 
   // Fails if the request can't be sent. Called first.
-  Result<void> prepare() { return aim(HttpTarget::parse(request_.url)); }
+  Result<void> prepare() { return setTarget(HttpTarget::parse(request_.url)); }
   bool hasSameOrigin(const CurlTransfer& other) const { return target_->hasSameOrigin(*other.target_); }
 
   // Sets up the handle. The request goes out on a kept connection if there is one, else on a new one.
@@ -84,7 +84,7 @@ class CurlTransfer {
   };
   using HeaderList = std::unique_ptr<curl_slist, WipingFree>;
 
-  Result<void> aim(Result<HttpTarget> target);
+  Result<void> setTarget(Result<HttpTarget> target);
   void setUpMethod();
   void setUpHeaders();
   void addHeader(std::string line);

@@ -165,13 +165,13 @@ class SqliteSettingsStore::Impl {
 
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
-  ~Impl() { saveWhatIsLeft(); }
+  ~Impl() { saveUnsaved(); }
 
   bool isReadable() const { return isReadable_; }
 
   std::optional<SettingValue> object(std::string_view key) {
     const std::scoped_lock lock(mutex_);
-    saveWhatIsLeft();
+    saveUnsaved();
     refresh();
     const auto found = cached_.find(key);
     return found == cached_.end() ? std::nullopt : std::optional(found->second);
@@ -179,7 +179,7 @@ class SqliteSettingsStore::Impl {
 
   Values all() {
     const std::scoped_lock lock(mutex_);
-    saveWhatIsLeft();
+    saveUnsaved();
     refresh();
     return cached_;
   }
@@ -222,7 +222,7 @@ class SqliteSettingsStore::Impl {
 
   void synchronize() {
     const std::scoped_lock lock(mutex_);
-    saveWhatIsLeft();
+    saveUnsaved();
     if (const int result = syncLog(); result != SQLITE_OK) {
       report(result);
     }
@@ -234,7 +234,7 @@ class SqliteSettingsStore::Impl {
     if (unsaved_.empty() && database_) {
       emptyLog();
     } else {
-      saveWhatIsLeft();
+      saveUnsaved();
     }
   }
 
@@ -254,7 +254,7 @@ class SqliteSettingsStore::Impl {
   }
 
   // Retried, because a full disk may have space again.
-  void saveWhatIsLeft() {
+  void saveUnsaved() {
     if (!unsaved_.empty()) {
       save();
     }

@@ -59,7 +59,7 @@ ConnectionPtr connectTo(const std::string& address, std::chrono::milliseconds ti
 
 }  // namespace
 
-std::string sentenceOf(const sdbus::Error& error) {
+std::string messageOf(const sdbus::Error& error) {
   return error.getMessage().empty() ? error.getName() : error.getMessage();
 }
 

@@ -15,7 +15,7 @@
 namespace quillmar {
 
 // The error's message, or its name if there is none.
-std::string sentenceOf(const sdbus::Error& error);
+std::string messageOf(const sdbus::Error& error);
 
 // Lives as long as a connection to a bus. Bus thread only.
 class BusSession {

@@ -24,7 +24,7 @@ constexpr const char* managerInterface = "net.reactivated.Fprint.Manager";
 constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
 
 // fprintd takes an empty name for the caller.
-const std::string thisPerson;
+const std::string currentUser;
 const std::string anyFinger = "any";
 
 enum Code {
@@ -164,7 +164,7 @@ void FprintdCheck::Reader::askForFingers(const std::string& device, const Told& 
         reply >> fingers;
         told(!fingers.empty());
       },
-      [told](const sdbus::Error&) { told(false); }, thisPerson);
+      [told](const sdbus::Error&) { told(false); }, currentUser);
 }
 
 void FprintdCheck::Reader::check(std::uint64_t number, std::string reason,
@@ -262,7 +262,7 @@ void FprintdCheck::Reader::claim(const std::string& device) {
         check_->claimed = true;
         owner_ = reply.getSender();
       },
-      [this] { verify(); }, thisPerson);
+      [this] { verify(); }, currentUser);
 }
 
 void FprintdCheck::Reader::verify() {

@@ -57,7 +57,7 @@ Error errorFrom(const sdbus::Error& error) {
                       "System.Error.ETIMEDOUT"})) {
     return TunnelError{"NetworkManager does not answer."};
   }
-  return TunnelError{sentenceOf(error)};
+  return TunnelError{messageOf(error)};
 }
 
 sdbus::Error refusal(const std::string& sentence) { return {"live.quillmar.Error.Refused", sentence}; }
@@ -81,7 +81,7 @@ void NetworkManagerClient::post(std::function<void()> work, Reply<T> reply) {
   auto failed = failing<T>(std::move(reply));
   thread_.post(
       [this, work = std::move(work), failed](sdbus::IConnection&) {
-        if (isLooking_) {
+        if (isReadingActivations_) {
           deferred_.push_back({work, failed});
         } else {
           work();
@@ -147,7 +147,7 @@ void NetworkManagerClient::left() {
   for (const auto& deferred : std::exchange(deferred_, {})) {
     deferred.failed(gone);
   }
-  isLooking_ = false;
+  isReadingActivations_ = false;
   willReadProfiles_ = false;
   matches_.clear();
   bus_ = nullptr;
@@ -230,7 +230,7 @@ void NetworkManagerClient::ownerChanged(const std::string& owner) {
   activations_.clear();
   announceChanges();
   if (!owner.empty()) {
-    lookAround();
+    readActivations();
   }
 }
 
@@ -253,8 +253,8 @@ void NetworkManagerClient::activationChanged(const Path& path, const Values& pro
 
 // Reads all activations at once. The reply is handled in order with the signals, so none of them is older
 // than the reply.
-void NetworkManagerClient::lookAround() {
-  isLooking_ = true;
+void NetworkManagerClient::readActivations() {
+  isReadingActivations_ = true;
   calls_.send(
       {networkManager, objectsPath, objectManagerInterface, "GetManagedObjects"}, options_.timeout,
       [this](sdbus::MethodReply& answer) {
@@ -276,7 +276,7 @@ void NetworkManagerClient::lookAround() {
 }
 
 void NetworkManagerClient::looked() {
-  isLooking_ = false;
+  isReadingActivations_ = false;
   for (const auto& deferred : std::exchange(deferred_, {})) {
     try {
       deferred.work();

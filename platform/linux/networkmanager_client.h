@@ -72,7 +72,7 @@ class NetworkManagerClient final : private BusSession {
   void ownerChanged(const std::string& owner);
   void add(const Path& path, const Values& properties);
   void activationChanged(const Path& path, const Values& properties);
-  void lookAround();
+  void readActivations();
   void looked();
   void readProfilesSoon();
 
@@ -105,7 +105,7 @@ class NetworkManagerClient final : private BusSession {
   std::map<Path, std::string> saved_;
   Activations activations_;  // the newest last
   std::map<std::string, TunnelStatus> known_;
-  bool isLooking_ = false;
+  bool isReadingActivations_ = false;
   bool willReadProfiles_ = false;
   std::vector<Deferred> deferred_;  // until the active connections are known
 

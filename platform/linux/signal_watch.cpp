@@ -9,12 +9,12 @@ namespace quillmar {
 namespace {
 
 // Ends the watching thread.
-const int farewell = SIGRTMIN;
+const int stopSignal = SIGRTMIN;
 
 sigset_t watchedSignals() {
   sigset_t watched;
   sigemptyset(&watched);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, farewell}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, stopSignal}) {
     sigaddset(&watched, signal);
   }
   return watched;
@@ -31,13 +31,13 @@ void holdEndingSignals() {
 SignalWatch::SignalWatch(Dispatch& dispatch, std::function<void(int)> heard)
     : thread_([&dispatch, heard = std::move(heard)] {
         const sigset_t watched = watchedSignals();
-        for (int signal = 0; ::sigwait(&watched, &signal) == 0 && signal != farewell;) {
+        for (int signal = 0; ::sigwait(&watched, &signal) == 0 && signal != stopSignal;) {
           dispatch.main().async([heard, signal] { heard(signal); });
         }
       }) {}
 
 SignalWatch::~SignalWatch() {
-  pthread_kill(thread_.native_handle(), farewell);
+  pthread_kill(thread_.native_handle(), stopSignal);
   thread_.join();
 }
 

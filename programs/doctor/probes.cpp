@@ -167,7 +167,7 @@ Finding lookAtNetworkManager(const std::string& busAddress) {
                   .get<std::string>();
   });
   if (error) {
-    return {false, "does not answer" + inBrackets(sentenceOf(*error)) +
+    return {false, "does not answer" + inBrackets(messageOf(*error)) +
                        ". Install network-manager, or start it: systemctl start NetworkManager"};
   }
   return {true, "version " + version + " runs."};
@@ -195,7 +195,7 @@ Finding lookAtFingerprintReader(const std::string& busAddress) {
     return {false, "knows no finger of yours. Enrol one: fprintd-enroll"};
   }
   if (error) {
-    return {false, "can't be asked" + inBrackets(sentenceOf(*error)) + ". Install fprintd."};
+    return {false, "can't be asked" + inBrackets(messageOf(*error)) + ". Install fprintd."};
   }
   return {true, "knows a finger of yours."};
 }

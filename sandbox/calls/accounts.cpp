@@ -17,7 +17,7 @@ constexpr std::array regions{"australia", "newzealand", "singapore"};
 bool isRegion(std::string_view text) { return std::ranges::find(regions, text) != regions.end(); }
 
 // Verified for unknown addresses, so that the answer's time doesn't reveal which addresses have an account.
-const std::string& hashOfNobody() {
+const std::string& dummyHash() {
   static const std::string hash = hashPassword(newToken());
   return hash;
 }
@@ -98,8 +98,8 @@ Answer login(Call& call) {
         return Known{row.text(0), row.text(1)};
       },
       email);
-  const auto& nobodys = hashOfNobody();
-  const bool fits = passwordFits(password, known ? known->passwordHash : nobodys);
+  const auto& dummy = dummyHash();
+  const bool fits = passwordFits(password, known ? known->passwordHash : dummy);
   if (!known || !fits) {
     guesses.wrong(address, call.now);
     return refusal(401, "The e-mail address or the password is not right.");
@@ -110,7 +110,7 @@ Answer login(Call& call) {
 
 // The old token stays valid until it expires, so that requests in flight don't fail.
 Answer refreshToken(Call& call) {
-  if (call.world.saboteur.present().refuseRefresh) {
+  if (call.world.faultInjector.present().refuseRefresh) {
     return refusal(401, "Your session has ended. Please log in again.");
   }
   return signedIn(call, 200, call.caller.parentId);

@@ -11,7 +11,7 @@
 namespace quillmar::sandbox::calls {
 namespace {
 
-constexpr std::int64_t furthest = 10LL * 365 * 24 * 60 * 60;  // seconds
+constexpr std::int64_t longestAdvance = 10LL * 365 * 24 * 60 * 60;  // seconds
 
 // Acts as the primary parent of the oldest family. Creates one if there is none.
 void actAsAnyParent(Call& call) {
@@ -51,18 +51,18 @@ Answer approve(Call& call) {
 }
 
 Answer misbehave(Call& call) {
-  auto misbehaviour = call.world.saboteur.present();
+  auto misbehaviour = call.world.faultInjector.present();
   Input input{call.body};
   readMisbehaviour(input, call.body, misbehaviour);
   if (auto refused = input.refusal()) {
     return *refused;
   }
-  call.world.saboteur.set(misbehaviour);
+  call.world.faultInjector.set(misbehaviour);
   call.world.hold(misbehaviour.hold);
   return json(200, describe(misbehaviour));
 }
 
-Answer showMisbehaviour(Call& call) { return json(200, describe(call.world.saboteur.present())); }
+Answer showMisbehaviour(Call& call) { return json(200, describe(call.world.faultInjector.present())); }
 
 // The tokens' grace period begins now: a refresh still accepts them.
 Answer expireTokens(Call& call) {
@@ -89,7 +89,7 @@ Answer moveEndpoint(Call& call) {
 Answer advanceClock(Call& call) {
   Input input{call.body};
   const auto seconds = input.optionalInteger("seconds").value_or(0);
-  input.require(seconds >= 0 && seconds <= furthest - call.world.ahead / 1000,
+  input.require(seconds >= 0 && seconds <= longestAdvance - call.world.ahead / 1000,
                 "The clock goes forward only, and ten years in all.");
   if (auto refused = input.refusal()) {
     return *refused;
@@ -125,7 +125,7 @@ Answer reset(Call& call) {
     call.database.run(std::string{"DELETE FROM "} + table);
   }
   plant(call.world.seed, call.database, call.now);
-  call.world.saboteur.set({});
+  call.world.faultInjector.set({});
   call.world.hold(false);
   call.world.recorder.clear();
   call.world.guesses.clear();

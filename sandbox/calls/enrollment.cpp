@@ -32,7 +32,7 @@ std::optional<Pending> findPending(Call& call, const Column& column, std::string
 }
 
 Json endpointUnlessWithheld(Call& call, const std::string& endpoint) {
-  return call.world.saboteur.present().withoutEndpoint ? Json{} : Json(endpoint);
+  return call.world.faultInjector.present().withoutEndpoint ? Json{} : Json(endpoint);
 }
 
 bool isAddress(const std::string& text) {
@@ -182,7 +182,7 @@ Answer checkin(Call& call) {
   if (found == 0) {
     return refusal(404, "This device is not enrolled any more. Ask your parent to add it again.");
   }
-  return json(200, {{"status", call.world.saboteur.present().checkinStatus},
+  return json(200, {{"status", call.world.faultInjector.present().checkinStatus},
                     {"doh_endpoint", endpointUnlessWithheld(call, dohEndpoint(call, deviceId))},
                     {"doh_base_url", endpointUnlessWithheld(call, call.world.addresses.dohBase())},
                     {"server_time", iso8601(call.now)}});

@@ -8,7 +8,7 @@ namespace quillmar::sandbox::calls {
 namespace {
 
 std::string callersAddress(Call& call) {
-  return call.world.saboteur.present().publicAddress.value_or(std::string{publicAddress});
+  return call.world.faultInjector.present().publicAddress.value_or(std::string{publicAddress});
 }
 
 std::optional<Json> findHomeNetwork(Call& call) {

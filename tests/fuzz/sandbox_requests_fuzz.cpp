@@ -32,8 +32,8 @@ class Household {
     world_.reset();
     database_ = std::move(*Database::open(std::nullopt));
     recorder_.clear();
-    saboteur_.set({});
-    world_.emplace(*database_, saboteur_, recorder_,
+    faultInjector_.set({});
+    world_.emplace(*database_, faultInjector_, recorder_,
                    Addresses{"http://127.0.0.1:8790", "https://127.0.0.1:8791"},
                    [] { return std::chrono::system_clock::time_point{now.time_since_epoch()}; });
     token_ = open(
@@ -77,7 +77,7 @@ class Household {
   }
 
   std::unique_ptr<Database> database_;
-  Saboteur saboteur_;
+  FaultInjector faultInjector_;
   Recorder recorder_;
   std::optional<World> world_;
   std::string token_;

@@ -229,7 +229,7 @@ class KeyringTest : public testing::Test {
   std::optional<std::string> load() const { return keychain.load(KeychainService::passwordKey); }
   bool save(const std::string& value) const { return keychain.save(KeychainService::passwordKey, value); }
   // The number of items that secret-tool finds, locked ones included.
-  static long witnessed(const std::string& account) {
+  static long itemsFound(const std::string& account) {
     const auto found =
         desktop().secretTool({"search", "--all", "service", "live.quillmar.credentials", "account", account});
     std::istringstream lines(found.output);
@@ -252,20 +252,20 @@ class KeyringTest : public testing::Test {
 TEST_F(KeyringTest, two_saves_leave_exactly_one_item_with_the_last_value) {
   EXPECT_TRUE(save("first"));
   EXPECT_TRUE(save("second"));
-  EXPECT_EQ(witnessed("savedPassword"), 1);
+  EXPECT_EQ(itemsFound("savedPassword"), 1);
   EXPECT_EQ(lookUp().output, "second");
 }
 
 TEST_F(KeyringTest, a_deleted_item_is_gone_for_other_programs_too) {
   EXPECT_TRUE(save("secret"));
   EXPECT_TRUE(keychain.deleteItem(KeychainService::passwordKey));
-  EXPECT_EQ(witnessed("savedPassword"), 0);
+  EXPECT_EQ(itemsFound("savedPassword"), 0);
   EXPECT_NE(lookUp().status, 0);
 }
 
 TEST_F(KeyringTest, an_item_of_no_bytes_reads_as_an_empty_text) {
   EXPECT_TRUE(save(""));
-  EXPECT_EQ(witnessed("savedPassword"), 1);
+  EXPECT_EQ(itemsFound("savedPassword"), 1);
   EXPECT_EQ(load(), "");
 }
 
@@ -276,7 +276,7 @@ TEST_F(KeyringTest, a_locked_keyring_reads_as_absent_refuses_writes_and_never_pr
   EXPECT_FALSE(save("other"));
   EXPECT_FALSE(keychain.deleteItem(KeychainService::passwordKey));
   EXPECT_FALSE(keychain.save(KeychainService::emailKey, "ann@example.com"));
-  EXPECT_EQ(witnessed("savedPassword"), 1);
+  EXPECT_EQ(itemsFound("savedPassword"), 1);
   desktop().setLocked(false);
   EXPECT_EQ(load(), "secret");
   EXPECT_EQ(keychain.load(KeychainService::emailKey), std::nullopt);
