@@ -80,7 +80,7 @@ class BareLoop {
   simdjson::dom::parser parser_;
 };
 
-// Parallel requests, and nothing else.
+// Sends the requests in parallel and does nothing else.
 class BareWatch {
  public:
   BareWatch(const ServiceProcess& process, const std::string& token,

@@ -13,7 +13,7 @@ namespace quillmar {
 // second allows none.
 std::optional<Date> parseISO8601WithFraction(std::string_view text);
 std::optional<Date> parseISO8601(std::string_view text);
-// Either of the two forms, as the service sends them.
+// Accepts both forms.
 std::optional<Date> parseTimestamp(std::string_view text);
 // "Sat, 08 Oct 2016 22:31:00 GMT", the only form that HTTP servers may send. The weekday is not compared with
 // the date.

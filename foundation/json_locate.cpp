@@ -148,7 +148,7 @@ class Walker {
     return whole;
   }
 
-  // "uXXXX".
+  // Moves over the "uXXXX" of an escape and returns its code unit.
   std::optional<int> skipUnit() {
     if (!skipAny("u")) {
       return std::nullopt;

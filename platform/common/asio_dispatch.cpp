@@ -24,7 +24,7 @@ class Context : public asio::io_context {
  public:
   using io_context::io_context;
 
-  // Tasks may refer to this context and to the others, so all contexts must still exist.
+  // To be called while all contexts exist: a task may refer to any of them.
   void dropTasks() { shutdown(); }
 };
 

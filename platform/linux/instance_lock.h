@@ -13,18 +13,18 @@
 
 namespace quillmar {
 
-// Held by one process at a time for each file of this name in a directory. It ends with the process, however
-// that ends; or it is handed to another process, and is free at no moment in between.
+// A lock file of this name in a directory, locked by one process at a time. Released when the process ends,
+// however it ends. Can be passed to another process without being free in between.
 class InstanceLock {
  public:
-  // Whoever has this one does the work of the installation in the directory.
+  // The holder does the work of the installation in the directory.
   static constexpr std::string_view work = "instance.lock";
 
-  // Nothing when another process holds it, or there can't be one here.
+  // nullopt if another process holds it or it can't be created.
   static std::optional<InstanceLock> acquire(const std::filesystem::path& directory,
                                              std::string_view name = work);
-  // Why there can't be one here, whoever wants it. A disk that can't be written has those that were made
-  // before.
+  // The error that keeps every process from creating the lock. On a read-only disk an existing lock file is
+  // enough.
   static std::error_code obstacle(const std::filesystem::path& directory, std::string_view name = work);
   // Waits for it, on a thread of its own that nothing but the lock or the end of the process ends. `taken`
   // runs there, with nothing where the directory can't be used; it does not run, and the lock is free again
@@ -33,11 +33,11 @@ class InstanceLock {
                        std::function<void(std::optional<InstanceLock>)> taken, std::string_view name = work,
                        std::stop_token unwanted = {});
 
-  // The other process's end of a hand-over: the open file as it was received. Nothing where it is not this
-  // lock, or is held by somebody else.
+  // Takes over a lock that another process sent as an open file. nullopt if it is another file or a third
+  // process holds it.
   static std::optional<InstanceLock> receive(FileDescriptor file, const std::filesystem::path& directory,
                                              std::string_view name = work);
-  // To be sent to another process, which has the lock once this one no longer has the file.
+  // The file to send. The receiver has the lock once this process has closed the file.
   static FileDescriptor handOver(InstanceLock lock) { return std::move(lock.file_); }
 
  private:

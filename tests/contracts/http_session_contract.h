@@ -21,7 +21,7 @@
 
 namespace quillmar {
 
-// A session and a service for it.
+// A session and the service that it calls.
 class HttpSessionHarness {
  public:
   HttpSessionHarness() = default;

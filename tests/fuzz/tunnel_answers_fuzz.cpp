@@ -1,4 +1,5 @@
-// The input is an endpoint's answer to its own question, preceded by its age in one byte.
+// The input is an endpoint's answer after one byte with its age. The answer's own question serves as the
+// query.
 
 #include "tests/fuzz/fuzz.h"
 #include "tunnel/dns/answer.h"
