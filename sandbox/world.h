@@ -51,7 +51,7 @@ struct World {
   std::optional<std::string> upstream;           // a DNS server that resolves allowed names
   Seed seed = Seed::empty;                       // restored by a reset
   Guesses guesses{};                             // within a transaction only
-  std::function<void(bool)> hold = [](bool) {};  // delays the answers whose delivery is `held`
+  std::function<void(bool)> hold = [](bool) {};  // HttpServer::hold
   std::atomic<std::int64_t> ahead{0};            // milliseconds by which the clock was moved
 
   [[nodiscard]] Time now() const {

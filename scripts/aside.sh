@@ -1,6 +1,6 @@
 # Sourced by scripts that start other programs. No such program outlives the script, however it ends.
 aside_processes=()
-# In seconds, between the request to end and the kill.
+# Seconds between SIGTERM and SIGKILL.
 aside_timeout=10
 
 # Starts a program that ends with this script: by the trap below, or by the kernel if the script is killed. It

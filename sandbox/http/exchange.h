@@ -21,7 +21,7 @@ class Exchange {
   // Called on the network thread, where `done` is called too.
   void answer(Request request, Done done);
 
-  // Delays answers whose delivery is `held` until it is called with false. Thread-safe.
+  // Answers with `Delivery::held` wait while `holding` is true. Thread-safe.
   void hold(bool holding);
 
   boost::asio::io_context& network() { return network_; }

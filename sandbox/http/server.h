@@ -25,7 +25,7 @@ class HttpServer {
 
   void open(Handler handler);
 
-  // Delays answers whose delivery is `held` until it is called with false.
+  // Answers with `Delivery::held` wait while `holding` is true.
   void hold(bool holding);
 
   int port() const;

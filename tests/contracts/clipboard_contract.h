@@ -1,6 +1,6 @@
 #pragma once
 
-// What every Clipboard must do:
+// What every Clipboard promises:
 //   INSTANTIATE_TEST_SUITE_P(Qt, ClipboardContract, testing::Values(factory<Clipboard, QtClipboard>("Qt")));
 
 #include <gtest/gtest.h>

@@ -37,7 +37,7 @@ class HttpSessionHarness {
   virtual std::string url() = 0;
   // False on the thread of completions.
   virtual bool isMainThread() = 0;
-  // Runs the session until `done` returns true, on any thread. False after a timeout.
+  // Runs the session until `done` returns true; `done` may be called on any thread. False after a timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 

@@ -28,7 +28,7 @@ class TunnelServiceHarness {
   virtual ~TunnelServiceHarness() = default;
 
   virtual TunnelService& service() = 0;
-  // A protocol with the machine's tunnel program; all of them use the same one.
+  // Always names the same installed tunnel program.
   virtual TunnelProtocol protocol(const std::string& endpoint) = 0;
   virtual bool isMainThread() = 0;
   // Runs a task on the main thread, from any thread.
@@ -52,7 +52,7 @@ class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServic
 
   TunnelService& service() { return harness_->service(); }
 
-  // Waits for a completion and returns its report on the main thread.
+  // Waits on the main thread for a completion and returns what it reported.
   template <class Report>
   Report await(const std::function<void(std::function<void(Report)>)>& begin) {
     std::optional<Report> outcome;
