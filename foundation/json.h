@@ -37,9 +37,9 @@ Result<std::string> encodeJson(const T& record) {
   return checkedJson(writeJson(toValue(record)), recordName<T>());
 }
 
-// Decodes one record. The whole document is validated, nothing is converted, of a key given twice the first
-// counts. Defined in "foundation/json_decode.h": whoever has the record instantiates it there once, and
-// spares everyone else the parser.
+// Decodes one record. Validates the whole document and converts nothing; of a duplicate key the first counts.
+// Defined in "foundation/json_decode.h" and instantiated once, in the record's own source, so that other
+// sources don't include the parser.
 template <Record T>
 Result<T> decodeJson(std::string_view text);
 

@@ -1,7 +1,6 @@
 #pragma once
 
-// How records are decoded. Included by the few sources that instantiate `decodeJson`; everything else needs
-// only "foundation/json.h".
+// The definition of `decodeJson`. Included only by sources that instantiate it, because it includes simdjson.
 
 #include <simdjson.h>
 

@@ -26,9 +26,9 @@ class InstanceLock {
   // The error that keeps every process from creating the lock. On a read-only disk an existing lock file is
   // enough.
   static std::error_code obstacle(const std::filesystem::path& directory, std::string_view name = work);
-  // Waits for it, on a thread of its own that nothing but the lock or the end of the process ends. `taken`
-  // runs there, with nothing where the directory can't be used; it does not run, and the lock is free again
-  // at once, where nobody wants it any more.
+  // Waits for the lock on a thread of its own, until it is taken, `unwanted` is stopped or the process ends.
+  // Calls `taken` on that thread, with nullopt if the directory can't be used. If it is no longer wanted, the
+  // lock is released and `taken` is not called.
   static void whenFree(const std::filesystem::path& directory,
                        std::function<void(std::optional<InstanceLock>)> taken, std::string_view name = work,
                        std::stop_token unwanted = {});

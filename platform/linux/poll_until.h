@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// Sleeps until one of the descriptors has what is asked of it; false when the deadline came first.
+// Waits until a descriptor has one of its requested events. False if the deadline comes first.
 inline bool pollUntil(std::span<pollfd> descriptors, std::chrono::steady_clock::time_point deadline) {
   using std::chrono::milliseconds;
   int ready = 0;

@@ -53,7 +53,7 @@ PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
 # External headers that the core may include: the standard library, and in foundation the libraries that it
 # wraps.
 LIBRARIES = {"foundation": re.compile(r"simdjson\.h|unicode/\w+\.h")}
-# A header that brings the parser of JSON brings it to everyone; a source that decodes includes it for itself.
+# Headers that include the JSON parser. Headers must not include them; a source that decodes does.
 PARSER = {"foundation/json_decode.h", "simdjson.h"}
 STANDARD_HEADER = re.compile(r"[a-z_]+")
 PLATFORM_HEADERS = {"thread", "filesystem", "fstream", "iostream", "cstdio", "csignal", "ctime"}

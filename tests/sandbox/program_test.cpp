@@ -58,7 +58,7 @@ Json login(const Addresses& service) {
       nullptr, false);
 }
 
-// Programs whose temporary files go with the test, even those of one that was killed.
+// Runs programs with a temporary folder that is deleted with the test, even if the program was killed.
 struct Program : testing::Test {
   std::string place(const std::string& name) const { return directory.path() / name; }
 
