@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tunnel/options.h"
-#include "tunnel/server.h"
+#include "tunnel/worker/server.h"
 
 namespace {
 
@@ -44,8 +44,13 @@ ExitStatus serve(boost::asio::io_context& context, const Options& options) {
                     ExitStatus::failed);
   }
   const auto address = std::get<Sockets>(sockets).tcp.local_endpoint();
-  Server server(context, std::get<Sockets>(std::move(sockets)), options.endpoint,
-                std::get<std::unique_ptr<TlsClient>>(std::move(tls)), tell);
+  std::vector<Sockets> listening;
+  listening.push_back(std::get<Sockets>(std::move(sockets)));
+  Server server(
+      context, std::move(listening),
+      {std::get<std::unique_ptr<TlsClient>>(std::move(tls)), std::make_unique<SystemBootstrap>(context)},
+      tell);
+  server.take(options.endpoint);
 
   boost::asio::signal_set endings(context, SIGINT, SIGTERM);
   endings.async_wait([&](const boost::system::error_code&, int) { context.stop(); });

@@ -36,7 +36,11 @@ MAY_INCLUDE = {
     "tunnel/dns": set(),
     "tunnel/resolver": {"tunnel/dns"},
     "tunnel/network": {"tunnel/resolver", "tunnel/dns", "foundation"},
-    "tunnel": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel/worker": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel/link": set(),
+    "tunnel/service": {"tunnel/worker", "tunnel/link", "tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel": {"tunnel/service", "tunnel/worker", "tunnel/link", "tunnel/network", "tunnel/resolver", "tunnel/dns",
+               "foundation"},
     "sandbox": set(),
 }
 
