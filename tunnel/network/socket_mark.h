@@ -17,9 +17,10 @@ class SocketMark {
   // Of an open socket, before anything is sent.
   template <class Socket>
   boost::system::error_code put(Socket& socket) const {
-    const bool done = value_ == 0 || ::setsockopt(socket.native_handle(), SOL_SOCKET, SO_MARK, &value_,
-                                                  sizeof value_) == 0;
-    return done ? boost::system::error_code() : boost::system::error_code(errno, boost::system::system_category());
+    const bool done =
+        value_ == 0 || ::setsockopt(socket.native_handle(), SOL_SOCKET, SO_MARK, &value_, sizeof value_) == 0;
+    return done ? boost::system::error_code()
+                : boost::system::error_code(errno, boost::system::system_category());
   }
 
  private:
