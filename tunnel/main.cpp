@@ -1,15 +1,26 @@
+#include <boost/asio/error.hpp>
+#include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "tunnel/link/constants.h"
+#include "tunnel/link/redirection.h"
+#include "tunnel/link/tun_device.h"
 #include "tunnel/options.h"
+#include "tunnel/service/reached_addresses.h"
+#include "tunnel/service/service.h"
 #include "tunnel/worker/server.h"
+#include "tunnel/worker/worker.h"
 
 namespace {
 
@@ -33,6 +44,10 @@ std::string textOf(const boost::asio::ip::tcp::endpoint& address) {
   return text.str();
 }
 
+void endOnSignal(boost::asio::signal_set& endings, boost::asio::io_context& context) {
+  endings.async_wait([&](const boost::system::error_code&, int) { context.stop(); });
+}
+
 ExitStatus serve(boost::asio::io_context& context, const Options& options) {
   auto tls = TlsClient::make(options.caFile);
   if (const auto* problem = std::get_if<std::string>(&tls)) {
@@ -53,10 +68,103 @@ ExitStatus serve(boost::asio::io_context& context, const Options& options) {
   server.take(options.endpoint);
 
   boost::asio::signal_set endings(context, SIGINT, SIGTERM);
-  endings.async_wait([&](const boost::system::error_code&, int) { context.stop(); });
+  endOnSignal(endings, context);
   tell("Answers at " + textOf(address) + ", asks " + options.endpoint.authority + '.');
   server.run();
   return ExitStatus::done;
+}
+
+std::filesystem::path stateDirectory() {
+  const char* const named = std::getenv("STATE_DIRECTORY");  // NOLINT(concurrency-mt-unsafe): no thread yet
+  return named != nullptr ? named : "/var/lib/quillmar-tunnel";
+}
+
+// At the tunnel's addresses, which come with the device. A machine without IPv6 does without.
+std::variant<std::vector<Sockets>, std::string> bindTunnelSockets(boost::asio::io_context& context) {
+  std::vector<Sockets> all;
+  for (const std::string address : {tunnelAddress4, tunnelAddress6}) {
+    auto sockets = bindSockets(context, *parseListenAddress(address), Presence::later);
+    if (auto* bound = std::get_if<Sockets>(&sockets)) {
+      all.push_back(std::move(*bound));
+      continue;
+    }
+    const auto error = std::get<boost::system::error_code>(sockets);
+    if (error != boost::asio::error::address_family_not_supported || all.empty()) {
+      return address + " can't be listened on: " + error.message();
+    }
+  }
+  return all;
+}
+
+ExitStatus runService(boost::asio::io_context& context, const std::string& caFile) {
+  auto tls = TlsClient::make(caFile);
+  if (const auto* problem = std::get_if<std::string>(&tls)) {
+    return complain(*problem + '.', ExitStatus::failed);
+  }
+  auto workersContext = std::make_unique<boost::asio::io_context>(1);
+  auto sockets = bindTunnelSockets(*workersContext);
+  if (const auto* problem = std::get_if<std::string>(&sockets)) {
+    return complain(*problem + '.', ExitStatus::failed);
+  }
+  ReachedAddresses addresses(stateDirectory());
+  const bool hasIp6 = std::get<std::vector<Sockets>>(sockets).size() > 1;
+
+  std::optional<Service> service;
+  const WorkerEvents events{
+      .tell = tell,
+      .servers =
+          [&](std::function<void(NameServers)> take) {
+            boost::asio::post(context, [&, take = std::move(take)] { take(service->nameServers()); });
+          },
+      .reached =
+          [&](const std::string& host, const boost::asio::ip::address& address) {
+            boost::asio::post(context, [&addresses, host, address] {
+              if (const auto problem = addresses.keep(host, address); !problem.empty()) {
+                tell(problem + '.');
+              }
+            });
+          }};
+  Worker worker({.context = std::move(workersContext),
+                 .sockets = std::get<std::vector<Sockets>>(std::move(sockets)),
+                 .tls = std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
+                 .mark = SocketMark(ownMark),
+                 .lastGood = addresses.all()},
+                events);
+  boost::asio::signal_set endings(context, SIGINT, SIGTERM);
+  endOnSignal(endings, context);
+  try {
+    service.emplace(
+        context, hasIp6, [&](const std::optional<Endpoint>& endpoint) { worker.take(endpoint); }, tell);
+    service->run();
+  } catch (const sdbus::Error& error) {
+    // What is up stays up: nobody said that this machine is to be protected no more.
+    return complain("the message bus: " + error.getMessage() + '.', ExitStatus::failed);
+  }
+  service->end();
+  return ExitStatus::done;
+}
+
+// As much as can be, even where a part of it fails.
+ExitStatus release() {
+  auto status = ExitStatus::done;
+  for (const auto& problem : {releaseRedirection(), removeDevice(deviceName)}) {
+    if (!problem.empty()) {
+      status = complain(problem + '.', ExitStatus::failed);
+    }
+  }
+  return status;
+}
+
+ExitStatus perform(const Options& options) {
+  if (options.command == Command::release) {
+    return release();
+  }
+  std::signal(SIGPIPE, SIG_IGN);  // a closed connection is seen where it is written to
+  boost::asio::io_context context(1);
+  const auto status =
+      options.command == Command::run ? runService(context, options.caFile) : serve(context, options);
+  // The context would wait for the system's resolver, which can't be told to stop.
+  std::_Exit(static_cast<int>(status));
 }
 
 ExitStatus run(const std::vector<std::string>& words) {
@@ -68,11 +176,7 @@ ExitStatus run(const std::vector<std::string>& words) {
     write(parsed.text);
     return ExitStatus::done;
   }
-  std::signal(SIGPIPE, SIG_IGN);  // a closed connection is seen where it is written to
-  boost::asio::io_context context(1);
-  const auto status = serve(context, *parsed.options);
-  // The context would wait for the system's resolver, which can't be told to stop.
-  std::_Exit(static_cast<int>(status));
+  return perform(*parsed.options);
 }
 
 }  // namespace

@@ -12,11 +12,21 @@ namespace {
 
 using Words = std::span<const std::string>;
 
-constexpr std::string_view help = R"(Usage: quillmar-tunnel serve --endpoint URL [OPTION]...
+constexpr std::string_view help = R"(Usage: quillmar-tunnel run [--ca-file FILE]
+       quillmar-tunnel release
+       quillmar-tunnel serve --endpoint URL [OPTION]...
 
-Answers this machine's DNS by asking an endpoint over HTTPS (RFC 8484), and
-nobody else. Runs in the foreground until SIGINT or SIGTERM, and writes a line
-for each event.
+Carries this machine's DNS to an endpoint over HTTPS (RFC 8484), and to nobody
+else. Runs in the foreground until SIGINT or SIGTERM, and writes a line for
+each event.
+
+Commands:
+  run       Be the VPN service that NetworkManager reaches: the endpoint is that
+            of its connection, and all DNS of the machine is turned to it.
+            Needs root
+  release   Take away what 'run' has put up, whatever has become of it.
+            Needs root
+  serve     Answer at an address, and turn nothing
 
 Options:
   --endpoint URL    Ask this https URL
@@ -25,32 +35,52 @@ Options:
   --help            This text, and no more
   --version         The version, and no more
 
-A name in the URL is looked up by the system's own resolver, which must not ask
-this program in turn. An address, or localhost, needs no resolver.
-
+With 'serve' a name in the URL is looked up by the system's own resolver, which
+must not ask this program in turn. An address, or localhost, needs no resolver.
 Whoever may see this machine's processes sees the URL.
+
+'run' keeps the endpoint's address in the directory STATE_DIRECTORY of the
+environment, or in /var/lib/quillmar-tunnel.
 
 Exit status: 0 done; 1 failed; 2 wrong usage.
 )";
 
+constexpr std::string_view usualListen = "127.0.0.1:53";
+
 // As written, before anything is looked at.
 struct Given {
-  bool serves = false;
+  std::optional<Command> command{};
   bool asksForHelp = false;
   bool asksForVersion = false;
-  std::string endpoint{};
-  std::string listen = "127.0.0.1:53";
-  std::string caFile{};
+  std::optional<std::string> endpoint{};
+  std::optional<std::string> listen{};
+  std::optional<std::string> caFile{};
 };
+
+struct CommandWord {
+  std::string_view word;
+  Command command;
+};
+constexpr auto commands = std::to_array<CommandWord>({
+    {"serve", Command::serve},
+    {"run", Command::run},
+    {"release", Command::release},
+});
 
 struct Setting {
   std::string_view word;
-  std::string Given::*member;
+  std::optional<std::string> Given::*member;
+  bool ofServe;
+  bool ofRun;
+
+  bool isOf(Command command) const {
+    return (command == Command::serve && ofServe) || (command == Command::run && ofRun);
+  }
 };
 constexpr auto settings = std::to_array<Setting>({
-    {"--endpoint", &Given::endpoint},
-    {"--listen", &Given::listen},
-    {"--ca-file", &Given::caFile},
+    {"--endpoint", &Given::endpoint, true, false},
+    {"--listen", &Given::listen, true, false},
+    {"--ca-file", &Given::caFile, true, true},
 });
 
 struct Switch {
@@ -58,7 +88,6 @@ struct Switch {
   bool Given::*member;
 };
 constexpr auto switches = std::to_array<Switch>({
-    {"serve", &Given::serves},
     {"--help", &Given::asksForHelp},
     {"-h", &Given::asksForHelp},
     {"--version", &Given::asksForVersion},
@@ -75,10 +104,15 @@ std::optional<std::string> read(Words words, Given& given) {
     words = words.subspan(1);
     const auto equals = word.find('=');
     const auto known = std::ranges::find(switches, word, &Switch::word);
+    const auto command = std::ranges::find(commands, word, &CommandWord::word);
     const auto setting =
         std::ranges::find(settings, std::string_view(word).substr(0, equals), &Setting::word);
     if (known != switches.end()) {
       given.*known->member = true;
+    } else if (command != commands.end() && given.command) {
+      return "there is no command '" + word + "' beside another one.";
+    } else if (command != commands.end()) {
+      given.command = command->command;
     } else if (setting == settings.end()) {
       return (word.starts_with('-') ? "there is no option '" : "there is no command '") + word + "'.";
     } else if (equals != std::string::npos) {
@@ -93,22 +127,35 @@ std::optional<std::string> read(Words words, Given& given) {
   return std::nullopt;
 }
 
-Parsed understand(const Given& given) {
-  if (!given.serves) {
-    return refuse("a command is missing.");
-  }
-  if (given.endpoint.empty()) {
+Parsed understandServe(const Given& given) {
+  if (given.endpoint.value_or("").empty()) {
     return refuse("the option '--endpoint' is missing.");
   }
-  const auto endpoint = parseEndpoint(given.endpoint);
+  const auto endpoint = parseEndpoint(*given.endpoint);
   if (!endpoint) {
     return refuse("the endpoint is not an https URL with a host.");
   }
-  const auto listen = parseListenAddress(given.listen);
+  const std::string listenText = given.listen.value_or(std::string(usualListen));
+  const auto listen = parseListenAddress(listenText);
   if (!listen) {
-    return refuse("'" + given.listen + "' is not an address to listen on.");
+    return refuse("'" + listenText + "' is not an address to listen on.");
   }
-  return {.options = Options{*endpoint, *listen, given.caFile}};
+  return {.options = Options{Command::serve, *endpoint, *listen, given.caFile.value_or("")}};
+}
+
+Parsed understand(const Given& given) {
+  if (!given.command) {
+    return refuse("a command is missing.");
+  }
+  for (const auto& setting : settings) {
+    if (given.*setting.member && !setting.isOf(*given.command)) {
+      const auto word = std::ranges::find(commands, *given.command, &CommandWord::command)->word;
+      return refuse("'" + std::string(word) + "' has no option '" + std::string(setting.word) + "'.");
+    }
+  }
+  return given.command == Command::serve
+             ? understandServe(given)
+             : Parsed{.options = Options{.command = *given.command, .caFile = given.caFile.value_or("")}};
 }
 
 }  // namespace

@@ -43,6 +43,12 @@ TEST(TunnelOptions, may_be_written_in_two_ways) {
   }
 }
 
+TEST(TunnelOptions, of_the_service_are_few) {
+  EXPECT_EQ(parse({"run"}).options->command, Command::run);
+  EXPECT_EQ(parse({"run", "--ca-file", "/c"}).options->caFile, "/c");
+  EXPECT_EQ(parse({"release"}).options->command, Command::release);
+}
+
 TEST(TunnelOptions, that_are_wrong_are_named) {
   const std::vector<std::pair<Words, std::string>> cases{
       {{}, "a command is missing."},
@@ -53,7 +59,11 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
       {{"serve", "--endpoint", ""}, "the option '--endpoint' is missing."},
       {{"serve", "--endpoint", "http://a/"}, "the endpoint is not an https URL with a host."},
       {{"serve", "--endpoint", "https:///"}, "the endpoint is not an https URL with a host."},
-      {{"serve", "--endpoint", "https://a/", "--listen", "x"}, "'x' is not an address to listen on."}};
+      {{"serve", "--endpoint", "https://a/", "--listen", "x"}, "'x' is not an address to listen on."},
+      {{"serve", "run"}, "there is no command 'run' beside another one."},
+      {{"run", "--endpoint", "https://a/"}, "'run' has no option '--endpoint'."},
+      {{"run", "--listen", "127.0.0.1"}, "'run' has no option '--listen'."},
+      {{"release", "--ca-file", "/c"}, "'release' has no option '--ca-file'."}};
   for (const auto& [words, text] : cases) {
     const auto parsed = parse(words);
     EXPECT_FALSE(parsed.options);
@@ -66,7 +76,7 @@ TEST(TunnelOptions, explain_themselves_in_eighty_columns_of_ascii) {
   const auto parsed = parse({"serve", "--help"});
   EXPECT_FALSE(parsed.options);
   EXPECT_EQ(parsed.status, ExitStatus::done);
-  EXPECT_THAT(parsed.text, AllOf(StartsWith("Usage: quillmar-tunnel serve"), HasSubstr("--endpoint URL"),
+  EXPECT_THAT(parsed.text, AllOf(StartsWith("Usage: quillmar-tunnel run"), HasSubstr("--endpoint URL"),
                                  HasSubstr("--listen ADDRESS"), HasSubstr("--ca-file FILE"),
                                  HasSubstr("the system's own resolver")));
   std::istringstream text(parsed.text);
