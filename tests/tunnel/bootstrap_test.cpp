@@ -32,7 +32,8 @@ std::string reply(AnswerText text) {
 
 TEST(TunnelAddressRecords, are_those_of_the_type_that_was_asked_for) {
   const RecordText alias{.type = 5, .ttl = 20, .data = wireName("other.example")};
-  const auto read = readAddressRecords(reply({.answers = {alias, {}, {.ttl = 30, .data = "\x01\x02\x03\x04"s}}}), asked);
+  const auto read =
+      readAddressRecords(reply({.answers = {alias, {}, {.ttl = 30, .data = "\x01\x02\x03\x04"s}}}), asked);
   ASSERT_TRUE(read);
   EXPECT_THAT(read->addresses, ElementsAre("\xc0\x00\x02\x07"s, "\x01\x02\x03\x04"s));
   EXPECT_EQ(read->life, 20s) << "of the alias, too";
@@ -69,7 +70,8 @@ TEST(TunnelAddressRecords, of_the_wrong_size_are_none) {
 TEST(TunnelAddressRecords, are_asked_for_by_names_only_that_can_be) {
   EXPECT_EQ(queryFor("doh.example", type::a)->question.name, wireName("doh.example"));
   EXPECT_EQ(queryFor("doh.example.", type::a)->question.name, wireName("doh.example"));
-  for (const auto& name : {""s, "."s, "a..b"s, ".a"s, "a.."s, std::string(64, 'x') + ".example", std::string(254, 'x')}) {
+  for (const auto& name :
+       {""s, "."s, "a..b"s, ".a"s, "a.."s, std::string(64, 'x') + ".example", std::string(254, 'x')}) {
     EXPECT_FALSE(queryFor(name, type::a)) << name;
   }
   EXPECT_TRUE(queryFor(std::string(63, 'x') + ".example", type::a));
@@ -110,7 +112,8 @@ class NameServer {
       std::array<char, 2048> buffer{};
       sockaddr_in from{};
       socklen_t size = sizeof from;
-      const auto got = ::recvfrom(socket_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
+      const auto got =
+          ::recvfrom(socket_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
       const auto query =
           std::get<Query>(parseQuery({buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0))}));
       ++questions;
@@ -131,7 +134,8 @@ std::vector<std::string> addresses(const Query& query) {
   const bool is6 = query.question.type == type::aaaa;
   return {reply({.type = query.question.type,
                  .answers = {{.type = query.question.type,
-                              .data = is6 ? "\x20\x01\x0d\xb8"s + std::string(11, '\0') + '\x01' : "\xc0\x00\x02\x07"s}}})};
+                              .data = is6 ? "\x20\x01\x0d\xb8"s + std::string(11, '\0') + '\x01'
+                                          : "\xc0\x00\x02\x07"s}}})};
 }
 std::vector<std::string> failure(const Query& query) {
   return {reply({.type = query.question.type, .rcode = rcode::servFail, .answers = {}})};
@@ -162,7 +166,10 @@ struct TunnelLinkBootstrap : testing::Test {
   boost::asio::io_context context{1};
   NameServers servers;
   std::vector<std::string> kept;
-  LinkBootstrap bootstrap{context, SocketMark(), [this](const auto& take) { take(servers); }, {},
+  LinkBootstrap bootstrap{context,
+                          SocketMark(),
+                          [this](const auto& take) { take(servers); },
+                          {},
                           [this](const std::string& host, const ip::address& address) {
                             kept.push_back(host + ' ' + address.to_string());
                           }};
@@ -191,9 +198,8 @@ TEST_F(TunnelLinkBootstrap, asks_the_next_server_when_one_is_silent_or_fails) {
 }
 
 TEST_F(TunnelLinkBootstrap, is_content_with_one_family) {
-  const NameServer server([](const Query& query) {
-    return query.question.type == type::a ? addresses(query) : silence(query);
-  });
+  const NameServer server(
+      [](const Query& query) { return query.question.type == type::a ? addresses(query) : silence(query); });
   servers = {server.endpoint};
   EXPECT_THAT(find(), ElementsAre("192.0.2.7"));
 }
@@ -202,7 +208,8 @@ TEST_F(TunnelLinkBootstrap, does_not_believe_what_answers_another_question) {
   const NameServer server([](const Query& query) {
     auto wrongId = addresses(query)[0];
     put16(wrongId, 0, 1);  // off by a bit
-    return std::vector{wrongId, answerText({.name = "else.example", .type = query.question.type}), addresses(query)[0]};
+    return std::vector{wrongId, answerText({.name = "else.example", .type = query.question.type}),
+                       addresses(query)[0]};
   });
   servers = {server.endpoint};
   EXPECT_THAT(find(), ElementsAre("2001:db8::1", "192.0.2.7"));

@@ -24,7 +24,8 @@ TEST(TunnelReachedAddresses, are_read_back_and_nobody_elses) {
     EXPECT_EQ(addresses.keep("doh.example", ip::make_address("192.0.2.7")), "");
     EXPECT_EQ(addresses.keep("doh.example", ip::make_address("2001:db8::1")), "");
   }
-  EXPECT_THAT(ReachedAddresses(kept).all(), ElementsAre(testing::Pair("doh.example", ip::make_address("2001:db8::1"))));
+  EXPECT_THAT(ReachedAddresses(kept).all(),
+              ElementsAre(testing::Pair("doh.example", ip::make_address("2001:db8::1"))));
   EXPECT_EQ(std::filesystem::status(kept).permissions(), std::filesystem::perms(0700));
   EXPECT_EQ(std::filesystem::status(kept / "addresses").permissions(), std::filesystem::perms(0600));
 }

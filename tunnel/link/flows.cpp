@@ -44,7 +44,8 @@ std::string deletionOf(std::string_view flow) {
   for (const std::uint16_t type : {CTA_TUPLE_ORIG, CTA_ZONE, CTA_ID}) {
     if (const auto value = attribute(attributes, type)) {
       const bool isNested = type == CTA_TUPLE_ORIG;
-      netlink::appendAttribute(payload, isNested ? static_cast<std::uint16_t>(type | NLA_F_NESTED) : type, *value);
+      netlink::appendAttribute(payload, isNested ? static_cast<std::uint16_t>(type | NLA_F_NESTED) : type,
+                               *value);
     }
   }
   return payload;

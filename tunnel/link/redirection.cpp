@@ -35,8 +35,10 @@ delete table inet quillmar_tunnel_release
 //   ask outside is turned.
 // - What this program sends passes, whatever its port.
 // - The translation alone would not do: once the tunnel's address is gone its packets would be routed like
-//   any others, and some flows are not translated at all. So what is still on its way out after it is refused.
-// - A program that connects over TCP is told by a reset; it would try again for seconds after an ICMP message.
+//   any others, and some flows are not translated at all. So what is still on its way out after it is
+//   refused.
+// - A program that connects over TCP is told by a reset; it would try again for seconds after an ICMP
+// message.
 // - An answer from the tunnel's address can't reach a question that went to a link-local one.
 constexpr std::string_view rules = R"(
 table inet quillmar_tunnel {

@@ -66,12 +66,13 @@ RulesetWatch::RulesetWatch(boost::asio::io_context& context, Changed changed)
 }
 
 void RulesetWatch::wait() {
-  socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read, [this](boost::system::error_code error) {
-    if (!error) {
-      read();
-      wait();
-    }
-  });
+  socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read,
+                     [this](boost::system::error_code error) {
+                       if (!error) {
+                         read();
+                         wait();
+                       }
+                     });
 }
 
 void RulesetWatch::read() {

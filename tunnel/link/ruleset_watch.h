@@ -15,8 +15,8 @@ enum class RulesetChange {
   released,
 };
 
-// Reads the kernel's notifications of nftables, which come by transaction. One that changes our table and does
-// not make it anew was not ours.
+// Reads the kernel's notifications of nftables, which come by transaction. One that changes our table and
+// does not make it anew was not ours.
 class RulesetReader {
  public:
   std::vector<RulesetChange> read(std::string_view notifications);

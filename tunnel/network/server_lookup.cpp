@@ -38,7 +38,8 @@ ip::address addressFrom(const std::string& bytes) {
 
 // One server, and what it has said.
 struct ServerLookup::Asked {
-  Asked(boost::asio::io_context& context, ip::udp::endpoint from) : server(std::move(from)), socket(context) {}
+  Asked(boost::asio::io_context& context, ip::udp::endpoint from)
+      : server(std::move(from)), socket(context) {}
 
   ip::udp::endpoint server;
   ip::udp::socket socket;

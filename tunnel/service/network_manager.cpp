@@ -87,8 +87,9 @@ void NetworkManager::watch(const std::string& rule, std::function<void(sdbus::Me
 }
 
 void NetworkManager::begin() {
-  matches_.push_back(bus_.addMatch("type='signal',sender='" + std::string(messageBus) + "',interface='" + messageBus +
-                                       "',member='NameOwnerChanged',arg0='" + networkManager + "'",
+  matches_.push_back(bus_.addMatch("type='signal',sender='" + std::string(messageBus) + "',interface='" +
+                                       messageBus + "',member='NameOwnerChanged',arg0='" + networkManager +
+                                       "'",
                                    [this](sdbus::Message& message) {
                                      std::array<std::string, 3> nameBeforeAndOwner;
                                      auto& [name, before, owner] = nameBeforeAndOwner;
@@ -97,7 +98,8 @@ void NetworkManager::begin() {
                                        ownerChanged(owner);
                                      }
                                    }));
-  watch("path='" + std::string(managerPath) + "',interface='" + propertiesInterface + "',member='PropertiesChanged'",
+  watch("path='" + std::string(managerPath) + "',interface='" + propertiesInterface +
+            "',member='PropertiesChanged'",
         [this](sdbus::Message& message) {
           std::string interface;
           BusValues changed;
@@ -108,11 +110,12 @@ void NetworkManager::begin() {
         });
   watch("interface='" + std::string(settingsInterface) + "',member='NewConnection'",
         [this](sdbus::Message&) { events_.changed(); });
-  watch("interface='" + std::string(connectionInterface) + "',member='Updated'", [this](sdbus::Message& message) {
-    if (const auto profile = profileAt(message.getPath())) {
-      events_.profileUpdated(*profile);
-    }
-  });
+  watch("interface='" + std::string(connectionInterface) + "',member='Updated'",
+        [this](sdbus::Message& message) {
+          if (const auto profile = profileAt(message.getPath())) {
+            events_.profileUpdated(*profile);
+          }
+        });
   try {
     std::string owner;
     sdbus::createProxy(bus_, messageBus, "/org/freedesktop/DBus")
@@ -137,13 +140,18 @@ template <class T>
 T NetworkManager::property(const std::string& path, const std::string& interface, const std::string& name,
                            T otherwise) {
   try {
-    return sdbus::createProxy(bus_, networkManager, path)->getProperty(name).onInterface(interface).template get<T>();
+    return sdbus::createProxy(bus_, networkManager, path)
+        ->getProperty(name)
+        .onInterface(interface)
+        .template get<T>();
   } catch (const sdbus::Error&) {
     return otherwise;
   }
 }
 
-bool NetworkManager::hasStarted() { return isThere() && !property(managerPath, networkManager, "Startup", true); }
+bool NetworkManager::hasStarted() {
+  return isThere() && !property(managerPath, networkManager, "Startup", true);
+}
 
 bool NetworkManager::isOnline() {
   const auto primary = property<Path>(managerPath, networkManager, "PrimaryConnection");
@@ -211,7 +219,8 @@ NameServers NetworkManager::nameServers() {
   const auto name =
       devices.empty() ? std::string() : property<std::string>(devices.front(), deviceInterface, "Interface");
   const auto ip6 = property<Path>(primary, activeInterface, "Ip6Config");
-  for (const auto& bytes : property<std::vector<std::vector<std::uint8_t>>>(ip6, ip6Interface, "Nameservers")) {
+  for (const auto& bytes :
+       property<std::vector<std::vector<std::uint8_t>>>(ip6, ip6Interface, "Nameservers")) {
     servers.emplace_back(addressFrom(bytes, ::if_nametoindex(name.c_str())), dnsPort);
   }
   const auto ip4 = property<Path>(primary, activeInterface, "Ip4Config");

@@ -23,8 +23,8 @@ struct Profile {
 // Nothing for what is for another program, or not of the shape that it should have.
 std::optional<Profile> profileFrom(const ConnectionSettings& settings);
 
-// What this program asks NetworkManager for, and hears of it. On the bus's thread. What NetworkManager does not
-// answer is empty.
+// What this program asks NetworkManager for, and hears of it. On the bus's thread. What NetworkManager does
+// not answer is empty.
 class NetworkManager {
  public:
   struct Events {

@@ -50,9 +50,11 @@ std::string ReachedAddresses::write() const {
   ::mkdir(directory_.c_str(), ownersDirectory);
   const auto path = directory_ / fileName;
   const auto draft = directory_ / (std::string(fileName) + ".new");
-  const OpenFile file(::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, ownersFile));
+  const OpenFile file(
+      ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, ownersFile));
   errno = file ? 0 : errno;
-  const bool isKept = file && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+  const bool isKept = file &&
+                      ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
                       ::fsync(file.get()) == 0 && ::rename(draft.c_str(), path.c_str()) == 0;
   return isKept ? std::string()
                 : path.string() + " can't be written: " + std::system_category().message(errno);

@@ -17,10 +17,11 @@ Service::Service(boost::asio::io_context& context, bool hasIp6, Take take, Tell 
       bus_(context),
       plugin_(bus_.connection(), {.connect = [this](const auto& settings) { connect(settings); },
                                   .disconnect = [this] { disconnect(); }}),
-      manager_(bus_.connection(), {.came = [this] { managerCame(); },
-                                   .went = [this] { tell_("NetworkManager went away."); },
-                                   .changed = [this] { activateWherePossible(); },
-                                   .profileUpdated = [this](const auto& profile) { profileUpdated(profile); }}),
+      manager_(bus_.connection(),
+               {.came = [this] { managerCame(); },
+                .went = [this] { tell_("NetworkManager went away."); },
+                .changed = [this] { activateWherePossible(); },
+                .profileUpdated = [this](const auto& profile) { profileUpdated(profile); }}),
       rules_(context, [this](RulesetChange change) { rulesetChanged(change); }) {
   if (!rules_.works()) {
     tell_("This machine does not tell when its rules change: they are not put back.");

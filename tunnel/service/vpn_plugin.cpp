@@ -37,13 +37,22 @@ std::vector<std::uint8_t> address6(const char* text) {
 
 VpnPlugin::VpnPlugin(sdbus::IConnection& bus, Events events)
     : object_(sdbus::createObject(bus, objectPath)), events_(std::move(events)) {
-  object_->registerMethod("Connect").onInterface(pluginInterface).implementedAs([this](const ConnectionSettings& settings) { events_.connect(settings); });
-  object_->registerMethod("ConnectInteractive").onInterface(pluginInterface).implementedAs([this](const ConnectionSettings& settings, const BusValues&) {
-    events_.connect(settings);
+  object_->registerMethod("Connect")
+      .onInterface(pluginInterface)
+      .implementedAs([this](const ConnectionSettings& settings) { events_.connect(settings); });
+  object_->registerMethod("ConnectInteractive")
+      .onInterface(pluginInterface)
+      .implementedAs(
+          [this](const ConnectionSettings& settings, const BusValues&) { events_.connect(settings); });
+  object_->registerMethod("NeedSecrets")
+      .onInterface(pluginInterface)
+      .implementedAs([](const ConnectionSettings&) { return std::string(); });
+  object_->registerMethod("NewSecrets")
+      .onInterface(pluginInterface)
+      .implementedAs([](const ConnectionSettings&) {});
+  object_->registerMethod("Disconnect").onInterface(pluginInterface).implementedAs([this] {
+    events_.disconnect();
   });
-  object_->registerMethod("NeedSecrets").onInterface(pluginInterface).implementedAs([](const ConnectionSettings&) { return std::string(); });
-  object_->registerMethod("NewSecrets").onInterface(pluginInterface).implementedAs([](const ConnectionSettings&) {});
-  object_->registerMethod("Disconnect").onInterface(pluginInterface).implementedAs([this] { events_.disconnect(); });
   object_->registerMethod("SetConfig").onInterface(pluginInterface).implementedAs([](const BusValues&) {});
   object_->registerMethod("SetIp4Config").onInterface(pluginInterface).implementedAs([](const BusValues&) {});
   object_->registerMethod("SetFailure").onInterface(pluginInterface).implementedAs([](const std::string&) {});
@@ -86,9 +95,9 @@ void VpnPlugin::announceConfiguration(bool hasIp6) {
                                {"domains", std::vector<std::string>{"~."}}});
   // Without a server: with two of them each failure would take twice as long.
   if (hasIp6) {
-    announceValues("Ip6Config", {{"address", address6(tunnelAddress6)},
-                                 {"prefix", std::uint32_t{128}},
-                                 {"never-default", true}});
+    announceValues(
+        "Ip6Config",
+        {{"address", address6(tunnelAddress6)}, {"prefix", std::uint32_t{128}}, {"never-default", true}});
   }
 }
 

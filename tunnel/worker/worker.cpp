@@ -7,7 +7,8 @@
 namespace quillmar::tunnel {
 namespace {
 
-std::unique_ptr<Server> makeServer(boost::asio::io_context& context, Worker::Given& given, WorkerEvents events) {
+std::unique_ptr<Server> makeServer(boost::asio::io_context& context, Worker::Given& given,
+                                   WorkerEvents events) {
   // Servers are told on another thread.
   auto servers = [&context, ask = std::move(events.servers)](std::function<void(NameServers)> take) {
     ask([&context, take = std::move(take)](NameServers servers) {

@@ -21,8 +21,8 @@ struct WorkerEvents {
 };
 
 // The server on a thread of its own: all that reads bytes from outside, and nothing that needs rights. What
-// passes between it and who has them are values: an endpoint in; lines, addresses and the question for servers
-// out.
+// passes between it and who has them are values: an endpoint in; lines, addresses and the question for
+// servers out.
 class Worker {
  public:
   struct Given {

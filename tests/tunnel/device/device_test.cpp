@@ -149,8 +149,8 @@ TEST_F(TunnelDevice, turns_a_conversation_that_began_before) {
   disconnect();
   EXPECT_EQ(client.ask("after.example"), DnsClient::Outcome::answered);
   EXPECT_EQ(client.said(), Outside::answer);
-  EXPECT_THAT(world().seenInClear(), AllOf(Not(testing::Contains(HasSubstr("during"))),
-                                           testing::Contains(HasSubstr("after"))));
+  EXPECT_THAT(world().seenInClear(),
+              AllOf(Not(testing::Contains(HasSubstr("during"))), testing::Contains(HasSubstr("after"))));
 }
 
 TEST_F(TunnelDevice, activates_its_connection_by_itself) {
@@ -172,8 +172,8 @@ TEST_F(TunnelDevice, leaves_a_connection_alone_that_is_switched_off) {
 
 TEST_F(TunnelDevice, takes_another_endpoint_without_a_gap) {
   TestEndpoint other(always(8));
-  std::ofstream(world().file("both.pem")) << std::ifstream(endpoint.caFile()).rdbuf()
-                                          << std::ifstream(other.caFile()).rdbuf();
+  std::ofstream(world().file("both.pem"))
+      << std::ifstream(endpoint.caFile()).rdbuf() << std::ifstream(other.caFile()).rdbuf();
   program = world().run(world().file("both.pem").string());
   readUntil("No connection is to be protected.");
   world().addProfile(endpoint.url());
@@ -233,7 +233,8 @@ TEST_F(TunnelDevice, outlives_its_link) {
   EXPECT_EQ(runCommand({"ip", "link", "set", "v0", "up"}).status, 0);
   world().nmcli({"connection", "up", "wire"});
   EXPECT_EQ(askAt(server4, newName()), first);
-  EXPECT_THAT(world().nmcli({"-g", "NAME", "connection", "show", "--active"}), HasSubstr(DeviceWorld::profile));
+  EXPECT_THAT(world().nmcli({"-g", "NAME", "connection", "show", "--active"}),
+              HasSubstr(DeviceWorld::profile));
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
@@ -303,7 +304,8 @@ TEST_F(TunnelDevice, finds_its_endpoint_by_the_links_servers_and_later_by_what_i
   EXPECT_EQ(world().seenInClear(), ofTheEndpoint) << "its own name over two families, and nothing else";
   EXPECT_EQ(program->end(SIGTERM), 0);
   const auto kept = world().file("kept");
-  EXPECT_EQ((std::ostringstream() << std::ifstream(kept / "addresses").rdbuf()).str(), "doh.example 10.9.9.2\n");
+  EXPECT_EQ((std::ostringstream() << std::ifstream(kept / "addresses").rdbuf()).str(),
+            "doh.example 10.9.9.2\n");
   EXPECT_EQ(std::filesystem::status(kept).permissions(), std::filesystem::perms(0700));
   EXPECT_EQ(std::filesystem::status(kept / "addresses").permissions(), std::filesystem::perms(0600));
 
@@ -317,10 +319,11 @@ TEST_F(TunnelDevice, finds_its_endpoint_by_the_links_servers_and_later_by_what_i
 TEST_F(TunnelDevice, puts_its_rules_back) {
   protect();
   const auto whole = rules();
-  for (const std::vector<std::string>& words : {std::vector<std::string>{"flush", "ruleset"},
-                                                {"delete", "table", "inet", "quillmar_tunnel"},
-                                                {"flush", "chain", "inet", "quillmar_tunnel", "shut"},
-                                                {"insert", "rule", "inet", "quillmar_tunnel", "out", "accept"}}) {
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"flush", "ruleset"},
+        {"delete", "table", "inet", "quillmar_tunnel"},
+        {"flush", "chain", "inet", "quillmar_tunnel", "shut"},
+        {"insert", "rule", "inet", "quillmar_tunnel", "out", "accept"}}) {
     std::vector<std::string> command{"nft"};
     command.insert(command.end(), words.begin(), words.end());
     EXPECT_EQ(runCommand(command).status, 0);

@@ -134,7 +134,9 @@ void DeviceWorld::writeFiles() const {
     fs::create_directory(file(folder));
   }
   std::ofstream("/etc/NetworkManager/VPN/quillmar-tunnel.name")
-      << "[VPN Connection]\nname=quillmar-tunnel\nservice=live.quillmar.quillmar.PacketTunnel\nprogram=/bin/false\n";
+      << "[VPN "
+         "Connection]\nname=quillmar-tunnel\nservice=live.quillmar.quillmar.PacketTunnel\nprogram=/bin/"
+         "false\n";
   writePrivately(file("profiles") / "wire.nmconnection", wireProfile);
   std::ofstream(file("manager.conf"))
       << "[main]\nplugins=keyfile\ndns=default\nno-auto-default=*\nrc-manager=file\nauth-polkit=false\n"
@@ -146,8 +148,8 @@ void DeviceWorld::startManager() {
       "sh", "-c",
       "exec NetworkManager --debug --config '" + file("manager.conf").string() + "' --config-dir '" +
           file("state").string() + "' --intern-config '" + file("intern.conf").string() + "' --state-file '" +
-          file("state.file").string() + "' --pid-file '" + file("pid").string() + "' >>'" + file("log").string() +
-          "' 2>&1"};
+          file("state.file").string() + "' --pid-file '" + file("pid").string() + "' >>'" +
+          file("log").string() + "' 2>&1"};
   manager_.emplace(endingWithTheTest(bus_.joining(words)));
   EXPECT_EQ(bus_.run({"nm-online", "-q", "-s", "-t", "30"}).status, 0)
       << (std::ostringstream() << std::ifstream(file("log")).rdbuf()).str();
@@ -175,9 +177,8 @@ void DeviceWorld::tidy() {
 }
 
 std::unique_ptr<RunningProgram> DeviceWorld::run(const std::string& caFile) const {
-  return std::make_unique<RunningProgram>(
-      endingWithTheTest(bus_.joining({"env", "STATE_DIRECTORY=" + file("kept").string(), QUILLMAR_TUNNEL, "run",
-                                      "--ca-file", caFile})));
+  return std::make_unique<RunningProgram>(endingWithTheTest(bus_.joining(
+      {"env", "STATE_DIRECTORY=" + file("kept").string(), QUILLMAR_TUNNEL, "run", "--ca-file", caFile})));
 }
 
 CommandResult DeviceWorld::tunnel(std::vector<std::string> words) const {
@@ -200,21 +201,22 @@ std::unique_ptr<RunningProgram> DeviceWorld::addressChanges() const {
   auto monitor = std::make_unique<RunningProgram>(
       endingWithTheTest({"stdbuf", "-oL", "ip", "-o", "monitor", "address", "link"}));
   // It listens once it says what it is told.
-  RunningProgram teller(endingWithTheTest(
-      {"sh", "-c",
-       "while :; do ip address add 127.9.9.9/32 dev lo; ip address delete 127.9.9.9/32 dev lo; done 2>/dev/null"}));
+  RunningProgram teller(endingWithTheTest({"sh", "-c",
+                                           "while :; do ip address add 127.9.9.9/32 dev lo; ip address "
+                                           "delete 127.9.9.9/32 dev lo; done 2>/dev/null"}));
   EXPECT_NE(monitor->readUntil("127.9.9.9").find("127.9.9.9"), std::string::npos);
   return monitor;
 }
 
 void DeviceWorld::addProfile(const std::string& endpoint) const {
   const auto path = file("profiles") / "protection.nmconnection";
-  writePrivately(path, "[connection]\nid=" + std::string(profile) + "\nuuid=" + profileUuid +
-                           "\ntype=vpn\n[vpn]\nservice-type=live.quillmar.quillmar.PacketTunnel\npersistent=true\n"
-                           "dohEndpoint=" +
-                           endpoint +
-                           "\n[ipv4]\nmethod=auto\ndns-priority=-100\ndns-search=~.;\nnever-default=true\n"
-                           "[ipv6]\nmethod=auto\ndns-priority=-100\nnever-default=true\n");
+  writePrivately(path,
+                 "[connection]\nid=" + std::string(profile) + "\nuuid=" + profileUuid +
+                     "\ntype=vpn\n[vpn]\nservice-type=live.quillmar.quillmar.PacketTunnel\npersistent=true\n"
+                     "dohEndpoint=" +
+                     endpoint +
+                     "\n[ipv4]\nmethod=auto\ndns-priority=-100\ndns-search=~.;\nnever-default=true\n"
+                     "[ipv6]\nmethod=auto\ndns-priority=-100\nnever-default=true\n");
   nmcli({"connection", "load", path.string()});
 }
 
@@ -246,7 +248,8 @@ bool DeviceWorld::resolvConfBecomes(const std::string& nameServers) {
 
 DnsClient::DnsClient(const std::string& server, Channel channel, std::uint16_t port) : channel_(channel) {
   const auto address = addressOf(server, port);
-  socket_ = ::socket(address->ai_family, (channel == Channel::udp ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0);
+  socket_ =
+      ::socket(address->ai_family, (channel == Channel::udp ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0);
   const timeval patience{.tv_sec = 10, .tv_usec = 0};
   ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   ::setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);

@@ -82,7 +82,8 @@ void inside(const std::string& networkNamespace, const Work& work) {
 
 }  // namespace
 
-Outside::Outside(const std::string& networkNamespace, const std::string& wire) : stop_(::eventfd(0, EFD_CLOEXEC)) {
+Outside::Outside(const std::string& networkNamespace, const std::string& wire)
+    : stop_(::eventfd(0, EFD_CLOEXEC)) {
   // A socket stays in the network in which it was made.
   inside(networkNamespace, [&] {
     packets_ = ::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(ETH_P_ALL));
@@ -125,7 +126,8 @@ void Outside::capture() {
   while (::poll(files.data(), files.size(), -1) > 0 && files[1].revents == 0) {
     sockaddr_ll from{};
     socklen_t size = sizeof from;
-    const auto got = ::recvfrom(packets_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
+    const auto got =
+        ::recvfrom(packets_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
     if (got > 0 && from.sll_pkttype != PACKET_OUTGOING) {
       take({buffer.data(), static_cast<std::size_t>(got)});
     }
@@ -197,9 +199,10 @@ void Outside::serve() {
     in_addr bytes{};
     ::inet_pton(AF_INET, address.c_str(), &bytes);
     AnswerText text{.name = name, .type = query->question.type};
-    text.answers = query->question.type == type::a
-                       ? std::vector<RecordText>{{.data = std::string(reinterpret_cast<const char*>(&bytes), 4)}}
-                       : std::vector<RecordText>{};
+    text.answers =
+        query->question.type == type::a
+            ? std::vector<RecordText>{{.data = std::string(reinterpret_cast<const char*>(&bytes), 4)}}
+            : std::vector<RecordText>{};
     auto reply = answerText(text);
     put16(reply, 0, query->id);
     // From the address that was asked, which is what the control message holds.
