@@ -12,37 +12,60 @@ namespace {
 
 using Words = std::span<const std::string>;
 
-constexpr std::string_view help = R"(Usage: quillmar-tunnel run [--ca-file FILE]
-       quillmar-tunnel release
-       quillmar-tunnel serve --endpoint URL [OPTION]...
+constexpr std::string_view help = R"(Usage: quillmar-tunnel COMMAND [OPTION]...
 
 Carries this machine's DNS to an endpoint over HTTPS (RFC 8484), and to nobody
-else. Runs in the foreground until SIGINT or SIGTERM, and writes a line for
-each event.
+else.
 
 Commands:
-  run       Be the VPN service that NetworkManager reaches: the endpoint is that
-            of its connection, and all DNS of the machine is turned to it.
-            Needs root
-  release   Take away what 'run' has put up, whatever has become of it.
-            Needs root
-  serve     Answer at an address, and turn nothing
+  run       Be the VPN service that NetworkManager reaches
+  release   Take away what 'run' has put up, whatever has become of it
+  serve     Answer at an address, and turn nothing there
+
+Options:
+  --help     This text, or a command's
+  --version  The version, and no more
+
+Exit status: 0 done; 1 failed; 2 wrong usage.
+)";
+
+constexpr std::string_view helpOfRun = R"(Usage: quillmar-tunnel run [--ca-file FILE]
+
+Owns the bus name live.quillmar.quillmar.PacketTunnel, and protects the machine
+when NetworkManager connects a VPN of that type: all DNS, whatever server it is
+for, goes to the connection's dohEndpoint, or nowhere. It has NetworkManager
+connect it by itself. Runs in the foreground until SIGINT or SIGTERM, takes then
+everything away, and writes a line for each event. Needs root.
+
+The endpoint's address is kept in the directory STATE_DIRECTORY of the
+environment, or in /var/lib/quillmar-tunnel.
+
+Options:
+  --ca-file FILE  Trust the certificate authorities in FILE too
+)";
+
+constexpr std::string_view helpOfRelease = R"(Usage: quillmar-tunnel release
+
+Takes away the rules and the device of 'run': of one that was killed, or of one
+that runs, which then ends its connection. What is not there is no problem.
+Needs root, and no NetworkManager.
+)";
+
+constexpr std::string_view helpOfServe = R"(Usage: quillmar-tunnel serve --endpoint URL [OPTION]...
+
+Answers the DNS questions that come to an address by asking an endpoint over
+HTTPS. Runs in the foreground until SIGINT or SIGTERM, and writes a line for
+each event. Needs no rights beyond its port.
 
 Options:
   --endpoint URL    Ask this https URL
   --listen ADDRESS  Answer there, over UDP and TCP (127.0.0.1:53)
   --ca-file FILE    Trust the certificate authorities in FILE too
-  --help            This text, and no more
-  --version         The version, and no more
 
-With 'serve' a name in the URL is looked up by the system's own resolver, which
-must not ask this program in turn. An address, or localhost, needs no resolver.
+A name in the URL is looked up by the system's own resolver, which must not ask
+this program in turn. An address, or localhost, needs no resolver.
+
 Whoever may see this machine's processes sees the URL.
-
-'run' keeps the endpoint's address in the directory STATE_DIRECTORY of the
-environment, or in /var/lib/quillmar-tunnel.
-
-Exit status: 0 done; 1 failed; 2 wrong usage.
 )";
 
 constexpr std::string_view usualListen = "127.0.0.1:53";
@@ -60,11 +83,12 @@ struct Given {
 struct CommandWord {
   std::string_view word;
   Command command;
+  std::string_view help;
 };
 constexpr auto commands = std::to_array<CommandWord>({
-    {"serve", Command::serve},
-    {"run", Command::run},
-    {"release", Command::release},
+    {"serve", Command::serve, helpOfServe},
+    {"run", Command::run, helpOfRun},
+    {"release", Command::release, helpOfRelease},
 });
 
 struct Setting {
@@ -127,6 +151,10 @@ std::optional<std::string> read(Words words, Given& given) {
   return std::nullopt;
 }
 
+const CommandWord& wordOf(Command command) {
+  return *std::ranges::find(commands, command, &CommandWord::command);
+}
+
 Parsed understandServe(const Given& given) {
   if (given.endpoint.value_or("").empty()) {
     return refuse("the option '--endpoint' is missing.");
@@ -149,7 +177,7 @@ Parsed understand(const Given& given) {
   }
   for (const auto& setting : settings) {
     if (given.*setting.member && !setting.isOf(*given.command)) {
-      const auto word = std::ranges::find(commands, *given.command, &CommandWord::command)->word;
+      const auto word = wordOf(*given.command).word;
       return refuse("'" + std::string(word) + "' has no option '" + std::string(setting.word) + "'.");
     }
   }
@@ -167,7 +195,7 @@ Parsed parse(const std::vector<std::string>& words) {
     return refuse(*problem);
   }
   if (given.asksForHelp) {
-    return {.text = std::string(help)};
+    return {.text = std::string(given.command ? wordOf(*given.command).help : help)};
   }
   if (given.asksForVersion) {
     return {.text = "quillmar-tunnel " QUILLMAR_VERSION "\n"};

@@ -73,16 +73,25 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
 }
 
 TEST(TunnelOptions, explain_themselves_in_eighty_columns_of_ascii) {
-  const auto parsed = parse({"serve", "--help"});
-  EXPECT_FALSE(parsed.options);
-  EXPECT_EQ(parsed.status, ExitStatus::done);
-  EXPECT_THAT(parsed.text, AllOf(StartsWith("Usage: quillmar-tunnel run"), HasSubstr("--endpoint URL"),
-                                 HasSubstr("--listen ADDRESS"), HasSubstr("--ca-file FILE"),
-                                 HasSubstr("the system's own resolver")));
-  std::istringstream text(parsed.text);
-  for (std::string line; std::getline(text, line);) {
-    EXPECT_LE(line.size(), 80U) << line;
-    EXPECT_TRUE(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; })) << line;
+  const std::vector<std::pair<Words, std::vector<std::string>>> cases{
+      {{"--help"}, {"Usage: quillmar-tunnel COMMAND", "  run ", "  release ", "  serve ", "--version"}},
+      {{"run", "--help"}, {"Usage: quillmar-tunnel run", "--ca-file FILE"}},
+      {{"release", "--help"}, {"Usage: quillmar-tunnel release"}},
+      {{"serve", "--help"},
+       {"Usage: quillmar-tunnel serve", "--endpoint URL", "--listen ADDRESS", "--ca-file FILE",
+        "the system's own resolver"}}};
+  for (const auto& [words, said] : cases) {
+    const auto parsed = parse(words);
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.status, ExitStatus::done);
+    for (const auto& text : said) {
+      EXPECT_THAT(parsed.text, HasSubstr(text));
+    }
+    std::istringstream text(parsed.text);
+    for (std::string line; std::getline(text, line);) {
+      EXPECT_LE(line.size(), 80U) << line;
+      EXPECT_TRUE(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; })) << line;
+    }
   }
 }
 

@@ -177,8 +177,10 @@ void DeviceWorld::tidy() {
 }
 
 std::unique_ptr<RunningProgram> DeviceWorld::run(const std::string& caFile) const {
+  // No more rights than its unit leaves it.
   return std::make_unique<RunningProgram>(endingWithTheTest(bus_.joining(
-      {"env", "STATE_DIRECTORY=" + file("kept").string(), QUILLMAR_TUNNEL, "run", "--ca-file", caFile})));
+      {"env", "STATE_DIRECTORY=" + file("kept").string(), "setpriv", "--no-new-privs", "--bounding-set",
+       "-all,+net_admin,+net_bind_service", QUILLMAR_TUNNEL, "run", "--ca-file", caFile})));
 }
 
 CommandResult DeviceWorld::tunnel(std::vector<std::string> words) const {
