@@ -40,7 +40,9 @@ TEST(TunnelUnit, is_understood_by_systemd_and_leaves_little_open) {
   EXPECT_EQ(verified.status, 0);
   EXPECT_EQ(verified.errors, "");
   // Of a hundred; what remains is root, the network and its administration.
-  EXPECT_EQ(runCommand({"systemd-analyze", "security", "--offline=true", "--threshold=35", unit.string()}).status, 0);
+  EXPECT_EQ(
+      runCommand({"systemd-analyze", "security", "--offline=true", "--threshold=35", unit.string()}).status,
+      0);
 }
 
 // A system's bus with the policy as it is installed, and the service on it.
@@ -57,11 +59,12 @@ struct TunnelBusPolicy : testing::Test {
                           << "<allow receive_type='method_call'/><allow receive_type='method_return'/>"
                           << "<allow receive_type='error'/><allow receive_type='signal'/></policy>"
                           << "<include>" << QUILLMAR_TUNNEL_POLICY << "</include></busconfig>";
-    bus = std::make_unique<RunningProgram>(
-        Words{"sh", "-c", "exec dbus-daemon --nofork --config-file='" + config.string() + "' --print-address 2>/dev/null"});
+    bus = std::make_unique<RunningProgram>(Words{
+        "sh", "-c",
+        "exec dbus-daemon --nofork --config-file='" + config.string() + "' --print-address 2>/dev/null"});
     EXPECT_EQ(bus->readLine().substr(0, address.size()), address);
-    service = std::make_unique<RunningProgram>(Words{
-        "env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
+    service = std::make_unique<RunningProgram>(
+        Words{"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
     EXPECT_THAT(service->readLine(), HasSubstr(busName)) << "root may be the service";
   }
   CommandResult call(Words as, const Words& what) const {
@@ -90,8 +93,9 @@ TEST_F(TunnelBusPolicy, lets_only_root_tell_the_service_what_to_do) {
 
 TEST_F(TunnelBusPolicy, lets_only_root_be_the_service) {
   EXPECT_EQ(service->end(SIGTERM), 0);
-  const auto refused = call(nobody, {"--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus",
-                                     "--method", "org.freedesktop.DBus.RequestName", busName, "0"});
+  const auto refused =
+      call(nobody, {"--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",
+                    "org.freedesktop.DBus.RequestName", busName, "0"});
   EXPECT_NE(refused.status, 0);
   EXPECT_THAT(refused.errors, HasSubstr("org.freedesktop.DBus.Error.AccessDenied"));
 }

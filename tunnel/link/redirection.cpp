@@ -4,6 +4,7 @@
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
@@ -12,8 +13,6 @@
 
 #include "tunnel/link/flows.h"
 #include "tunnel/link/open_file.h"
-
-extern char** environ;
 
 namespace quillmar::tunnel {
 namespace {

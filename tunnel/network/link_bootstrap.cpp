@@ -33,17 +33,18 @@ void LinkBootstrap::lookUp(const Endpoint& endpoint, Found found) {
   }
   servers_([this, endpoint, found = std::move(found)](NameServers servers) {
     const auto lookup = std::make_shared<ServerLookup>(
-        context_, std::move(servers), mark_, [this, endpoint, found](ServerLookup::Result result) {
+        context_, std::move(servers), mark_, [this, endpoint, found](const ServerLookup::Result& result) {
           if (result.life > std::chrono::seconds::zero()) {
             known_[endpoint.host] = {result.addresses, BootClock::now() + result.life};
           }
-          answer(endpoint, std::move(result.addresses), found);
+          answer(endpoint, result.addresses, found);
         });
     lookup->start(endpoint.host);
   });
 }
 
-void LinkBootstrap::answer(const Endpoint& endpoint, std::vector<ip::address> addresses, const Found& found) {
+void LinkBootstrap::answer(const Endpoint& endpoint, const std::vector<ip::address>& addresses,
+                           const Found& found) {
   TcpEndpoints endpoints;
   for (const auto& address : addresses) {
     endpoints.emplace_back(address, endpoint.port);

@@ -36,7 +36,8 @@ class LinkBootstrap final : public Bootstrap {
   };
 
   void lookUp(const Endpoint& endpoint, Found found) override;
-  void answer(const Endpoint& endpoint, std::vector<boost::asio::ip::address> addresses, const Found& found);
+  void answer(const Endpoint& endpoint, const std::vector<boost::asio::ip::address>& addresses,
+              const Found& found);
 
   boost::asio::io_context& context_;
   const SocketMark mark_;

@@ -136,6 +136,36 @@ TEST_F(TunnelDevice, asks_its_endpoint_for_every_program) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
+// A container, say, whose way out leads through this machine.
+TEST_F(TunnelDevice, turns_what_it_routes_for_others) {
+  ASSERT_EQ(
+      runCommand(
+          {"sh", "-ec",
+           "ip netns add container; ip link add c0 type veth peer name c1 netns container; "
+           "ip address add 10.8.8.1/24 dev c0; ip link set c0 up; echo 1 >/proc/sys/net/ipv4/ip_forward; "
+           "ip netns exec container sh -ec 'ip link set c1 up; ip address add 10.8.8.2/24 dev c1; "
+           "ip route add default via 10.8.8.1'"})
+          .status,
+      0);
+  const auto ask = [](const std::string& how) {
+    return runCommand({"ip", "netns", "exec", "container", "kdig", "@192.0.2.53", "+retry=0", "+time=1", how,
+                       newName()})
+        .output;
+  };
+  ask("+notcp");
+  EXPECT_THAT(world().seenInClear(), Not(IsEmpty())) << "without protection";
+  protect();
+  world().outside().forget();
+  EXPECT_THAT(ask("+notcp"), HasSubstr(first));
+  EXPECT_THAT(ask("+tcp"), HasSubstr(first));
+  EXPECT_THAT(ask("+tls"), Not(HasSubstr("NOERROR")));
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  EXPECT_THAT(ask("+notcp"), Not(HasSubstr("NOERROR")));
+  EXPECT_THAT(ask("+tcp"), Not(HasSubstr("NOERROR")));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  EXPECT_EQ(runCommand({"sh", "-ec", "ip link delete c0; ip netns delete container"}).status, 0);
+}
+
 TEST_F(TunnelDevice, turns_a_conversation_that_began_before) {
   start();
   readUntil("No connection is to be protected.");

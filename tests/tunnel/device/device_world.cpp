@@ -140,7 +140,7 @@ void DeviceWorld::writeFiles() const {
   writePrivately(file("profiles") / "wire.nmconnection", wireProfile);
   std::ofstream(file("manager.conf"))
       << "[main]\nplugins=keyfile\ndns=default\nno-auto-default=*\nrc-manager=file\nauth-polkit=false\n"
-      << "[keyfile]\npath=" << file("profiles").string() << "\n";
+      << "[keyfile]\nunmanaged-devices=interface-name:c0\npath=" << file("profiles").string() << "\n";
 }
 
 void DeviceWorld::startManager() {
