@@ -6,8 +6,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-constexpr std::size_t largestLabel = 63;
-constexpr std::size_t largestName = 253;
+constexpr std::size_t longestHost = 253;
 
 std::size_t sizeOfAddress(std::uint16_t recordType) { return recordType == type::aaaa ? 16 : 4; }
 
@@ -56,7 +55,7 @@ std::optional<Query> queryFor(std::string_view host, std::uint16_t type) {
     }
     rest.remove_prefix(std::min(label.size() + 1, rest.size()));
   }
-  if (host.empty() || host.size() > largestName || host.ends_with('.')) {
+  if (host.empty() || host.size() > longestHost || host.ends_with('.')) {
     return std::nullopt;
   }
   return Query{.question = {.name = wireName(host), .type = type}};

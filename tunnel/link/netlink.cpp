@@ -13,7 +13,6 @@ namespace quillmar::tunnel::netlink {
 namespace {
 
 constexpr std::size_t alignment = 4;
-constexpr std::size_t largestRead = std::size_t{64} * 1024;
 
 std::size_t aligned(std::size_t size) { return (size + alignment - 1) / alignment * alignment; }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -10,6 +11,9 @@
 
 // As much of netlink(7) as is needed here.
 namespace quillmar::tunnel::netlink {
+
+// No message of the kernel's is longer than this.
+inline constexpr std::size_t largestRead = std::size_t{64} * 1024;
 
 // Behind a message's header.
 void appendAttribute(std::string& payload, std::uint16_t type, std::string_view value);

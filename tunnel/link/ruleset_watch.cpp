@@ -16,7 +16,6 @@
 namespace quillmar::tunnel {
 namespace {
 
-constexpr std::size_t largestRead = std::size_t{64} * 1024;
 constexpr std::uint32_t nftablesGroup = 1U << (NFNLGRP_NFTABLES - 1U);
 
 // The first attribute of tables, chains, rules and sets alike.
@@ -76,7 +75,7 @@ void RulesetWatch::wait() {
 }
 
 void RulesetWatch::read() {
-  std::vector<char> buffer(largestRead);
+  std::vector<char> buffer(netlink::largestRead);
   for (;;) {
     const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
     if (size < 0 && errno == ENOBUFS) {  // something was missed
