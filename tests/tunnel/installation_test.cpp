@@ -19,6 +19,7 @@ using sandbox::test::CommandResult;
 using sandbox::test::runCommand;
 using sandbox::test::RunningProgram;
 using testing::HasSubstr;
+using testing::StartsWith;
 using Words = std::vector<std::string>;
 
 constexpr const char* busName = "live.quillmar.quillmar.PacketTunnel";
@@ -89,6 +90,15 @@ TEST_F(TunnelBusPolicy, lets_only_root_tell_the_service_what_to_do) {
   const auto refused = call(nobody, disconnection);
   EXPECT_NE(refused.status, 0);
   EXPECT_THAT(refused.errors, HasSubstr("org.freedesktop.DBus.Error.AccessDenied"));
+}
+
+TEST_F(TunnelBusPolicy, lets_one_be_the_service) {
+  const auto another =
+      runCommand({"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
+  EXPECT_EQ(another.status, 1);
+  EXPECT_THAT(another.errors, StartsWith("quillmar-tunnel: the message bus: Failed to request bus name"));
+  EXPECT_EQ(bus->end(SIGTERM), 0);
+  EXPECT_EQ(service->end(0), 1) << "it ends with the bus, and is started again";
 }
 
 TEST_F(TunnelBusPolicy, lets_only_root_be_the_service) {

@@ -383,6 +383,12 @@ TEST_F(TunnelDevice, ends_its_work_when_it_is_released) {
   EXPECT_EQ(askAt(server4, newName()), first);
 }
 
+TEST_F(TunnelDevice, is_removed_whoever_made_it) {
+  EXPECT_EQ(runCommand({"ip", "tuntap", "add", "dev", "quillmar0", "mode", "tun"}).status, 0);
+  EXPECT_EQ(world().tunnel({"release"}).status, 0);
+  EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
+}
+
 TEST_F(TunnelDevice, takes_everything_away_when_it_ends) {
   protect();
   EXPECT_EQ(program->end(SIGTERM), 0);
