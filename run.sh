@@ -29,6 +29,7 @@ scripts/install-packages
 
 build=$PWD/build/release
 programs=$build/programs
+tools=$build/tools
 log=build-run.log
 report_seconds=${QUILLMAR_REPORT_SECONDS:-30}
 
@@ -78,7 +79,7 @@ open_window() {
 }
 
 # As the child would, in whichever window becomes the child's.
-browse_in() { aside "$programs/walk/quillmar-browse" --data-dir "$work/$1" --ca-file "$ca_file"; }
+browse_in() { aside "$tools/browse/quillmar-browse" --data-dir "$work/$1" --ca-file "$ca_file"; }
 
 print_steps() {
   local parent_begins='Then "Sign Up", fill in the form, "Create Account". "Add Your First Child".'
@@ -115,14 +116,14 @@ show_windows() {
 
 walk_offscreen() {
   echo "The journey offscreen:"
-  aside "$programs/walk/quillmar-walk" --service "$secure_url" --ca-file "$ca_file" out/pictures
+  aside "$tools/walk/quillmar-walk" --service "$secure_url" --ca-file "$ca_file" out/pictures
   wait "$!"
 }
 
 draw_all() {
   build_targets "Building what draws every screen" quillmar-pictures
   echo "Every screen in each of its states:"
-  aside "$programs/pictures/quillmar-pictures" out/pictures
+  aside "$tools/pictures/quillmar-pictures" out/pictures
   wait "$!"
 }
 

@@ -5,7 +5,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 usage="usage: ./test.sh [quick | --packages]
 Installs what is missing, builds, and passes all tests. At the end it says what took how long.
 
-  quick       leave out the sanitizers and the linter
+  quick       leave out the sanitizers, the portable build and the linter
   --packages  make the Debian packages instead, and install, upgrade, run and remove them in a fresh Debian
   --help      show this and end"
 
@@ -36,11 +36,15 @@ stage() {
   printf '\n== %s (%s s so far)\n' "$1" "$SECONDS"
 }
 
-build_and_test() {
+build() {
   stage "$1: build"
-  builds+=("build/$1")
   cmake --preset "$1" >build-"$1".log 2>&1 || { cat build-"$1".log; return 1; }
   cmake --build --preset "$1" -j "$jobs" >>build-"$1".log 2>&1 || { tail -60 build-"$1".log; return 1; }
+}
+
+build_and_test() {
+  build "$1"
+  builds+=("build/$1")
   stage "$1: test"
   ctest --test-dir "build/$1" -j "$jobs" --no-tests=error --output-junit tests.xml
 }
@@ -58,6 +62,8 @@ build_and_test release
 if [ "$selection" = all ]; then
   build_and_test asan
   build_and_test tsan
+  # Its tests are those of the release build; that it compiles and links without this system's adapters is the question.
+  build portable
   stage "Lint"
   scripts/lint
 fi

@@ -5,6 +5,7 @@
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
 #include "console/device_list_view.h"
+#include "family/join_family_view.h"
 #include "identity/auth_state.h"
 #include "identity/login_view.h"
 
@@ -44,7 +45,8 @@ std::shared_ptr<ScreenModel> ContentView::makeScreen(RootScreen root) const {
     case RootScreen::roleSelection:
       return std::make_shared<RoleSelectionView>(environment_);
     case RootScreen::login:
-      return std::make_shared<LoginView>(environment_);
+      return std::make_shared<LoginView>(environment_,
+                                         [this] { return std::make_shared<JoinFamilyView>(environment_); });
     case RootScreen::deviceList:
       return std::make_shared<DeviceListView>(environment_);
     case RootScreen::childEnrollment:

@@ -4,8 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/session/environment.h"
+#include "app/session/role_manager.h"
 #include "foundation/observable.h"
 #include "presentation/screen_model.h"
 

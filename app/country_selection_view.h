@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/session/environment.h"
+#include "app/session/role_manager.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {

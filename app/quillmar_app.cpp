@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "app/appearance_manager.h"
-#include "app/role_manager.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/role_manager.h"
 #include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "identity/auth_state.h"

@@ -2,9 +2,9 @@
 
 #include <memory>
 
+#include "app/application_environment.h"
 #include "app/content_view.h"
-#include "app/environment.h"
-#include "app/scene.h"
+#include "app/session/scene.h"
 #include "client/deployments.h"
 #include "platform/platform.h"
 
@@ -35,7 +35,7 @@ class QuillmarApp {
   void setScenePhase(ScenePhase phase);
   void applicationDidBecomeActive() { appDelegate_.applicationDidBecomeActive(environment_); }
 
-  Environment& environment() { return environment_; }
+  ApplicationEnvironment& environment() { return environment_; }
   // Only after `launch`.
   ContentView& contentView() { return *contentView_; }
   AppDelegate& appDelegate() { return appDelegate_; }
@@ -43,7 +43,7 @@ class QuillmarApp {
  private:
   void rootDidAppear();
 
-  Environment environment_;
+  ApplicationEnvironment environment_;
   AppDelegate appDelegate_;
   std::unique_ptr<ContentView> contentView_;
 };

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "app/country_selection_view.h"
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/session/environment.h"
+#include "app/session/role_manager.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {

@@ -20,10 +20,10 @@
 #include <utility>
 
 #include "client/network_service.h"
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/curl_http_session.h"
 #include "sandbox/service.h"
-#include "tests/support/memory_settings_store.h"
+#include "testing/memory_settings_store.h"
 
 namespace quillmar::bench {
 

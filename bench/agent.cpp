@@ -26,15 +26,15 @@
 #include <thread>
 #include <vector>
 
-#include "app/settings_keys.h"
 #include "bench/against_service.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "foundation/text.h"
-#include "platform/linux/curl_http_session.h"
-#include "platform/linux/file_descriptor.h"
-#include "platform/linux/sqlite_settings_store.h"
-#include "tests/support/temporary_directory.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/file_descriptor.h"
+#include "platform/common/sqlite_settings_store.h"
+#include "platform/settings.h"
+#include "testing/temporary_directory.h"
 
 extern char** environ;
 

@@ -5,11 +5,11 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Quick)
 
 quillmar_bench(first_frame
   SOURCES first_frame.cpp
-  LINK quillmar_app quillmar_ui quillmar_test_support Qt6::Quick)
+  LINK quillmar_app quillmar_ui quillmar_testing Qt6::Quick)
 
 quillmar_bench(lists
   SOURCES lists.cpp
-  LINK quillmar_ui_test_support Qt6::Quick)
+  LINK quillmar_ui_testing Qt6::Quick)
 
 quillmar_bench(texts
   SOURCES texts.cpp

@@ -8,7 +8,7 @@
 #include "console/child_detail_view.h"
 #include "console/device_list_view.h"
 #include "foundation/date_format.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
 
 // What it costs the main thread when a list that is on the screen is refreshed: an answer of the service is
 // decoded, applied to the model and, through the bridge, to the window. Nothing is painted.

@@ -14,7 +14,7 @@
 #include <string>
 
 #include "bench/measure.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/common/sqlite_settings_store.h"
 
 namespace {
 

@@ -21,7 +21,7 @@
 #include <vector>
 
 #include "sandbox/http/certificates.h"
-#include "tests/support/temporary_directory.h"
+#include "testing/temporary_directory.h"
 
 extern char** environ;
 

@@ -1,5 +1,7 @@
 #include "child/child_app_state.h"
 
+#include "platform/settings.h"
+
 namespace quillmar {
 
 ChildAppState::ChildAppState(SettingsStore& settings, const Dispatch& dispatch)
@@ -8,10 +10,10 @@ ChildAppState::ChildAppState(SettingsStore& settings, const Dispatch& dispatch)
 }
 
 void ChildAppState::loadState() {
-  isEnrolled = settings_.boolean(settings::childIsEnrolled);
-  deviceID = settings_.string(settings::childDeviceID).value_or("");
-  dohEndpoint = settings_.string(settings::childDohEndpoint).value_or("");
-  dohBaseUrl = settings_.string(settings::childDohBaseUrl).value_or("");
+  isEnrolled = settings_.read(settings::childIsEnrolled).value_or(false);
+  deviceID = settings_.read(settings::childDeviceID).value_or("");
+  dohEndpoint = settings_.read(settings::childDohEndpoint).value_or("");
+  dohBaseUrl = settings_.read(settings::childDohBaseUrl).value_or("");
 }
 
 void ChildAppState::saveEnrollment(const std::string& newDeviceID, const std::string& newEndpoint,
@@ -22,15 +24,15 @@ void ChildAppState::saveEnrollment(const std::string& newDeviceID, const std::st
   isEnrolled = true;
   // A process that is killed leaves a device that is enrolled or not, never half of it.
   settings_.writeTogether([&] {
-    settings_.set(settings::childIsEnrolled, true);
-    settings_.set(settings::childDeviceID, newDeviceID);
-    settings_.set(settings::childDohEndpoint, newEndpoint);
+    settings_.write(settings::childIsEnrolled, true);
+    settings_.write(settings::childDeviceID, newDeviceID);
+    settings_.write(settings::childDohEndpoint, newEndpoint);
     if (newBaseUrl) {
       dohBaseUrl = *newBaseUrl;
-      settings_.set(settings::childDohBaseUrl, *newBaseUrl);
+      settings_.write(settings::childDohBaseUrl, *newBaseUrl);
     }
     if (apiBaseUrl) {
-      settings_.set(settings::apiBaseURL, *apiBaseUrl);
+      settings_.write(settings::apiBaseURL, *apiBaseUrl);
     }
   });
 }
@@ -39,11 +41,11 @@ void ChildAppState::updateEndpoint(const std::optional<std::string>& newEndpoint
                                    const std::optional<std::string>& newBaseUrl) {
   if (newEndpoint) {
     dohEndpoint = *newEndpoint;
-    settings_.set(settings::childDohEndpoint, *newEndpoint);
+    settings_.write(settings::childDohEndpoint, *newEndpoint);
   }
   if (newBaseUrl) {
     dohBaseUrl = *newBaseUrl;
-    settings_.set(settings::childDohBaseUrl, *newBaseUrl);
+    settings_.write(settings::childDohBaseUrl, *newBaseUrl);
   }
   isConnectedToServer = true;
   lastCheckinTime = dispatch_.now();
@@ -58,12 +60,7 @@ void ChildAppState::resetEnrollment() {
   lastCheckinTime = std::optional<Date>();
   isDohConfigured = false;
   dohConfigWarning = std::string();
-  settings_.writeTogether([this] {
-    for (const auto key : {settings::childIsEnrolled, settings::childDeviceID, settings::childDohEndpoint,
-                           settings::childDohBaseUrl}) {
-      settings_.remove(key);
-    }
-  });
+  settings_.writeTogether([this] { settings::forget(settings_, Reset::withEnrollment); });
 }
 
 }  // namespace quillmar

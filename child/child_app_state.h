@@ -3,7 +3,6 @@
 #include <optional>
 #include <string>
 
-#include "app/settings_keys.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"
 #include "platform/settings_store.h"

@@ -49,7 +49,7 @@ void ChildEnrollmentView::updateLoadingDots() {
 
 void ChildEnrollmentView::start() {
   isLoading = true;
-  errorMessage = std::string();
+  errorAlert.message = std::string();
   const std::string deviceName = environment_.platform().deviceInfo.name();
   environment_.networkService()->initEnrollment(
       newUUID(), deviceName, std::string(childDeviceType),
@@ -62,8 +62,7 @@ void ChildEnrollmentView::handleInitResult(const Result<InitEnrollmentResponse>&
                                            const std::string& deviceName) {
   isLoading = false;
   if (!result.ok()) {
-    errorMessage = result.error().localizedDescription();
-    showError = true;
+    errorAlert.show(result.error());
     return;
   }
   const InitEnrollmentResponse& answer = result.value();
@@ -123,8 +122,7 @@ void ChildEnrollmentView::endRound(const std::shared_ptr<PollLoop>& loop) {
 }
 
 void ChildEnrollmentView::giveUp(const std::string& message) {
-  errorMessage = message;
-  showError = true;
+  errorAlert.show(message);
   enrollmentCode = std::string();
   qrCodeData = std::string();
   isPolling = false;

@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/child_loading_dots.h"
-#include "child/qr_code_view.h"
 #include "client/network_service.h"
+#include "presentation/error_alert.h"
+#include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -42,8 +43,7 @@ class ChildEnrollmentView final : public ScreenModel {
   // As the service answered it.
   Published<std::string> deviceId{*this, "deviceId"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   // The polling is to go on.
   Published<bool> isPolling{*this, "isPolling", false};
   Published<std::string> qrCodeData{*this, "qrCodeData"};
@@ -68,14 +68,11 @@ class ChildEnrollmentView final : public ScreenModel {
   Text codeLabel{*this, "codeLabel", "Enrollment Code"};
   Text waitingText{*this, "waitingText", "Waiting for parent to complete enrollment..."};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> startEnrollment{*this, "startEnrollment", [this] { start(); },
                            [this] { return stage() == EnrollmentStage::start; }};
   Action<> cancelEnrollment{*this, "cancelEnrollment", [this] { cancel(); },
                             [this] { return stage() == EnrollmentStage::code; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   struct PollLoop {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
-#include "app/passing_time.h"
+#include "app/session/environment.h"
+#include "app/session/passing_time.h"
 #include "child/child_app_state.h"
 #include "child/child_settings_view.h"
 #include "child/doh_instructions_view.h"

@@ -23,7 +23,6 @@ std::string ChildSettingsView::shortDeviceId() const {
 }
 
 void ChildSettingsView::reset() {
-  showResetConfirmation = false;
   quillmar::resetEnrollment(environment_);
   dismiss();
 }

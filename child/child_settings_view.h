@@ -4,10 +4,11 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"
+#include "presentation/confirmation.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -17,7 +18,10 @@ class ChildSettingsView final : public ScreenModel {
  public:
   explicit ChildSettingsView(Environment& environment);
 
-  Input<bool> showResetConfirmation{*this, "showResetConfirmation", false};
+  Confirmation resetConfirmation{
+      *this,
+      {.isShown = "showResetConfirmation", .confirm = "confirmReset", .cancel = "cancelReset"},
+      [this] { reset(); }};
 
   Text title{*this, "title", "Settings"};
   Text doneTitle{*this, "doneTitle", "Done"};
@@ -77,11 +81,7 @@ class ChildSettingsView final : public ScreenModel {
   Action<> copyDoHEndpoint{*this, "copyDoHEndpoint",
                            [this] { environment_.platform().clipboard.setString(child_->dohEndpoint()); }};
   Action<> forceSync{*this, "forceSync", [this] { quillmar::forceSync(environment_); }};
-  Action<> resetEnrollment{*this, "resetEnrollment", [this] { showResetConfirmation = true; }};
-  Action<> confirmReset{*this, "confirmReset", [this] { reset(); },
-                        [this] { return showResetConfirmation(); }};
-  Action<> cancelReset{*this, "cancelReset", [this] { showResetConfirmation = false; },
-                       [this] { return showResetConfirmation(); }};
+  Action<> resetEnrollment{*this, "resetEnrollment", [this] { resetConfirmation.ask(); }};
 
  private:
   std::string shortDeviceId() const;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"

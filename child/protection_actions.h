@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 
 namespace quillmar {
 

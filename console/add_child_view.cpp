@@ -22,8 +22,7 @@ void AddChildView::create() {
 void AddChildView::handleResult(const Result<ChildProfileWithDevices>& result) {
   isLoading = false;
   if (!result.ok()) {
-    errorMessage = result.error().localizedDescription();
-    showError = true;
+    errorAlert.show(result.error());
     return;
   }
   const ChildProfileWithDevices& child = result.value();

@@ -3,8 +3,9 @@
 #include <functional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -18,8 +19,7 @@ class AddChildView final : public ScreenModel {
   Input<std::string> name{*this, "name"};
   Input<std::string> birthYear{*this, "birthYear"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Input<bool> showError{*this, "showError", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
+  ErrorAlert errorAlert{*this};
 
   Text title{*this, "title", "Add Child"};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
@@ -30,13 +30,10 @@ class AddChildView final : public ScreenModel {
   Derived<std::string> createTitle{*this, "createTitle", [this] {
                                      return std::string(isLoading() ? "Creating..." : "Create Child Profile");
                                    }};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> createChildProfile{*this, "createChildProfile", [this] { create(); },
                               [this] { return !name().empty() && !isLoading(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void create();

@@ -182,7 +182,6 @@ void DeviceListView::addDeviceFor(const ChildProfileWithDevices& child) {
 }
 
 void DeviceListView::endSession() {
-  showLogoutConfirmation = false;
   stopAutoRefresh();
   authState_->logout();
 }

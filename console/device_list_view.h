@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "app/appearance_manager.h"
-#include "app/environment.h"
-#include "app/passing_time.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/environment.h"
+#include "app/session/passing_time.h"
 #include "client/network_service.h"
 #include "console/add_child_view.h"
 #include "console/add_device_sheet.h"
@@ -19,6 +19,8 @@
 #include "family/family_members_view.h"
 #include "family/home_network_view.h"
 #include "identity/auth_state.h"
+#include "presentation/confirmation.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 #include "presentation/timely.h"
 
@@ -48,9 +50,11 @@ class DeviceListView final : public ScreenModel {
   Rows<ChildDashboardCard> cards{*this, "cards"};
   // Under way with nothing to show yet.
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
-  Input<bool> showLogoutConfirmation{*this, "showLogoutConfirmation", false};
+  ErrorAlert errorAlert{*this};
+  Confirmation logoutConfirmation{
+      *this,
+      {.isShown = "showLogoutConfirmation", .confirm = "confirmLogout", .cancel = "cancelLogout"},
+      [this] { endSession(); }};
   // Whose detail is shown, and for whom a device is added.
   Published<std::optional<ChildProfileWithDevices>> selectedChild{*this, "selectedChild"};
   Published<std::optional<ChildProfileWithDevices>> childForNewDevice{*this, "childForNewDevice"};
@@ -126,8 +130,6 @@ class DeviceListView final : public ScreenModel {
   Text confirmationText{*this, "confirmationText", "Are you sure you want to logout?"};
   Text confirmTitle{*this, "confirmTitle", "Logout"};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> loadChildren{*this, "loadChildren", [this] { load(); }};
   Action<> addChild{*this, "addChild", [this] { showAddChild = true; }};
@@ -135,12 +137,7 @@ class DeviceListView final : public ScreenModel {
   Action<> openFamilyMembers{*this, "openFamilyMembers", [this] { showFamilyMembers = true; }};
   Action<> openHomeNetwork{*this, "openHomeNetwork", [this] { showHomeNetwork = true; }};
   Action<> cycleTheme{*this, "cycleTheme", [this] { appearanceManager_->cycleMode(); }};
-  Action<> logout{*this, "logout", [this] { showLogoutConfirmation = true; }};
-  Action<> confirmLogout{*this, "confirmLogout", [this] { endSession(); },
-                         [this] { return showLogoutConfirmation(); }};
-  Action<> cancelLogout{*this, "cancelLogout", [this] { showLogoutConfirmation = false; },
-                        [this] { return showLogoutConfirmation(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
+  Action<> logout{*this, "logout", [this] { logoutConfirmation.ask(); }};
 
   // The timer runs.
   bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }

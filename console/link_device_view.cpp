@@ -77,7 +77,7 @@ void LinkDeviceView::loadUnassignedDevices() {
                       if (result.ok()) {
                         unassignedDevices = result.value().unassignedDevices;
                       } else {
-                        showFailure(result.error());
+                        errorAlert.show(result.error());
                       }
                     })));
 }
@@ -88,7 +88,7 @@ void LinkDeviceView::linkSelectedDevice(const Device& device) {
                                            if (result.ok()) {
                                              finish();
                                            } else {
-                                             showFailure(result.error());
+                                             errorAlert.show(result.error());
                                            }
                                          })));
 }
@@ -100,7 +100,7 @@ void LinkDeviceView::finish() {
 
 void LinkDeviceView::askToDelete(const Device& device) {
   deviceToDelete = device;
-  showDeleteConfirmation = true;
+  deletionConfirmation.ask();
 }
 
 void LinkDeviceView::askToDeleteAt(std::int64_t index) {
@@ -110,7 +110,6 @@ void LinkDeviceView::askToDeleteAt(std::int64_t index) {
 }
 
 void LinkDeviceView::deleteSelected() {
-  showDeleteConfirmation = false;
   if (!deviceToDelete()) {
     return;
   }
@@ -118,7 +117,7 @@ void LinkDeviceView::deleteSelected() {
   environment_.networkService()->deleteDevice(
       id, hoppingToMain(dispatch_, weakly([this, id](const Result<void>& result) {
                           if (!result.ok()) {
-                            showFailure(result.error());
+                            errorAlert.show(result.error());
                             return;
                           }
                           auto remaining = unassignedDevices();
@@ -126,11 +125,6 @@ void LinkDeviceView::deleteSelected() {
                           unassignedDevices = std::move(remaining);
                           onDeviceLinked_();
                         })));
-}
-
-void LinkDeviceView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
 }
 
 }  // namespace quillmar

@@ -7,11 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "console/manual_enrollment_view.h"
 #include "console/opening_row.h"
 #include "console/scanner_view.h"
+#include "presentation/confirmation.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -61,9 +63,11 @@ class LinkDeviceView final : public ScreenModel {
   Published<std::vector<Device>> unassignedDevices{*this, "unassignedDevices"};
   Rows<UnassignedDeviceRow> deviceRows{*this, "deviceRows"};
   Published<bool> isLoading{*this, "isLoading", true};
-  Input<bool> showError{*this, "showError", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showDeleteConfirmation{*this, "showDeleteConfirmation", false};
+  ErrorAlert errorAlert{*this};
+  Confirmation deletionConfirmation{
+      *this,
+      {.isShown = "showDeleteConfirmation", .confirm = "deleteSelectedDevice", .cancel = "cancelDeletion"},
+      [this] { deleteSelected(); }};
   // Overwritten by the next use and never cleared.
   Published<std::optional<Device>> deviceToDelete{*this, "deviceToDelete"};
   Sheet<ScannerView> showScanner;
@@ -87,19 +91,12 @@ class LinkDeviceView final : public ScreenModel {
   Text deletionTitle{*this, "deletionTitle", "Delete Device?"};
   Derived<std::string> deletionText{*this, "deletionText", [this] { return computeDeletionText(); }};
   Text deleteTitle{*this, "deleteTitle", "Delete"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> addPhone{*this, "addPhone", [this] { showScanner = true; }};
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
   // Asks for the deletion of the device at that place, if there is one.
   Action<std::int64_t> deleteAt{*this, "deleteAt", [this](std::int64_t index) { askToDeleteAt(index); }};
-  Action<> deleteSelectedDevice{*this, "deleteSelectedDevice", [this] { deleteSelected(); },
-                                [this] { return showDeleteConfirmation(); }};
-  Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteConfirmation = false; },
-                          [this] { return showDeleteConfirmation(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   void loadUnassignedDevices();
   void linkSelectedDevice(const Device& device);
@@ -117,7 +114,6 @@ class LinkDeviceView final : public ScreenModel {
   void askToDelete(const Device& device);
   void askToDeleteAt(std::int64_t index);
   void deleteSelected();
-  void showFailure(const Error& error);
 
   Environment& environment_;
   Dispatch& dispatch_;

@@ -72,8 +72,7 @@ void ManualEnrollmentView::handleResult(const Result<ManualEnrollmentResponse>& 
     enrollmentResult = result.value();
     showInstructions = true;
   } else {
-    errorMessage = result.error().localizedDescription();
-    showError = true;
+    errorAlert.show(result.error());
   }
 }
 

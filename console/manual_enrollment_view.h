@@ -8,8 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -56,8 +57,7 @@ class ManualEnrollmentView final : public ScreenModel {
   Input<ManualDeviceType> selectedDeviceType{*this, "selectedDeviceType", ManualDeviceType::playstation};
   Input<std::string> deviceIP{*this, "deviceIP"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Published<std::optional<ManualEnrollmentResponse>> enrollmentResult{*this, "enrollmentResult"};
   // Which of the two screens stands.
   Published<bool> showInstructions{*this, "showInstructions", false};
@@ -96,9 +96,6 @@ class ManualEnrollmentView final : public ScreenModel {
   Derived<std::string> note{*this, "note",
                             [this] { return enrollmentResult() ? enrollmentResult()->note : std::string(); }};
 
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
-
   Action<> cancel{*this, "cancel", [this] { dismiss(); }, [this] { return !showInstructions(); }};
   Action<> back{*this, "back", [this] { showInstructions = false; }, [this] { return showInstructions(); }};
   Action<> done{*this, "done", [this] { finish(); }, [this] { return showInstructions(); }};
@@ -107,7 +104,6 @@ class ManualEnrollmentView final : public ScreenModel {
   Action<> copyIPAddress{*this, "copyIPAddress",
                          [this] { environment_.platform().clipboard.setString(setup().dnsServerIP); },
                          [this] { return showInstructions(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   static std::vector<ManualDeviceChoice> choices();

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "app/settings_keys.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "platform/hop.h"
+#include "platform/settings.h"
 
 namespace quillmar {
 namespace {
@@ -130,20 +130,15 @@ void ScannerView::handleReading(std::string_view source, const Result<Recognised
     return;
   }
   if (!objects.ok()) {
-    report(objects.error().localizedDescription());
+    errorAlert.show(objects.error().localizedDescription());
     return;
   }
   const auto code = std::ranges::find_if(objects.value(), isReadableCode);
   if (code == objects.value().end()) {
-    report("No QR code was found " + std::string(source) + ".");
+    errorAlert.show("No QR code was found " + std::string(source) + ".");
   } else {
     handleScannedCode(*code->text);
   }
-}
-
-void ScannerView::report(std::string message) {
-  errorMessage = std::move(message);
-  showError = true;
 }
 
 void ScannerView::handleScannedCode(const std::string& code) {
@@ -151,7 +146,7 @@ void ScannerView::handleScannedCode(const std::string& code) {
   isScanning = false;
   const auto payload = decodeJson<QRCodeData>(code);
   if (!payload.ok()) {
-    report("Invalid QR code format");
+    errorAlert.show("Invalid QR code format");
   } else if (!payload.value().deviceName.empty()) {
     deviceName = payload.value().deviceName;
   }
@@ -161,7 +156,7 @@ void ScannerView::complete() {
   isProcessing = true;
   const auto payload = decodeJson<QRCodeData>(scannedCode());
   if (!payload.ok()) {
-    report("Invalid QR code data");
+    errorAlert.show("Invalid QR code data");
     isProcessing = false;
     return;
   }
@@ -184,7 +179,7 @@ void ScannerView::handleCompletion(const Result<CompleteEnrollmentResponse>& res
   if (result.ok()) {
     enrollmentSuccess = true;
   } else {
-    report(result.error().localizedDescription() + diagnosis);
+    errorAlert.show(result.error().localizedDescription() + diagnosis);
   }
 }
 

@@ -6,9 +6,10 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/network_service.h"
 #include "console/qr_scanner_view_controller.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -39,8 +40,7 @@ class ScannerView final : public ScreenModel {
   Published<std::string> scannedCode{*this, "scannedCode"};
   Input<std::string> deviceName{*this, "deviceName"};
   Published<bool> isProcessing{*this, "isProcessing", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Published<bool> enrollmentSuccess{*this, "enrollmentSuccess", false};
   Published<CameraState> camera;
   // A picture, the clipboard or the screen is being looked at.
@@ -72,9 +72,6 @@ class ScannerView final : public ScreenModel {
   Text successText{*this, "successText", "The device has been successfully added to your account."};
   Text doneTitle{*this, "doneTitle", "Done"};
 
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
-
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<std::string> choosePicture{*this, "choosePicture", [this](const std::string& path) { look(path); },
                                     [this] { return canRead(); }};
@@ -86,7 +83,6 @@ class ScannerView final : public ScreenModel {
   Action<> scanAgain{*this, "scanAgain", [this] { restart(); },
                      [this] { return stage() == ScannerStage::review; }};
   Action<> done{*this, "done", [this] { finish(); }, [this] { return stage() == ScannerStage::success; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   // What a camera, a picture or a person hands over.
   void handleScannedCode(const std::string& code);
@@ -112,7 +108,6 @@ class ScannerView final : public ScreenModel {
   void lookAtScreen();
   QRReader::Reply replyFrom(std::string_view source);
   void handleReading(std::string_view source, const Result<RecognisedObjects>& objects);
-  void report(std::string message);
 
   void complete();
   void handleCompletion(const Result<CompleteEnrollmentResponse>& result, const std::string& diagnosis);

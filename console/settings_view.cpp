@@ -56,10 +56,7 @@ void SettingsView::addAppearanceRows() {
   appearanceRows.assign(std::move(rows));
 }
 
-void SettingsView::askForPassword() {
-  showDeleteAccountConfirmation = false;
-  showDeleteAccountPassword = true;
-}
+void SettingsView::askForPassword() { showDeleteAccountPassword = true; }
 
 bool SettingsView::canDelete() const {
   return showDeleteAccountPassword() && !isDeletingAccount() && !deleteAccountPassword().empty();

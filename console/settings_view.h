@@ -3,12 +3,13 @@
 #include <memory>
 #include <string>
 
-#include "app/appearance_manager.h"
-#include "app/environment.h"
+#include "app/session/appearance_manager.h"
+#include "app/session/environment.h"
 #include "console/delete_account_sheet.h"
 #include "family/family_members_view.h"
 #include "foundation/result.h"
 #include "identity/auth_state.h"
+#include "presentation/confirmation.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -33,7 +34,10 @@ class SettingsView final : public ScreenModel {
 
   Sheet<FamilyMembersView> showFamilyMembers{
       *this, "showFamilyMembers", [this] { return std::make_shared<FamilyMembersView>(environment_); }};
-  Input<bool> showDeleteAccountConfirmation{*this, "showDeleteAccountConfirmation", false};
+  Confirmation deletionConfirmation{
+      *this,
+      {.isShown = "showDeleteAccountConfirmation", .confirm = "continueDeletion", .cancel = "cancelDeletion"},
+      [this] { askForPassword(); }};
   // However the sheet goes, the password goes with it; a request under way runs on.
   Sheet<DeleteAccountSheet> showDeleteAccountPassword{
       *this, "showDeleteAccountPassword", [this] { return std::make_shared<DeleteAccountSheet>(*this); },
@@ -79,11 +83,7 @@ class SettingsView final : public ScreenModel {
 
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> openFamilyMembers{*this, "openFamilyMembers", [this] { showFamilyMembers = true; }};
-  Action<> deleteAccount{*this, "deleteAccount", [this] { showDeleteAccountConfirmation = true; }};
-  Action<> cancelDeletion{*this, "cancelDeletion", [this] { showDeleteAccountConfirmation = false; },
-                          [this] { return showDeleteAccountConfirmation(); }};
-  Action<> continueDeletion{*this, "continueDeletion", [this] { askForPassword(); },
-                            [this] { return showDeleteAccountConfirmation(); }};
+  Action<> deleteAccount{*this, "deleteAccount", [this] { deletionConfirmation.ask(); }};
   Action<> performAccountDeletion{*this, "performAccountDeletion", [this] { startDeletion(); },
                                   [this] { return canDelete(); }};
   Action<> dismissDeleteError{*this, "dismissDeleteError", [this] { showDeleteError = false; },

@@ -50,7 +50,7 @@ void FamilyMembersView::handleFamily(const Result<FamilyResponse>& result) {
     familyResponse = result.value();
     updateRows();
   } else {
-    showFailure(result.error());
+    errorAlert.show(result.error());
   }
 }
 
@@ -87,7 +87,7 @@ void FamilyMembersView::startInvitation() {
 void FamilyMembersView::handleInvitation(const Result<CreateInvitationResponse>& result) {
   isCreatingInvite = false;
   if (!result.ok()) {
-    showFailure(result.error());
+    errorAlert.show(result.error());
     return;
   }
   inviteCode = result.value().inviteCode;
@@ -119,11 +119,10 @@ void FamilyMembersView::updatePermissions(const UpdateMemberPermissionsRequest& 
 
 void FamilyMembersView::askToRemove() {
   showMemberSheet = false;
-  dispatch_.main().asyncAfter(sheetLeaves, weakly([this] { showRemoveConfirmation = true; }));
+  dispatch_.main().asyncAfter(sheetLeaves, weakly([this] { removalConfirmation.ask(); }));
 }
 
 void FamilyMembersView::removeSelected() {
-  showRemoveConfirmation = false;
   if (!selectedMember()) {
     return;
   }
@@ -148,13 +147,8 @@ void FamilyMembersView::handleChange(const Result<void>& result) {
   if (result.ok()) {
     load();
   } else {
-    showFailure(result.error());
+    errorAlert.show(result.error());
   }
-}
-
-void FamilyMembersView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
 }
 
 }  // namespace quillmar

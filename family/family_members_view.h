@@ -5,13 +5,15 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/family.h"
 #include "family/family_member_sheet.h"
 #include "family/family_rows.h"
 #include "family/invite_family_member_sheet.h"
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
+#include "presentation/confirmation.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -33,8 +35,7 @@ class FamilyMembersView final : public ScreenModel {
   // The last good answer.
   Published<std::optional<FamilyResponse>> familyResponse{*this, "familyResponse"};
   Published<bool> isLoading{*this, "isLoading", true};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   // The invitation that was made last.
   Published<std::string> inviteCode{*this, "inviteCode"};
   Published<std::string> inviteQRData{*this, "inviteQRData"};
@@ -45,7 +46,10 @@ class FamilyMembersView final : public ScreenModel {
   Published<std::optional<FamilyMember>> selectedMember{*this, "selectedMember"};
   Sheet<FamilyMemberSheet> showMemberSheet{*this, "showMemberSheet",
                                            [this] { return std::make_shared<FamilyMemberSheet>(*this); }};
-  Input<bool> showRemoveConfirmation{*this, "showRemoveConfirmation", false};
+  Confirmation removalConfirmation{
+      *this,
+      {.isShown = "showRemoveConfirmation", .confirm = "confirmRemove", .cancel = "cancelRemove"},
+      [this] { removeSelected(); }};
 
   Derived<FamilyContent> content{*this, "content", [this] { return computeContent(); }};
   Derived<bool> isPrimary{*this, "isPrimary",
@@ -75,19 +79,12 @@ class FamilyMembersView final : public ScreenModel {
   Text removeText{*this, "removeText", "This will revoke their access to your family's devices."};
   Text confirmTitle{*this, "confirmTitle", "Remove"};
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> tryAgain{*this, "tryAgain", [this] { load(); },
                     [this] { return content() == FamilyContent::failure; }};
   Action<> createInvitation{*this, "createInvitation", [this] { startInvitation(); },
                             [this] { return showsInviteButton() && !isCreatingInvite(); }};
-  Action<> confirmRemove{*this, "confirmRemove", [this] { removeSelected(); },
-                         [this] { return showRemoveConfirmation(); }};
-  Action<> cancelRemove{*this, "cancelRemove", [this] { showRemoveConfirmation = false; },
-                        [this] { return showRemoveConfirmation(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
   // What the sheets of this screen ask for.
 
@@ -112,7 +109,6 @@ class FamilyMembersView final : public ScreenModel {
   void revoke(const FamilyInvitation& invitation);
   // The end of every change.
   void handleChange(const Result<void>& result);
-  void showFailure(const Error& error);
 
   Environment& environment_;
   Dispatch& dispatch_;

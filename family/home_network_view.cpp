@@ -92,7 +92,7 @@ void HomeNetworkView::load() {
 void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& result) {
   isLoading = false;
   if (!result.ok()) {
-    showFailure(result.error());
+    errorAlert.show(result.error());
     return;
   }
   homeNetwork = result.value().homeNetwork;
@@ -102,7 +102,6 @@ void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& resul
 }
 
 void HomeNetworkView::create() {
-  showCreateConfirmation = false;
   isLoading = true;
   environment_.networkService()->createHomeNetwork(
       std::nullopt, true,
@@ -114,7 +113,7 @@ void HomeNetworkView::create() {
 void HomeNetworkView::handleCreation(const Result<CreateHomeNetworkResponse>& result) {
   isLoading = false;
   if (!result.ok()) {
-    showFailure(result.error());
+    errorAlert.show(result.error());
     return;
   }
   homeNetwork = result.value().homeNetwork;
@@ -124,7 +123,6 @@ void HomeNetworkView::handleCreation(const Result<CreateHomeNetworkResponse>& re
 }
 
 void HomeNetworkView::update() {
-  showUpdateIPConfirmation = false;
   isUpdatingIP = true;
   environment_.networkService()->updateHomeNetworkIP(hoppingToMain(
       dispatch_,
@@ -134,7 +132,7 @@ void HomeNetworkView::update() {
 void HomeNetworkView::handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result) {
   isUpdatingIP = false;
   if (!result.ok()) {
-    showFailure(result.error());
+    errorAlert.show(result.error());
     return;
   }
   load();
@@ -148,11 +146,6 @@ void HomeNetworkView::showBanner(const std::string& text) {
   successMessage = text;
   showSuccessMessage = true;
   dispatch_.main().asyncAfter(bannerTime, weakly([this] { showSuccessMessage = false; }));
-}
-
-void HomeNetworkView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
 }
 
 }  // namespace quillmar

@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/home_network.h"
 #include "family/console_dns_instructions_view.h"
 #include "foundation/date_format.h"
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
 #include "foundation/result.h"
+#include "presentation/confirmation.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -59,10 +61,15 @@ class HomeNetworkView final : public ScreenModel {
   Published<bool> ipMatches{*this, "ipMatches", false};
   Published<bool> isLoading{*this, "isLoading", true};
   Published<bool> isUpdatingIP{*this, "isUpdatingIP", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
-  Input<bool> showUpdateIPConfirmation{*this, "showUpdateIPConfirmation", false};
-  Input<bool> showCreateConfirmation{*this, "showCreateConfirmation", false};
+  ErrorAlert errorAlert{*this};
+  Confirmation updateConfirmation{
+      *this,
+      {.isShown = "showUpdateIPConfirmation", .confirm = "confirmUpdate", .cancel = "cancelUpdate"},
+      [this] { update(); }};
+  Confirmation creationConfirmation{
+      *this,
+      {.isShown = "showCreateConfirmation", .confirm = "confirmCreate", .cancel = "cancelCreate"},
+      [this] { create(); }};
   Published<bool> showSuccessMessage{*this, "showSuccessMessage", false};
   Published<std::string> successMessage{*this, "successMessage"};
   Sheet<ConsoleDNSInstructionsView> showInstructions{
@@ -127,25 +134,14 @@ class HomeNetworkView final : public ScreenModel {
   Text updateQuestionTitle{*this, "updateQuestionTitle", "Update Home Network IP"};
   Text confirmUpdateTitle{*this, "confirmUpdateTitle", "Update IP"};
   Text cancelUpdateTitle{*this, "cancelUpdateTitle", "Cancel"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
-  Action<> setUp{*this, "setUp", [this] { showCreateConfirmation = true; },
+  Action<> setUp{*this, "setUp", [this] { creationConfirmation.ask(); },
                  [this] { return content() == HomeNetworkContent::setUp; }};
-  Action<> confirmCreate{*this, "confirmCreate", [this] { create(); },
-                         [this] { return showCreateConfirmation(); }};
-  Action<> cancelCreate{*this, "cancelCreate", [this] { showCreateConfirmation = false; },
-                        [this] { return showCreateConfirmation(); }};
-  Action<> updateIP{*this, "updateIP", [this] { showUpdateIPConfirmation = true; },
+  Action<> updateIP{*this, "updateIP", [this] { updateConfirmation.ask(); },
                     [this] { return content() == HomeNetworkContent::status && !isUpdatingIP(); }};
-  Action<> confirmUpdate{*this, "confirmUpdate", [this] { update(); },
-                         [this] { return showUpdateIPConfirmation(); }};
-  Action<> cancelUpdate{*this, "cancelUpdate", [this] { showUpdateIPConfirmation = false; },
-                        [this] { return showUpdateIPConfirmation(); }};
   Action<> viewInstructions{*this, "viewInstructions", [this] { showInstructions = true; },
                             [this] { return content() == HomeNetworkContent::status; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void onAppear() override;
@@ -166,7 +162,6 @@ class HomeNetworkView final : public ScreenModel {
   void update();
   void handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result);
   void showBanner(const std::string& text);
-  void showFailure(const Error& error);
 
   Environment& environment_;
   Dispatch& dispatch_;

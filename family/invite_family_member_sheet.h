@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "child/qr_code_view.h"
+#include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {

@@ -123,8 +123,7 @@ void JoinFamilyView::startJoining() {
 void JoinFamilyView::handleJoining(const Result<JoinFamilyResponse>& result) {
   isJoining = false;
   if (!result.ok()) {
-    errorMessage = result.error().localizedDescription();
-    showError = true;
+    errorAlert.show(result.error());
     return;
   }
   const JoinFamilyResponse& family = result.value();

@@ -5,11 +5,12 @@
 #include <optional>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/family.h"
 #include "family/qr_scanner_view.h"
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -37,8 +38,7 @@ class JoinFamilyView final : public ScreenModel {
   Published<bool> isJoining{*this, "isJoining", false};
   // Absent before the first check, while one runs, and after a change of mind.
   Published<std::optional<ValidateInviteResponse>> validationResult{*this, "validationResult"};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Sheet<QRScannerView> showScanner{*this, "showScanner", [this] { return makeScanner(); }};
 
   Derived<JoinFamilyStage> stage{*this, "stage", [this] { return computeStage(); }};
@@ -86,8 +86,6 @@ class JoinFamilyView final : public ScreenModel {
   Text confirmPasswordTitle{*this, "confirmPasswordTitle", "Confirm Password"};
   Text confirmPasswordPlaceholder{*this, "confirmPasswordPlaceholder", "Re-enter password"};
   Text joinTitle{*this, "joinTitle", "Join Family"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> validateCode{
@@ -98,7 +96,6 @@ class JoinFamilyView final : public ScreenModel {
   Action<> changeCode{*this, "changeCode", [this] { startOver(); },
                       [this] { return stage() == JoinFamilyStage::account; }};
   Action<> join{*this, "join", [this] { startJoining(); }, [this] { return canJoin() && !isJoining(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void onAppear() override;

@@ -80,8 +80,9 @@ class ObservableObject : public std::enable_shared_from_this<ObservableObject> {
 class Member {
  public:
   // state: published; derived: a function of state; text: a fixed sentence; action: a control's effect;
-  // part: nested objects that belong to the drawing of this one; sheet: a screen presented over this one.
-  enum class Kind { state, derived, text, action, part, sheet };
+  // part: a nested object that belongs to the drawing of this one; rows: a list of such; sheet: a screen
+  // presented over this one.
+  enum class Kind { state, derived, text, action, part, rows, sheet };
 
   Member(ObservableObject& owner, std::string_view name, Kind kind);
   Member(const Member&) = delete;
@@ -99,7 +100,7 @@ class Member {
   // action: whether its control is in use, and its use; false when out of use or the arguments do not fit.
   virtual bool isEnabled() const { return false; }
   virtual bool perform(const Value::List& /*arguments*/) { return false; }
-  // part, sheet: the objects that stand there now, each with a key that stays its own across refreshes.
+  // part, rows, sheet: the objects that stand there now, each with a key that stays its own across refreshes.
   struct Nested {
     std::string key;
     std::shared_ptr<ObservableObject> object;
@@ -261,7 +262,7 @@ class Part : public Member {
 template <class Row>
 class Rows final : public Member {
  public:
-  Rows(ObservableObject& owner, std::string_view name) : Member(owner, name, Kind::part) {}
+  Rows(ObservableObject& owner, std::string_view name) : Member(owner, name, Kind::rows) {}
 
   std::size_t size() const { return rows_.size(); }
   Row& operator[](std::size_t index) const { return *rows_[index].second; }

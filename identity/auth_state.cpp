@@ -25,17 +25,17 @@ AuthState::AuthState(SettingsStore& settings, Dispatch& dispatch, Log& log,
 }
 
 void AuthState::loadState() {
-  const auto token = settings_.string(settings::authToken);
+  const auto token = settings_.read(settings::authToken);
   if (!token || token->empty()) {
     log_.print("[AuthState] loadState - no token found, isLoggedIn: false");
     return;
   }
   isLoggedIn = true;
-  parentId = settings_.string(settings::parentId).value_or("");
-  email = settings_.string(settings::parentEmail).value_or("");
-  name = settings_.string(settings::parentName).value_or("");
-  familyId = settings_.string(settings::familyId).value_or("");
-  tokenSavedAt_ = settings_.date(tokenTimestampKey);
+  parentId = settings_.read(settings::parentId).value_or("");
+  email = settings_.read(settings::parentEmail).value_or("");
+  name = settings_.read(settings::parentName).value_or("");
+  familyId = settings_.read(settings::familyId).value_or("");
+  tokenSavedAt_ = settings_.read(settings::authTokenTimestamp);
   log_.print("[AuthState] loadState - token found, length: " + std::to_string(characterCount(*token)) +
              ", isLoggedIn: true");
   refreshTokenIfNeeded();
@@ -50,17 +50,17 @@ void AuthState::openSession(const std::string& newParentId, const std::string& n
 }
 
 void AuthState::storeSession(const std::string& token) {
-  settings_.set(settings::authToken, token);
-  settings_.set(settings::parentId, parentId());
-  settings_.set(settings::parentEmail, email());
-  settings_.set(settings::parentName, name());
+  settings_.write(settings::authToken, token);
+  settings_.write(settings::parentId, parentId());
+  settings_.write(settings::parentEmail, email());
+  settings_.write(settings::parentName, name());
 }
 
 void AuthState::saveLogin(const AuthResponse& response) {
   openSession(response.parentId, response.email, response.name);
   tokenSavedAt_ = dispatch_.now();
   storeSession(response.token);
-  settings_.set(tokenTimestampKey, *tokenSavedAt_);
+  settings_.write(settings::authTokenTimestamp, *tokenSavedAt_);
   settings_.synchronize();
   log_.print("[AuthState] saveLogin - token saved, length: " +
              std::to_string(characterCount(response.token)));

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "app/settings_keys.h"
 #include "client/network_service.h"
 #include "foundation/observable.h"
 #include "platform/dispatch.h"
+#include "platform/settings.h"
 
 namespace quillmar {
 

@@ -1,5 +1,7 @@
 #include "identity/login_view.h"
 
+#include <utility>
+
 #include "client/network_service.h"
 #include "platform/hop.h"
 
@@ -23,9 +25,10 @@ std::string_view sensorName(BiometricType type) {
 
 }  // namespace
 
-LoginView::LoginView(Environment& environment)
+LoginView::LoginView(Environment& environment, MakeJoinFamily makeJoinFamily)
     : ScreenModel("LoginView"),
       environment_(environment),
+      makeJoinFamily_(std::move(makeJoinFamily)),
       dispatch_(environment.platform().dispatch),
       keychain_(environment.keychainService()),
       biometrics_(environment.biometricAuthManager()) {
@@ -62,7 +65,7 @@ std::string LoginView::computeBiometricTitle() const {
 
 void LoginView::beginSignIn() {
   isLoading = true;
-  errorMessage = std::string();
+  errorAlert.message = std::string();
 }
 
 void LoginView::startSignIn() {
@@ -110,7 +113,7 @@ void LoginView::handleCredentials(const Result<SavedCredentials>& credentials) {
   }
   isLoading = false;
   if (credentials.error() != BiometricError{BiometricError::Case::userCancelled}) {
-    showFailure(credentials.error());
+    errorAlert.show(credentials.error());
   }
 }
 
@@ -118,13 +121,8 @@ void LoginView::openSession(const Result<AuthResponse>& result) {
   if (result.ok()) {
     environment_.authState()->saveLogin(result.value());
   } else {
-    showFailure(result.error());
+    errorAlert.show(result.error());
   }
-}
-
-void LoginView::showFailure(const Error& error) {
-  errorMessage = error.localizedDescription();
-  showError = true;
 }
 
 }  // namespace quillmar

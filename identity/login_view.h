@@ -1,16 +1,17 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/account.h"
-#include "family/join_family_view.h"
 #include "foundation/result.h"
 #include "identity/auth_state.h"
 #include "identity/biometric_auth_manager.h"
 #include "identity/keychain_service.h"
 #include "identity/register_view.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -18,17 +19,18 @@ namespace quillmar {
 // Where a parent signs in. Changes no screen itself: the root follows the session that a sign-in opens.
 class LoginView final : public ScreenModel {
  public:
-  explicit LoginView(Environment& environment);
+  // Joining a family is a screen of another folder, made by who presents this one.
+  using MakeJoinFamily = std::function<std::shared_ptr<ScreenModel>()>;
+
+  LoginView(Environment& environment, MakeJoinFamily makeJoinFamily);
 
   Input<std::string> email{*this, "email"};
   Input<std::string> password{*this, "password"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   Sheet<RegisterView> showRegister{*this, "showRegister",
                                    [this] { return std::make_shared<RegisterView>(environment_); }};
-  Sheet<JoinFamilyView> showJoinFamily{*this, "showJoinFamily",
-                                       [this] { return std::make_shared<JoinFamilyView>(environment_); }};
+  Sheet<ScreenModel> showJoinFamily{*this, "showJoinFamily", [this] { return makeJoinFamily_(); }};
   // Nothing that is stored changes with it before the next sign-in by password.
   Input<bool> rememberMe{*this, "rememberMe", false};
   Published<bool> hasSavedCredentials{*this, "hasSavedCredentials", false};
@@ -64,8 +66,6 @@ class LoginView final : public ScreenModel {
   Text signUpTitle{*this, "signUpTitle", "Sign Up"};
   Text joinFamilyQuestion{*this, "joinFamilyQuestion", "Have an invite code from another parent?"};
   Text joinFamilyTitle{*this, "joinFamilyTitle", "Join Existing Family"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> signIn{*this, "signIn", [this] { startSignIn(); },
                   [this] { return isFormValid() && !isLoading(); }};
@@ -73,7 +73,6 @@ class LoginView final : public ScreenModel {
                                 [this] { return showsBiometricButton() && !isLoading(); }};
   Action<> signUp{*this, "signUp", [this] { showRegister = true; }};
   Action<> joinFamily{*this, "joinFamily", [this] { showJoinFamily = true; }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   void onAppear() override;
@@ -89,9 +88,9 @@ class LoginView final : public ScreenModel {
   void startBiometricSignIn();
   void handleCredentials(const Result<SavedCredentials>& credentials);
   void openSession(const Result<AuthResponse>& result);
-  void showFailure(const Error& error);
 
   Environment& environment_;
+  const MakeJoinFamily makeJoinFamily_;
   Dispatch& dispatch_;
   const std::shared_ptr<KeychainService> keychain_;
   const std::shared_ptr<BiometricAuthManager> biometrics_;

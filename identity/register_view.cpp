@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "client/network_service.h"
 #include "foundation/text.h"
 #include "identity/auth_state.h"
@@ -85,7 +85,7 @@ RegisterRequest RegisterView::account() const {
 
 void RegisterView::startRegistration() {
   isLoading = true;
-  errorMessage = std::string();
+  errorAlert.message = std::string();
   environment_.networkService()->registerAccount(
       account(),
       hoppingToMain(environment_.platform().dispatch,
@@ -98,8 +98,7 @@ void RegisterView::handleRegistration(const Result<AuthResponse>& result) {
     environment_.authState()->saveLogin(result.value());
     dismiss();
   } else {
-    errorMessage = result.error().localizedDescription();
-    showError = true;
+    errorAlert.show(result.error());
   }
 }
 

@@ -4,10 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "client/records/account.h"
 #include "foundation/record.h"
 #include "foundation/result.h"
+#include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -35,8 +36,7 @@ class RegisterView final : public ScreenModel {
   Input<std::string> password{*this, "password"};
   Input<std::string> confirmPassword{*this, "confirmPassword"};
   Published<bool> isLoading{*this, "isLoading", false};
-  Published<std::string> errorMessage{*this, "errorMessage"};
-  Input<bool> showError{*this, "showError", false};
+  ErrorAlert errorAlert{*this};
   // The entry animation.
   Published<double> headerOpacity{*this, "headerOpacity", 0.0};
   Derived<double> headerOffset{*this, "headerOffset",
@@ -73,12 +73,9 @@ class RegisterView final : public ScreenModel {
   Text createAccountTitle{*this, "createAccountTitle", "Create Account"};
   Text termsText{*this, "termsText",
                  "By creating an account, you agree to our Terms of Service and Privacy Policy"};
-  Text errorTitle{*this, "errorTitle", "Error"};
-  Text okTitle{*this, "okTitle", "OK"};
 
   Action<> createAccount{*this, "createAccount", [this] { startRegistration(); },
                          [this] { return isFormValid() && !isLoading(); }};
-  Action<> dismissError{*this, "dismissError", [this] { showError = false; }, [this] { return showError(); }};
 
  private:
   static constexpr double entryOffset = 30;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "foundation/signal.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
@@ -16,13 +17,8 @@ struct BiometricReply {
 };
 
 // The device's check of a finger or a face. Main thread only; the reply may come on any thread.
-class BiometricCheck {
+class BiometricCheck : public Port {
  public:
-  BiometricCheck() = default;
-  BiometricCheck(const BiometricCheck&) = delete;
-  BiometricCheck& operator=(const BiometricCheck&) = delete;
-  virtual ~BiometricCheck() = default;
-
   // As far as is known by now; never waits for the device.
   virtual bool canEvaluate() = 0;
   // Told once the device has given the answer that `canEvaluate` lacked, where that takes a while.

@@ -3,17 +3,14 @@
 #include <string>
 #include <string_view>
 
+#include "platform/port.h"
+
 namespace quillmar {
 
 // The general clipboard. Main thread only. What is read from it comes from any program and is not to be
 // trusted.
-class Clipboard {
+class Clipboard : public Port {
  public:
-  Clipboard() = default;
-  Clipboard(const Clipboard&) = delete;
-  Clipboard& operator=(const Clipboard&) = delete;
-  virtual ~Clipboard() = default;
-
   virtual void setString(std::string_view text) = 0;
   // Empty when it holds no text.
   virtual std::string string() const = 0;

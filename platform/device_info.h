@@ -4,17 +4,13 @@
 #include <string>
 
 #include "foundation/signal.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
 // What the program knows about the machine under it. Main thread only.
-class DeviceInfo {
+class DeviceInfo : public Port {
  public:
-  DeviceInfo() = default;
-  DeviceInfo(const DeviceInfo&) = delete;
-  DeviceInfo& operator=(const DeviceInfo&) = delete;
-  virtual ~DeviceInfo() = default;
-
   // The name that its user gave the machine, else its host name.
   virtual std::string name() const = 0;
   // An ICU locale id ("en_AU") and an Olson zone id ("Australia/Sydney"), for dates on screens.

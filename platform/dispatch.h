@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "foundation/date.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
@@ -12,25 +13,16 @@ using Task = std::function<void()>;
 
 // Runs tasks later, never inside the call that hands them over. `async` and `asyncAfter` may be called from
 // any thread.
-class DispatchQueue {
+class DispatchQueue : public Port {
  public:
-  DispatchQueue() = default;
-  DispatchQueue(const DispatchQueue&) = delete;
-  DispatchQueue& operator=(const DispatchQueue&) = delete;
-  virtual ~DispatchQueue() = default;
-
   virtual void async(Task task) = 0;
   virtual void asyncAfter(Duration delay, Task task) = 0;
 };
 
 // A repeating timer of the main queue. Destroying it invalidates it: it never fires again, not even a firing
 // that was due already.
-class Timer {
+class Timer : public Port {
  public:
-  Timer() = default;
-  Timer(const Timer&) = delete;
-  Timer& operator=(const Timer&) = delete;
-  virtual ~Timer() = default;
 };
 
 enum class QualityOfService { userInitiated, background };
@@ -43,13 +35,8 @@ enum class QualityOfService { userInitiated, background };
 // - A repeating timer fires first after one full period, keeps to its schedule, and merges missed firings
 // into one.
 //   Timers are made and destroyed on the main thread.
-class Dispatch {
+class Dispatch : public Port {
  public:
-  Dispatch() = default;
-  Dispatch(const Dispatch&) = delete;
-  Dispatch& operator=(const Dispatch&) = delete;
-  virtual ~Dispatch() = default;
-
   virtual Date now() const = 0;
   virtual bool isMainThread() const = 0;
   virtual DispatchQueue& main() = 0;

@@ -9,6 +9,7 @@
 
 #include "foundation/date.h"
 #include "foundation/error.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
@@ -47,14 +48,9 @@ struct DataTaskResult {
 // to a loopback address; a request is sent once, but for a GET whose kept connection ended before an answer
 // began, which is sent once more; an answer whose headers were cut is none; an answer is at most 8 MiB;
 // redirects are followed within http(s), at most 16, without Authorization to another host.
-class HttpSession {
+class HttpSession : public Port {
  public:
   using Completion = std::function<void(DataTaskResult)>;
-
-  HttpSession() = default;
-  HttpSession(const HttpSession&) = delete;
-  HttpSession& operator=(const HttpSession&) = delete;
-  virtual ~HttpSession() = default;
 
   virtual void dataTask(HttpRequest request, Completion completion) = 0;
 };

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/port.h"
+
 namespace quillmar {
 
 // The modules of a QR code without its quiet zone, row by row; true is dark.
@@ -21,13 +23,8 @@ struct QRModules {
 enum class QRCorrection { low, medium };
 
 // Makes QR codes. Any thread.
-class QREncoder {
+class QREncoder : public Port {
  public:
-  QREncoder() = default;
-  QREncoder(const QREncoder&) = delete;
-  QREncoder& operator=(const QREncoder&) = delete;
-  virtual ~QREncoder() = default;
-
   // Nothing when the bytes do not fit into a code, or there are none.
   virtual std::optional<QRModules> encode(std::string_view bytes,
                                           QRCorrection correction = QRCorrection::medium) const = 0;

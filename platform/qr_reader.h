@@ -9,6 +9,7 @@
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
 #include "foundation/signal.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
@@ -40,15 +41,10 @@ inline constexpr std::array rawNames<CameraState> =
 
 // Finds codes: in what the camera sees, or in a picture where there is no camera. Main thread only; nothing
 // here keeps its caller waiting.
-class QRReader {
+class QRReader : public Port {
  public:
   using BatchHandler = std::function<void(const RecognisedObjects&)>;
   using Reply = std::function<void(const Result<RecognisedObjects>&)>;
-
-  QRReader() = default;
-  QRReader(const QRReader&) = delete;
-  QRReader& operator=(const QRReader&) = delete;
-  virtual ~QRReader() = default;
 
   virtual CameraState camera() const = 0;
   // Runs after a change of that: a camera is plugged in, a permission is refused.

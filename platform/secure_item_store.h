@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/port.h"
+
 namespace quillmar {
 
 // Numbers of the platform's secure store; every other number is some failure.
@@ -18,17 +20,12 @@ enum class SecureItemStatus : std::int32_t {
 
 // Small secrets for each (service, account), bound to this device and readable only while it is unlocked.
 // Any thread; never prompts. A locked or missing store answers with its status.
-class SecureItemStore {
+class SecureItemStore : public Port {
  public:
   struct Found {
     SecureItemStatus status = SecureItemStatus::failed;
     std::optional<std::string> bytes;
   };
-
-  SecureItemStore() = default;
-  SecureItemStore(const SecureItemStore&) = delete;
-  SecureItemStore& operator=(const SecureItemStore&) = delete;
-  virtual ~SecureItemStore() = default;
 
   // `duplicate` when the pair has an item already.
   virtual SecureItemStatus add(std::string_view service, std::string_view account,

@@ -6,26 +6,36 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
 #include "foundation/date.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
 using SettingValue = std::variant<std::string, bool, std::int64_t, Date>;
 
+// What takes a setting away.
+enum class Reset { never, atLogout, withEnrollment };
+
+// A key and what stands under it.
+template <class T>
+struct Setting {
+  using Value = T;
+  std::string_view key;
+  Reset reset = Reset::never;
+
+  constexpr operator std::string_view() const { return key; }  // NOLINT(google-explicit-constructor)
+};
+
 // The flat, durable key-value store of an installation. Any thread; a write is seen by the next read on any
 // thread. Reading another type than the stored one gives nothing. A missing key and an empty text are
 // different. Nothing here fails visibly: a store that can't write keeps its values in memory and logs the
 // cause once.
-class SettingsStore {
+class SettingsStore : public Port {
  public:
-  SettingsStore() = default;
-  SettingsStore(const SettingsStore&) = delete;
-  SettingsStore& operator=(const SettingsStore&) = delete;
-  virtual ~SettingsStore() = default;
-
   virtual std::optional<SettingValue> object(std::string_view key) const = 0;
   // On disk when it returns, as far as a kill of the process goes.
   virtual void set(std::string_view key, SettingValue value) = 0;
@@ -37,6 +47,15 @@ class SettingsStore {
   // After this, nothing on disk shows what has been removed or replaced.
   virtual void scrub() = 0;
   virtual std::map<std::string, SettingValue> all() const = 0;
+
+  template <class T>
+  std::optional<T> read(const Setting<T>& setting) const {
+    return as<T>(setting.key);
+  }
+  template <class T>
+  void write(const Setting<T>& setting, std::type_identity_t<T> value) {
+    set(setting.key, SettingValue(std::move(value)));
+  }
 
   std::optional<std::string> string(std::string_view key) const { return as<std::string>(key); }
   // A missing key reads as false.

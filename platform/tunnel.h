@@ -9,6 +9,7 @@
 
 #include "foundation/result.h"
 #include "foundation/signal.h"
+#include "platform/port.h"
 
 namespace quillmar {
 
@@ -45,13 +46,8 @@ struct OnDemandRuleConnect {
   friend bool operator==(const OnDemandRuleConnect&, const OnDemandRuleConnect&) = default;
 };
 
-class TunnelConnection {
+class TunnelConnection : public Port {
  public:
-  TunnelConnection() = default;
-  TunnelConnection(const TunnelConnection&) = delete;
-  TunnelConnection& operator=(const TunnelConnection&) = delete;
-  virtual ~TunnelConnection() = default;
-
   virtual TunnelStatus status() const = 0;
   // Asks for the start only; the status tells the rest.
   virtual Result<void> startTunnel() = 0;
@@ -60,14 +56,9 @@ class TunnelConnection {
 // One configuration in the system's preferences, or a new one until it is saved. Properties are plain values
 // on this side; `save` sends them, `load` fetches them again. Main thread only; completions may arrive on any
 // thread.
-class TunnelConfiguration {
+class TunnelConfiguration : public Port {
  public:
   using Completion = std::function<void(std::optional<Error>)>;
-
-  TunnelConfiguration() = default;
-  TunnelConfiguration(const TunnelConfiguration&) = delete;
-  TunnelConfiguration& operator=(const TunnelConfiguration&) = delete;
-  virtual ~TunnelConfiguration() = default;
 
   // Empty where the configuration is of no packet tunnel.
   std::optional<TunnelProtocol> protocolConfiguration;
@@ -87,15 +78,10 @@ class TunnelConfiguration {
 };
 
 // The platform's tunnel service: this application's configurations and the status of connections.
-class TunnelService {
+class TunnelService : public Port {
  public:
   using Configurations = std::vector<std::shared_ptr<TunnelConfiguration>>;
   using ListCompletion = std::function<void(Result<Configurations>)>;
-
-  TunnelService() = default;
-  TunnelService(const TunnelService&) = delete;
-  TunnelService& operator=(const TunnelService&) = delete;
-  virtual ~TunnelService() = default;
 
   // The completion may arrive on any thread.
   virtual void loadAll(ListCompletion completion) = 0;

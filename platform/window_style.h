@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/port.h"
+
 namespace quillmar {
 
 enum class UserInterfaceStyle { unspecified = 0, light = 1, dark = 2 };
@@ -28,13 +30,8 @@ struct BarAppearance {
 };
 
 // The look of all windows of the program. Main thread only.
-class WindowStyle {
+class WindowStyle : public Port {
  public:
-  WindowStyle() = default;
-  WindowStyle(const WindowStyle&) = delete;
-  WindowStyle& operator=(const WindowStyle&) = delete;
-  virtual ~WindowStyle() = default;
-
   // Set up once, before any screen is drawn.
   virtual void setBarAppearance(const BarAppearance& appearance) = 0;
   // Forces a look on every window, or gives them back to the desktop's setting.

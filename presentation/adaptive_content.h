@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "foundation/raw_enum.h"
+#include "presentation/measures.h"
 
 namespace quillmar {
 
@@ -14,8 +15,12 @@ template <>
 inline constexpr std::array rawNames<HorizontalSizeClass> = rawCases<HorizontalSizeClass>(
     {{HorizontalSizeClass::compact, "compact"}, {HorizontalSizeClass::regular, "regular"}});
 
-inline constexpr double usualContentWidth = 600;
-inline constexpr double wideContentWidth = 700;  // the dashboard's list and a few others
+constexpr HorizontalSizeClass horizontalSizeClass(double windowWidth) {
+  return windowWidth < measures.regularWidth ? HorizontalSizeClass::compact : HorizontalSizeClass::regular;
+}
+
+inline constexpr double usualContentWidth = measures.contentWidth;
+inline constexpr double wideContentWidth = measures.wideContentWidth;
 
 // Keeps a screen's content readable on a large screen, where it is centred within a maximum width in points.
 struct AdaptiveContentModifier {

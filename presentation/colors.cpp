@@ -10,21 +10,76 @@
 namespace quillmar {
 namespace {
 
-// In the order of the enumerations.
-constexpr std::array<std::string_view, rawNames<SemanticColor>.size()> semanticHex = {
-    "007AFF", "0055D4", "00C9A7", "FFD700", "34C759", "FF9500",
-    "FF3B30", "34C759", "8E8E93", "AF52DE", "FF9F0A"};
-
-struct SchemeHex {
-  std::string_view dark;
-  std::string_view light;
+struct SemanticHex {
+  SemanticColor name;
+  std::string_view hex;
 };
-constexpr std::array<SchemeHex, rawNames<SchemeColor>.size()> schemeHex = {
-    {{"FFFFFF", "1C1C1E"}, {"8E8E93", "6C6C70"}, {"2C2C2E", "F2F2F7"}}};
+constexpr auto semanticHex = std::to_array<SemanticHex>({
+    {SemanticColor::brandBlue, "007AFF"},
+    {SemanticColor::brandBlueDark, "0055D4"},
+    {SemanticColor::brandTeal, "00C9A7"},
+    {SemanticColor::brandTealDark, "0A7D6A"},
+    {SemanticColor::brandGold, "FFD700"},
+    {SemanticColor::brandGreen, "34C759"},
+    {SemanticColor::brandOrange, "FF9500"},
+    {SemanticColor::brandRed, "FF3B30"},
+    {SemanticColor::statusOnline, "34C759"},
+    {SemanticColor::statusOffline, "8E8E93"},
+    {SemanticColor::systemPurple, "AF52DE"},
+    {SemanticColor::systemOrange, "FF9F0A"},
+    {SemanticColor::onBrand, "FFFFFF"},
+    {SemanticColor::shadow, "000000"},
+    {SemanticColor::cameraGround, "000000"},
+    {SemanticColor::qrPlate, "FFFFFF"},
+    {SemanticColor::qrPlateMark, "C7C7CC"},
+});
+
+struct Shade {
+  std::string_view hex;
+  double alpha = 1;
+};
+struct SchemeShades {
+  SchemeColor name;
+  Shade dark;
+  Shade light;
+};
+constexpr auto schemeShades = std::to_array<SchemeShades>({
+    {SchemeColor::page, {"1C1C1E"}, {"FFFFFF"}},
+    {SchemeColor::card, {"2C2C2E"}, {"F2F2F7"}},
+    {SchemeColor::cardPressed, {"3A3A3C"}, {"E5E5EA"}},
+    {SchemeColor::raised, {"2C2C2E"}, {"FFFFFF"}},
+    {SchemeColor::text, {"FFFFFF"}, {"1C1C1E"}},
+    {SchemeColor::secondaryText, {"8E8E93"}, {"6C6C70"}},
+    {SchemeColor::cardSecondaryText, {"A1A1A6"}, {"6C6C70"}},
+    {SchemeColor::separator, {"FFFFFF", 0.12}, {"1C1C1E", 0.12}},
+    {SchemeColor::edge, {"7F7F84"}, {"86868B"}},
+    {SchemeColor::outOfUse, {"48484A"}, {"D1D1D6"}},
+    {SchemeColor::outOfUseText, {"B9B9BE"}, {"58585D"}},
+    {SchemeColor::chosenTab, {"757578"}, {"FFFFFF"}},
+    {SchemeColor::dim, {"000000", 0.55}, {"000000", 0.4}},
+    {SchemeColor::linkText, {"4DA3FF"}, {"0055D4"}},
+    {SchemeColor::positiveText, {"34C759"}, {"1B7A34"}},
+    {SchemeColor::warningText, {"FFA826"}, {"9A4B00"}},
+    {SchemeColor::dangerText, {"FF7A71"}, {"C9190B"}},
+});
+
+// A row is found by its number.
+template <RawEnum E, class Rows>
+constexpr bool hasAllInOrder(const Rows& rows) {
+  const auto isInPlace = [&](const auto& row) { return &rows[static_cast<std::size_t>(row.name)] == &row; };
+  return rows.size() == rawNames<E>.size() && std::ranges::all_of(rows, isInPlace);
+}
+static_assert(hasAllInOrder<SemanticColor>(semanticHex) && hasAllInOrder<SchemeColor>(schemeShades));
 
 Color fromBytes(std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::uint64_t alpha = 255) {
   const auto part = [](std::uint64_t byte) { return static_cast<double>(byte) / 255.0; };
   return {part(red), part(green), part(blue), part(alpha)};
+}
+
+Color shaded(const Shade& shade) {
+  Color color = colorFromHex(shade.hex);
+  color.alpha = shade.alpha;
+  return color;
 }
 
 }  // namespace
@@ -49,7 +104,7 @@ Color colorFromHex(std::string_view text) {
 const Color& color(SemanticColor name) {
   static const auto table = [] {
     std::array<Color, semanticHex.size()> colors;
-    std::ranges::transform(semanticHex, colors.begin(), colorFromHex);
+    std::ranges::transform(semanticHex, colors.begin(), colorFromHex, &SemanticHex::hex);
     return colors;
   }();
   return table[static_cast<std::size_t>(name)];
@@ -57,9 +112,9 @@ const Color& color(SemanticColor name) {
 
 const SchemePair& colors(SchemeColor name) {
   static const auto table = [] {
-    std::array<SchemePair, schemeHex.size()> pairs;
-    std::ranges::transform(schemeHex, pairs.begin(), [](const SchemeHex& hex) {
-      return SchemePair{colorFromHex(hex.dark), colorFromHex(hex.light)};
+    std::array<SchemePair, schemeShades.size()> pairs;
+    std::ranges::transform(schemeShades, pairs.begin(), [](const SchemeShades& shades) {
+      return SchemePair{shaded(shades.dark), shaded(shades.light)};
     });
     return pairs;
   }();

@@ -25,6 +25,7 @@ enum class SemanticColor {
   brandBlue,
   brandBlueDark,
   brandTeal,
+  brandTealDark,
   brandGold,
   brandGreen,
   brandOrange,
@@ -32,7 +33,12 @@ enum class SemanticColor {
   statusOnline,
   statusOffline,
   systemPurple,  // the platform's own
-  systemOrange
+  systemOrange,
+  onBrand,  // letters and marks on a colour of the brand, or on a camera's picture
+  shadow,
+  cameraGround,
+  qrPlate,
+  qrPlateMark  // in place of a code that can't be made
 };
 
 template <>
@@ -40,6 +46,7 @@ inline constexpr std::array rawNames<SemanticColor> =
     rawCases<SemanticColor>({{SemanticColor::brandBlue, "brandBlue"},
                              {SemanticColor::brandBlueDark, "brandBlueDark"},
                              {SemanticColor::brandTeal, "brandTeal"},
+                             {SemanticColor::brandTealDark, "brandTealDark"},
                              {SemanticColor::brandGold, "brandGold"},
                              {SemanticColor::brandGreen, "brandGreen"},
                              {SemanticColor::brandOrange, "brandOrange"},
@@ -47,18 +54,56 @@ inline constexpr std::array rawNames<SemanticColor> =
                              {SemanticColor::statusOnline, "statusOnline"},
                              {SemanticColor::statusOffline, "statusOffline"},
                              {SemanticColor::systemPurple, "systemPurple"},
-                             {SemanticColor::systemOrange, "systemOrange"}});
+                             {SemanticColor::systemOrange, "systemOrange"},
+                             {SemanticColor::onBrand, "onBrand"},
+                             {SemanticColor::shadow, "shadow"},
+                             {SemanticColor::cameraGround, "cameraGround"},
+                             {SemanticColor::qrPlate, "qrPlate"},
+                             {SemanticColor::qrPlateMark, "qrPlateMark"}});
 
 const Color& color(SemanticColor name);
 
 // Colours that differ between the dark and the light scheme.
-enum class SchemeColor { primaryText, secondaryText, cardBackground };
+enum class SchemeColor {
+  page,
+  card,  // and fields
+  cardPressed,
+  raised,
+  text,
+  secondaryText,
+  cardSecondaryText,  // the same on a card, where the dark one would fall short of 4.5 to 1
+  separator,
+  edge,  // of what is written in, switched or marked: to be seen on the page and on a card
+  outOfUse,
+  outOfUseText,  // what a button out of use says is still to be read
+  chosenTab,
+  dim,  // over what lies under a sheet
+  // The brand's colours where they are letters: deep enough, or light enough, to be read.
+  linkText,
+  positiveText,
+  warningText,
+  dangerText
+};
 
 template <>
 inline constexpr std::array rawNames<SchemeColor> =
-    rawCases<SchemeColor>({{SchemeColor::primaryText, "primaryText"},
+    rawCases<SchemeColor>({{SchemeColor::page, "page"},
+                           {SchemeColor::card, "card"},
+                           {SchemeColor::cardPressed, "cardPressed"},
+                           {SchemeColor::raised, "raised"},
+                           {SchemeColor::text, "text"},
                            {SchemeColor::secondaryText, "secondaryText"},
-                           {SchemeColor::cardBackground, "cardBackground"}});  // of fields too
+                           {SchemeColor::cardSecondaryText, "cardSecondaryText"},
+                           {SchemeColor::separator, "separator"},
+                           {SchemeColor::edge, "edge"},
+                           {SchemeColor::outOfUse, "outOfUse"},
+                           {SchemeColor::outOfUseText, "outOfUseText"},
+                           {SchemeColor::chosenTab, "chosenTab"},
+                           {SchemeColor::dim, "dim"},
+                           {SchemeColor::linkText, "linkText"},
+                           {SchemeColor::positiveText, "positiveText"},
+                           {SchemeColor::warningText, "warningText"},
+                           {SchemeColor::dangerText, "dangerText"}});
 
 struct SchemePair {
   Color dark;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "presentation/colors.h"
+#include "presentation/measures.h"
 
 namespace quillmar {
 
@@ -25,7 +26,7 @@ struct LargeActivityIndicator {
 
 // A dot of `size` points, and behind it, when online, a wider and fainter one.
 struct OnlineStatusIndicator {
-  static constexpr double haloOpacity = 0.3;
+  static constexpr double haloOpacity = measures.haloOpacity;
 
   bool isOnline = false;
   double size = 0;

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "ui/bridge/shown_text.h"
+
 namespace quillmar::ui {
 
 BiometricPrompt::BiometricPrompt(Answers answers) : answers_(std::move(answers)) {}
@@ -9,7 +11,7 @@ BiometricPrompt::BiometricPrompt(Answers answers) : answers_(std::move(answers))
 void BiometricPrompt::setReason(const std::optional<std::string>& reason) {
   shown_ = reason.has_value();
   if (reason) {
-    reason_ = QString::fromStdString(*reason);
+    reason_ = shownText(*reason);
   }
   Q_EMIT shownChanged();
 }

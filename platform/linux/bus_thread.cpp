@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/thread_signals.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar {
 namespace {

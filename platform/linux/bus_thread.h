@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace quillmar {
 

@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <thread>
 
-#include "platform/linux/data_directory.h"
-#include "platform/linux/thread_signals.h"
+#include "platform/common/private_directory.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar {
 namespace {

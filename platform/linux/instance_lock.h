@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace quillmar {
 

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/thread_signals.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/linux/date_locale.h"
+#include "platform/common/date_locale.h"
 
 namespace quillmar {
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/thread_signals.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar {
 namespace {

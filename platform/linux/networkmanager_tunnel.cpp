@@ -12,6 +12,7 @@
 #include "platform/joined_saves.h"
 #include "platform/linux/networkmanager_client.h"
 #include "platform/linux/networkmanager_profile.h"
+#include "platform/service_configuration.h"
 
 namespace quillmar {
 namespace {
@@ -92,23 +93,17 @@ Result<void> NetworkManagerTunnel::Connection::startTunnel() {
   return answer.wait_for(state->startPatience) == std::future_status::ready ? answer.get() : success();
 }
 
-class NetworkManagerTunnel::Configuration final : public TunnelConfiguration,
+class NetworkManagerTunnel::Configuration final : public ServiceConfiguration<State, Connection>,
                                                   public std::enable_shared_from_this<Configuration> {
  public:
-  Configuration(std::weak_ptr<State> state, std::shared_ptr<Connection> connection)
-      : state_(std::move(state)), connection_(std::move(connection)) {}
+  using ServiceConfiguration::ServiceConfiguration;
 
-  TunnelConnection& connection() override { return *connection_; }
   void save(Completion completion) override;
   void load(Completion completion) override;
-
- private:
-  const std::weak_ptr<State> state_;
-  const std::shared_ptr<Connection> connection_;
 };
 
 void NetworkManagerTunnel::Configuration::save(Completion completion) {
-  const auto state = state_.lock();
+  const auto state = service();
   if (!state) {
     return;
   }
@@ -118,14 +113,15 @@ void NetworkManagerTunnel::Configuration::save(Completion completion) {
     })();
     return;
   }
-  state->connections.emplace(connection_->uuid(), connection_);
-  state->saves.save(connection_->uuid(), profileOf(*this, *protocolConfiguration, connection_->uuid()),
+  state->connections.emplace(sharedConnection()->uuid(), sharedConnection());
+  state->saves.save(sharedConnection()->uuid(),
+                    profileOf(*this, *protocolConfiguration, sharedConnection()->uuid()),
                     std::move(completion));
 }
 
 void NetworkManagerTunnel::Configuration::load(Completion completion) {
-  if (const auto state = state_.lock()) {
-    state->client->fetch(connection_->uuid(),
+  if (const auto state = service()) {
+    state->client->fetch(sharedConnection()->uuid(),
                          state->onMain([self = shared_from_this(), completion = std::move(completion)](
                                            State&, const Result<NetworkManagerProfile>& fetched) {
                            if (fetched.ok()) {

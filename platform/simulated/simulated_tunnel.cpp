@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/joined_saves.h"
+#include "platform/service_configuration.h"
 #include "platform/simulated/tunnel_text.h"
 
 namespace quillmar {
@@ -228,33 +229,27 @@ void SimulatedTunnel::Connection::connect(State& state) {
   });
 }
 
-class SimulatedTunnel::Configuration final : public TunnelConfiguration,
+class SimulatedTunnel::Configuration final : public ServiceConfiguration<State, Connection>,
                                              public std::enable_shared_from_this<Configuration> {
  public:
-  Configuration(std::weak_ptr<State> state, std::shared_ptr<Connection> connection)
-      : state_(std::move(state)), connection_(std::move(connection)) {}
+  using ServiceConfiguration::ServiceConfiguration;
 
-  TunnelConnection& connection() override { return *connection_; }
   void save(Completion completion) override;
   void load(Completion completion) override;
-
- private:
-  const std::weak_ptr<State> state_;
-  const std::shared_ptr<Connection> connection_;
 };
 
 void SimulatedTunnel::Configuration::save(Completion completion) {
-  if (const auto state = state_.lock()) {
+  if (const auto state = service()) {
     SavedTunnel sent = propertiesOf(*this);
     state->record(Operation::save, sent);
-    state->saves.save(connection_, std::move(sent),
+    state->saves.save(sharedConnection(), std::move(sent),
                       [here = state.get(), completion = std::move(completion)](
                           const std::optional<Error>& error) { here->complete(completion, error); });
   }
 }
 
 void SimulatedTunnel::Configuration::load(Completion completion) {
-  const auto state = state_.lock();
+  const auto state = service();
   if (!state) {
     return;
   }
@@ -264,7 +259,7 @@ void SimulatedTunnel::Configuration::load(Completion completion) {
         if (auto failure = there.failure(Operation::reload)) {
           return failure;
         }
-        if (const auto* entry = there.find(*self->connection_)) {
+        if (const auto* entry = there.find(*self->sharedConnection())) {
           assign(*self, entry->saved);
         }
         return std::nullopt;

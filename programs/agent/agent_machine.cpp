@@ -1,8 +1,8 @@
 #include "programs/agent/agent_machine.h"
 
-#include "app/settings_keys.h"
 #include "child/vpn_dns_manager.h"
 #include "platform/linux/networkmanager_tunnel.h"
+#include "platform/settings.h"
 #include "platform/simulated/simulated_tunnel.h"
 #include "programs/control/tunnel_storage.h"
 
@@ -37,8 +37,19 @@ AgentMachine::AgentMachine(const Options& options, AsioDispatch& dispatch, Log& 
 AgentMachine::~AgentMachine() = default;
 
 Platform AgentMachine::ports() {
-  return {settings_,   http_,      dispatch_, log_,         *tunnel_,   secureItems_, biometrics_,
-          deviceInfo_, clipboard_, haptics_,  windowStyle_, qrEncoder_, qrReader_};
+  return {.settings = settings_,
+          .http = http_,
+          .dispatch = dispatch_,
+          .log = log_,
+          .tunnel = *tunnel_,
+          .secureItems = secureItems_,
+          .biometrics = biometrics_,
+          .deviceInfo = deviceInfo_,
+          .clipboard = clipboard_,
+          .haptics = haptics_,
+          .windowStyle = windowStyle_,
+          .qrEncoder = qrEncoder_,
+          .qrReader = qrReader_};
 }
 
 std::optional<std::string> AgentMachine::problemWithSettings() const {
@@ -52,7 +63,7 @@ Deployments deploymentsFor(const Options& options) {
 }
 
 bool isEnrolledOnDisk(const Options& options, Log& log) {
-  return SqliteSettingsStore(options.dataDirectory, log).boolean(settings::childIsEnrolled);
+  return SqliteSettingsStore(options.dataDirectory, log).read(settings::childIsEnrolled).value_or(false);
 }
 
 }  // namespace quillmar::agent

@@ -6,12 +6,12 @@
 #include <string_view>
 
 #include "client/deployments.h"
-#include "platform/linux/absent_haptics.h"
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/absent_haptics.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/qrencode_encoder.h"
+#include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/machine_name.h"
-#include "platform/linux/qrencode_encoder.h"
-#include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "platform/platform.h"
 #include "programs/agent/absent_ports.h"

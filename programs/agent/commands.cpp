@@ -6,16 +6,16 @@
 #include <string>
 #include <utility>
 
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/application_environment.h"
+#include "app/session/role_manager.h"
 #include "child/vpn_dns_manager.h"
 #include "foundation/json.h"
 #include "foundation/json_decode.h"
+#include "platform/linux/autostart.h"
 #include "platform/linux/data_directory.h"
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/status_text.h"
 #include "programs/agent/terminal.h"
-#include "programs/control/autostart.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/work_place.h"
@@ -49,7 +49,7 @@ class OwnDesk {
       return {.error = std::move(problem)};
     }
     std::optional<std::string> answer;
-    desk_.handle(line, [&answer](const control::Message& message) { answer = message.line; });
+    desk_.handle(line, [&answer](const LocalMessage& message) { answer = message.line; });
     while (!answer && dispatch_.runOne(std::chrono::steady_clock::now() + answerPatience)) {
     }
     const auto reply = decodeJson<ControlReply>(answer.value_or(""));
@@ -60,7 +60,7 @@ class OwnDesk {
   AgentLog log_{false};
   AsioDispatch dispatch_;
   AgentMachine machine_;
-  Environment environment_;
+  ApplicationEnvironment environment_;
   control::ControlDesk desk_{environment_, {}};
 };
 
@@ -178,7 +178,7 @@ ExitStatus reset(const Options& options) {
     return ExitStatus::failed;
   }
   if (options.dataDirectory == dataDirectory()) {
-    if (const auto problem = control::disableAutostart()) {
+    if (const auto problem = disableAutostart()) {
       complain(*problem);
     }
   }

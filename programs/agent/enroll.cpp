@@ -5,17 +5,17 @@
 #include <string>
 #include <utility>
 
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/application_environment.h"
+#include "app/session/role_manager.h"
 #include "child/child_app_state.h"
 #include "child/child_enrollment_view.h"
+#include "platform/linux/autostart.h"
+#include "platform/linux/signal_watch.h"
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/qr_drawing.h"
 #include "programs/agent/terminal.h"
-#include "programs/control/autostart.h"
 #include "programs/control/control_client.h"
-#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 
 namespace quillmar::agent {
@@ -115,7 +115,7 @@ class Enrollment {
       return ExitStatus::failed;
     }
     role.setRole(DeviceRole::child);
-    const control::SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
+    const SignalWatch signals(dispatch_, [this](int signal) { cancel(signal); });
     observe();
     screen_.greet();
     view_->appear();
@@ -131,7 +131,7 @@ class Enrollment {
         screen_.showCode(machine_.ports().qrEncoder);
       }
     }));
-    reactions_.push_back(view_->showError.onChange([this] { fail(); }));
+    reactions_.push_back(view_->errorAlert.isShown.onChange([this] { fail(); }));
     // At the end of the turn in which it is enrolled, when that is stored too.
     reactions_.push_back(environment_.childAppState()->isEnrolled.onChange(
         [this] { dispatch_.main().async([this] { finish(); }); }));
@@ -148,7 +148,7 @@ class Enrollment {
 
   void fail() {
     screen_.endWaiting();
-    complain(view_->errorMessage());
+    complain(view_->errorAlert.message());
     end(ExitStatus::failed);
   }
 
@@ -181,7 +181,7 @@ class Enrollment {
   AgentLog log_{false};
   AsioDispatch dispatch_;
   AgentMachine machine_;
-  Environment environment_;
+  ApplicationEnvironment environment_;
   const std::shared_ptr<ChildEnrollmentView> view_;
   EnrollmentScreen screen_;
   std::vector<Subscription> reactions_;
@@ -210,7 +210,7 @@ ExitStatus protect(const Options& options) {
     writeLine("To protect it: quillmar-agent run");
     return ExitStatus::done;
   }
-  if (const auto problem = control::enableAutostart()) {
+  if (const auto problem = enableAutostart()) {
     complain(*problem);
     return ExitStatus::failed;
   }
@@ -229,7 +229,7 @@ ExitStatus enroll(const Options& options) {
     complain(*control::problemWithFolder(options.dataDirectory));
     return ExitStatus::failed;
   }
-  control::holdEndingSignals();
+  holdEndingSignals();
   ExitStatus status = ExitStatus::failed;
   {
     const auto place = control::takeWorkPlace(options.dataDirectory);

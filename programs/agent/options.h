@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/linux/authority_file.h"
+#include "platform/common/authority_file.h"
 
 namespace quillmar::agent {
 

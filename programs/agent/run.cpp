@@ -7,20 +7,20 @@
 #include <utility>
 #include <vector>
 
-#include "app/environment.h"
-#include "app/role_manager.h"
+#include "app/application_environment.h"
+#include "app/session/role_manager.h"
 #include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "child/vpn_dns_manager.h"
 #include "platform/linux/instance_lock.h"
+#include "platform/linux/service_manager.h"
+#include "platform/linux/signal_watch.h"
 #include "platform/linux/system_log.h"
 #include "programs/agent/agent_machine.h"
 #include "programs/agent/commands.h"
-#include "programs/agent/service_manager.h"
 #include "programs/agent/terminal.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
-#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 
 namespace quillmar::agent {
@@ -115,7 +115,7 @@ class Work {
 
  private:
   AgentMachine machine_;
-  Environment environment_;
+  ApplicationEnvironment environment_;
   Events events_;
   control::ControlDesk desk_;
   Subscription afterCheckin_;
@@ -257,7 +257,7 @@ class Agent {
   const Options& options_;
   AgentLog log_;
   AsioDispatch dispatch_;
-  const control::SignalWatch signals_;
+  const SignalWatch signals_;
   const ServiceManager manager_{dispatch_};
   const std::shared_ptr<Door> door_ = std::make_shared<Door>();
   std::optional<InstanceLock> lock_;
@@ -270,7 +270,7 @@ class Agent {
 }  // namespace
 
 ExitStatus run(const Options& options) {
-  control::holdEndingSignals();
+  holdEndingSignals();
   const auto only = InstanceLock::acquire(options.dataDirectory, control::agentLock);
   if (!only && !InstanceLock::obstacle(options.dataDirectory, control::agentLock)) {
     complain("quillmar-agent runs already.");

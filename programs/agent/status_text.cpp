@@ -5,7 +5,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "child/recent_time.h"
 #include "foundation/date_format.h"
 

@@ -11,11 +11,11 @@ namespace quillmar::control {
 namespace {
 
 FileDescriptor connectTo(const std::filesystem::path& path) {
-  const auto address = SocketAddress::of(path);
+  const auto address = LocalSocketAddress::of(path);
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   const bool isConnected = address && socket &&
-                           ::connect(socket.get(), address->address(), SocketAddress::size()) == 0 &&
-                           isOurs(socket.get());
+                           ::connect(socket.get(), address->address(), LocalSocketAddress::size()) == 0 &&
+                           isProcessOfThisUser(socket.get());
   return isConnected ? std::move(socket) : FileDescriptor();
 }
 
@@ -24,7 +24,7 @@ FileDescriptor connectTo(const std::filesystem::path& path) {
 std::optional<Answer> ask(const std::filesystem::path& dataDirectory, const ControlRequest& request,
                           std::chrono::milliseconds patience) {
   const auto line = encodeJson(request);
-  for (const auto& path : socketPaths(dataDirectory)) {
+  for (const auto& path : localSocketPaths(dataDirectory)) {
     const FileDescriptor socket = connectTo(path);
     if (!socket || !line.ok() || !sendMessage(socket.get(), {.line = line.value()})) {
       continue;

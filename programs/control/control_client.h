@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "platform/linux/local_socket.h"
 #include "programs/control/control_messages.h"
-#include "programs/control/local_socket.h"
 
 namespace quillmar::control {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <utility>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/environment.h"
+#include "app/session/environment.h"
 #include "foundation/error.h"
 #include "foundation/signal.h"
 #include "programs/control/control_messages.h"

@@ -19,8 +19,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/data_directory.h"
-#include "platform/linux/thread_signals.h"
+#include "platform/common/private_directory.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar::control {
 namespace {
@@ -51,9 +51,10 @@ std::optional<FileIdentity> identityOf(const fs::path& path) {
 FileDescriptor listenAt(const fs::path& path) {
   std::error_code error;
   fs::remove(path, error);
-  const auto address = createPrivateDirectory(path.parent_path()) ? SocketAddress::of(path) : std::nullopt;
+  const auto address =
+      createPrivateDirectory(path.parent_path()) ? LocalSocketAddress::of(path) : std::nullopt;
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  if (!address || !socket || ::bind(socket.get(), address->address(), SocketAddress::size()) != 0 ||
+  if (!address || !socket || ::bind(socket.get(), address->address(), LocalSocketAddress::size()) != 0 ||
       ::chmod(path.c_str(), S_IRUSR | S_IWUSR) != 0 ||
       ::listen(socket.get(), static_cast<int>(mostGuests)) != 0) {
     return {};
@@ -91,7 +92,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   }
 
   void keepReachable() {
-    const auto places = socketPaths(dataDirectory_);
+    const auto places = localSocketPaths(dataDirectory_);
     if (path_ == places.front() && identity_ && identityOf(path_) == identity_) {
       return;
     }
@@ -145,7 +146,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
         acceptLater();
         return;
       }
-      if (isOurs(socket.native_handle()) && makeRoom()) {
+      if (isProcessOfThisUser(socket.native_handle()) && makeRoom()) {
         hear(guests_.emplace_back(std::make_shared<Guest>(std::move(socket))));
       }
       accept();
@@ -182,7 +183,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
         guest->socket.cancel(error);
       }
     });
-    asio::async_read_until(guest->socket, asio::dynamic_buffer(guest->line, lineLimit), '\n',
+    asio::async_read_until(guest->socket, asio::dynamic_buffer(guest->line, localLineLimit), '\n',
                            [this, guest](ErrorCode error, std::size_t size) {
                              guest->patience.cancel();
                              if (error) {
@@ -197,7 +198,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   void ask(const std::weak_ptr<Guest>& guest, std::string line) {
     dispatch_.main().async([known = weak_from_this(), guest, line = std::move(line)] {
       if (const auto self = known.lock()) {
-        self->handler_(line, [known, guest](Message message) {
+        self->handler_(line, [known, guest](LocalMessage message) {
           if (const auto there = known.lock()) {
             there->send(guest, std::move(message));
           }
@@ -206,8 +207,8 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     });
   }
 
-  void send(const std::weak_ptr<Guest>& known, Message message) {
-    asio::post(context_, [this, known, message = std::make_shared<Message>(std::move(message))] {
+  void send(const std::weak_ptr<Guest>& known, LocalMessage message) {
+    asio::post(context_, [this, known, message = std::make_shared<LocalMessage>(std::move(message))] {
       if (const auto guest = known.lock()) {
         sendMessage(guest->socket.native_handle(), *message);
         std::erase(guests_, guest);

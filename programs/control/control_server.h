@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/dispatch.h"
-#include "programs/control/local_socket.h"
+#include "platform/linux/local_socket.h"
 
 namespace quillmar::control {
 
@@ -17,7 +17,7 @@ class ControlServer {
  public:
   // May be called once, on any thread, while the process lives; nobody hears it once the guest or the server
   // has gone.
-  using Reply = std::function<void(Message)>;
+  using Reply = std::function<void(LocalMessage)>;
   // On the main thread.
   using Handler = std::function<void(std::string line, Reply reply)>;
 

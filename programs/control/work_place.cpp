@@ -8,7 +8,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/data_directory.h"
+#include "platform/common/private_directory.h"
 #include "programs/control/control_client.h"
 
 namespace quillmar::control {

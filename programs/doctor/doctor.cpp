@@ -4,12 +4,12 @@
 
 #include <system_error>
 
-#include "app/role_manager.h"
-#include "app/settings_keys.h"
+#include "app/session/role_manager.h"
 #include "client/deployments.h"
-#include "platform/linux/curl_http_session.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
+#include "platform/settings.h"
 #include "programs/doctor/probes.h"
 #include "programs/doctor/report.h"
 
@@ -22,9 +22,9 @@ struct Installation {
 };
 
 Installation installationWith(const SettingsStore& settings, const Deployments& deployments) {
-  const auto role = settings.string(settings::deviceRole);
-  const auto region = settings.string(settings::region);
-  const auto root = settings.string(settings::apiBaseURL);
+  const auto role = settings.read(settings::deviceRole);
+  const auto region = settings.read(settings::region);
+  const auto root = settings.read(settings::apiBaseURL);
   return {
       .role = fromRawValue<DeviceRole>(role.value_or("")).value_or(DeviceRole::unset),
       .serviceRoot = root ? *root : deployments.root(region.value_or("")).value_or(deployments.australia)};

@@ -16,8 +16,8 @@
 
 #include "child/vpn_dns_manager.h"
 #include "foundation/text.h"
+#include "platform/common/file_descriptor.h"
 #include "platform/linux/bus_thread.h"
-#include "platform/linux/file_descriptor.h"
 
 namespace quillmar::doctor {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "foundation/date.h"
 
 namespace quillmar::doctor {

@@ -8,16 +8,17 @@
 #include <utility>
 
 #include "app/quillmar_app.h"
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "child/child_app_state.h"
-#include "platform/linux/authority_file.h"
+#include "platform/common/authority_file.h"
+#include "platform/common/private_directory.h"
+#include "platform/linux/autostart.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/libsecret_item_store.h"
 #include "platform/linux/process_privacy.h"
-#include "programs/control/autostart.h"
+#include "platform/linux/signal_watch.h"
 #include "programs/control/control_desk.h"
 #include "programs/control/control_server.h"
-#include "programs/control/signal_watch.h"
 #include "programs/control/work_place.h"
 #include "programs/doctor/doctor.h"
 #include "programs/quillmar/application_bus.h"
@@ -25,6 +26,7 @@
 #include "programs/quillmar/product_machine.h"
 #include "programs/quillmar/sandbox_process.h"
 #include "ui/adapters/qt_scene_phase.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/window.h"
 
 namespace {
@@ -87,7 +89,7 @@ quillmar::Subscription keepAutostart(QuillmarApp& app) {
   auto& queue = app.environment().platform().dispatch.global(quillmar::QualityOfService::background);
   return child->isEnrolled.onChange([&queue, &state = *child] {
     queue.async([isEnrolled = state.isEnrolled()] {
-      const auto problem = isEnrolled ? control::enableAutostart() : control::disableAutostart();
+      const auto problem = isEnrolled ? quillmar::enableAutostart() : quillmar::disableAutostart();
       if (problem) {
         QTextStream(stderr) << "quillmar: " << problem->c_str() << '\n';
       }
@@ -100,12 +102,12 @@ int runWindow(const Options& options) {
   QuillmarApp app(machine.ports(), options.service ? quillmar::Deployments::all(*options.service)
                                                    : quillmar::Deployments::builtIn());
   app.launch();
-  const control::SignalWatch signals(machine.ports().dispatch, [](int) { QGuiApplication::exit(0); });
+  const quillmar::SignalWatch signals(machine.ports().dispatch, [](int) { QGuiApplication::exit(0); });
   const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
   quillmar::ui::Window window(
       app.contentView(), machine.qrEncoder(), machine.windowStyle(),
-      {.geometryFile = QString::fromStdString((options.dataDirectory / "window.ini").string()),
+      {.geometryFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string()),
        .permissionPrompt = &machine.permissionPrompt(),
        .biometricPrompt = &machine.biometricPrompt(),
        .cameraFrames = &machine.cameraFrames()});
@@ -196,7 +198,7 @@ int main(int count, char** arguments) {
     return runDoctor(count, arguments);
   }
   // A session's end, a closed terminal and Ctrl-C find the window in its loop, which it leaves in order.
-  control::holdEndingSignals();
+  quillmar::holdEndingSignals();
   const QGuiApplication application(count, arguments);
   QGuiApplication::setApplicationDisplayName("Quillmar");
   QGuiApplication::setDesktopFileName("live.quillmar.Quillmar");

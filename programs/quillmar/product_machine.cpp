@@ -25,8 +25,19 @@ std::unique_ptr<TunnelService> ProductMachine::makeTunnel(const Options& options
 }
 
 Platform ProductMachine::ports() {
-  return {settings_,   http_,      dispatch_, log_,         *tunnel_,   secureItems_, biometrics_,
-          deviceInfo_, clipboard_, haptics_,  windowStyle_, qrEncoder_, qrReader_};
+  return {.settings = settings_,
+          .http = http_,
+          .dispatch = dispatch_,
+          .log = log_,
+          .tunnel = *tunnel_,
+          .secureItems = secureItems_,
+          .biometrics = biometrics_,
+          .deviceInfo = deviceInfo_,
+          .clipboard = clipboard_,
+          .haptics = haptics_,
+          .windowStyle = windowStyle_,
+          .qrEncoder = qrEncoder_,
+          .qrReader = qrReader_};
 }
 
 }  // namespace quillmar

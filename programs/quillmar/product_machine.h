@@ -2,13 +2,13 @@
 
 #include <memory>
 
-#include "platform/linux/absent_haptics.h"
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/absent_haptics.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/qrencode_encoder.h"
+#include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/fprintd_check.h"
 #include "platform/linux/libsecret_item_store.h"
 #include "platform/linux/linux_device_info.h"
-#include "platform/linux/qrencode_encoder.h"
-#include "platform/linux/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "platform/platform.h"
 #include "platform/simulated/simulated_tunnel.h"

@@ -9,6 +9,8 @@
 #include <QTextStream>
 #include <csignal>
 
+#include "ui/bridge/shown_text.h"
+
 namespace quillmar {
 namespace {
 
@@ -30,7 +32,7 @@ std::optional<SandboxProcess::Addresses> SandboxProcess::start(const std::filesy
   process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
   // It ends with this process, however that ends.
   process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
-  process_.start(sandboxProgram(), {"--data", QString::fromStdString((dataDirectory / "sandbox").string())});
+  process_.start(sandboxProgram(), {"--data", ui::exactText((dataDirectory / "sandbox").string())});
   if (!process_.waitForReadyRead(startMilliseconds)) {
     QTextStream(stderr) << "quillmar: the stand-in service does not start (" << sandboxProgram() << ")\n";
     return std::nullopt;

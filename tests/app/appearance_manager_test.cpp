@@ -1,12 +1,12 @@
-#include "app/appearance_manager.h"
+#include "app/session/appearance_manager.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_window_style.h"
-#include "tests/support/memory_settings_store.h"
+#include "testing/fake_window_style.h"
+#include "testing/memory_settings_store.h"
 
 namespace quillmar {
 namespace {

@@ -4,12 +4,12 @@
 #include <tuple>
 #include <vector>
 
-#include "app/appearance_manager.h"
 #include "app/quillmar_app.h"
 #include "app/role_selection_view.h"
+#include "app/session/appearance_manager.h"
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "app/role_selection_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

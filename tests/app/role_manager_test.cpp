@@ -1,10 +1,10 @@
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 
 #include <gtest/gtest.h>
 
 #include <vector>
 
-#include "tests/support/memory_settings_store.h"
+#include "testing/memory_settings_store.h"
 
 namespace quillmar {
 namespace {

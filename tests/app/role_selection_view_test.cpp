@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

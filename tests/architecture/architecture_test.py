@@ -12,27 +12,33 @@ import unittest
 
 ROOT = pathlib.Path(sys.argv.pop() if len(sys.argv) > 1 else pathlib.Path(__file__).parents[2])
 
-# The screens and the objects behind them know each other.
-SCREENS = {"app", "identity", "child", "console", "family"}
-CORE = SCREENS | {"foundation", "platform", "client", "client/records", "presentation"}
-ADAPTERS = {"platform/linux", "platform/simulated"}
-# Decide and read without a platform as well, for a program of their own.
-PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
-# The tools of the tree play the fakes of the tests.
-TEST_SUPPORT = {"tests/support", "tests/ui/support"}
-
-# Which folders of ours a folder may include, besides itself. A folder within one of these has its own row or
-# belongs to the one above.
+# Which folders of ours a folder may include, besides itself: the lowest first, so that a row names rows above it
+# only. A folder within one of these has its own row or belongs to the one above.
+BOTTOM = {"foundation", "platform"}
+CLIENT = BOTTOM | {"client/records", "client"}
+SESSION = CLIENT | {"presentation", "app/session"}
+CORE = SESSION | {"identity", "child", "family", "console", "app"}
+ADAPTERS = {"platform/common", "platform/linux", "platform/simulated"}
 MAY_INCLUDE = {
     "foundation": set(),
     "platform": {"foundation"},
     "client/records": {"foundation"},
-    "client": {"client/records", "platform", "foundation"},
-    "presentation": {"client", "client/records", "platform", "foundation"},
-    **{folder: SCREENS | {"presentation", "client", "client/records", "platform", "foundation"} for folder in SCREENS},
-    **{folder: {"platform", "foundation"} for folder in ADAPTERS},
+    "client": BOTTOM | {"client/records"},
+    "presentation": CLIENT,
+    "app/session": CLIENT,
+    "identity": SESSION,
+    "child": SESSION,
+    "family": SESSION | {"identity"},
+    "console": SESSION | {"identity", "family"},
+    "app": CORE,
+    "platform/common": BOTTOM,
+    "platform/simulated": BOTTOM,
+    "platform/linux": BOTTOM | {"platform/common"},
     "ui": CORE | ADAPTERS,
-    "programs": CORE | ADAPTERS | {"ui"} | TEST_SUPPORT,
+    "programs": CORE | ADAPTERS | {"ui"},
+    "testing": CORE | {"platform/common", "platform/simulated"},
+    "testing/ui": CORE | {"testing", "ui"},
+    "tools": CORE | ADAPTERS | {"ui", "testing", "testing/ui"},
     "tunnel/dns": set(),
     "tunnel/resolver": {"tunnel/dns"},
     "tunnel/network": {"tunnel/resolver", "tunnel/dns", "foundation"},
@@ -43,6 +49,9 @@ MAY_INCLUDE = {
                "foundation"},
     "sandbox": set(),
 }
+
+# What decides and reads without a platform.
+PLATFORM_FREE = CORE | {"tunnel/dns", "tunnel/resolver"}
 
 # What the core may include from outside: the standard library, and foundation the libraries that it wraps.
 LIBRARIES = {"foundation": re.compile(r"simdjson\.h|unicode/\w+\.h")}
@@ -61,7 +70,7 @@ def folder_of(path, known):
 
 
 def include_faults(folder, header):
-    target = folder_of(header, MAY_INCLUDE.keys() | TEST_SUPPORT | {"tests"})
+    target = folder_of(header, MAY_INCLUDE.keys() | {"tests"})
     if target is None:
         yield f'"{header}" is in no folder of the tree'
     elif target != folder and target not in MAY_INCLUDE[folder]:
@@ -103,6 +112,12 @@ class TheTree(unittest.TestCase):
     def test_keeps_the_arrows(self):
         self.assertEqual([], list(faults(ROOT)))
 
+    def test_is_in_layers(self):
+        above = set(MAY_INCLUDE)
+        for folder, includes in MAY_INCLUDE.items():
+            above.discard(folder)
+            self.assertFalse(includes & above, folder)
+
     def test_is_looked_at_in_every_folder_that_has_sources(self):
         seen = {folder_of(path.relative_to(ROOT).as_posix(), MAY_INCLUDE) for path in sources(ROOT)}
         here = {folder for folder in MAY_INCLUDE if any((ROOT / folder).glob("*.h"))}
@@ -132,14 +147,27 @@ class TheChecker(unittest.TestCase):
             ("app/a.h", '#include "ui/b.h"'),
             ("child/a.h", '#include "platform/simulated/b.h"'),
             ("console/deep/a.cpp", '#include "sandbox/b.h"'),
-            ("family/a.h", '#include "tests/support/b.h"'),
+            ("family/a.h", '#include "testing/b.h"'),
             ("platform/linux/a.h", '#include "platform/simulated/b.h"'),
             ("platform/linux/a.h", '#include "client/b.h"'),
             ("ui/a.h", '#include "sandbox/b.h"'),
-            ("ui/bridge/a.h", '#include "tests/support/b.h"'),
+            ("ui/bridge/a.h", '#include "testing/b.h"'),
             ("ui/a.h", '#include "programs/b.h"'),
             ("programs/a/main.cpp", '#include "sandbox/b.h"'),
             ("programs/a/main.cpp", '#include "tests/client/b.h"'),
+            ("programs/a/main.cpp", '#include "testing/b.h"'),
+            ("programs/a/main.cpp", '#include "tools/a/b.h"'),
+            ("app/session/a.h", '#include "app/b.h"'),
+            ("app/session/a.h", '#include "presentation/b.h"'),
+            ("identity/a.h", '#include "family/b.h"'),
+            ("identity/a.h", '#include "app/b.h"'),
+            ("child/a.h", '#include "identity/b.h"'),
+            ("family/a.h", '#include "console/b.h"'),
+            ("platform/common/a.h", '#include "platform/linux/b.h"'),
+            ("testing/a.h", '#include "tests/client/b.h"'),
+            ("testing/a.h", '#include "ui/b.h"'),
+            ("testing/a.h", '#include "platform/linux/b.h"'),
+            ("tools/a/main.cpp", '#include "programs/b.h"'),
             ("sandbox/a.h", '#include "foundation/b.h"'),
             ("tunnel/dns/a.h", '#include "foundation/b.h"'),
             ("tunnel/resolver/a.h", '#include "tunnel/network/b.h"'),
@@ -193,6 +221,9 @@ class TheChecker(unittest.TestCase):
             ("client/a.cpp", "#include <mutex>"),
             ("presentation/a.h", '#include "client/records/b.h"'),
             ("app/a.h", '#include "child/b.h"'),
+            ("family/a.h", '#include "identity/b.h"'),
+            ("console/a.h", '#include "app/session/b.h"'),
+            ("tools/a/main.cpp", '#include "testing/ui/b.h"'),
             ("family/deep/a.h", '#include "family/b.h"'),
             ("console/a.h", "// getenv is not for us"),
             ("platform/linux/a.cpp", "#include <thread>"),
@@ -201,13 +232,12 @@ class TheChecker(unittest.TestCase):
             ("ui/a.h", "#include <QString>"),
             ("ui/a.h", '#include "platform/linux/b.h"'),
             ("programs/a/main.cpp", '#include "ui/window.h"'),
-            ("programs/a/main.cpp", '#include "tests/support/b.h"'),
             ("sandbox/store/a.cpp", '#include "sandbox/b.h"'),
             ("sandbox/a.cpp", "#include <filesystem>"),
             ("tunnel/a.h", '#include "foundation/url.h"'),
             ("tunnel/resolver/a.h", '#include "tunnel/dns/b.h"'),
             ("tunnel/network/a.cpp", "#include <openssl/ssl.h>"),
-            ("bench/a.cpp", '#include "tests/support/b.h"'),
+            ("bench/a.cpp", '#include "testing/b.h"'),
             ("app/a.txt", '#include "ui/b.h"'),
         ]:
             with self.subTest(name=name, line=line):

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/memory_settings_store.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/memory_settings_store.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -50,11 +50,11 @@ TEST_F(ChildEnrollment, begins_at_the_start_and_calls_nobody) {
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
   EXPECT_EQ(screen().enrollmentCode(), "");
   EXPECT_EQ(screen().deviceId(), "");
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_EQ(screen().errorAlert.message(), "");
   EXPECT_EQ(screen().qrCodeData(), "");
   EXPECT_FALSE(screen().isLoading());
   EXPECT_FALSE(screen().isPolling());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().cancelEnrollment.isEnabled());
   app.advance(1h);
   EXPECT_TRUE(app.machine.http.requests().empty());
@@ -124,12 +124,12 @@ TEST_F(ChildEnrollment, a_refused_start_stands_as_before_with_an_alert) {
        }) {
     app.machine.http.answerAlways("POST", "/enrollment/init", row.status, row.body);
     start();
-    EXPECT_EQ(screen().errorMessage(), row.message);
-    EXPECT_TRUE(screen().showError());
+    EXPECT_EQ(screen().errorAlert.message(), row.message);
+    EXPECT_TRUE(screen().errorAlert.isShown());
     EXPECT_EQ(screen().stage(), EnrollmentStage::start);
     EXPECT_FALSE(screen().isPolling());
-    screen().dismissError();
-    EXPECT_FALSE(screen().showError());
+    screen().errorAlert.dismiss();
+    EXPECT_FALSE(screen().errorAlert.isShown());
   }
   app.advance(1min);
   EXPECT_EQ(polls(), 0U);
@@ -138,20 +138,20 @@ TEST_F(ChildEnrollment, a_refused_start_stands_as_before_with_an_alert) {
 TEST_F(ChildEnrollment, no_network_speaks_in_the_transports_words) {
   app.machine.http.failAlways("POST", "/enrollment/init", TransportError::Kind::notConnectedToInternet);
   start();
-  EXPECT_EQ(screen().errorMessage(), "The Internet connection appears to be offline.");
+  EXPECT_EQ(screen().errorAlert.message(), "The Internet connection appears to be offline.");
 }
 
 TEST_F(ChildEnrollment, a_root_that_is_no_url_sends_nothing) {
   app.machine.settings.set("com.quillmar.apiBaseURL", std::string("https://bad root"));
   start();
-  EXPECT_EQ(screen().errorMessage(), "Invalid response from server");
+  EXPECT_EQ(screen().errorAlert.message(), "Invalid response from server");
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
 TEST_F(ChildEnrollment, a_device_name_that_cannot_be_encoded_sends_nothing) {
   app.machine.deviceInfo.deviceName = "\xff\xfe";
   start();
-  EXPECT_EQ(screen().errorMessage(), "Failed to encode request");
+  EXPECT_EQ(screen().errorAlert.message(), "Failed to encode request");
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
@@ -159,9 +159,9 @@ TEST_F(ChildEnrollment, a_device_name_that_cannot_be_encoded_sends_nothing) {
 TEST_F(ChildEnrollment, a_new_attempt_forgets_the_last_message) {
   app.machine.http.fail("POST", "/enrollment/init", TransportError::Kind::timedOut);
   start();
-  screen().dismissError();
+  screen().errorAlert.dismiss();
   screen().startEnrollment();
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_EQ(screen().errorAlert.message(), "");
 }
 
 TEST_F(ChildEnrollment, every_attempt_has_an_id_of_its_own) {
@@ -212,7 +212,7 @@ TEST_F(ChildEnrollment, failed_polls_and_unknown_words_are_ignored) {
   app.machine.http.answer("GET", statusPath, 200, R"({"status":"","device_id":"device-1"})");
   app.advance(36s);
   EXPECT_EQ(polls(), 7U);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_TRUE(screen().isPolling());
   EXPECT_EQ(screen().stage(), EnrollmentStage::code);
 }
@@ -220,13 +220,13 @@ TEST_F(ChildEnrollment, failed_polls_and_unknown_words_are_ignored) {
 TEST_F(ChildEnrollment, after_120_rounds_it_gives_up_once) {
   start();
   int alerts = 0;
-  const auto listening = screen().showError.onChange([&] { ++alerts; });
+  const auto listening = screen().errorAlert.isShown.onChange([&] { ++alerts; });
   app.advance(595s);
   EXPECT_EQ(polls(), 119U);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   app.advance(5s);
   EXPECT_EQ(polls(), 120U);
-  EXPECT_EQ(screen().errorMessage(), "Enrollment timed out. Please try again.");
+  EXPECT_EQ(screen().errorAlert.message(), "Enrollment timed out. Please try again.");
   EXPECT_EQ(screen().enrollmentCode(), "");
   EXPECT_EQ(screen().qrCodeData(), "");
   EXPECT_FALSE(screen().isPolling());
@@ -239,7 +239,7 @@ TEST_F(ChildEnrollment, after_120_rounds_it_gives_up_once) {
 TEST_F(ChildEnrollment, a_new_start_after_the_time_out_begins_with_a_new_code) {
   start();
   app.advance(600s);
-  screen().dismissError();
+  screen().errorAlert.dismiss();
   app.machine.http.answerAlways("POST", "/enrollment/init", 200, initAnswer("NEW999"));
   start();
   EXPECT_EQ(screen().enrollmentCode(), "NEW999");
@@ -251,14 +251,14 @@ TEST_F(ChildEnrollment, an_expired_code_leads_back_to_the_start_with_an_alert) {
   start();
   app.machine.http.answer("GET", statusPath, 200, expired);
   app.advance(5s);
-  EXPECT_EQ(screen().errorMessage(), "Enrollment expired. Please try again.");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Enrollment expired. Please try again.");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
   EXPECT_EQ(screen().qrCodeData(), "");
   EXPECT_FALSE(screen().isPolling());
   app.advance(1h);
   EXPECT_EQ(polls(), 1U);
-  EXPECT_EQ(screen().errorMessage(), "Enrollment expired. Please try again.");
+  EXPECT_EQ(screen().errorAlert.message(), "Enrollment expired. Please try again.");
 }
 
 TEST_F(ChildEnrollment, a_completed_one_is_saved_under_the_first_answers_id_and_leads_home) {
@@ -339,7 +339,7 @@ TEST_F(ChildEnrollment, completed_without_an_endpoint_saves_nothing_and_leaves_t
   EXPECT_EQ(screen().enrollmentCode(), "ABC123");
   EXPECT_FALSE(screen().isPolling());
   EXPECT_FALSE(static_cast<bool>(screen().loadingDots));
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().startEnrollment.isEnabled());
   app.advance(1h);
   EXPECT_EQ(polls(), 1U);
@@ -368,7 +368,7 @@ TEST_F(ChildEnrollment, a_cancelled_round_may_still_ask_with_an_empty_id_and_its
   app.advance(1h);
   EXPECT_EQ(polls(), 0U);
   EXPECT_EQ(app.machine.http.count("GET", "/enrollment/status/"), 1U);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
 }
 
@@ -383,7 +383,7 @@ TEST_F(ChildEnrollment, a_new_start_within_the_round_leaves_the_old_loop_beside_
   EXPECT_EQ(polls(), 2U);
   app.advance(593s);
   EXPECT_EQ(polls(), 239U);
-  EXPECT_TRUE(screen().showError()) << "the old loop's 120 rounds end both";
+  EXPECT_TRUE(screen().errorAlert.isShown()) << "the old loop's 120 rounds end both";
   app.advance(1h);
   EXPECT_LE(polls(), 240U);
 }
@@ -395,9 +395,9 @@ TEST_F(ChildEnrollment, a_poll_whose_url_does_not_parse_is_a_round_that_is_over)
   start();
   app.advance(599s);
   EXPECT_EQ(app.machine.http.requests().size(), 1U);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   app.advance(1s);
-  EXPECT_EQ(screen().errorMessage(), "Enrollment timed out. Please try again.");
+  EXPECT_EQ(screen().errorAlert.message(), "Enrollment timed out. Please try again.");
 }
 
 TEST_F(ChildEnrollment, the_dots_move_while_it_waits_and_only_then) {
@@ -439,8 +439,8 @@ TEST_F(ChildEnrollment, the_sentences_are_the_systems_own) {
   EXPECT_EQ(texts.codeLabel(), "Enrollment Code");
   EXPECT_EQ(texts.waitingText(), "Waiting for parent to complete enrollment...");
   EXPECT_EQ(texts.cancelTitle(), "Cancel");
-  EXPECT_EQ(texts.errorTitle(), "Error");
-  EXPECT_EQ(texts.okTitle(), "OK");
+  EXPECT_EQ(texts.errorAlert.title(), "Error");
+  EXPECT_EQ(texts.errorAlert.okTitle(), "OK");
   EXPECT_EQ(texts.features(), (std::vector<ChildFeatureRow>{{"checkmark.shield", "Safe browsing protection"},
                                                             {"eye.fill", "Activity monitoring"},
                                                             {"clock.fill", "Screen time management"}}));

@@ -8,7 +8,7 @@
 
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -116,20 +116,20 @@ TEST_F(ChildSettings, a_forced_sync_checks_in_and_checks_the_tunnel) {
 }
 
 TEST_F(ChildSettings, a_reset_asks_first_and_cancel_changes_nothing) {
-  EXPECT_FALSE(screen().confirmReset.isEnabled());
-  EXPECT_FALSE(screen().confirmReset());
+  EXPECT_FALSE(screen().resetConfirmation.confirm.isEnabled());
+  EXPECT_FALSE(screen().resetConfirmation.confirm());
   screen().resetEnrollment();
-  EXPECT_TRUE(screen().showResetConfirmation());
+  EXPECT_TRUE(screen().resetConfirmation.isShown());
   EXPECT_TRUE(app.child().isEnrolled());
-  screen().cancelReset();
-  EXPECT_FALSE(screen().showResetConfirmation());
+  screen().resetConfirmation.cancel();
+  EXPECT_FALSE(screen().resetConfirmation.isShown());
   EXPECT_TRUE(app.child().isEnrolled());
   EXPECT_TRUE(app.background().isCheckinTimerRunning());
 }
 
 TEST_F(ChildSettings, a_reset_stops_forgets_and_leads_back_without_a_word_to_anyone) {
   screen().resetEnrollment();
-  screen().confirmReset();
+  screen().resetConfirmation.confirm();
   EXPECT_FALSE(app.background().isCheckinTimerRunning());
   EXPECT_FALSE(app.background().isVPNStatusTimerRunning());
   app.settle();
@@ -153,13 +153,13 @@ TEST_F(ChildSettings, a_reset_stops_before_it_forgets_and_forgets_before_it_goes
     }
   });
   screen().resetEnrollment();
-  screen().confirmReset();
+  screen().resetConfirmation.confirm();
   EXPECT_EQ(steps, (Names{"forgotten", "gone"}));
 }
 
 TEST_F(ChildSettings, enrolling_again_reuses_the_configuration) {
   screen().resetEnrollment();
-  screen().confirmReset();
+  screen().resetConfirmation.confirm();
   app.settle();
   app.child().saveEnrollment("d2", "https://dns.example/d2", std::nullopt, std::nullopt);
   app.advance(2s);

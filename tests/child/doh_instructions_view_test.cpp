@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "child/child_home_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/simulated/simulated_tunnel.h"
-#include "tests/support/recording_log.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/recording_log.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

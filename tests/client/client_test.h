@@ -15,7 +15,7 @@
 
 #include "client/network_service.h"
 #include "foundation/json.h"
-#include "tests/support/fake_platform.h"
+#include "testing/fake_platform.h"
 
 namespace quillmar {
 

@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/curl_http_session.h"
+#include "testing/settling_http_session.h"
 #include "tests/client/call_table.h"
 #include "tests/platform/fetching.h"
 #include "tests/platform/raw_server.h"
-#include "tests/support/settling_http_session.h"
 
 namespace quillmar {
 namespace {

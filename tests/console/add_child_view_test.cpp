@@ -40,8 +40,8 @@ TEST_F(AddChild, begins_empty_and_calls_nobody) {
   EXPECT_EQ(screen().name(), "");
   EXPECT_EQ(screen().birthYear(), "");
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_FALSE(screen().showError());
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_FALSE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().errorAlert.message(), "");
   app.advance(1min);
   EXPECT_EQ(creations(), 0U);
 }
@@ -148,16 +148,16 @@ TEST_F(AddChild, a_failure_keeps_the_sheet_and_what_was_typed) {
   screen().name = "Mia";
   screen().birthYear = "2015";
   create();
-  EXPECT_EQ(screen().errorMessage(), "Too many children");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Too many children");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().isLoading());
   EXPECT_EQ(screen().name(), "Mia");
   EXPECT_EQ(screen().birthYear(), "2015");
   for (const auto& line : app.machine.log.printed()) {
     EXPECT_TRUE(line.starts_with("[NetworkService]")) << line;
   }
-  screen().dismissError();
-  EXPECT_FALSE(screen().showError());
+  screen().errorAlert.dismiss();
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_TRUE(screen().createChildProfile.isEnabled());
 }
 
@@ -165,7 +165,7 @@ TEST_F(AddChild, half_a_record_is_a_failure) {
   app.machine.http.answer("POST", "/children", 200, R"({"id":"c1"})");
   screen().name = "Mia";
   create();
-  EXPECT_EQ(screen().errorMessage(), "The data couldn’t be read because it is missing.");
+  EXPECT_EQ(screen().errorAlert.message(), "The data couldn’t be read because it is missing.");
   EXPECT_TRUE(isUp());
 }
 
@@ -189,8 +189,8 @@ TEST_F(AddChild, says_what_it_is) {
   EXPECT_EQ(screen().nameLabel(), "Name");
   EXPECT_EQ(screen().birthYearLabel(), "Birth Year (optional)");
   EXPECT_EQ(screen().footer(), "You can add a photo and link devices after creating the profile.");
-  EXPECT_EQ(screen().errorTitle(), "Error");
-  EXPECT_EQ(screen().okTitle(), "OK");
+  EXPECT_EQ(screen().errorAlert.title(), "Error");
+  EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

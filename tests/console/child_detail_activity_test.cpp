@@ -5,8 +5,8 @@
 #include <functional>
 #include <ostream>
 
+#include "testing/live_memory.h"
 #include "tests/console/child_detail_fixture.h"
-#include "tests/support/live_memory.h"
 
 namespace quillmar {
 namespace {
@@ -50,10 +50,10 @@ struct ActivityPage : ChildDetail {
         all.emplace_back(name);
       }
     };
-    add(page().isRecentActivityTimerRunning(), "recent");
-    add(page().isBlockedLogsTimerRunning(), "blocked");
-    add(page().isAllowedLogsTimerRunning(), "allowed");
-    add(page().isDeviceStatusTimerRunning(), "status");
+    add(page().activitySection.recent.isRefreshing(), "recent");
+    add(page().activitySection.blocked.isRefreshing(), "blocked");
+    add(page().activitySection.allowed.isRefreshing(), "allowed");
+    add(page().devicesSection.isRunning(), "status");
     return all;
   }
   void setTab(ChildDetailTab tab) {
@@ -64,7 +64,7 @@ struct ActivityPage : ChildDetail {
     EXPECT_TRUE(filter.input(std::string(rawValue(to))));
     app.settle();
   }
-  Names recentSites() { return texts(page().recentActivityRows, &RecentActivityRow::site); }
+  Names recentSites() { return texts(page().activitySection.recent.rows, &RecentActivityRow::site); }
 };
 
 // The live list.
@@ -75,13 +75,13 @@ TEST_F(RecentActivity, fills_at_the_first_tick_since_the_devices_are_not_known_b
   answerLogs({makeLog("www.example.com", 1)});
   open({makeDevice("d1")});
   EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
-  EXPECT_FALSE(page().isLoadingRecentLogs());
+  EXPECT_FALSE(page().activitySection.recent.isLoading());
   app.advance(1999ms);
   EXPECT_EQ(fetches(), 0U);
   app.advance(1ms);
   EXPECT_EQ(queries(), Names{"limit=20&since=2016-10-08T22:30:02Z"});
   EXPECT_EQ(recentSites(), Names{"example.com"});
-  EXPECT_EQ(page().recentActivityRows[0].timeText(), "Just now");
+  EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "Just now");
 }
 
 TEST_F(RecentActivity, is_asked_for_every_2_seconds_from_each_device) {
@@ -118,22 +118,22 @@ TEST_F(RecentActivity, without_a_device_asks_nothing_and_is_empty) {
   app.advance(10s);
   EXPECT_TRUE(http().requests().empty());
   EXPECT_EQ(changes, 0);
-  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
-  EXPECT_FALSE(page().showsRecentCaption());
+  EXPECT_EQ(page().activitySection.noRecentText(), "Link a device to see activity");
+  EXPECT_FALSE(page().activitySection.showsRecentCaption());
 }
 
 TEST_F(RecentActivity, empties_at_once_when_the_last_device_has_gone) {
   answerLogs({makeLog("a.example", 1)});
   openWithDevice();
   app.advance(2s);
-  EXPECT_EQ(page().recentLogs().size(), 1U);
+  EXPECT_EQ(page().activitySection.recent.logs().size(), 1U);
   http().answer("DELETE", "/children/c1/devices/d1", 204);
-  page().deviceRows[0].unlink();
-  page().unlinkSelectedDevice();
+  page().devicesSection.deviceRows[0].unlink();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.advance(2s);
-  EXPECT_TRUE(page().recentLogs().empty());
-  EXPECT_EQ(page().recentActivityRows.size(), 0U);
-  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+  EXPECT_TRUE(page().activitySection.recent.logs().empty());
+  EXPECT_EQ(page().activitySection.recent.rows.size(), 0U);
+  EXPECT_EQ(page().activitySection.noRecentText(), "Link a device to see activity");
 }
 
 TEST_F(RecentActivity, shows_blocked_and_allowed_sites_alike) {
@@ -141,21 +141,21 @@ TEST_F(RecentActivity, shows_blocked_and_allowed_sites_alike) {
   openWithDevice();
   app.advance(2s);
   EXPECT_EQ(recentSites(), (Names{"a.example", "b.example"}));
-  EXPECT_EQ(page().recentActivityRows[0].badge(), "Blocked");
-  EXPECT_EQ(page().recentActivityRows[1].badge(), std::nullopt);
-  EXPECT_TRUE(page().showsRecentCaption());
+  EXPECT_EQ(page().activitySection.recent.rows[0].badge(), "Blocked");
+  EXPECT_EQ(page().activitySection.recent.rows[1].badge(), std::nullopt);
+  EXPECT_TRUE(page().activitySection.showsRecentCaption());
 }
 
 TEST_F(RecentActivity, keeps_ten_of_eleven_sites_and_ten_of_ten) {
   answerLogs(sites(11));
   openWithDevice();
   app.advance(2s);
-  EXPECT_EQ(page().recentLogs().size(), 10U);
-  EXPECT_EQ(page().recentActivityRows.size(), 10U);
+  EXPECT_EQ(page().activitySection.recent.logs().size(), 10U);
+  EXPECT_EQ(page().activitySection.recent.rows.size(), 10U);
   EXPECT_EQ(recentSites().back(), "site9.example");
   answerLogs(sites(10));
   app.advance(2s);
-  EXPECT_EQ(page().recentLogs().size(), 10U);
+  EXPECT_EQ(page().activitySection.recent.logs().size(), 10U);
 }
 
 TEST_F(RecentActivity, ten_are_counted_after_each_site_has_become_one) {
@@ -166,26 +166,26 @@ TEST_F(RecentActivity, ten_are_counted_after_each_site_has_become_one) {
   answerLogs(logs);
   openWithDevice();
   app.advance(2s);
-  EXPECT_EQ(page().recentLogs().size(), 10U);
+  EXPECT_EQ(page().activitySection.recent.logs().size(), 10U);
 }
 
 TEST_F(RecentActivity, a_site_stands_once_with_its_newest_entry_whatever_sub_domain_and_case) {
   answerLogs({makeLog("old.Example.com", 30), makeLog("NEW.example.COM", 5), makeLog("example.com", 20)});
   openWithDevice();
   app.advance(2s);
-  EXPECT_EQ(domains(page().recentLogs()), Names{"NEW.example.COM"});
-  EXPECT_EQ(page().recentActivityRows[0].log().timestamp, "2016-10-08T22:30:55Z");
+  EXPECT_EQ(domains(page().activitySection.recent.logs()), Names{"NEW.example.COM"});
+  EXPECT_EQ(page().activitySection.recent.rows[0].log().timestamp, "2016-10-08T22:30:55Z");
 }
 
 TEST_F(RecentActivity, spins_while_a_fetch_is_under_way) {
   openWithDevice();
   http().hold();
   app.advance(2s);
-  EXPECT_TRUE(page().isLoadingRecentLogs());
+  EXPECT_TRUE(page().activitySection.recent.isLoading());
   http().complete(0, httpAnswer(200, R"({"logs":[]})"));
   app.settle();
-  EXPECT_FALSE(page().isLoadingRecentLogs());
-  EXPECT_EQ(page().noRecentText(), "No recent activity");
+  EXPECT_FALSE(page().activitySection.recent.isLoading());
+  EXPECT_EQ(page().activitySection.noRecentText(), "No recent activity");
 }
 
 TEST_F(RecentActivity, a_failure_is_logged_and_keeps_the_list) {
@@ -195,8 +195,8 @@ TEST_F(RecentActivity, a_failure_is_logged_and_keeps_the_list) {
   http().failAlways("GET", "/devices/d1/logs", TransportError::Kind::timedOut);
   app.advance(2s);
   EXPECT_EQ(recentSites(), Names{"a.example"});
-  EXPECT_FALSE(page().isLoadingRecentLogs());
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(page().activitySection.recent.isLoading());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(app.machine.log.systemLines(),
             Names{"[ChildDetailView] Failed to fetch recent activity: The request timed out."});
 }
@@ -225,24 +225,24 @@ TEST_F(ActivityRows, a_tick_that_brings_nothing_new_announces_and_makes_no_row) 
   Names changed;
   const auto listening = page().observe([&](const Member& member) { changed.emplace_back(member.name()); });
   int rowChanges = 0;
-  const auto* const row = &page().recentActivityRows[3];
+  const auto* const row = &page().activitySection.recent.rows[3];
   const auto rowListening =
-      page().recentActivityRows[3].observe([&](const Member& /*any*/) { ++rowChanges; });
+      page().activitySection.recent.rows[3].observe([&](const Member& /*any*/) { ++rowChanges; });
   app.advance(2s);
   EXPECT_EQ(changed, (Names{"isLoadingRecentLogs", "isLoadingRecentLogs"}));
   EXPECT_EQ(rowChanges, 0);
-  EXPECT_EQ(&page().recentActivityRows[3], row);
+  EXPECT_EQ(&page().activitySection.recent.rows[3], row);
 }
 
 TEST_F(ActivityRows, a_row_under_the_finger_survives_what_comes_above_it) {
   answerLogs({makeLog("a.example", 5), makeLog("b.example", 6)});
   openWithDevice();
   app.advance(2s);
-  page().recentActivityRows[1].dragChanged(81, 0);
+  page().activitySection.recent.rows[1].dragChanged(81, 0);
   answerLogs({makeLog("new.example", 0), makeLog("www.b.example", 1), makeLog("a.example", 5)});
   app.advance(2s);
   EXPECT_EQ(recentSites(), (Names{"new.example", "b.example", "a.example"}));
-  auto& dragged = page().recentActivityRows[1];
+  auto& dragged = page().activitySection.recent.rows[1];
   EXPECT_EQ(dragged.offset(), 81);
   EXPECT_EQ(dragged.log().domain, "www.b.example");
   dragged.dragEnded(81, 0);
@@ -254,18 +254,18 @@ TEST_F(ActivityRows, times_go_on_while_the_entries_stand_still) {
   answerLogs({makeLog("a.example", 0)});
   openWithDevice();
   app.advance(2s);
-  EXPECT_EQ(page().recentActivityRows[0].timeText(), "Just now");
+  EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "Just now");
   app.advance(58s);
-  EXPECT_EQ(page().recentActivityRows[0].timeText(), "1 min ago");
+  EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "1 min ago");
 }
 
 TEST_F(ActivityRows, times_go_on_in_a_list_that_is_fetched_once) {
   answerLogs({makeLog("a.example", 0, true)});
   openWithDevice();
   setTab(ChildDetailTab::sitesBlocked);
-  setFilter(page().blockedTimeFilter, ActivityTimeFilter::lastHour);
+  setFilter(page().activitySection.blockedTimeFilter, ActivityTimeFilter::lastHour);
   const std::size_t before = fetches();
-  const auto time = [this] { return page().blockedSiteRows[0].timeText(); };
+  const auto time = [this] { return page().activitySection.blocked.rows[0].timeText(); };
   EXPECT_EQ(time(), "Just now");
   app.advance(59s);
   EXPECT_EQ(time(), "Just now");
@@ -285,7 +285,7 @@ TEST_F(ActivityRows, times_go_on_while_the_service_does_not_answer) {
   app.advance(2s);
   http().failAlways("GET", "/devices/d1/logs", TransportError::Kind::timedOut);
   app.advance(118s);
-  EXPECT_EQ(page().recentActivityRows[0].timeText(), "2 min ago");
+  EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "2 min ago");
 }
 
 TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
@@ -293,26 +293,26 @@ TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
   answerPolicy("POST", "/allow", makePolicy(false, {"a.EXAMPLE"}));
   openWithDevice();
   app.advance(2s);
-  EXPECT_FALSE(page().recentActivityRows[0].isAlreadyAllowed());
-  page().recentActivityRows[0].allow();
+  EXPECT_FALSE(page().activitySection.recent.rows[0].isAlreadyAllowed());
+  page().activitySection.recent.rows[0].allow();
   app.settle();
-  EXPECT_TRUE(page().recentActivityRows[0].isAlreadyAllowed());
-  EXPECT_EQ(page().recentActivityRows[0].badge(), "Allowed");
-  EXPECT_EQ(page().recentLogs().size(), 1U);
+  EXPECT_TRUE(page().activitySection.recent.rows[0].isAlreadyAllowed());
+  EXPECT_EQ(page().activitySection.recent.rows[0].badge(), "Allowed");
+  EXPECT_EQ(page().activitySection.recent.logs().size(), 1U);
   setTab(ChildDetailTab::sitesBlocked);
-  EXPECT_TRUE(page().blockedSiteRows[0].isAlreadyAllowed());
+  EXPECT_TRUE(page().activitySection.blocked.rows[0].isAlreadyAllowed());
   answerPolicy("DELETE", "/allow/a.EXAMPLE", makePolicy());
-  page().permanentAllowedSiteRows[0].remove();
+  page().policySection.permanentAllowedSiteRows[0].remove();
   app.settle();
-  EXPECT_FALSE(page().blockedSiteRows[0].isAlreadyAllowed());
-  EXPECT_FALSE(page().recentActivityRows[0].isAlreadyAllowed());
+  EXPECT_FALSE(page().activitySection.blocked.rows[0].isAlreadyAllowed());
+  EXPECT_FALSE(page().activitySection.recent.rows[0].isAlreadyAllowed());
 }
 
 TEST_F(ActivityRows, a_row_that_outlives_its_screen_fires_into_nothing) {
   answerLogs({makeLog("a.example", 1)});
   openWithDevice();
   app.advance(2s);
-  const auto row = page().recentActivityRows.share("a.example");
+  const auto row = page().activitySection.recent.rows.share("a.example");
   screen.reset();
   http().forgetRequests();
   row->allow();
@@ -328,13 +328,12 @@ struct SiteTab {
   bool wasBlocked;
   std::string heading;
   std::string failure;
-  Input<ActivityTimeFilter> ChildDetailView::*filter;
-  Published<Logs> ChildDetailView::*logs;
-  Published<bool> ChildDetailView::*isLoading;
-  Derived<std::string> ChildDetailView::*emptyHeading;
-  Derived<std::string> ChildDetailView::*emptyText;
-  Derived<std::vector<ChoiceItem>> ChildDetailView::*filters;
-  std::size_t (*rows)(const ChildDetailView&);
+  Input<ActivityTimeFilter> ActivitySection::*filter;
+  Derived<std::string> ActivitySection::*emptyHeading;
+  Derived<std::string> ActivitySection::*emptyText;
+  Derived<std::vector<ChoiceItem>> ActivitySection::*filters;
+  SiteLog& (*log)(ActivitySection&);
+  std::size_t (*rows)(const ActivitySection&);
 };
 
 void PrintTo(const SiteTab& tab, std::ostream* out) { *out << tab.name; }
@@ -345,25 +344,23 @@ const std::vector<SiteTab> siteTabs{
      .wasBlocked = true,
      .heading = "No sites blocked",
      .failure = "blocked logs",
-     .filter = &ChildDetailView::blockedTimeFilter,
-     .logs = &ChildDetailView::blockedLogs,
-     .isLoading = &ChildDetailView::isLoadingBlockedLogs,
-     .emptyHeading = &ChildDetailView::noBlockedLogsHeading,
-     .emptyText = &ChildDetailView::noBlockedLogsText,
-     .filters = &ChildDetailView::blockedFilters,
-     .rows = [](const ChildDetailView& page) { return page.blockedSiteRows.size(); }},
+     .filter = &ActivitySection::blockedTimeFilter,
+     .emptyHeading = &ActivitySection::noBlockedLogsHeading,
+     .emptyText = &ActivitySection::noBlockedLogsText,
+     .filters = &ActivitySection::blockedFilters,
+     .log = [](ActivitySection& activity) -> SiteLog& { return activity.blocked; },
+     .rows = [](const ActivitySection& activity) { return activity.blocked.rows.size(); }},
     {.name = "allowed",
      .tab = ChildDetailTab::sitesAllowed,
      .wasBlocked = false,
      .heading = "No sites visited",
      .failure = "allowed logs",
-     .filter = &ChildDetailView::allowedTimeFilter,
-     .logs = &ChildDetailView::allowedLogs,
-     .isLoading = &ChildDetailView::isLoadingAllowedLogs,
-     .emptyHeading = &ChildDetailView::noAllowedLogsHeading,
-     .emptyText = &ChildDetailView::noAllowedLogsText,
-     .filters = &ChildDetailView::allowedFilters,
-     .rows = [](const ChildDetailView& page) { return page.allowedSiteRows.size(); }},
+     .filter = &ActivitySection::allowedTimeFilter,
+     .emptyHeading = &ActivitySection::noAllowedLogsHeading,
+     .emptyText = &ActivitySection::noAllowedLogsText,
+     .filters = &ActivitySection::allowedFilters,
+     .log = [](ActivitySection& activity) -> SiteLog& { return activity.allowed; },
+     .rows = [](const ActivitySection& activity) { return activity.allowed.rows.size(); }},
 };
 
 struct SiteTabs : ActivityPage, testing::WithParamInterface<SiteTab> {
@@ -371,8 +368,10 @@ struct SiteTabs : ActivityPage, testing::WithParamInterface<SiteTab> {
     openWithDevice();
     setTab(GetParam().tab);
   }
-  Input<ActivityTimeFilter>& filter() { return page().*GetParam().filter; }
-  const Logs& logs() { return (page().*GetParam().logs)(); }
+  ActivitySection& activity() { return page().activitySection; }
+  Input<ActivityTimeFilter>& filter() { return activity().*GetParam().filter; }
+  SiteLog& log() { return GetParam().log(activity()); }
+  const Logs& logs() { return log().logs(); }
   ChildDetailTab otherTab() const {
     return GetParam().wasBlocked ? ChildDetailTab::sitesAllowed : ChildDetailTab::sitesBlocked;
   }
@@ -394,7 +393,7 @@ TEST_P(SiteTabs, shows_only_its_kind_of_entries_each_site_once) {
               makeLog("BOTH.example", 4, GetParam().wasBlocked)});
   openTab();
   EXPECT_EQ(domains(logs()), Names{"www.both.example"});
-  EXPECT_EQ(GetParam().rows(page()), 1U);
+  EXPECT_EQ(GetParam().rows(activity()), 1U);
 }
 
 TEST_P(SiteTabs, keeps_all_its_sites) {
@@ -473,7 +472,7 @@ TEST_P(SiteTabs, the_span_and_the_list_survive_a_change_of_tab) {
   setTab(GetParam().tab);
   EXPECT_EQ(filter()(), ActivityTimeFilter::today);
   EXPECT_EQ(logs().size(), 1U) << "shown until the next answer";
-  EXPECT_TRUE((page().*GetParam().isLoading)());
+  EXPECT_TRUE(log().isLoading());
 }
 
 TEST_P(SiteTabs, without_a_device_asks_nothing) {
@@ -482,27 +481,27 @@ TEST_P(SiteTabs, without_a_device_asks_nothing) {
   setTab(GetParam().tab);
   app.advance(10s);
   EXPECT_TRUE(http().requests().empty());
-  EXPECT_FALSE((page().*GetParam().isLoading)());
-  EXPECT_EQ((page().*GetParam().emptyHeading)(), "Link a device to see activity");
-  EXPECT_EQ((page().*GetParam().emptyText)(), "in the last 60 seconds");
+  EXPECT_FALSE(log().isLoading());
+  EXPECT_EQ((activity().*GetParam().emptyHeading)(), "Link a device to see activity");
+  EXPECT_EQ((activity().*GetParam().emptyText)(), "in the last 60 seconds");
 }
 
 TEST_P(SiteTabs, an_empty_list_says_of_what_time) {
   answerLogs({});
   openTab();
-  EXPECT_EQ((page().*GetParam().emptyHeading)(), GetParam().heading);
-  EXPECT_EQ((page().*GetParam().emptyText)(), "in the last 60 seconds");
+  EXPECT_EQ((activity().*GetParam().emptyHeading)(), GetParam().heading);
+  EXPECT_EQ((activity().*GetParam().emptyText)(), "in the last 60 seconds");
   for (const auto span :
        {ActivityTimeFilter::last5Minutes, ActivityTimeFilter::lastHour, ActivityTimeFilter::today}) {
     setFilter(filter(), span);
-    EXPECT_EQ((page().*GetParam().emptyText)(), "during this time period");
+    EXPECT_EQ((activity().*GetParam().emptyText)(), "during this time period");
   }
 }
 
 TEST_P(SiteTabs, the_chips_are_the_four_spans_with_one_selected) {
   openTab();
   setFilter(filter(), ActivityTimeFilter::lastHour);
-  EXPECT_EQ((page().*GetParam().filters)(),
+  EXPECT_EQ((activity().*GetParam().filters)(),
             (std::vector<ChoiceItem>{
                 {"Real-Time", false}, {"Last 5 min", false}, {"Last Hour", true}, {"Today", false}}));
 }
@@ -514,8 +513,8 @@ TEST_P(SiteTabs, a_failure_is_logged_and_keeps_the_list) {
   http().answerAlways("GET", "/devices/d1/logs", 403);
   app.advance(2s);
   EXPECT_EQ(logs().size(), 1U);
-  EXPECT_FALSE((page().*GetParam().isLoading)());
-  EXPECT_FALSE(page().showError());
+  EXPECT_FALSE(log().isLoading());
+  EXPECT_FALSE(page().errorAlert.isShown());
   EXPECT_EQ(app.machine.log.systemLines(),
             Names{"[ChildDetailView] Failed to fetch " + GetParam().failure + ": Access denied"});
 }
@@ -554,13 +553,13 @@ TEST_F(ActivityTimers, a_change_of_tab_leaves_the_devices_timer_alone) {
 TEST_F(ActivityTimers, none_starts_while_the_screen_is_not_up) {
   make();
   page().selectedTab = ChildDetailTab::sitesBlocked;
-  page().blockedTimeFilter = ActivityTimeFilter::today;
-  page().blockedTimeFilter = ActivityTimeFilter::realTime;
+  page().activitySection.blockedTimeFilter = ActivityTimeFilter::today;
+  page().activitySection.blockedTimeFilter = ActivityTimeFilter::realTime;
   EXPECT_TRUE(runningTimers().empty());
   openWithDevice();
   page().disappear();
   setTab(ChildDetailTab::sitesAllowed);
-  page().allowedTimeFilter = ActivityTimeFilter::today;
+  page().activitySection.allowedTimeFilter = ActivityTimeFilter::today;
   app.advance(1min);
   EXPECT_TRUE(runningTimers().empty());
   EXPECT_TRUE(http().requests().empty());
@@ -598,13 +597,13 @@ TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time
                                             makeLog("always.example", 2)}}));
     }
     app.advance(2s);
-    ASSERT_LE(page().recentActivityRows.size(), 2U);
+    ASSERT_LE(page().activitySection.recent.rows.size(), 2U);
     if (tick % ticksAnHour == 0) {
       EXPECT_EQ(fetches(), 1800U) << "one timer, one fetch a tick";
       EXPECT_EQ(count("GET", "/children/c1"), 240U);
       EXPECT_EQ(std::ssize(app.machine.log.systemLines()), failures);
       EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
-      EXPECT_FALSE(page().showError());
+      EXPECT_FALSE(page().errorAlert.isShown());
       failures = 0;
       http().forgetRequests();
       app.machine.log.clear();
@@ -614,7 +613,7 @@ TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time
   EXPECT_THAT(bytesAfterHours, testing::Each(bytesAfterHours.front()))
       << "all hours end in the same state, and so must weigh the same";
   app.advance(1s);
-  EXPECT_FALSE(page().isLoadingRecentLogs());
+  EXPECT_FALSE(page().activitySection.recent.isLoading());
   http().forgetRequests();
   page().disappear();
   app.advance(1min);
@@ -626,17 +625,17 @@ TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time
 
 TEST_F(ActivityTimers, the_sentences_are_the_systems_own) {
   make();
-  EXPECT_EQ(page().recentTitle(), "Recent Activity");
-  EXPECT_EQ(page().swipeToAllowText(), "Swipe right to allow");
-  EXPECT_EQ(page().swipeToBlockText(), "Swipe right to block");
-  EXPECT_EQ(page().recentHelp(),
+  EXPECT_EQ(page().activitySection.recentTitle(), "Recent Activity");
+  EXPECT_EQ(page().activitySection.swipeToAllowText(), "Swipe right to allow");
+  EXPECT_EQ(page().activitySection.swipeToBlockText(), "Swipe right to block");
+  EXPECT_EQ(page().activitySection.recentHelp(),
             "Sites visited in the last 60 seconds will appear here. Swipe right to add to allowed list.");
-  EXPECT_EQ(page().blockedLogsTitle(), "Blocked Sites");
-  EXPECT_EQ(page().allowedLogsTitle(), "Sites Visited");
-  EXPECT_EQ(page().permanentTitle(), "Sites You've Allowed");
-  EXPECT_EQ(page().permanentCaption(), "These sites are always allowed. Swipe left to remove.");
-  EXPECT_EQ(page().noPermanentHeading(), "No sites manually allowed yet");
-  EXPECT_EQ(page().noPermanentText(),
+  EXPECT_EQ(page().activitySection.blockedLogsTitle(), "Blocked Sites");
+  EXPECT_EQ(page().activitySection.allowedLogsTitle(), "Sites Visited");
+  EXPECT_EQ(page().policySection.permanentTitle(), "Sites You've Allowed");
+  EXPECT_EQ(page().policySection.permanentCaption(), "These sites are always allowed. Swipe left to remove.");
+  EXPECT_EQ(page().policySection.noPermanentHeading(), "No sites manually allowed yet");
+  EXPECT_EQ(page().policySection.noPermanentText(),
             "Default sites (Quillmar, Microsoft, Apple, Google) are always allowed.");
 }
 

@@ -100,8 +100,8 @@ struct ChildDetail : testing::Test {
   ScriptedHttpSession& http() { return app.machine.http; }
   ChildDetailView& page() { return *screen; }
   void expectAlert(const std::string& text) {
-    EXPECT_TRUE(page().showError());
-    EXPECT_EQ(page().errorMessage(), text);
+    EXPECT_TRUE(page().errorAlert.isShown());
+    EXPECT_EQ(page().errorAlert.message(), text);
   }
 
   template <class Row, class Text>

@@ -12,7 +12,7 @@ struct ChildPolicyPart : ChildDetail {
   }
   // Turns the toggle as a person does.
   void toggle(bool on) {
-    EXPECT_TRUE(page().isBlocked.input(on));
+    EXPECT_TRUE(page().policySection.isBlocked.input(on));
     app.settle();
   }
 };
@@ -24,33 +24,34 @@ using LogSwipes = ChildPolicyPart;
 TEST_F(BlockToggle, a_child_that_is_not_blocked_causes_no_call) {
   open({}, inMode(makePolicy(false, {"a.example"}, {"b.example"}), "whitelist"));
   EXPECT_TRUE(policyCalls().empty());
-  EXPECT_EQ(page().blockMode(), "whitelist");
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
-  EXPECT_EQ(page().blockWarning(), std::nullopt);
+  EXPECT_EQ(page().policySection.blockMode(), "whitelist");
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
+  EXPECT_EQ(page().policySection.blockWarning(), std::nullopt);
 }
 
 TEST_F(BlockToggle, a_child_that_is_blocked_is_sent_as_a_whitelist_child_once) {
   answerPolicy("PUT", "", makePolicy(true));
   open({}, makePolicy(true, {"a.example"}));
   EXPECT_EQ(policyCalls(), Names{R"({"is_blocked":true,"block_mode":"whitelist"})"});
-  EXPECT_TRUE(page().isBlocked());
-  EXPECT_EQ(page().blockMode(), "whitelist");
-  EXPECT_EQ(page().blockWarning(), "Internet is blocked for Mia. Only allowed sites will work.");
+  EXPECT_TRUE(page().policySection.isBlocked());
+  EXPECT_EQ(page().policySection.blockMode(), "whitelist");
+  EXPECT_EQ(page().policySection.blockWarning(),
+            "Internet is blocked for Mia. Only allowed sites will work.");
 }
 
 TEST_F(BlockToggle, the_call_goes_out_when_the_whole_answer_is_written) {
   answerChild({}, makePolicy(true, {"a.example"}, {"b.example"}));
   make();
-  const auto watching = page().blockMode.onChange([&] {
-    EXPECT_TRUE(page().isBlocked());
-    EXPECT_EQ(page().policy()->allowedDomains, Names{"a.example"});
-    EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-    EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
+  const auto watching = page().policySection.blockMode.onChange([&] {
+    EXPECT_TRUE(page().policySection.isBlocked());
+    EXPECT_EQ(page().policySection.policy()->allowedDomains, Names{"a.example"});
+    EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+    EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
   });
   screen->appear();
   app.settle();
-  EXPECT_EQ(page().blockMode(), "whitelist");
+  EXPECT_EQ(page().policySection.blockMode(), "whitelist");
 }
 
 TEST_F(BlockToggle, the_first_turn_on_sends_whitelist_and_so_does_the_turn_off) {
@@ -60,13 +61,13 @@ TEST_F(BlockToggle, the_first_turn_on_sends_whitelist_and_so_does_the_turn_off) 
   toggle(false);
   EXPECT_EQ(policyCalls(), (Names{R"({"is_blocked":true,"block_mode":"whitelist"})",
                                   R"({"is_blocked":false,"block_mode":"whitelist"})"}));
-  EXPECT_EQ(page().blockMode(), "whitelist");
+  EXPECT_EQ(page().policySection.blockMode(), "whitelist");
 }
 
 TEST_F(BlockToggle, setting_it_to_what_it_is_sends_nothing) {
   open({}, makePolicy(false));
   toggle(false);
-  page().isBlocked = false;
+  page().policySection.isBlocked = false;
   app.settle();
   EXPECT_TRUE(policyCalls().empty());
 }
@@ -76,11 +77,11 @@ TEST_F(BlockToggle, the_lists_come_from_the_answer_but_not_the_toggle_and_the_mo
   answerPolicy("PUT", "", answer);
   open({}, makePolicy(false));
   toggle(true);
-  EXPECT_EQ(page().policy(), answer);
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
-  EXPECT_TRUE(page().isBlocked());
-  EXPECT_EQ(page().blockMode(), "whitelist");
+  EXPECT_EQ(page().policySection.policy(), answer);
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
+  EXPECT_TRUE(page().policySection.isBlocked());
+  EXPECT_EQ(page().policySection.blockMode(), "whitelist");
   EXPECT_EQ(policyCalls().size(), 1U);
 }
 
@@ -89,9 +90,9 @@ TEST_F(BlockToggle, a_failure_is_told_and_turns_nothing_back) {
   open({}, makePolicy(false, {"a.example"}));
   toggle(true);
   expectAlert("Access denied");
-  EXPECT_TRUE(page().isBlocked());
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_EQ(page().policy(), makePolicy(false, {"a.example"}));
+  EXPECT_TRUE(page().policySection.isBlocked());
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.policy(), makePolicy(false, {"a.example"}));
 }
 
 TEST_F(BlockToggle, a_reload_that_turns_it_off_sends_the_stored_mode) {
@@ -114,19 +115,20 @@ TEST_F(BlockToggle, a_reload_of_a_blocked_child_that_is_shown_as_blocked_sends_n
 
 TEST_F(BlockToggle, a_child_without_a_policy_begins_with_a_blacklist_that_is_never_sent) {
   open();
-  EXPECT_EQ(page().blockMode(), "blacklist");
+  EXPECT_EQ(page().policySection.blockMode(), "blacklist");
   toggle(true);
   EXPECT_EQ(policyCalls(), Names{R"({"is_blocked":true,"block_mode":"whitelist"})"});
 }
 
 TEST_F(SiteLists, each_entry_is_a_row_with_a_way_out) {
   open({}, makePolicy(false, {"a.example", "B.example"}, {"c.example"}));
-  EXPECT_EQ(texts(page().allowedRows, &PolicySiteRow::domain), (Names{"a.example", "B.example"}));
-  EXPECT_EQ(texts(page().permanentAllowedSiteRows, &PermanentAllowedSiteRow::domain),
+  EXPECT_EQ(texts(page().policySection.allowedRows, &PolicySiteRow::domain),
             (Names{"a.example", "B.example"}));
-  EXPECT_EQ(texts(page().blockedRows, &PolicySiteRow::domain), Names{"c.example"});
-  EXPECT_EQ(page().allowedCount(), 2);
-  EXPECT_EQ(page().blockedCount(), 1);
+  EXPECT_EQ(texts(page().policySection.permanentAllowedSiteRows, &PermanentAllowedSiteRow::domain),
+            (Names{"a.example", "B.example"}));
+  EXPECT_EQ(texts(page().policySection.blockedRows, &PolicySiteRow::domain), Names{"c.example"});
+  EXPECT_EQ(page().policySection.allowedCount(), 2);
+  EXPECT_EQ(page().policySection.blockedCount(), 1);
 }
 
 TEST_F(SiteLists, an_added_site_is_lower_case_and_trimmed_of_blanks_and_nothing_more) {
@@ -143,10 +145,10 @@ TEST_F(SiteLists, an_added_site_is_lower_case_and_trimmed_of_blanks_and_nothing_
                                                     {"a b", "a b"},
                                                     {"BÜCHER.example", "bücher.example"}}) {
     http().forgetRequests();
-    page().newDomain.input(typed);
-    page().newBlockedDomain.input(typed);
-    EXPECT_TRUE(page().addAllowedSite());
-    EXPECT_TRUE(page().addBlockedSite());
+    page().policySection.newDomain.input(typed);
+    page().policySection.newBlockedDomain.input(typed);
+    EXPECT_TRUE(page().policySection.addAllowedSite());
+    EXPECT_TRUE(page().policySection.addBlockedSite());
     const Names body{R"({"domain":")" + sent + "\"}"};
     EXPECT_EQ(bodies("POST", "/children/c1/policy/allow"), body);
     EXPECT_EQ(bodies("POST", "/children/c1/policy/block"), body);
@@ -156,53 +158,54 @@ TEST_F(SiteLists, an_added_site_is_lower_case_and_trimmed_of_blanks_and_nothing_
 TEST_F(SiteLists, an_empty_field_adds_nothing) {
   open();
   http().forgetRequests();
-  EXPECT_FALSE(page().addAllowedSite());
-  EXPECT_FALSE(page().addBlockedSite());
+  EXPECT_FALSE(page().policySection.addAllowedSite());
+  EXPECT_FALSE(page().policySection.addBlockedSite());
   EXPECT_TRUE(http().requests().empty());
 }
 
 TEST_F(SiteLists, the_field_is_emptied_and_the_list_filled_when_the_service_has_answered) {
   answerPolicy("POST", "/allow", makePolicy(true, {"a.example", "x.example"}, {"ignored.example"}));
   open({}, makePolicy(false, {"a.example"}, {"b.example"}));
-  page().newDomain = std::string("x.example");
-  page().addAllowedSite();
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_EQ(page().newDomain(), "x.example");
+  page().policySection.newDomain = std::string("x.example");
+  page().policySection.addAllowedSite();
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.newDomain(), "x.example");
   app.settle();
-  EXPECT_EQ(page().allowedDomains(), (Names{"a.example", "x.example"}));
-  EXPECT_EQ(page().newDomain(), "");
-  EXPECT_EQ(page().blockedDomains(), Names{"b.example"}) << "the other list is not taken from the answer";
-  EXPECT_FALSE(page().isBlocked());
+  EXPECT_EQ(page().policySection.allowedDomains(), (Names{"a.example", "x.example"}));
+  EXPECT_EQ(page().policySection.newDomain(), "");
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"})
+      << "the other list is not taken from the answer";
+  EXPECT_FALSE(page().policySection.isBlocked());
 }
 
 TEST_F(SiteLists, the_blocked_field_does_the_same_for_its_own_list) {
   answerPolicy("POST", "/block", makePolicy(false, {"ignored.example"}, {"x.example"}));
   open({}, makePolicy(false, {"a.example"}));
-  page().newDomain = std::string("stays");
-  page().newBlockedDomain = std::string("x.example");
-  page().addBlockedSite();
+  page().policySection.newDomain = std::string("stays");
+  page().policySection.newBlockedDomain = std::string("x.example");
+  page().policySection.addBlockedSite();
   app.settle();
-  EXPECT_EQ(page().blockedDomains(), Names{"x.example"});
-  EXPECT_EQ(page().newBlockedDomain(), "");
-  EXPECT_EQ(page().newDomain(), "stays");
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"x.example"});
+  EXPECT_EQ(page().policySection.newBlockedDomain(), "");
+  EXPECT_EQ(page().policySection.newDomain(), "stays");
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
 }
 
 TEST_F(SiteLists, a_refused_site_is_told_and_stays_in_its_field) {
   http().answer("POST", "/children/c1/policy/allow", 400, R"({"error":"Not a domain"})");
   http().answer("POST", "/children/c1/policy/block", 400, R"({"error":"Not one either"})");
   open({}, makePolicy(false, {"a.example"}));
-  page().newDomain = std::string("x");
-  page().addAllowedSite();
+  page().policySection.newDomain = std::string("x");
+  page().policySection.addAllowedSite();
   app.settle();
   expectAlert("Not a domain");
-  EXPECT_EQ(page().newDomain(), "x");
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  page().newBlockedDomain = std::string("y");
-  page().addBlockedSite();
+  EXPECT_EQ(page().policySection.newDomain(), "x");
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  page().policySection.newBlockedDomain = std::string("y");
+  page().policySection.addBlockedSite();
   app.settle();
   expectAlert("Not one either");
-  EXPECT_EQ(page().newBlockedDomain(), "y");
+  EXPECT_EQ(page().policySection.newBlockedDomain(), "y");
 }
 
 TEST_F(SiteLists, two_additions_are_sent_at_once_and_the_last_answer_counts) {
@@ -210,59 +213,60 @@ TEST_F(SiteLists, two_additions_are_sent_at_once_and_the_last_answer_counts) {
   http().hold();
   http().answer("POST", "/children/c1/policy/allow", 200, jsonOf(makePolicy(false, {"a"})));
   http().answer("POST", "/children/c1/policy/allow", 200, jsonOf(makePolicy(false, {"a", "b"})));
-  page().newDomain = std::string("a");
-  page().addAllowedSite();
-  page().newDomain = std::string("b");
-  page().addAllowedSite();
+  page().policySection.newDomain = std::string("a");
+  page().policySection.addAllowedSite();
+  page().policySection.newDomain = std::string("b");
+  page().policySection.addAllowedSite();
   app.settle();
   EXPECT_EQ(bodies("POST", "/children/c1/policy/allow"), (Names{R"({"domain":"a"})", R"({"domain":"b"})"}));
   http().complete(1, httpAnswer(200, jsonOf(makePolicy(false, {"a", "b"}))));
   http().complete(0, httpAnswer(200, jsonOf(makePolicy(false, {"a"}))));
   app.settle();
-  EXPECT_EQ(page().allowedDomains(), Names{"a"});
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a"});
 }
 
 TEST_F(SiteLists, a_removal_sends_the_entry_as_it_stands) {
   answerPolicy("DELETE", "/allow/A.example", makePolicy(false, {}, {"ignored"}));
   answerPolicy("DELETE", "/block/B.example", makePolicy(false, {"ignored"}, {}));
   open({}, makePolicy(false, {"A.example"}, {"B.example"}));
-  page().allowedRows[0].remove();
-  EXPECT_EQ(page().allowedDomains(), Names{"A.example"}) << "not before the service has answered";
-  page().blockedRows[0].remove();
+  page().policySection.allowedRows[0].remove();
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"A.example"})
+      << "not before the service has answered";
+  page().policySection.blockedRows[0].remove();
   app.settle();
-  EXPECT_TRUE(page().allowedDomains().empty());
-  EXPECT_TRUE(page().blockedDomains().empty());
-  EXPECT_EQ(page().allowedRows.size(), 0U);
-  EXPECT_EQ(page().permanentAllowedSiteRows.size(), 0U);
-  EXPECT_EQ(page().blockedRows.size(), 0U);
+  EXPECT_TRUE(page().policySection.allowedDomains().empty());
+  EXPECT_TRUE(page().policySection.blockedDomains().empty());
+  EXPECT_EQ(page().policySection.allowedRows.size(), 0U);
+  EXPECT_EQ(page().policySection.permanentAllowedSiteRows.size(), 0U);
+  EXPECT_EQ(page().policySection.blockedRows.size(), 0U);
 }
 
 TEST_F(SiteLists, a_swipe_to_the_left_removes_an_allowed_site) {
   answerPolicy("DELETE", "/allow/a.example", makePolicy());
   open({}, makePolicy(false, {"a.example"}));
-  auto& row = page().permanentAllowedSiteRows[0];
+  auto& row = page().policySection.permanentAllowedSiteRows[0];
   row.dragChanged(-81, 0);
   row.dragEnded(-81, 0);
   app.settle();
-  EXPECT_TRUE(page().allowedDomains().empty());
+  EXPECT_TRUE(page().policySection.allowedDomains().empty());
 }
 
 TEST_F(SiteLists, a_failed_removal_is_told_and_removes_nothing) {
   open({}, makePolicy(false, {"a b"}, {"b.example"}));
   http().answer("DELETE", "/children/c1/policy/block/b.example", 404);
-  page().removeBlockedSite("b.example");
+  page().policySection.removeBlockedSite("b.example");
   app.settle();
   expectAlert("Resource not found");
-  page().removeAllowedSite("a b");
+  page().policySection.removeAllowedSite("a b");
   app.settle();
   expectAlert("Invalid response from server");
-  EXPECT_EQ(page().allowedDomains(), Names{"a b"});
-  EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a b"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
 }
 
 TEST_F(SiteLists, a_list_that_comes_again_announces_no_row) {
   open({}, makePolicy(false, {"a.example", "b.example"}, {"c.example"}));
-  page().permanentAllowedSiteRows[1].dragChanged(-40, 0);
+  page().policySection.permanentAllowedSiteRows[1].dragChanged(-40, 0);
   int changes = 0;
   const auto listening =
       page().observe([&](const Member& member) { changes += member.name().ends_with("Rows") ? 1 : 0; });
@@ -272,34 +276,34 @@ TEST_F(SiteLists, a_list_that_comes_again_announces_no_row) {
   answerChild({}, makePolicy(false, {"b.example"}, {"c.example"}));
   page().reloadChild();
   app.settle();
-  EXPECT_EQ(page().permanentAllowedSiteRows[0].offset(), -40) << "a row stays its site's";
+  EXPECT_EQ(page().policySection.permanentAllowedSiteRows[0].offset(), -40) << "a row stays its site's";
 }
 
 TEST_F(LogSwipes, a_site_is_allowed_if_an_entry_is_the_same_in_any_case) {
   open({}, makePolicy(false, {"Example.COM", "bücher.example"}));
-  EXPECT_TRUE(page().isDomainAllowed("example.com"));
-  EXPECT_TRUE(page().isDomainAllowed("EXAMPLE.com"));
-  EXPECT_TRUE(page().isDomainAllowed("BÜCHER.example"));
-  EXPECT_FALSE(page().isDomainAllowed("www.example.com"));
-  EXPECT_FALSE(page().isDomainAllowed("google.com")) << "the service's own sites do not count";
+  EXPECT_TRUE(page().policySection.isDomainAllowed("example.com"));
+  EXPECT_TRUE(page().policySection.isDomainAllowed("EXAMPLE.com"));
+  EXPECT_TRUE(page().policySection.isDomainAllowed("BÜCHER.example"));
+  EXPECT_FALSE(page().policySection.isDomainAllowed("www.example.com"));
+  EXPECT_FALSE(page().policySection.isDomainAllowed("google.com")) << "the service's own sites do not count";
 }
 
 TEST_F(LogSwipes, allowing_sends_the_site_and_is_felt) {
   answerPolicy("POST", "/allow", makePolicy(false, {"example.co.uk"}, {"ignored"}));
   open();
-  page().allowFromLog(makeLog("WWW.Shop.Example.co.uk", 1));
+  page().policySection.allowFromLog(makeLog("WWW.Shop.Example.co.uk", 1));
   EXPECT_TRUE(app.machine.haptics.played.empty());
   app.settle();
   EXPECT_EQ(bodies("POST", "/children/c1/policy/allow"), Names{R"({"domain":"example.co.uk"})"});
-  EXPECT_EQ(page().allowedDomains(), Names{"example.co.uk"});
-  EXPECT_TRUE(page().blockedDomains().empty());
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"example.co.uk"});
+  EXPECT_TRUE(page().policySection.blockedDomains().empty());
   EXPECT_EQ(app.machine.haptics.played, std::vector{HapticFeedback::success});
 }
 
 TEST_F(LogSwipes, allowing_what_is_allowed_makes_no_call) {
   open({}, makePolicy(false, {"EXAMPLE.com"}));
   http().forgetRequests();
-  page().allowFromLog(makeLog("www.example.com", 1));
+  page().policySection.allowFromLog(makeLog("www.example.com", 1));
   app.settle();
   EXPECT_TRUE(http().requests().empty());
   EXPECT_TRUE(app.machine.haptics.played.empty());
@@ -308,11 +312,11 @@ TEST_F(LogSwipes, allowing_what_is_allowed_makes_no_call) {
 TEST_F(LogSwipes, blocking_sends_the_site_even_if_it_is_blocked_or_allowed) {
   answerPolicy("POST", "/block", makePolicy(false, {"ignored"}, {"example.com"}));
   open({}, makePolicy(false, {"example.com"}, {"example.com"}));
-  page().blockFromLog(makeLog("www.example.com", 1));
+  page().policySection.blockFromLog(makeLog("www.example.com", 1));
   app.settle();
   EXPECT_EQ(bodies("POST", "/children/c1/policy/block"), Names{R"({"domain":"example.com"})"});
-  EXPECT_EQ(page().allowedDomains(), Names{"example.com"});
-  EXPECT_EQ(page().blockedDomains(), Names{"example.com"});
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"example.com"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"example.com"});
   EXPECT_EQ(app.machine.haptics.played, std::vector{HapticFeedback::success});
 }
 
@@ -320,10 +324,10 @@ TEST_F(LogSwipes, a_failure_is_told_and_not_felt) {
   http().answer("POST", "/children/c1/policy/allow", 403);
   http().answer("POST", "/children/c1/policy/block", 404);
   open();
-  page().allowFromLog(makeLog("www.example.com", 1));
+  page().policySection.allowFromLog(makeLog("www.example.com", 1));
   app.settle();
   expectAlert("Access denied");
-  page().blockFromLog(makeLog("www.example.com", 1));
+  page().policySection.blockFromLog(makeLog("www.example.com", 1));
   app.settle();
   expectAlert("Resource not found");
   EXPECT_TRUE(app.machine.haptics.played.empty());
@@ -331,17 +335,17 @@ TEST_F(LogSwipes, a_failure_is_told_and_not_felt) {
 
 TEST_F(LogSwipes, the_sentences_are_the_systems_own) {
   make();
-  EXPECT_EQ(page().controlsTitle(), "Internet Controls");
-  EXPECT_EQ(page().blockTitle(), "Block the Internet");
-  EXPECT_EQ(page().blockCaption(), "Block all sites except allowed list");
-  EXPECT_EQ(page().allowedTitle(), "Allowed Sites");
-  EXPECT_EQ(page().noAllowedText(),
+  EXPECT_EQ(page().policySection.controlsTitle(), "Internet Controls");
+  EXPECT_EQ(page().policySection.blockTitle(), "Block the Internet");
+  EXPECT_EQ(page().policySection.blockCaption(), "Block all sites except allowed list");
+  EXPECT_EQ(page().policySection.allowedTitle(), "Allowed Sites");
+  EXPECT_EQ(page().policySection.noAllowedText(),
             "No sites allowed yet. Default sites (Quillmar, Microsoft, Apple, Google) are always allowed.");
-  EXPECT_EQ(page().allowedPlaceholder(), "Add allowed site (e.g., example.com)");
-  EXPECT_EQ(page().blockedTitle(), "Blocked Sites");
-  EXPECT_EQ(page().blockedCaption(), "Sites in this list will always be blocked");
-  EXPECT_EQ(page().noBlockedText(), "No blocked sites yet");
-  EXPECT_EQ(page().blockedPlaceholder(), "Add blocked site (e.g., example.com)");
+  EXPECT_EQ(page().policySection.allowedPlaceholder(), "Add allowed site (e.g., example.com)");
+  EXPECT_EQ(page().policySection.blockedTitle(), "Blocked Sites");
+  EXPECT_EQ(page().policySection.blockedCaption(), "Sites in this list will always be blocked");
+  EXPECT_EQ(page().policySection.noBlockedText(), "No blocked sites yet");
+  EXPECT_EQ(page().policySection.blockedPlaceholder(), "Add blocked site (e.g., example.com)");
 }
 
 }  // namespace

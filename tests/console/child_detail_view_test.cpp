@@ -12,19 +12,21 @@ using namespace std::chrono_literals;
 using Names = std::vector<std::string>;
 
 struct ChildDetailPage : ChildDetail {
-  Names deviceNames() { return texts(page().deviceRows, &SwipeableDeviceRow::deviceDisplayName); }
+  Names deviceNames() {
+    return texts(page().devicesSection.deviceRows, &SwipeableDeviceRow::deviceDisplayName);
+  }
 };
 
 TEST_F(ChildDetailPage, starts_with_nothing_known) {
   make(2010);
-  EXPECT_TRUE(page().devices().empty());
-  EXPECT_EQ(page().policy(), std::nullopt);
+  EXPECT_TRUE(page().devicesSection.devices().empty());
+  EXPECT_EQ(page().policySection.policy(), std::nullopt);
   EXPECT_FALSE(page().isLoading());
   EXPECT_EQ(page().selectedTab(), ChildDetailTab::realTime);
-  EXPECT_FALSE(page().isBlocked());
-  EXPECT_EQ(page().blockMode(), "blacklist");
-  EXPECT_EQ(page().onlineText(), "0/0 online");
-  EXPECT_EQ(page().onlineDotColor(), "statusOffline");
+  EXPECT_FALSE(page().policySection.isBlocked());
+  EXPECT_EQ(page().policySection.blockMode(), "blacklist");
+  EXPECT_EQ(page().devicesSection.onlineText(), "0/0 online");
+  EXPECT_EQ(page().devicesSection.onlineDotColor(), "statusOffline");
   app.settle();
   EXPECT_TRUE(http().requests().empty()) << "nothing is asked before it appears";
 }
@@ -35,10 +37,10 @@ TEST_F(ChildDetailPage, appearing_loads_the_child_and_shows_its_devices) {
   open({makeDevice("d1", false), online});
   EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
   EXPECT_EQ(deviceNames(), (Names{"Device d1", "Device d2"}));
-  EXPECT_EQ(page().onlineText(), "1/2 online");
-  EXPECT_EQ(page().onlineDotColor(), "brandGreen");
-  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen Just now");
-  EXPECT_EQ(page().deviceRows[1].lastSeenText(), "Online now");
+  EXPECT_EQ(page().devicesSection.onlineText(), "1/2 online");
+  EXPECT_EQ(page().devicesSection.onlineDotColor(), "brandGreen");
+  EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen Just now");
+  EXPECT_EQ(page().devicesSection.deviceRows[1].lastSeenText(), "Online now");
   EXPECT_FALSE(page().isLoading());
 }
 
@@ -49,10 +51,10 @@ TEST_F(ChildDetailPage, a_failed_load_is_told_and_empties_nothing) {
   app.settle();
   expectAlert("The request timed out.");
   EXPECT_EQ(deviceNames(), Names{"Device d1"});
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_TRUE(page().dismissError());
-  EXPECT_FALSE(page().showError());
-  EXPECT_FALSE(page().dismissError()) << "there is nothing to dismiss";
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_TRUE(page().errorAlert.dismiss());
+  EXPECT_FALSE(page().errorAlert.isShown());
+  EXPECT_FALSE(page().errorAlert.dismiss()) << "there is nothing to dismiss";
 }
 
 TEST_F(ChildDetailPage, an_answer_without_a_policy_keeps_the_toggle_and_the_lists) {
@@ -61,10 +63,10 @@ TEST_F(ChildDetailPage, an_answer_without_a_policy_keeps_the_toggle_and_the_list
   answerChild({makeDevice("d1")}, std::nullopt);
   page().reloadChild();
   app.settle();
-  EXPECT_EQ(page().devices().size(), 1U);
-  EXPECT_EQ(page().policy(), blocking);
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_EQ(page().blockedDomains(), Names{"b.example"});
+  EXPECT_EQ(page().devicesSection.devices().size(), 1U);
+  EXPECT_EQ(page().policySection.policy(), blocking);
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
 }
 
 // The header.
@@ -121,7 +123,7 @@ TEST_F(ChildDetailPage, done_dismisses_and_updates_nobody) {
 
 TEST_F(ChildDetailPage, the_devices_are_refreshed_every_15_seconds) {
   open();
-  EXPECT_TRUE(page().isDeviceStatusTimerRunning());
+  EXPECT_TRUE(page().devicesSection.isRunning());
   app.advance(14999ms);
   EXPECT_EQ(count("GET", "/children/c1"), 1U);
   answerChild({makeDevice("d1")});
@@ -136,10 +138,10 @@ TEST_F(ChildDetailPage, a_refresh_leaves_the_policy_alone) {
   open({}, makePolicy(false, {"a.example"}));
   answerChild({makeDevice("d1")}, makePolicy(true, {"z.example"}, {"y.example"}));
   app.advance(15s);
-  EXPECT_EQ(page().devices().size(), 1U);
-  EXPECT_FALSE(page().isBlocked());
-  EXPECT_EQ(page().allowedDomains(), Names{"a.example"});
-  EXPECT_TRUE(page().blockedDomains().empty());
+  EXPECT_EQ(page().devicesSection.devices().size(), 1U);
+  EXPECT_FALSE(page().policySection.isBlocked());
+  EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
+  EXPECT_TRUE(page().policySection.blockedDomains().empty());
   EXPECT_TRUE(policyCalls().empty());
 }
 
@@ -147,15 +149,15 @@ TEST_F(ChildDetailPage, a_failed_refresh_is_silent_and_keeps_the_devices) {
   open({makeDevice("d1")});
   http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
   app.advance(45s);
-  EXPECT_FALSE(page().showError());
-  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_FALSE(page().errorAlert.isShown());
+  EXPECT_EQ(page().devicesSection.devices().size(), 1U);
 }
 
 TEST_F(ChildDetailPage, a_disappearance_ends_all_timers_and_an_appearance_begins_anew) {
   open({makeDevice("d1")});
   page().disappear();
-  EXPECT_FALSE(page().isDeviceStatusTimerRunning());
-  EXPECT_FALSE(page().isRecentActivityTimerRunning());
+  EXPECT_FALSE(page().devicesSection.isRunning());
+  EXPECT_FALSE(page().activitySection.recent.isRefreshing());
   http().forgetRequests();
   app.advance(1h);
   EXPECT_TRUE(http().requests().empty());
@@ -177,76 +179,77 @@ TEST_F(ChildDetailPage, an_answer_after_its_end_is_told_to_nobody) {
 
 TEST_F(ChildDetailPage, a_refresh_that_brings_nothing_new_announces_and_makes_no_row) {
   open({makeDevice("d1"), makeDevice("d2")});
-  page().deviceRows[1].dragEnded(-100, 0);
-  const auto* const row = &page().deviceRows[1];
+  page().devicesSection.deviceRows[1].dragEnded(-100, 0);
+  const auto* const row = &page().devicesSection.deviceRows[1];
   int changes = 0;
   const auto listening = page().observe([&](const Member& member) {
     changes += member.name() == "deviceRows" || member.name() == "devices" ? 1 : 0;
   });
-  const auto rowListening = page().deviceRows[1].observe([&](const Member& /*any*/) { ++changes; });
+  const auto rowListening =
+      page().devicesSection.deviceRows[1].observe([&](const Member& /*any*/) { ++changes; });
   app.advance(15s);
   EXPECT_EQ(changes, 0);
-  EXPECT_EQ(&page().deviceRows[1], row);
-  EXPECT_TRUE(page().deviceRows[1].isSwiped());
+  EXPECT_EQ(&page().devicesSection.deviceRows[1], row);
+  EXPECT_TRUE(page().devicesSection.deviceRows[1].isSwiped());
 }
 
 TEST_F(ChildDetailPage, a_row_stays_its_devices_when_others_come_and_go) {
   open({makeDevice("d1"), makeDevice("d2")});
-  page().deviceRows[1].dragChanged(-50, 0);
+  page().devicesSection.deviceRows[1].dragChanged(-50, 0);
   answerChild({makeDevice("d2"), makeDevice("d3")});
   app.advance(15s);
   EXPECT_EQ(deviceNames(), (Names{"Device d2", "Device d3"}));
-  EXPECT_EQ(page().deviceRows[0].offset(), -50);
-  EXPECT_EQ(page().deviceRows[1].offset(), 0);
+  EXPECT_EQ(page().devicesSection.deviceRows[0].offset(), -50);
+  EXPECT_EQ(page().devicesSection.deviceRows[1].offset(), 0);
 }
 
 TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_its_data_stand_still) {
   open({makeDevice("d1", false)});
   app.advance(60s);
-  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago");
+  EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen 1 min ago");
 }
 
 TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_the_service_does_not_answer) {
   open({makeDevice("d1", false)});
   http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
   app.advance(59s);
-  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen Just now");
+  EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen Just now");
   app.advance(1s);
-  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago");
+  EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen 1 min ago");
   page().disappear();
   app.advance(5min);
-  EXPECT_EQ(page().deviceRows[0].lastSeenText(), "Last seen 1 min ago") << "nobody looks";
+  EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen 1 min ago") << "nobody looks";
 }
 
 TEST_F(ChildDetailPage, two_devices_of_one_id_are_two_rows) {
   open({makeDevice("d1"), makeDevice("d1")});
-  EXPECT_EQ(page().deviceRows.size(), 2U);
+  EXPECT_EQ(page().devicesSection.deviceRows.size(), 2U);
 }
 
 // Unlinking.
 
 TEST_F(ChildDetailPage, unlinking_asks_first_and_cancel_changes_nothing) {
   open({makeDevice("d1")});
-  EXPECT_FALSE(page().unlinkSelectedDevice());
-  page().deviceRows[0].unlink();
-  EXPECT_TRUE(page().showUnlinkConfirmation());
-  EXPECT_EQ(page().deviceToUnlink()->id, "d1");
-  EXPECT_EQ(page().unlinkAlertText(),
+  EXPECT_FALSE(page().devicesSection.unlinkConfirmation.confirm());
+  page().devicesSection.deviceRows[0].unlink();
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.isShown());
+  EXPECT_EQ(page().devicesSection.deviceToUnlink()->id, "d1");
+  EXPECT_EQ(page().devicesSection.unlinkAlertText(),
             "This will remove Device d1 from Mia's profile. The device will still exist and can be linked to "
             "another child.");
-  EXPECT_TRUE(page().cancelUnlinking());
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.cancel());
   app.settle();
   EXPECT_EQ(count("DELETE", "/children/c1/devices/d1"), 0U);
-  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_EQ(page().devicesSection.devices().size(), 1U);
 }
 
 TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) {
   http().answer("DELETE", "/children/c1/devices/d1", 204);
   open({makeDevice("d1"), makeDevice("d2"), makeDevice("d1")});
-  page().deviceRows[0].unlink();
-  EXPECT_TRUE(page().unlinkSelectedDevice());
-  EXPECT_FALSE(page().showUnlinkConfirmation());
-  EXPECT_EQ(page().devices().size(), 3U) << "not before the service has answered";
+  page().devicesSection.deviceRows[0].unlink();
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.confirm());
+  EXPECT_FALSE(page().devicesSection.unlinkConfirmation.isShown());
+  EXPECT_EQ(page().devicesSection.devices().size(), 3U) << "not before the service has answered";
   app.settle();
   EXPECT_EQ(deviceNames(), Names{"Device d2"});
   EXPECT_EQ(order, "update ");
@@ -255,23 +258,23 @@ TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) 
 TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
   http().answer("DELETE", "/children/c1/devices/d1", 403);
   open({makeDevice("d1")});
-  page().deviceRows[0].unlink();
-  page().unlinkSelectedDevice();
+  page().devicesSection.deviceRows[0].unlink();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.settle();
   expectAlert("Access denied");
-  EXPECT_EQ(page().devices().size(), 1U);
+  EXPECT_EQ(page().devicesSection.devices().size(), 1U);
   EXPECT_EQ(updates, 0);
 }
 
 TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and_does_nothing) {
   open();
   http().forgetRequests();
-  page().showUnlinkConfirmation = true;
+  page().devicesSection.unlinkConfirmation.isShown = true;
   EXPECT_EQ(
-      page().unlinkAlertText(),
+      page().devicesSection.unlinkAlertText(),
       "This will remove this device from Mia's profile. The device will still exist and can be linked to "
       "another child.");
-  page().unlinkSelectedDevice();
+  page().devicesSection.unlinkConfirmation.confirm();
   app.settle();
   EXPECT_TRUE(http().requests().empty());
 }
@@ -280,14 +283,14 @@ TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and
 
 TEST_F(ChildDetailPage, a_linked_device_loads_the_child_again_and_nothing_else) {
   open();
-  page().linkDevice();
+  page().devicesSection.linkDevice();
   app.settle();
   http().forgetRequests();
   answerChild({makeDevice("d9")});
   http().answer("POST", "/children/c1/devices", 204);
-  page().showLinkDevice->linkSelectedDevice(makeDevice("d9"));
+  page().devicesSection.showLinkDevice->linkSelectedDevice(makeDevice("d9"));
   app.settle();
-  EXPECT_FALSE(page().showLinkDevice());
+  EXPECT_FALSE(page().devicesSection.showLinkDevice());
   EXPECT_EQ(http().calls(), (Names{"POST /children/c1/devices", "GET /children/c1"}));
   EXPECT_EQ(deviceNames(), Names{"Device d9"});
   EXPECT_EQ(updates, 0);
@@ -346,12 +349,12 @@ TEST_F(ChildDetailPage, an_empty_name_is_not_sent) {
 TEST_F(ChildDetailPage, deleting_the_profile_asks_first) {
   open();
   http().forgetRequests();
-  EXPECT_FALSE(page().deleteChildProfile());
+  EXPECT_FALSE(page().deletionConfirmation.confirm());
   page().deleteProfile();
-  EXPECT_TRUE(page().showDeleteConfirmation());
+  EXPECT_TRUE(page().deletionConfirmation.isShown());
   EXPECT_EQ(page().deleteAlertTitle(), "Delete Mia?");
-  page().cancelDeletion();
-  EXPECT_FALSE(page().showDeleteConfirmation());
+  page().deletionConfirmation.cancel();
+  EXPECT_FALSE(page().deletionConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(http().requests().empty());
 }
@@ -360,8 +363,8 @@ TEST_F(ChildDetailPage, a_deleted_profile_updates_and_closes_the_screen) {
   http().answer("DELETE", "/children/c1", 204);
   open();
   page().deleteProfile();
-  EXPECT_TRUE(page().deleteChildProfile());
-  EXPECT_FALSE(page().showDeleteConfirmation());
+  EXPECT_TRUE(page().deletionConfirmation.confirm());
+  EXPECT_FALSE(page().deletionConfirmation.isShown());
   app.settle();
   EXPECT_EQ(order, "update dismiss ");
 }
@@ -370,7 +373,7 @@ TEST_F(ChildDetailPage, a_failed_deletion_keeps_the_screen) {
   http().answer("DELETE", "/children/c1", 404);
   open();
   page().deleteProfile();
-  page().deleteChildProfile();
+  page().deletionConfirmation.confirm();
   app.settle();
   expectAlert("Resource not found");
   EXPECT_EQ(order, "");
@@ -381,7 +384,7 @@ TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_scree
   open();
   screen->setDismissHandler([this] { screen.reset(); });
   page().deleteProfile();
-  page().deleteChildProfile();
+  page().deletionConfirmation.confirm();
   app.settle();
   EXPECT_EQ(screen, nullptr);
   EXPECT_EQ(updates, 1);
@@ -390,18 +393,18 @@ TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_scree
 TEST_F(ChildDetailPage, the_sentences_are_the_systems_own) {
   make();
   EXPECT_EQ(page().doneTitle(), "Done");
-  EXPECT_EQ(page().devicesTitle(), "Devices");
-  EXPECT_EQ(page().noDevicesText(), "No devices linked yet");
-  EXPECT_EQ(page().linkDeviceTitle(), "Link Device");
-  EXPECT_EQ(page().unlinkAlertTitle(), "Unlink Device?");
-  EXPECT_EQ(page().unlinkTitle(), "Unlink");
+  EXPECT_EQ(page().devicesSection.devicesTitle(), "Devices");
+  EXPECT_EQ(page().devicesSection.noDevicesText(), "No devices linked yet");
+  EXPECT_EQ(page().devicesSection.linkDeviceTitle(), "Link Device");
+  EXPECT_EQ(page().devicesSection.unlinkAlertTitle(), "Unlink Device?");
+  EXPECT_EQ(page().devicesSection.unlinkTitle(), "Unlink");
   EXPECT_EQ(page().deleteProfileTitle(), "Delete Child Profile");
   EXPECT_EQ(page().deleteAlertText(),
             "This will remove the child profile and unlink all their devices. The devices will remain but "
             "won't be associated with this child.");
   EXPECT_EQ(page().deleteTitle(), "Delete");
-  EXPECT_EQ(page().errorTitle(), "Error");
-  EXPECT_EQ(page().okTitle(), "OK");
+  EXPECT_EQ(page().errorAlert.title(), "Error");
+  EXPECT_EQ(page().errorAlert.okTitle(), "OK");
   EXPECT_EQ(page().screenTimeTitle(), "Screen Time Limits");
   EXPECT_EQ(page().screenTimeBadge(), "Coming Soon");
   EXPECT_EQ(page().screenTimeText(), "Schedule internet access times");

@@ -7,7 +7,7 @@
 #include "client/records/child.h"
 #include "client/records/device.h"
 #include "foundation/json.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 // What the tests of a signed-in parent's screens share.
 namespace quillmar {

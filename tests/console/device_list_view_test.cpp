@@ -206,8 +206,8 @@ TEST_F(DashboardLoad, that_fails_empties_the_screen_in_silence) {
     EXPECT_EQ(screen().cards.size(), 0U) << row.what;
     EXPECT_EQ(screen().content(), DashboardContent::empty) << row.what;
     EXPECT_TRUE(screen().cardsAppeared()) << row.what;
-    EXPECT_FALSE(screen().showError()) << row.what;
-    EXPECT_EQ(screen().errorMessage(), "") << row.what;
+    EXPECT_FALSE(screen().errorAlert.isShown()) << row.what;
+    EXPECT_EQ(screen().errorAlert.message(), "") << row.what;
     screen().loadChildren();
   }
 }
@@ -281,7 +281,7 @@ TEST_F(DashboardLoad, an_answer_to_a_screen_that_no_longer_exists_is_nobodys) {
   app.machine.http.hold();
   app.settle();
   screen().logout();
-  screen().confirmLogout();
+  screen().logoutConfirmation.confirm();
   app.settle();
   ASSERT_EQ(app.find<DeviceListView>(), nullptr);
   app.machine.http.releaseAll();
@@ -413,7 +413,7 @@ TEST_F(DashboardRefresh, that_fails_keeps_everything_but_the_time) {
   EXPECT_EQ(names(), Names{"Mia"});
   EXPECT_EQ(screen().content(), DashboardContent::list);
   EXPECT_FALSE(screen().isBackgroundRefreshing());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_EQ(screen().lastRefreshTime(), VirtualDispatch::defaultStart + 30s);
 }
 
@@ -766,7 +766,7 @@ TEST_F(DashboardCards, held_by_a_front_end_lead_nowhere_once_the_screen_has_gone
   load();
   const auto card = screen().cards.share("c1");
   screen().logout();
-  screen().confirmLogout();
+  screen().logoutConfirmation.confirm();
   app.settle();
   card->tap();
   card->addDevice();
@@ -795,12 +795,12 @@ TEST_F(DashboardMenu, a_theme_that_is_set_elsewhere_shows_here) {
 
 TEST_F(DashboardMenu, logout_asks_first_and_may_be_called_off) {
   load();
-  EXPECT_FALSE(screen().confirmLogout());
+  EXPECT_FALSE(screen().logoutConfirmation.confirm());
   screen().logout();
-  EXPECT_TRUE(screen().showLogoutConfirmation());
+  EXPECT_TRUE(screen().logoutConfirmation.isShown());
   EXPECT_TRUE(app.environment().authState()->isLoggedIn());
-  screen().cancelLogout();
-  EXPECT_FALSE(screen().showLogoutConfirmation());
+  screen().logoutConfirmation.cancel();
+  EXPECT_FALSE(screen().logoutConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(app.environment().authState()->isLoggedIn());
   EXPECT_TRUE(screen().isAutoRefreshing());
@@ -813,7 +813,7 @@ TEST_F(DashboardMenu, logout_stops_the_timer_before_the_session_ends_and_the_log
   const auto subscription = app.environment().authState()->isLoggedIn.onChange(
       [&] { refreshingAtTheEnd.push_back(kept->isAutoRefreshing()); });
   screen().logout();
-  screen().confirmLogout();
+  screen().logoutConfirmation.confirm();
   EXPECT_EQ(refreshingAtTheEnd, std::vector{false});
   app.settle();
   EXPECT_EQ(app.screenNames(), Names{"LoginView"});
@@ -838,8 +838,8 @@ TEST_F(DashboardMenu, says_what_it_is) {
   EXPECT_EQ(screen().confirmationTitle(), "Logout?");
   EXPECT_EQ(screen().confirmationText(), "Are you sure you want to logout?");
   EXPECT_EQ(screen().confirmTitle(), "Logout");
-  EXPECT_EQ(screen().errorTitle(), "Error");
-  EXPECT_EQ(screen().okTitle(), "OK");
+  EXPECT_EQ(screen().errorAlert.title(), "Error");
+  EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

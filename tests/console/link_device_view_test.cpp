@@ -74,11 +74,11 @@ TEST_F(LinkDevice, a_failed_load_is_told_and_keeps_what_was_there) {
   sheet->loadUnassignedDevices();
   EXPECT_EQ(sheet->content(), LinkDeviceContent::loading);
   app.settle();
-  EXPECT_TRUE(sheet->showError());
-  EXPECT_EQ(sheet->errorMessage(), "The request timed out.");
+  EXPECT_TRUE(sheet->errorAlert.isShown());
+  EXPECT_EQ(sheet->errorAlert.message(), "The request timed out.");
   EXPECT_EQ(names(), (Names{"Device d1", "Device d2"}));
-  EXPECT_TRUE(sheet->dismissError());
-  EXPECT_FALSE(sheet->showError());
+  EXPECT_TRUE(sheet->errorAlert.dismiss());
+  EXPECT_FALSE(sheet->errorAlert.isShown());
 }
 
 TEST_F(LinkDevice, a_tap_links_the_device_then_tells_then_closes) {
@@ -96,8 +96,8 @@ TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
   open();
   sheet->deviceRows[0].link();
   app.settle();
-  EXPECT_EQ(sheet->errorMessage(), "Access denied");
-  EXPECT_TRUE(sheet->showError());
+  EXPECT_EQ(sheet->errorAlert.message(), "Access denied");
+  EXPECT_TRUE(sheet->errorAlert.isShown());
   EXPECT_EQ(order, "");
   EXPECT_EQ(names().size(), 2U);
 }
@@ -111,11 +111,11 @@ TEST_F(LinkDevice, a_swipe_opens_a_row_whose_button_asks_for_the_deletion) {
   row.dragEnded(-81, 0);
   EXPECT_EQ(row.offset(), -80);
   EXPECT_TRUE(row.isSwiped());
-  EXPECT_FALSE(sheet->showDeleteConfirmation()) << "the swipe alone does nothing";
+  EXPECT_FALSE(sheet->deletionConfirmation.isShown()) << "the swipe alone does nothing";
   row.remove();
   EXPECT_FALSE(row.isSwiped());
   EXPECT_EQ(row.offset(), 0);
-  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_TRUE(sheet->deletionConfirmation.isShown());
   EXPECT_EQ(sheet->deviceToDelete()->id, "d2");
   EXPECT_EQ(http().calls(), Names());
 }
@@ -154,13 +154,13 @@ TEST_F(LinkDevice, cancel_closes_without_a_word) {
 
 TEST_F(LinkDevice, deleting_asks_first_and_cancel_deletes_nothing) {
   open();
-  EXPECT_FALSE(sheet->deleteSelectedDevice());
+  EXPECT_FALSE(sheet->deletionConfirmation.confirm());
   sheet->deleteAt(1);
-  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_TRUE(sheet->deletionConfirmation.isShown());
   EXPECT_EQ(sheet->deviceToDelete()->id, "d2");
   EXPECT_EQ(sheet->deletionText(),
             "This will permanently delete Device d2 and unregister it from Quillmar. This cannot be undone.");
-  EXPECT_TRUE(sheet->cancelDeletion());
+  EXPECT_TRUE(sheet->deletionConfirmation.cancel());
   app.settle();
   EXPECT_EQ(http().count("DELETE", "/devices/d2"), 0U);
   EXPECT_EQ(sheet->deviceToDelete()->id, "d2") << "kept until the next use";
@@ -170,7 +170,7 @@ TEST_F(LinkDevice, a_place_outside_of_the_list_asks_nothing) {
   open();
   for (const std::int64_t index : {-1, 2, 1000}) {
     sheet->deleteAt(index);
-    EXPECT_FALSE(sheet->showDeleteConfirmation());
+    EXPECT_FALSE(sheet->deletionConfirmation.isShown());
     EXPECT_EQ(sheet->deviceToDelete(), std::nullopt);
   }
   EXPECT_EQ(
@@ -181,7 +181,7 @@ TEST_F(LinkDevice, a_place_outside_of_the_list_asks_nothing) {
 TEST_F(LinkDevice, whoever_can_not_swipe_deletes_from_the_row) {
   open();
   sheet->deviceRows[0].remove();
-  EXPECT_TRUE(sheet->showDeleteConfirmation());
+  EXPECT_TRUE(sheet->deletionConfirmation.isShown());
   EXPECT_EQ(sheet->deviceToDelete()->id, "d1");
 }
 
@@ -189,8 +189,8 @@ TEST_F(LinkDevice, a_deleted_device_leaves_the_list_and_the_sheet_stays) {
   http().answer("DELETE", "/devices/d1", 200, "ignored");
   open();
   sheet->deleteAt(0);
-  EXPECT_TRUE(sheet->deleteSelectedDevice());
-  EXPECT_FALSE(sheet->showDeleteConfirmation());
+  EXPECT_TRUE(sheet->deletionConfirmation.confirm());
+  EXPECT_FALSE(sheet->deletionConfirmation.isShown());
   EXPECT_EQ(names().size(), 2U) << "not before the service has answered";
   app.settle();
   EXPECT_EQ(names(), Names{"Device d2"});
@@ -201,9 +201,9 @@ TEST_F(LinkDevice, a_failed_deletion_is_told_and_the_device_stays) {
   http().answer("DELETE", "/devices/d1", 500, R"({"error":"Not now"})");
   open();
   sheet->deleteAt(0);
-  sheet->deleteSelectedDevice();
+  sheet->deletionConfirmation.confirm();
   app.settle();
-  EXPECT_EQ(sheet->errorMessage(), "Not now");
+  EXPECT_EQ(sheet->errorAlert.message(), "Not now");
   EXPECT_EQ(names().size(), 2U);
   EXPECT_EQ(order, "");
 }
@@ -211,8 +211,8 @@ TEST_F(LinkDevice, a_failed_deletion_is_told_and_the_device_stays) {
 TEST_F(LinkDevice, without_a_device_nothing_is_deleted) {
   open();
   http().forgetRequests();
-  sheet->showDeleteConfirmation = true;
-  sheet->deleteSelectedDevice();
+  sheet->deletionConfirmation.isShown = true;
+  sheet->deletionConfirmation.confirm();
   app.settle();
   EXPECT_TRUE(http().requests().empty());
 }
@@ -224,7 +224,7 @@ TEST_F(LinkDevice, a_load_that_answers_after_a_deletion_replaces_the_whole_list)
   sheet->loadUnassignedDevices();
   app.settle();
   sheet->deleteAt(0);
-  sheet->deleteSelectedDevice();
+  sheet->deletionConfirmation.confirm();
   app.settle();
   EXPECT_EQ(names(), Names{"Device d2"});
   answerWith({makeDevice("d2"), makeDevice("d3")});
@@ -287,8 +287,8 @@ TEST_F(LinkDevice, the_sentences_are_the_systems_own) {
   EXPECT_EQ(sheet->emptyText(), "No unassigned devices available");
   EXPECT_EQ(sheet->deletionTitle(), "Delete Device?");
   EXPECT_EQ(sheet->deleteTitle(), "Delete");
-  EXPECT_EQ(sheet->errorTitle(), "Error");
-  EXPECT_EQ(sheet->okTitle(), "OK");
+  EXPECT_EQ(sheet->errorAlert.title(), "Error");
+  EXPECT_EQ(sheet->errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

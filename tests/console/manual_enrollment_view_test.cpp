@@ -66,7 +66,7 @@ TEST_F(ManualEnrollment, begins_as_an_empty_form_and_calls_nobody) {
   EXPECT_EQ(screen().selectedDeviceType(), ManualDeviceType::playstation);
   EXPECT_EQ(screen().deviceIP(), "");
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().showInstructions());
   EXPECT_EQ(screen().enrollmentResult(), std::nullopt);
   app.advance(1min);
@@ -148,21 +148,22 @@ TEST_F(ManualEnrollment, a_failure_leaves_the_form_for_another_try) {
   app.machine.http.answer("POST", manualPath, 400, R"({"error":"Bad address"})");
   screen().deviceIP = "x";
   add();
-  EXPECT_EQ(screen().errorMessage(), "Bad address");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Bad address");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().isLoading());
   EXPECT_FALSE(screen().showInstructions());
   EXPECT_EQ(screen().deviceName(), "Console");
   EXPECT_EQ(screen().deviceIP(), "x");
-  screen().dismissError();
-  EXPECT_FALSE(screen().showError());
+  screen().errorAlert.dismiss();
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_TRUE(screen().addDevice.isEnabled());
 }
 
 TEST_F(ManualEnrollment, an_answer_of_another_shape_is_a_failure) {
   app.machine.http.answer("POST", manualPath, 200, "<html>");
   add();
-  EXPECT_EQ(screen().errorMessage(), "The data couldn’t be read because it isn’t in the correct format.");
+  EXPECT_EQ(screen().errorAlert.message(),
+            "The data couldn’t be read because it isn’t in the correct format.");
   EXPECT_FALSE(screen().showInstructions());
 }
 
@@ -263,8 +264,8 @@ TEST_F(ManualEnrollment, says_what_it_is) {
   EXPECT_EQ(screen().cancelTitle(), "Cancel");
   EXPECT_EQ(screen().backTitle(), "Back");
   EXPECT_EQ(screen().doneTitle(), "Done");
-  EXPECT_EQ(screen().errorTitle(), "Error");
-  EXPECT_EQ(screen().okTitle(), "OK");
+  EXPECT_EQ(screen().errorAlert.title(), "Error");
+  EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

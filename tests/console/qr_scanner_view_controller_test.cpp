@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_platform.h"
+#include "testing/fake_platform.h"
 
 namespace quillmar {
 namespace {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/live_memory.h"
+#include "testing/live_memory.h"
 
 namespace quillmar {
 namespace {

@@ -79,7 +79,7 @@ TEST_F(Scanning, begins_with_the_camera_and_calls_nobody) {
   EXPECT_EQ(screen().scannedCode(), "");
   EXPECT_EQ(screen().deviceName(), "");
   EXPECT_FALSE(screen().isProcessing());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().enrollmentSuccess());
   EXPECT_TRUE(screen().hasCamera());
   EXPECT_EQ(screen().cameraNotice(), std::nullopt);
@@ -97,7 +97,7 @@ TEST_F(Scanning, a_code_leads_to_the_review_with_the_devices_own_name) {
   EXPECT_EQ(screen().stage(), ScannerStage::review);
   EXPECT_EQ(screen().scannedCode(), code());
   EXPECT_EQ(screen().deviceName(), "Mia's iPhone");
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(reader().isRunning());
   EXPECT_EQ(calls(), 0U);
 }
@@ -131,11 +131,11 @@ TEST_F(Scanning, what_is_no_enrollment_is_an_invalid_format_and_leaves_a_way_out
              code() + "x"}) {
     open();
     scan(text);
-    EXPECT_EQ(screen().errorMessage(), "Invalid QR code format") << text.substr(0, 80);
-    EXPECT_TRUE(screen().showError());
+    EXPECT_EQ(screen().errorAlert.message(), "Invalid QR code format") << text.substr(0, 80);
+    EXPECT_TRUE(screen().errorAlert.isShown());
     EXPECT_EQ(screen().stage(), ScannerStage::review);
     EXPECT_EQ(screen().deviceName(), "");
-    screen().dismissError();
+    screen().errorAlert.dismiss();
     screen().scanAgain();
     EXPECT_TRUE(screen().isScanning());
     presenter.sheet = false;
@@ -146,10 +146,10 @@ TEST_F(Scanning, what_is_no_enrollment_is_an_invalid_format_and_leaves_a_way_out
 TEST_F(Scanning, an_invalid_code_cannot_be_completed) {
   open();
   scan(invitation);
-  screen().dismissError();
+  screen().errorAlert.dismiss();
   complete();
-  EXPECT_EQ(screen().errorMessage(), "Invalid QR code data");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Invalid QR code data");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().isProcessing());
   EXPECT_EQ(calls(), 0U);
   EXPECT_TRUE(app.machine.log.systemLines().empty());
@@ -296,12 +296,12 @@ TEST_F(Completing, a_failure_speaks_in_the_calls_words_with_two_flags_behind) {
   scan(code());
   app.machine.http.answer("POST", completePath, 400, R"({"error":"Enrollment code has expired"})");
   complete();
-  EXPECT_EQ(screen().errorMessage(), "Enrollment code has expired\n\n[Debug: Token: Yes, Region: Yes]");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Enrollment code has expired\n\n[Debug: Token: Yes, Region: Yes]");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().isProcessing());
   EXPECT_EQ(screen().stage(), ScannerStage::review);
   EXPECT_EQ(screen().scannedCode(), code());
-  screen().dismissError();
+  screen().errorAlert.dismiss();
   complete();
   EXPECT_TRUE(screen().enrollmentSuccess());
 }
@@ -333,9 +333,9 @@ TEST_F(Completing, the_flags_tell_whether_the_keys_exist_at_the_time_of_the_call
     app.machine.settings.set(settings::authToken, std::string("later"));
     app.machine.settings.set(settings::region, std::string("australia"));
     app.settle();
-    EXPECT_TRUE(screen().showError());
-    EXPECT_EQ(screen().errorMessage().substr(screen().errorMessage().find("\n\n") + 2), row.tail);
-    screen().dismissError();
+    EXPECT_TRUE(screen().errorAlert.isShown());
+    EXPECT_EQ(screen().errorAlert.message().substr(screen().errorAlert.message().find("\n\n") + 2), row.tail);
+    screen().errorAlert.dismiss();
   }
 }
 
@@ -344,7 +344,8 @@ TEST_F(Completing, a_stored_value_of_another_type_is_a_value) {
   scan(code());
   app.machine.settings.set(settings::region, std::int64_t{7});
   complete();
-  EXPECT_NE(screen().errorMessage().find("Region: Yes"), std::string::npos) << screen().errorMessage();
+  EXPECT_NE(screen().errorAlert.message().find("Region: Yes"), std::string::npos)
+      << screen().errorAlert.message();
 }
 
 TEST_F(WithoutACamera, says_so_and_starts_none) {
@@ -353,7 +354,7 @@ TEST_F(WithoutACamera, says_so_and_starts_none) {
   EXPECT_FALSE(screen().hasCamera());
   EXPECT_EQ(screen().cameraNotice(), "No camera was found. Use a picture of the code instead.");
   EXPECT_TRUE(screen().isScanning());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_TRUE(reader().calls.empty());
 }
 
@@ -423,8 +424,8 @@ TEST_F(WithoutACamera, other_text_on_the_clipboard_is_an_invalid_format) {
   open();
   app.machine.clipboard.setString("a shopping list");
   screen().pasteCode();
-  EXPECT_EQ(screen().errorMessage(), "Invalid QR code format");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "Invalid QR code format");
+  EXPECT_TRUE(screen().errorAlert.isShown());
 }
 
 TEST_F(WithoutACamera, a_picture_without_a_code_says_so_and_goes_on_scanning) {
@@ -432,17 +433,17 @@ TEST_F(WithoutACamera, a_picture_without_a_code_says_so_and_goes_on_scanning) {
   reader().picture = RecognisedObjects{{.isQRCode = false, .text = "4006381333931"}};
   screen().choosePicture("/tmp/dog.jpg");
   app.settle();
-  EXPECT_EQ(screen().errorMessage(), "No QR code was found in this picture.");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "No QR code was found in this picture.");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_TRUE(screen().isScanning());
   EXPECT_EQ(screen().scannedCode(), "");
   EXPECT_TRUE(reader().isRunning());
   screen().pasteCode();
   app.settle();
-  EXPECT_EQ(screen().errorMessage(), "No QR code was found on the clipboard.");
+  EXPECT_EQ(screen().errorAlert.message(), "No QR code was found on the clipboard.");
   screen().readScreen();
   app.settle();
-  EXPECT_EQ(screen().errorMessage(), "No QR code was found on the screen.");
+  EXPECT_EQ(screen().errorAlert.message(), "No QR code was found on the screen.");
   EXPECT_TRUE(screen().isScanning());
 }
 
@@ -451,8 +452,8 @@ TEST_F(WithoutACamera, a_picture_that_cannot_be_read_speaks_in_the_readers_words
   reader().picture = Error(QRReaderError{"The file is no picture."});
   screen().choosePicture("/etc/passwd");
   app.settle();
-  EXPECT_EQ(screen().errorMessage(), "The file is no picture.");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "The file is no picture.");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_TRUE(screen().isScanning());
   EXPECT_TRUE(screen().choosePicture.isEnabled());
 }
@@ -490,8 +491,8 @@ TEST_F(Scanning, says_what_it_is) {
   EXPECT_EQ(screen().successHeading(), "Device Enrolled!");
   EXPECT_EQ(screen().successText(), "The device has been successfully added to your account.");
   EXPECT_EQ(screen().doneTitle(), "Done");
-  EXPECT_EQ(screen().errorTitle(), "Error");
-  EXPECT_EQ(screen().okTitle(), "OK");
+  EXPECT_EQ(screen().errorAlert.title(), "Error");
+  EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

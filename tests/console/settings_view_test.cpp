@@ -10,7 +10,7 @@
 
 #include "console/device_list_view.h"
 #include "identity/keychain_service.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -40,7 +40,7 @@ struct Settings : testing::Test {
   DeleteAccountSheet& sheet() { return app.screen<DeleteAccountSheet>(); }
   void openPasswordSheet(const std::string& password = {}) {
     screen().deleteAccount();
-    EXPECT_TRUE(screen().continueDeletion());
+    EXPECT_TRUE(screen().deletionConfirmation.confirm());
     screen().deleteAccountPassword = password;
   }
   void answer(int status, const std::string& body = "{}") {
@@ -119,17 +119,17 @@ TEST_F(Settings, a_look_chosen_elsewhere_moves_the_mark) {
 }
 
 TEST_F(Settings, the_end_of_the_account_is_asked_for_twice) {
-  EXPECT_FALSE(screen().continueDeletion());
+  EXPECT_FALSE(screen().deletionConfirmation.confirm());
   EXPECT_FALSE(screen().performAccountDeletion());
   EXPECT_TRUE(screen().deleteAccount());
-  EXPECT_TRUE(screen().showDeleteAccountConfirmation());
+  EXPECT_TRUE(screen().deletionConfirmation.isShown());
   EXPECT_FALSE(screen().showDeleteAccountPassword());
-  EXPECT_TRUE(screen().cancelDeletion());
-  EXPECT_FALSE(screen().showDeleteAccountConfirmation());
+  EXPECT_TRUE(screen().deletionConfirmation.cancel());
+  EXPECT_FALSE(screen().deletionConfirmation.isShown());
   EXPECT_FALSE(screen().showDeleteAccountPassword());
   screen().deleteAccount();
-  EXPECT_TRUE(screen().continueDeletion());
-  EXPECT_FALSE(screen().showDeleteAccountConfirmation());
+  EXPECT_TRUE(screen().deletionConfirmation.confirm());
+  EXPECT_FALSE(screen().deletionConfirmation.isShown());
   EXPECT_TRUE(screen().showDeleteAccountPassword());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -67,10 +67,10 @@ struct FamilyScreen : testing::Test {
   }
   std::size_t loads() { return app.machine.http.count("GET", "/family"); }
   void expectAlert(const std::string& message) {
-    EXPECT_TRUE(screen->showError());
-    EXPECT_EQ(screen->errorMessage(), message);
-    EXPECT_TRUE(screen->dismissError());
-    EXPECT_FALSE(screen->showError());
+    EXPECT_TRUE(screen->errorAlert.isShown());
+    EXPECT_EQ(screen->errorAlert.message(), message);
+    EXPECT_TRUE(screen->errorAlert.dismiss());
+    EXPECT_FALSE(screen->errorAlert.isShown());
   }
 
   TestApplication app{asParent()};
@@ -425,12 +425,12 @@ TEST_F(FamilyScreen, removing_asks_once_the_sheet_is_gone) {
   EXPECT_TRUE(openSheet().removeFromFamily());
   EXPECT_FALSE(screen->showMemberSheet());
   app.advance(299ms);
-  EXPECT_FALSE(screen->showRemoveConfirmation());
-  EXPECT_FALSE(screen->confirmRemove());
+  EXPECT_FALSE(screen->removalConfirmation.isShown());
+  EXPECT_FALSE(screen->removalConfirmation.confirm());
   app.advance(1ms);
-  EXPECT_TRUE(screen->showRemoveConfirmation());
-  EXPECT_TRUE(screen->cancelRemove());
-  EXPECT_FALSE(screen->showRemoveConfirmation());
+  EXPECT_TRUE(screen->removalConfirmation.isShown());
+  EXPECT_TRUE(screen->removalConfirmation.cancel());
+  EXPECT_FALSE(screen->removalConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
@@ -440,9 +440,9 @@ TEST_F(FamilyScreen, a_confirmed_removal_goes_to_the_service_and_loads_again) {
   app.machine.http.answer("DELETE", "/family/members/m2", 200, "{}");
   openSheet().removeFromFamily();
   app.advance(300ms);
-  EXPECT_TRUE(screen->confirmRemove());
-  EXPECT_FALSE(screen->showRemoveConfirmation());
-  EXPECT_FALSE(screen->confirmRemove());
+  EXPECT_TRUE(screen->removalConfirmation.confirm());
+  EXPECT_FALSE(screen->removalConfirmation.isShown());
+  EXPECT_FALSE(screen->removalConfirmation.confirm());
   EXPECT_TRUE(screen->selectedMember().has_value());
   app.settle();
   EXPECT_EQ(app.machine.http.calls(), (Names{"DELETE /family/members/m2", "GET /family"}));
@@ -454,7 +454,7 @@ TEST_F(FamilyScreen, a_refused_removal_raises_the_alert_and_keeps_everything) {
   app.machine.http.fail("DELETE", "/family/members/m2", Kind::networkConnectionLost);
   openSheet().removeFromFamily();
   app.advance(300ms);
-  screen->confirmRemove();
+  screen->removalConfirmation.confirm();
   app.settle();
   expectAlert("The network connection was lost.");
   EXPECT_EQ(screen->selectedMember()->id, "m2");
@@ -463,8 +463,8 @@ TEST_F(FamilyScreen, a_refused_removal_raises_the_alert_and_keeps_everything) {
 
 TEST_F(FamilyScreen, a_removal_of_nobody_sends_nothing) {
   show();
-  screen->showRemoveConfirmation = true;
-  EXPECT_TRUE(screen->confirmRemove());
+  screen->removalConfirmation.isShown = true;
+  EXPECT_TRUE(screen->removalConfirmation.confirm());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
@@ -522,8 +522,8 @@ TEST_F(FamilyScreen, the_sentences_are_the_systems_own) {
   EXPECT_EQ(screen->removeTitle(), "Remove Family Member?");
   EXPECT_EQ(screen->removeText(), "This will revoke their access to your family's devices.");
   EXPECT_EQ(screen->confirmTitle(), "Remove");
-  EXPECT_EQ(screen->errorTitle(), "Error");
-  EXPECT_EQ(screen->okTitle(), "OK");
+  EXPECT_EQ(screen->errorAlert.title(), "Error");
+  EXPECT_EQ(screen->errorAlert.okTitle(), "OK");
   const InviteFamilyMemberSheet invite(*screen);
   EXPECT_EQ(invite.title(), "Invite Family Member");
   EXPECT_EQ(invite.doneTitle(), "Done");

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/date_format.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -56,10 +56,10 @@ struct HomeNetworkScreen : testing::Test {
     app.machine.http.forgetRequests();
   }
   void expectAlert(const std::string& message) {
-    EXPECT_TRUE(screen->showError());
-    EXPECT_EQ(screen->errorMessage(), message);
-    EXPECT_TRUE(screen->dismissError());
-    EXPECT_FALSE(screen->showError());
+    EXPECT_TRUE(screen->errorAlert.isShown());
+    EXPECT_EQ(screen->errorAlert.message(), message);
+    EXPECT_TRUE(screen->errorAlert.dismiss());
+    EXPECT_FALSE(screen->errorAlert.isShown());
   }
   std::string lastUpdated() const {
     std::string text = screen->addressRows()[2].value;
@@ -81,15 +81,15 @@ TEST_F(HomeNetworkScreen, begins_loading_and_asks_when_it_appears) {
   EXPECT_EQ(screen->currentIP(), "");
   EXPECT_FALSE(screen->ipMatches());
   EXPECT_FALSE(screen->isUpdatingIP());
-  EXPECT_FALSE(screen->showError());
-  EXPECT_FALSE(screen->showUpdateIPConfirmation());
-  EXPECT_FALSE(screen->showCreateConfirmation());
+  EXPECT_FALSE(screen->errorAlert.isShown());
+  EXPECT_FALSE(screen->updateConfirmation.isShown());
+  EXPECT_FALSE(screen->creationConfirmation.isShown());
   EXPECT_FALSE(screen->showSuccessMessage());
   EXPECT_EQ(screen->successMessage(), "");
   EXPECT_FALSE(screen->setUp());
   EXPECT_FALSE(screen->updateIP());
-  EXPECT_FALSE(screen->confirmCreate());
-  EXPECT_FALSE(screen->confirmUpdate());
+  EXPECT_FALSE(screen->creationConfirmation.confirm());
+  EXPECT_FALSE(screen->updateConfirmation.confirm());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
   screen->appear();
@@ -119,7 +119,7 @@ TEST_F(HomeNetworkScreen, an_address_that_is_not_known_yet_stops_nobody) {
   EXPECT_EQ(screen->createQuestion(),
             "Are you currently connected to your home Wi-Fi?\n\nTap 'I'm at Home' to register your current "
             "IP address () for filtering game consoles and smart TVs.");
-  EXPECT_TRUE(screen->confirmCreate.isEnabled());
+  EXPECT_TRUE(screen->creationConfirmation.confirm.isEnabled());
 }
 
 TEST_F(HomeNetworkScreen, a_failed_load_shows_its_words_over_the_set_up_page) {
@@ -213,12 +213,12 @@ TEST_F(HomeNetworkScreen, the_policy_is_shown_where_there_is_one) {
 TEST_F(HomeNetworkScreen, setting_up_asks_first_and_not_now_sends_nothing) {
   show(none);
   screen->setUp();
-  EXPECT_TRUE(screen->showCreateConfirmation());
+  EXPECT_TRUE(screen->creationConfirmation.isShown());
   EXPECT_EQ(screen->createQuestion(),
             "Are you currently connected to your home Wi-Fi?\n\nTap 'I'm at Home' to register your current "
             "IP address (198.51.100.7) for filtering game consoles and smart TVs.");
-  EXPECT_TRUE(screen->cancelCreate());
-  EXPECT_FALSE(screen->showCreateConfirmation());
+  EXPECT_TRUE(screen->creationConfirmation.cancel());
+  EXPECT_FALSE(screen->creationConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
@@ -227,10 +227,10 @@ TEST_F(HomeNetworkScreen, a_network_set_up_is_shown_at_once_as_matching) {
   show(none);
   app.machine.http.answer("POST", path, 200, createdNetwork);
   screen->setUp();
-  EXPECT_TRUE(screen->confirmCreate());
-  EXPECT_FALSE(screen->showCreateConfirmation());
+  EXPECT_TRUE(screen->creationConfirmation.confirm());
+  EXPECT_FALSE(screen->creationConfirmation.isShown());
   EXPECT_EQ(screen->content(), HomeNetworkContent::loading);
-  EXPECT_FALSE(screen->confirmCreate());
+  EXPECT_FALSE(screen->creationConfirmation.confirm());
   app.settle();
   EXPECT_EQ(app.machine.http.calls(), Names{"POST /home-network"}) << "and nothing is loaded";
   EXPECT_EQ(*app.machine.http.requests().front().body, R"({"confirm":true})");
@@ -246,7 +246,7 @@ TEST_F(HomeNetworkScreen, a_refused_set_up_shows_its_words_over_the_same_page) {
   show(none);
   app.machine.http.answer("POST", path, 409, R"({"error":"There is one already"})");
   screen->setUp();
-  screen->confirmCreate();
+  screen->creationConfirmation.confirm();
   app.settle();
   EXPECT_EQ(screen->content(), HomeNetworkContent::setUp);
   EXPECT_FALSE(screen->ipMatches());
@@ -258,12 +258,12 @@ TEST_F(HomeNetworkScreen, an_update_asks_first_and_cancel_sends_nothing) {
   show(answer(ours, blacklist, false, "198.51.100.7"));
   EXPECT_EQ(screen->updateTitle(), "Update Home Network IP");
   screen->updateIP();
-  EXPECT_TRUE(screen->showUpdateIPConfirmation());
+  EXPECT_TRUE(screen->updateConfirmation.isShown());
   EXPECT_EQ(screen->updateQuestion(),
             "Are you currently connected to your home Wi-Fi?\n\nOnly tap 'Update IP' if you are at home. "
             "This will register your current IP address (198.51.100.7) for console filtering.");
-  EXPECT_TRUE(screen->cancelUpdate());
-  EXPECT_FALSE(screen->showUpdateIPConfirmation());
+  EXPECT_TRUE(screen->updateConfirmation.cancel());
+  EXPECT_FALSE(screen->updateConfirmation.isShown());
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
@@ -272,13 +272,13 @@ TEST_F(HomeNetworkScreen, an_update_runs_once_and_ends_in_a_load_whose_answer_co
   show(answer(ours, blacklist, false, "198.51.100.7"));
   app.machine.http.hold();
   screen->updateIP();
-  EXPECT_TRUE(screen->confirmUpdate());
-  EXPECT_FALSE(screen->showUpdateIPConfirmation());
+  EXPECT_TRUE(screen->updateConfirmation.confirm());
+  EXPECT_FALSE(screen->updateConfirmation.isShown());
   EXPECT_TRUE(screen->isUpdatingIP());
   EXPECT_EQ(screen->updateTitle(), "Updating...");
   EXPECT_EQ(screen->content(), HomeNetworkContent::status);
   EXPECT_FALSE(screen->updateIP());
-  EXPECT_FALSE(screen->confirmUpdate());
+  EXPECT_FALSE(screen->updateConfirmation.confirm());
   app.settle();
   EXPECT_EQ(*app.machine.http.requests().front().body, R"({"confirm":true})");
   app.machine.http.complete(0, httpAnswer(200, updated));
@@ -299,7 +299,7 @@ TEST_F(HomeNetworkScreen, a_refused_update_shows_its_words_and_touches_nothing) 
   show(answer(ours, blacklist, false, "198.51.100.7"));
   app.machine.http.fail("POST", updatePath, Kind::networkConnectionLost);
   screen->updateIP();
-  screen->confirmUpdate();
+  screen->updateConfirmation.confirm();
   app.settle();
   EXPECT_FALSE(screen->isUpdatingIP());
   EXPECT_FALSE(screen->ipMatches());
@@ -315,11 +315,11 @@ TEST_F(HomeNetworkScreen, a_banner_stays_three_seconds_and_the_next_may_end_with
   app.machine.http.answer("POST", path, 200, createdNetwork);
   app.machine.http.answer("POST", updatePath, 200, updated);
   screen->setUp();
-  screen->confirmCreate();
+  screen->creationConfirmation.confirm();
   app.settle();
   app.advance(2s);
   screen->updateIP();
-  screen->confirmUpdate();
+  screen->updateConfirmation.confirm();
   app.settle();
   EXPECT_EQ(screen->successMessage(), "IP updated to 198.51.100.7");
   app.advance(999ms);
@@ -354,7 +354,7 @@ TEST_F(HomeNetworkScreen, answers_for_a_screen_that_has_gone_are_dropped) {
   show(answer(ours, blacklist));
   app.machine.http.hold();
   screen->updateIP();
-  screen->confirmUpdate();
+  screen->updateConfirmation.confirm();
   app.settle();
   screen.reset();
   app.machine.http.complete(0, httpAnswer(200, updated));

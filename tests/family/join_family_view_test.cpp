@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "identity/login_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -62,7 +62,7 @@ TEST_F(Joining, begins_at_the_code_and_calls_nobody) {
   EXPECT_EQ(screen().warning(), std::nullopt);
   EXPECT_FALSE(screen().isValidating());
   EXPECT_FALSE(screen().isJoining());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().showScanner());
   EXPECT_FALSE(screen().validateCode());
   EXPECT_FALSE(screen().changeCode());
@@ -117,7 +117,7 @@ TEST_F(Joining, a_pasted_code_with_blanks_is_not_trimmed_and_its_failure_is_a_wa
   EXPECT_EQ(screen().stage(), JoinFamilyStage::code);
   EXPECT_EQ(screen().warning(), NetworkError::invalidResponse().localizedDescription());
   EXPECT_EQ(screen().inviteCode(), " AB12CD ");
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
 }
 
 TEST_F(Joining, a_huge_code_goes_to_the_service_like_any_other) {
@@ -161,7 +161,7 @@ TEST_F(Joining, a_code_that_is_not_good_says_why) {
   validate(R"({"valid":false,"error":""})");
   EXPECT_EQ(screen().warning(), "");
   EXPECT_EQ(screen().familyLine(), std::nullopt);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
 }
 
 TEST_F(Joining, a_check_that_fails_reads_as_a_bad_code_and_raises_no_alert) {
@@ -175,7 +175,7 @@ TEST_F(Joining, a_check_that_fails_reads_as_a_bad_code_and_raises_no_alert) {
   ValidateInviteResponse failure;
   failure.error = "The Internet connection appears to be offline.";
   EXPECT_EQ(screen().validationResult(), failure);
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   validate("<html>", 502);
   EXPECT_EQ(screen().warning(), "The data couldn’t be read because it isn’t in the correct format.");
 }
@@ -331,13 +331,13 @@ TEST_F(Joining, a_refusal_shows_its_words_and_keeps_the_form) {
     app.machine.http.answer("POST", "/family/join", row.status, row.body);
     join();
     EXPECT_FALSE(screen().isJoining());
-    EXPECT_TRUE(screen().showError());
-    EXPECT_EQ(screen().errorMessage(), row.message);
+    EXPECT_TRUE(screen().errorAlert.isShown());
+    EXPECT_EQ(screen().errorAlert.message(), row.message);
     EXPECT_EQ(screen().stage(), JoinFamilyStage::account);
     EXPECT_EQ(screen().password(), "secret");
     EXPECT_FALSE(app.environment().authState()->isLoggedIn());
-    EXPECT_TRUE(screen().dismissError());
-    EXPECT_FALSE(screen().showError());
+    EXPECT_TRUE(screen().errorAlert.dismiss());
+    EXPECT_FALSE(screen().errorAlert.isShown());
   }
 }
 

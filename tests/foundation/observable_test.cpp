@@ -82,7 +82,7 @@ TEST_F(AnObject, knows_the_kind_of_each_member) {
     kinds.push_back(member->kind());
   }
   EXPECT_THAT(kinds, ElementsAre(Kind::state, Kind::state, Kind::derived, Kind::text, Kind::action,
-                                 Kind::action, Kind::part, Kind::part));
+                                 Kind::action, Kind::part, Kind::rows));
 }
 
 TEST_F(AnObject, passes_on_the_changes_of_one_that_it_follows) {

@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/sqlite_settings_store.h"
-#include "tests/support/fake_platform.h"
-#include "tests/support/temporary_directory.h"
+#include "platform/common/sqlite_settings_store.h"
+#include "testing/fake_platform.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar {
 namespace {

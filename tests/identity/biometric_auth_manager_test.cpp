@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_platform.h"
-#include "tests/support/test_application.h"
+#include "testing/fake_platform.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {

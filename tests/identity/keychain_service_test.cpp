@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/support/memory_secure_items.h"
+#include "testing/memory_secure_items.h"
 
 namespace quillmar {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -68,7 +68,7 @@ TEST_F(Login, begins_empty_and_calls_nobody) {
   EXPECT_FALSE(screen().rememberMe());
   EXPECT_FALSE(screen().hasSavedCredentials());
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().showRegister());
   EXPECT_FALSE(screen().showJoinFamily());
   EXPECT_FALSE(screen().showsBiometricButton());
@@ -78,7 +78,7 @@ TEST_F(Login, begins_empty_and_calls_nobody) {
 }
 
 TEST_F(Login, the_entry_animation_runs_from_its_beginning_to_rest) {
-  const LoginView unseen(app.environment());
+  const LoginView unseen(app.environment(), {});
   EXPECT_EQ(unseen.logoScale(), 0.5);
   EXPECT_EQ(unseen.logoOpacity(), 0.0);
   EXPECT_EQ(unseen.formOpacity(), 0.0);
@@ -158,10 +158,10 @@ TEST_F(Login, is_over_before_what_was_typed_is_remembered_or_forgotten) {
 TEST_F(Login, while_one_sign_in_runs_there_is_no_second) {
   app.machine.http.hold();
   type("ann@example.com", "secret");
-  screen().errorMessage = std::string("before");
+  screen().errorAlert.message = std::string("before");
   signIn();
   EXPECT_TRUE(screen().isLoading());
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_EQ(screen().errorAlert.message(), "");
   EXPECT_FALSE(screen().signIn());
   EXPECT_FALSE(screen().signInWithBiometrics());
   app.settle();
@@ -187,14 +187,14 @@ TEST_F(Login, a_refusal_shows_its_words_and_keeps_the_fields) {
     answer(row.status, row.body);
     signIn();
     EXPECT_FALSE(screen().isLoading());
-    EXPECT_TRUE(screen().showError());
-    EXPECT_EQ(screen().errorMessage(), row.message);
+    EXPECT_TRUE(screen().errorAlert.isShown());
+    EXPECT_EQ(screen().errorAlert.message(), row.message);
     EXPECT_EQ(screen().email(), "ann@example.com");
     EXPECT_EQ(screen().password(), "wrong");
     EXPECT_FALSE(isLoggedIn());
     EXPECT_EQ(savedEmail(), std::nullopt);
-    EXPECT_TRUE(screen().dismissError());
-    EXPECT_FALSE(screen().showError());
+    EXPECT_TRUE(screen().errorAlert.dismiss());
+    EXPECT_FALSE(screen().errorAlert.isShown());
   }
 }
 
@@ -202,14 +202,14 @@ TEST_F(Login, a_connection_that_fails_or_a_missing_region_raises_the_alert) {
   type("ann@example.com", "secret");
   app.machine.http.fail("POST", "/auth/login", Kind::notConnectedToInternet);
   signIn();
-  EXPECT_EQ(screen().errorMessage(), "The Internet connection appears to be offline.");
-  screen().dismissError();
+  EXPECT_EQ(screen().errorAlert.message(), "The Internet connection appears to be offline.");
+  screen().errorAlert.dismiss();
   app.machine.settings.remove(settings::region);
   screen().signIn();
   EXPECT_TRUE(screen().isLoading()) << "the answer comes by the main queue";
   app.settle();
-  EXPECT_TRUE(screen().showError());
-  EXPECT_EQ(screen().errorMessage(), NetworkError::noRegionConfigured().localizedDescription());
+  EXPECT_TRUE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().errorAlert.message(), NetworkError::noRegionConfigured().localizedDescription());
 }
 
 TEST_F(Login, a_ticked_box_remembers_what_the_fields_hold_when_the_answer_comes) {
@@ -339,10 +339,10 @@ TEST_F(SavedLogin, a_positive_check_signs_in_with_the_saved_pair_and_leaves_it_a
 TEST_F(SavedLogin, it_is_loading_from_the_prompt_to_the_answer) {
   app.machine.biometrics.holding = true;
   app.machine.http.hold();
-  screen().errorMessage = std::string("before");
+  screen().errorAlert.message = std::string("before");
   signInWithBiometrics();
   EXPECT_TRUE(screen().isLoading());
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_EQ(screen().errorAlert.message(), "");
   EXPECT_FALSE(screen().signInWithBiometrics());
   screen().password = std::string("typed");
   EXPECT_FALSE(screen().signIn());
@@ -359,8 +359,8 @@ TEST_F(SavedLogin, a_cancelled_prompt_ends_in_silence) {
   app.machine.biometrics.answer = {.success = false, .code = -2};
   signInWithBiometrics();
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_FALSE(screen().showError());
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_FALSE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().errorAlert.message(), "");
   EXPECT_EQ(logins(), 0U);
 }
 
@@ -379,9 +379,9 @@ TEST_F(SavedLogin, every_other_end_of_the_prompt_is_told) {
     app.machine.biometrics.answer = {.success = false, .code = row.code};
     signInWithBiometrics();
     EXPECT_FALSE(screen().isLoading());
-    EXPECT_TRUE(screen().showError());
-    EXPECT_EQ(screen().errorMessage(), row.message);
-    screen().dismissError();
+    EXPECT_TRUE(screen().errorAlert.isShown());
+    EXPECT_EQ(screen().errorAlert.message(), row.message);
+    screen().errorAlert.dismiss();
   }
   EXPECT_EQ(logins(), 0U);
 }
@@ -389,10 +389,10 @@ TEST_F(SavedLogin, every_other_end_of_the_prompt_is_told) {
 TEST_F(SavedLogin, credentials_that_have_gone_are_told_without_a_prompt) {
   keychain().deleteItem(KeychainService::passwordKey);
   screen().signInWithBiometrics();
-  EXPECT_FALSE(screen().showError()) << "not before the main queue's turn";
+  EXPECT_FALSE(screen().errorAlert.isShown()) << "not before the main queue's turn";
   app.settle();
-  EXPECT_EQ(screen().errorMessage(), "No saved credentials found");
-  EXPECT_TRUE(screen().showError());
+  EXPECT_EQ(screen().errorAlert.message(), "No saved credentials found");
+  EXPECT_TRUE(screen().errorAlert.isShown());
   EXPECT_TRUE(app.machine.biometrics.prompts.empty());
 }
 
@@ -400,8 +400,8 @@ TEST_F(SavedLogin, a_stale_saved_password_is_told_and_kept) {
   answer(401, "{}");
   signInWithBiometrics();
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_TRUE(screen().showError());
-  EXPECT_EQ(screen().errorMessage(), "Please log in again");
+  EXPECT_TRUE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().errorAlert.message(), "Please log in again");
   EXPECT_EQ(savedPassword(), "saved");
   EXPECT_TRUE(screen().signInWithBiometrics.isEnabled());
 }
@@ -455,8 +455,8 @@ TEST_F(Login, the_sentences_are_the_systems_own) {
   EXPECT_EQ(texts.signUpTitle(), "Sign Up");
   EXPECT_EQ(texts.joinFamilyQuestion(), "Have an invite code from another parent?");
   EXPECT_EQ(texts.joinFamilyTitle(), "Join Existing Family");
-  EXPECT_EQ(texts.errorTitle(), "Error");
-  EXPECT_EQ(texts.okTitle(), "OK");
+  EXPECT_EQ(texts.errorAlert.title(), "Error");
+  EXPECT_EQ(texts.errorAlert.okTitle(), "OK");
 }
 
 }  // namespace

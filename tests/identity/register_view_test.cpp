@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "app/role_manager.h"
+#include "app/session/role_manager.h"
 #include "identity/login_view.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 namespace {
@@ -47,7 +47,7 @@ TEST_F(Registration, begins_empty_with_the_button_out_of_use) {
     EXPECT_EQ((*field)(), "") << field->name();
   }
   EXPECT_FALSE(screen().isLoading());
-  EXPECT_FALSE(screen().showError());
+  EXPECT_FALSE(screen().errorAlert.isShown());
   EXPECT_FALSE(screen().showsStrength());
   EXPECT_FALSE(screen().showsMismatch());
   EXPECT_FALSE(screen().createAccount());
@@ -230,17 +230,17 @@ TEST_F(Registration, a_refusal_shows_its_words_and_keeps_the_form) {
                         {500, "<html>", "Unknown error"},
                         {200, "", "The data couldn’t be read because it isn’t in the correct format."}}) {
     answer(row.status, row.body);
-    screen().errorMessage = std::string("before");
+    screen().errorAlert.message = std::string("before");
     create();
     EXPECT_FALSE(screen().isLoading());
-    EXPECT_TRUE(screen().showError());
-    EXPECT_EQ(screen().errorMessage(), row.message) << row.body;
+    EXPECT_TRUE(screen().errorAlert.isShown());
+    EXPECT_EQ(screen().errorAlert.message(), row.message) << row.body;
     EXPECT_EQ(screen().name(), "Ann Lee");
     EXPECT_EQ(screen().password(), "secret");
     EXPECT_EQ(screen().confirmPassword(), "secret");
     EXPECT_FALSE(app.environment().authState()->isLoggedIn());
-    EXPECT_TRUE(screen().dismissError());
-    EXPECT_FALSE(screen().showError());
+    EXPECT_TRUE(screen().errorAlert.dismiss());
+    EXPECT_FALSE(screen().errorAlert.isShown());
   }
 }
 
@@ -249,17 +249,17 @@ TEST_F(Registration, without_a_stored_region_the_services_client_says_so) {
   app.machine.settings.remove(settings::region);
   create();
   EXPECT_EQ(registrations(), 0U);
-  EXPECT_TRUE(screen().showError());
-  EXPECT_EQ(screen().errorMessage(), NetworkError::noRegionConfigured().localizedDescription());
+  EXPECT_TRUE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().errorAlert.message(), NetworkError::noRegionConfigured().localizedDescription());
 }
 
 TEST_F(Registration, while_one_runs_there_is_no_second) {
   app.machine.http.hold();
   fill();
-  screen().errorMessage = std::string("before");
+  screen().errorAlert.message = std::string("before");
   create();
   EXPECT_TRUE(screen().isLoading());
-  EXPECT_EQ(screen().errorMessage(), "");
+  EXPECT_EQ(screen().errorAlert.message(), "");
   EXPECT_FALSE(screen().createAccount());
   app.settle();
   EXPECT_EQ(registrations(), 1U);

@@ -42,12 +42,12 @@ struct ActivityJourney : testing::Test {
     time.settle();
   }
   void blockTheInternet(bool blocked) {
-    page().isBlocked = blocked;
+    page().policySection.isBlocked = blocked;
     time.settle();
   }
   void blockSite(const std::string& site) {
-    page().newBlockedDomain = site;
-    parent.press(page().addBlockedSite);
+    page().policySection.newBlockedDomain = site;
+    parent.press(page().policySection.addBlockedSite);
   }
 
   bool kdig(const std::string& name) { return kdigResolves(service, child.child().dohEndpoint(), name); }
@@ -70,9 +70,9 @@ struct ActivityJourney : testing::Test {
     }
     return names;
   }
-  Names recent() { return sites(page().recentActivityRows); }
-  Names blocked() { return sites(page().blockedSiteRows); }
-  Names visited() { return sites(page().allowedSiteRows); }
+  Names recent() { return sites(page().activitySection.recent.rows); }
+  Names blocked() { return sites(page().activitySection.blocked.rows); }
+  Names visited() { return sites(page().activitySection.allowed.rows); }
 
   SharedTime time;
   RealService service{time.clock()};
@@ -82,7 +82,7 @@ struct ActivityJourney : testing::Test {
 
 TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_the_next_tick) {
   EXPECT_EQ(page().selectedTab(), ChildDetailTab::realTime);
-  EXPECT_EQ(page().noRecentText(), "No recent activity");
+  EXPECT_EQ(page().activitySection.noRecentText(), "No recent activity");
   EXPECT_TRUE(kdig("www.site.example"));
   time.advance(1s);
   EXPECT_TRUE(curl("api.weather.example"));
@@ -90,9 +90,9 @@ TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_th
 
   tick();
   EXPECT_THAT(recent(), ElementsAre("weather.example", "site.example"));
-  EXPECT_EQ(page().recentActivityRows[0].iconColor(), "brandGreen");
-  EXPECT_EQ(page().recentActivityRows[0].badge(), std::nullopt);
-  EXPECT_EQ(page().onlineText(), "1/1 online");
+  EXPECT_EQ(page().activitySection.recent.rows[0].iconColor(), "brandGreen");
+  EXPECT_EQ(page().activitySection.recent.rows[0].badge(), std::nullopt);
+  EXPECT_EQ(page().devicesSection.onlineText(), "1/1 online");
 
   EXPECT_TRUE(kdig("static.site.example"));
   tick();
@@ -102,23 +102,24 @@ TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_th
 TEST_F(ActivityJourney, the_policy_of_a_moment_before_decides_and_a_swipe_allows_again) {
   EXPECT_TRUE(curl("www.games.example"));
   blockTheInternet(true);
-  EXPECT_EQ(page().blockWarning(), "Internet is blocked for Mia. Only allowed sites will work.");
+  EXPECT_EQ(page().policySection.blockWarning(),
+            "Internet is blocked for Mia. Only allowed sites will work.");
   time.advance(1s);
   EXPECT_FALSE(curl("www.games.example"));
   tick();
   ASSERT_THAT(recent(), ElementsAre("games.example"));
-  auto& row = page().recentActivityRows[0];
+  auto& row = page().activitySection.recent.rows[0];
   EXPECT_EQ(row.iconColor(), "brandRed");
   EXPECT_EQ(row.badge(), "Blocked");
 
   swipe(row);
-  EXPECT_THAT(page().allowedDomains(), ElementsAre("games.example"));
-  EXPECT_EQ(page().recentActivityRows[0].badge(), "Allowed");
+  EXPECT_THAT(page().policySection.allowedDomains(), ElementsAre("games.example"));
+  EXPECT_EQ(page().activitySection.recent.rows[0].badge(), "Allowed");
   EXPECT_TRUE(curl("www.games.example"));
   EXPECT_TRUE(kdig("games.example"));
   EXPECT_FALSE(kdig("www.site.example")) << "and nothing else";
   tick();
-  EXPECT_EQ(page().recentActivityRows.find("games.example")->iconColor(), "brandGreen");
+  EXPECT_EQ(page().activitySection.recent.rows.find("games.example")->iconColor(), "brandGreen");
 
   blockTheInternet(false);
   EXPECT_TRUE(kdig("www.site.example"));
@@ -129,7 +130,7 @@ TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_
   EXPECT_TRUE(kdig("www.site.example"));
   EXPECT_TRUE(kdig("www.friends.example"));
   blockSite(" Ads.Example ");
-  EXPECT_THAT(page().blockedDomains(), ElementsAre("ads.example"));
+  EXPECT_THAT(page().policySection.blockedDomains(), ElementsAre("ads.example"));
   EXPECT_FALSE(kdig("pixel.ads.example"));
   time.advance(1s);
   blockTheInternet(true);
@@ -139,17 +140,17 @@ TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_
   EXPECT_THAT(blocked(), ElementsAre("friends.example", "ads.example")) << "not what was visited";
   EXPECT_THAT(recent(), IsEmpty()) << "its tab is not in view";
 
-  swipe(page().blockedSiteRows[0]);
-  EXPECT_EQ(page().blockedSiteRows[0].badge(), "Now Allowed");
-  EXPECT_FALSE(page().blockedSiteRows[0].dragChanged(90.0, 0.0)) << "it can be allowed once";
+  swipe(page().activitySection.blocked.rows[0]);
+  EXPECT_EQ(page().activitySection.blocked.rows[0].badge(), "Now Allowed");
+  EXPECT_FALSE(page().activitySection.blocked.rows[0].dragChanged(90.0, 0.0)) << "it can be allowed once";
   EXPECT_TRUE(curl("www.friends.example"));
 
   // A site in both lists stays blocked until it is taken out of its own list.
-  swipe(page().blockedSiteRows[1]);
-  EXPECT_THAT(page().allowedDomains(), ElementsAre("friends.example", "ads.example"));
+  swipe(page().activitySection.blocked.rows[1]);
+  EXPECT_THAT(page().policySection.allowedDomains(), ElementsAre("friends.example", "ads.example"));
   EXPECT_FALSE(kdig("pixel.ads.example"));
-  parent.press(page().blockedRows[0].remove);
-  EXPECT_THAT(page().blockedDomains(), IsEmpty());
+  parent.press(page().policySection.blockedRows[0].remove);
+  EXPECT_THAT(page().policySection.blockedDomains(), IsEmpty());
   EXPECT_TRUE(kdig("pixel.ads.example"));
 }
 
@@ -160,8 +161,8 @@ TEST_F(ActivityJourney, the_allowed_tab_shows_what_was_visited_and_blocks_it_by_
   tick();
   ASSERT_THAT(visited(), ElementsAre("videos.example"));
 
-  swipe(page().allowedSiteRows[0]);
-  EXPECT_THAT(page().blockedDomains(), ElementsAre("videos.example"));
+  swipe(page().activitySection.allowed.rows[0]);
+  EXPECT_THAT(page().policySection.blockedDomains(), ElementsAre("videos.example"));
   EXPECT_FALSE(kdig("www.videos.example"));
   EXPECT_FALSE(curl("cdn.videos.example"));
   choose(ChildDetailTab::sitesBlocked);
@@ -170,14 +171,14 @@ TEST_F(ActivityJourney, the_allowed_tab_shows_what_was_visited_and_blocks_it_by_
 
 TEST_F(ActivityJourney, a_site_that_is_allowed_for_good_is_taken_back_by_a_swipe) {
   blockTheInternet(true);
-  page().newDomain = std::string("school.example");
-  parent.press(page().addAllowedSite);
+  page().policySection.newDomain = std::string("school.example");
+  parent.press(page().policySection.addAllowedSite);
   EXPECT_TRUE(kdig("www.school.example"));
   EXPECT_TRUE(kdig("www.apple.com")) << "a default site";
   choose(ChildDetailTab::sitesAllowed);
-  ASSERT_EQ(page().permanentAllowedSiteRows.size(), 1U);
-  swipe(page().permanentAllowedSiteRows[0]);
-  EXPECT_EQ(page().permanentAllowedSiteRows.size(), 0U);
+  ASSERT_EQ(page().policySection.permanentAllowedSiteRows.size(), 1U);
+  swipe(page().policySection.permanentAllowedSiteRows[0]);
+  EXPECT_EQ(page().policySection.permanentAllowedSiteRows.size(), 0U);
   EXPECT_FALSE(kdig("www.school.example"));
   EXPECT_TRUE(kdig("www.apple.com"));
 }
@@ -191,7 +192,7 @@ TEST_F(ActivityJourney, each_span_of_time_holds_what_belongs_to_it) {
   EXPECT_THAT(visited(), IsEmpty());
 
   const auto visitedIn = [&](ActivityTimeFilter filter) {
-    page().allowedTimeFilter = filter;
+    page().activitySection.allowedTimeFilter = filter;
     time.settle();
     return visited();
   };
@@ -211,7 +212,7 @@ TEST_F(ActivityJourney, devices_of_one_child_are_one_list_and_another_childs_are
   parent.addChild("Leo");
   EXPECT_EQ(parent.dashboard().cards.size(), 2U);
   parent.press(parent.card().tap);
-  EXPECT_EQ(page().onlineText(), "2/2 online");
+  EXPECT_EQ(page().devicesSection.onlineText(), "2/2 online");
 
   EXPECT_TRUE(kdig("www.phone.example"));
   time.advance(1s);
@@ -227,8 +228,8 @@ TEST_F(ActivityJourney, devices_of_one_child_are_one_list_and_another_childs_are
   EXPECT_EQ(page().name(), "Leo");
   tick();
   EXPECT_THAT(recent(), IsEmpty());
-  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
-  EXPECT_FALSE(page().isBlocked());
+  EXPECT_EQ(page().activitySection.noRecentText(), "Link a device to see activity");
+  EXPECT_FALSE(page().policySection.isBlocked());
 }
 
 TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes_back_by_a_link) {
@@ -237,25 +238,25 @@ TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes
   tick();
   ASSERT_THAT(recent(), ElementsAre("ads.example"));
 
-  parent.press(page().deviceRows[0].unlink);
-  EXPECT_TRUE(page().showUnlinkConfirmation());
-  EXPECT_EQ(page().deviceRows.size(), 1U) << "not before the question is answered";
-  parent.press(page().unlinkSelectedDevice);
-  EXPECT_EQ(page().deviceRows.size(), 0U);
+  parent.press(page().devicesSection.deviceRows[0].unlink);
+  EXPECT_TRUE(page().devicesSection.unlinkConfirmation.isShown());
+  EXPECT_EQ(page().devicesSection.deviceRows.size(), 1U) << "not before the question is answered";
+  parent.press(page().devicesSection.unlinkConfirmation.confirm);
+  EXPECT_EQ(page().devicesSection.deviceRows.size(), 0U);
   EXPECT_TRUE(kdig("ads.example")) << "no child, no child's policy";
   tick();
   EXPECT_THAT(recent(), IsEmpty());
-  EXPECT_EQ(page().noRecentText(), "Link a device to see activity");
+  EXPECT_EQ(page().activitySection.noRecentText(), "Link a device to see activity");
   EXPECT_EQ(parent.card().deviceCount(), "0");
   EXPECT_TRUE(child.child().isConnectedToServer()) << "the device itself hears nothing of it";
 
-  parent.press(page().linkDevice);
+  parent.press(page().devicesSection.linkDevice);
   auto& linking = parent.screen<LinkDeviceView>();
   ASSERT_EQ(linking.deviceRows.size(), 1U);
   EXPECT_EQ(linking.deviceRows[0].deviceDisplayName(), "Mia's Phone");
   parent.press(linking.deviceRows[0].link);
   EXPECT_EQ(parent.find<LinkDeviceView>(), nullptr);
-  EXPECT_EQ(page().deviceRows.size(), 1U);
+  EXPECT_EQ(page().devicesSection.deviceRows.size(), 1U);
   EXPECT_FALSE(kdig("ads.example"));
   tick();
   EXPECT_THAT(recent(), ElementsAre("ads.example"));
@@ -271,8 +272,8 @@ TEST_F(ActivityJourney, a_failing_service_leaves_the_list_as_it_was_and_says_not
   EXPECT_TRUE(kdig("www.other.example"));
   time.advance(20s);
   EXPECT_THAT(recent(), ElementsAre("site.example"));
-  EXPECT_FALSE(page().showError());
-  EXPECT_EQ(page().onlineText(), "1/1 online");
+  EXPECT_FALSE(page().errorAlert.isShown());
+  EXPECT_EQ(page().devicesSection.onlineText(), "1/1 online");
 
   service->misbehave({});
   tick();

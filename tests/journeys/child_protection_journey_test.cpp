@@ -146,7 +146,7 @@ TEST_F(ChildJourney, reset_and_enrolled_again_under_a_new_id) {
   const std::string formerId = device.child().deviceID();
   home().openSettings();
   device.screen<ChildSettingsView>().resetEnrollment();
-  device.screen<ChildSettingsView>().confirmReset();
+  device.screen<ChildSettingsView>().resetConfirmation.confirm();
   device.settle();
   service->clearRequests();
   device.advance(10min);
@@ -164,9 +164,9 @@ TEST_F(ChildJourney, a_code_that_nobody_approves_times_out_and_can_be_asked_for_
   const std::string code = startEnrollment();
   device.advance(10min);
   auto& screen = device.screen<ChildEnrollmentView>();
-  EXPECT_TRUE(screen.showError());
+  EXPECT_TRUE(screen.errorAlert.isShown());
   EXPECT_EQ(screen.stage(), EnrollmentStage::start);
-  screen.dismissError();
+  screen.errorAlert.dismiss();
   EXPECT_NE(startEnrollment(), code);
 }
 
@@ -177,7 +177,7 @@ TEST_F(ChildJourney, a_lost_service_while_waiting_is_survived_without_a_word) {
   dropping.dropShare = 1;
   service->misbehave(dropping);
   device.advance(1min);
-  EXPECT_FALSE(device.screen<ChildEnrollmentView>().showError());
+  EXPECT_FALSE(device.screen<ChildEnrollmentView>().errorAlert.isShown());
   service->misbehave({});
   ASSERT_TRUE(service->approve(code));
   device.advance(5s);

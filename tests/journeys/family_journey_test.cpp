@@ -84,7 +84,7 @@ struct FamilyJourney : testing::Test {
     ann.press(rowOfBen().edit);
     auto& sheet = *ann.dashboard().showFamilyMembers->showMemberSheet;
     ann.press(sheet.permissions.find(permission)->flip);
-    EXPECT_FALSE(ann.dashboard().showFamilyMembers->showError());
+    EXPECT_FALSE(ann.dashboard().showFamilyMembers->errorAlert.isShown());
     ann.press(sheet.done);
   }
 
@@ -98,10 +98,10 @@ struct FamilyJourney : testing::Test {
   // What the alert says after Ben tried; empty where it went well.
   std::string blockAsBen(const std::string& site) {
     auto& page = pageOfMia(ben);
-    page.newBlockedDomain = site;
-    ben.press(page.addBlockedSite);
-    const std::string said = page.showError() ? page.errorMessage() : std::string();
-    page.dismissError();
+    page.policySection.newBlockedDomain = site;
+    ben.press(page.policySection.addBlockedSite);
+    const std::string said = page.errorAlert.isShown() ? page.errorAlert.message() : std::string();
+    page.errorAlert.dismiss();
     ben.press(page.done);
     return said;
   }
@@ -111,9 +111,9 @@ struct FamilyJourney : testing::Test {
     if (!form) {
       return {};
     }
-    EXPECT_TRUE(form->showError());
-    const std::string said = form->errorMessage();
-    form->dismissError();
+    EXPECT_TRUE(form->errorAlert.isShown());
+    const std::string said = form->errorAlert.message();
+    form->errorAlert.dismiss();
     ben.press(form->cancel);
     return said;
   }
@@ -130,8 +130,8 @@ struct FamilyJourney : testing::Test {
     parent.press(parent.dashboard().openSettings);
     auto& settings = parent.screen<SettingsView>();
     parent.press(settings.deleteAccount);
-    EXPECT_TRUE(settings.showDeleteAccountConfirmation());
-    parent.press(settings.continueDeletion);
+    EXPECT_TRUE(settings.deletionConfirmation.isShown());
+    parent.press(settings.deletionConfirmation.confirm);
     return *settings.showDeleteAccountPassword;
   }
   void deleteWith(Parent& parent, DeleteAccountSheet& sheet, const std::string& password) {
@@ -144,7 +144,7 @@ struct FamilyJourney : testing::Test {
     login.password = std::string(Parent::password);
     parent.press(login.signIn);
     const auto failed = parent.find<LoginView>();
-    return failed ? failed->errorMessage() : std::string();
+    return failed ? failed->errorAlert.message() : std::string();
   }
 
   SharedTime time;
@@ -251,10 +251,10 @@ TEST_F(FamilyJourney, invitations_that_are_no_longer_good_let_nobody_in) {
   time.advance(24h);
   ann.app().setScenePhase(ScenePhase::active);
   ben.press(joining.join);
-  EXPECT_TRUE(joining.showError()) << "it was good when it was checked";
-  EXPECT_EQ(joining.errorMessage(), "This invitation has expired. Ask for a new one.");
+  EXPECT_TRUE(joining.errorAlert.isShown()) << "it was good when it was checked";
+  EXPECT_EQ(joining.errorAlert.message(), "This invitation has expired. Ask for a new one.");
   EXPECT_EQ(joining.email(), "ben@example.com") << "what was typed stays";
-  ben.press(joining.dismissError);
+  ben.press(joining.errorAlert.dismiss);
   ben.press(joining.cancel);
   EXPECT_EQ(warningFor(old), "This invitation has expired. Ask for a new one.");
   EXPECT_THAT(ben.setting("authToken"), IsEmpty());
@@ -274,12 +274,13 @@ TEST_F(FamilyJourney, what_was_taken_away_meets_access_denied_and_what_was_left_
   joinAsBen();
   EXPECT_EQ(blockAsBen("ads.example"), "");
   EXPECT_EQ(addChildAsBen("Leo"), "");
-  EXPECT_THAT(pageOfMia(ann).blockedDomains(), ElementsAre("ads.example")) << "both see the same";
+  EXPECT_THAT(pageOfMia(ann).policySection.blockedDomains(), ElementsAre("ads.example"))
+      << "both see the same";
   ann.press(pageOfMia(ann).done);
 
   flip("canManagePolicies");
   EXPECT_EQ(blockAsBen("games.example"), "Access denied");
-  EXPECT_THAT(pageOfMia(ben).blockedDomains(), ElementsAre("ads.example"));
+  EXPECT_THAT(pageOfMia(ben).policySection.blockedDomains(), ElementsAre("ads.example"));
   ben.press(pageOfMia(ben).done);
   EXPECT_EQ(addChildAsBen("Zoe"), "");
 
@@ -330,24 +331,24 @@ TEST_F(FamilyJourney, a_member_who_was_removed_has_no_family_any_more) {
   auto& family = *ann.dashboard().showFamilyMembers;
   ann.press(family.showMemberSheet->removeFromFamily);
   EXPECT_FALSE(family.showMemberSheet());
-  EXPECT_FALSE(family.showRemoveConfirmation()) << "not before the sheet is gone";
+  EXPECT_FALSE(family.removalConfirmation.isShown()) << "not before the sheet is gone";
   time.advance(300ms);
-  EXPECT_TRUE(family.showRemoveConfirmation());
-  ann.press(family.cancelRemove);
+  EXPECT_TRUE(family.removalConfirmation.isShown());
+  ann.press(family.removalConfirmation.cancel);
   EXPECT_EQ(family.memberRows.size(), 2U);
 
   ann.press(family.memberRows[1].edit);
   ann.press(family.showMemberSheet->removeFromFamily);
   time.advance(300ms);
-  ann.press(family.confirmRemove);
-  EXPECT_FALSE(family.showError()) << family.errorMessage();
+  ann.press(family.removalConfirmation.confirm);
+  EXPECT_FALSE(family.errorAlert.isShown()) << family.errorAlert.message();
   EXPECT_EQ(family.memberRows.size(), 1U);
 
   time.advance(30s);
   EXPECT_THAT(children(ben), IsEmpty()) << "the next refresh says so";
   EXPECT_EQ(ben.screenNames(), Names{"DeviceListView"});
   auto& bens = openFamily(ben);
-  EXPECT_EQ(bens.content(), FamilyContent::family) << bens.errorMessage();
+  EXPECT_EQ(bens.content(), FamilyContent::family) << bens.errorAlert.message();
   EXPECT_EQ(bens.familyName(), std::nullopt);
   EXPECT_EQ(bens.memberRows.size(), 0U);
   EXPECT_THAT(children(ann), ElementsAre("Mia"));

@@ -38,7 +38,7 @@ struct HomeNetworkJourney : testing::Test {
   HomeNetworkView& setUp() {
     auto& page = open();
     parent.press(page.setUp);
-    parent.press(page.confirmCreate);
+    parent.press(page.creationConfirmation.confirm);
     return page;
   }
   void moveTo(const std::string& address) {
@@ -65,12 +65,12 @@ TEST_F(HomeNetworkJourney, a_home_is_set_up_once_the_question_is_answered) {
   EXPECT_EQ(page.detectedIP(), homeAddress);
   parent.press(page.setUp);
   EXPECT_THAT(page.createQuestion(), HasSubstr('(' + homeAddress + ')'));
-  parent.press(page.cancelCreate);
+  parent.press(page.creationConfirmation.cancel);
   EXPECT_EQ(service.count("POST", "/api/v1/home-network"), 0);
 
   parent.press(page.setUp);
-  parent.press(page.confirmCreate);
-  EXPECT_EQ(page.content(), HomeNetworkContent::status) << page.errorMessage();
+  parent.press(page.creationConfirmation.confirm);
+  EXPECT_EQ(page.content(), HomeNetworkContent::status) << page.errorAlert.message();
   EXPECT_EQ(page.statusTitle(), "Connected");
   EXPECT_EQ(page.networkName(), "Home Network");
   EXPECT_THAT(values(page), ElementsAre(homeAddress, homeAddress, StartsWith("Oct 8, 2016 at 10:31")));
@@ -93,12 +93,12 @@ TEST_F(HomeNetworkJourney, a_changed_address_is_seen_and_registered_by_a_person_
 
   parent.press(page.updateIP);
   EXPECT_THAT(page.updateQuestion(), HasSubstr('(' + newAddress + ')'));
-  parent.press(page.cancelUpdate);
+  parent.press(page.updateConfirmation.cancel);
   EXPECT_EQ(service.count("POST", "/api/v1/home-network/update-ip"), 0);
   EXPECT_EQ(page.statusTitle(), "IP Mismatch");
 
   parent.press(page.updateIP);
-  EXPECT_TRUE(page.confirmUpdate());
+  EXPECT_TRUE(page.updateConfirmation.confirm());
   EXPECT_EQ(page.updateTitle(), "Updating...");
   EXPECT_FALSE(page.updateIP.isEnabled());
   parent.settle();
@@ -118,13 +118,13 @@ TEST_F(HomeNetworkJourney, a_second_set_up_by_a_page_that_did_not_know_says_why_
   other.press(other.dashboard().openHomeNetwork);
   auto& first = other.screen<HomeNetworkView>();
   other.press(first.setUp);
-  other.press(first.confirmCreate);
+  other.press(first.creationConfirmation.confirm);
   EXPECT_EQ(first.content(), HomeNetworkContent::status);
 
   parent.press(page.setUp);
-  parent.press(page.confirmCreate);
-  EXPECT_TRUE(page.showError());
-  EXPECT_EQ(page.errorMessage(), "Your home network is set up already. Update its address instead.");
+  parent.press(page.creationConfirmation.confirm);
+  EXPECT_TRUE(page.errorAlert.isShown());
+  EXPECT_EQ(page.errorAlert.message(), "Your home network is set up already. Update its address instead.");
   EXPECT_EQ(page.content(), HomeNetworkContent::setUp);
   EXPECT_EQ(open().content(), HomeNetworkContent::status);
 }

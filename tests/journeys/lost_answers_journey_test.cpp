@@ -65,10 +65,10 @@ TEST_P(LostAnswers, one_tap_makes_one_child) {
   form.name = std::string("Zoe");
   loseAnswers();
   parent.press(form.createChildProfile);
-  EXPECT_TRUE(form.showError());
-  EXPECT_EQ(form.errorMessage(), lost);
+  EXPECT_TRUE(form.errorAlert.isShown());
+  EXPECT_EQ(form.errorAlert.message(), lost);
   EXPECT_EQ(service.count("POST", "/api/v1/children"), 1);
-  parent.press(form.dismissError);
+  parent.press(form.errorAlert.dismiss);
   parent.press(form.cancel);
   EXPECT_THAT(children(), ElementsAre("Mia", "Zoe"));
 }
@@ -89,9 +89,9 @@ TEST_P(LostAnswers, a_deletion_is_sent_once_and_is_no_success) {
   const std::string path = pathOfMia();
   parent.press(page.deleteProfile);
   loseAnswers();
-  parent.press(page.deleteChildProfile);
+  parent.press(page.deletionConfirmation.confirm);
   EXPECT_EQ(service.count("DELETE", path), 1);
-  EXPECT_EQ(page.errorMessage(), lost);
+  EXPECT_EQ(page.errorAlert.message(), lost);
 }
 
 TEST_P(LostAnswers, the_children_are_asked_for_once_more_and_then_no_more) {

@@ -278,17 +278,17 @@ TEST_F(ParentAndChildJourney, a_code_that_expires_under_the_parents_finger_is_re
   parent.openScanner();
   parent.scan(child.startEnrollment());
   time.advance(10min);
-  EXPECT_TRUE(child.enrollment().showError());
-  EXPECT_EQ(child.enrollment().errorMessage(), "Enrollment expired. Please try again.");
-  EXPECT_TRUE(child.enrollment().dismissError());
+  EXPECT_TRUE(child.enrollment().errorAlert.isShown());
+  EXPECT_EQ(child.enrollment().errorAlert.message(), "Enrollment expired. Please try again.");
+  EXPECT_TRUE(child.enrollment().errorAlert.dismiss());
 
   ScannerView& scanner = parent.scanner();
   EXPECT_EQ(scanner.stage(), ScannerStage::review) << "silent refreshes beneath leave it alone";
   parent.press(scanner.completeEnrollment);
-  EXPECT_TRUE(scanner.showError());
-  EXPECT_EQ(scanner.errorMessage(),
+  EXPECT_TRUE(scanner.errorAlert.isShown());
+  EXPECT_EQ(scanner.errorAlert.message(),
             "This enrollment code has expired. Start again on the child's device." + diagnosis);
-  parent.press(scanner.dismissError);
+  parent.press(scanner.errorAlert.dismiss);
   scanner.deviceName = std::string("Mia's first phone");
   parent.press(scanner.scanAgain);
   EXPECT_TRUE(parent.machine.qrReader.isRunning());
@@ -317,7 +317,7 @@ TEST_F(ParentAndChildJourney, a_token_that_expires_before_the_completion_is_refr
   EXPECT_EQ(sandbox::header(tries.at(0).headers, "authorization"), "Bearer " + oldToken);
   EXPECT_EQ(sandbox::header(tries.at(1).headers, "authorization"), "Bearer " + newToken);
   EXPECT_EQ(tries.at(0).body, tries.at(1).body);
-  EXPECT_FALSE(parent.scanner().showError());
+  EXPECT_FALSE(parent.scanner().errorAlert.isShown());
   expectSuccessAndFinish();
   expectEnrolled();
 }
@@ -334,13 +334,13 @@ TEST_F(ParentAndChildJourney, a_token_that_cannot_be_refreshed_asks_for_a_login_
   ScannerView& scanner = parent.scanner();
   parent.press(scanner.completeEnrollment);
   EXPECT_THAT(calls(), ElementsAre("POST /api/v1/enrollment/complete", "POST /api/v1/auth/refresh"));
-  EXPECT_EQ(scanner.errorMessage(), "Please log in again" + diagnosis);
-  EXPECT_TRUE(scanner.showError());
+  EXPECT_EQ(scanner.errorAlert.message(), "Please log in again" + diagnosis);
+  EXPECT_TRUE(scanner.errorAlert.isShown());
   EXPECT_THAT(parent.setting("authToken"), Not(IsEmpty()));
   EXPECT_EQ(parent.screenNames(), (Names{"DeviceListView", "AddDeviceSheet", "ScannerView"}));
 
   service->misbehave({});
-  parent.press(scanner.dismissError);
+  parent.press(scanner.errorAlert.dismiss);
   parent.press(scanner.completeEnrollment);
   expectSuccessAndFinish();
   expectEnrolled();
@@ -358,17 +358,18 @@ TEST_F(ParentAndChildJourney, a_service_that_is_down_for_a_minute_is_waited_for_
   service->clearRequests();
   ScannerView& scanner = parent.scanner();
   parent.press(scanner.completeEnrollment);
-  EXPECT_EQ(scanner.errorMessage(), "Something went wrong on our side. Please try again later." + diagnosis);
-  parent.press(scanner.dismissError);
+  EXPECT_EQ(scanner.errorAlert.message(),
+            "Something went wrong on our side. Please try again later." + diagnosis);
+  parent.press(scanner.errorAlert.dismiss);
   EXPECT_EQ(scanner.stage(), ScannerStage::review);
 
   time.advance(1min);
   EXPECT_EQ(polls(deviceId), 12) << "each failed poll is followed by the next";
-  EXPECT_FALSE(child.enrollment().showError());
+  EXPECT_FALSE(child.enrollment().errorAlert.isShown());
   EXPECT_EQ(child.enrollment().stage(), EnrollmentStage::code);
   EXPECT_EQ(service.count("GET", "/api/v1/children"), 2) << "the dashboard beneath tries on";
   EXPECT_EQ(parent.card().name(), "Mia") << "and keeps what it has";
-  EXPECT_FALSE(parent.dashboard().showError());
+  EXPECT_FALSE(parent.dashboard().errorAlert.isShown());
 
   service->misbehave({});
   parent.press(scanner.completeEnrollment);
@@ -387,16 +388,16 @@ TEST_F(ParentAndChildJourney, an_answer_that_is_lost_on_its_way_to_the_parent_st
   service->misbehave(losing);
   ScannerView& scanner = parent.scanner();
   parent.press(scanner.completeEnrollment);
-  EXPECT_TRUE(scanner.showError());
-  EXPECT_EQ(scanner.errorMessage(), "The network connection was lost." + diagnosis);
+  EXPECT_TRUE(scanner.errorAlert.isShown());
+  EXPECT_EQ(scanner.errorAlert.message(), "The network connection was lost." + diagnosis);
   expectEnrolled();
 
   service->misbehave({});
-  parent.press(scanner.dismissError);
+  parent.press(scanner.errorAlert.dismiss);
   parent.press(scanner.completeEnrollment);
-  EXPECT_EQ(scanner.errorMessage(),
+  EXPECT_EQ(scanner.errorAlert.message(),
             "This enrollment code was used already. Start again on the child's device." + diagnosis);
-  parent.press(scanner.dismissError);
+  parent.press(scanner.errorAlert.dismiss);
   parent.press(scanner.cancel);
   parent.press(parent.dashboard().showAddDevice->cancel);
   EXPECT_EQ(parent.card().deviceCount(), "1");
@@ -409,12 +410,12 @@ TEST_F(ParentAndChildJourney, a_picture_of_something_else_reaches_nobody) {
   service->clearRequests();
   ScannerView& scanner = parent.scanner();
   parent.scan("https://example.com/join?code=ABC123");
-  EXPECT_EQ(scanner.errorMessage(), "Invalid QR code format");
-  parent.press(scanner.dismissError);
+  EXPECT_EQ(scanner.errorAlert.message(), "Invalid QR code format");
+  parent.press(scanner.errorAlert.dismiss);
   parent.press(scanner.completeEnrollment);
-  EXPECT_EQ(scanner.errorMessage(), "Invalid QR code data");
+  EXPECT_EQ(scanner.errorAlert.message(), "Invalid QR code data");
   EXPECT_THAT(calls(), IsEmpty());
-  parent.press(scanner.dismissError);
+  parent.press(scanner.errorAlert.dismiss);
   parent.press(scanner.scanAgain);
   parent.scan(child.startEnrollment());
   parent.press(scanner.completeEnrollment);
@@ -429,7 +430,7 @@ TEST_F(ParentAndChildJourney, a_console_is_registered_by_hand_without_a_child_ap
   auto& form = parent.screen<ManualEnrollmentView>();
   form.deviceName = std::string("Mia's PlayStation");
   parent.press(form.addDevice);
-  EXPECT_TRUE(form.showInstructions()) << form.errorMessage();
+  EXPECT_TRUE(form.showInstructions()) << form.errorAlert.message();
   EXPECT_FALSE(form.dnsServerIP().empty());
   EXPECT_FALSE(form.steps().empty());
   parent.press(form.copyIPAddress);

@@ -13,10 +13,10 @@
 #include "child/child_home_view.h"
 #include "console/device_list_view.h"
 #include "identity/login_view.h"
+#include "testing/qr_picture.h"
+#include "testing/test_application.h"
 #include "tests/journeys/real_service.h"
 #include "tests/journeys/shared_time.h"
-#include "tests/support/qr_picture.h"
-#include "tests/support/test_application.h"
 
 // People with a machine each, by what they do on its screens.
 namespace quillmar {

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "sandbox/service.h"
-#include "tests/support/network_session.h"
-#include "tests/support/test_application.h"
+#include "testing/network_session.h"
+#include "testing/test_application.h"
 
 namespace quillmar {
 

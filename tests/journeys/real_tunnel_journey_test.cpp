@@ -217,7 +217,7 @@ TEST_F(RealTunnelJourney, a_device_enrolled_again_uses_its_connection_again) {
   const auto uuid = property("connection.uuid");
   home().openSettings();
   device.screen<ChildSettingsView>().resetEnrollment();
-  device.screen<ChildSettingsView>().confirmReset();
+  device.screen<ChildSettingsView>().resetConfirmation.confirm();
   device.settle();
   EXPECT_TRUE(isUp()) << "protected until there is another endpoint";
 

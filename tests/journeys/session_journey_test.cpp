@@ -36,7 +36,7 @@ struct SessionJourney : testing::Test {
 
   void signOut() {
     parent.press(parent.dashboard().logout);
-    parent.press(parent.dashboard().confirmLogout);
+    parent.press(parent.dashboard().logoutConfirmation.confirm);
     EXPECT_EQ(parent.screenNames(), Names{"LoginView"});
   }
   void signIn(const std::string& password, bool remember = false) {
@@ -102,7 +102,7 @@ TEST_F(SessionJourney, after_nine_days_only_a_new_sign_in_helps_and_nobody_is_th
 
 TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_more) {
   parent.press(parent.dashboard().logout);
-  parent.press(parent.dashboard().cancelLogout);
+  parent.press(parent.dashboard().logoutConfirmation.cancel);
   expectSignedIn();
   signOut();
   for (const auto* key : {"authToken", "parentId", "parentEmail", "parentName"}) {
@@ -113,9 +113,9 @@ TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_m
   EXPECT_THAT(service->requests(), IsEmpty());
 
   signIn("wrong horse");
-  EXPECT_TRUE(parent.screen<LoginView>().showError());
+  EXPECT_TRUE(parent.screen<LoginView>().errorAlert.isShown());
   EXPECT_EQ(parent.screen<LoginView>().email(), "ann@example.com") << "what was typed stays";
-  parent.press(parent.screen<LoginView>().dismissError);
+  parent.press(parent.screen<LoginView>().errorAlert.dismiss);
   signIn(Parent::password);
   expectSignedIn();
 }
@@ -135,7 +135,7 @@ TEST_F(SessionJourney, a_remembered_sign_in_is_released_by_a_face_and_forgotten_
   parent.press(parent.screen<LoginView>().signInWithBiometrics);
   EXPECT_THAT(service->requests(), IsEmpty()) << "nothing is sent for a stranger";
   EXPECT_EQ(parent.screenNames(), Names{"LoginView"});
-  parent.screen<LoginView>().dismissError();
+  parent.screen<LoginView>().errorAlert.dismiss();
 
   parent.machine.biometrics.answer = {.success = true, .code = std::nullopt};
   parent.press(parent.screen<LoginView>().signInWithBiometrics);

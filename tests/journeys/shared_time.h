@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sandbox/time.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/authority_file.h"
+#include "platform/common/authority_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 #include <fstream>
 #include <string>
 
+#include "testing/temporary_directory.h"
 #include "tests/platform/test_authority.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

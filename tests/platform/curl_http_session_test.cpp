@@ -1,4 +1,4 @@
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/curl_http_session.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -23,11 +23,11 @@
 #include <vector>
 
 #include "platform/transport_error.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
 #include "tests/platform/fetching.h"
 #include "tests/platform/raw_server.h"
 #include "tests/platform/test_authority.h"
-#include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

@@ -8,8 +8,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
+#include "platform/common/private_directory.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar {
 namespace {

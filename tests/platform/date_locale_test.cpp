@@ -1,4 +1,4 @@
-#include "platform/linux/date_locale.h"
+#include "platform/common/date_locale.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 #include "foundation/date_format.h"
 #include "platform/linux/linux_device_info.h"
-#include "tests/support/scoped_environment.h"
+#include "testing/scoped_environment.h"
 
 namespace quillmar {
 namespace {

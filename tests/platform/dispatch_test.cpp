@@ -5,9 +5,9 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/asio_dispatch.h"
-#include "tests/support/contracts/dispatch_contract.h"
-#include "tests/support/virtual_dispatch.h"
+#include "platform/common/asio_dispatch.h"
+#include "testing/virtual_dispatch.h"
+#include "tests/contracts/dispatch_contract.h"
 
 namespace quillmar {
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_platform.h"
-#include "tests/support/settling_http_session.h"
+#include "testing/fake_platform.h"
+#include "testing/settling_http_session.h"
 
 namespace quillmar {
 namespace {

@@ -15,13 +15,13 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/file_descriptor.h"
 #include "platform/linux/fprintd_check.h"
 #include "programs/doctor/probes.h"
+#include "testing/temporary_directory.h"
 #include "tests/platform/permissions.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

@@ -5,12 +5,12 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/curl_http_session.h"
+#include "testing/scripted_http_session.h"
+#include "testing/virtual_dispatch.h"
+#include "tests/contracts/http_session_contract.h"
 #include "tests/platform/fetching.h"
 #include "tests/platform/raw_server.h"
-#include "tests/support/contracts/http_session_contract.h"
-#include "tests/support/scripted_http_session.h"
-#include "tests/support/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

@@ -11,7 +11,7 @@
 #include <optional>
 #include <system_error>
 
-#include "tests/support/temporary_directory.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar {
 namespace {

@@ -18,13 +18,13 @@
 #include <tuple>
 #include <vector>
 
-#include "platform/linux/curl_http_session.h"
+#include "platform/common/curl_http_session.h"
 #include "platform/transport_error.h"
+#include "testing/temporary_directory.h"
 #include "tests/platform/fetching.h"
 #include "tests/platform/http2_connection.h"
 #include "tests/platform/raw_server.h"
 #include "tests/platform/test_authority.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

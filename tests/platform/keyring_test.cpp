@@ -18,10 +18,10 @@
 #include "identity/keychain_service.h"
 #include "platform/linux/libsecret_item_store.h"
 #include "programs/doctor/probes.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
+#include "tests/contracts/secure_item_store_contract.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/contracts/secure_item_store_contract.h"
-#include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
 
 // GLib is not built for ThreadSanitizer, which sees none of its locks and atomic counts.
 extern "C" const char* __tsan_default_suppressions() {  // NOLINT(bugprone-reserved-identifier)

@@ -12,9 +12,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
+#include "testing/temporary_directory.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/file_descriptor.h"
 #include "platform/linux/networkmanager_tunnel.h"
 #include "programs/doctor/probes.h"
+#include "tests/contracts/tunnel_service_contract.h"
 #include "tests/platform/networkmanager_world.h"
-#include "tests/support/contracts/tunnel_service_contract.h"
 
 namespace quillmar {
 namespace {

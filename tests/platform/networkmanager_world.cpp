@@ -16,7 +16,7 @@
 #include <tuple>
 #include <utility>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace quillmar {
 namespace {

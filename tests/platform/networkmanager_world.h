@@ -13,9 +13,9 @@
 #include <string>
 #include <vector>
 
+#include "testing/temporary_directory.h"
 #include "tests/platform/permissions.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 

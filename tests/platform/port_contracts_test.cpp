@@ -8,14 +8,14 @@
 #include <vector>
 
 #include "platform/simulated/simulated_tunnel.h"
-#include "tests/support/contracts/clipboard_contract.h"
-#include "tests/support/contracts/qr_reader_contract.h"
-#include "tests/support/contracts/secure_item_store_contract.h"
-#include "tests/support/contracts/tunnel_service_contract.h"
-#include "tests/support/fake_clipboard.h"
-#include "tests/support/fake_qr_reader.h"
-#include "tests/support/memory_secure_items.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/fake_clipboard.h"
+#include "testing/fake_qr_reader.h"
+#include "testing/memory_secure_items.h"
+#include "testing/virtual_dispatch.h"
+#include "tests/contracts/clipboard_contract.h"
+#include "tests/contracts/qr_reader_contract.h"
+#include "tests/contracts/secure_item_store_contract.h"
+#include "tests/contracts/tunnel_service_contract.h"
 
 namespace quillmar {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/qrencode_encoder.h"
-#include "tests/support/qr_picture.h"
+#include "platform/common/qrencode_encoder.h"
+#include "testing/qr_picture.h"
 
 namespace quillmar {
 namespace {

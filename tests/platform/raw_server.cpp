@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/linux/thread_signals.h"
+#include "platform/common/thread_signals.h"
 
 namespace quillmar {
 namespace {

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <thread>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace quillmar {
 

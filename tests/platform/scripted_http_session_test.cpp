@@ -1,4 +1,4 @@
-#include "tests/support/scripted_http_session.h"
+#include "testing/scripted_http_session.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/virtual_dispatch.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

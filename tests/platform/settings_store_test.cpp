@@ -19,13 +19,13 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/file_descriptor.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/common/file_descriptor.h"
+#include "platform/common/sqlite_settings_store.h"
+#include "testing/memory_settings_store.h"
+#include "testing/recording_log.h"
+#include "testing/temporary_directory.h"
+#include "tests/contracts/settings_store_contract.h"
 #include "tests/platform/steerable_vfs.h"
-#include "tests/support/contracts/settings_store_contract.h"
-#include "tests/support/memory_settings_store.h"
-#include "tests/support/recording_log.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

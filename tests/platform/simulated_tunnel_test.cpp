@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/virtual_dispatch.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar {
 namespace {

@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/file_descriptor.h"
+#include "platform/common/file_descriptor.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tests/support/virtual_dispatch.h"
+#include "testing/virtual_dispatch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

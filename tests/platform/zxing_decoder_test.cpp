@@ -1,11 +1,11 @@
-#include "platform/linux/zxing_decoder.h"
+#include "platform/common/zxing_decoder.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "tests/support/grey_canvas.h"
+#include "testing/grey_canvas.h"
 
 namespace quillmar {
 namespace {

@@ -68,13 +68,23 @@ TEST(Colors, count_characters_and_not_bytes) {
 }
 
 TEST(Colors, by_meaning_are_the_same_in_both_schemes) {
-  const std::vector<std::pair<std::string, Color>> cases = {
-      {"brandBlue", bytes(0x00, 0x7A, 0xFF)},     {"brandBlueDark", bytes(0x00, 0x55, 0xD4)},
-      {"brandTeal", bytes(0x00, 0xC9, 0xA7)},     {"brandGold", bytes(0xFF, 0xD7, 0x00)},
-      {"brandGreen", bytes(0x34, 0xC7, 0x59)},    {"brandOrange", bytes(0xFF, 0x95, 0x00)},
-      {"brandRed", bytes(0xFF, 0x3B, 0x30)},      {"statusOnline", bytes(0x34, 0xC7, 0x59)},
-      {"statusOffline", bytes(0x8E, 0x8E, 0x93)}, {"systemPurple", bytes(0xAF, 0x52, 0xDE)},
-      {"systemOrange", bytes(0xFF, 0x9F, 0x0A)}};
+  const std::vector<std::pair<std::string, Color>> cases = {{"brandBlue", bytes(0x00, 0x7A, 0xFF)},
+                                                            {"brandBlueDark", bytes(0x00, 0x55, 0xD4)},
+                                                            {"brandTeal", bytes(0x00, 0xC9, 0xA7)},
+                                                            {"brandTealDark", bytes(0x0A, 0x7D, 0x6A)},
+                                                            {"brandGold", bytes(0xFF, 0xD7, 0x00)},
+                                                            {"brandGreen", bytes(0x34, 0xC7, 0x59)},
+                                                            {"brandOrange", bytes(0xFF, 0x95, 0x00)},
+                                                            {"brandRed", bytes(0xFF, 0x3B, 0x30)},
+                                                            {"statusOnline", bytes(0x34, 0xC7, 0x59)},
+                                                            {"statusOffline", bytes(0x8E, 0x8E, 0x93)},
+                                                            {"systemPurple", bytes(0xAF, 0x52, 0xDE)},
+                                                            {"systemOrange", bytes(0xFF, 0x9F, 0x0A)},
+                                                            {"onBrand", white},
+                                                            {"shadow", black},
+                                                            {"cameraGround", black},
+                                                            {"qrPlate", white},
+                                                            {"qrPlateMark", bytes(0xC7, 0xC7, 0xCC)}};
   ASSERT_EQ(cases.size(), rawNames<SemanticColor>.size());
   for (const auto& [name, expected] : cases) {
     const auto known = fromRawValue<SemanticColor>(name);
@@ -84,12 +94,18 @@ TEST(Colors, by_meaning_are_the_same_in_both_schemes) {
 }
 
 TEST(Colors, by_scheme_come_in_pairs) {
-  EXPECT_EQ(colors(SchemeColor::primaryText).dark, white);
-  EXPECT_EQ(colors(SchemeColor::primaryText).light, bytes(0x1C, 0x1C, 0x1E));
+  EXPECT_EQ(colors(SchemeColor::text).dark, white);
+  EXPECT_EQ(colors(SchemeColor::text).light, bytes(0x1C, 0x1C, 0x1E));
   EXPECT_EQ(colors(SchemeColor::secondaryText).dark, bytes(0x8E, 0x8E, 0x93));
   EXPECT_EQ(colors(SchemeColor::secondaryText).light, bytes(0x6C, 0x6C, 0x70));
-  EXPECT_EQ(colors(SchemeColor::cardBackground).dark, bytes(0x2C, 0x2C, 0x2E));
-  EXPECT_EQ(colors(SchemeColor::cardBackground).light, bytes(0xF2, 0xF2, 0xF7));
+  EXPECT_EQ(colors(SchemeColor::card).dark, bytes(0x2C, 0x2C, 0x2E));
+  EXPECT_EQ(colors(SchemeColor::card).light, bytes(0xF2, 0xF2, 0xF7));
+}
+
+TEST(Colors, let_what_lies_under_a_separator_or_a_sheet_through) {
+  EXPECT_EQ(colors(SchemeColor::separator).dark, (Color{1, 1, 1, 0.12}));
+  EXPECT_EQ(colors(SchemeColor::dim).dark, (Color{0, 0, 0, 0.55}));
+  EXPECT_EQ(colors(SchemeColor::dim).light, (Color{0, 0, 0, 0.4}));
 }
 
 }  // namespace

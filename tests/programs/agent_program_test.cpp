@@ -16,22 +16,22 @@
 #include <thread>
 #include <vector>
 
-#include "app/settings_keys.h"
-#include "platform/linux/asio_dispatch.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/instance_lock.h"
 #include "platform/linux/machine_name.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/settings.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_server.h"
 #include "programs/control/work_place.h"
 #include "sandbox/service.h"
+#include "testing/recording_log.h"
+#include "testing/scoped_environment.h"
 #include "tests/programs/enrolled_device.h"
 #include "tests/programs/program_session.h"
 #include "tests/programs/pseudo_terminal.h"
 #include "tests/programs/terminal_picture.h"
 #include "tests/sandbox/support/run_command.h"
-#include "tests/support/recording_log.h"
-#include "tests/support/scoped_environment.h"
 
 namespace quillmar::agent {
 namespace {

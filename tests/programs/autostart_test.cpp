@@ -1,4 +1,4 @@
-#include "programs/control/autostart.h"
+#include "platform/linux/autostart.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,8 +9,8 @@
 #include <iterator>
 #include <string>
 
-#include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar::control {
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/window.h"

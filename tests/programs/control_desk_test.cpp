@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "foundation/json_decode.h"
-#include "tests/support/test_application.h"
+#include "testing/test_application.h"
 
 namespace quillmar::control {
 namespace {
@@ -29,7 +29,7 @@ struct Desk {
   }
 
   void say(const std::string& line) {
-    desk.handle(line, [this](Message message) {
+    desk.handle(line, [this](LocalMessage message) {
       const auto reply = decodeJson<ControlReply>(message.line);
       ASSERT_TRUE(reply.ok()) << message.line;
       replies.push_back(reply.value());
@@ -105,10 +105,10 @@ TEST(ControlDesk, begins_the_work_for_a_sync_where_it_has_not_begun) {
     machine.settings.set(key, value);
   }
   machine.http.answerAlways("POST", "/device/checkin", 200, R"({"status":"ok"})");
-  Environment environment(machine.ports(), Deployments::all("https://au.example"));
+  ApplicationEnvironment environment(machine.ports(), Deployments::all("https://au.example"));
   ControlDesk desk(environment, {});
   int replies = 0;
-  desk.handle(R"({"operation":"sync"})", [&](const Message& /*message*/) { ++replies; });
+  desk.handle(R"({"operation":"sync"})", [&](const LocalMessage& /*message*/) { ++replies; });
   machine.dispatch.settle();
   EXPECT_EQ(machine.http.count("POST", "/device/checkin"), 1U);
   EXPECT_EQ(replies, 1);
@@ -218,7 +218,7 @@ TEST(ControlDesk, gives_the_lock_when_the_work_has_ended) {
             {.yield = [&](std::function<void(FileDescriptor)> given) { give = std::move(given); }});
   int received = -1;
   desk.desk.handle(R"({"operation":"yield"})",
-                   [&](const Message& message) { received = message.file.get(); });
+                   [&](const LocalMessage& message) { received = message.file.get(); });
   EXPECT_EQ(received, -1);
   FileDescriptor lock(::dup(STDIN_FILENO));
   const int sent = lock.get();

@@ -15,11 +15,11 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/asio_dispatch.h"
+#include "platform/common/asio_dispatch.h"
 #include "programs/control/control_client.h"
 #include "programs/control/control_server.h"
-#include "tests/support/scoped_environment.h"
-#include "tests/support/temporary_directory.h"
+#include "testing/scoped_environment.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar::control {
 namespace {
@@ -69,13 +69,13 @@ class ControlSocket : public testing::Test {
   }
 
   static FileDescriptor connectTo(const fs::path& path) {
-    const auto address = SocketAddress::of(path);
+    const auto address = LocalSocketAddress::of(path);
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const bool isConnected =
-        address && ::connect(socket.get(), address->address(), SocketAddress::size()) == 0;
+        address && ::connect(socket.get(), address->address(), LocalSocketAddress::size()) == 0;
     return isConnected ? std::move(socket) : FileDescriptor();
   }
-  fs::path place() const { return socketPaths(data).front(); }
+  fs::path place() const { return localSocketPaths(data).front(); }
 
   std::string say(const std::string& line) const {
     const auto socket = connectTo(place());
@@ -137,7 +137,7 @@ TEST_F(ControlSocket, hears_nobody_elses_process) {
 TEST_F(ControlSocket, lets_go_of_who_says_too_much) {
   serve();
   const auto socket = connectTo(place());
-  const std::string flood(3 * lineLimit, 'x');
+  const std::string flood(3 * localLineLimit, 'x');
   ASSERT_TRUE(socket);
   ::send(socket.get(), flood.data(), flood.size(), MSG_NOSIGNAL);
   EXPECT_FALSE(receiveMessage(socket.get(), patience));
@@ -329,7 +329,7 @@ TEST_F(ControlSocket, leaves_a_place_that_is_somebody_elses_by_now) {
 
 TEST_F(ControlSocket, stands_in_the_data_directory_where_no_session_has_one) {
   const ScopedEnvironment nowhere("XDG_RUNTIME_DIR", nullptr);
-  EXPECT_THAT(socketPaths(data), testing::ElementsAre(data / "control.socket"));
+  EXPECT_THAT(localSocketPaths(data), testing::ElementsAre(data / "control.socket"));
   serve();
   EXPECT_EQ(say("hello"), "heard hello");
 }
@@ -355,10 +355,10 @@ TEST_F(ControlSocket, may_stand_at_the_end_of_a_long_path) {
 }
 
 TEST_F(ControlSocket, two_installations_of_one_user_do_not_meet) {
-  EXPECT_NE(socketPaths(data).front(), socketPaths(home.path() / "other").front());
+  EXPECT_NE(localSocketPaths(data).front(), localSocketPaths(home.path() / "other").front());
   fs::create_directories(data);
   fs::create_directory_symlink(data, home.path() / "link");
-  EXPECT_EQ(socketPaths(data).front(), socketPaths(home.path() / "link").front());
+  EXPECT_EQ(localSocketPaths(data).front(), localSocketPaths(home.path() / "link").front());
 }
 
 TEST_F(ControlSocket, an_answer_that_makes_no_sense_is_none) {

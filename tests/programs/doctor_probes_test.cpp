@@ -7,15 +7,15 @@
 #include <sstream>
 #include <string>
 
-#include "app/settings_keys.h"
-#include "platform/linux/curl_http_session.h"
-#include "platform/linux/sqlite_settings_store.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/sqlite_settings_store.h"
+#include "platform/settings.h"
 #include "programs/doctor/doctor.h"
 #include "programs/doctor/probes.h"
 #include "sandbox/service.h"
-#include "tests/support/memory_secure_items.h"
-#include "tests/support/recording_log.h"
-#include "tests/support/temporary_directory.h"
+#include "testing/memory_secure_items.h"
+#include "testing/recording_log.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar::doctor {
 namespace {

@@ -4,14 +4,14 @@
 #include <stdexcept>
 #include <string>
 
-#include "app/settings_keys.h"
 #include "child/child_app_state.h"
 #include "client/records/enrollment.h"
 #include "foundation/json_decode.h"
 #include "foundation/text.h"
-#include "platform/linux/asio_dispatch.h"
-#include "platform/linux/sqlite_settings_store.h"
-#include "tests/support/recording_log.h"
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/sqlite_settings_store.h"
+#include "platform/settings.h"
+#include "testing/recording_log.h"
 
 namespace quillmar::test {
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "sandbox/service.h"
-#include "tests/support/temporary_directory.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar::test {
 

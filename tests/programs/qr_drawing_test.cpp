@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/qrencode_encoder.h"
+#include "platform/common/qrencode_encoder.h"
 #include "tests/programs/terminal_picture.h"
 
 namespace quillmar::agent {

@@ -11,8 +11,8 @@
 
 #include "platform/linux/instance_lock.h"
 #include "sandbox/service.h"
+#include "testing/temporary_directory.h"
 #include "tests/sandbox/support/run_command.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar {
 namespace {

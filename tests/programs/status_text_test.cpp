@@ -7,8 +7,8 @@
 #include <ctime>
 
 #include "foundation/date_format.h"
-#include "tests/support/scoped_environment.h"
-#include "tests/support/virtual_dispatch.h"
+#include "testing/scoped_environment.h"
+#include "testing/virtual_dispatch.h"
 
 namespace quillmar::agent {
 namespace {

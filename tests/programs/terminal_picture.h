@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "tests/support/grey_canvas.h"
+#include "testing/grey_canvas.h"
 
 namespace quillmar::agent {
 

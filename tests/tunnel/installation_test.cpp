@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/temporary_directory.h"
 #include "tests/sandbox/support/run_command.h"
-#include "tests/support/temporary_directory.h"
 
 namespace quillmar::tunnel {
 namespace {

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "tests/support/temporary_directory.h"
+#include "testing/temporary_directory.h"
 
 namespace quillmar::tunnel {
 namespace {

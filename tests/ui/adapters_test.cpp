@@ -6,8 +6,8 @@
 #include <QWindow>
 #include <vector>
 
-#include "tests/support/contracts/clipboard_contract.h"
-#include "tests/support/contracts/dispatch_contract.h"
+#include "tests/contracts/clipboard_contract.h"
+#include "tests/contracts/dispatch_contract.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_clipboard.h"
 #include "ui/adapters/qt_dispatch.h"

@@ -7,8 +7,8 @@
 #include <ostream>
 #include <string>
 
-#include "programs/pictures/scenes.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
+#include "tools/pictures/scenes.h"
 
 namespace quillmar::ui {
 namespace {

@@ -14,6 +14,7 @@
 #include <tuple>
 #include <vector>
 
+#include "presentation/colors.h"
 #include "tests/ui/support/scene_walk.h"
 
 // Letters and edges stand out from their grounds for weak eyes: as the theme's colours have it, on the
@@ -171,6 +172,17 @@ TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_grounds) {
           << ground << (dark ? " by night" : " by day");
     }
   }
+}
+
+// By day the chosen tab is the one with an edge.
+TEST(Contrast, of_a_chosen_tab_is_enough_by_night_for_its_shape_and_its_word) {
+  const auto byNight = [](SchemeColor name) {
+    const Color& color = colors(name).dark;
+    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                            static_cast<float>(color.blue));
+  };
+  EXPECT_GE(contrast(byNight(SchemeColor::chosenTab), byNight(SchemeColor::card)), forEdges);
+  EXPECT_GE(contrast(byNight(SchemeColor::text), byNight(SchemeColor::chosenTab)), forLetters);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenes, ContrastTest,

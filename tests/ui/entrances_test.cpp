@@ -7,7 +7,7 @@
 
 #include "app/country_selection_view.h"
 #include "app/role_selection_view.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -99,7 +99,7 @@ struct Arrival {
 struct ParentEntrances : Entrances {
   ParentEntrances() : Entrances(signedInParent()) {
     dashboard(stage).logout();
-    dashboard(stage).confirmLogout();
+    dashboard(stage).logoutConfirmation.confirm();
     stage.step(0ms);
   }
 

@@ -17,9 +17,9 @@
 #include <string>
 #include <vector>
 
-#include "app/settings_keys.h"
 #include "client/network_service.h"
-#include "tests/ui/support/parent_stage.h"
+#include "platform/settings.h"
+#include "testing/ui/parent_stage.h"
 #include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 
@@ -101,8 +101,8 @@ std::string alteredBody(const std::string& body, const QString& tail) {
 
 // What the service has said before the application was last closed.
 StoredSettings altered(StoredSettings stored, const QString& tail) {
-  for (const auto key : {NetworkService::parentNameKey, NetworkService::parentEmailKey,
-                         settings::childDohEndpoint, settings::childDeviceID}) {
+  for (const auto key :
+       {settings::parentName, settings::parentEmail, settings::childDohEndpoint, settings::childDeviceID}) {
     if (const auto found = stored.find(key); found != stored.end()) {
       found->second = std::get<std::string>(found->second) + tail.toStdString();
     }
@@ -200,7 +200,7 @@ TEST(HostileScenes, reach_what_the_service_says) {
   UiStage stage({.stored = signedInParent()});
   stage.application.machine.http.alterBodies(
       [&](const std::string& body) { return alteredBody(body, tail); });
-  openChild(stage).linkDevice();
+  openChild(stage).devicesSection.linkDevice();
   stage.settle();
   EXPECT_TRUE(stage.shows("Old phone-altered"));
 }

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "console/link_device_view.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -16,7 +16,7 @@ struct LinkSheet : testing::Test {
   UiStage stage{{.stored = signedInParent()}};
 
   LinkSheet() {
-    openChild(stage).linkDevice();
+    openChild(stage).devicesSection.linkDevice();
     stage.settle();
     http().forgetRequests();
     http().answerAlways("POST", "/children/c1/devices", 200, "{}");
@@ -128,7 +128,7 @@ TEST(LinkSheetTexts, both_the_name_and_the_type_keep_their_room) {
         R"({"children":[],"unassigned_devices":[)" + deviceJson("d7", name, type, true) + "]}");
     dashboard(stage).cards[0].tap();
     stage.settle();
-    stage.application.screen<ChildDetailView>().linkDevice();
+    stage.application.screen<ChildDetailView>().devicesSection.linkDevice();
     stage.settle();
     ASSERT_EQ(stage.application.screen<LinkDeviceView>().deviceRows.size(), 1U);
     int found = 0;

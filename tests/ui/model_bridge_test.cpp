@@ -2,32 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QSignalSpy>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "presentation/screen_model.h"
-#include "ui/bridge/keyed_list_model.h"
-
-namespace quillmar::ui {
-namespace {
-
-struct Entry {
-  std::string id;
-  int count = 0;
-  friend bool operator==(const Entry&, const Entry&) = default;
-};
-
-}  // namespace
-}  // namespace quillmar::ui
-
-namespace quillmar {
-template <>
-inline constexpr auto wire<ui::Entry> = record(required("id", &ui::Entry::id),
-                                               required("count", &ui::Entry::count));
-}  // namespace quillmar
+#include "tests/ui/support/bridged_model.h"
 
 namespace quillmar::ui {
 namespace {
@@ -66,22 +47,7 @@ class Model final : public ScreenModel {
   int evaluations = 0;
 };
 
-class ModelBridgeTest : public testing::Test {
- protected:
-  static void turn() { QCoreApplication::processEvents(); }
-  static ModelBridge* asBridge(const QVariant& value) {
-    return qobject_cast<ModelBridge*>(value.value<QObject*>());
-  }
-  QVariant shown(const char* name) const { return bridge.value(QLatin1StringView(name)); }
-  ModelBridge* nested(const char* name) const { return asBridge(shown(name)); }
-  KeyedListModel* list(const char* name) const { return shown(name).value<KeyedListModel*>(); }
-  ActionBridge* action(const char* name) const { return shown(name).value<ActionBridge*>(); }
-  // What QML does when it assigns to a property.
-  void assign(const char* name, const QVariant& value) { bridge.setProperty(name, value); }
-
-  std::shared_ptr<Model> model = std::make_shared<Model>();
-  ModelBridge bridge{model};
-};
+using ModelBridgeTest = BridgedModel<Model>;
 
 TEST_F(ModelBridgeTest, shows_what_the_model_holds) {
   EXPECT_EQ(shown("typeName"), "Model");
@@ -201,6 +167,15 @@ TEST_F(ModelBridgeTest, a_part_is_a_bridge_or_null) {
   model->part.put(nullptr);
   turn();
   EXPECT_EQ(nested("part"), nullptr);
+}
+
+TEST_F(ModelBridgeTest, rows_are_a_list_before_the_first_and_whatever_their_keys_are) {
+  ASSERT_NE(list("rows"), nullptr);
+  EXPECT_EQ(list("rows")->count(), 0);
+  model->rows.assign({{"Child", std::make_shared<Child>()}});
+  turn();
+  ASSERT_NE(list("rows"), nullptr);
+  EXPECT_EQ(list("rows")->count(), 1);
 }
 
 TEST_F(ModelBridgeTest, rows_keep_their_bridge_for_as_long_as_their_object_is_there) {

@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -57,9 +57,9 @@ struct ParentChildPage : testing::Test {
     return *item;
   }
   RecentActivityRow& gamesRow() {
-    for (std::size_t i = 0; i < screen().recentActivityRows.size(); ++i) {
-      if (screen().recentActivityRows[i].site() == "games.example") {
-        return screen().recentActivityRows[i];
+    for (std::size_t i = 0; i < screen().activitySection.recent.rows.size(); ++i) {
+      if (screen().activitySection.recent.rows[i].site() == "games.example") {
+        return screen().activitySection.recent.rows[i];
       }
     }
     throw std::logic_error("no such row");
@@ -350,13 +350,14 @@ TEST_F(ParentChildPage, the_chips_are_walked_by_the_arrow_keys_and_chosen_by_a_p
   stage.focusOn("Last 5 min");
   stage.press(Qt::Key_Right);
   EXPECT_EQ(stage.focusedName(), "Last Hour");
-  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::realTime) << "walking is not choosing";
+  EXPECT_EQ(screen().activitySection.blockedTimeFilter(), ActivityTimeFilter::realTime)
+      << "walking is not choosing";
   stage.press(Qt::Key_Space);
-  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::lastHour);
+  EXPECT_EQ(screen().activitySection.blockedTimeFilter(), ActivityTimeFilter::lastHour);
   EXPECT_EQ(stage.focusedName(), "Last Hour");
   stage.press(Qt::Key_Right);
   stage.press(Qt::Key_Return);
-  EXPECT_EQ(screen().blockedTimeFilter(), ActivityTimeFilter::today);
+  EXPECT_EQ(screen().activitySection.blockedTimeFilter(), ActivityTimeFilter::today);
   stage.press(Qt::Key_Left);
   EXPECT_EQ(stage.focusedName(), "Last Hour");
   EXPECT_TRUE(stage.control("Today")->property("current").toBool());
@@ -365,21 +366,21 @@ TEST_F(ParentChildPage, the_chips_are_walked_by_the_arrow_keys_and_chosen_by_a_p
 TEST_F(ParentChildPage, the_toggle_calls_once_for_each_flip) {
   stage.focusOn("Block the Internet");
   stage.press(Qt::Key_Space);
-  EXPECT_TRUE(screen().isBlocked());
+  EXPECT_TRUE(screen().policySection.isBlocked());
   EXPECT_EQ(changes(), std::vector<std::string>{"PUT /children/c1/policy"});
   EXPECT_TRUE(stage.focused()->property("checked").toBool());
   stage.press(Qt::Key_Return);
-  EXPECT_FALSE(screen().isBlocked());
+  EXPECT_FALSE(screen().policySection.isBlocked());
   EXPECT_EQ(changes().size(), 2U);
   stage.tap(middleOf(*stage.control("Block the Internet")));
-  EXPECT_TRUE(screen().isBlocked());
+  EXPECT_TRUE(screen().policySection.isBlocked());
   EXPECT_EQ(changes().size(), 3U);
 }
 
 TEST_F(ParentChildPage, the_toggle_follows_its_model_after_it_was_flipped_by_hand) {
   stage.focusOn("Block the Internet");
   stage.press(Qt::Key_Space);
-  screen().isBlocked = false;
+  screen().policySection.isBlocked = false;
   stage.settle();
   EXPECT_FALSE(stage.focused()->property("checked").toBool());
 }
@@ -392,7 +393,7 @@ TEST_F(ParentChildPage, the_live_list_is_explained_between_its_title_and_its_row
   EXPECT_GT(place(help), place("Swipe right to allow"));
   EXPECT_LT(place(help), middleOf(row("school.example")).y());
 
-  screen().recentActivityRows.assign({});
+  screen().activitySection.recent.rows.assign({});
   stage.settle();
   EXPECT_GT(place(help), place("Recent Activity"));
   EXPECT_LT(place(help), place("No recent activity"));

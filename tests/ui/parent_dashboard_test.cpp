@@ -9,7 +9,7 @@
 #include <string>
 
 #include "identity/auth_state.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -56,7 +56,7 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
 TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_question) {
   screen().logout();
   stage.settle();
-  ASSERT_TRUE(screen().showLogoutConfirmation());
+  ASSERT_TRUE(screen().logoutConfirmation.isShown());
   ASSERT_TRUE(stage.window().isVisible());
   stage.press(Qt::Key_W, Qt::ControlModifier);
   EXPECT_FALSE(stage.window().isVisible());
@@ -90,7 +90,7 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_finger) {
   stage.tap(middleOf(*stage.control("Menu")));
   ASSERT_TRUE(isMenuOpen());
   stage.tap(middleOf(*stage.find("Logout")));
-  EXPECT_TRUE(screen().showLogoutConfirmation());
+  EXPECT_TRUE(screen().logoutConfirmation.isShown());
 }
 
 TEST_F(ParentDashboard, the_logout_is_asked_for_and_return_is_not_its_answer) {

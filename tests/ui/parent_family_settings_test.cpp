@@ -9,9 +9,9 @@
 #include <tuple>
 #include <vector>
 
-#include "app/appearance_manager.h"
+#include "app/session/appearance_manager.h"
 #include "identity/auth_state.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -77,7 +77,7 @@ TEST_F(ParentSettings, the_deletion_asks_twice_and_return_is_never_its_answer) {
 TEST_F(ParentSettings, a_wrong_password_is_told_over_the_sheet_and_clears_the_field) {
   http().answer("DELETE", "/auth/account", 401);
   screen().deleteAccount();
-  screen().continueDeletion();
+  screen().deletionConfirmation.confirm();
   stage.settle();
   stage.type("wrong");
   stage.tabTo("Delete My Account");
@@ -111,7 +111,7 @@ TEST_F(ParentSettings, the_account_is_deleted_by_the_keyboard_alone) {
 TEST_F(ParentSettings, the_password_sheet_is_left_by_cancel_and_by_escape) {
   for (const bool byKey : {true, false}) {
     screen().deleteAccount();
-    screen().continueDeletion();
+    screen().deletionConfirmation.confirm();
     stage.settle();
     stage.type("secret");
     byKey ? stage.press(Qt::Key_Escape) : stage.click("Cancel");

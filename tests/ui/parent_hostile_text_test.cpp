@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 #include "ui/bridge/shown_text.h"
 
 namespace quillmar::ui {
@@ -101,7 +101,7 @@ TEST_P(HostileTextTest, stays_in_the_rows_of_a_childs_page) {
   stage.settle();
   stage.advance(std::chrono::seconds(2));
   auto& page = stage.application.screen<ChildDetailView>();
-  ASSERT_GE(page.recentActivityRows.size(), 1U);
+  ASSERT_GE(page.activitySection.recent.rows.size(), 1U);
   for (const auto tab :
        {ChildDetailTab::realTime, ChildDetailTab::sitesBlocked, ChildDetailTab::sitesAllowed}) {
     page.selectedTab = tab;

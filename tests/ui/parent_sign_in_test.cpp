@@ -5,7 +5,7 @@
 #include <string>
 
 #include "identity/auth_state.h"
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -124,7 +124,7 @@ TEST_P(SignInAlertTest, gives_the_focus_back_to_the_control_it_came_from) {
     EXPECT_EQ(stage.focusedName(), "OK") << "the keyboard left the alert";
     stage.press(GetParam());
     EXPECT_FALSE(stage.shows("Busy, try later"));
-    EXPECT_FALSE(login().showError());
+    EXPECT_FALSE(login().errorAlert.isShown());
     EXPECT_EQ(stage.focusedName(), origin);
     EXPECT_EQ(login().password(), "secret");
   }

@@ -28,12 +28,12 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/qrencode_encoder.h"
+#include "platform/common/qrencode_encoder.h"
+#include "testing/grey_canvas.h"
+#include "testing/temporary_directory.h"
+#include "testing/virtual_dispatch.h"
+#include "tests/contracts/qr_reader_contract.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/contracts/qr_reader_contract.h"
-#include "tests/support/grey_canvas.h"
-#include "tests/support/temporary_directory.h"
-#include "tests/support/virtual_dispatch.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_video_capture.h"

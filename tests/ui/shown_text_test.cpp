@@ -2,14 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QStringList>
 #include <memory>
 #include <string>
 
 #include "presentation/screen_model.h"
-#include "ui/bridge/keyed_list_model.h"
-#include "ui/bridge/model_bridge.h"
+#include "tests/ui/support/bridged_model.h"
 
 namespace quillmar::ui {
 namespace {
@@ -123,24 +121,6 @@ TEST(ShownText, is_at_home_with_broken_bytes) {
   EXPECT_EQ(shownText(std::string_view("\0", 1)).size(), 1);
 }
 
-struct Person {
-  std::string name;
-  std::vector<std::string> sites;
-  friend bool operator==(const Person&, const Person&) = default;
-};
-
-}  // namespace
-}  // namespace quillmar::ui
-
-namespace quillmar {
-template <>
-inline constexpr auto wire<ui::Person> = record(required("name", &ui::Person::name),
-                                                required("sites", &ui::Person::sites));
-}  // namespace quillmar
-
-namespace quillmar::ui {
-namespace {
-
 const std::string hostile =
     "a\xE2\x80\xAE"
     "b" +
@@ -163,65 +143,62 @@ class Screen final : public ScreenModel {
   Published<std::string> name{*this, "name", hostile};
   Published<std::optional<std::string>> note{*this, "note", hostile};
   Published<std::vector<std::string>> lines{*this, "lines", {hostile}};
-  Published<Person> person{*this, "person", {hostile, {hostile}}};
-  Published<std::vector<Person>> people{*this, "people", {{hostile, {hostile}}}};
+  Published<Entry> entry{*this, "entry", {hostile, 1, {hostile}}};
+  Published<std::vector<Entry>> entries{*this, "entries", {{hostile, 1, {hostile}}}};
   Derived<std::string> sentence{*this, "sentence", [this] { return name() + "!"; }};
   Rows<Row> rows{*this, "rows"};
-  Published<Person> qrCode{*this, "qrCode", {hostile, {}}};
+  Published<Entry> qrCode{*this, "qrCode", {hostile}};
 };
 
 // Whatever a model holds, and however deep.
-struct ShownByBridge : testing::Test {
-  std::shared_ptr<Screen> screen = std::make_shared<Screen>();
-  ModelBridge bridge{screen};
-  QVariant value(const char* name) { return bridge.value(QLatin1StringView(name)); }
-  QVariant firstOf(const char* name) { return value(name).value<KeyedListModel*>()->at(0); }
+struct ShownByBridge : BridgedModel<Screen> {
+  QVariant firstOf(const char* name) const { return list(name)->at(0); }
   const QString fit = shownText(hostile);
 };
 
 TEST_F(ShownByBridge, every_text_of_a_model_is_fit_to_be_drawn) {
   ASSERT_EQ(fit.size(), longestShownText);
   for (const bool afterAChange : {false, true}) {
-    EXPECT_EQ(value("name"), fit);
-    EXPECT_EQ(value("note"), fit);
+    EXPECT_EQ(shown("name"), fit);
+    EXPECT_EQ(shown("note"), fit);
     EXPECT_EQ(firstOf("lines"), fit);
-    EXPECT_EQ(value("person").toMap().value("name"), fit);
-    EXPECT_EQ(value("person").toMap().value("sites").toList().value(0), fit);
-    EXPECT_EQ(firstOf("people").toMap().value("name"), fit);
-    EXPECT_EQ(value("sentence").toString(), fit.chopped(1) + u'!') << afterAChange;
-    EXPECT_EQ(qobject_cast<ModelBridge*>(firstOf("rows").value<QObject*>())->value("name"), fit);
-    screen->name = "";
-    screen->note = std::nullopt;
-    screen->lines = {};
-    screen->person = {};
-    screen->people = {};
-    QCoreApplication::processEvents();
-    screen->name = hostile;
-    screen->note = hostile;
-    screen->lines = {hostile};
-    screen->person = {hostile, {hostile}};
-    screen->people = {{hostile, {hostile}}};
-    QCoreApplication::processEvents();
+    EXPECT_EQ(shown("entry").toMap().value("id"), fit);
+    EXPECT_EQ(shown("entry").toMap().value("sites").toList().value(0), fit);
+    EXPECT_EQ(firstOf("entries").toMap().value("id"), fit);
+    EXPECT_EQ(shown("sentence").toString(), fit.chopped(1) + u'!') << afterAChange;
+    EXPECT_EQ(asBridge(firstOf("rows"))->value("name"), fit);
+    model->name = "";
+    model->note = std::nullopt;
+    model->lines = {};
+    model->entry = {};
+    model->entries = {};
+    turn();
+    model->name = hostile;
+    model->note = hostile;
+    model->lines = {hostile};
+    model->entry = {hostile, 1, {hostile}};
+    model->entries = {{hostile, 1, {hostile}}};
+    turn();
   }
 }
 
 TEST_F(ShownByBridge, the_models_own_values_stay_as_they_are) {
-  EXPECT_EQ(screen->name(), hostile);
-  EXPECT_EQ(screen->person().name, hostile);
+  EXPECT_EQ(model->name(), hostile);
+  EXPECT_EQ(model->entry().id, hostile);
 }
 
 TEST_F(ShownByBridge, what_is_in_a_text_box_is_all_there_and_goes_as_typed) {
-  EXPECT_EQ(value("typed"), editedText(hostile));
-  EXPECT_EQ(screen->typed(), hostile) << "showing is not typing";
+  EXPECT_EQ(shown("typed"), editedText(hostile));
+  EXPECT_EQ(model->typed(), hostile) << "showing is not typing";
   const QString own = QStringLiteral("\u200Fשרה\u200F");
-  bridge.setProperty("typed", own);
-  QCoreApplication::processEvents();
-  EXPECT_EQ(screen->typed(), own.toStdString());
-  EXPECT_EQ(value("typed"), own) << "the box changed under the hands of who types";
+  assign("typed", own);
+  turn();
+  EXPECT_EQ(model->typed(), own.toStdString());
+  EXPECT_EQ(shown("typed"), own) << "the box changed under the hands of who types";
 }
 
 TEST_F(ShownByBridge, what_a_machine_reads_is_exact) {
-  EXPECT_EQ(value("qrCode").toMap().value("name"), QString::fromStdString(hostile));
+  EXPECT_EQ(shown("qrCode").toMap().value("id"), QString::fromStdString(hostile));
 }
 
 }  // namespace

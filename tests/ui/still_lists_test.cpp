@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/ui/support/parent_stage.h"
+#include "testing/ui/parent_stage.h"
 
 // Lists that change while somebody is at them.
 namespace quillmar::ui {
@@ -197,7 +197,7 @@ TEST_P(AtAList, a_field_below_stays_while_somebody_types_in_it) {
   visit({});
   EXPECT_NEAR(place(allowedField), before, 0.5) << "the list has gone";
   stage.type("ple");
-  EXPECT_EQ(screen().newDomain(), "example");
+  EXPECT_EQ(screen().policySection.newDomain(), "example");
 }
 
 TEST_P(AtAList, a_page_that_was_held_comes_home_when_the_typing_is_over) {

@@ -10,7 +10,7 @@
 
 #include "child/child_home_view.h"
 #include "presentation/device_texts.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
 
 namespace quillmar::ui {
 namespace {

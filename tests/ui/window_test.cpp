@@ -5,11 +5,11 @@
 #include <QQuickWindow>
 #include <chrono>
 
-#include "app/role_manager.h"
 #include "app/role_selection_view.h"
+#include "app/session/role_manager.h"
 #include "child/child_enrollment_view.h"
 #include "child/child_home_view.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
 
 namespace quillmar::ui {
 namespace {
@@ -115,7 +115,7 @@ TEST_P(AlertTest, is_answered_by_the_keyboard_and_gives_the_focus_back) {
 
   stage.press(GetParam());
   EXPECT_FALSE(stage.shows("Busy, try later"));
-  EXPECT_FALSE(stage.application.screen<ChildEnrollmentView>().showError());
+  EXPECT_FALSE(stage.application.screen<ChildEnrollmentView>().errorAlert.isShown());
   EXPECT_EQ(stage.focusedName(), "Start Enrollment");
 }
 

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/linux/zxing_decoder.h"
+#include "platform/common/zxing_decoder.h"
 #include "platform/qr_reader.h"
 
 namespace quillmar::ui {

@@ -3,11 +3,11 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
+#include "ui/bridge/shown_text.h"
+
 namespace quillmar::ui {
 
-void QtClipboard::setString(std::string_view text) {
-  QGuiApplication::clipboard()->setText(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
-}
+void QtClipboard::setString(std::string_view text) { QGuiApplication::clipboard()->setText(exactText(text)); }
 
 std::string QtClipboard::string() const { return QGuiApplication::clipboard()->text().toStdString(); }
 

@@ -14,9 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/zxing_decoder.h"
+#include "platform/common/zxing_decoder.h"
 #include "ui/adapters/picture_file.h"
 #include "ui/adapters/screenshot_portal.h"
+#include "ui/bridge/shown_text.h"
 
 namespace quillmar::ui {
 namespace {
@@ -233,7 +234,7 @@ void QtQRReader::stopRunning() {
 
 void QtQRReader::readPicture(const std::string& path, Reply reply) {
   searchAndReply(
-      dispatch_, [place = QString::fromStdString(path)] { return recogniseFile(place); }, std::move(reply));
+      dispatch_, [place = exactText(path)] { return recogniseFile(place); }, std::move(reply));
 }
 
 void QtQRReader::readClipboard(Reply reply) {

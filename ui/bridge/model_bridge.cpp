@@ -97,6 +97,9 @@ void ModelBridge::addEntry(Member& member) {
       entry.action = new ActionBridge(*this, member);
       insert(entry.name, QVariant::fromValue(entry.action));
       return;
+    case Member::Kind::rows:
+      addList(entry);
+      [[fallthrough]];
     case Member::Kind::part:
     case Member::Kind::sheet:
       showNested(entry);
@@ -104,13 +107,17 @@ void ModelBridge::addEntry(Member& member) {
     default:
       entry.shown = member.value();
       if (entry.shown.list()) {
-        entry.list = new KeyedListModel(this);
+        addList(entry);
         entry.list->assign(rowsOf(*entry.shown.list(), entry.form));
-        insert(entry.name, QVariant::fromValue(entry.list));
       } else {
         insert(entry.name, toVariant(entry.shown, entry.form));
       }
   }
+}
+
+void ModelBridge::addList(Entry& entry) {
+  entry.list = new KeyedListModel(this);
+  insert(entry.name, QVariant::fromValue(entry.list));
 }
 
 QVariant ModelBridge::updateValue(const QString& key, const QVariant& input) {
@@ -150,6 +157,7 @@ void ModelBridge::show(Entry& entry) {
     case Member::Kind::action:
       return entry.action->update();
     case Member::Kind::part:
+    case Member::Kind::rows:
     case Member::Kind::sheet:
       return showNested(entry);
     case Member::Kind::text:
@@ -172,25 +180,18 @@ void ModelBridge::showValue(Entry& entry) {
   }
 }
 
-// One object is known by its type's name, rows by keys of their own; a member that has had rows stays a list.
 void ModelBridge::showNested(Entry& entry) {
-  const auto nested = entry.member.nested();
   const auto former = std::exchange(entry.bridges, {});
-  std::vector<KeyedListModel::Row> rows;
-  for (const auto& [key, object] : nested) {
+  std::vector<KeyedListModel::Row> shown;
+  for (const auto& [key, object] : entry.member.nested()) {
     const auto known = std::ranges::find(former, object, &ModelBridge::model_);
     entry.bridges.push_back(known == former.end() ? new ModelBridge(object, this) : *known);
-    rows.push_back({exactText(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
-  }
-  const bool isOne = nested.size() == 1 && nested.front().key == nested.front().object->typeName();
-  if (!entry.list && !nested.empty() && !isOne) {
-    entry.list = new KeyedListModel(this);
-    insert(entry.name, QVariant::fromValue(entry.list));
+    shown.push_back({exactText(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
   }
   if (entry.list) {
-    entry.list->assign(std::move(rows));
+    entry.list->assign(std::move(shown));
   } else {
-    insert(entry.name, nested.empty() ? QVariant::fromValue<QObject*>(nullptr) : rows.front().data);
+    insert(entry.name, shown.empty() ? QVariant::fromValue<QObject*>(nullptr) : shown.front().data);
   }
   if (entry.member.kind() == Member::Kind::sheet) {
     showSheet();

@@ -48,13 +48,11 @@ class ActionBridge final : public QObject {
 
 // An observable object for QML, made from its own list of members:
 // - state, derived values and texts are properties of the same name; setting an input's property is a
-// person's
-//   input, of anything else does nothing; a list is a KeyedListModel;
+//   person's input, of anything else does nothing; a list is a KeyedListModel;
 // - a text is a `shownText`, so that no screen can draw what a model holds in any other form; only that of an
 //   input is not shortened;
 // - actions are ActionBridges;
-// - a part that is one object, and a sheet, are bridges of their own, or null; rows are a KeyedListModel of
-// bridges;
+// - a part and a sheet are bridges of their own, or null; rows are a KeyedListModel of bridges;
 // - besides, `typeName` names the object's type, and `sheet` is what is presented over this screen, or null.
 // Announcements are gathered: what changed in one turn of the event loop is looked at once, in the next.
 class ModelBridge final : public QQmlPropertyMap {
@@ -77,6 +75,7 @@ class ModelBridge final : public QQmlPropertyMap {
   struct Entry;
 
   void addEntry(Member& member);
+  void addList(Entry& entry);
   void scheduleRefresh();
   void refresh();
   void show(Entry& entry);

@@ -130,11 +130,15 @@ QString shownText(std::string_view utf8) {
 }
 
 QString editedText(std::string_view utf8) {
-  QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+  QString text = exactText(utf8);
   if (std::ranges::any_of(text, isDirectionMark)) {
     text.removeIf(isDirectionMark);
   }
   return text;
+}
+
+QString exactText(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
 }  // namespace quillmar::ui

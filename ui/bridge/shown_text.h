@@ -19,4 +19,7 @@ inline constexpr qsizetype mostShownLines = 16;
 // The same for what a person goes on writing, of which nothing may be lost.
 QString editedText(std::string_view utf8);
 
+// To the letter, for what no screen draws: a name, a key, a file, what is copied or encoded.
+QString exactText(std::string_view utf8);
+
 }  // namespace quillmar::ui

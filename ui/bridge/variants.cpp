@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "ui/bridge/shown_text.h"
+
 namespace quillmar::ui {
 namespace {
 
@@ -46,10 +48,6 @@ Value fromList(const QVariantList& list) {
 }
 
 }  // namespace
-
-QString exactText(std::string_view utf8) {
-  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
 
 QVariant toVariant(const Value& value, TextForm form) { return value.visit(ToVariant{form}); }
 

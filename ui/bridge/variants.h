@@ -10,7 +10,6 @@ namespace quillmar::ui {
 
 // How a text is written for QML: `shownText`, `editedText` or, to the letter, `exactText`.
 using TextForm = QString (*)(std::string_view utf8);
-QString exactText(std::string_view utf8);
 
 // Nil becomes null, so that QML can tell it from a name that does not exist.
 QVariant toVariant(const Value& value, TextForm form);

@@ -8,7 +8,7 @@ namespace quillmar::ui {
 
 // What the camera sees, as in a mirror, so that a code is easy to bring into view. It fills the item, and
 // what stands out is cut off; nothing is drawn while the camera does not run.
-class CameraPreviewItem : public ImageItem {
+class CameraPreviewItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(CameraPreviewFrame)
   // Of the corners.

@@ -10,7 +10,7 @@ namespace quillmar::ui {
 
 // A rounded rectangle from one colour at its top to another at its bottom, with smooth edges on every
 // renderer.
-class GradientPlateItem : public ImageItem {
+class GradientPlateItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(GradientPlate)
   Q_PROPERTY(QColor from MEMBER from_ WRITE setFrom NOTIFY changed)

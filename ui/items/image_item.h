@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtQml/qqmlregistration.h>
+
 #include <QImage>
 #include <QQuickItem>
 #include <QSGTexture>
@@ -9,6 +11,7 @@ namespace quillmar::ui {
 // An item that is one picture, drawn anew only when its size, its screen or what it shows has changed.
 class ImageItem : public QQuickItem {
   Q_OBJECT
+  QML_ANONYMOUS
 
  public:
   explicit ImageItem(QQuickItem* parent = nullptr);

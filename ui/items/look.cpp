@@ -3,10 +3,15 @@
 #include <QQmlEngine>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
+#include "presentation/adaptive_content.h"
 #include "presentation/colors.h"
+#include "presentation/indicators.h"
+#include "presentation/measures.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/engine.h"
 
 namespace quillmar::ui {
@@ -17,7 +22,14 @@ QColor toQColor(const Color& color) {
                           static_cast<float>(color.blue), static_cast<float>(color.alpha));
 }
 
-constexpr int bodySize = 17;
+template <RawEnum E, class ColorOf>
+QVariantMap byName(ColorOf colorOf) {
+  QVariantMap colors;
+  for (const auto& [name, text] : rawNames<E>) {
+    colors.insert(exactText(text), toQColor(colorOf(name)));
+  }
+  return colors;
+}
 
 // Where none of the families is installed, the font system finds another by the hint.
 QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, int weight) {
@@ -45,13 +57,31 @@ double Look::textScale() const { return style_.desktop().textScale(); }
 
 bool Look::reducedMotion() const { return style_.desktop().reducedMotion(); }
 
-QVariantMap Look::colors() const {
-  QVariantMap byName;
-  for (const auto& [name, text] : rawNames<SemanticColor>) {
-    const Color& color = quillmar::color(name);
-    byName.insert(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())), toQColor(color));
-  }
-  return byName;
+QVariantMap Look::semanticColors() {
+  return byName<SemanticColor>([](SemanticColor name) { return color(name); });
+}
+
+QVariantMap Look::schemeColors() const {
+  static const QVariantMap byNight = byName<SchemeColor>([](SchemeColor name) { return colors(name).dark; });
+  static const QVariantMap byDay = byName<SchemeColor>([](SchemeColor name) { return colors(name).light; });
+  return dark() ? byNight : byDay;
+}
+
+QVariantMap Look::measures() {
+  QVariantMap measures;
+  forEachField<Measures>(
+      [&](const auto& field) { measures.insert(exactText(field.key), quillmar::measures.*field.member); });
+  return measures;
+}
+
+double Look::widthLimit(double windowWidth, double maxWidth) {
+  const AdaptiveContentModifier content{.horizontalSizeClass = horizontalSizeClass(windowWidth),
+                                        .maxWidth = maxWidth};
+  return content.widthLimit().value_or(std::numeric_limits<double>::infinity());
+}
+
+double Look::haloDiameter(double dotSize) {
+  return OnlineStatusIndicator{.isOnline = true, .size = dotSize}.haloDiameter().value_or(0);
 }
 
 QColor Look::tint() const {
@@ -64,7 +94,7 @@ QFont Look::textFont(int pixelSize, int weight) const {
 }
 
 QFont Look::bodyFont() const {
-  return textFont(static_cast<int>(std::lround(bodySize * textScale())), QFont::Normal);
+  return textFont(static_cast<int>(std::lround(quillmar::measures.bodySize * textScale())), QFont::Normal);
 }
 
 QFont Look::displayFont(int pixelSize, int weight, double letterSpacing) const {

@@ -13,7 +13,7 @@ namespace quillmar::ui {
 QImage readDrawing(const QString& file, int side);
 
 // One of the drawings of ui/images, by name, as sharp as the screen.
-class PictureItem : public ImageItem {
+class PictureItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(Picture)
   Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)

@@ -16,7 +16,7 @@ namespace quillmar::ui {
 
 // The modules of a text's QR code, stretched over the item with sharp edges; the quiet zone is left to the
 // plate under it. Where the text fits no code the item draws nothing and is not `available`.
-class QRCodeItem : public ImageItem {
+class QRCodeItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(QRCode)
   Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)

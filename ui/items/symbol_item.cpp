@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "ui/bridge/shown_text.h"
 #include "ui/items/picture_item.h"
 #include "ui/items/symbols.h"
 
@@ -16,9 +17,7 @@ QImage readSymbol(const QString& name, int side) {
     qWarning("no symbol is named \"%s\"", qUtf8Printable(name));
     return {};
   }
-  return readDrawing(QStringLiteral(":/quillmar/icons/%1.svg")
-                         .arg(QString::fromUtf8(file.data(), static_cast<qsizetype>(file.size()))),
-                     side);
+  return readDrawing(QStringLiteral(":/quillmar/icons/%1.svg").arg(exactText(file)), side);
 }
 
 }  // namespace

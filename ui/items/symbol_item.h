@@ -10,7 +10,7 @@
 namespace quillmar::ui {
 
 // One of the symbols of ui/items/symbols.h, tinted, in the middle of the item and as sharp as the screen.
-class SymbolItem : public ImageItem {
+class SymbolItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(Symbol)
   Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged)

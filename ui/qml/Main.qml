@@ -20,7 +20,7 @@ Window {
     Shortcut {
         // In a window these keys would wait for an open question.
         context: Qt.ApplicationShortcut
-        sequences: [StandardKey.Close, StandardKey.Quit]
+        sequences: [StandardKey.Close, StandardKey.Quit] // qmllint disable unqualified
         onActivated: window.close()
     }
 
@@ -29,7 +29,7 @@ Window {
         anchors.fill: parent
         focus: true
         screen: window.content.screen
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
     }
 

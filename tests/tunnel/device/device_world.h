@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "testing/temporary_directory.h"
 #include "tests/platform/private_bus.h"
-#include "tests/support/temporary_directory.h"
 #include "tests/tunnel/device/outside.h"
 #include "tests/tunnel/support/messages.h"
 #include "tunnel/dns/reply.h"

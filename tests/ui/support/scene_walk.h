@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "programs/pictures/scenes.h"
-#include "tests/ui/support/ui_stage.h"
+#include "testing/ui/ui_stage.h"
+#include "tools/pictures/scenes.h"
 
 namespace quillmar {
 

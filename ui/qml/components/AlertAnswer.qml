@@ -23,7 +23,7 @@ Pressable {
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            color: answer.isDefault ? "#FFFFFF" : Theme.text
+            color: answer.isDefault ? Theme.onBrand : Theme.text
             opacity: answer.down ? 0.12 : answer.hovered ? 0.06 : 0
         }
     }

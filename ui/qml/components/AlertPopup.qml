@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 import QtQuick.Templates as T
@@ -90,7 +91,7 @@ T.Popup {
 
     contentItem: FocusScope {
         focus: true
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
         Keys.onEscapePressed: popup.cancel()
         Keys.onReturnPressed: popup.press(popup.find(AlertButton.Default))

@@ -1,11 +1,12 @@
 import QtQuick
+import Quillmar
 
 // The arrow keys of one of several choices: they go on to the next of its kind, or back, and choose it.
 Item {
     id: keys
 
     // Stands among the others, each of which says by `isChoice` that it is one.
-    required property Item choice
+    required property Pressable choice
 
     function go(way) {
         const all = Array.from(choice.parent.children).filter(item => item.isChoice === true && item.visible && item.enabled)

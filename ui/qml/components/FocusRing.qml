@@ -3,7 +3,8 @@ import Quillmar
 
 // Shows where the keyboard is.
 Rectangle {
-    property Item around: parent
+    // A control that says by `visualFocus` whether it is there.
+    property var around: parent
     property real corner: Theme.corner
     property real gap: 3
 

@@ -23,15 +23,15 @@ Row {
     }
     Item {
         anchors.verticalCenter: parent.verticalCenter
-        width: mark.size + 4
-        height: mark.size + 4
+        width: Look.haloDiameter(mark.size)
+        height: width
 
         Rectangle {
             anchors.fill: parent
             visible: mark.online
             radius: width / 2
             color: Theme.online
-            opacity: 0.3
+            opacity: Theme.haloOpacity
         }
         Rectangle {
             anchors.centerIn: parent

@@ -71,7 +71,7 @@ FocusScope {
             x: (flickable.width - width) / 2
             y: page.shift
                + (page.centered ? Math.max(page.topSpace, (flickable.contentHeight - height) / 2) : page.topSpace)
-            width: Math.min(flickable.width - 2 * page.margin, page.maximumWidth)
+            width: Math.min(flickable.width - 2 * page.margin, Look.widthLimit(page.width, page.maximumWidth))
             spacing: Theme.between
         }
     }

@@ -21,7 +21,7 @@ ActionRow {
     focusPolicy: plain ? Qt.NoFocus : Qt.StrongFocus
     chevron: !plain
     Accessible.role: plain ? Accessible.ListItem : Accessible.Button
-    Accessible.description: [detail, status].filter(text => text.length > 0).join(", ")
+    Accessible.description: [detail, status].filter(text => text.length > 0).join(", ") // qmllint disable type
 
     contentItem: RowLayout {
         spacing: Theme.between

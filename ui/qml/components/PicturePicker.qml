@@ -6,6 +6,7 @@ Item {
 
     signal picked(string path)
 
+    // qmllint disable type
     function open() {
         if (loader.active) {
             loader.item.open()
@@ -24,4 +25,5 @@ Item {
         target: loader.item
         function onAccepted() { picker.picked(loader.item.selectedFile.toString()) }
     }
+    // qmllint enable type
 }

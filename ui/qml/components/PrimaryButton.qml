@@ -24,7 +24,7 @@ Pressable {
         Rectangle {
             anchors.fill: parent
             radius: parent.radius
-            color: control.down ? "#000000" : "#FFFFFF"
+            color: control.down ? Theme.shadow : Theme.onBrand
             opacity: control.down ? 0.14 : control.hovered && control.enabled ? 0.08 : 0
             Behavior on opacity { NumberAnimation { duration: Theme.quick } }
         }

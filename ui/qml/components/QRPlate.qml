@@ -13,9 +13,9 @@ Rectangle {
     implicitWidth: size + 2 * quietZone
     implicitHeight: size + 2 * quietZone
     radius: 20
-    color: "#FFFFFF"
+    color: Theme.qrPlate
     border.width: 1
-    border.color: Theme.dark ? "#FFFFFF" : Theme.separator
+    border.color: Theme.dark ? Theme.qrPlate : Theme.separator
     Accessible.role: Accessible.Graphic
     Accessible.name: name
 
@@ -37,6 +37,6 @@ Rectangle {
         height: width
         visible: !code.available
         name: "qrcode"
-        color: "#C7C7CC"
+        color: Theme.qrPlateMark
     }
 }

@@ -14,7 +14,7 @@ FocusScope {
     // What stands in the place of an empty list.
     property Item placeholder: null
     readonly property bool held: activeFocus || pointer.hovered
-    property Item page: null
+    property Page page: null
     // The row that went with the focus: where it was, whether the keyboard was in it, and how it had come there.
     property int lostAt: -1
     property bool hadFocus: false
@@ -26,10 +26,11 @@ FocusScope {
     Accessible.role: Accessible.List
     onHeldChanged: if (page) page.hold(ground, held)
     Component.onCompleted: {
-        page = parent
-        while (page && !(page instanceof Page)) {
-            page = page.parent
+        let above = parent
+        while (above && !(above instanceof Page)) {
+            above = above.parent
         }
+        page = above
     }
 
     function lose(index, item) {

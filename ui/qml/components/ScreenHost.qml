@@ -37,17 +37,19 @@ FocusScope {
             anchors.fill: parent
             focus: true
 
-            NumberAnimation on opacity {
+            NumberAnimation {
                 id: entering
-                running: false
+                target: shown
+                property: "opacity"
                 from: 0
                 to: 1
                 duration: Theme.rerouting
                 easing.type: Easing.InOutQuad
             }
-            NumberAnimation on opacity {
+            NumberAnimation {
                 id: leaving
-                running: false
+                target: shown
+                property: "opacity"
                 to: 0
                 duration: Theme.rerouting
                 easing.type: Easing.InOutQuad

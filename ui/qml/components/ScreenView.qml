@@ -1,5 +1,4 @@
 import QtQuick
-import Quillmar
 
 // Draws one screen by its type's name, and the sheet that it presents.
 FocusScope {

@@ -27,7 +27,7 @@ ColumnLayout {
             lineHeight: 1.1
             Layout.fillWidth: true
             // Layouts deal in whole points; a part of one less would break the line.
-            Layout.maximumWidth: title.alone ? Number.POSITIVE_INFINITY : Math.ceil(implicitWidth) + 1
+            Layout.maximumWidth: title.alone ? Infinity : Math.ceil(implicitWidth) + 1
             Accessible.role: Accessible.Heading
         }
         Badge {

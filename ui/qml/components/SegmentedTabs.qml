@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
@@ -64,7 +65,7 @@ FocusScope {
             width: tabs.share
             height: tabs.tabHeight - 2 * ground.inset
             radius: Theme.corner - ground.inset
-            color: Theme.dark ? "#636366" : "#FFFFFF"
+            color: Theme.chosenTab
             border.width: Theme.dark ? 0 : 1
             border.color: Theme.separator
             Behavior on x { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutCubic } }

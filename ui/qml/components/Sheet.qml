@@ -67,7 +67,7 @@ T.Popup {
         focus: true
         Accessible.role: Accessible.Dialog
         Accessible.name: sheet.shownScreen?.title ?? sheet.shownScreen?.heading ?? sheet.shownScreen?.name ?? ""
-        LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+        LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
         Keys.onEscapePressed: sheet.dismissed()
 
@@ -83,7 +83,7 @@ T.Popup {
             active: sheet.shownScreen !== null
             sourceComponent: ScreenView {
                 focus: true
-                screen: sheet.shownScreen
+                screen: sheet.shownScreen // qmllint disable unqualified
             }
         }
         IconButton {

@@ -15,7 +15,7 @@ SwipeRow {
     property bool stripAtEnd: false
 
     name: title
-    description: [badge, time].filter(text => text.length > 0).join(", ")
+    description: [badge, time].filter(text => text.length > 0).join(", ") // qmllint disable type
     actionTitle: row.stripTitle
     actionSymbol: row.stripIcon
     inset: Theme.gap + 22 + Theme.between

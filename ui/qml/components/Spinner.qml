@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
@@ -20,6 +21,8 @@ Item {
     Repeater {
         model: spinner.spokes
         Rectangle {
+            id: spoke
+
             required property int index
 
             x: (spinner.width - width) / 2
@@ -31,9 +34,9 @@ Item {
             antialiasing: true
             opacity: 0.2 + 0.8 * (((index - spinner.step + spinner.spokes) % spinner.spokes) / (spinner.spokes - 1))
             transform: Rotation {
-                origin.x: width / 2
+                origin.x: spoke.width / 2
                 origin.y: spinner.height / 2
-                angle: index * 360 / spinner.spokes
+                angle: spoke.index * 360 / spinner.spokes
             }
         }
     }

@@ -20,17 +20,22 @@ Card {
     Accessible.description: value
 
     component Words: ColumnLayout {
+        id: words
+
+        property string title
+        property string value
+
         spacing: 4
 
         Label {
-            text: card.title
+            text: words.title
             font: Theme.footnote
             color: Theme.cardSecondaryText
             Layout.fillWidth: true
             Accessible.ignored: true
         }
         Label {
-            text: card.value
+            text: words.value
             font: Theme.headline
             Layout.fillWidth: true
             Accessible.ignored: true
@@ -50,6 +55,8 @@ Card {
         }
         Words {
             visible: !card.upright
+            title: card.title
+            value: card.value
             Layout.fillWidth: true
         }
         Item {
@@ -66,6 +73,8 @@ Card {
     }
     Words {
         visible: card.upright
+        title: card.title
+        value: card.value
         Layout.fillWidth: true
         Layout.fillHeight: true
     }

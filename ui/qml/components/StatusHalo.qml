@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
@@ -9,7 +10,7 @@ Item {
     property color tint: Theme.green
     property bool pulsing: true
     property int size: 104
-    property real phase: 0
+    property real phase
 
     implicitWidth: size + 56
     implicitHeight: size + 56

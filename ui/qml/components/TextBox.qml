@@ -73,7 +73,7 @@ T.TextField {
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
         // It changes while a layout gives the box its width, and then the layout would not hear of it.
-        onImplicitHeightChanged: Qt.callLater(box.takeHintHeight)
+        onImplicitHeightChanged: Qt.callLater(box.takeHintHeight) // qmllint disable type
     }
     HoverHandler {
         enabled: box.enabled

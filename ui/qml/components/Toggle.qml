@@ -26,7 +26,7 @@ T.Switch {
         width: 51
         height: 31
         radius: height / 2
-        color: control.checked ? Theme.green : Theme.dark ? "#48484A" : "#D1D1D6"
+        color: control.checked ? Theme.green : Theme.outOfUse
         border.width: 1.5
         border.color: control.checked ? Theme.positiveText : Theme.edge
         opacity: control.enabled ? 1 : 0.5
@@ -39,7 +39,7 @@ T.Switch {
             width: 27
             height: 27
             radius: width / 2
-            color: "#FFFFFF"
+            color: Theme.onBrand
             Behavior on x { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutQuad } }
         }
         FocusRing {

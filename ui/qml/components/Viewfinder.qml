@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
@@ -5,7 +6,7 @@ import Quillmar
 Item {
     id: finder
 
-    property color color: "#FFFFFF"
+    property color color: Theme.onBrand
     property real arm: Math.min(width, height) * 0.16
     property real thickness: 4
 

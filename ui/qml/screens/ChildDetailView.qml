@@ -88,15 +88,15 @@ Page {
 
     Component {
         id: realTime
-        ChildRealTimeTab { screen: page.screen }
+        ChildRealTimeTab { screen: page.screen } // qmllint disable unqualified
     }
     Component {
         id: sitesBlocked
-        ChildSitesBlockedTab { screen: page.screen }
+        ChildSitesBlockedTab { screen: page.screen } // qmllint disable unqualified
     }
     Component {
         id: sitesAllowed
-        ChildSitesAllowedTab { screen: page.screen }
+        ChildSitesAllowedTab { screen: page.screen } // qmllint disable unqualified
     }
 
     Alert {

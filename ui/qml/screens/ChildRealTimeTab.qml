@@ -17,6 +17,8 @@ ColumnLayout {
         placeholder: noDevices
 
         DeviceSwipeRow {
+            id: device
+
             required property var modelData
             required property int index
 
@@ -31,7 +33,7 @@ ColumnLayout {
             OnlineDot {
                 // The row's own words say it as well.
                 Accessible.ignored: true
-                online: modelData.isOnline
+                online: device.modelData.isOnline
             }
         }
     }

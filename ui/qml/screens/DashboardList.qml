@@ -106,7 +106,7 @@ ColumnLayout {
         text: list.screen.homeNetworkTitle
         detail: list.screen.homeNetworkText
         from: Theme.teal
-        to: "#0A7D6A"
+        to: Theme.tealDark
         effect: list.screen.openHomeNetwork
         padding: Theme.gap
         corner: 18

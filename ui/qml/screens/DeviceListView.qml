@@ -35,7 +35,7 @@ Page {
                     if (!item) {
                         setSource("DashboardMenu.qml", { screen: page.screen, y: menuButton.height + 4 })
                     }
-                    item.open()
+                    item.open() // qmllint disable type
                 }
             }
         }

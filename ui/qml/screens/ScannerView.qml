@@ -25,7 +25,7 @@ Page {
             id: frame
 
             radius: 20
-            color: page.screen.hasCamera ? "#000000" : Theme.card
+            color: page.screen.hasCamera ? Theme.cameraGround : Theme.card
             border.width: drop.containsDrag ? 2 : 0
             border.color: Theme.blue
             implicitHeight: Math.max(Math.min(width * 0.75, 380), page.screen.hasCamera ? 0 : notice.implicitHeight + 2 * Theme.gap)

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "app/session/environment.h"
+#include "client/network_service.h"
+#include "platform/hop.h"
+#include "presentation/error_alert.h"
+#include "presentation/screen_model.h"
+
+namespace quillmar {
+
+// What the sections of a child's page share. Each section registers its members on the page's screen.
+class ChildPage {
+ public:
+  ChildPage(ScreenModel& screen, ErrorAlert& errorAlert, Environment& environment,
+            ChildProfileWithDevices child);
+
+  ScreenModel& screen() const { return screen_; }
+  // As it was when the page was made.
+  const ChildProfileWithDevices& child() const { return child_; }
+  Environment& environment() const { return environment_; }
+  const Platform& platform() const { return environment_.platform(); }
+  Dispatch& dispatch() const { return platform().dispatch; }
+  const DateStyles& dateStyles();
+
+  NetworkService& service() const { return *environment_.networkService(); }
+  // For a call whose failure goes to the alert. Runs on the main thread, while the screen is there.
+  template <class T, class Success>
+  Completion<T> completion(Success success) const;
+
+ private:
+  ScreenModel& screen_;
+  ErrorAlert& errorAlert_;
+  Environment& environment_;
+  const ChildProfileWithDevices child_;
+  // They take long to load the first time.
+  std::optional<DateStyles> dateStyles_;
+};
+
+template <class T, class Success>
+Completion<T> ChildPage::completion(Success success) const {
+  return hoppingToMain(dispatch(),
+                       screen_.weakly([this, success = std::move(success)](const Result<T>& result) {
+                         if (!result.ok()) {
+                           errorAlert_.show(result.error());
+                         } else if constexpr (std::is_void_v<T>) {
+                           success();
+                         } else {
+                           success(result.value());
+                         }
+                       }));
+}
+
+}  // namespace quillmar

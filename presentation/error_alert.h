@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/error.h"
+#include "foundation/observable.h"
+
+namespace quillmar {
+
+// The alert in which a screen says what has failed. Its members are the screen's own.
+class ErrorAlert {
+ public:
+  explicit ErrorAlert(ObservableObject& screen);
+
+  Published<std::string> message;  // "errorMessage"
+  Input<bool> isShown;             // "showError"
+  Text title;                      // "errorTitle"
+  Text okTitle;                    // "okTitle"
+  Action<> dismiss;                // "dismissError"
+
+  void show(std::string text);
+  void show(const Error& error) { show(error.localizedDescription()); }
+};
+
+}  // namespace quillmar

@@ -1,0 +1,271 @@
+#pragma once
+
+// What every TunnelService promises:
+//   INSTANTIATE_TEST_SUITE_P(NetworkManager, TunnelServiceContract,
+//   testing::Values(factory<TunnelServiceHarness, NetworkManagerHarness>("NetworkManager")));
+//   testing::Values(makeNetworkManagerHarness));
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/tunnel.h"
+#include "tests/contracts/factory.h"
+
+namespace quillmar {
+
+// A service without configurations, on a machine where permission is granted and a tunnel can come up. Made,
+// used and destroyed on the main thread.
+class TunnelServiceHarness {
+ public:
+  TunnelServiceHarness() = default;
+  TunnelServiceHarness(const TunnelServiceHarness&) = delete;
+  TunnelServiceHarness& operator=(const TunnelServiceHarness&) = delete;
+  virtual ~TunnelServiceHarness() = default;
+
+  virtual TunnelService& service() = 0;
+  // A protocol that the machine has a tunnel program for, and others with the same program.
+  virtual TunnelProtocol protocol(const std::string& endpoint) = 0;
+  virtual bool isMainThread() = 0;
+  // Runs a task on the main thread, from any thread.
+  virtual void onMain(std::function<void()> task) = 0;
+  // Runs the main queue until `done` holds after one of its tasks; false when that took far too long.
+  virtual bool runUntil(const std::function<bool()>& done) = 0;
+
+  // From now on whoever needs permission waits for `answerPermission`, which also decides later questions.
+  virtual void holdPermission() = 0;
+  virtual void answerPermission(bool granted) = 0;
+  // Waits until somebody needs it; false when that took far too long.
+  virtual bool waitUntilAsked() = 0;
+  // Since it is held.
+  virtual std::size_t timesAsked() = 0;
+};
+
+class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServiceHarness>> {
+ protected:
+  // Of a save; nothing until it is answered.
+  using Outcome = std::optional<std::optional<Error>>;
+
+  TunnelService& service() { return harness_->service(); }
+
+  // Brings what a completion reports back to the main thread and waits for it.
+  template <class Report>
+  Report await(const std::function<void(std::function<void(Report)>)>& begin) {
+    std::optional<Report> outcome;
+    bool inCall = true;
+    begin([&](Report result) {
+      EXPECT_FALSE(inCall && harness_->isMainThread());
+      harness_->onMain(
+          [&outcome, result = std::move(result)]() mutable { outcome.emplace(std::move(result)); });
+    });
+    inCall = false;
+    EXPECT_TRUE(harness_->runUntil([&] { return outcome.has_value(); }));
+    return std::move(*outcome);
+  }
+
+  std::shared_ptr<TunnelConfiguration> make(const std::string& endpoint = "https://dns.example/q") {
+    auto configuration = service().makeConfiguration();
+    configuration->protocolConfiguration = harness_->protocol(endpoint);
+    configuration->localizedDescription = "Protection";
+    configuration->isEnabled = true;
+    configuration->onDemandRules = {{InterfaceType::any}};
+    configuration->isOnDemandEnabled = true;
+    return configuration;
+  }
+  std::optional<Error> save(TunnelConfiguration& configuration) {
+    return await<std::optional<Error>>([&](auto completion) { configuration.save(std::move(completion)); });
+  }
+  // A save that is answered when it is.
+  std::shared_ptr<Outcome> beginSave(TunnelConfiguration& configuration) {
+    const auto outcome = std::make_shared<Outcome>();
+    configuration.save([this, outcome](const std::optional<Error>& error) {
+      harness_->onMain([outcome, error] { outcome->emplace(error); });
+    });
+    return outcome;
+  }
+  std::optional<Error> load(TunnelConfiguration& configuration) {
+    return await<std::optional<Error>>([&](auto completion) { configuration.load(std::move(completion)); });
+  }
+  TunnelService::Configurations loadAll() {
+    auto result = await<Result<TunnelService::Configurations>>(
+        [&](auto completion) { service().loadAll(std::move(completion)); });
+    EXPECT_TRUE(result.ok());
+    return result.ok() ? std::move(result).value() : TunnelService::Configurations();
+  }
+  TunnelServiceHarness& harness() { return *harness_; }
+  bool runUntil(const std::function<bool()>& done) { return harness_->runUntil(done); }
+  bool isMainThread() { return harness_->isMainThread(); }
+  TunnelProtocol protocol(const std::string& endpoint) { return harness_->protocol(endpoint); }
+
+ private:
+  std::unique_ptr<TunnelServiceHarness> harness_ = GetParam()();
+};
+
+TEST_P(TunnelServiceContract, at_first_there_are_no_configurations) { EXPECT_TRUE(loadAll().empty()); }
+
+TEST_P(TunnelServiceContract, a_configuration_that_was_not_saved_is_unknown_to_the_system) {
+  const auto made = make();
+  EXPECT_EQ(made->connection().status(), TunnelStatus::invalid);
+  EXPECT_TRUE(loadAll().empty());
+}
+
+TEST_P(TunnelServiceContract, a_saved_configuration_is_listed_with_all_its_properties) {
+  const auto made = make();
+  EXPECT_EQ(save(*made), std::nullopt);
+  EXPECT_EQ(made->connection().status(), TunnelStatus::disconnected);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, made->protocolConfiguration);
+  EXPECT_EQ(list[0]->localizedDescription, "Protection");
+  EXPECT_TRUE(list[0]->isEnabled);
+  EXPECT_EQ(list[0]->onDemandRules, made->onDemandRules);
+  EXPECT_TRUE(list[0]->isOnDemandEnabled);
+  EXPECT_EQ(list[0]->connection().status(), TunnelStatus::disconnected);
+}
+
+TEST_P(TunnelServiceContract, saving_again_changes_the_configuration_and_adds_none) {
+  save(*make("https://dns.example/old"));
+  const auto found = loadAll();
+  ASSERT_EQ(found.size(), 1U);
+  found[0]->protocolConfiguration = protocol("https://dns.example/new");
+  EXPECT_EQ(save(*found[0]), std::nullopt);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
+}
+
+TEST_P(TunnelServiceContract, of_two_new_configurations_the_second_changes_what_the_first_has_added) {
+  const auto first = make("https://dns.example/old");
+  const auto second = make("https://dns.example/new");
+  EXPECT_EQ(save(*first), std::nullopt);
+  EXPECT_EQ(save(*second), std::nullopt);
+  EXPECT_EQ(second->connection().status(), TunnelStatus::disconnected);
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/new"));
+}
+
+TEST_P(TunnelServiceContract, a_new_configuration_after_a_saved_one_is_another) {
+  save(*make());
+  EXPECT_EQ(make()->connection().status(), TunnelStatus::invalid);
+  EXPECT_EQ(save(*make()), std::nullopt);
+  EXPECT_EQ(loadAll().size(), 2U);
+}
+
+TEST_P(TunnelServiceContract,
+       while_the_user_is_being_asked_a_second_save_asks_nobody_and_has_the_same_answer) {
+  harness().holdPermission();
+  const auto first = make();
+  const auto firstSaved = beginSave(*first);
+  ASSERT_TRUE(harness().waitUntilAsked());
+  EXPECT_TRUE(loadAll().empty()) << "a load waits for no save";
+  const auto second = make();
+  const auto secondSaved = beginSave(*second);
+  EXPECT_TRUE(loadAll().empty());
+  EXPECT_FALSE(*firstSaved || *secondSaved);
+
+  harness().answerPermission(true);
+  ASSERT_TRUE(runUntil([&] { return *firstSaved && *secondSaved; }));
+  EXPECT_EQ(**firstSaved, std::nullopt);
+  EXPECT_EQ(**secondSaved, std::nullopt);
+  EXPECT_EQ(harness().timesAsked(), 1U);
+  EXPECT_EQ(loadAll().size(), 1U);
+  EXPECT_EQ(load(*second), std::nullopt);
+  EXPECT_TRUE(second->connection().startTunnel());
+}
+
+TEST_P(TunnelServiceContract, what_the_last_save_brought_while_the_user_was_being_asked_is_what_stays) {
+  harness().holdPermission();
+  const auto saved = {beginSave(*make("https://dns.example/first")),
+                      beginSave(*make("https://dns.example/second")),
+                      beginSave(*make("https://dns.example/third"))};
+  ASSERT_TRUE(harness().waitUntilAsked());
+  harness().answerPermission(true);
+  for (const auto& outcome : saved) {
+    ASSERT_TRUE(runUntil([&] { return outcome->has_value(); }));
+    EXPECT_EQ(**outcome, std::nullopt);
+  }
+  const auto list = loadAll();
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0]->protocolConfiguration, protocol("https://dns.example/third"));
+}
+
+TEST_P(TunnelServiceContract, one_refusal_answers_all_who_waited_for_it_and_a_later_save_asks_anew) {
+  harness().holdPermission();
+  const auto first = beginSave(*make("https://dns.example/old"));
+  const auto second = beginSave(*make("https://dns.example/new"));
+  ASSERT_TRUE(harness().waitUntilAsked());
+  harness().answerPermission(false);
+  ASSERT_TRUE(runUntil([&] { return *first && *second; }));
+  ASSERT_NE(**first, std::nullopt);
+  EXPECT_EQ(**second, **first);
+  EXPECT_EQ(harness().timesAsked(), 1U);
+  EXPECT_TRUE(loadAll().empty());
+
+  harness().answerPermission(true);
+  EXPECT_EQ(save(*make()), std::nullopt);
+  EXPECT_EQ(harness().timesAsked(), 2U);
+  EXPECT_EQ(loadAll().size(), 1U);
+}
+
+TEST_P(TunnelServiceContract, loading_fetches_what_was_saved_over_what_was_only_set) {
+  const auto made = make();
+  save(*made);
+  made->localizedDescription = "Changed";
+  made->protocolConfiguration.reset();
+  EXPECT_EQ(load(*made), std::nullopt);
+  EXPECT_EQ(made->localizedDescription, "Protection");
+  EXPECT_EQ(made->protocolConfiguration, protocol("https://dns.example/q"));
+}
+
+TEST_P(TunnelServiceContract,
+       a_start_leads_through_connecting_to_connected_and_each_change_is_told_on_the_main_thread) {
+  const auto made = make();
+  save(*made);
+  std::vector<TunnelStatus> seen;
+  const Subscription subscription = service().observeStatus([&](TunnelConnection& connection) {
+    EXPECT_TRUE(isMainThread());
+    seen.push_back(connection.status());
+  });
+  // What the save brought is not counted.
+  ASSERT_TRUE(runUntil([&] { return seen.empty() || seen.back() == TunnelStatus::disconnected; }));
+  seen.clear();
+  EXPECT_TRUE(made->connection().startTunnel());
+  ASSERT_TRUE(runUntil([&] { return !seen.empty() && seen.back() == TunnelStatus::connected; }));
+  EXPECT_EQ(made->connection().status(), TunnelStatus::connected);
+  EXPECT_THAT(seen, testing::Contains(TunnelStatus::connecting));
+  EXPECT_EQ(loadAll().at(0)->connection().status(), TunnelStatus::connected);
+}
+
+TEST_P(TunnelServiceContract, an_observer_hears_nothing_after_its_subscription_has_ended) {
+  const auto made = make();
+  save(*made);
+  int heard = 0;
+  int other = 0;
+  Subscription subscription = service().observeStatus([&](TunnelConnection&) { ++heard; });
+  const Subscription stays = service().observeStatus([&](TunnelConnection&) { ++other; });
+  subscription.cancel();
+  EXPECT_TRUE(made->connection().startTunnel());
+  ASSERT_TRUE(runUntil([&] { return made->connection().status() == TunnelStatus::connected && other > 0; }));
+  EXPECT_EQ(heard, 0);
+}
+
+TEST_P(TunnelServiceContract, a_configuration_that_was_not_saved_does_not_start) {
+  EXPECT_FALSE(make()->connection().startTunnel());
+}
+
+TEST_P(TunnelServiceContract, a_configuration_that_is_switched_off_does_not_start) {
+  const auto made = make();
+  made->isEnabled = false;
+  save(*made);
+  const auto started = made->connection().startTunnel();
+  ASSERT_FALSE(started);
+  EXPECT_FALSE(started.error().localizedDescription().empty());
+}
+
+}  // namespace quillmar

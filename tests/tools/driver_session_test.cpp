@@ -1,0 +1,76 @@
+// The session in docs/driver.md is what the driver says.
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "tools/driver/driver.h"
+
+namespace quillmar::driver {
+namespace {
+
+struct Session {
+  std::vector<std::string> requests;
+  // Both kinds of lines, in their order.
+  std::vector<std::string> transcript;
+};
+
+Session documentedSession() {
+  std::ifstream manual(QUILLMAR_DRIVER_MANUAL);
+  Session session;
+  for (std::string line; std::getline(manual, line);) {
+    if (line.starts_with("> {")) {
+      session.requests.push_back(line.substr(2));
+      session.transcript.push_back(line);
+    } else if (line.starts_with("< {")) {
+      session.transcript.push_back(line);
+    }
+  }
+  return session;
+}
+
+TEST(DriverManual, shows_a_session_as_it_runs) {
+  const Session session = documentedSession();
+  ASSERT_GT(session.requests.size(), 5U);
+
+  std::vector<std::string> transcript;
+  Driver driver({.clock = Clock::virtualTime, .events = true},
+                [&](const std::string& line) { transcript.push_back("< " + line); });
+  transcript.clear();
+  for (const auto& request : session.requests) {
+    transcript.push_back("> " + request);
+    driver.handle(request);
+  }
+  EXPECT_EQ(transcript, session.transcript);
+}
+
+// The first cell of each row of the tables, where it is one lower-case word: an operation.
+std::vector<std::string> documentedOperations() {
+  std::ifstream manual(QUILLMAR_DRIVER_MANUAL);
+  std::vector<std::string> operations;
+  const std::regex row("\\| `([a-z]+)` \\|.*");
+  std::smatch found;
+  for (std::string line; std::getline(manual, line);) {
+    if (std::regex_match(line, found, row)) {
+      operations.push_back(found[1]);
+    }
+  }
+  return operations;
+}
+
+TEST(DriverManual, tells_only_operations_that_there_are) {
+  std::string last;
+  Driver driver({.clock = Clock::virtualTime}, [&](const std::string& line) { last = line; });
+  const auto operations = documentedOperations();
+  ASSERT_GT(operations.size(), 5U);
+  for (const auto& operation : operations) {
+    driver.handle(R"({"op":")" + operation + R"("})");
+    EXPECT_EQ(last.find("no such op"), std::string::npos) << last;
+  }
+}
+
+}  // namespace
+}  // namespace quillmar::driver

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/common/asio_dispatch.h"
+#include "platform/common/curl_http_session.h"
+#include "platform/common/qrencode_encoder.h"
+#include "platform/platform.h"
+#include "platform/simulated/simulated_tunnel.h"
+#include "testing/fake_biometrics.h"
+#include "testing/fake_clipboard.h"
+#include "testing/fake_device_info.h"
+#include "testing/fake_haptics.h"
+#include "testing/fake_qr_reader.h"
+#include "testing/fake_window_style.h"
+#include "testing/memory_secure_items.h"
+#include "testing/settling_http_session.h"
+#include "testing/virtual_dispatch.h"
+
+namespace quillmar::driver {
+
+enum class Clock { real, virtualTime };
+
+struct Options {
+  std::optional<std::filesystem::path> dataDirectory{};  // none: settings live in memory
+  std::optional<std::string> service{};                  // in the place of all deployments
+  std::string caFile{};                                  // trusted beside the system's
+  Clock clock = Clock::real;
+  bool events = false;
+};
+
+// Hands every line to `sink`, with the name of where it would go.
+class EventLog final : public Log {
+ public:
+  using Sink = std::function<void(std::string_view sink, std::string_view line)>;
+  explicit EventLog(Sink sink) : sink_(std::move(sink)) {}
+
+  void print(std::string_view line) override { sink_("stdout", line); }
+  void system(std::string_view line) override { sink_("system", line); }
+
+ private:
+  Sink sink_;
+};
+
+// The machine under a driven application: settings and network are real, the rest can be steered.
+class Machine {
+ public:
+  Machine(const Options& options, EventLog::Sink sink);
+  Machine(const Machine&) = delete;
+  Machine& operator=(const Machine&) = delete;
+  ~Machine();
+
+  Platform ports();
+  // One of the two is there, by the clock.
+  VirtualDispatch* virtualTime() { return virtualTime_.get(); }
+  AsioDispatch* realTime() { return realTime_.get(); }
+  Dispatch& dispatch();
+
+ private:
+  EventLog log_;
+  std::unique_ptr<VirtualDispatch> virtualTime_;
+  std::unique_ptr<AsioDispatch> realTime_;
+  std::unique_ptr<SettingsStore> settings_;
+  CurlHttpSession network_;
+
+ public:
+  SettlingHttpSession http;
+  SimulatedTunnel tunnel;
+  MemorySecureItems secureItems;
+  FakeBiometrics biometrics;
+  FakeDeviceInfo deviceInfo;
+  FakeClipboard clipboard;
+  FakeHaptics haptics;
+  FakeWindowStyle windowStyle;
+  QrencodeEncoder qrEncoder;
+  FakeQRReader qrReader;
+};
+
+}  // namespace quillmar::driver

@@ -1,0 +1,348 @@
+#include <chrono>
+#include <string>
+#include <utility>
+
+#include "testing/ui/parent_stage.h"
+#include "tools/pictures/scenes.h"
+
+namespace quillmar {
+namespace {
+
+using ui::UiStage;
+using namespace std::chrono_literals;
+
+// NOLINTBEGIN(misc-misleading-bidirectional): misleading is what this text is for
+std::string hostileFamily() {
+  const std::string name =
+      "<b>Bobby</b> \u202Etables\u202C \U0001F468\u200D\U0001F469\u200D\U0001F467 " + std::string(90, 'w');
+  return R"({"children":[)" +
+         childJson("c1", name,
+                   deviceJson("d1", "<img src=x>" + std::string(200, 'm'), "weird-type_2", true)) +
+         "]}";
+}
+
+std::string hostileDevices() {
+  return R"({"children":[],"unassigned_devices":[)" +
+         deviceJson("d7", "Phone of \u202Eevil\u202C " + std::string(65000, 'w'), std::string(60, 'm'),
+                    true) +
+         "," +
+         deviceJson("d8", "\u05D4\u05D8\u05DC\u05E4\u05D5\u05DF \u05E9\u05DC \u05E9\u05E8\u05D4 (2)",
+                    std::string(65000, 'W'), true) +
+         "," + deviceJson("d9", R"(One\nTwo\nThree)", R"(a\nb\nc)", false) + "]}";
+}
+// NOLINTEND(misc-misleading-bidirectional)
+
+void fillIn(RegisterView& form, const std::string& password, const std::string& again) {
+  form.name = std::string("Ann Wells");
+  form.email = std::string("ann@example.com");
+  form.phone = std::string("+61 412 345 678");
+  form.password = password;
+  form.confirmPassword = again;
+}
+
+JoinFamilyView& fillInInvited(UiStage& s, const std::string& again) {
+  auto& join = openJoining(s);
+  join.inviteCode = std::string("ab12cd");
+  s.application.machine.http.answer(
+      "GET", "/family/invite/AB12CD", 200,
+      R"({"valid":true,"family_name":"The Wells Family","invited_by_name":"Ann Wells"})");
+  join.validateCode();
+  s.settle();
+  join.displayName = std::string("Tom");
+  join.email = std::string("tom@example.com");
+  join.password = std::string("secret1");
+  join.confirmPassword = again;
+  return join;
+}
+
+ScannerView& review(UiStage& s) {
+  auto& scanner = openScanner(s, CameraState::absent);
+  scanner.handleScannedCode(
+      R"({"enrollment_code":"K7QX2M","device_id":"d","device_name":"Mia's phone","device_type":"ios"})");
+  return scanner;
+}
+
+std::vector<Shot> identityScenes() {
+  return {
+      {"login", asParent()},
+      {"login-text-200", asParent(), [](UiStage&) {}, 2},
+      {"login-filled", asParent(),
+       [](UiStage& s) {
+         auto& login = s.application.screen<LoginView>();
+         login.email = std::string("ann.wells@example.com");
+         login.password = std::string("correct horse");
+         login.rememberMe = true;
+         login.hasSavedCredentials = true;
+       }},
+      {"login-running", asParent(),
+       [](UiStage& s) {
+         auto& login = s.application.screen<LoginView>();
+         login.email = std::string("ann.wells@example.com");
+         login.password = std::string("correct horse");
+         s.application.machine.http.hold();
+         login.signIn();
+       }},
+      {"login-refused", asParent(),
+       [](UiStage& s) {
+         auto& login = s.application.screen<LoginView>();
+         login.email = std::string("ann.wells@example.com");
+         login.password = std::string("wrong");
+         s.application.machine.http.answer("POST", "/auth/login", 401);
+         login.signIn();
+       }},
+      {"register", asParent(), [](UiStage& s) { openRegistration(s); }},
+      {"register-fair", asParent(), [](UiStage& s) { fillIn(openRegistration(s), "abcdefgh", "abc"); }},
+      {"register-strong", asParent(),
+       [](UiStage& s) { fillIn(openRegistration(s), "abcdefg8!", "abcdefg8!"); }},
+      {"register-running", asParent(),
+       [](UiStage& s) {
+         auto& form = openRegistration(s);
+         fillIn(form, "abcdefg8!", "abcdefg8!");
+         s.application.machine.http.hold();
+         form.createAccount();
+       }},
+      {"join", asParent(), [](UiStage& s) { openJoining(s); }},
+      {"join-validating", asParent(),
+       [](UiStage& s) {
+         auto& join = openJoining(s);
+         join.inviteCode = std::string("ab12cd");
+         s.application.machine.http.hold();
+         join.validateCode();
+       }},
+      {"join-refused", asParent(),
+       [](UiStage& s) {
+         auto& join = openJoining(s);
+         join.inviteCode = std::string("ab12cd");
+         s.application.machine.http.answer("GET", "/family/invite/AB12CD", 404,
+                                           R"({"valid":false,"error":"This invitation has expired"})");
+         join.validateCode();
+       }},
+      {"join-account", asParent(), [](UiStage& s) { fillInInvited(s, "secret"); }},
+      {"join-running", asParent(),
+       [](UiStage& s) {
+         auto& join = fillInInvited(s, "secret1");
+         s.application.machine.http.hold();
+         join.join();
+       }},
+      {"join-scanner", asParent(), [](UiStage& s) { openJoining(s).scanQRCode(); }},
+  };
+}
+
+std::vector<Shot> dashboardScenes() {
+  return {
+      {"dashboard-loading", signedInParent(),
+       [](UiStage& s) {
+         s.application.machine.http.hold();
+         dashboard(s).loadChildren();
+       }},
+      {"dashboard-empty", signedInParent()},
+      {"dashboard", signedInParent(), showFamily},
+      {"dashboard-text-200", signedInParent(), showFamily, 2},
+      {"dashboard-reloading", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.application.machine.http.hold();
+         dashboard(s).loadChildren();
+         s.advance(1s);
+       }},
+      {"dashboard-refreshing", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.application.machine.http.hold();
+         s.advance(30s);
+       }},
+      {"dashboard-hostile", signedInParent(),
+       [](UiStage& s) {
+         answerFamily(s, hostileFamily());
+         dashboard(s).loadChildren();
+       }},
+      {"dashboard-menu", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.click("AM");
+       }},
+      {"dashboard-logout", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         dashboard(s).logout();
+       }},
+      {"add-child", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         dashboard(s).addChild();
+       }},
+      {"add-child-running", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         dashboard(s).addChild();
+         s.settle();
+         s.application.screen<AddChildView>().name = std::string("Noor");
+         s.application.machine.http.hold();
+         s.application.screen<AddChildView>().createChildProfile();
+       }},
+      {"add-device", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         dashboard(s).cards[0].addDevice();
+       }},
+      {"scanner-no-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::absent); }},
+      {"scanner-refused", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::refused); }},
+      {"scanner-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::available); }},
+      {"scanner-review", signedInParent(), [](UiStage& s) { review(s); }},
+      {"scanner-running", signedInParent(),
+       [](UiStage& s) {
+         auto& scanner = review(s);
+         s.application.machine.http.hold();
+         scanner.completeEnrollment();
+       }},
+      {"scanner-invalid", signedInParent(),
+       [](UiStage& s) { openScanner(s, CameraState::absent).handleScannedCode("hello"); }},
+      {"scanner-success", signedInParent(),
+       [](UiStage& s) {
+         auto& scanner = openScanner(s, CameraState::absent);
+         scanner.isScanning = false;
+         scanner.enrollmentSuccess = true;
+       }},
+      {"manual", signedInParent(), [](UiStage& s) { openManual(s); }},
+      {"manual-running", signedInParent(),
+       [](UiStage& s) {
+         auto& manual = openManual(s);
+         manual.deviceName = std::string("Jake's PlayStation");
+         s.application.machine.http.hold();
+         manual.addDevice();
+       }},
+      {"manual-result", signedInParent(),
+       [](UiStage& s) {
+         auto& manual = openManual(s);
+         manual.deviceName = std::string("Jake's PlayStation");
+         s.application.machine.http.answer(
+             "POST", "/enrollment/manual", 200,
+             R"({"message":"done","device":)" + deviceJson("d9", "Jake's PlayStation", "playstation", false) +
+                 R"(,"dns_server":"203.0.113.53","setup_instructions":{"platform":"PlayStation","dns_server_ip":"203.0.113.53","steps":["Open Settings, then Network.","Choose Set Up Internet Connection, then your network, then Custom.","Set DNS to Manual and enter the address above as the primary DNS.","Save, and test the connection."]},"note":"The console appears as online after its first connection."})");
+         manual.addDevice();
+       }},
+  };
+}
+
+std::vector<Shot> childScenes() {
+  return {
+      {"child", signedInParent(), [](UiStage& s) { openChild(s); }},
+      {"child-text-200", signedInParent(), [](UiStage& s) { openChild(s); }, 2},
+      {"child-blocked", signedInParent(),
+       [](UiStage& s) {
+         s.application.machine.http.answerAlways(
+             "PUT", "/children/c1/policy", 200,
+             R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":true,"block_mode":"whitelist","created_at":"c","updated_at":"u"})");
+         openChild(s).policySection.isBlocked = true;
+         s.settle();
+       }},
+      {"child-swiped", signedInParent(),
+       [](UiStage& s) {
+         auto& screen = openChild(s);
+         screen.devicesSection.deviceRows[0].dragEnded(-90, 0);
+         screen.activitySection.recent.rows[1].dragChanged(70, 0);
+       }},
+      {"child-sites-blocked", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).selectedTab = ChildDetailTab::sitesBlocked;
+         s.settle();
+       }},
+      {"child-sites-allowed", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).selectedTab = ChildDetailTab::sitesAllowed;
+         s.settle();
+       }},
+      {"child-unlink", signedInParent(),
+       [](UiStage& s) { openChild(s).devicesSection.deviceRows[0].unlink(); }},
+      {"child-edit-name", signedInParent(), [](UiStage& s) { openChild(s).editName(); }},
+      {"link-device", signedInParent(), [](UiStage& s) { openChild(s).devicesSection.linkDevice(); }},
+      {"link-device-swiped", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).devicesSection.linkDevice();
+         s.settle();
+         s.application.screen<LinkDeviceView>().deviceRows[0].dragEnded(-90, 0);
+       }},
+      {"link-device-delete", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).devicesSection.linkDevice();
+         s.settle();
+         s.application.screen<LinkDeviceView>().deviceRows[0].remove();
+       }},
+      {"link-device-hostile", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         s.application.machine.http.answerAlways("GET", "/children", 200, hostileDevices());
+         child.devicesSection.linkDevice();
+       }},
+  };
+}
+
+std::vector<Shot> familyScenes() {
+  return {
+      {"family", signedInParent(), [](UiStage& s) { openFamily(s); }},
+      {"family-failed", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         dashboard(s).openFamilyMembers();
+       }},
+      {"family-inviting", signedInParent(),
+       [](UiStage& s) {
+         auto& family = openFamily(s);
+         s.application.machine.http.hold();
+         family.createInvitation();
+       }},
+      {"family-invite", signedInParent(),
+       [](UiStage& s) {
+         s.application.machine.http.answer("POST", "/family/invite", 200, invitationJson());
+         openFamily(s).createInvitation();
+       }},
+      {"family-member", signedInParent(), [](UiStage& s) { openFamily(s).memberRows[1].edit(); }},
+      {"home-network-set-up", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, R"({"current_ip":"203.0.113.7","ip_matches":false})"); }},
+      {"home-network-set-up-question", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, R"({"current_ip":"203.0.113.7","ip_matches":false})").setUp(); }},
+      {"home-network", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("203.0.113.7", true)); }},
+      {"home-network-instructions", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("203.0.113.7", true)).viewInstructions(); }},
+      {"home-network-updating", signedInParent(),
+       [](UiStage& s) {
+         auto& home = openHomeNetwork(s, homeNetworkJson("198.51.100.9", false));
+         home.updateIP();
+         s.application.machine.http.hold();
+         home.updateConfirmation.confirm();
+       }},
+      {"home-network-mismatch", signedInParent(),
+       [](UiStage& s) { openHomeNetwork(s, homeNetworkJson("198.51.100.9", false)); }},
+      {"home-network-updated", signedInParent(),
+       [](UiStage& s) {
+         s.application.machine.http.answer(
+             "POST", "/home-network/update-ip", 200,
+             R"({"message":"done","public_ip":"203.0.113.8","updated_at":"2026-01-02T00:00:00Z"})");
+         auto& network = openHomeNetwork(s, homeNetworkJson("203.0.113.8", false));
+         network.updateIP();
+         network.updateConfirmation.confirm();
+       }},
+      {"parent-settings", signedInParent(), [](UiStage& s) { openSettings(s); }},
+      {"parent-settings-delete", signedInParent(),
+       [](UiStage& s) {
+         auto& settings = openSettings(s);
+         settings.deleteAccount();
+         settings.deletionConfirmation.confirm();
+       }},
+  };
+}
+
+}  // namespace
+
+std::vector<Shot> parentScenes() {
+  std::vector<Shot> all;
+  for (auto* group : {identityScenes, dashboardScenes, childScenes, familyScenes}) {
+    for (auto& shot : group()) {
+      all.push_back(std::move(shot));
+    }
+  }
+  return all;
+}
+
+}  // namespace quillmar
