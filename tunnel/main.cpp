@@ -1,6 +1,8 @@
+#include <sys/signalfd.h>
+
 #include <boost/asio/error.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -44,11 +46,35 @@ std::string textOf(const boost::asio::ip::tcp::endpoint& address) {
   return text.str();
 }
 
-void endOnSignal(boost::asio::signal_set& endings, boost::asio::io_context& context) {
-  endings.async_wait([&](const boost::system::error_code&, int) { context.stop(); });
-}
+// Stops the context when the program is told to end. To be made before any thread. The signals interrupt
+// nothing: a call of the message bus that one cuts short is lost, and would look as if the bus were.
+class Endings {
+ public:
+  explicit Endings(boost::asio::io_context& context) : signals_(context, block()) {
+    signals_.async_wait(Descriptor::wait_read, [&context](boost::system::error_code error) {
+      if (!error) {
+        context.stop();
+      }
+    });
+  }
+
+ private:
+  using Descriptor = boost::asio::posix::stream_descriptor;
+
+  static int block() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  }
+
+  Descriptor signals_;
+};
 
 ExitStatus serve(boost::asio::io_context& context, const Options& options) {
+  const Endings endings(context);
   auto tls = TlsClient::make(options.caFile);
   if (const auto* problem = std::get_if<std::string>(&tls)) {
     return complain(*problem + '.', ExitStatus::failed);
@@ -67,8 +93,6 @@ ExitStatus serve(boost::asio::io_context& context, const Options& options) {
       tell);
   server.take(options.endpoint);
 
-  boost::asio::signal_set endings(context, SIGINT, SIGTERM);
-  endOnSignal(endings, context);
   tell("Answers at " + textOf(address) + ", asks " + options.endpoint.authority + '.');
   server.run();
   return ExitStatus::done;
@@ -97,6 +121,7 @@ std::variant<std::vector<Sockets>, std::string> bindTunnelSockets(boost::asio::i
 }
 
 ExitStatus runService(boost::asio::io_context& context, const std::string& caFile) {
+  const Endings endings(context);
   auto tls = TlsClient::make(caFile);
   if (const auto* problem = std::get_if<std::string>(&tls)) {
     return complain(*problem + '.', ExitStatus::failed);
@@ -130,8 +155,6 @@ ExitStatus runService(boost::asio::io_context& context, const std::string& caFil
                  .mark = SocketMark(ownMark),
                  .lastGood = addresses.all()},
                 events);
-  boost::asio::signal_set endings(context, SIGINT, SIGTERM);
-  endOnSignal(endings, context);
   try {
     service.emplace(
         context, hasIp6, [&](const std::optional<Endpoint>& endpoint) { worker.take(endpoint); }, tell);
