@@ -190,7 +190,7 @@ TEST(CommandLine, asks_for_what_a_command_needs_with_that_command_only) {
   EXPECT_THAT(read(program, Words{"take"})->text, StartsWith("the option '--from' is missing."));
   EXPECT_FALSE(read(program, Words{"take", "--from", "here"}));
   EXPECT_FALSE(read(program, Words{"look"}));
-  EXPECT_THAT(help(program), HasSubstr("take --from X\n"));
+  EXPECT_THAT(help(program), HasSubstr("  take --from X  Take something\n"));
 }
 
 TEST(CommandLine, says_what_is_wrong_before_what_was_asked_for) {
