@@ -140,16 +140,20 @@ class Reader {
       refuse(Reason::wrongWord, std::string(expected[arguments_].name) + " is missing.");
     }
     for (const Option& option : options_) {
-      if (option.isNeeded && !isAskedFor(option)) {
+      if (option.isNeeded && isOfThisCommand(option) && !isAskedFor(option)) {
         refuse(Reason::wrongOption, "the option " + quoted(option.name) + " is missing.");
       }
     }
     for (const Option* option : commandsOptions_) {
-      if (!command_ || option->command != command_->name) {
+      if (!isOfThisCommand(*option)) {
         refuse(Reason::wrongOption,
                "the option " + quoted(option->name) + " belongs to " + quoted(option->command) + '.');
       }
     }
+  }
+
+  bool isOfThisCommand(const Option& option) const {
+    return option.command.empty() || (command_ && option.command == command_->name);
   }
 
   bool isAskedFor(const Option& option) const {

@@ -33,7 +33,7 @@ std::string wordsOf(const std::vector<Argument>& arguments) {
 std::string formOf(const Program& program, const Command& command) {
   std::string form = std::string(command.name) + wordsOf(command.arguments);
   for (const Option& option : optionsOf(program, command.name)) {
-    form += " [" + formOf(option) + ']';
+    form += option.isNeeded ? ' ' + formOf(option) : " [" + formOf(option) + ']';
   }
   return form;
 }

@@ -1,15 +1,28 @@
-#include <boost/asio/signal_set.hpp>
+#include <sys/signalfd.h>
+
+#include <boost/asio/error.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/post.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
+#include "tunnel/link/constants.h"
+#include "tunnel/link/redirection.h"
+#include "tunnel/link/tun_device.h"
 #include "tunnel/options.h"
-#include "tunnel/server.h"
+#include "tunnel/service/reached_addresses.h"
+#include "tunnel/service/service.h"
+#include "tunnel/worker/server.h"
+#include "tunnel/worker/worker.h"
 
 namespace {
 
@@ -33,7 +46,35 @@ std::string textOf(const boost::asio::ip::tcp::endpoint& address) {
   return text.str();
 }
 
+// Stops the context when the program is told to end. To be made before any thread. The signals interrupt
+// nothing: a call of the message bus that one cuts short is lost, and would look as if the bus were.
+class Endings {
+ public:
+  explicit Endings(boost::asio::io_context& context) : signals_(context, block()) {
+    signals_.async_wait(Descriptor::wait_read, [&context](boost::system::error_code error) {
+      if (!error) {
+        context.stop();
+      }
+    });
+  }
+
+ private:
+  using Descriptor = boost::asio::posix::stream_descriptor;
+
+  static int block() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  }
+
+  Descriptor signals_;
+};
+
 ExitStatus serve(boost::asio::io_context& context, const Options& options) {
+  const Endings endings(context);
   auto tls = TlsClient::make(options.caFile);
   if (const auto* problem = std::get_if<std::string>(&tls)) {
     return complain(*problem + '.', ExitStatus::failed);
@@ -44,14 +85,109 @@ ExitStatus serve(boost::asio::io_context& context, const Options& options) {
                     ExitStatus::failed);
   }
   const auto address = std::get<Sockets>(sockets).tcp.local_endpoint();
-  Server server(context, std::get<Sockets>(std::move(sockets)), options.endpoint,
-                std::get<std::unique_ptr<TlsClient>>(std::move(tls)), tell);
+  std::vector<Sockets> listening;
+  listening.push_back(std::get<Sockets>(std::move(sockets)));
+  Server server(
+      context, std::move(listening),
+      {std::get<std::unique_ptr<TlsClient>>(std::move(tls)), std::make_unique<SystemBootstrap>(context)},
+      tell);
+  server.take(options.endpoint);
 
-  boost::asio::signal_set endings(context, SIGINT, SIGTERM);
-  endings.async_wait([&](const boost::system::error_code&, int) { context.stop(); });
   tell("Answers at " + textOf(address) + ", asks " + options.endpoint.authority + '.');
   server.run();
   return ExitStatus::done;
+}
+
+std::filesystem::path stateDirectory() {
+  const char* const named = std::getenv("STATE_DIRECTORY");  // NOLINT(concurrency-mt-unsafe): no thread yet
+  return named != nullptr ? named : "/var/lib/quillmar-tunnel";
+}
+
+// At the tunnel's addresses, which come with the device. A machine without IPv6 does without.
+std::variant<std::vector<Sockets>, std::string> bindTunnelSockets(boost::asio::io_context& context) {
+  std::vector<Sockets> all;
+  for (const std::string address : {tunnelAddress4, tunnelAddress6}) {
+    auto sockets = bindSockets(context, *parseListenAddress(address), Presence::later);
+    if (auto* bound = std::get_if<Sockets>(&sockets)) {
+      all.push_back(std::move(*bound));
+      continue;
+    }
+    const auto error = std::get<boost::system::error_code>(sockets);
+    if (error != boost::asio::error::address_family_not_supported || all.empty()) {
+      return address + " can't be listened on: " + error.message();
+    }
+  }
+  return all;
+}
+
+ExitStatus runService(boost::asio::io_context& context, const std::string& caFile) {
+  const Endings endings(context);
+  auto tls = TlsClient::make(caFile);
+  if (const auto* problem = std::get_if<std::string>(&tls)) {
+    return complain(*problem + '.', ExitStatus::failed);
+  }
+  auto workersContext = std::make_unique<boost::asio::io_context>(1);
+  auto sockets = bindTunnelSockets(*workersContext);
+  if (const auto* problem = std::get_if<std::string>(&sockets)) {
+    return complain(*problem + '.', ExitStatus::failed);
+  }
+  ReachedAddresses addresses(stateDirectory());
+  const bool hasIp6 = std::get<std::vector<Sockets>>(sockets).size() > 1;
+
+  std::optional<Service> service;
+  const WorkerEvents events{
+      .tell = tell,
+      .servers =
+          [&](std::function<void(NameServers)> take) {
+            boost::asio::post(context, [&, take = std::move(take)] { take(service->nameServers()); });
+          },
+      .reached =
+          [&](const std::string& host, const boost::asio::ip::address& address) {
+            boost::asio::post(context, [&addresses, host, address] {
+              if (const auto problem = addresses.keep(host, address); !problem.empty()) {
+                tell(problem + '.');
+              }
+            });
+          }};
+  Worker worker({.context = std::move(workersContext),
+                 .sockets = std::get<std::vector<Sockets>>(std::move(sockets)),
+                 .tls = std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
+                 .mark = SocketMark(ownMark),
+                 .lastGood = addresses.all()},
+                events);
+  try {
+    service.emplace(
+        context, hasIp6, [&](const std::optional<Endpoint>& endpoint) { worker.take(endpoint); }, tell);
+    service->run();
+  } catch (const sdbus::Error& error) {
+    // What is up stays up: nobody said that this machine is to be protected no more.
+    return complain("the message bus: " + error.getMessage() + '.', ExitStatus::failed);
+  }
+  service->end();
+  return ExitStatus::done;
+}
+
+// As much as can be, even where a part of it fails.
+ExitStatus release() {
+  auto status = ExitStatus::done;
+  for (const auto& problem : {releaseRedirection(), removeDevice(deviceName)}) {
+    if (!problem.empty()) {
+      status = complain(problem + '.', ExitStatus::failed);
+    }
+  }
+  return status;
+}
+
+ExitStatus perform(const Options& options) {
+  if (options.command == Command::release) {
+    return release();
+  }
+  std::signal(SIGPIPE, SIG_IGN);  // a closed connection is seen where it is written to
+  boost::asio::io_context context(1);
+  const auto status =
+      options.command == Command::run ? runService(context, options.caFile) : serve(context, options);
+  // The context would wait for the system's resolver, which can't be told to stop.
+  std::_Exit(static_cast<int>(status));
 }
 
 ExitStatus run(const std::vector<std::string>& words) {
@@ -63,11 +199,7 @@ ExitStatus run(const std::vector<std::string>& words) {
     write(parsed.text);
     return ExitStatus::done;
   }
-  std::signal(SIGPIPE, SIG_IGN);  // a closed connection is seen where it is written to
-  boost::asio::io_context context(1);
-  const auto status = serve(context, *parsed.options);
-  // The context would wait for the system's resolver, which can't be told to stop.
-  std::_Exit(static_cast<int>(status));
+  return perform(*parsed.options);
 }
 
 }  // namespace

@@ -1,8 +1,5 @@
 #include "tunnel/options.h"
 
-#include <algorithm>
-#include <array>
-#include <span>
 #include <string_view>
 
 #include "tunnel/network/sockets.h"
@@ -10,122 +7,99 @@
 namespace quillmar::tunnel {
 namespace {
 
-using Words = std::span<const std::string>;
+using command_line::to;
 
-constexpr std::string_view help = R"(Usage: quillmar-tunnel serve --endpoint URL [OPTION]...
+constexpr std::string_view about =
+    "Carries this machine's DNS to an endpoint over HTTPS (RFC 8484), and to nobody else.";
 
-Answers this machine's DNS by asking an endpoint over HTTPS (RFC 8484), and
-nobody else. Runs in the foreground until SIGINT or SIGTERM, and writes a line
-for each event.
+constexpr std::string_view notes = R"(Exit status: 0 done; 1 failed; 2 wrong usage.
+)";
 
-Options:
-  --endpoint URL    Ask this https URL
-  --listen ADDRESS  Answer there, over UDP and TCP (127.0.0.1:53)
-  --ca-file FILE    Trust the certificate authorities in FILE too
-  --help            This text, and no more
-  --version         The version, and no more
+constexpr std::string_view aboutRun =
+    R"(Owns the bus name live.quillmar.quillmar.PacketTunnel, and protects the machine
+when NetworkManager connects a VPN of that type: all DNS, whatever server it is
+for, goes to the connection's dohEndpoint, or nowhere. It has NetworkManager
+connect it by itself. Runs in the foreground until SIGINT or SIGTERM, then takes
+everything away, and writes a line for each event. Needs root.
+
+The endpoint's address is kept in the directory STATE_DIRECTORY of the
+environment, or in /var/lib/quillmar-tunnel.
+)";
+
+constexpr std::string_view aboutRelease =
+    R"(Takes away the rules and the device of 'run': of one that was killed, or of one
+that runs, which then ends its connection. What is not there is no problem.
+Needs root, and no NetworkManager.
+)";
+
+constexpr std::string_view aboutServe =
+    R"(Answers the DNS questions that come to an address by asking an endpoint over
+HTTPS. Runs in the foreground until SIGINT or SIGTERM, and writes a line for
+each event. Needs no rights beyond its port.
 
 A name in the URL is looked up by the system's own resolver, which must not ask
 this program in turn. An address, or localhost, needs no resolver.
 
-Whoever may see this machine's processes sees the URL.
-
-Exit status: 0 done; 1 failed; 2 wrong usage.
+Any user who can list this machine's processes sees the URL.
 )";
 
-// As written, before anything is looked at.
-struct Given {
-  bool serves = false;
-  bool asksForHelp = false;
-  bool asksForVersion = false;
-  std::string endpoint{};
-  std::string listen = "127.0.0.1:53";
-  std::string caFile{};
-};
-
-struct Setting {
-  std::string_view word;
-  std::string Given::*member;
-};
-constexpr auto settings = std::to_array<Setting>({
-    {"--endpoint", &Given::endpoint},
-    {"--listen", &Given::listen},
-    {"--ca-file", &Given::caFile},
-});
-
-struct Switch {
-  std::string_view word;
-  bool Given::*member;
-};
-constexpr auto switches = std::to_array<Switch>({
-    {"serve", &Given::serves},
-    {"--help", &Given::asksForHelp},
-    {"-h", &Given::asksForHelp},
-    {"--version", &Given::asksForVersion},
-});
-
-Parsed refuse(const std::string& problem) {
-  return {.text = problem + "\nTry 'quillmar-tunnel --help'.", .status = ExitStatus::usage};
+bool takeEndpoint(Options& options, std::string_view text) {
+  const auto endpoint = parseEndpoint(std::string(text));
+  options.endpoint = endpoint.value_or(Endpoint());
+  return endpoint.has_value();
 }
 
-// What is wrong with the words, if anything is.
-std::optional<std::string> read(Words words, Given& given) {
-  while (!words.empty()) {
-    const std::string& word = words.front();
-    words = words.subspan(1);
-    const auto equals = word.find('=');
-    const auto known = std::ranges::find(switches, word, &Switch::word);
-    const auto setting =
-        std::ranges::find(settings, std::string_view(word).substr(0, equals), &Setting::word);
-    if (known != switches.end()) {
-      given.*known->member = true;
-    } else if (setting == settings.end()) {
-      return (word.starts_with('-') ? "there is no option '" : "there is no command '") + word + "'.";
-    } else if (equals != std::string::npos) {
-      given.*setting->member = word.substr(equals + 1);
-    } else if (!words.empty()) {
-      given.*setting->member = words.front();
-      words = words.subspan(1);
-    } else {
-      return "the option '" + word + "' needs a value.";
-    }
-  }
-  return std::nullopt;
+bool takeListen(Options& options, std::string_view text) {
+  const auto address = parseListenAddress(std::string(text));
+  options.listen = address.value_or(boost::asio::ip::tcp::endpoint());
+  return address.has_value();
 }
 
-Parsed understand(const Given& given) {
-  if (!given.serves) {
-    return refuse("a command is missing.");
-  }
-  if (given.endpoint.empty()) {
-    return refuse("the option '--endpoint' is missing.");
-  }
-  const auto endpoint = parseEndpoint(given.endpoint);
-  if (!endpoint) {
-    return refuse("the endpoint is not an https URL with a host.");
-  }
-  const auto listen = parseListenAddress(given.listen);
-  if (!listen) {
-    return refuse("'" + given.listen + "' is not an address to listen on.");
-  }
-  return {.options = Options{*endpoint, *listen, given.caFile}};
+Parsed parsedFrom(const command_line::Answer& answer) {
+  const bool isAskedFor = answer.reason == command_line::Answer::Reason::asked;
+  return {.text = answer.text, .status = isAskedFor ? ExitStatus::done : ExitStatus::usage};
 }
 
 }  // namespace
 
+command_line::Program programFor(Options& options) {
+  const auto choose = [&options](Command command) {
+    return [&options, command] { options.command = command; };
+  };
+  return {
+      .name = "quillmar-tunnel",
+      .about = about,
+      .version = QUILLMAR_VERSION,
+      .commands = {{"run", "Be the VPN service that NetworkManager reaches", aboutRun, choose(Command::run)},
+                   {"release", "Take away what 'run' has put up, whatever has become of it", aboutRelease,
+                    choose(Command::release)},
+                   {"serve", "Answer at an address, and turn nothing there", aboutServe,
+                    choose(Command::serve)}},
+      .needsCommand = true,
+      .options =
+          {
+              {"--endpoint",
+               "URL",
+               "Ask this https URL",
+               [&options](std::string_view text) { return takeEndpoint(options, text); },
+               "serve",
+               {},
+               true},
+              {"--listen", "ADDRESS", "Answer there, over UDP and TCP (127.0.0.1:53)",
+               [&options](std::string_view text) { return takeListen(options, text); }, "serve"},
+              {"--ca-file", "FILE", "Trust the certificate authorities in FILE too", to(options.caFile)},
+          },
+      .notes = notes,
+  };
+}
+
 Parsed parse(const std::vector<std::string>& words) {
-  Given given;
-  const auto problem = read(words, given);
-  if (problem) {
-    return refuse(*problem);
+  Options options{.listen = *parseListenAddress("127.0.0.1:53")};
+  const auto program = programFor(options);
+  if (const auto answer = command_line::read(program, words)) {
+    return parsedFrom(*answer);
   }
-  if (given.asksForHelp) {
-    return {.text = std::string(help)};
-  }
-  if (given.asksForVersion) {
-    return {.text = "quillmar-tunnel " QUILLMAR_VERSION "\n"};
-  }
-  return understand(given);
+  return {.options = options};
 }
 
 }  // namespace quillmar::tunnel

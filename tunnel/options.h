@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "command_line/command_line.h"
 #include "tunnel/network/endpoint.h"
 
 namespace quillmar::tunnel {
@@ -12,10 +13,13 @@ namespace quillmar::tunnel {
 // What the program ends with. They are part of its interface.
 enum class ExitStatus { done = 0, failed = 1, usage = 2 };
 
+enum class Command { serve, run, release };
+
 struct Options {
-  Endpoint endpoint;
-  boost::asio::ip::tcp::endpoint listen{};
-  std::string caFile{};  // trusted beside the system's authorities
+  Command command = Command::serve;
+  Endpoint endpoint{};                      // to serve
+  boost::asio::ip::tcp::endpoint listen{};  // to serve
+  std::string caFile{};                     // trusted beside the system's authorities
 };
 
 // Either what to do, or what to say instead: a text that was asked for, or what is wrong with the words.
@@ -24,6 +28,9 @@ struct Parsed {
   std::string text{};
   ExitStatus status = ExitStatus::done;
 };
+
+// What is understood, and kept in these options.
+command_line::Program programFor(Options& options);
 
 Parsed parse(const std::vector<std::string>& words);
 

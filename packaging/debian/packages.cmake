@@ -1,6 +1,6 @@
 # The Debian packages, one a component. Build them by `cpack -G DEB` with the preset "packages".
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL agent window camera)
+set(CPACK_COMPONENTS_ALL agent window camera tunnel)
 set(CPACK_PACKAGE_NAME quillmar)
 set(CPACK_PACKAGE_CONTACT "Quillmar developers <developers@quillmar.live>")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
@@ -22,7 +22,7 @@ The program shows the enrollment code in a terminal, works as a service of the
 user's session, and says what it does. It shares its installation with the
 window in the package quillmar, and gives way to it while that is open.")
 set(CPACK_DEBIAN_AGENT_PACKAGE_DEPENDS "ca-certificates")
-set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "network-manager, systemd")
+set(CPACK_DEBIAN_AGENT_PACKAGE_RECOMMENDS "network-manager, quillmar-tunnel, systemd")
 set(CPACK_DEBIAN_AGENT_PACKAGE_SUGGESTS "quillmar")
 set(CPACK_DEBIAN_AGENT_PACKAGE_CONTROL_EXTRA
     "${CMAKE_CURRENT_LIST_DIR}/agent/postinst;${CMAKE_CURRENT_LIST_DIR}/agent/prerm")
@@ -45,7 +45,7 @@ list(TRANSFORM qml_modules PREPEND qml6-module-)
 list(JOIN qml_modules ", " qml_modules)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "ca-certificates, libqt6svg6, ${qml_modules}")
 string(JOIN ", " CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS
-  quillmar-agent quillmar-camera network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
+  quillmar-agent quillmar-camera quillmar-tunnel network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
   libgl1-mesa-dri qt6-wayland xdg-desktop-portal)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS "fprintd")
 
@@ -60,5 +60,17 @@ set(CPACK_DEBIAN_CAMERA_PACKAGE_DEPENDS
 # The plugin was part of the window's package.
 set(CPACK_DEBIAN_CAMERA_PACKAGE_BREAKS "quillmar (<< 0.2.0)")
 set(CPACK_DEBIAN_CAMERA_PACKAGE_REPLACES "quillmar (<< 0.2.0)")
+
+set(CPACK_DEBIAN_TUNNEL_PACKAGE_NAME quillmar-tunnel)
+set(CPACK_DEBIAN_TUNNEL_DESCRIPTION "family internet protection: the tunnel for a child's computer
+What NetworkManager reaches when a child's computer switches its protection on:
+carries all DNS of the computer to the family's service over HTTPS, whatever
+server a program asks, and lets none of it out another way.
+.
+The packages quillmar and quillmar-agent tell it where to ask. Without it a
+child's computer is set up but not protected.")
+set(CPACK_DEBIAN_TUNNEL_PACKAGE_DEPENDS "ca-certificates, dbus | dbus-broker, network-manager, nftables")
+set(CPACK_DEBIAN_TUNNEL_PACKAGE_CONTROL_EXTRA
+    "${CMAKE_CURRENT_LIST_DIR}/tunnel/postinst;${CMAKE_CURRENT_LIST_DIR}/tunnel/prerm;${CMAKE_CURRENT_LIST_DIR}/tunnel/postrm")
 
 include(CPack)

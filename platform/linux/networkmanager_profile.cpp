@@ -1,6 +1,9 @@
 #include "platform/linux/networkmanager_profile.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "foundation/url.h"
 
@@ -22,6 +25,21 @@ T valueOr(const Section& section, const std::string& key, T standard) {
 Section sectionOf(const NetworkManagerSettings& settings, const std::string& name) {
   const auto found = settings.find(name);
   return found == settings.end() ? Section() : found->second;
+}
+
+// So that NetworkManager has all names looked up where the tunnel says, by no other connection's servers, and
+// sends nothing else there. Whatever else somebody has set stays.
+void claimNames(Section& family) {
+  constexpr std::int32_t beforeAllOthers = -100;
+  const std::string allNames = "~.";
+  family.try_emplace("method", std::string("auto"));
+  family["never-default"] = true;
+  family["dns-priority"] = std::min(valueOr(family, "dns-priority", std::int32_t{0}), beforeAllOthers);
+  auto domains = valueOr(family, "dns-search", std::vector<std::string>());
+  if (std::ranges::find(domains, allNames) == domains.end()) {
+    domains.push_back(allNames);
+  }
+  family["dns-search"] = domains;
 }
 
 std::string serverAddress(const Data& data) {
@@ -78,6 +96,8 @@ void write(const NetworkManagerProfile& profile, NetworkManagerSettings& setting
   settings["vpn"] = {{"service-type", profile.protocol.providerBundleIdentifier},
                      {"data", profile.protocol.providerConfiguration},
                      {"persistent", profile.onDemand}};
+  claimNames(settings["ipv4"]);
+  claimNames(settings["ipv6"]);
 }
 
 }  // namespace quillmar

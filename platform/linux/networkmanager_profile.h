@@ -19,6 +19,7 @@ using NetworkManagerSettings = std::map<std::string, std::map<std::string, sdbus
 // - "connect automatically" is whether the configuration is enabled: NetworkManager gives it no meaning for a
 //   VPN, and every tool shows it and lets a person change it,
 // - a persistent VPN is on demand on any interface, the one rule that NetworkManager can keep.
+// Beside them stands that the tunnel is asked for all names, and carries nothing else.
 // There is no place for the server's address, which is for display: read back, it is the host of the first
 // URL among the data.
 struct NetworkManagerProfile {
@@ -38,7 +39,8 @@ void assign(TunnelConfiguration& configuration, const NetworkManagerProfile& pro
 // unexpected shape.
 std::optional<NetworkManagerProfile> profileFrom(const NetworkManagerSettings& settings,
                                                  const std::string& serviceType);
-// Leaves all else in the settings as it is.
+// Leaves all else in the settings as it is; a connection that an earlier version wrote is brought up to this
+// one.
 void write(const NetworkManagerProfile& profile, NetworkManagerSettings& settings);
 
 }  // namespace quillmar

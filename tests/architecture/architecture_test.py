@@ -43,8 +43,13 @@ MAY_INCLUDE = {
     "tunnel/dns": set(),
     "tunnel/resolver": {"tunnel/dns"},
     "tunnel/network": {"tunnel/resolver", "tunnel/dns", "foundation"},
-    "tunnel": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel/worker": {"tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel/link": set(),
+    "tunnel/service": {"tunnel/worker", "tunnel/link", "tunnel/network", "tunnel/resolver", "tunnel/dns", "foundation"},
+    "tunnel": {"tunnel/service", "tunnel/worker", "tunnel/link", "tunnel/network", "tunnel/resolver", "tunnel/dns",
+               "command_line", "foundation"},
     "sandbox": {"command_line"},
+    "tools/completions": {"command_line", "programs", "tunnel"},
 }
 
 # Folders without platform code.

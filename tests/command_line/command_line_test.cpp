@@ -176,6 +176,23 @@ TEST(CommandLine, asks_for_the_options_and_arguments_that_a_program_needs) {
   EXPECT_THAT(read(program, Words{"--version"})->text, StartsWith("there is no option '--version'."));
 }
 
+TEST(CommandLine, asks_for_what_a_command_needs_with_that_command_only) {
+  std::string from;
+  const Program program{.name = "copy",
+                        .about = "Copies.",
+                        .commands = {{"take", "Take something"}, {"look", "Look at it"}},
+                        .options = {{.name = "--from",
+                                     .value = "X",
+                                     .help = "The source",
+                                     .take = to(from),
+                                     .command = "take",
+                                     .isNeeded = true}}};
+  EXPECT_THAT(read(program, Words{"take"})->text, StartsWith("the option '--from' is missing."));
+  EXPECT_FALSE(read(program, Words{"take", "--from", "here"}));
+  EXPECT_FALSE(read(program, Words{"look"}));
+  EXPECT_THAT(help(program), HasSubstr("  take --from X  Take something\n"));
+}
+
 TEST(CommandLine, says_what_is_wrong_before_what_was_asked_for) {
   Kitchen kitchen;
   EXPECT_EQ(kitchen.problem({"--help", "--dance"}, Reason::wrongOption), "there is no option '--dance'.");

@@ -220,6 +220,29 @@ TEST_F(NetworkManagerTest, the_first_save_adds_a_connection_that_nmcli_shows) {
   EXPECT_EQ(announced, std::vector{Status::disconnected});
 }
 
+TEST_F(NetworkManagerTest, a_connection_claims_all_names_and_no_routes) {
+  EXPECT_EQ(save(*make(endpoint)), std::nullopt);
+  for (const std::string family : {"ipv4", "ipv6"}) {
+    EXPECT_EQ(property(family + ".dns-priority"), "-100");
+    EXPECT_EQ(property(family + ".dns-search"), "~.");
+    EXPECT_EQ(property(family + ".never-default"), "yes");
+  }
+}
+
+TEST_F(NetworkManagerTest, a_connection_of_an_earlier_version_claims_all_names_from_the_next_save_on) {
+  const auto configuration = saved();
+  world().nmcli({"connection", "modify", "Protection", "ipv4.dns-priority", "0", "ipv4.dns-search", "",
+                 "ipv4.never-default", "no", "ipv6.dns-priority", "-200", "ipv6.dns-search", "home",
+                 "ipv6.never-default", "no"});
+  EXPECT_EQ(save(*configuration), std::nullopt);
+  EXPECT_EQ(property("ipv4.dns-priority"), "-100");
+  EXPECT_EQ(property("ipv4.dns-search"), "~.");
+  EXPECT_EQ(property("ipv4.never-default"), "yes");
+  EXPECT_EQ(property("ipv6.dns-priority"), "-200");
+  EXPECT_EQ(property("ipv6.dns-search"), "home,~.");
+  EXPECT_EQ(property("ipv6.never-default"), "yes");
+}
+
 TEST_F(NetworkManagerTest, a_refused_permission_is_an_error_in_networkmanagers_words_and_can_be_given_later) {
   const BusRelay relay(world().file("user-bus"), world().bus().socket());
   makeMachine({.busAddress = relay.address()});
@@ -270,7 +293,7 @@ TEST_F(NetworkManagerTest, another_endpoint_goes_into_the_same_connection_and_re
   EXPECT_EQ(save(*found), std::nullopt);
   EXPECT_EQ(property("connection.uuid"), uuid);
   EXPECT_EQ(property("vpn.data"), "dohEndpoint = https\\://dns.example/new");
-  EXPECT_EQ(property("ipv4.dns-search"), "home");
+  EXPECT_EQ(property("ipv4.dns-search"), "home,~.");
 }
 
 TEST_F(NetworkManagerTest, a_running_tunnel_uses_another_endpoint_after_a_restart) {

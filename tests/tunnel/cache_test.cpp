@@ -35,6 +35,15 @@ TEST(TunnelCache, does_not_keep_what_has_no_time) {
   EXPECT_EQ(cache.answers(), 0U);
 }
 
+TEST(TunnelCache, is_empty_once_it_was_emptied) {
+  Cache cache;
+  cache.put(start, "key", answer(), 30s);
+  cache.clear();
+  EXPECT_EQ(cache.find(start, "key"), nullptr);
+  EXPECT_EQ(cache.answers(), 0U);
+  EXPECT_EQ(cache.bytes(), 0U);
+}
+
 TEST(TunnelCache, keeps_the_newer_of_two_answers) {
   Cache cache;
   cache.put(start, "key", answer(), 30s);

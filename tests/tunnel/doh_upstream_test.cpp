@@ -3,32 +3,18 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <set>
+#include "tests/tunnel/support/fake_connection.h"
 
 namespace quillmar::tunnel {
 namespace {
 
 using namespace std::chrono_literals;
+using test::FakeConnection;
+using test::FakeConnections;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
-
-struct FakeConnection final : Connection {
-  explicit FakeConnection(std::set<FakeConnection*>& all) : alive(all) { alive.insert(this); }
-  ~FakeConnection() override { alive.erase(this); }
-  void send(Ticket ticket, const std::string& /*question*/) override { sent.push_back(ticket); }
-  void cancel(Ticket ticket) override { cancelled.push_back(ticket); }
-  void ping() override { ++pings; }
-  void flush() override { ++flushes; }
-
-  std::set<FakeConnection*>& alive;
-  ConnectionEvents* events = nullptr;
-  std::vector<Ticket> sent;
-  std::vector<Ticket> cancelled;
-  int pings = 0;
-  int flushes = 0;
-};
 
 const HttpAnswer good{.status = 200, .isDns = true, .body = "answer"};
 
@@ -61,14 +47,10 @@ struct TunnelUpstream : testing::Test {
   }
 
   Time now = Time{} + 1h;
-  std::set<FakeConnection*> alive;
-  std::vector<FakeConnection*> made;
-  DohUpstream upstream{[this](ConnectionEvents& events) {
-    auto connection = std::make_unique<FakeConnection>(alive);
-    connection->events = &events;
-    made.push_back(connection.get());
-    return connection;
-  }};
+  FakeConnections connections;
+  std::set<FakeConnection*>& alive = connections.alive;
+  std::vector<FakeConnection*>& made = connections.made;
+  DohUpstream upstream{connections.connect()};
   std::map<Ticket, std::string> outcomes;
 };
 

@@ -94,7 +94,7 @@ TEST(TunnelBootstrap, tries_both_families_by_turns) {
 
 TEST(TunnelBootstrap, needs_no_resolver_for_an_address_and_for_localhost) {
   boost::asio::io_context context;
-  Bootstrap bootstrap(context);
+  SystemBootstrap bootstrap(context);
   TcpEndpoints found;
   const auto find = [&](const char* url) {
     found.clear();

@@ -43,6 +43,12 @@ TEST(TunnelOptions, may_be_written_in_two_ways) {
   }
 }
 
+TEST(TunnelOptions, of_the_service_are_few) {
+  EXPECT_EQ(parse({"run"}).options->command, Command::run);
+  EXPECT_EQ(parse({"run", "--ca-file", "/c"}).options->caFile, "/c");
+  EXPECT_EQ(parse({"release"}).options->command, Command::release);
+}
+
 TEST(TunnelOptions, that_are_wrong_are_named) {
   const std::vector<std::pair<Words, std::string>> cases{
       {{}, "a command is missing."},
@@ -50,10 +56,13 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
       {{"serve"}, "the option '--endpoint' is missing."},
       {{"serve", "--fast"}, "there is no option '--fast'."},
       {{"serve", "--endpoint"}, "the option '--endpoint' needs a value."},
-      {{"serve", "--endpoint", ""}, "the option '--endpoint' is missing."},
-      {{"serve", "--endpoint", "http://a/"}, "the endpoint is not an https URL with a host."},
-      {{"serve", "--endpoint", "https:///"}, "the endpoint is not an https URL with a host."},
-      {{"serve", "--endpoint", "https://a/", "--listen", "x"}, "'x' is not an address to listen on."}};
+      {{"serve", "--endpoint", ""}, "the option '--endpoint' can't be ''."},
+      {{"serve", "--endpoint", "http://a/"}, "the option '--endpoint' can't be 'http://a/'."},
+      {{"serve", "--endpoint", "https:///"}, "the option '--endpoint' can't be 'https:///'."},
+      {{"serve", "--endpoint", "https://a/", "--listen", "x"}, "the option '--listen' can't be 'x'."},
+      {{"serve", "run"}, "there is no command 'run'."},
+      {{"run", "--endpoint", "https://a/"}, "the option '--endpoint' belongs to 'serve'."},
+      {{"run", "--listen", "127.0.0.1"}, "the option '--listen' belongs to 'serve'."}};
   for (const auto& [words, text] : cases) {
     const auto parsed = parse(words);
     EXPECT_FALSE(parsed.options);
@@ -63,16 +72,27 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
 }
 
 TEST(TunnelOptions, explain_themselves_in_eighty_columns_of_ascii) {
-  const auto parsed = parse({"serve", "--help"});
-  EXPECT_FALSE(parsed.options);
-  EXPECT_EQ(parsed.status, ExitStatus::done);
-  EXPECT_THAT(parsed.text, AllOf(StartsWith("Usage: quillmar-tunnel serve"), HasSubstr("--endpoint URL"),
-                                 HasSubstr("--listen ADDRESS"), HasSubstr("--ca-file FILE"),
-                                 HasSubstr("the system's own resolver")));
-  std::istringstream text(parsed.text);
-  for (std::string line; std::getline(text, line);) {
-    EXPECT_LE(line.size(), 80U) << line;
-    EXPECT_TRUE(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; })) << line;
+  const std::vector<std::pair<Words, std::vector<std::string>>> cases{
+      {{"--help"},
+       {"Usage: quillmar-tunnel [OPTION]... COMMAND", "  run ", "  release ", "  serve ", "--ca-file FILE",
+        "--version"}},
+      {{"run", "--help"}, {"Usage: quillmar-tunnel run", "Needs root."}},
+      {{"release", "--help"}, {"Usage: quillmar-tunnel release"}},
+      {{"serve", "--help"},
+       {"Usage: quillmar-tunnel serve --endpoint URL [--listen ADDRESS]", "--endpoint URL",
+        "--listen ADDRESS", "the system's own resolver"}}};
+  for (const auto& [words, said] : cases) {
+    const auto parsed = parse(words);
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.status, ExitStatus::done);
+    for (const auto& text : said) {
+      EXPECT_THAT(parsed.text, HasSubstr(text));
+    }
+    std::istringstream text(parsed.text);
+    for (std::string line; std::getline(text, line);) {
+      EXPECT_LE(line.size(), 80U) << line;
+      EXPECT_TRUE(std::all_of(line.begin(), line.end(), [](char c) { return c >= ' ' && c <= '~'; })) << line;
+    }
   }
 }
 

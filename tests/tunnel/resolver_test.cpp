@@ -83,6 +83,25 @@ TEST_F(TunnelResolver, asks_and_answers) {
   EXPECT_THAT(read, HasSubstr("192.0.2.7"));
 }
 
+TEST_F(TunnelResolver, forgets_what_it_has_and_what_is_on_its_way) {
+  ask();
+  answer();
+  ask({.name = "b.example.org"});
+  resolver->forget();
+  ask();
+  EXPECT_THAT(upstream.questions, SizeIs(3)) << "not from the cache";
+  ask({.name = "b.example.org"});
+  EXPECT_THAT(upstream.questions, SizeIs(4)) << "not by the question that was under way";
+  answer({.name = "b.example.org"});
+  EXPECT_THAT(replies, SizeIs(2)) << "who waited is answered";
+  answer();
+  answer({.name = "b.example.org", .answers = {{.data = "\xc0\x00\x02\x08"s}}});
+  EXPECT_THAT(replies, SizeIs(4));
+  ask({.name = "b.example.org"});
+  EXPECT_THAT(upstream.questions, SizeIs(4));
+  EXPECT_THAT(readByLdns(replies.back()), HasSubstr("192.0.2.8")) << "the older answer is not kept";
+}
+
 TEST_F(TunnelResolver, asks_nobody_for_what_it_knows_itself) {
   ask({.name = "localhost"});
   ask({.type = type::axfr});

@@ -1,4 +1,4 @@
-#include "tunnel/server.h"
+#include "tunnel/worker/server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -6,7 +6,6 @@ namespace quillmar::tunnel {
 namespace {
 
 constexpr std::size_t largestName = 255;
-constexpr std::size_t largestLabel = 63;
 constexpr unsigned pointerBits = 0xc0;
 constexpr std::size_t additionalsAt = 10;
 

@@ -49,6 +49,7 @@ inline constexpr std::uint32_t dnssecOk = 0x8000;
 
 inline constexpr std::size_t headerSize = 12;
 inline constexpr std::size_t largestMessage = 65'535;
+inline constexpr std::size_t largestLabel = 63;
 
 void append16(std::string& message, std::uint16_t number);
 void append32(std::string& message, std::uint32_t number);

@@ -4,10 +4,11 @@
 
 namespace quillmar::tunnel {
 
-AddressRace::AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won)
+AddressRace::AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, SocketMark mark, Won won)
     : context_(context),
       timer_(context),
       endpoints_(std::move(endpoints)),
+      mark_(mark),
       next_(endpoints_.begin()),
       won_(std::move(won)) {}
 
@@ -22,7 +23,16 @@ void AddressRace::startNext() {
     return;
   }
   const auto runner = runners_.emplace(runners_.end(), context_);
-  runner->async_connect(*next_++, [self = shared_from_this(), runner](boost::system::error_code error) {
+  const auto& endpoint = *next_++;
+  boost::system::error_code problem;
+  runner->open(endpoint.protocol(), problem);
+  if (!problem) {
+    problem = mark_.put(*runner);
+  }
+  if (problem) {
+    return ended(runner, problem);
+  }
+  runner->async_connect(endpoint, [self = shared_from_this(), runner](boost::system::error_code error) {
     if (self->won_) {
       self->ended(runner, error);
     }

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "tunnel/network/bootstrap.h"
+#include "tunnel/network/socket_mark.h"
 
 namespace quillmar::tunnel {
 
@@ -19,7 +20,7 @@ class AddressRace : public std::enable_shared_from_this<AddressRace> {
   static constexpr std::chrono::milliseconds headStart{250};
   using Won = std::function<void(boost::system::error_code, boost::asio::ip::tcp::socket)>;
 
-  AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won);
+  AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, SocketMark mark, Won won);
 
   void start() { startNext(); }
   // Nobody is told how it ends.
@@ -34,6 +35,7 @@ class AddressRace : public std::enable_shared_from_this<AddressRace> {
   boost::asio::io_context& context_;
   boost::asio::steady_timer timer_;
   const TcpEndpoints endpoints_;
+  const SocketMark mark_;
   TcpEndpoints::const_iterator next_;
   std::list<Socket> runners_;
   Won won_;

@@ -40,6 +40,10 @@ void Bootstrap::find(const Endpoint& endpoint, Found found) {
   if (auto known = knownFor(endpoint); !known.empty()) {
     return found({}, std::move(known));
   }
+  lookUp(endpoint, std::move(found));
+}
+
+void SystemBootstrap::lookUp(const Endpoint& endpoint, Found found) {
   resolver_.async_resolve(endpoint.host, std::to_string(endpoint.port), ip::resolver_base::numeric_service,
                           [found = std::move(found)](auto error, const auto& results) {
                             found(error, byTurns({results.begin(), results.end()}));

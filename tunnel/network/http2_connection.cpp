@@ -63,13 +63,11 @@ nghttp2_nv field(std::string_view name, std::string_view value) {
 // Lives for as long as an operation of the network still holds it; once stopped it tells nothing.
 class Http2Connection::Session : public std::enable_shared_from_this<Session> {
  public:
-  Session(boost::asio::io_context& context, const Endpoint& endpoint, TlsClient& client,
-          ConnectionEvents& events)
-      : endpoint_(endpoint),
+  Session(boost::asio::io_context& context, std::shared_ptr<const Route> route, ConnectionEvents& events)
+      : route_(std::move(route)),
         context_(context),
-        bootstrap_(context),
         socket_(context),
-        tls_(client.connectionTo(endpoint.host)),
+        tls_(route_->tls->connectionTo(route_->endpoint.host)),
         events_(&events) {}
 
   void start();
@@ -98,9 +96,8 @@ class Http2Connection::Session : public std::enable_shared_from_this<Session> {
   void dataCame(std::int32_t stream, std::string_view data);
   void streamClosed(std::int32_t stream);
 
-  const Endpoint& endpoint_;
+  const std::shared_ptr<const Route> route_;
   boost::asio::io_context& context_;
-  Bootstrap bootstrap_;
   std::shared_ptr<AddressRace> race_;
   tcp::socket socket_;
   TlsConnection tls_;
@@ -116,7 +113,7 @@ class Http2Connection::Session : public std::enable_shared_from_this<Session> {
 void Http2Connection::Session::start() {
   // Nothing may be told before whoever connects has its connection.
   boost::asio::post(context_, [self = shared_from_this()] {
-    self->bootstrap_.find(self->endpoint_, [self](ErrorCode error, TcpEndpoints endpoints) {
+    self->route_->bootstrap.find(self->route_->endpoint, [self](ErrorCode error, TcpEndpoints endpoints) {
       if (error) {
         return self->end({Cause::unknownAddress, error.message()});
       }
@@ -129,9 +126,10 @@ void Http2Connection::Session::race(TcpEndpoints endpoints) {
   if (events_ == nullptr) {
     return;
   }
-  race_ = std::make_shared<AddressRace>(context_, std::move(endpoints),
+  race_ = std::make_shared<AddressRace>(context_, std::move(endpoints), route_->mark,
                                         [self = shared_from_this()](ErrorCode error, tcp::socket socket) {
                                           if (error) {
+                                            self->route_->bootstrap.missed(self->route_->endpoint);
                                             return self->end({Cause::unreachable, error.message()});
                                           }
                                           self->connected(std::move(socket));
@@ -170,6 +168,11 @@ void Http2Connection::Session::beginHttp() {
                             nghttp2_settings_entry{NGHTTP2_SETTINGS_MAX_HEADER_LIST_SIZE, largestHeaderList}};
   nghttp2_submit_settings(made, NGHTTP2_FLAG_NONE, settings.data(), settings.size());
   nghttp2_session_set_local_window_size(made, NGHTTP2_FLAG_NONE, 0, connectionWindow);
+  ErrorCode unconnected;
+  const auto peer = socket_.remote_endpoint(unconnected);
+  if (!unconnected) {
+    route_->bootstrap.reached(route_->endpoint, peer.address());
+  }
   events_->opened(BootClock::now());
   flush();
 }
@@ -281,7 +284,6 @@ void Http2Connection::Session::end(const Failure& failure) {
 
 void Http2Connection::Session::stop() {
   events_ = nullptr;
-  bootstrap_.cancel();
   if (race_) {
     race_->cancel();
   }
@@ -294,10 +296,13 @@ void Http2Connection::Session::send(Ticket ticket, const std::string& question) 
   request.ticket = ticket;
   request.question = question;
   const auto length = std::to_string(question.size());
-  const std::array fields{
-      field(":method", "POST"),       field(":scheme", "https"),   field(":authority", endpoint_.authority),
-      field(":path", endpoint_.path), field("accept", dnsMessage), field("content-type", dnsMessage),
-      field("content-length", length)};
+  const std::array fields{field(":method", "POST"),
+                          field(":scheme", "https"),
+                          field(":authority", route_->endpoint.authority),
+                          field(":path", route_->endpoint.path),
+                          field("accept", dnsMessage),
+                          field("content-type", dnsMessage),
+                          field("content-length", length)};
   nghttp2_data_provider provider{};
   provider.source.ptr = &request;
   provider.read_callback = [](nghttp2_session*, std::int32_t, std::uint8_t* buffer, std::size_t room,
@@ -418,9 +423,9 @@ const nghttp2_session_callbacks* Http2Connection::Session::callbacks() {
   return shared;
 }
 
-Http2Connection::Http2Connection(boost::asio::io_context& context, const Endpoint& endpoint, TlsClient& tls,
+Http2Connection::Http2Connection(boost::asio::io_context& context, std::shared_ptr<const Route> route,
                                  ConnectionEvents& events)
-    : session_(std::make_shared<Session>(context, endpoint, tls, events)) {
+    : session_(std::make_shared<Session>(context, std::move(route), events)) {
   session_->start();
 }
 

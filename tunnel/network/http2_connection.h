@@ -4,17 +4,27 @@
 #include <memory>
 #include <string>
 
+#include "tunnel/network/bootstrap.h"
 #include "tunnel/network/endpoint.h"
+#include "tunnel/network/socket_mark.h"
 #include "tunnel/network/tls.h"
 #include "tunnel/resolver/connection.h"
 
 namespace quillmar::tunnel {
 
-// DNS over HTTPS (RFC 8484) on one HTTP/2 connection over TLS. The context, the endpoint and the client have
-// to outlive it.
+// What all connections to one endpoint share.
+struct Route {
+  Endpoint endpoint;
+  std::unique_ptr<TlsClient> tls;
+  Bootstrap& bootstrap;
+  SocketMark mark{};
+};
+
+// DNS over HTTPS (RFC 8484) on one HTTP/2 connection over TLS. The context and the route's bootstrap have to
+// outlive it.
 class Http2Connection final : public Connection {
  public:
-  Http2Connection(boost::asio::io_context& context, const Endpoint& endpoint, TlsClient& tls,
+  Http2Connection(boost::asio::io_context& context, std::shared_ptr<const Route> route,
                   ConnectionEvents& events);
   ~Http2Connection() override;
 

@@ -1,5 +1,7 @@
 #include "tunnel/network/sockets.h"
 
+#include <netinet/in.h>
+
 #include <charconv>
 #include <cstdint>
 
@@ -21,11 +23,15 @@ std::optional<std::uint16_t> portIn(std::string_view text) {
 // A burst of questions waits there while others are answered.
 constexpr int receiveBuffer = 512 * 1024;
 
-ErrorCode bindBoth(Sockets& sockets, const ip::tcp::endpoint& address) {
+// Also for IPv6: the option of that name concerns any socket.
+using FreeBind = boost::asio::detail::socket_option::boolean<IPPROTO_IP, IP_FREEBIND>;
+
+ErrorCode bindBoth(Sockets& sockets, const ip::tcp::endpoint& address, Presence presence) {
   ErrorCode error;
   sockets.tcp.open(address.protocol(), error);
   if (!error) {
     sockets.tcp.set_option(TcpAcceptor::reuse_address(true), error);
+    sockets.tcp.set_option(FreeBind(presence == Presence::later), error);
     sockets.tcp.bind(address, error);
   }
   if (!error) {
@@ -39,6 +45,7 @@ ErrorCode bindBoth(Sockets& sockets, const ip::tcp::endpoint& address) {
     ErrorCode ignored;
     sockets.udp.set_option(boost::asio::socket_base::receive_buffer_size(receiveBuffer), ignored);
     sockets.udp.non_blocking(true, ignored);
+    sockets.udp.set_option(FreeBind(presence == Presence::later), error);
     sockets.udp.bind(same, error);
   }
   return error;
@@ -66,13 +73,13 @@ std::optional<ip::tcp::endpoint> parseListenAddress(std::string_view text) {
 }
 
 std::variant<Sockets, ErrorCode> bindSockets(boost::asio::io_context& context,
-                                             const ip::tcp::endpoint& address) {
+                                             const ip::tcp::endpoint& address, Presence presence) {
   // A port that is free for TCP may be taken for UDP.
   const int attempts = address.port() == 0 ? 16 : 1;
   ErrorCode error;
   for (int attempt = 0; attempt < attempts; ++attempt) {
     Sockets sockets{UdpSocket(context), TcpAcceptor(context)};
-    error = bindBoth(sockets, address);
+    error = bindBoth(sockets, address, presence);
     if (!error) {
       return sockets;
     }

@@ -20,7 +20,10 @@ struct Sockets {
   UdpSocket udp;
   TcpAcceptor tcp;
 };
+// Whether the address has to be one of this machine's already.
+enum class Presence { now, later };
 std::variant<Sockets, boost::system::error_code> bindSockets(boost::asio::io_context& context,
-                                                             const boost::asio::ip::tcp::endpoint& address);
+                                                             const boost::asio::ip::tcp::endpoint& address,
+                                                             Presence presence = Presence::now);
 
 }  // namespace quillmar::tunnel

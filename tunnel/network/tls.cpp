@@ -115,6 +115,12 @@ std::variant<std::unique_ptr<TlsClient>, std::string> TlsClient::make(const std:
   return std::unique_ptr<TlsClient>(new TlsClient(std::move(context)));
 }
 
+std::unique_ptr<TlsClient> TlsClient::another() const {
+  OpenSslPointer<SSL_CTX> context(SSL_CTX_new(TLS_client_method()));
+  SSL_CTX_set1_cert_store(context.get(), SSL_CTX_get_cert_store(context_.get()));
+  return std::unique_ptr<TlsClient>(new TlsClient(std::move(context)));
+}
+
 TlsConnection TlsClient::connectionTo(const std::string& host) {
   OpenSslPointer<SSL> tls(SSL_new(context_.get()));
   if (isAddress(host)) {

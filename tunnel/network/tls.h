@@ -60,6 +60,10 @@ class TlsClient {
   TlsClient(const TlsClient&) = delete;
   TlsClient& operator=(const TlsClient&) = delete;
 
+  // A client for another endpoint, which trusts the same authorities and knows nothing of this one's
+  // sessions: who resumes one does not look at the certificate again.
+  std::unique_ptr<TlsClient> another() const;
+
   // Its certificate has to be one for this host.
   TlsConnection connectionTo(const std::string& host);
 

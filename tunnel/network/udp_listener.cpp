@@ -2,6 +2,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -42,8 +43,9 @@ class Batch {
   }
   boost::asio::ip::udp::endpoint sender(std::size_t index) const {
     boost::asio::ip::udp::endpoint sender;
-    sender.resize(messages_[index].msg_hdr.msg_namelen);
-    std::memcpy(sender.data(), &senders_[index], sender.size());
+    // Its size follows from the family, which comes with the bytes.
+    std::memcpy(sender.data(), &senders_[index],
+                std::min<std::size_t>(messages_[index].msg_hdr.msg_namelen, sender.capacity()));
     return sender;
   }
 

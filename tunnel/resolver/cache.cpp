@@ -49,4 +49,10 @@ void Cache::put(Time now, std::string_view key, const Outcome& outcome, std::chr
   }
 }
 
+void Cache::clear() {
+  byKey_.clear();
+  entries_.clear();
+  bytes_ = 0;
+}
+
 }  // namespace quillmar::tunnel

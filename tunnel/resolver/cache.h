@@ -33,6 +33,8 @@ class Cache {
   const Entry* find(Time now, std::string_view key);
   void put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life);
 
+  void clear();
+
   std::size_t answers() const { return entries_.size(); }
   std::size_t bytes() const { return bytes_; }
 

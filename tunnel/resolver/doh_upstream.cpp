@@ -93,6 +93,14 @@ void DohUpstream::flush() {
   }
 }
 
+void DohUpstream::prepare(Time now) {
+  if (!current_) {
+    connect(now);
+  }
+}
+
+bool DohUpstream::isPreparing() const { return current_ && current_->state == Link::State::connecting; }
+
 void DohUpstream::connect(Time now) { current_ = std::make_unique<Link>(*this, now); }
 
 void DohUpstream::opened(Time now, Link& link) {

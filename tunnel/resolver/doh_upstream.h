@@ -33,6 +33,12 @@ class DohUpstream final : public Upstream {
   // Sends what was asked since the last time.
   void flush();
 
+  // Connects before there is a question.
+  void prepare(Time now);
+  // Whether the first connection is still being made.
+  bool isPreparing() const;
+  bool hasOpen() const { return !open_.empty(); }
+
   std::optional<Time> wakeTime() const;
   void wake(Time now);
 

@@ -19,6 +19,7 @@ struct Description {
 };
 
 constexpr auto descriptions = std::to_array<Description>({
+    {Cause::noEndpoint, notReady, "No endpoint is known"},
     {Cause::tooMany, notReady, "Too many questions are waiting for an answer"},
     {Cause::late, noReachableAuthority, "The endpoint did not answer in time"},
     {Cause::unreachable, networkError, "The endpoint can't be reached"},

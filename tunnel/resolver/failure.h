@@ -8,6 +8,7 @@ namespace quillmar::tunnel {
 
 // Why a question got no answer.
 enum class Cause {
+  noEndpoint,
   tooMany,
   late,
   unreachable,

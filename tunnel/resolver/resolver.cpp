@@ -122,17 +122,27 @@ void Resolver::fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> r
 
 void Resolver::finish(Time now, Ticket ticket, const Outcome& outcome) {
   const auto node = underWay_.extract(ticket);
-  const auto& [key, question, deadline, waiters] = node.mapped();
-  ticketByKey_.erase(key);
+  const auto& [key, question, deadline, waiters, isForgotten] = node.mapped();
   waiting_ -= waiters.size();
   const auto* answer = std::get_if<Answer>(&outcome);
   if (answer == nullptr) {
     log_.failed(now, std::get<Failure>(outcome));
   }
-  const bool failed = answer == nullptr || answer->isFailure();
-  cache_.put(now, key, outcome, failed ? holdOfFailure : answer->lifetime());
+  if (!isForgotten) {
+    ticketByKey_.erase(key);
+    const bool failed = answer == nullptr || answer->isFailure();
+    cache_.put(now, key, outcome, failed ? holdOfFailure : answer->lifetime());
+  }
   for (const auto& [query, channel, reply] : waiters) {
     reply(fitted(replyFor(query, outcome, seconds(0)), query, channel));
+  }
+}
+
+void Resolver::forget() {
+  cache_.clear();
+  ticketByKey_.clear();
+  for (auto& [ticket, question] : underWay_) {
+    question.isForgotten = true;
   }
 }
 

@@ -36,6 +36,10 @@ class Resolver {
   // `reply` may be called at once, and is not called for what has to be met with silence.
   void ask(Time now, std::string_view message, Channel channel, Reply reply);
 
+  // What was answered so far is not given again. Who waits still gets the answer that is on its way; who
+  // asks from now on does not.
+  void forget();
+
   std::optional<Time> wakeTime() const;
   void wake(Time now);
 
@@ -50,6 +54,7 @@ class Resolver {
     Question question;
     Time deadline;
     std::vector<Waiter> waiters{};
+    bool isForgotten = false;
   };
 
   void resolve(Time now, Waiter waiter);

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "tunnel/server.h"
+#include "tunnel/worker/server.h"
 
 namespace quillmar::tunnel::test {
 

@@ -13,6 +13,7 @@
 #include <stdexcept>
 
 #include "sandbox/http/certificates.h"
+#include "tests/sandbox/support/run_command.h"
 
 namespace quillmar::tunnel::test {
 namespace {
@@ -81,23 +82,42 @@ void TestPeer::goAway(std::int32_t lastStream) {
 
 TestEndpoint::TestEndpoint(Answering answering, Speaks speaks)
     : answering_(std::move(answering)), speaks_(speaks), directory_(newDirectory()) {
-  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without asking for silence
   const auto certificates = sandbox::certificatesIn(directory_);
   if (!certificates) {
     throw std::runtime_error("no certificates");
   }
   authority_ = certificates->authority;
+  start(certificates->certificate, certificates->key, INADDR_LOOPBACK);
+}
+
+TestEndpoint::TestEndpoint(Answering answering, const std::string& name)
+    : answering_(std::move(answering)), speaks_(Speaks::http2), directory_(newDirectory()) {
+  authority_ = directory_ / "certificate.pem";
+  const auto key = directory_ / "key.pem";
+  const auto made = sandbox::test::runCommand(
+      {"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes",
+       "-days", "2", "-subj", "/CN=" + name, "-addext", "subjectAltName=DNS:" + name, "-keyout", key.string(),
+       "-out", authority_.string()});
+  if (made.status != 0) {
+    throw std::runtime_error("no certificate: " + made.errors);
+  }
+  start(authority_, key, INADDR_ANY);
+}
+
+void TestEndpoint::start(const std::filesystem::path& certificate, const std::filesystem::path& key,
+                         std::uint32_t at) {
+  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without asking for silence
   context_.reset(SSL_CTX_new(TLS_server_method()));
-  SSL_CTX_use_certificate_chain_file(context_.get(), certificates->certificate.c_str());
-  SSL_CTX_use_PrivateKey_file(context_.get(), certificates->key.c_str(), SSL_FILETYPE_PEM);
+  SSL_CTX_use_certificate_chain_file(context_.get(), certificate.c_str());
+  SSL_CTX_use_PrivateKey_file(context_.get(), key.c_str(), SSL_FILETYPE_PEM);
   SSL_CTX_set_session_id_context(context_.get(), reinterpret_cast<const unsigned char*>("test"), 4);
-  if (speaks == Speaks::http2) {
+  if (speaks_ == Speaks::http2) {
     SSL_CTX_set_alpn_select_cb(context_.get(), chooseProtocol, nullptr);
   }
   listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_addr.s_addr = htonl(at);
   socklen_t size = sizeof address;
   if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0 ||
       ::listen(listener_, 64) != 0) {

@@ -53,8 +53,10 @@ class TestEndpoint {
 
   enum class Speaks { http2, http1, plainText };
 
-  // Its certificates stand in the directory, for localhost and 127.0.0.1.
+  // Its certificate is for localhost and 127.0.0.1, where it is.
   explicit TestEndpoint(Answering answering, Speaks speaks = Speaks::http2);
+  // Its certificate is for that name, and it is at every address of this machine.
+  TestEndpoint(Answering answering, const std::string& name);
   ~TestEndpoint();
   TestEndpoint(const TestEndpoint&) = delete;
   TestEndpoint& operator=(const TestEndpoint&) = delete;
@@ -70,6 +72,8 @@ class TestEndpoint {
   void disconnectAll();
 
  private:
+  void start(const std::filesystem::path& certificate, const std::filesystem::path& key,
+             std::uint32_t address);
   void accept();
   void serve(int socket);
   void serveHttp(TestPeer& peer, SSL* tls);

@@ -8,6 +8,7 @@
 #include "command_line/completions.h"
 #include "programs/agent/options.h"
 #include "programs/quillmar/options.h"
+#include "tunnel/options.h"
 
 namespace {
 
@@ -43,8 +44,10 @@ int main(int count, char** arguments) {
   }
   quillmar::Options window;
   quillmar::agent::Options agent;
+  quillmar::tunnel::Options tunnel;
   return writeAll(quillmar::programFor(window), folder) &&
-                 writeAll(quillmar::agent::programFor(agent), folder)
+                 writeAll(quillmar::agent::programFor(agent), folder) &&
+                 writeAll(quillmar::tunnel::programFor(tunnel), folder)
              ? 0
              : 1;
 }

@@ -1,0 +1,409 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "tests/tunnel/device/device_world.h"
+#include "tests/tunnel/support/messages.h"
+#include "tests/tunnel/support/test_endpoint.h"
+#include "tunnel/dns/query.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using namespace test;
+using testing::AllOf;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+// One machine serves all tests of this program.
+class Machine final : public testing::Environment {
+ public:
+  void SetUp() override {
+    if (const auto obstacle = DeviceWorld::obstacle(); !obstacle.empty()) {
+      GTEST_SKIP() << obstacle;
+    }
+    world_ = std::make_unique<DeviceWorld>();
+  }
+  void TearDown() override { world_.reset(); }
+  DeviceWorld& operator*() { return *world_; }
+
+ private:
+  std::unique_ptr<DeviceWorld> world_;
+};
+
+Machine& environment() {
+  static auto* const environment = static_cast<Machine*>(testing::AddGlobalTestEnvironment(new Machine));
+  return *environment;
+}
+[[maybe_unused]] const Machine& registered = environment();
+
+DeviceWorld& world() { return *environment(); }
+
+constexpr const char* first = "192.0.2.7";
+constexpr const char* second = "192.0.2.8";
+// Servers of the outside that somebody has set by hand.
+constexpr const char* server4 = "192.0.2.53";
+constexpr const char* server6 = "2001:db8:53::53";
+
+// An endpoint that has the same address for every name.
+TestEndpoint::Answering always(char lastByte) {
+  return [lastByte](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    const auto query = std::get<Query>(parseQuery(question));
+    std::string text;
+    append(text, Header{.flags = flag::response | flag::recursionDesired | flag::recursionAvailable,
+                        .questions = 1,
+                        .answers = static_cast<std::uint16_t>(query.question.type == type::a ? 1 : 0)});
+    text += query.question.name;
+    append16(text, query.question.type);
+    append16(text, query.question.klass);
+    if (query.question.type == type::a) {
+      text += recordText({.data = "\xc0\x00\x02"s + lastByte});
+    }
+    peer.answer(stream, text);
+  };
+}
+
+struct TunnelDevice : testing::Test {
+  TunnelDevice() { world().tidy(); }
+  ~TunnelDevice() override {
+    if (program) {
+      program->end(SIGTERM);
+    }
+  }
+
+  void start() {
+    program = world().run(endpoint.caFile());
+    readUntil("Has the name");
+  }
+  std::string readUntil(const std::string& text) const {
+    auto lines = program->readUntil(text);
+    EXPECT_THAT(lines, HasSubstr(text));
+    return lines;
+  }
+  // Protected, with NetworkManager's word for it.
+  void protect() {
+    start();
+    readUntil("No connection is to be protected.");
+    world().addProfile(endpoint.url());
+    world().nmcli({"connection", "up", DeviceWorld::profile});
+  }
+  void disconnect() const {
+    world().nmcli({"connection", "down", DeviceWorld::profile});
+    readUntil("Protects no more, as NetworkManager wants it.");
+  }
+  static std::string rules() { return runCommand({"nft", "list", "ruleset"}).output; }
+  static std::string newName() {
+    static int last = 0;
+    return "name" + std::to_string(++last) + ".example";
+  }
+
+  TestEndpoint endpoint{always(7)};
+  std::unique_ptr<RunningProgram> program;
+};
+
+TEST_F(TunnelDevice, is_seen_in_clear_without_protection) {
+  EXPECT_EQ(askAt(server4, "a.example"), Outside::answer);
+  EXPECT_EQ(askAt(server6, "b.example"), Outside::answer);
+  askAt(server4, "c.example", Channel::tcp);
+  askAt(server4, "d.example", Channel::tcp, 853);
+  EXPECT_THAT(world().seenInClear(),
+              testing::IsSupersetOf({"udp 53 a.example", "udp 53 b.example", "tcp 53", "tcp 853"}));
+}
+
+TEST_F(TunnelDevice, asks_its_endpoint_for_every_program) {
+  protect();
+  EXPECT_TRUE(DeviceWorld::resolvConfBecomes("nameserver 198.18.53.53\n"));
+  EXPECT_THAT(runCommand({"getent", "ahostsv4", newName()}).output, StartsWith(first));
+  for (const auto* server : {server4, server6, "10.9.9.1", "2001:db8:9::1"}) {
+    for (const auto channel : {Channel::udp, Channel::tcp}) {
+      EXPECT_EQ(askAt(server, newName(), channel), first) << server;
+    }
+  }
+  EXPECT_EQ(askAt("fe80::1%v0", newName()), "refused");
+  for (const auto* server : {server4, server6}) {
+    for (const auto channel : {Channel::udp, Channel::tcp}) {
+      EXPECT_EQ(askAt(server, newName(), channel, 853), "refused") << server;
+    }
+  }
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+// A container, say, whose way out leads through this machine.
+TEST_F(TunnelDevice, turns_what_it_routes_for_others) {
+  ASSERT_EQ(
+      runCommand(
+          {"sh", "-ec",
+           "ip netns add container; ip link add c0 type veth peer name c1 netns container; "
+           "ip address add 10.8.8.1/24 dev c0; ip link set c0 up; echo 1 >/proc/sys/net/ipv4/ip_forward; "
+           "ip netns exec container sh -ec 'ip link set c1 up; ip address add 10.8.8.2/24 dev c1; "
+           "ip route add default via 10.8.8.1'"})
+          .status,
+      0);
+  const auto ask = [](const std::string& how) {
+    return runCommand({"ip", "netns", "exec", "container", "kdig", "@192.0.2.53", "+retry=0", "+time=1", how,
+                       newName()})
+        .output;
+  };
+  ask("+notcp");
+  EXPECT_THAT(world().seenInClear(), Not(IsEmpty())) << "without protection";
+  protect();
+  world().outside().forget();
+  EXPECT_THAT(ask("+notcp"), HasSubstr(first));
+  EXPECT_THAT(ask("+tcp"), HasSubstr(first));
+  EXPECT_THAT(ask("+tls"), Not(HasSubstr("NOERROR")));
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  EXPECT_THAT(ask("+notcp"), Not(HasSubstr("NOERROR")));
+  EXPECT_THAT(ask("+tcp"), Not(HasSubstr("NOERROR")));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  EXPECT_EQ(runCommand({"sh", "-ec", "ip link delete c0; ip netns delete container"}).status, 0);
+}
+
+TEST_F(TunnelDevice, turns_a_conversation_that_began_before) {
+  start();
+  readUntil("No connection is to be protected.");
+  // As on any machine with a firewall: from here on the kernel knows each flow.
+  EXPECT_EQ(runCommand(
+                {"nft", "-f", "-"},
+                "table inet others {\n chain out {\n type filter hook output priority 0\n"
+                "ct state established accept\n }\n chain nat {\n type nat hook output priority -100\n }\n}\n")
+                .status,
+            0);
+  DnsClient client(server4, Channel::udp);
+  EXPECT_EQ(client.ask("before.example"), DnsClient::Outcome::answered);
+  EXPECT_EQ(client.said(), Outside::answer);
+  world().addProfile(endpoint.url());
+  world().nmcli({"connection", "up", DeviceWorld::profile});
+  EXPECT_EQ(client.ask("during.example"), DnsClient::Outcome::answered);
+  EXPECT_EQ(client.said(), first);
+  disconnect();
+  EXPECT_EQ(client.ask("after.example"), DnsClient::Outcome::answered);
+  EXPECT_EQ(client.said(), Outside::answer);
+  EXPECT_THAT(world().seenInClear(),
+              AllOf(Not(testing::Contains(HasSubstr("during"))), testing::Contains(HasSubstr("after"))));
+  EXPECT_EQ(runCommand({"nft", "delete", "table", "inet", "others"}).status, 0);
+}
+
+TEST_F(TunnelDevice, activates_its_connection_by_itself) {
+  world().addProfile(endpoint.url());
+  const auto changes = world().addressChanges();
+  start();
+  EXPECT_THAT(changes->readUntil("198.18.53.53"), HasSubstr("198.18.53.53"));
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, leaves_a_connection_alone_that_is_switched_off) {
+  world().addProfile(endpoint.url());
+  world().nmcli({"connection", "modify", DeviceWorld::profile, "connection.autoconnect", "no"});
+  start();
+  readUntil("No connection is to be protected.");
+  EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, takes_another_endpoint_without_a_gap) {
+  TestEndpoint other(always(8));
+  std::ofstream(world().file("both.pem"))
+      << std::ifstream(endpoint.caFile()).rdbuf() << std::ifstream(other.caFile()).rdbuf();
+  program = world().run(world().file("both.pem").string());
+  readUntil("No connection is to be protected.");
+  world().addProfile(endpoint.url());
+  world().nmcli({"connection", "up", DeviceWorld::profile});
+  EXPECT_EQ(askAt(server4, "kept.example"), first);
+
+  std::atomic<bool> changed = false;
+  std::vector<std::string> answers;
+  std::thread asking([&] {
+    // On the same machine as the rest: a thread begins where its maker is.
+    for (int count = 0; answers.empty() || answers.back() == first; ++count) {
+      answers.push_back(askAt(server4, "gap" + std::to_string(count) + ".example"));
+    }
+    changed = true;
+  });
+  world().changeEndpoint(other.url());
+  asking.join();
+  EXPECT_TRUE(changed);
+  EXPECT_EQ(answers.back(), second);
+  EXPECT_EQ(askAt(server4, "kept.example"), second) << "the cache is emptied";
+  EXPECT_THAT(readUntil("Asks localhost:" + std::to_string(other.port())), Not(HasSubstr("secret-token")));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, keeps_its_endpoint_when_the_new_one_is_none) {
+  protect();
+  world().changeEndpoint("http://doh.example/");
+  readUntil("no https URL as its dohEndpoint any more");
+  EXPECT_EQ(askAt(server4, newName()), first);
+}
+
+TEST_F(TunnelDevice, refuses_a_connection_without_an_endpoint) {
+  start();
+  readUntil("No connection is to be protected.");
+  world().addProfile("http://doh.example/");
+  EXPECT_NE(world().tryNmcli({"connection", "up", DeviceWorld::profile}).status, 0);
+  readUntil("The connection has no https URL as its dohEndpoint.");
+  EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, connects_and_disconnects_ten_times) {
+  protect();
+  for (int round = 0; round < 10; ++round) {
+    EXPECT_EQ(askAt(server4, newName()), first);
+    EXPECT_THAT(world().seenInClear(), IsEmpty());
+    disconnect();
+    EXPECT_THAT(rules(), IsEmpty());
+    EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
+    world().nmcli({"connection", "up", DeviceWorld::profile});
+  }
+}
+
+TEST_F(TunnelDevice, outlives_its_link) {
+  protect();
+  EXPECT_EQ(runCommand({"ip", "link", "set", "v0", "down"}).status, 0);
+  EXPECT_EQ(askAt("198.18.53.53", newName()), first) << "the endpoint is on this machine";
+  EXPECT_EQ(runCommand({"ip", "link", "set", "v0", "up"}).status, 0);
+  world().nmcli({"connection", "up", "wire"});
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().nmcli({"-g", "NAME", "connection", "show", "--active"}),
+              HasSubstr(DeviceWorld::profile));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, serves_on_without_networkmanager_and_comes_back_with_it) {
+  protect();
+  world().stopManager();
+  readUntil("NetworkManager went away.");
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_EQ(askAt(server6, newName()), first);
+  world().startManager();
+  readUntil("Protects this machine.");
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  world().nmcli({"connection", "up", "wire"});
+  disconnect();
+  EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_and_lets_go_when_it_is_told_to) {
+  protect();
+  DnsClient before(server4, Channel::udp);
+  EXPECT_EQ(before.ask(newName()), DnsClient::Outcome::answered);
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  EXPECT_EQ(before.ask(newName()), DnsClient::Outcome::refused);
+  for (const auto* server : {server4, server6, "10.9.9.1", "198.18.53.53"}) {
+    for (const auto channel : {Channel::udp, Channel::tcp}) {
+      EXPECT_EQ(askAt(server, newName(), channel), "refused") << server;
+    }
+  }
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  EXPECT_EQ(world().tunnel({"release"}).status, 0);
+  EXPECT_THAT(rules(), IsEmpty());
+  EXPECT_EQ(askAt(server4, newName()), Outside::answer);
+  EXPECT_EQ(world().tunnel({"release"}).status, 0) << "once more is no problem";
+  program.reset();
+}
+
+TEST_F(TunnelDevice, comes_back_when_it_is_started_again) {
+  protect();
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  const auto changes = world().addressChanges();
+  start();
+  EXPECT_THAT(changes->readUntil("198.18.53.53"), HasSubstr("198.18.53.53"));
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, takes_rules_away_that_an_earlier_run_has_left_and_nobody_wants) {
+  protect();
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  world().nmcli({"connection", "delete", DeviceWorld::profile});
+  EXPECT_THAT(rules(), Not(IsEmpty()));
+  start();
+  readUntil("No connection is to be protected.");
+  EXPECT_THAT(rules(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, finds_its_endpoint_by_the_links_servers_and_later_by_what_it_has_kept) {
+  TestEndpoint named(always(9), "doh.example");
+  world().outside().give("doh.example", "10.9.9.2");
+  program = world().run(named.caFile());
+  readUntil("No connection is to be protected.");
+  world().addProfile(named.url("doh.example"));
+  world().nmcli({"connection", "up", DeviceWorld::profile});
+  EXPECT_EQ(askAt(server4, newName()), "192.0.2.9");
+  const std::vector<std::string> ofTheEndpoint{"udp 53 doh.example", "udp 53 doh.example"};
+  EXPECT_EQ(world().seenInClear(), ofTheEndpoint) << "its own name over two families, and nothing else";
+  EXPECT_EQ(program->end(SIGTERM), 0);
+  const auto kept = world().file("kept");
+  EXPECT_EQ((std::ostringstream() << std::ifstream(kept / "addresses").rdbuf()).str(),
+            "doh.example 10.9.9.2\n");
+  EXPECT_EQ(std::filesystem::status(kept).permissions(), std::filesystem::perms(0700));
+  EXPECT_EQ(std::filesystem::status(kept / "addresses").permissions(), std::filesystem::perms(0600));
+
+  world().outside().give("doh.example", "");
+  program = world().run(named.caFile());
+  const auto changes = world().addressChanges();
+  EXPECT_THAT(changes->readUntil("198.18.53.53"), HasSubstr("198.18.53.53"));
+  EXPECT_EQ(askAt(server4, newName()), "192.0.2.9");
+}
+
+TEST_F(TunnelDevice, puts_its_rules_back) {
+  protect();
+  const auto whole = rules();
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"flush", "ruleset"},
+        {"delete", "table", "inet", "quillmar_tunnel"},
+        {"flush", "chain", "inet", "quillmar_tunnel", "shut"},
+        {"insert", "rule", "inet", "quillmar_tunnel", "out", "accept"}}) {
+    std::vector<std::string> command{"nft"};
+    command.insert(command.end(), words.begin(), words.end());
+    EXPECT_EQ(runCommand(command).status, 0);
+    readUntil("Another program changed the rules; they are put back.");
+    EXPECT_EQ(rules(), whole) << words[0] << ' ' << words[1];
+    EXPECT_EQ(askAt(server4, newName()), first);
+  }
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, leaves_the_rules_of_others_alone) {
+  EXPECT_EQ(runCommand({"nft", "add", "table", "inet", "others"}).status, 0);
+  protect();
+  disconnect();
+  EXPECT_THAT(rules(), AllOf(HasSubstr("table inet others"), Not(HasSubstr("quillmar"))));
+  EXPECT_EQ(runCommand({"nft", "delete", "table", "inet", "others"}).status, 0);
+}
+
+TEST_F(TunnelDevice, ends_its_work_when_it_is_released) {
+  protect();
+  EXPECT_EQ(world().tunnel({"release"}).status, 0);
+  readUntil("Protects no more: it was released.");
+  EXPECT_THAT(rules(), IsEmpty());
+  EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
+  EXPECT_EQ(askAt(server4, newName()), Outside::answer);
+  world().nmcli({"connection", "up", DeviceWorld::profile});
+  EXPECT_EQ(askAt(server4, newName()), first);
+}
+
+TEST_F(TunnelDevice, is_removed_whoever_made_it) {
+  EXPECT_EQ(runCommand({"ip", "tuntap", "add", "dev", "quillmar0", "mode", "tun"}).status, 0);
+  EXPECT_EQ(world().tunnel({"release"}).status, 0);
+  EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
+}
+
+TEST_F(TunnelDevice, takes_everything_away_when_it_ends) {
+  protect();
+  EXPECT_EQ(program->end(SIGTERM), 0);
+  EXPECT_THAT(rules(), IsEmpty());
+  EXPECT_EQ(askAt(server4, newName()), Outside::answer);
+  program.reset();
+}
+
+}  // namespace
+}  // namespace quillmar::tunnel

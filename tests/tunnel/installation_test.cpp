@@ -1,0 +1,114 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "testing/temporary_directory.h"
+#include "tests/sandbox/support/run_command.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using sandbox::test::CommandResult;
+using sandbox::test::runCommand;
+using sandbox::test::RunningProgram;
+using testing::HasSubstr;
+using testing::StartsWith;
+using Words = std::vector<std::string>;
+
+constexpr const char* busName = "live.quillmar.quillmar.PacketTunnel";
+
+TEST(TunnelUnit, is_understood_by_systemd_and_leaves_little_open) {
+  const TemporaryDirectory directory;
+  const auto unit = directory.path() / "quillmar-tunnel.service";
+  std::ifstream installed(QUILLMAR_TUNNEL_UNIT);
+  std::string text;
+  for (std::string line; std::getline(installed, line);) {
+    // Neither the program nor its manual need be installed yet.
+    if (!line.starts_with("Documentation=")) {
+      text += (line.starts_with("ExecStart=") ? "ExecStart=/bin/true" : line) + '\n';
+    }
+  }
+  ASSERT_THAT(text, HasSubstr("ExecStart=/bin/true"));
+  std::ofstream(unit) << text;
+  const auto verified = runCommand({"systemd-analyze", "verify", unit.string()});
+  EXPECT_EQ(verified.status, 0);
+  EXPECT_EQ(verified.errors, "");
+  // Of a hundred; what remains is root, the network and its administration.
+  EXPECT_EQ(
+      runCommand({"systemd-analyze", "security", "--offline=true", "--threshold=35", unit.string()}).status,
+      0);
+}
+
+// A system's bus with the policy as it is installed, and the service on it.
+struct TunnelBusPolicy : testing::Test {
+  void SetUp() override {
+    if (::geteuid() != 0 || runCommand({"unshare", "-n", "true"}).status != 0) {
+      GTEST_SKIP() << "Taking the part of several users takes root and namespaces.";
+    }
+    std::filesystem::permissions(directory.path(), std::filesystem::perms(0755));
+    const auto config = directory.path() / "bus.conf";
+    std::ofstream(config) << "<busconfig><type>system</type><listen>" << address
+                          << "</listen><auth>EXTERNAL</auth><policy context='default'><allow user='*'/>"
+                          << "<allow own='*'/><allow send_destination='*'/>"
+                          << "<allow receive_type='method_call'/><allow receive_type='method_return'/>"
+                          << "<allow receive_type='error'/><allow receive_type='signal'/></policy>"
+                          << "<include>" << QUILLMAR_TUNNEL_POLICY << "</include></busconfig>";
+    bus = std::make_unique<RunningProgram>(Words{
+        "sh", "-c",
+        "exec dbus-daemon --nofork --config-file='" + config.string() + "' --print-address 2>/dev/null"});
+    EXPECT_EQ(bus->readLine().substr(0, address.size()), address);
+    service = std::make_unique<RunningProgram>(
+        Words{"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
+    EXPECT_THAT(service->readLine(), HasSubstr(busName)) << "root may be the service";
+  }
+  CommandResult call(Words as, const Words& what) const {
+    for (const Words& more : {Words{"gdbus", "call", "--address", address}, what}) {
+      as.insert(as.end(), more.begin(), more.end());
+    }
+    return runCommand(as);
+  }
+
+  const Words nobody{"setpriv", "--reuid", "65534", "--regid", "65534", "--clear-groups"};
+  const Words disconnection{"--dest",        busName,
+                            "--object-path", "/org/freedesktop/NetworkManager/VPN/Plugin",
+                            "--method",      "org.freedesktop.NetworkManager.VPN.Plugin.Disconnect"};
+  const TemporaryDirectory directory;
+  const std::string address = "unix:path=" + (directory.path() / "bus").string();
+  std::unique_ptr<RunningProgram> bus;
+  std::unique_ptr<RunningProgram> service;
+};
+
+TEST_F(TunnelBusPolicy, lets_only_root_tell_the_service_what_to_do) {
+  EXPECT_EQ(call({}, disconnection).status, 0);
+  const auto refused = call(nobody, disconnection);
+  EXPECT_NE(refused.status, 0);
+  EXPECT_THAT(refused.errors, HasSubstr("org.freedesktop.DBus.Error.AccessDenied"));
+}
+
+TEST_F(TunnelBusPolicy, lets_one_be_the_service) {
+  const auto another =
+      runCommand({"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
+  EXPECT_EQ(another.status, 1);
+  EXPECT_THAT(another.errors, StartsWith("quillmar-tunnel: the message bus: Failed to request bus name"));
+  EXPECT_EQ(bus->end(SIGTERM), 0);
+  EXPECT_EQ(service->end(0), 1) << "it ends with the bus, and is started again";
+}
+
+TEST_F(TunnelBusPolicy, lets_only_root_be_the_service) {
+  EXPECT_EQ(service->end(SIGTERM), 0);
+  const auto refused =
+      call(nobody, {"--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",
+                    "org.freedesktop.DBus.RequestName", busName, "0"});
+  EXPECT_NE(refused.status, 0);
+  EXPECT_THAT(refused.errors, HasSubstr("org.freedesktop.DBus.Error.AccessDenied"));
+}
+
+}  // namespace
+}  // namespace quillmar::tunnel

@@ -1,0 +1,93 @@
+#include "tunnel/link/ruleset_watch.h"
+
+#include <linux/netfilter/nf_tables.h>
+#include <linux/netfilter/nfnetlink.h>
+#include <linux/netlink.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "tunnel/link/netlink.h"
+#include "tunnel/link/redirection.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+constexpr std::uint32_t nftablesGroup = 1U << (NFNLGRP_NFTABLES - 1U);
+
+// The first attribute of tables, chains, rules and sets alike.
+std::string_view tableOf(std::string_view payload) {
+  if (payload.size() < sizeof(nfgenmsg)) {
+    return {};
+  }
+  auto name = netlink::attribute(payload.substr(sizeof(nfgenmsg)), NFTA_TABLE_NAME).value_or("");
+  return name.substr(0, name.find('\0'));
+}
+
+}  // namespace
+
+std::vector<RulesetChange> RulesetReader::read(std::string_view notifications) {
+  std::vector<RulesetChange> changes;
+  netlink::visit(notifications, [&](std::uint16_t type, std::string_view payload) {
+    if (type >> 8U != NFNL_SUBSYS_NFTABLES) {
+      return;
+    }
+    if ((type & 0xffU) != NFT_MSG_NEWGEN) {  // which ends a transaction
+      return take(type & 0xffU, tableOf(payload));
+    }
+    const auto [touched, made, released] = std::exchange(*this, {});
+    if (released) {
+      changes.push_back(RulesetChange::released);
+    } else if (touched && !made) {
+      changes.push_back(RulesetChange::redirectionTouched);
+    }
+  });
+  return changes;
+}
+
+void RulesetReader::take(unsigned message, std::string_view table) {
+  released_ = released_ || table == releaseTable;
+  if (table == redirectionTable) {
+    touched_ = true;
+    made_ = made_ || message == NFT_MSG_NEWTABLE;
+  }
+}
+
+RulesetWatch::RulesetWatch(boost::asio::io_context& context, Changed changed)
+    : socket_(context), changed_(std::move(changed)) {
+  if (auto socket = netlink::open(NETLINK_NETFILTER, nftablesGroup, false)) {
+    socket_.assign(socket.release());
+    wait();
+  }
+}
+
+void RulesetWatch::wait() {
+  socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read,
+                     [this](boost::system::error_code error) {
+                       if (!error) {
+                         read();
+                         wait();
+                       }
+                     });
+}
+
+void RulesetWatch::read() {
+  std::vector<char> buffer(netlink::largestRead);
+  for (;;) {
+    const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size < 0 && errno == ENOBUFS) {  // something was missed
+      changed_(RulesetChange::redirectionTouched);
+    } else if (size <= 0) {
+      return;
+    } else {
+      for (const auto change : reader_.read({buffer.data(), static_cast<std::size_t>(size)})) {
+        changed_(change);
+      }
+    }
+  }
+}
+
+}  // namespace quillmar::tunnel

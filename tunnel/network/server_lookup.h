@@ -1,0 +1,58 @@
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/udp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tunnel/dns/address_records.h"
+#include "tunnel/network/bootstrap.h"
+#include "tunnel/network/socket_mark.h"
+
+namespace quillmar::tunnel {
+
+using NameServers = std::vector<boost::asio::ip::udp::endpoint>;
+
+// Asks plain DNS servers for the addresses of one name, by messages of our own: the first server at once, the
+// next one when it is late. The first that answers for both families, and knows an address, decides.
+class ServerLookup : public std::enable_shared_from_this<ServerLookup> {
+ public:
+  struct Result {
+    std::vector<boost::asio::ip::address> addresses{};
+    std::chrono::seconds life{0};
+  };
+  using Done = std::function<void(Result)>;
+
+  static constexpr std::chrono::milliseconds headStart{400};
+  static constexpr std::chrono::seconds patience{2};
+
+  ServerLookup(boost::asio::io_context& context, NameServers servers, SocketMark mark, Done done);
+
+  // `done` is not called before this has returned.
+  void start(const std::string& host);
+
+ private:
+  struct Asked;
+
+  void askNext();
+  bool send(Asked& asked);
+  void receive(const std::shared_ptr<Asked>& asked);
+  void take(Asked& asked, std::string_view message);
+  void end(Result result);
+
+  boost::asio::io_context& context_;
+  const NameServers servers_;
+  NameServers::const_iterator next_;
+  const SocketMark mark_;
+  Done done_;
+  std::vector<Query> queries_;
+  std::vector<std::shared_ptr<Asked>> asked_;
+  boost::asio::steady_timer turn_;
+  boost::asio::steady_timer end_;
+};
+
+}  // namespace quillmar::tunnel

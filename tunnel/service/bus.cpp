@@ -1,0 +1,57 @@
+#include "tunnel/service/bus.h"
+
+#include <fcntl.h>
+#include <poll.h>
+
+#include <chrono>
+#include <cstdint>
+
+namespace quillmar::tunnel {
+namespace {
+
+// NetworkManager answers within milliseconds or is in trouble.
+constexpr std::chrono::seconds patience{5};
+
+// Asio closes what it is given; the bus keeps its own.
+int copyOf(int descriptor) { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); }
+
+}  // namespace
+
+Bus::Bus(boost::asio::io_context& context)
+    : connection_(sdbus::createSystemBusConnection()),
+      descriptor_(context, copyOf(connection_->getEventLoopPollData().fd)),
+      timer_(context) {
+  connection_->setMethodCallTimeout(patience);
+}
+
+void Bus::process() {
+  while (connection_->processPendingRequest()) {
+  }
+  const auto wanted = connection_->getEventLoopPollData();
+  if ((wanted.events & POLLIN) != 0) {
+    await(Descriptor::wait_read, awaitsRead_);
+  }
+  if ((wanted.events & POLLOUT) != 0) {
+    await(Descriptor::wait_write, awaitsWrite_);
+  }
+  const auto time = wanted.getRelativeTimeout();
+  if (time && timeout_ != wanted.timeout_usec) {
+    timeout_ = wanted.timeout_usec;
+    timer_.expires_after(*time);
+    timer_.async_wait([this](boost::system::error_code error) {
+      if (!error) {
+        timeout_.reset();
+      }
+    });
+  }
+}
+
+void Bus::await(Descriptor::wait_type what, bool& isAwaited) {
+  if (isAwaited) {
+    return;
+  }
+  isAwaited = true;
+  descriptor_.async_wait(what, [&isAwaited](boost::system::error_code) { isAwaited = false; });
+}
+
+}  // namespace quillmar::tunnel

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+namespace quillmar::tunnel {
+
+// The system's message bus on a context's thread.
+class Bus {
+ public:
+  // Throws sdbus::Error where there is none.
+  explicit Bus(boost::asio::io_context& context);
+
+  sdbus::IConnection& connection() { return *connection_; }
+
+  // Takes what has come and waits for more; to be called whenever the context has done something. Throws
+  // sdbus::Error once the bus is gone.
+  void process();
+
+ private:
+  using Descriptor = boost::asio::posix::stream_descriptor;
+  void await(Descriptor::wait_type what, bool& isAwaited);
+
+  const std::unique_ptr<sdbus::IConnection> connection_;
+  Descriptor descriptor_;
+  boost::asio::steady_timer timer_;
+  bool awaitsRead_ = false;
+  bool awaitsWrite_ = false;
+  std::optional<std::uint64_t> timeout_;
+};
+
+}  // namespace quillmar::tunnel

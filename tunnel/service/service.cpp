@@ -1,0 +1,172 @@
+#include "tunnel/service/service.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+#include "tunnel/link/constants.h"
+#include "tunnel/link/redirection.h"
+
+namespace quillmar::tunnel {
+
+Service::Service(boost::asio::io_context& context, bool hasIp6, Take take, Tell tell)
+    : context_(context),
+      hasIp6_(hasIp6),
+      take_(std::move(take)),
+      tell_(std::move(tell)),
+      bus_(context),
+      plugin_(bus_.connection(), {.connect = [this](const auto& settings) { connect(settings); },
+                                  .disconnect = [this] { disconnect(); }}),
+      manager_(bus_.connection(),
+               {.came = [this] { managerCame(); },
+                .went = [this] { tell_("NetworkManager went away."); },
+                .changed = [this] { activateWherePossible(); },
+                .profileUpdated = [this](const auto& profile) { profileUpdated(profile); }}),
+      rules_(context, [this](RulesetChange change) { rulesetChanged(change); }) {
+  if (!rules_.works()) {
+    tell_("This machine does not tell when its rules change: they are not put back.");
+  }
+  bus_.connection().requestName(serviceName);
+  tell_("Has the name " + std::string(serviceName) + ".");
+  manager_.begin();
+}
+
+void Service::run() {
+  for (bus_.process(); context_.run_one() > 0; bus_.process()) {
+  }
+}
+
+// Called by NetworkManager also while protection is on: it may have been away in the meantime.
+void Service::connect(const ConnectionSettings& settings) {
+  shallActivate_ = false;
+  const auto profile = profileFrom(settings);
+  const auto endpoint = parseEndpoint(profile && profile->endpoint ? *profile->endpoint : "");
+  if (!endpoint) {
+    tell_("The connection has no https URL as its dohEndpoint.");
+    throw VpnPlugin::refusal("The connection has no https URL as its dohEndpoint.");
+  }
+  plugin_.announce(VpnPlugin::State::starting);
+  if (const auto problem = protect(); !problem.empty()) {
+    tell_("Can't protect this machine: " + problem + '.');
+    lift();
+    plugin_.announceFailure();
+    throw VpnPlugin::refusal(problem);
+  }
+  profile_ = profile->uuid;
+  if (std::exchange(endpoint_, *profile->endpoint) != *profile->endpoint) {
+    take(*endpoint);
+  }
+  plugin_.announceConfiguration(hasIp6_);
+  plugin_.announce(VpnPlugin::State::started);
+  tell_("Protects this machine.");
+}
+
+std::string Service::protect() {
+  if (device_) {
+    return {};
+  }
+  auto device = openTunDevice(deviceName);
+  if (const auto* problem = std::get_if<std::string>(&device)) {
+    return *problem;
+  }
+  device_ = std::get<TunDevice>(std::move(device));
+  return putRedirection();
+}
+
+void Service::take(const Endpoint& endpoint) {
+  take_(endpoint);
+  tell_("Asks " + endpoint.authority + '.');
+}
+
+void Service::lift() {
+  // The device last: without it the rules would refuse what is asked in between.
+  if (const auto problem = liftRedirection(); !problem.empty()) {
+    tell_("The rules can't be lifted: " + problem + '.');
+  }
+  device_.reset();
+  take_(std::nullopt);
+  endpoint_.clear();
+  profile_.clear();
+}
+
+void Service::disconnect() {
+  shallActivate_ = false;
+  plugin_.stopSilently();
+  if (device_) {
+    lift();
+    tell_("Protects no more, as NetworkManager wants it.");
+  }
+}
+
+void Service::end() { lift(); }
+
+void Service::rulesetChanged(RulesetChange change) {
+  if (!device_) {
+    return;
+  }
+  if (change == RulesetChange::released) {
+    plugin_.announce(VpnPlugin::State::stopped);
+    lift();
+    return tell_("Protects no more: it was released.");
+  }
+  const auto problem = putRedirection();
+  tell_(problem.empty() ? "Another program changed the rules; they are put back."
+                        : "Another program changed the rules, and they can't be put back: " + problem + '.');
+}
+
+void Service::managerCame() {
+  tell_("NetworkManager is there.");
+  shallActivate_ = true;
+  activateWherePossible();
+}
+
+// Once there is a way out. NetworkManager does not do that by itself for a VPN.
+void Service::activateWherePossible() {
+  if (!shallActivate_) {
+    return;
+  }
+  const auto profiles = manager_.profiles();
+  if (!profiles) {
+    return;
+  }
+  const auto profile = std::ranges::find_if(*profiles, &Profile::isEnabled);
+  if (profile == profiles->end()) {
+    // One that starts may not have read them yet.
+    if (manager_.hasStarted()) {
+      shallActivate_ = false;
+      // An earlier run may have left rules that nobody wants any more.
+      lift();
+      tell_("No connection is to be protected.");
+    }
+    return;
+  }
+  if (!manager_.isOnline()) {
+    return;
+  }
+  if (const auto problem = manager_.activate(*profile); !problem.empty()) {
+    tell_("NetworkManager does not activate the connection: " + problem);
+  } else {
+    shallActivate_ = false;
+  }
+}
+
+void Service::profileUpdated(const Profile& profile) {
+  if (!device_ || profile.uuid != profile_ || profile.endpoint == endpoint_) {
+    return;
+  }
+  const auto endpoint = parseEndpoint(profile.endpoint.value_or(""));
+  if (!endpoint) {
+    return tell_("The connection has no https URL as its dohEndpoint any more: the one before is kept.");
+  }
+  endpoint_ = *profile.endpoint;
+  take(*endpoint);
+}
+
+NameServers Service::nameServers() {
+  if (auto servers = manager_.nameServers(); !servers.empty()) {
+    lastServers_ = std::move(servers);
+  }
+  return lastServers_;
+}
+
+}  // namespace quillmar::tunnel
