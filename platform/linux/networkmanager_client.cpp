@@ -398,19 +398,13 @@ void NetworkManagerClient::saveNow(const NetworkManagerProfile& profile, const R
         failing<void>(reply), settings, keptOnDisk, Values());
     return;
   }
-  const bool changes =
-      profileAt(*path).protocol.providerConfiguration != profile.protocol.providerConfiguration;
+  profileAt(*path);  // throws if it is not ours any more
   settings = settingsOf(*path);
   write(profile, settings);
   calls_.send(
       {networkManager, *path, connectionInterface, "Update2"}, options_.promptTimeout,
-      [this, uuid = profile.uuid, changes, reply](sdbus::MethodReply&) {
-        if (auto* activation = activationOf(uuid)) {
-          activation->outdated = activation->outdated || changes;
-        }
-        reply(success());
-      },
-      failing<void>(reply), settings, keptOnDisk, Values());
+      [reply](sdbus::MethodReply&) { reply(success()); }, failing<void>(reply), settings, keptOnDisk,
+      Values());
 }
 
 void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& reply) {
@@ -424,20 +418,9 @@ void NetworkManagerClient::startNow(const std::string& uuid, const Reply<void>& 
   const auto* activation = activationOf(uuid);
   if (!activation || activation->state > activated) {
     activate(*path, reply);
-  } else if (!activation->outdated) {
-    reply(success());
   } else {
-    const auto at =
-        std::ranges::find(activations_, activation, [](const auto& known) { return &known.second; });
-    restart(*path, at->first, reply);
+    reply(success());
   }
-}
-
-void NetworkManagerClient::restart(const Path& connection, const Path& activation, const Reply<void>& reply) {
-  calls_.send(
-      {networkManager, networkManagerPath, networkManager, "DeactivateConnection"}, options_.promptTimeout,
-      [this, connection, reply](sdbus::MethodReply&) { activate(connection, reply); }, failing<void>(reply),
-      activation);
 }
 
 void NetworkManagerClient::activate(const Path& connection, const Reply<void>& reply) {

@@ -60,7 +60,6 @@ class NetworkManagerClient final : private BusSession {
     std::string uuid;
     std::uint32_t state = 0;
     bool wasUp = false;
-    bool outdated = false;
   };
   using Activations = std::vector<std::pair<Path, Activation>>;
 
@@ -89,7 +88,6 @@ class NetworkManagerClient final : private BusSession {
   void post(std::function<void()> work, Reply<T> reply);
   void saveNow(const NetworkManagerProfile& profile, const Reply<void>& reply);
   void startNow(const std::string& uuid, const Reply<void>& reply);
-  void restart(const Path& connection, const Path& activation, const Reply<void>& reply);
   void activate(const Path& connection, const Reply<void>& reply);
 
   std::unique_ptr<sdbus::IProxy> object(const std::string& path);

@@ -18,8 +18,8 @@ namespace quillmar {
 // was up is coming up again. Each change is announced once. Error texts are NetworkManager's.
 //
 // `start` completes within `startTimeout`: with an error if NetworkManager refused by then, else with
-// success. A tunnel that is up or coming up is left alone, unless a save has changed its protocol since the
-// start: then it is restarted, because NetworkManager would keep the old one.
+// success. A tunnel that is up or coming up is left alone. The tunnel program watches its saved connection
+// and takes over a changed endpoint without a gap; one that doesn't watch uses it from its next start on.
 //
 // The bus, NetworkManager and the connection may disappear and return at any time. Calls fail meanwhile; the
 // next one after the return succeeds. Completions come on the main thread, never inside the call; the

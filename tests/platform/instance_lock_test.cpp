@@ -85,11 +85,12 @@ TEST_F(InstanceLockTest, goes_to_a_waiting_process_when_it_is_free) {
 }
 
 TEST_F(InstanceLockTest, waited_for_in_a_deleted_file_is_taken_in_the_new_one) {
+  const TemporaryDirectory elsewhere;
   auto first = InstanceLock::acquire(directory.path());
+  auto second = InstanceLock::acquire(elsewhere.path());
   auto waiting = wait();
-  fs::remove(directory.path() / InstanceLock::work);
-  auto second = InstanceLock::acquire(directory.path());
-  EXPECT_TRUE(second);
+  // In one step, so that the name is free at no moment, however late the other thread opens the file.
+  fs::rename(elsewhere.path() / InstanceLock::work, directory.path() / InstanceLock::work);
   first.reset();
   EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
   second.reset();
