@@ -176,8 +176,7 @@ TEST_F(RealTunnelJourney, another_endpoint_of_the_service_is_saved_for_the_tunne
   const auto before = world().program().connections().size();
   ASSERT_TRUE(service->moveEndpoint(device.child().deviceID(), "https://moved.example/dns-query"));
   device.advance(1min);
-  EXPECT_TRUE(
-      passesInto([&] { return property("vpn.data") == "dohEndpoint = https\\://moved.example/dns-query"; }));
+  EXPECT_TRUE(passesInto([] { return saved() == dataFor("https://moved.example/dns-query"); }));
   EXPECT_EQ(world().program().connections().size(), before);
   EXPECT_EQ(property("connection.uuid"), uuid);
   EXPECT_TRUE(passesInto([this] { return protection() == "Active"; }));
