@@ -15,7 +15,7 @@
 
 namespace quillmar {
 
-// nullopt is success.
+// nullopt on success.
 using VPNCompletion = std::function<void(const std::optional<VPNDNSError>&)>;
 
 // The only access to the platform's tunnel service. It finds or creates the tunnel's configuration, writes

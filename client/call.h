@@ -65,7 +65,7 @@ struct CallFacts {
   std::string_view method;
   std::string_view path;
   CallRules rules;
-  const CallLines* lines = nullptr;  // null for most calls: they log nothing
+  const CallLines* lines = nullptr;  // null for calls that do not log their steps
 };
 
 // The Body of a call that sends none. A call that receives none has the Answer `void`.

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t loggedAnswerCharacters = 500;
 
-// The calls of a child's device report every encoding error as the same NetworkError.
+// The calls of a child's device report every encoding failure as NetworkError::encodingError.
 bool hasEncodingError(const CallFacts& call) { return call.rules.judging == Judging::byExactly200; }
 
 }  // namespace

@@ -135,7 +135,7 @@ inline constexpr auto wire<JoinFamilyRequest> =
 
 struct JoinFamilyResponse {
   std::string message;
-  std::string token;  // present: the join is also a login
+  std::string token;  // of the new session: joining also signs in
   std::string parentId;
   std::string familyId;
   std::string familyName;

@@ -39,7 +39,7 @@ TEST(RootScreen, follows_from_role_session_and_enrollment) {
 }
 
 TEST(ApplicationRoot, loads_the_state_objects_in_a_fixed_order) {
-  // Checks that the store is read for role, region, session, enrollment and appearance, in this order.
+  // Records the keys that are read: role, region, session, enrollment and appearance, in this order.
   class AskedStore final : public SettingsStore {
    public:
     std::optional<SettingValue> object(std::string_view key) const override {

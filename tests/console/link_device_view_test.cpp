@@ -257,7 +257,7 @@ TEST_F(LinkDevice, returning_from_a_sheet_reloads) {
   EXPECT_EQ(http().calls(), Names{"GET /children"});
 }
 
-TEST_F(LinkDevice, a_new_device_is_enrolled_for_the_child_and_ends_like_a_link) {
+TEST_F(LinkDevice, enrolling_a_new_device_for_the_child_notifies_and_dismisses_like_a_link) {
   http().answer("POST", "/enrollment/manual", 200,
                 R"({"message":"done","device":)" + jsonOf(makeDevice("d3")) +
                     R"(,"dns_server":"192.0.2.1","setup_instructions":{"platform":"tv",)"

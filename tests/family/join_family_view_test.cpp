@@ -236,7 +236,7 @@ TEST_F(Joining, each_rule_alone_disables_the_button) {
   EXPECT_TRUE(screen().canJoin());
 }
 
-TEST_F(Joining, five_characters_are_too_short_a_password_whatever_their_bytes) {
+TEST_F(Joining, a_five_character_password_is_too_short_however_many_bytes_it_has) {
   fill();
   validate();
   const std::string five = "👨‍👩‍👧👨‍👩‍👧👨‍👩‍👧éé";

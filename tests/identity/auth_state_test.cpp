@@ -554,7 +554,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Name{"", "", "", ""}, Name{"  ann   lee  ", "z", "AL", "  ann   lee  "},
                     // Only the space separates words.
                     Name{"ann\tlee", "z", "AN", "ann\tlee"}, Name{"ann-lee", "z", "AN", "ann-lee"},
-                    // Characters are those that people see, and upper case may be longer.
+                    // Characters are grapheme clusters, and the upper case of a text may be longer.
                     Name{"e\xCC\x81va \U0001F468\u200D\U0001F469\u200D\U0001F467", "z",
                          "E\xCC\x81\U0001F468\u200D\U0001F469\u200D\U0001F467",
                          "e\xCC\x81va \U0001F468\u200D\U0001F469\u200D\U0001F467"},

@@ -142,7 +142,7 @@ TEST_F(Registration, the_meter_counts_four_points) {
   }
 }
 
-TEST_F(Registration, as_many_bars_are_coloured_as_there_are_points) {
+TEST_F(Registration, one_bar_is_coloured_per_point) {
   const std::vector<std::string> passwords{"a", "abcdef", "abcdefgh", "abcdefg1", "abcdef1!"};
   for (std::size_t points = 0; points < passwords.size(); ++points) {
     screen().password = passwords[points];
