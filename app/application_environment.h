@@ -10,7 +10,7 @@ namespace quillmar {
 
 class ObservableObject;
 
-// Makes the objects of a whole application.
+// Creates the objects of a whole application.
 class ApplicationEnvironment final : public Environment {
  public:
   ApplicationEnvironment(const Platform& platform, Deployments deployments);
@@ -26,7 +26,7 @@ class ApplicationEnvironment final : public Environment {
   const std::shared_ptr<KeychainService>& keychainService() override;
   const std::shared_ptr<BiometricAuthManager>& biometricAuthManager() override;
 
-  // Those of the observable ones that exist by now; asking makes none.
+  // The observable objects created so far; creates none.
   std::vector<std::shared_ptr<ObservableObject>> madeObjects() const;
 
  private:

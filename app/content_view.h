@@ -23,9 +23,8 @@ inline constexpr std::array rawNames<RootScreen> =
 
 RootScreen rootScreenFor(DeviceRole role, bool isLoggedIn, bool isEnrolled);
 
-// Which screen stands at the root, by role, session and enrollment. A change of one of them takes effect at
-// once in `root`, and in the screen itself at the end of the turn: whoever published the change finishes its
-// work first.
+// Chooses the root screen by role, session and enrollment. A change updates `root` at once, and the screen at
+// the end of the turn, so that the publisher of the change finishes first.
 class ContentView final : public ObservableObject {
  public:
   explicit ContentView(Environment& environment);
@@ -33,10 +32,10 @@ class ContentView final : public ObservableObject {
   Derived<RootScreen> root{*this, "root", [this] { return computeRoot(); }};
   Part<ScreenModel> screen{*this, "screen", Member::Kind::sheet};
 
-  // Puts the first screen up.
+  // Shows the first screen.
   void appear();
 
-  // The root screen first, the topmost presented one last.
+  // From the root screen to the topmost presented one.
   std::vector<std::shared_ptr<ObservableObject>> screens() const;
 
  private:

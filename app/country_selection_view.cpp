@@ -43,7 +43,7 @@ void CountrySelectionView::onAppear() {
 
 void CountrySelectionView::confirm() {
   roleManager_.pendingParentSelection = false;
-  // The region is on record before the role is, so that a parent's first request finds it.
+  // The region is stored before the role: a parent's first request needs it.
   roleManager_.selectedRegion = selectedRegion();
   roleManager_.saveRegion();
   roleManager_.setRole(DeviceRole::parent);

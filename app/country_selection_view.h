@@ -10,7 +10,7 @@ namespace quillmar {
 
 class CountrySelectionView;
 
-// The card of one region.
+// The card of a region.
 class RegionCard final : public ObservableObject {
  public:
   RegionCard(Region region, CountrySelectionView& screen);
@@ -19,7 +19,7 @@ class RegionCard final : public ObservableObject {
   Derived<bool> isSelected;
   Text flag;
   Text name;
-  // The press effect; gates nothing.
+  // The press effect only; disables nothing.
   Input<bool> isPressed{*this, "isPressed", false};
   Action<> action;
 
@@ -27,14 +27,14 @@ class RegionCard final : public ObservableObject {
   const Region region_;
 };
 
-// The region that decides which deployment a parent's installation talks to. One is always selected, so that
-// going on is always possible; nothing is stored before.
+// Chooses the region, and with it the deployment that a parent's installation uses. One region is always
+// selected, so `confirmRegion` is always enabled. Nothing is stored before it.
 class CountrySelectionView final : public ScreenModel {
  public:
   explicit CountrySelectionView(Environment& environment);
 
   Input<Region> selectedRegion{*this, "selectedRegion", Region::australia};
-  // Only a timer: nothing is detected and nothing depends on it.
+  // Only a timer: nothing is detected.
   Published<bool> isDetectingLocation{*this, "isDetectingLocation", true};
   // The entry animation.
   Published<double> contentOpacity{*this, "contentOpacity", 0.0};

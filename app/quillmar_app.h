@@ -10,26 +10,26 @@
 
 namespace quillmar {
 
-// The platform's process-level callbacks. Both references are empty until the root has appeared.
+// The platform's process callbacks. Both references are empty until the root has appeared.
 class AppDelegate {
  public:
   std::weak_ptr<ChildAppState> childAppState;
   std::weak_ptr<RoleManager> roleManager;
 
   bool applicationDidFinishLaunching() { return true; }
-  // Starts the background work of an enrolled child's device, and of no other.
+  // Starts the background work if this is an enrolled child's device.
   void applicationDidBecomeActive(Environment& environment);
   void applicationWillResignActive() {}
   void applicationDidEnterBackground() {}
   void applicationWillEnterForeground() {}
 };
 
-// The application: owns the state objects and the root, and reacts to turning active. Main thread only.
+// The application: owns the state objects and the root, and handles activation. Main thread only.
 class QuillmarApp {
  public:
   QuillmarApp(const Platform& platform, Deployments deployments);
 
-  // Builds the scene and puts the root up. Once.
+  // Builds the scene and shows the root. Call it once.
   void launch();
 
   void setScenePhase(ScenePhase phase);

@@ -10,7 +10,7 @@
 
 namespace quillmar {
 
-// The card of one role.
+// The card of a role.
 class RoleCard final : public ObservableObject {
  public:
   struct Face {
@@ -29,7 +29,7 @@ class RoleCard final : public ObservableObject {
   Text icon;
   Text title;
   Text subtitle;
-  // The press effect; gates nothing.
+  // The press effect only; disables nothing.
   Input<bool> isPressed{*this, "isPressed", false};
   Action<> action;
 
@@ -37,7 +37,7 @@ class RoleCard final : public ObservableObject {
   const Face face_;
 };
 
-// Who will use this device? Shown while the installation has no role; a parent goes on to the region.
+// Asks who will use this device. Shown while the installation has no role; a parent continues to the region.
 class RoleSelectionView final : public ScreenModel {
  public:
   explicit RoleSelectionView(Environment& environment);
@@ -56,9 +56,9 @@ class RoleSelectionView final : public ScreenModel {
   Text note{*this, "note", "This choice is permanent. To change it, you'll need to reinstall the app."};
 
   Rows<RoleCard> cards{*this, "cards"};
-  // In the place of the cards while a parent has yet to choose.
+  // Replaces the cards until a parent has chosen a region.
   Presented<CountrySelectionView> countrySelection;
-  // Not even while a region that was just confirmed takes this screen away do the cards come back.
+  // False also while this screen is dismissed after a region was confirmed.
   Derived<bool> showsCards{*this, "showsCards", [this] {
                              return !countrySelection && roleManager_.currentRole() != DeviceRole::parent;
                            }};

@@ -9,7 +9,7 @@
 namespace quillmar {
 namespace {
 
-// How long a refresh of the tunnel's fields is given before they are judged, finished or not.
+// The tunnel's fields are evaluated this long after a refresh starts, finished or not.
 constexpr auto refreshGrace = std::chrono::milliseconds(300);
 
 std::string warningFor(const VPNDNSError& error) {

@@ -16,9 +16,9 @@ namespace quillmar {
 class NetworkService;
 struct CheckinResponse;
 
-// The heart of an enrolled child's device: reports to the service every minute and takes back a moved
-// endpoint, and compares the tunnel with what it should be every quarter of a minute and repairs it. The only
-// writer of `isDohConfigured` and `dohConfigWarning`. Its state appears to front ends as two derived values.
+// The background work of an enrolled child's device. Every minute it checks in with the service and stores a
+// changed endpoint. Every 15 seconds it compares the tunnel with its expected state and repairs it. Nothing
+// else writes `isDohConfigured` and `dohConfigWarning`. Front ends see its state as two derived values.
 class BackgroundService final : public ObservableObject {
  public:
   static constexpr std::chrono::seconds checkinInterval{60};
@@ -27,14 +27,14 @@ class BackgroundService final : public ObservableObject {
   BackgroundService(Dispatch& dispatch, Log& log, std::shared_ptr<NetworkService> service,
                     std::shared_ptr<VPNDNSManager> vpnManager);
 
-  // A configuration attempt was made and no action of the user has asked for a new one.
+  // A configuration was attempted, and no action of the user has requested a new attempt.
   Published<bool> hasAttemptedDNSConfig{*this, "hasAttemptedDNSConfig", false};
   Derived<bool> isCheckinTimerRunning{*this, "isCheckinTimerRunning",
                                       [this] { return checkinTimer_ != nullptr; }};
   Derived<bool> isVPNStatusTimerRunning{*this, "isVPNStatusTimerRunning",
                                         [this] { return vpnStatusTimer_ != nullptr; }};
 
-  // Why the last check-in did not succeed; nothing where it did.
+  // Why the last check-in failed; nullopt if it succeeded.
   const std::optional<Error>& checkinError() const { return checkinError_; }
 
   void start(const std::shared_ptr<ChildAppState>& childAppState);
@@ -44,7 +44,7 @@ class BackgroundService final : public ObservableObject {
   void applyVPNDNSConfig();
 
  private:
-  // The state while it lives and is enrolled; every step without it does nothing.
+  // The state if it exists and is enrolled, else null; every step needs it.
   std::shared_ptr<ChildAppState> enrolledState() const;
   void startCheckinTimer();
   void startVPNStatusTimer();
@@ -63,7 +63,7 @@ class BackgroundService final : public ObservableObject {
   std::optional<Error> checkinError_;
 };
 
-// The type that every child's device reports, whatever it is.
+// The type that every child's device reports, whatever hardware it is.
 inline constexpr std::string_view childDeviceType = "ios";
 
 }  // namespace quillmar

@@ -22,7 +22,7 @@ void ChildAppState::saveEnrollment(const std::string& newDeviceID, const std::st
   deviceID = newDeviceID;
   dohEndpoint = newEndpoint;
   isEnrolled = true;
-  // A process that is killed leaves a device that is enrolled or not, never half of it.
+  // One write: a killed process must not leave a half-enrolled device.
   settings_.writeTogether([&] {
     settings_.write(settings::childIsEnrolled, true);
     settings_.write(settings::childDeviceID, newDeviceID);

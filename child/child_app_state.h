@@ -9,8 +9,7 @@
 
 namespace quillmar {
 
-// What this installation knows about itself as a child's device. Loads, saves, updates and resets; decides
-// nothing.
+// What this child's device knows about itself. Loads, saves, updates and resets; makes no decisions.
 class ChildAppState final : public ObservableObject {
  public:
   ChildAppState(SettingsStore& settings, const Dispatch& dispatch);
@@ -18,26 +17,26 @@ class ChildAppState final : public ObservableObject {
   Published<bool> isEnrolled{*this, "isEnrolled", false};
   Published<std::string> deviceID{*this, "deviceID"};
   Published<std::string> dohEndpoint{*this, "dohEndpoint"};
-  // As the service reports it; stored and shown, never used to make a request.
+  // As the service reports it; stored and shown, never used for requests.
   Published<std::string> dohBaseUrl{*this, "dohBaseUrl"};
-  // The outcome of the last check-in; false after a launch until one has succeeded.
+  // The outcome of the last check-in; false from launch until one succeeds.
   Published<bool> isConnectedToServer{*this, "isConnectedToServer", false};
   // By this device's clock.
   Published<std::optional<Date>> lastCheckinTime{*this, "lastCheckinTime"};
-  // Only while the tunnel was last seen connected.
+  // True only if the tunnel was connected at the last check.
   Published<bool> isDohConfigured{*this, "isDohConfigured", false};
-  // Empty: nothing to say about the protection.
+  // Empty: no warning.
   Published<std::string> dohConfigWarning{*this, "dohConfigWarning"};
 
   void loadState();
-  // Observers see `isEnrolled` before anything is stored, and before the base URL has its value.
+  // Observers see `isEnrolled` before anything is stored, and before the base URL is set.
   void saveEnrollment(const std::string& deviceID, const std::string& dohEndpoint,
                       const std::optional<std::string>& dohBaseUrl,
                       const std::optional<std::string>& apiBaseUrl);
-  // After each check-in that went well. An empty text counts as present.
+  // Called after each successful check-in. An empty text counts as present.
   void updateEndpoint(const std::optional<std::string>& dohEndpoint,
                       const std::optional<std::string>& dohBaseUrl);
-  // The root of the service, the role and the tunnel's configuration outlive a reset.
+  // A reset keeps the service's root, the role and the tunnel's configuration.
   void resetEnrollment();
 
  private:

@@ -15,7 +15,7 @@ namespace {
 
 constexpr auto pollInterval = std::chrono::seconds(5);
 constexpr int maximumRounds = 120;
-// Time for the enrollment to be saved and the home screen to come up.
+// Enough time to save the enrollment and show the home screen.
 constexpr auto protectionDelay = std::chrono::seconds(1);
 
 }  // namespace

@@ -34,26 +34,26 @@ inline constexpr std::array rawNames<EnrollmentStage> =
                                {EnrollmentStage::start, "start"},
                                {EnrollmentStage::code, "code"}});
 
-// A child's device until it is enrolled: asks the service for a code, shows it, and polls until a parent has
-// completed the enrollment on another device. Needs no account.
+// The screen of a child's device that is not enrolled. It requests a code from the service, shows it, and
+// polls until a parent completes the enrollment on another device. Needs no account.
 class ChildEnrollmentView final : public ScreenModel {
  public:
   explicit ChildEnrollmentView(Environment& environment);
 
-  // Empty: no enrollment under way.
+  // Empty: no enrollment in progress.
   Published<std::string> enrollmentCode{*this, "enrollmentCode"};
-  // As the service answered it.
+  // The id from the service's answer.
   Published<std::string> deviceId{*this, "deviceId"};
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
-  // The polling is to go on.
+  // Polling continues while this is true.
   Published<bool> isPolling{*this, "isPolling", false};
   Published<std::string> qrCodeData{*this, "qrCodeData"};
 
   Derived<EnrollmentStage> stage{*this, "stage", [this] { return computeStage(); }};
   Derived<QRCodeView> qrCode{*this, "qrCode", [this] { return QRCodeView{qrCodeData(), 200}; }};
   Derived<std::vector<ChildFeatureRow>> features{*this, "features", [] { return featureRows(); }};
-  // There while the waiting line is.
+  // Exists while the waiting line is shown.
   Part<ChildLoadingDots> loadingDots{*this, "loadingDots"};
 
   Text logo{*this, "logo", "QuillmarLogo"};

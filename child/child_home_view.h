@@ -30,7 +30,7 @@ inline constexpr auto wire<ChildStatusCard> = record(required("title", &ChildSta
                                                      required("isPositive", &ChildStatusCard::isPositive),
                                                      required("stateIcon", &ChildStatusCard::stateIcon));
 
-// What the panel under the cards says; nil parts are not drawn.
+// The content of the panel under the cards; nullopt parts are not drawn.
 struct ProtectionPanel {
   std::string heading;
   std::string text;
@@ -50,21 +50,21 @@ inline constexpr auto wire<ProtectionPanel> = record(required("heading", &Protec
                                                      required("color", &ProtectionPanel::color),
                                                      required("isBusy", &ProtectionPanel::isBusy));
 
-// "Just now", "2 minutes ago", then the time of day.
+// "Just now", "2 minutes ago"; the time of day from one hour on.
 std::string timeInWords(Date time, Date now, const DateStyles& styles);
 
-// At a glance: does the protection run? The headline reports the link to the service, the cards and the panel
-// below it report the tunnel.
+// Shows whether the protection works. The headline reports the connection to the service, the cards and the
+// panel report the tunnel.
 class ChildHomeView final : public ScreenModel {
  public:
   explicit ChildHomeView(Environment& environment);
 
   Sheet<ChildSettingsView> showSettings;
-  // Wired, and led to by no control.
+  // Works, but no control opens it.
   Sheet<DoHInstructionsView> showDoHInstructions;
   Published<bool> isPulsing{*this, "isPulsing", false};
 
-  // The first of these images that exists stands in the header.
+  // The header shows the first of these images that exists.
   Derived<std::vector<std::string>> headerImages{
       *this, "headerImages", [] {
         return std::vector<std::string>{"AppIcon", "icon-60@2x", "QuillmarLogo"};
@@ -93,7 +93,7 @@ class ChildHomeView final : public ScreenModel {
                                   }};
   Derived<std::vector<ChildStatusCard>> cards{*this, "cards", [this] { return computeCards(); }};
   Derived<ProtectionPanel> panel{*this, "panel", [this] { return computePanel(); }};
-  // Absent until a check-in has succeeded.
+  // nullopt until a check-in has succeeded.
   Timely<std::optional<std::string>> lastCheckin{*this, "lastCheckin",
                                                  [this] { return computeLastCheckin(); }};
 

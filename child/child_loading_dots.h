@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// Three dots, one of which is bright.
+// Three dots, one of them bright.
 class ChildLoadingDots final : public ObservableObject {
  public:
   static constexpr int dots = 3;

@@ -13,7 +13,7 @@
 
 namespace quillmar {
 
-// The device's details and its few actions. A reset is local: the service is not told and the tunnel stays.
+// The device's details and its few actions. A reset is local: the service is not told and the tunnel is kept.
 class ChildSettingsView final : public ScreenModel {
  public:
   explicit ChildSettingsView(Environment& environment);
@@ -56,7 +56,7 @@ class ChildSettingsView final : public ScreenModel {
   Text endpointTitle{*this, "endpointTitle", "DoH Endpoint"};
   Derived<std::string> dohEndpoint{*this, "dohEndpoint", [this] { return child_->dohEndpoint(); }};
   Text baseUrlTitle{*this, "baseUrlTitle", "DoH Base URL"};
-  // Absent where the service named none.
+  // nullopt if the service named none.
   Derived<std::optional<std::string>> dohBaseUrl{*this, "dohBaseUrl", [this] {
                                                    const auto& base = child_->dohBaseUrl();
                                                    return base.empty() ? std::nullopt : std::optional(base);

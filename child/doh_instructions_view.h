@@ -26,7 +26,7 @@ inline constexpr auto wire<InstructionStep> = record(required("number", &Instruc
                                                      required("description", &InstructionStep::description),
                                                      required("isLast", &InstructionStep::isLast));
 
-// How the protection is set up, by the program itself or by hand.
+// Explains how to set up the protection, by the program or by hand.
 class DoHInstructionsView final : public ScreenModel {
  public:
   explicit DoHInstructionsView(Environment& environment);

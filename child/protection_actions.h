@@ -4,13 +4,13 @@
 
 namespace quillmar {
 
-// Asks anew for the whole configuration, as a person's own wish.
+// Configures the tunnel from scratch, at the user's request.
 void enableProtection(Environment& environment);
-// Starts the tunnel as it is configured.
+// Starts the tunnel without changing its configuration.
 void reconnectTunnel(Environment& environment);
-// Checks in and looks after the tunnel now, beside the regular times.
+// Checks in and checks the tunnel now, in addition to the timers.
 void forceSync(Environment& environment);
-// Local only: the service is not told and the tunnel stays.
+// Local only: the service is not told and the tunnel is kept.
 void resetEnrollment(Environment& environment);
 
 }  // namespace quillmar

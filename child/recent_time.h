@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// "Just now", "2 minutes ago"; nothing for what lies an hour and more back.
+// "Just now", "2 minutes ago"; nullopt for times an hour ago or earlier.
 std::optional<std::string> recentInWords(Date time, Date now);
 
 }  // namespace quillmar

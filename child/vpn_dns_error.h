@@ -16,7 +16,7 @@ struct VPNDNSError {
   };
 
   Case which = Case::notConfigured;
-  std::string payload;  // the platform's words, or the reason; empty for the last two cases
+  std::string payload;  // the platform's message, or the reason; empty for the last two cases
 
   std::string errorDescription() const;
   std::string localizedDescription() const { return errorDescription(); }

@@ -15,19 +15,19 @@
 
 namespace quillmar {
 
-// Nothing is success.
+// nullopt on success.
 using VPNCompletion = std::function<void(const std::optional<VPNDNSError>&)>;
 
-// The application's only contact with the platform's tunnel service: finds or creates the tunnel's
-// configuration, writes the endpoint into it, starts the tunnel and mirrors its status. Never stops the
-// tunnel, never removes the configuration. Operations are called on the main thread; completions run there
-// too, those of a refused endpoint at once, all others later.
+// The only access to the platform's tunnel service. It finds or creates the tunnel's configuration, writes
+// the endpoint into it, starts the tunnel and mirrors its status. It never stops the tunnel or removes the
+// configuration. Call operations on the main thread; completions run there too: at once for a refused
+// endpoint, else later.
 class VPNDNSManager final : public ObservableObject {
  public:
   static constexpr std::string_view tunnelBundleId = "live.quillmar.quillmar.PacketTunnel";
   static constexpr std::string_view appGroupId = "group.live.quillmar.quillmar";
   static constexpr std::string_view localizedDescription = "Quillmar Internet Protection";
-  // The one entry of the provider's configuration.
+  // The only entry of the provider's configuration.
   static constexpr std::string_view endpointKey = "dohEndpoint";
 
   VPNDNSManager(TunnelService& tunnel, Dispatch& dispatch, Log& log);
@@ -39,7 +39,7 @@ class VPNDNSManager final : public ObservableObject {
   Published<std::string> statusMessage{*this, "statusMessage", "Not configured"};
   Published<std::string> errorMessage{*this, "errorMessage"};
 
-  // A saved configuration counts as success, whether or not the tunnel then starts.
+  // Succeeds once the configuration is saved, even if the tunnel then fails to start.
   void configureVPN(const std::string& endpoint, VPNCompletion completion);
   void connectVPN(VPNCompletion completion);
   void loadExistingConfig(std::function<void()> completion = {});

@@ -11,18 +11,18 @@
 
 namespace quillmar {
 
-// `bearer` calls are sent with the stored token, and a first 401 leads to a refresh and one repetition. The
-// others go out without one; the token in the answer of a `fromAnswer` call is the stored one from then on.
+// `bearer` sends the stored token; a first 401 causes one refresh and one retry. The others send no token.
+// `fromAnswer` stores the token of the answer.
 enum class Token { none, bearer, fromAnswer };
 
 enum class Root { required, orDefault };
 
-// When an answer is a success, and whose words a refusal has.
+// Which answers are a success, and whether an error has the client's message or the service's.
 enum class Judging {
-  by2xx,         // 401, 403 and 404 have the client's words, every other status the service's
-  byExactly200,  // every other status has the service's words
-  below400,      // so is an account joined to a family: 409 has the client's words
-  byBody,        // whatever the status is: what is to be known stands in the record
+  by2xx,         // 401, 403 and 404 get the client's message, every other status the service's
+  byExactly200,  // every other status gets the service's message
+  below400,      // 409 gets the client's message: the email is taken
+  byBody,        // any status is a success; the record holds the result
 };
 
 struct CallRules {
@@ -31,19 +31,19 @@ struct CallRules {
   Root root = Root::required;
 };
 
-// The lines that a call leaves in a log on its way, with places for what they tell. An empty one is not told.
+// The log lines of a call, with placeholders for values. An empty line is not logged.
 struct CallLines {
   void (Log::*write)(std::string_view line) = &Log::print;
   std::string_view noRegion = {};
-  std::string_view url = {};         // before it is looked at
-  std::string_view region = {};      // the stored one, after the URL
-  std::string_view invalidURL = {};  // with the URL
+  std::string_view url = {};         // before it is parsed
+  std::string_view region = {};      // the stored one, logged after the URL
+  std::string_view invalidURL = {};  // takes the URL
   std::string_view encodeError = {};
-  std::string_view error = {};  // there is no answer, and why
+  std::string_view error = {};  // the transport's error
   std::string_view noAnswer = {};
   std::string_view status = {};
-  std::string_view response = {};  // the first characters of a body that is text
-  std::string_view refusal = {};   // an answer that is no success, or no record
+  std::string_view response = {};  // the first characters of a UTF-8 body
+  std::string_view refusal = {};   // a failure, or a body that does not decode
   std::string_view refusedResponse = {};
 };
 
@@ -54,7 +54,7 @@ struct CallLog {
   std::string (*success)(const Answer& answer) = nullptr;
 };
 
-// A success without an answer has nothing to tell.
+// Without an answer there is no success line.
 template <class Body>
 struct CallLog<Body, void> {
   CallLines lines;
@@ -65,37 +65,36 @@ struct CallFacts {
   std::string_view method;
   std::string_view path;
   CallRules rules;
-  const CallLines* lines = nullptr;  // of the few calls that tell a log of their way
+  const CallLines* lines = nullptr;  // null for calls that do not log their steps
 };
 
-// The body of a call without one. A call without an answer has `void` there.
+// The Body of a call that sends none. A call that receives none has the Answer `void`.
 struct NoBody {};
 
 namespace detail {
 
-// Not constexpr, so that a row that comes to it does not compile.
-void placesAreNotWhatTheCallSays();
+// Not constexpr: a row that calls it does not compile.
+void placeholdersDoNotMatch();
 
 constexpr void checkPlaces(std::string_view path, std::size_t count) {
   while (path.find_first_of("{}") != std::string_view::npos) {
     path.remove_prefix(path.find_first_of("{}"));
     const auto place = path.substr(0, path.find('}') + 1);
     if (count == 0 || (place != "{}" && place != "{%path}" && place != "{%query}")) {
-      placesAreNotWhatTheCallSays();
+      placeholdersDoNotMatch();
     }
     path.remove_prefix(place.size());
     --count;
   }
   if (count != 0) {
-    placesAreNotWhatTheCallSays();
+    placeholdersDoNotMatch();
   }
 }
 
 }  // namespace detail
 
-// What the client and the service have agreed on for a call. The path has as many places as the call's last
-// parameter says: `{}` takes an argument as it stands, `{%path}` and `{%query}` percent-encode it for that
-// part of a URL.
+// The contract of one call with the service. The path has `places` placeholders: `{}` takes an argument
+// unchanged, `{%path}` and `{%query}` percent-encode it for that part of a URL.
 template <class Body, class Answer, std::size_t places = 0>
 struct CallRow : CallFacts {
   constexpr CallRow(std::string_view method, std::string_view path, CallRules rules = {},
@@ -107,7 +106,7 @@ struct CallRow : CallFacts {
   const CallLog<Body, Answer>* log = nullptr;
 };
 
-// A row that is all there is to a call. A call that goes a way of its own is a CallRow only, and
+// A call that its row describes completely. A call with steps of its own is only a CallRow, and
 // NetworkService has a function for it.
 template <class Body, class Answer, std::size_t places = 0>
 struct Call : CallRow<Body, Answer, places> {
@@ -117,7 +116,7 @@ struct Call : CallRow<Body, Answer, places> {
 inline std::string pathArgument(std::string_view text) { return std::string(text); }
 std::string pathArgument(std::integral auto number) { return std::to_string(number); }
 
-// Exactly as many arguments as a path has places.
+// Takes exactly `places` arguments.
 template <std::size_t places>
 class PathArguments {
  public:

@@ -3,8 +3,8 @@
 #include "client/call.h"
 #include "client/records/child.h"
 
-// No argument in a path is encoded, so that a domain with a blank fails with `invalidResponse`. `getChildren`
-// and `createChild` leave a trail in the system log.
+// Path arguments are not encoded, so a domain with a blank fails with `invalidResponse`. `getChildren` and
+// `createChild` write to the system log.
 namespace quillmar::calls {
 
 extern const CallLog<NoBody, ChildrenResponse> getChildrenLog;

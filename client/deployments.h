@@ -12,12 +12,12 @@ struct Deployments {
   std::string newzealand;
   std::string singapore;
 
-  // As set when the program was built.
+  // The roots that were set at build time.
   static Deployments builtIn();
-  // One service in the place of all three.
+  // The same root for all three regions.
   static Deployments all(const std::string& root) { return {root, root, root}; }
 
-  // By a region's raw value; nothing for any other text.
+  // By a region's raw value; nullopt for any other text.
   std::optional<std::string> root(std::string_view region) const;
 };
 

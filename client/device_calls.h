@@ -5,7 +5,7 @@
 #include "client/records/device_policy.h"
 #include "client/records/dns_log.h"
 
-// Devices, their policies and their logs. Unlike a child's, a domain in a path is percent-encoded.
+// Devices, their policies and their logs. Domains in a path are percent-encoded, unlike in a child's calls.
 namespace quillmar::calls {
 
 inline constexpr Call<NoBody, void, 1> deleteDevice{"DELETE", "/devices/{}"};

@@ -4,8 +4,8 @@
 #include "client/records/checkin.h"
 #include "client/records/enrollment.h"
 
-// Enrollment and check-in. A child's device has no account: its calls carry no token, and what they send and
-// get is judged more strictly.
+// Enrollment and check-in. A child's device has no account, so its calls send no token. They accept only
+// status 200.
 namespace quillmar::calls {
 
 extern const CallLog<CheckinRequest, CheckinResponse> checkinLog;

@@ -3,7 +3,7 @@
 #include "client/call.h"
 #include "client/records/family.h"
 
-// Whoever looks up an invitation or joins a family has no account yet: those two go out without a token.
+// Looking up an invitation and joining a family need no account, so these two calls send no token.
 namespace quillmar::calls {
 
 inline constexpr Call<NoBody, FamilyResponse> getFamily{"GET", "/family"};

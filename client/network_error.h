@@ -4,8 +4,7 @@
 
 namespace quillmar {
 
-// What the service client itself has to say. Errors of the transport and of the coder pass through it
-// untouched.
+// Errors of the service client itself. Errors of the transport and of the coder are passed on unchanged.
 struct NetworkError {
   enum class Case {
     serverError,
@@ -18,7 +17,7 @@ struct NetworkError {
   };
 
   Case which = Case::invalidResponse;
-  std::string message;  // of serverError only: the service's words
+  std::string message;  // of serverError only: the service's message
 
   static NetworkError serverError(std::string message) { return {Case::serverError, std::move(message)}; }
   static NetworkError invalidResponse() { return {Case::invalidResponse, {}}; }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t loggedAnswerCharacters = 500;
 
-// To the calls of a child's device it does not matter why something could not be written.
+// The calls of a child's device report every encoding failure as NetworkError::encodingError.
 bool hasEncodingError(const CallFacts& call) { return call.rules.judging == Judging::byExactly200; }
 
 }  // namespace

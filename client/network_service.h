@@ -35,10 +35,10 @@ struct EnrollmentStatusResponse;
 template <class T>
 using Completion = std::function<void(Result<T>)>;
 
-// The one client of the cloud service. A call may be made from any thread and returns at once. Its completion
-// runs exactly once: on the caller's thread when nothing could be sent, else on the HTTP session's thread.
-// Three exceptions are never answered: a status poll whose URL does not parse, a call that waits for a
-// refresh which ends with neither an error nor a body, and a call whose service has gone meanwhile.
+// The one client of the cloud service. Calls may be made from any thread and return at once. A completion
+// runs exactly once: on the caller's thread if nothing was sent, else on the HTTP session's thread. There are
+// three exceptions, whose completion never runs: a status poll whose URL does not parse, a call that waits
+// for a refresh which ends with neither an error nor a body, and a call whose service is destroyed first.
 class NetworkService : public std::enable_shared_from_this<NetworkService> {
  public:
   static constexpr std::string_view regionKey = settings::region;
@@ -51,13 +51,13 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   static std::shared_ptr<NetworkService> make(HttpSession& http, SettingsStore& settings, Log& log,
                                               Dispatch& dispatch, Deployments deployments);
 
-  // The root of every call, read afresh each time; nothing without a stored root or a known region.
+  // The root of every call, read anew each time; nullopt without a stored root or a known region.
   std::optional<std::string> baseURL() const;
-  // The root of a device that is not enrolled yet.
+  // The root for a device that is not enrolled yet.
   std::string defaultEnrollmentURL() const;
 
-  // Sends a call, which is a row of the headers of calls ("client/child_calls.h" and the like), with the
-  // arguments of its path, its body and its completion; a call without arguments or a body is sent without.
+  // Sends a call with its path arguments, its body and its completion. `call` is a row of
+  // "client/child_calls.h" and its like. Without arguments or a body these parameters are left out.
   template <Record Body, class T, std::size_t places>
   void send(const Call<Body, T, places>& call, const PathArguments<places>& arguments, const Body& body,
             std::type_identity_t<Completion<T>> completion) {
@@ -77,35 +77,35 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
     run(call, {}, NoBody(), std::move(completion));
   }
 
-  // Calls that go a way of their own.
+  // Calls with steps of their own.
 
   void refreshToken(Completion<AuthResponse> completion);
-  // False where nothing was sent, since the URL does not parse; the completion is never called then.
+  // False if the URL does not parse: nothing is sent and the completion never runs.
   bool getEnrollmentStatus(const std::string& deviceId, Completion<EnrollmentStatusResponse> completion);
   void completeEnrollment(const CompleteEnrollmentRequest& enrollment, bool isRetry,
                           Completion<CompleteEnrollmentResponse> completion);
   void checkin(const std::string& deviceId, const std::string& deviceType,
                Completion<CheckinResponse> completion);
-  // The newest `limit` entries of all the devices since that long ago, newest first. Asks each device for an
-  // equal share of `limit`. Fails only where no device gave anything and one failed. Unlike every other call
-  // it completes on the main queue, or at once on the caller's thread where there is no device.
+  // The newest `limit` entries of all devices within `since`, newest first. Each device is asked for an equal
+  // share of `limit`. Fails only if some device failed and no device returned an entry. Unlike the other
+  // calls it completes on the main queue, or at once on the caller's thread if there are no devices.
   void getRecentDeviceLogs(const std::vector<std::string>& deviceIds, Duration since, std::size_t limit,
                            Completion<std::vector<DNSLog>> completion);
 
-  // Forgets the token and the account of this session.
+  // Removes the token and the account of this session.
   void clearSession();
 
-  // Steps that the calls share.
+  // Steps that several calls share.
 
   struct Answer {
     std::string data;
     Response response;
   };
 
-  // Fails with `unauthorized` where no token is stored; an empty one counts as stored.
+  // Fails with `unauthorized` if no token is stored; an empty token counts as stored.
   Result<void> addAuthHeader(HttpRequest& request) const;
   static Result<void> validateResponse(const Response& response, std::string_view data);
-  // Sends with the token as it is stored at that moment. A first 401 leads to a refresh and one repetition.
+  // Sends with the token stored at that moment. A first 401 causes one refresh and one retry.
   void performRequest(HttpRequest request, bool isRetry, Completion<Answer> completion);
 
   bool isRefreshingToken() const;
@@ -124,7 +124,7 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
     return encodeJson(body);
   }
 
-  // A call from its arguments to its completion, and its steps.
+  // The steps of a call, from its arguments to its completion.
   template <class Body, class T, std::size_t places>
   void run(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments, const Body& body,
            Completion<T> completion);
@@ -138,16 +138,15 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   template <class Body, class T, std::size_t places>
   void noteSuccess(const CallRow<Body, T, places>& call, const T& record);
 
-  // The steps that are the same whatever the types. Of a request the root, then the URL, then the body must
-  // be good.
+  // The steps that do not depend on the types. The root is checked first, then the URL, then the body.
   Result<HttpRequest> buildRequest(const CallFacts& call, const std::string& path,
                                    std::optional<Result<std::string>> body) const;
   static Result<HttpRequest> makeRequest(std::string_view method, const std::string& url,
                                          std::optional<std::string> body = {});
   void sendRequest(const CallFacts& call, HttpRequest request, Completion<Answer> completion);
-  // `handle` runs only if this service is still there by then, so that it may use `this`.
+  // Runs `handle` only if this service still exists, so `handle` may use `this`.
   void dataTask(HttpRequest request, std::function<void(DataTaskResult)> handle);
-  // Whether the answer is a success as this call sees it.
+  // Whether this call counts the answer as a success.
   Result<void> judgedByStatus(const CallFacts& call, const Result<Answer>& answer) const;
   void storeToken(const std::string& token);
 

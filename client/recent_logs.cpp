@@ -12,7 +12,7 @@ struct Entry {
   std::size_t place = 0;
 };
 
-// An order without equals: a list that is fetched again and again must not change where nothing has.
+// A strict total order: repeated fetches of the same entries must give the same list.
 bool standsBefore(const Entry& one, const Entry& other) {
   const int order = one.log->timestamp.compare(other.log->timestamp);
   return order != 0 ? order > 0 : one.place < other.place;
@@ -29,7 +29,7 @@ void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
 }
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
-  // An entry is large and most are not kept, so that only what is kept is moved.
+  // Entries are large and most are dropped, so only the kept ones are moved.
   std::vector<Entry> entries;
   for (auto& answer : answers_) {
     for (auto& log : answer) {

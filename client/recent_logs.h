@@ -9,15 +9,15 @@
 
 namespace quillmar {
 
-// What the answers of several devices add up to. Any thread, but one at a time.
+// Merges the answers of several devices. Any thread, but one at a time.
 class RecentLogs {
  public:
   explicit RecentLogs(std::size_t devices) : answers_(devices) {}
 
-  // `device` counts the devices in the order in which they are asked; they may answer in any.
+  // `device` is the index in the order of asking; the answers may arrive in any order.
   void add(std::size_t device, Result<std::vector<DNSLog>> answer);
-  // The newest entries of all, newest first; those of one time by device, then in the service's order. Fails,
-  // with the first error to come, only where no device gave anything. To be called once.
+  // The newest entries of all devices, newest first; equal times are ordered by device, then as the service
+  // sent them. Fails with the first error added, only if no device returned an entry. Call it once.
   Result<std::vector<DNSLog>> takeNewest(std::size_t limit);
 
  private:

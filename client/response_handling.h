@@ -9,14 +9,14 @@
 
 namespace quillmar {
 
-// The body and the response, or the transport's error; `invalidResponse` where a part is missing that the
-// call is judged by.
+// The body and the response, or the transport's error; `invalidResponse` if a part that the call needs is
+// missing.
 Result<NetworkService::Answer> answerOf(DataTaskResult result, Judging judging = Judging::by2xx);
 
-// Whether the answer is a success, or what stands in its place.
+// Whether the answer is a success, or the error.
 Result<void> judgedBy(Judging judging, const NetworkService::Answer& answer);
 
-// The service's own words of a failure, or the given text where the body holds none.
+// The service's error message, or `otherwise` if the body has none.
 std::string serverWords(std::string_view data, std::string_view otherwise);
 
 }  // namespace quillmar

@@ -30,7 +30,7 @@ ActivitySection::ActivitySection(ChildPage& page, const DevicesSection& devices,
                .wasBlocked = false,
                .mostSites = allSites,
                .failureLine = "[ChildDetailView] Failed to fetch allowed logs: "}) {
-  // The policy has heard of it first.
+  // The policy's own reaction, registered earlier, has already updated its set of allowed sites.
   reactions_.push_back(policy.allowedDomains.onChange([this] {
     recent.showRows();
     blocked.showRows();

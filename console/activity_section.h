@@ -11,16 +11,16 @@
 
 namespace quillmar {
 
-// What the devices of a child asked for, a list for each tab. Only that of the tab on screen is refreshed.
+// The domains that a child's devices queried, one list per tab. Only the visible tab's list is refreshed.
 class ActivitySection {
-  // First, since the members register there.
+  // First: the other members register with it.
   ScreenModel& screen_;
   const DevicesSection& devices_;
 
  public:
   ActivitySection(ChildPage& page, const DevicesSection& devices, PolicySection& policy);
 
-  // Of the last minute, blocked or not, at most 10.
+  // The last minute, blocked and allowed, at most 10 sites.
   SiteList<RecentActivityRow> recent;
   SiteList<BlockedSiteRow> blocked;
   SiteList<AllowedSiteRow> allowed;
@@ -53,10 +53,10 @@ class ActivitySection {
   Derived<std::string> noAllowedLogsText{screen_, "noAllowedLogsText",
                                          [this] { return emptySpan(allowedTimeFilter()); }};
 
-  // Refreshes the list of this tab, and no other.
+  // Refreshes only this tab's list.
   void start(ChildDetailTab tab);
   void stop();
-  // "5 min ago" counts from the present.
+  // Updates texts like "5 min ago".
   void updateTimes();
 
  private:
@@ -64,7 +64,7 @@ class ActivitySection {
   std::string emptyHeading(std::string_view withDevices) const;
   static std::string emptySpan(ActivityTimeFilter filter);
 
-  // The tab on screen.
+  // The visible tab.
   std::optional<ChildDetailTab> tab_;
   std::vector<Subscription> reactions_;
 };

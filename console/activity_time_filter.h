@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// How far back a list of sites reaches.
+// The time span of a list of sites.
 enum class ActivityTimeFilter { realTime, last5Minutes, lastHour, today };
 
 template <>
@@ -17,7 +17,7 @@ inline constexpr std::array rawNames<ActivityTimeFilter> =
                                   {ActivityTimeFilter::lastHour, "Last Hour"},
                                   {ActivityTimeFilter::today, "Today"}});
 
-// "Today" is the last 24 hours and not the calendar day.
+// "Today" is the last 24 hours, not the calendar day.
 constexpr std::chrono::seconds span(ActivityTimeFilter filter) {
   switch (filter) {
     case ActivityTimeFilter::realTime:

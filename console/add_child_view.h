@@ -11,10 +11,10 @@ namespace quillmar {
 
 struct ChildProfileWithDevices;
 
-// Creates a child profile. The only place where a birth year can be given.
+// Creates a child profile. A birth year can be entered only here.
 class AddChildView final : public ScreenModel {
  public:
-  // `onChildAdded` is kept and never called: the dashboard reloads when this sheet goes.
+  // `onChildAdded` is never called: the dashboard reloads when this sheet is dismissed.
   explicit AddChildView(Environment& environment, std::function<void()> onChildAdded = {});
 
   Input<std::string> name{*this, "name"};

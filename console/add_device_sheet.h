@@ -14,7 +14,7 @@ namespace quillmar {
 // The ways to add a device to a child.
 class AddDeviceSheet final : public ScreenModel {
  public:
-  // `onComplete` runs when a device was added, after this sheet has gone.
+  // `onComplete` runs after a device was added and this sheet was dismissed.
   AddDeviceSheet(Environment& environment, ChildProfileWithDevices child, std::function<void()> onComplete);
 
   Sheet<ScannerView> showScanner;
@@ -36,7 +36,7 @@ class AddDeviceSheet final : public ScreenModel {
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
 
  private:
-  // A screen of either kind, for this child.
+  // A sheet of either kind, for this child.
   template <class Screen>
   std::shared_ptr<Screen> make();
   void finish();

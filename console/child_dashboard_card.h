@@ -12,14 +12,14 @@
 
 namespace quillmar {
 
-// How a card comes into view: from below and a little after the one above it, or where it stands.
+// A card's entry animation: it slides in from below, a little after the card above it, or it has none.
 enum class CardEntrance { staged, inPlace };
 
 template <>
 inline constexpr std::array rawNames<CardEntrance> =
     rawCases<CardEntrance>({{CardEntrance::staged, "staged"}, {CardEntrance::inPlace, "inPlace"}});
 
-// A device on a card: its picture, its name and its dot. Colours are semantic ones by name.
+// A device on a card: icon, name and status dot. Colours are names of semantic colours.
 struct DashboardDeviceLine {
   std::string id;
   std::string icon;
@@ -38,8 +38,8 @@ inline constexpr auto wire<DashboardDeviceLine> =
 
 std::int64_t countOnline(const std::vector<Device>& devices);
 
-// A child on the dashboard: who, how many of the devices are online, and the first few of them. Announces a
-// refresh only where it brings something else.
+// A child on the dashboard: its name, the number of devices online, and the first few devices. A refresh
+// announces only what it changes.
 class ChildDashboardCard final : public ObservableObject {
  public:
   using Reaction = std::function<void(const ChildProfileWithDevices&)>;
@@ -48,12 +48,12 @@ class ChildDashboardCard final : public ObservableObject {
                      Reaction onAddDevice);
 
   Published<ChildProfileWithDevices> child;
-  // Place in the list, from 0; only its entry follows from it.
+  // Index in the list; affects only the entry animation.
   Published<std::int64_t> position{*this, "position", 0};
   // In seconds.
   Derived<double> appearanceDelay{*this, "appearanceDelay",
                                   [this] { return static_cast<double>(position()) * 0.1; }};
-  // Played once, for a card lasts as long as its child is in the list.
+  // Played once, since a card exists as long as its child is in the list.
   Derived<CardEntrance> entrance{*this, "entrance", [this] { return entrance_; }};
 
   Derived<std::string> avatarLetter{*this, "avatarLetter", [this] { return computeAvatarLetter(); }};
@@ -65,7 +65,7 @@ class ChildDashboardCard final : public ObservableObject {
                                    [this] { return std::to_string(child().devices.size()); }};
   Derived<std::string> onlineText{
       *this, "onlineText", [this] { return std::to_string(countOnline(child().devices)) + " online"; }};
-  // All of it in one breath, for who hears the card.
+  // The whole card in one sentence, for screen readers.
   Derived<std::string> spokenName{*this, "spokenName", [this] {
                                     const bool isOne = child().devices.size() == 1;
                                     return name() + ", " + deviceCount() +
@@ -76,7 +76,7 @@ class ChildDashboardCard final : public ObservableObject {
       [this] { return std::string(countOnline(child().devices) > 0 ? "brandGreen" : "statusOffline"); }};
   Derived<std::vector<DashboardDeviceLine>> deviceLines{*this, "deviceLines",
                                                         [this] { return computeDeviceLines(); }};
-  // "+ 2 more"; empty where all devices are shown.
+  // "+ 2 more"; empty if all devices are shown.
   Derived<std::string> moreText{*this, "moreText", [this] { return computeMoreText(); }};
   Text addDeviceTitle{*this, "addDeviceTitle", "Add Device"};
   Text addDeviceIcon{*this, "addDeviceIcon", "plus.circle.fill"};

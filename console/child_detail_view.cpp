@@ -9,7 +9,7 @@
 namespace quillmar {
 namespace {
 
-// The calendar year on the device.
+// The year in the device's calendar.
 int yearOf(Date now, const DateStyles& styles) {
   const std::chrono::year_month_day day(std::chrono::floor<std::chrono::days>(now));
   int year = static_cast<int>(day.year()) + 1;
@@ -17,14 +17,14 @@ int yearOf(Date now, const DateStyles& styles) {
     const auto start = styles.parseLocal(std::to_string(year) + "-01-01T00:00:00");
     return start && *start <= now;
   };
-  // Clocks differ from the universal one by less than a day.
+  // A local time differs from UTC by less than a day.
   while (!hasBegun() && year >= static_cast<int>(day.year())) {
     --year;
   }
   return year;
 }
 
-// A year from outside may be any number.
+// The year comes from the service and may be any number: wraps instead of overflowing.
 std::int64_t difference(std::int64_t one, std::int64_t other) {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(one) - static_cast<std::uint64_t>(other));
 }

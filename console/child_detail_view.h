@@ -19,17 +19,17 @@
 
 namespace quillmar {
 
-// A child: who it is, its devices, its filtering policy and what its devices asked for. The child itself is
-// as it was when the screen was made, which is why a new name closes the screen.
+// A child's page: profile, devices, filtering policy and activity. The profile is a copy from when the screen
+// was made, so renaming closes the screen.
 class ChildDetailView final : public ScreenModel {
  public:
-  // `onUpdate` runs when the child was renamed or deleted, or lost a device.
+  // `onUpdate` runs after the child was renamed or deleted, or lost a device.
   ChildDetailView(Environment& environment, ChildProfileWithDevices child, std::function<void()> onUpdate);
 
   ErrorAlert errorAlert{*this};
 
  private:
-  // Before the sections, which share it.
+  // Declared before the sections, which share it.
   ChildPage page_;
 
  public:
@@ -43,7 +43,7 @@ class ChildDetailView final : public ScreenModel {
       {.isShown = "showDeleteConfirmation", .confirm = "deleteChildProfile", .cancel = "cancelDeletion"},
       [this] { deleteChild(); }};
   Sheet<EditChildNameView> showEditName;
-  // The name that is being saved.
+  // The name being saved.
   Published<std::string> editedName{*this, "editedName"};
   Input<ChildDetailTab> selectedTab{*this, "selectedTab", ChildDetailTab::realTime};
 
@@ -51,7 +51,7 @@ class ChildDetailView final : public ScreenModel {
   Derived<std::string> name{*this, "name", [this] { return page_.child().name; }};
   Derived<std::string> avatarLetter{*this, "avatarLetter", [this] { return computeAvatarLetter(); }};
   Derived<std::string> avatarColor{*this, "avatarColor", [this] { return computeAvatarColor(); }};
-  // Absent where the birth year is not known.
+  // nullopt if the birth year is unknown.
   Derived<std::optional<std::string>> ageText{*this, "ageText", [this] { return computeAgeText(); }};
 
   Text doneTitle{*this, "doneTitle", "Done"};
@@ -61,7 +61,7 @@ class ChildDetailView final : public ScreenModel {
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> editName{*this, "editName", [this] { showEditName = true; }};
 
-  // A placeholder without any effect.
+  // A placeholder without a function.
   Text screenTimeTitle{*this, "screenTimeTitle", "Screen Time Limits"};
   Text screenTimeBadge{*this, "screenTimeBadge", "Coming Soon"};
   Text screenTimeText{*this, "screenTimeText", "Schedule internet access times"};

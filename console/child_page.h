@@ -13,14 +13,14 @@
 
 namespace quillmar {
 
-// What the sections of a child's page share. Each section registers its members on the page's screen.
+// State that the sections of a child's page share. Each section registers its members on the page's screen.
 class ChildPage {
  public:
   ChildPage(ScreenModel& screen, ErrorAlert& errorAlert, Environment& environment,
             ChildProfileWithDevices child);
 
   ScreenModel& screen() const { return screen_; }
-  // As it was when the page was made.
+  // A copy from when the page was made.
   const ChildProfileWithDevices& child() const { return child_; }
   Environment& environment() const { return environment_; }
   const Platform& platform() const { return environment_.platform(); }
@@ -28,7 +28,8 @@ class ChildPage {
   const DateStyles& dateStyles();
 
   NetworkService& service() const { return *environment_.networkService(); }
-  // For a call whose failure goes to the alert. Runs on the main thread, while the screen is there.
+  // For calls whose failure is shown in the alert. `success` runs on the main thread, and only if the screen
+  // still exists.
   template <class T, class Success>
   Completion<T> completion(Success success) const;
 
@@ -37,7 +38,7 @@ class ChildPage {
   ErrorAlert& errorAlert_;
   Environment& environment_;
   const ChildProfileWithDevices child_;
-  // They take long to load the first time.
+  // Cached: the first load is slow.
   std::optional<DateStyles> dateStyles_;
 };
 

@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// One of several that a person chooses from: a tab, a chip. Its title is also its value.
+// One of several options, such as a tab or a chip. Its title is also its value.
 struct ChoiceItem {
   std::string title;
   bool isSelected = false;

@@ -9,13 +9,13 @@ namespace quillmar {
 
 class SettingsView;
 
-// The second step of the account's end, which asks for the password again.
+// The second step of deleting the account: asks for the password again.
 class DeleteAccountSheet final : public ScreenModel {
  public:
   explicit DeleteAccountSheet(SettingsView& settings);
 
   BoundInput<std::string> deleteAccountPassword;
-  // With a spinner in place of the button then.
+  // The button is then replaced by a spinner.
   Derived<bool> isDeletingAccount;
 
   Text title{*this, "title", "Delete Account"};

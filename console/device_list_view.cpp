@@ -15,7 +15,7 @@ namespace {
 
 constexpr auto refreshPeriod =
     std::chrono::duration_cast<Duration>(std::chrono::duration<double>(DeviceListView::refreshInterval));
-// A shorter reload would only flicker.
+// Showing a shorter reload would only flicker.
 constexpr auto unseenReload = std::chrono::milliseconds(300);
 
 }  // namespace
@@ -76,7 +76,7 @@ void DeviceListView::onDisappear() {
 }
 
 void DeviceListView::comeBack() {
-  // The account that was deleted in a sheet has no children to ask for.
+  // After the account was deleted in a sheet there is nothing to load.
   if (isOnScreen() && authState_->isLoggedIn()) {
     onAppear();
   }

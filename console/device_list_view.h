@@ -34,10 +34,9 @@ inline constexpr std::array rawNames<DashboardContent> =
                                 {DashboardContent::list, "list"},
                                 {DashboardContent::empty, "empty"}});
 
-// The dashboard of a signed-in parent: the family's children, a sum of their devices, and the way to every
-// other screen. Keeps itself fresh by a silent refresh every 30 seconds while it is in view. Neither kind of
-// load ever tells of a failure: a foreground load that fails empties the screen, a silent one changes
-// nothing.
+// The dashboard of a signed-in parent: the children, a summary of their devices, and the way to all other
+// screens. While visible it refreshes silently every 30 seconds. No load reports a failure: a failed
+// foreground load empties the screen, a failed silent one changes nothing.
 class DeviceListView final : public ScreenModel {
  public:
   static constexpr double refreshInterval = 30.0;  // seconds
@@ -46,59 +45,59 @@ class DeviceListView final : public ScreenModel {
 
   // In the service's order.
   Published<std::vector<ChildProfileWithDevices>> children{*this, "children"};
-  // A row is its child's, by id, for as long as the child is in the list.
+  // A row belongs to one child, by id, as long as the child is in the list.
   Rows<ChildDashboardCard> cards{*this, "cards"};
-  // Under way with nothing to show yet.
+  // Loading, with nothing to show yet.
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
   Confirmation logoutConfirmation{
       *this,
       {.isShown = "showLogoutConfirmation", .confirm = "confirmLogout", .cancel = "cancelLogout"},
       [this] { endSession(); }};
-  // Whose detail is shown, and for whom a device is added.
+  // The child whose detail is shown, or for whom a device is added.
   Published<std::optional<ChildProfileWithDevices>> selectedChild{*this, "selectedChild"};
   Published<std::optional<ChildProfileWithDevices>> childForNewDevice{*this, "childForNewDevice"};
   Published<bool> cardsAppeared{*this, "cardsAppeared", false};
   Published<bool> isBackgroundRefreshing{*this, "isBackgroundRefreshing", false};
-  // The last load of either kind to end, however it ended.
+  // When the last load of either kind ended, successful or not.
   Published<Date> lastRefreshTime;
 
   Sheet<AddChildView> showAddChild;
-  // Up exactly while a child is selected.
+  // Shown exactly while a child is selected.
   Sheet<ChildDetailView> showChildDetail;
   Sheet<SettingsView> showSettings;
   Sheet<HomeNetworkView> showHomeNetwork;
   Sheet<FamilyMembersView> showFamilyMembers;
-  // Stays down without a child to add a device for.
+  // Not shown without a selected child.
   Sheet<AddDeviceSheet> showAddDevice;
 
   Derived<DashboardContent> content{*this, "content", [this] { return computeContent(); }};
-  // In points, on a wide window.
+  // In points, on a regular window.
   Derived<double> maximumContentWidth{*this, "maximumContentWidth", [this] { return computeWidth(); }};
   Derived<std::int64_t> totalChildren{*this, "totalChildren", [this] { return countChildren(); }};
   Derived<std::int64_t> totalDevices{*this, "totalDevices", [this] { return countDevices(); }};
   Derived<std::int64_t> onlineDevices{*this, "onlineDevices", [this] { return countOnlineDevices(); }};
-  // What stands with each count.
+  // The labels beside the counts.
   Derived<std::string> childrenLabel{
       *this, "childrenLabel", [this] { return std::string("Child") + (countChildren() == 1 ? "" : "ren"); }};
   Derived<std::string> devicesLabel{
       *this, "devicesLabel", [this] { return std::string("Device") + (countDevices() == 1 ? "" : "s"); }};
   Text onlineLabel{*this, "onlineLabel", "Online"};
-  // Absent while a silent refresh runs, when a spinner stands in its place.
+  // nullopt during a silent refresh, when a spinner is shown instead.
   Derived<std::optional<std::string>> statusIcon{
       *this, "statusIcon", [this] {
         return isBackgroundRefreshing() ? std::nullopt : std::optional<std::string>("arrow.clockwise");
       }};
-  // Empty where the list is not shown: the formats of dates take long to load the first time.
+  // Empty if the list is not shown, because loading the date formats for the first time is slow.
   Timely<std::string> updatedText{*this, "updatedText", [this] { return computeUpdatedText(); }};
   Text autoRefreshText{*this, "autoRefreshText", "Auto-refresh every 30s"};
 
-  // A load that takes the place of what is on screen has lasted long enough to be shown.
+  // A reload of visible content has lasted long enough to be shown.
   Published<bool> showsReload{*this, "showsReload", false};
-  // Of the cards as they are drawn: those that are there stay there while they are loaded again.
+  // The opacity of visible cards: they stay visible during a reload.
   Derived<double> drawnCardOpacity{*this, "drawnCardOpacity", [this] { return showsReload() ? 0.7 : 1.0; }};
 
-  // The entry of the cards: each begins `appearanceDelay` of its own later.
+  // The entry animation of the cards. Each card starts after its own `appearanceDelay`.
   Derived<double> cardOpacity{*this, "cardOpacity", [this] { return cardsAppeared() ? 1.0 : 0.0; }};
   Derived<double> cardOffset{*this, "cardOffset", [this] { return cardsAppeared() ? 0.0 : 20.0; }};
 
@@ -139,13 +138,12 @@ class DeviceListView final : public ScreenModel {
   Action<> cycleTheme{*this, "cycleTheme", [this] { appearanceManager_->cycleMode(); }};
   Action<> logout{*this, "logout", [this] { logoutConfirmation.ask(); }};
 
-  // The timer runs.
   bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }
 
  private:
   void onAppear() override;
   void onDisappear() override;
-  // A sheet has gone.
+  // Called when a sheet was dismissed.
   void comeBack();
   void followScene(ScenePhase phase);
 

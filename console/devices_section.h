@@ -13,9 +13,9 @@
 
 namespace quillmar {
 
-// The devices of the child whose page it is. While it runs, it asks for them every 15 seconds.
+// The child's devices. While started, it fetches them every 15 seconds.
 class DevicesSection {
-  // First, since the members register there.
+  // First: the members register with it.
   ChildPage& page_;
   ScreenModel& screen_;
 
@@ -50,7 +50,7 @@ class DevicesSection {
   bool isRunning() const { return timer_ != nullptr; }
 
   void show(std::vector<Device> answer);
-  // "Last seen" counts from the present.
+  // Updates "Last seen" texts.
   void updateRows();
 
  private:

@@ -10,7 +10,7 @@ namespace quillmar {
 
 class Environment;
 
-// Takes a new name for a child. Whoever presents it sends the name; an unchanged one is sent too.
+// Edits a child's name. The presenter sends the name, even an unchanged one.
 class EditChildNameView final : public ScreenModel {
  public:
   EditChildNameView(Environment& /*environment*/, std::string currentName,

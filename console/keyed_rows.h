@@ -11,7 +11,7 @@
 
 namespace quillmar {
 
-// Tells items of the same key apart: the first has the key itself, the others have it with their count.
+// Makes keys unique: the first item keeps its key, later ones get a count appended.
 class UniqueKeys {
  public:
   std::string operator()(const std::string& key) {
@@ -27,9 +27,9 @@ class UniqueKeys {
   std::unordered_set<std::string> used_;
 };
 
-// Makes a list show these items, one a row. A row stays its item's for as long as the item's key is in the
-// list, and the list is announced only where rows came, went or moved. `make` makes the row of an item that
-// had none, `update` brings an item's row up to date.
+// Shows the items in a list, one row each. A row belongs to its item as long as the item's key is in the
+// list. The list is announced only if rows were added, removed or moved. `make` creates a row for a new item,
+// `update` updates the row of an item.
 template <class Row, class Item, class KeyOf, class Make, class Update>
 void showInRows(Rows<Row>& rows, const std::vector<Item>& items, KeyOf keyOf, Make make, Update update) {
   const auto shown = rows.nested();
@@ -54,7 +54,7 @@ void showInRows(Rows<Row>& rows, const std::vector<Item>& items, KeyOf keyOf, Ma
   }
 }
 
-// Assigns what differs only, so that nobody hears of what has not changed.
+// Assigns only a different value, so that nothing unchanged is announced.
 template <class T>
 void setIfChanged(Published<T>& published, T value) {
   if (!(published() == value)) {

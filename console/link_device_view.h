@@ -26,7 +26,7 @@ inline constexpr std::array rawNames<LinkDeviceContent> =
                                  {LinkDeviceContent::list, "list"},
                                  {LinkDeviceContent::empty, "empty"}});
 
-// A device that belongs to no child yet. A tap links it; open, it shows a button that deletes it.
+// A device not linked to a child. A tap links it; swiped open, the row shows a delete button.
 class UnassignedDeviceRow final : public OpeningRow {
  public:
   using Reaction = std::function<void(const Device&)>;
@@ -41,10 +41,10 @@ class UnassignedDeviceRow final : public OpeningRow {
   Text removeTitle{*this, "removeTitle", "Delete"};
   Text removeIcon{*this, "removeIcon", "trash"};
 
-  // Closes an open row, and links the device of a closed one.
+  // Closes an open row; links the device of a closed one.
   Action<> tap{*this, "tap", [this] { isSwiped() ? close() : onLink_(device()); }};
   Action<> link{*this, "link", [this] { onLink_(device()); }};
-  // Asks for the device's deletion.
+  // Asks whether to delete the device.
   Action<> remove{*this, "remove", [this] { closeAndRemove(); }};
 
  private:
@@ -54,10 +54,10 @@ class UnassignedDeviceRow final : public OpeningRow {
   const Reaction onRemove_;
 };
 
-// Attaches a device to a child: a new one, or one that belongs to none.
+// Links a device to a child: a new device or one without a child.
 class LinkDeviceView final : public ScreenModel {
  public:
-  // `onDeviceLinked` runs whenever the devices of the family have changed.
+  // `onDeviceLinked` runs whenever the family's devices changed.
   LinkDeviceView(Environment& environment, std::string childId, std::function<void()> onDeviceLinked);
 
   Published<std::vector<Device>> unassignedDevices{*this, "unassignedDevices"};
@@ -68,7 +68,7 @@ class LinkDeviceView final : public ScreenModel {
       *this,
       {.isShown = "showDeleteConfirmation", .confirm = "deleteSelectedDevice", .cancel = "cancelDeletion"},
       [this] { deleteSelected(); }};
-  // Overwritten by the next use and never cleared.
+  // Overwritten by the next deletion, never cleared.
   Published<std::optional<Device>> deviceToDelete{*this, "deviceToDelete"};
   Sheet<ScannerView> showScanner;
   Sheet<ManualEnrollmentView> showManualEnrollment;
@@ -95,14 +95,14 @@ class LinkDeviceView final : public ScreenModel {
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> addPhone{*this, "addPhone", [this] { showScanner = true; }};
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
-  // Asks for the deletion of the device at that place, if there is one.
+  // Asks whether to delete the device at this index, if there is one.
   Action<std::int64_t> deleteAt{*this, "deleteAt", [this](std::int64_t index) { askToDeleteAt(index); }};
 
   void loadUnassignedDevices();
   void linkSelectedDevice(const Device& device);
 
  private:
-  // A screen that enrols a new device for this child.
+  // A sheet that enrols a new device for this child.
   template <class Screen>
   std::shared_ptr<Screen> makeEnrollment();
 

@@ -13,7 +13,7 @@ struct Look {
   std::string_view label;
   std::string_view icon;
 };
-// In the order of the enumeration.
+// Indexed by the enum's value.
 constexpr std::array<Look, rawNames<ManualDeviceType>.size()> looks = {
     {{"PlayStation", "gamecontroller.fill"},
      {"Xbox", "gamecontroller.fill"},

@@ -45,11 +45,11 @@ template <>
 inline constexpr auto wire<SetupStep> = record(required("number", &SetupStep::number),
                                                required("text", &SetupStep::text));
 
-// Registers a device that cannot run the application, and shows what to type into it. The device exists on
-// the service from then on: going back undoes nothing, and adding once more registers a second one.
+// Registers a device that can't run the application, and shows the settings to type into it. The service then
+// has the device: going back does not remove it, and adding again registers a second one.
 class ManualEnrollmentView final : public ScreenModel {
  public:
-  // Without a child the device belongs to none. `onEnrollmentComplete` runs when the person is done.
+  // Without a child the device is not linked. `onEnrollmentComplete` runs when the person taps Done.
   ManualEnrollmentView(Environment& environment, std::optional<std::string> childId,
                        std::function<void()> onEnrollmentComplete = {});
 
@@ -59,7 +59,7 @@ class ManualEnrollmentView final : public ScreenModel {
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
   Published<std::optional<ManualEnrollmentResponse>> enrollmentResult{*this, "enrollmentResult"};
-  // Which of the two screens stands.
+  // False: the form; true: the instructions.
   Published<bool> showInstructions{*this, "showInstructions", false};
 
   Derived<std::string> title{
@@ -107,7 +107,7 @@ class ManualEnrollmentView final : public ScreenModel {
 
  private:
   static std::vector<ManualDeviceChoice> choices();
-  // Empty before there is an answer.
+  // Empty before the service answers.
   SetupInstructions setup() const;
   std::vector<SetupStep> numberedSteps() const;
 

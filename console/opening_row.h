@@ -6,14 +6,14 @@
 
 namespace quillmar {
 
-// A row that is dragged to the left to open and shows a button at its end; it does not act by the drag alone.
+// A row that opens when dragged to the left and then shows a button. The drag alone triggers nothing.
 // Distances are in points.
 class OpeningRow : public ObservableObject {
  public:
   static constexpr double threshold = -80;
 
   Published<double> offset{*this, "offset", 0.0};
-  // The row stands open.
+  // The row is open.
   Published<bool> isSwiped{*this, "isSwiped", false};
 
   Derived<double> swipeThreshold{*this, "swipeThreshold", [] { return threshold; }};

@@ -11,7 +11,7 @@
 namespace quillmar {
 namespace {
 
-// Whether it is a domain at all is for the service to say.
+// The service decides whether it is a valid domain.
 std::string normalised(const std::string& typed) { return trimmed(lowercased(typed)); }
 
 }  // namespace
@@ -27,7 +27,7 @@ void PolicySection::show(const ChildPolicy& answer) {
   blockMode = answer.blockMode;
   blockedDomains = answer.blockedDomains;
   allowedDomains = answer.allowedDomains;
-  // The last, since its change is answered by a call that reads the others.
+  // Assigned last: its change triggers a call that reads the others.
   isBlocked = answer.isBlocked;
 }
 

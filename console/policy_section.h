@@ -12,30 +12,30 @@
 
 namespace quillmar {
 
-// The filtering policy of the child whose page it is: whether the internet is blocked, and the sites that
-// always are or never. No change is shown before the service has answered.
+// The child's filtering policy: the internet block, and the sites that are always blocked or always allowed.
+// A change is shown only after the service has answered.
 class PolicySection {
-  // First, since the members register there.
+  // First: the members register with it.
   ChildPage& page_;
   ScreenModel& screen_;
 
  public:
   explicit PolicySection(ChildPage& page);
 
-  // The last one received.
+  // The last policy received.
   Published<std::optional<ChildPolicy>> policy{screen_, "policy"};
   Input<bool> isBlocked{screen_, "isBlocked", false};
-  // What goes with the toggle.
+  // Sent with the toggle.
   Published<std::string> blockMode{screen_, "blockMode", "blacklist"};
   Published<std::vector<std::string>> blockedDomains{screen_, "blockedDomains"};
   Published<std::vector<std::string>> allowedDomains{screen_, "allowedDomains"};
-  // The text fields, for an allowed site and for a blocked one.
+  // The text fields for an allowed site and for a blocked one.
   Input<std::string> newDomain{screen_, "newDomain"};
   Input<std::string> newBlockedDomain{screen_, "newBlockedDomain"};
 
   Rows<PolicySiteRow> allowedRows{screen_, "allowedRows"};
   Rows<PolicySiteRow> blockedRows{screen_, "blockedRows"};
-  // The allowed sites again, where they stand among the visited ones.
+  // The allowed sites, shown among the visited ones.
   Rows<PermanentAllowedSiteRow> permanentAllowedSiteRows{screen_, "permanentAllowedSiteRows"};
   Derived<std::int64_t> allowedCount{screen_, "allowedCount",
                                      [this] { return std::ssize(allowedDomains()); }};
@@ -45,7 +45,7 @@ class PolicySection {
   Text controlsTitle{screen_, "controlsTitle", "Internet Controls"};
   Text blockTitle{screen_, "blockTitle", "Block the Internet"};
   Text blockCaption{screen_, "blockCaption", "Block all sites except allowed list"};
-  // Absent where the internet is not blocked.
+  // nullopt if the internet is not blocked.
   Derived<std::optional<std::string>> blockWarning{screen_, "blockWarning",
                                                    [this] { return computeBlockWarning(); }};
   Text blockWarningIcon{screen_, "blockWarningIcon", "exclamationmark.triangle.fill"};

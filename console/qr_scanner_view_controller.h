@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// Where the notifications of a scanner arrive, synchronously and on the main thread.
+// Receives a scanner's notifications, synchronously and on the main thread.
 class QRScannerDelegate {
  public:
   QRScannerDelegate() = default;
@@ -19,8 +19,8 @@ class QRScannerDelegate {
   virtual void notify(std::string_view notification, const std::string& object) = 0;
 };
 
-// The camera of the scanner. It runs while its view is shown, and stops by itself at the first QR code;
-// without a camera it does nothing. Owned by std::shared_ptr: what it notifies of may end it.
+// The scanner's camera. It runs while its view is shown and stops at the first QR code. Without a camera it
+// does nothing. Owned by std::shared_ptr, because a notification may release it.
 class QRScannerViewController : public std::enable_shared_from_this<QRScannerViewController> {
  public:
   static constexpr std::string_view qrCodeScanned = "QRCodeScanned";

@@ -17,7 +17,7 @@ constexpr char lower(char c) { return isUpper(c) ? static_cast<char>(c - 'A' + '
 
 constexpr std::size_t longestListedLabel = 4;
 
-// A short label as one number, whatever its case: its length and its letters. No listed label gives 0.
+// Encodes a short label as a number, from its length and its letters, ignoring case. No listed label gives 0.
 constexpr std::uint64_t packed(std::string_view label) {
   if (label.size() > longestListedLabel) {
     return 0;
@@ -43,7 +43,7 @@ constexpr bool isSecondLevel(std::string_view label) {
   return std::ranges::find(secondLevelLabels, packed(label)) != secondLevelLabels.end();
 }
 
-// A label of two letters has a place in a table of all there can be.
+// Two-letter labels are looked up in a table of all combinations.
 constexpr std::size_t letterCount = 26;
 
 constexpr std::optional<std::size_t> placeOfTwoLetters(std::string_view label) {
@@ -72,7 +72,7 @@ constexpr bool isCountry(std::string_view label) {
   return place && countryLabels[*place];
 }
 
-// What is to be known of the characters of a label; several add up by |.
+// Character classes of a label, combined by |.
 enum Letter : unsigned { plain = 0, upperCase = 1, notAscii = 2 };
 
 constexpr auto letters = [] {
@@ -83,12 +83,12 @@ constexpr auto letters = [] {
   return kinds;
 }();
 
-// The labels that make a site. The third, which comes first, only where the others ask for one.
+// The labels that make up a site. The third is set only if the last two are a listed ending.
 struct SiteLabels {
   std::string_view third;
   std::string_view second;
   std::string_view last;
-  unsigned kinds = plain;  // of all their characters
+  unsigned kinds = plain;  // of all three labels
 
   explicit constexpr SiteLabels(std::string_view name) {
     last = takeLast(name);
@@ -97,7 +97,7 @@ struct SiteLabels {
       third = takeLast(name);
     }
   }
-  // Takes the last label off a name, with the dots around it; an empty one where there is none left.
+  // Removes the last label and the dots around it; returns an empty label if there is none.
   constexpr std::string_view takeLast(std::string_view& name) {
     std::size_t end = name.size();
     while (end > 0 && name[end - 1] == '.') {
@@ -111,7 +111,7 @@ struct SiteLabels {
     name = name.substr(0, begin);
     return label;
   }
-  // Fewer than two are no site.
+  // A name of fewer than two labels has no site.
   constexpr bool areEnough() const { return !second.empty(); }
   constexpr std::string_view first() const { return third.empty() ? second : third; }
   constexpr std::size_t joinedSize() const {
@@ -129,7 +129,7 @@ struct SiteLabels {
   }
 };
 
-// What of a name its site is made from.
+// The part of the name that the site is made from.
 constexpr std::string_view relevantPart(std::string_view name, const SiteLabels& labels) {
   if (!labels.areEnough()) {
     return name;
@@ -139,10 +139,10 @@ constexpr std::string_view relevantPart(std::string_view name, const SiteLabels&
   return name.substr(begin, end - begin);
 }
 
-// The site of a name whose letters outside of ASCII are in lower case.
+// The site of a name, with non-ASCII letters in lower case.
 std::string_view siteOf(std::string_view name, const SiteLabels& labels, std::string& storage) {
   const std::string_view relevant = relevantPart(name, labels);
-  // The labels stand in the name with more than one dot between them.
+  // The labels are separated by more than one dot.
   const bool isTorn = labels.areEnough() && relevant.size() > labels.joinedSize();
   if (isTorn) {
     storage = labels.joined();
@@ -162,7 +162,7 @@ std::string_view rootDomain(std::string_view name, std::string& storage) {
   if ((labels.kinds & notAscii) == 0) {
     return siteOf(name, labels, storage);
   }
-  // The lower case of a letter outside of ASCII may hang on its neighbours: the whole name is looked at.
+  // Lower-casing a non-ASCII letter may depend on its neighbours, so the whole name is converted.
   const std::string lowerName = lowercased(name);
   std::string site;
   storage = siteOf(lowerName, SiteLabels(lowerName), site);

@@ -7,11 +7,11 @@
 
 namespace quillmar {
 
-// The site that a parent sees and acts on: the last two labels of a name, or three under endings like "co.uk"
-// which two fixed lists tell, in lower case. A name of less than two labels is its own site. Any thread.
+// The site of a domain name: its last two labels, or three under a listed ending like "co.uk", in lower case.
+// A name of fewer than two labels is its own site. Any thread.
 std::string rootDomain(std::string_view name);
 
-// The same without a copy where it stands in the name as it is: a view of `name`, else of `storage`.
+// Avoids a copy: returns a view into `name` if the site is there as is, else into `storage`.
 std::string_view rootDomain(std::string_view name, std::string& storage);
 
 inline std::string rootDomain(const DNSLog& log) { return rootDomain(log.domain); }

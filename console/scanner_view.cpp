@@ -23,7 +23,7 @@ bool isReadableCode(const RecognisedObject& object) {
   return object.isQRCode && object.text && !object.text->empty();
 }
 
-// Two words that help whoever is asked for help.
+// Two flags for support.
 std::string diagnosisOf(const SettingsStore& stored) {
   return "\n\n[Debug: Token: " + yesOrNo(stored.object(settings::authToken).has_value()) +
          ", Region: " + yesOrNo(stored.object(settings::region).has_value()) + "]";
@@ -128,7 +128,7 @@ QRReader::Reply ScannerView::replyFrom(std::string_view source) {
 void ScannerView::handleReading(std::string_view source, const Result<RecognisedObjects>& objects) {
   isReading = false;
   if (!isScanning()) {
-    // The camera was quicker.
+    // The camera found a code first.
     return;
   }
   if (!objects.ok()) {

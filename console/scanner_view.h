@@ -23,13 +23,13 @@ inline constexpr std::array rawNames<ScannerStage> =
                             {ScannerStage::success, "success"},
                             {ScannerStage::review, "review"}});
 
-// The parent's half of an enrollment: reads the QR code that the child's device shows and completes the
-// enrollment with the service; the two devices never talk to each other otherwise. Where there is no camera,
-// a code comes from a picture, the clipboard or the screen.
+// The parent's side of an enrollment: reads the QR code on the child's device and completes the enrollment
+// with the service. The two devices do not communicate directly. Without a camera, the code comes from a
+// picture, the clipboard or the screen.
 class ScannerView final : public ScreenModel {
  public:
-  // Without a child the device belongs to none. `onEnrollmentComplete` runs when the person leaves the
-  // success.
+  // Without a child the device is not linked. `onEnrollmentComplete` runs when the person leaves the success
+  // page.
   ScannerView(Environment& environment, std::optional<std::string> childId,
               std::function<void()> onEnrollmentComplete);
   ~ScannerView() override;
@@ -37,19 +37,19 @@ class ScannerView final : public ScreenModel {
   ScannerView& operator=(const ScannerView&) = delete;
 
   Published<bool> isScanning{*this, "isScanning", true};
-  // The code's text as it was read, good or not.
+  // The scanned text, valid or not.
   Published<std::string> scannedCode{*this, "scannedCode"};
   Input<std::string> deviceName{*this, "deviceName"};
   Published<bool> isProcessing{*this, "isProcessing", false};
   ErrorAlert errorAlert{*this};
   Published<bool> enrollmentSuccess{*this, "enrollmentSuccess", false};
   Published<CameraState> camera;
-  // A picture, the clipboard or the screen is being looked at.
+  // A picture, the clipboard or the screen is being read.
   Published<bool> isReading{*this, "isReading", false};
 
   Derived<ScannerStage> stage{*this, "stage", [this] { return computeStage(); }};
   Derived<bool> hasCamera{*this, "hasCamera", [this] { return camera() == CameraState::available; }};
-  // Why there is nothing to see; absent while the camera may be used.
+  // Why there is no camera picture; nullopt while the camera may be used.
   Derived<std::optional<std::string>> cameraNotice{*this, "cameraNotice",
                                                    [this] { return computeCameraNotice(); }};
 
@@ -76,7 +76,7 @@ class ScannerView final : public ScreenModel {
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<std::string> choosePicture{*this, "choosePicture", [this](const std::string& path) { look(path); },
                                     [this] { return canRead(); }};
-  // Text on the clipboard is the code itself; a picture there is looked at.
+  // Text on the clipboard is used as the code; a picture is searched for one.
   Action<> pasteCode{*this, "pasteCode", [this] { paste(); }, [this] { return canRead(); }};
   Action<> readScreen{*this, "readScreen", [this] { lookAtScreen(); }, [this] { return canRead(); }};
   Action<> completeEnrollment{*this, "completeEnrollment", [this] { complete(); },
@@ -85,7 +85,7 @@ class ScannerView final : public ScreenModel {
                      [this] { return stage() == ScannerStage::review; }};
   Action<> done{*this, "done", [this] { finish(); }, [this] { return stage() == ScannerStage::success; }};
 
-  // What a camera, a picture or a person hands over.
+  // Takes the text from a camera, a picture or a person.
   void handleScannedCode(const std::string& code);
 
  private:
@@ -96,7 +96,7 @@ class ScannerView final : public ScreenModel {
   ScannerStage computeStage() const;
   std::optional<std::string> computeCameraNotice() const;
 
-  // Shows the camera exactly while there is something to scan and somebody to see it.
+  // The camera runs only while the screen is visible and waits for a code.
   void updateCamera();
   void restartCamera();
   void showCamera();

@@ -67,7 +67,7 @@ void SettingsView::startDeletion() {
   isDeletingAccount = true;
   deleteAccountError = std::string();
   auto show = weakly([this](const Result<void>& result) { handleDeletion(result); });
-  // An account that is gone ends its session, also where this screen has gone meanwhile.
+  // A deleted account ends its session even if this screen no longer exists.
   auto handle = [show = std::move(show), guard = lifetimeGuard(),
                  session = session_](const Result<void>& result) mutable {
     if (guard.alive()) {

@@ -14,7 +14,7 @@
 
 namespace quillmar {
 
-// One look to choose.
+// One appearance to choose.
 class AppearanceRow final : public ObservableObject {
  public:
   AppearanceRow(AppearanceMode mode, AppearanceManager& appearance);
@@ -22,12 +22,12 @@ class AppearanceRow final : public ObservableObject {
   Text title;
   Text icon;
   Derived<bool> isSelected;
-  // Stored and applied at once.
+  // The choice is stored and applied at once.
   Action<> select;
 };
 
-// Account, appearance, version, and the end of the account: two questions, the second with the password,
-// which is sent once and not kept.
+// Account, appearance, version, and deleting the account. Deleting asks two questions; the second takes the
+// password, which is sent once and not kept.
 class SettingsView final : public ScreenModel {
  public:
   explicit SettingsView(Environment& environment);
@@ -38,14 +38,14 @@ class SettingsView final : public ScreenModel {
       *this,
       {.isShown = "showDeleteAccountConfirmation", .confirm = "continueDeletion", .cancel = "cancelDeletion"},
       [this] { askForPassword(); }};
-  // However the sheet goes, the password goes with it; a request under way runs on.
+  // However the sheet is dismissed, the password is cleared; a running request continues.
   Sheet<DeleteAccountSheet> showDeleteAccountPassword{
       *this, "showDeleteAccountPassword", [this] { return std::make_shared<DeleteAccountSheet>(*this); },
       [this] { deleteAccountPassword = std::string(); }};
   Input<std::string> deleteAccountPassword{*this, "deleteAccountPassword"};
   Published<bool> isDeletingAccount{*this, "isDeletingAccount", false};
   Published<std::string> deleteAccountError{*this, "deleteAccountError"};
-  // The alert is this screen's own, beneath the password sheet.
+  // Shown by this screen, beneath the password sheet.
   Input<bool> showDeleteError{*this, "showDeleteError", false};
 
   Derived<std::string> initials{*this, "initials", [this] { return session_->initials(); }};

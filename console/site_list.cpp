@@ -10,8 +10,8 @@ namespace {
 
 constexpr auto refreshPeriod = std::chrono::seconds(2);
 
-// The newest entry of each site. The filter comes first, so that a site may be among the blocked and the
-// visited ones. The entries come newest first.
+// The newest entry of each site. Expects the newest entries first. Filters before grouping, so a site can be
+// among both the blocked and the visited ones.
 std::vector<DNSLog> newestOfEachSite(std::vector<DNSLog> logs, const SiteListQuery& query) {
   std::unordered_set<std::string> seen;
   std::vector<DNSLog> newest;
@@ -53,7 +53,7 @@ void SiteLog::fetch(ActivityTimeFilter filter) {
   for (const Device& device : devices_.devices()) {
     ids.push_back(device.id);
   }
-  // It completes on the main queue.
+  // Completes on the main queue.
   page_.service().getRecentDeviceLogs(
       ids, span(filter), query_.limit,
       page_.screen().weakly([this](Result<std::vector<DNSLog>> result) { finish(std::move(result)); }));

@@ -17,24 +17,24 @@
 
 namespace quillmar {
 
-// The names under which a list's members are known.
+// The names of a list's members.
 struct SiteListNames {
   std::string_view logs;
   std::string_view isLoading;
   std::string_view rows;
 };
 
-// What a list asks for, and what it keeps of the answer.
+// What a list fetches, and which entries it keeps.
 struct SiteListQuery {
   std::size_t limit;
-  // Of either kind where it is absent.
+  // nullopt: blocked and allowed entries.
   std::optional<bool> wasBlocked;
   std::size_t mostSites;
   std::string_view failureLine;
 };
 
-// What a child's devices asked for: each site once, with its newest entry, the newest first. A refresh that
-// brings nothing new announces no row and makes none.
+// The sites that a child's devices queried: each site once, with its newest entry, newest first. A refresh
+// without changes neither announces nor creates a row.
 class SiteLog {
  public:
   SiteLog(const SiteLog&) = delete;
@@ -44,7 +44,7 @@ class SiteLog {
   Published<std::vector<DNSLog>> logs;
   Published<bool> isLoading;
 
-  // Asks now, and every 2 seconds where the list is to show the present.
+  // Fetches now, and every 2 seconds if the filter is real time.
   void start(ActivityTimeFilter filter);
   void stop() { timer_.reset(); }
   bool isRefreshing() const { return timer_ != nullptr; }
@@ -67,8 +67,8 @@ class SiteLog {
   std::unique_ptr<Timer> timer_;
 };
 
-// The same with a row for each site, which is the site's for as long as the site is in the list. A swipe
-// allows the site, or blocks it.
+// A SiteLog with one row per site; a row lasts as long as its site is in the list. Swiping a row allows or
+// blocks the site.
 template <class Row>
 class SiteList final : public SiteLog {
  public:
@@ -78,7 +78,7 @@ class SiteList final : public SiteLog {
 
   Rows<Row> rows;
 
-  // Some may be allowed now, or no longer.
+  // Updates all rows: sites may have been allowed or removed.
   void showRows() override;
   void updateTimes();
 

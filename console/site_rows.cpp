@@ -37,7 +37,7 @@ void SwipeRow::drag(double dx, double dy) {
   }
 }
 
-// The last accepted offset decides, wherever the drag has gone since.
+// Uses the last accepted offset, even if the drag has moved on since.
 void SwipeRow::endDrag() {
   if (canSwipe() && rule_.firesAt(offset())) {
     fire();

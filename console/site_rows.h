@@ -8,22 +8,22 @@
 #include "client/records/dns_log.h"
 #include "foundation/observable.h"
 
-// The rows of a child's activity. A row follows a drag of its own direction and, where the drag ends beyond
-// the threshold, fires and goes back. Whoever can't drag has the same by an action.
+// The rows of a child's activity. A row follows drags in its direction. If the drag ends beyond the
+// threshold, the row acts and returns. People who can't drag use an action instead.
 namespace quillmar {
 
-// Which drags move a row, and how far is far enough. Distances are in points.
+// Which drags move a row, and how far it must move. Distances are in points.
 struct SwipeRule {
-  double direction = 1;  // 1: to the right, -1: to the left
-  double steepness = 1;  // a drag must be more than that many times as wide as it is high
+  double direction = 1;  // 1: right, -1: left
+  double steepness = 1;  // a drag counts if its width exceeds this multiple of its height
   double threshold = 0;
-  double minimumDistance = 0;  // of any direction, before a drag is one
+  double minimumDistance = 0;  // shorter movements in any direction are not drags
 
   bool accepts(double dx, double dy) const;
   bool firesAt(double offset) const;
 };
 
-// What stands behind a row while it is dragged.
+// The strip visible behind a dragged row.
 struct SwipeStrip {
   std::string_view title;
   std::string_view icon;
@@ -41,7 +41,7 @@ class SwipeRow : public ObservableObject {
   Text stripIcon;
   Text stripColor;
 
-  // The drag's way from where it was pressed.
+  // The offset from where the drag started.
   Action<double, double> dragChanged{*this, "dragChanged", [this](double dx, double dy) { drag(dx, dy); },
                                      [this] { return canSwipe(); }};
   Action<double, double> dragEnded{*this, "dragEnded", [this](double /*dx*/, double /*dy*/) { endDrag(); }};
@@ -58,7 +58,7 @@ class SwipeRow : public ObservableObject {
   const SwipeRule rule_;
 };
 
-// A site as the newest entry of the log shows it.
+// A site, shown by its newest log entry.
 class LogRow : public SwipeRow {
  public:
   using Reaction = std::function<void(const DNSLog&)>;
@@ -73,7 +73,7 @@ class LogRow : public SwipeRow {
   LogRow(std::string_view typeName, const SwipeStrip& strip, DNSLog log);
 };
 
-// A site that can be added to the allowed ones, once.
+// A site that can be allowed, once.
 class AllowableRow : public LogRow {
  public:
   Published<bool> isAlreadyAllowed{*this, "isAlreadyAllowed", false};
@@ -91,12 +91,12 @@ class AllowableRow : public LogRow {
   const Reaction onAllow_;
 };
 
-// A site of the last minute, blocked or not.
+// A site from the last minute, blocked or allowed.
 class RecentActivityRow final : public AllowableRow {
  public:
   RecentActivityRow(DNSLog log, Reaction onAllow);
 
-  // A swipe does not stick open.
+  // Always false: a swipe leaves no open row.
   Published<bool> isSwiped{*this, "isSwiped", false};
 
   Derived<std::string> icon{
@@ -143,7 +143,7 @@ class AllowedSiteRow final : public LogRow {
   const Reaction onBlock_;
 };
 
-// A site that the parent has allowed for good.
+// A permanently allowed site.
 class PermanentAllowedSiteRow final : public SwipeRow {
  public:
   PermanentAllowedSiteRow(std::string_view domain, std::function<void(const std::string&)> onRemove);
@@ -161,7 +161,7 @@ class PermanentAllowedSiteRow final : public SwipeRow {
   const std::function<void(const std::string&)> onRemove_;
 };
 
-// A site in a list of the policy, with a control that takes it out.
+// A site in a policy list, with a remove button.
 class PolicySiteRow final : public ObservableObject {
  public:
   PolicySiteRow(std::string_view domain, std::function<void(const std::string&)> onRemove);

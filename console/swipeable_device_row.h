@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// A device of a child; open, it shows a button that unlinks it.
+// A device of a child; swiped open, the row shows an unlink button.
 class SwipeableDeviceRow final : public OpeningRow {
  public:
   using Reaction = std::function<void(const Device&)>;
@@ -28,7 +28,7 @@ class SwipeableDeviceRow final : public OpeningRow {
 
   // Closes an open row.
   Action<> tap{*this, "tap", [this] { close(); }, [this] { return isSwiped(); }};
-  // Asks for the unlinking; whoever is asked confirms it.
+  // Requests the unlinking; the section asks for confirmation.
   Action<> unlink{*this, "unlink", [this] { closeAndUnlink(); }};
 
   void show(const Device& newDevice, const std::string& newLastSeenText);

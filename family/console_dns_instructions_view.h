@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// Where a console's DNS settings are to be found. They belong to a console, and so there are none here.
+// Where to find a console's DNS settings. They are on the console, so this screen has none.
 class ConsoleDNSInstructionsView final : public ScreenModel {
  public:
   ConsoleDNSInstructionsView() : ScreenModel("ConsoleDNSInstructionsView") {}

@@ -11,7 +11,7 @@ namespace quillmar {
 
 class FamilyMembersView;
 
-// One right of a member: where it stands in the record, and where in the request that changes it.
+// One permission of a member: its field in the record and in the update request.
 struct Permission {
   std::string_view name;
   std::string_view title;
@@ -19,8 +19,8 @@ struct Permission {
   std::optional<bool> UpdateMemberPermissionsRequest::*change;
 };
 
-// Shows what the member held when the sheet was opened; a change goes to the service and is not shown before
-// the sheet is opened anew. One call at a time.
+// Shows the permission as it was when the sheet opened. A change is sent to the service, but shown only when
+// the sheet is opened again. One call at a time.
 class PermissionToggle final : public ObservableObject {
  public:
   PermissionToggle(const Permission& permission, FamilyMembersView& family);
@@ -39,7 +39,7 @@ class PermissionToggle final : public ObservableObject {
   FamilyMembersView& family_;
 };
 
-// The rights of the member that is selected.
+// The permissions of the selected member.
 class FamilyMemberSheet final : public ScreenModel {
  public:
   explicit FamilyMemberSheet(FamilyMembersView& family);

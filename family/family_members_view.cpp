@@ -12,7 +12,7 @@
 namespace quillmar {
 namespace {
 
-// The sheet is gone before the alert rises.
+// The alert is shown only after the sheet has closed.
 constexpr auto sheetLeaves = std::chrono::milliseconds(300);
 
 template <class Row>
@@ -140,7 +140,7 @@ void FamilyMembersView::removeSelected() {
                                       hoppingToMain(dispatch_, std::move(handle)));
 }
 
-// The service knows an invitation by its code here, not by its id.
+// This call identifies an invitation by its code, not by its id.
 void FamilyMembersView::revoke(const FamilyInvitation& invitation) {
   environment_.networkService()->send(
       calls::revokeInvitation, {invitation.inviteCode},

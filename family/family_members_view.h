@@ -26,23 +26,23 @@ inline constexpr std::array rawNames<FamilyContent> =
                              {FamilyContent::family, "family"},
                              {FamilyContent::failure, "failure"}});
 
-// The family: its members, their rights, and the invitations still open. Only the primary parent can change
-// anything. Every change that the service took is followed by a load, which shows nothing of the old state.
+// The family: its members, their permissions, and the open invitations. Only the primary parent can change
+// anything. Each successful change is followed by a load, which hides the old state.
 class FamilyMembersView final : public ScreenModel {
  public:
   explicit FamilyMembersView(Environment& environment);
 
-  // The last good answer.
+  // The last successful answer.
   Published<std::optional<FamilyResponse>> familyResponse{*this, "familyResponse"};
   Published<bool> isLoading{*this, "isLoading", true};
   ErrorAlert errorAlert{*this};
-  // The invitation that was made last.
+  // The newest invitation.
   Published<std::string> inviteCode{*this, "inviteCode"};
   Published<std::string> inviteQRData{*this, "inviteQRData"};
   Published<bool> isCreatingInvite{*this, "isCreatingInvite", false};
   Sheet<InviteFamilyMemberSheet> showInviteSheet{
       *this, "showInviteSheet", [this] { return std::make_shared<InviteFamilyMemberSheet>(*this); }};
-  // A copy, which no load updates.
+  // A copy: a load does not update it.
   Published<std::optional<FamilyMember>> selectedMember{*this, "selectedMember"};
   Sheet<FamilyMemberSheet> showMemberSheet{*this, "showMemberSheet",
                                            [this] { return std::make_shared<FamilyMemberSheet>(*this); }};
@@ -55,13 +55,13 @@ class FamilyMembersView final : public ScreenModel {
   Derived<bool> isPrimary{*this, "isPrimary",
                           [this] { return familyResponse() && familyResponse()->isPrimary; }};
   Derived<bool> showsInviteButton{*this, "showsInviteButton", [this] { return isPrimary(); }};
-  // Absent where the account has no family, and then there is no header.
+  // nullopt if the account has no family; the header is then hidden.
   Derived<std::optional<std::string>> familyName{*this, "familyName", [this] { return computeFamilyName(); }};
   Derived<std::string> standing{
       *this, "standing",
       [this] { return std::string(isPrimary() ? "You are the primary parent" : "Family member"); }};
   Rows<FamilyMemberRow> memberRows{*this, "memberRows"};
-  // Empty where the section is not shown.
+  // Empty if the section is hidden.
   Rows<FamilyInvitationRow> invitationRows{*this, "invitationRows"};
   Derived<bool> showsInvitations{*this, "showsInvitations", [this] { return invitationRows.size() > 0; }};
 
@@ -86,9 +86,9 @@ class FamilyMembersView final : public ScreenModel {
   Action<> createInvitation{*this, "createInvitation", [this] { startInvitation(); },
                             [this] { return showsInviteButton() && !isCreatingInvite(); }};
 
-  // What the sheets of this screen ask for.
+  // Actions of this screen's sheets.
 
-  // Of the selected member, which must be there. `whenDone` runs when the answer is there, good or bad.
+  // Updates the selected member, which must exist. `whenDone` runs after the answer, also after a failure.
   void updatePermissions(const UpdateMemberPermissionsRequest& changes, std::function<void()> whenDone);
   void askToRemove();
   void copyInviteCode();
@@ -107,7 +107,7 @@ class FamilyMembersView final : public ScreenModel {
   void open(const FamilyMember& member);
   void removeSelected();
   void revoke(const FamilyInvitation& invitation);
-  // The end of every change.
+  // Every change ends here.
   void handleChange(const Result<void>& result);
 
   Environment& environment_;

@@ -10,7 +10,7 @@
 
 namespace quillmar {
 
-// A member as it was last loaded.
+// A member as last loaded.
 class FamilyMemberRow final : public ObservableObject {
  public:
   FamilyMemberRow(FamilyMember member, bool callerIsPrimary, std::function<void(const FamilyMember&)> open);
@@ -23,7 +23,7 @@ class FamilyMemberRow final : public ObservableObject {
   Derived<std::string> statusColor{*this, "statusColor", [this] {
                                      return std::string(member_.isActive ? "brandGreen" : "statusOffline");
                                    }};
-  // With a chevron then; else the row is plain.
+  // An editable row has a chevron.
   Derived<bool> canEdit{*this, "canEdit", [this] { return canEdit_; }};
   Action<> edit{*this, "edit", [this] { open_(member_); }, [this] { return canEdit_; }};
 
@@ -35,7 +35,7 @@ class FamilyMemberRow final : public ObservableObject {
   const std::function<void(const FamilyMember&)> open_;
 };
 
-// An invitation still open. How long it lasts is worked out whenever it is read.
+// An open invitation. Its remaining time is computed on each read.
 class FamilyInvitationRow final : public ObservableObject {
  public:
   FamilyInvitationRow(FamilyInvitation invitation, const Dispatch& clock,

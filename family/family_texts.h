@@ -6,18 +6,18 @@
 #include "client/records/family.h"
 #include "foundation/date.h"
 
-// What the screens say of a family's members and of the invitations still open.
+// Texts about members of a family and open invitations.
 namespace quillmar {
 
 bool isPrimary(const FamilyMember& member);
-// The primary parent is nobody's to edit, not even its own.
+// Nobody can edit the primary parent, including that parent.
 bool canEdit(const FamilyMember& member, bool callerIsPrimary);
 std::string memberInitials(const FamilyMember& member);
 std::string roleLabel(const FamilyMember& member);
 
-// "1h 30m", "59m", "Expired", or "Unknown" for an expiry that is no time.
+// "1h 30m", "59m", "Expired", or "Unknown" if the expiry is not a valid time.
 std::string timeRemaining(const FamilyInvitation& invitation, Date now);
-// Not of an expiry that is no time.
+// False if the expiry is not a valid time.
 bool isExpired(const FamilyInvitation& invitation, Date now);
 
 }  // namespace quillmar

@@ -142,12 +142,12 @@ void HomeNetworkView::handleUpdate(const Result<UpdateHomeNetworkIPResponse>& re
     return;
   }
   load();
-  // Until the load has its answer, which then counts.
+  // Holds until the load's answer replaces it.
   ipMatches = true;
   showBanner("IP updated to " + result.value().publicIP);
 }
 
-// An earlier banner's time is not taken back, so that it may end this one early.
+// The timer of an earlier banner is not cancelled, so it may hide this one early.
 void HomeNetworkView::showBanner(const std::string& text) {
   successMessage = text;
   showSuccessMessage = true;

@@ -36,7 +36,7 @@ template <>
 inline constexpr auto wire<HomeNetworkStep> = record(required("number", &HomeNetworkStep::number),
                                                      required("text", &HomeNetworkStep::text));
 
-// A label, and in its colour what it labels.
+// A label and its value, in the value's colour.
 struct HomeNetworkRow {
   std::string label;
   std::string value;
@@ -48,9 +48,9 @@ inline constexpr auto wire<HomeNetworkRow> = record(required("label", &HomeNetwo
                                                     required("value", &HomeNetworkRow::value),
                                                     required("color", &HomeNetworkRow::color));
 
-// Filtering for what cannot run the agent, by the public address of the home. The service takes that address
-// from the request's own connection, and so only a person can tell whether it is the home's: each change is
-// asked for first. The client compares no addresses.
+// Filtering by the home's public address, for devices that can't run the agent. The service takes that
+// address from the request's connection, so only a person can tell whether it is the home's. Every change is
+// therefore confirmed first. The client compares no addresses.
 class HomeNetworkView final : public ScreenModel {
  public:
   explicit HomeNetworkView(Environment& environment);
@@ -76,12 +76,12 @@ class HomeNetworkView final : public ScreenModel {
       *this, "showInstructions", [] { return std::make_shared<ConsoleDNSInstructionsView>(); }};
 
   Derived<HomeNetworkContent> content{*this, "content", [this] { return computeContent(); }};
-  // Of the set-up page.
+  // On the set-up page.
   Derived<std::string> detectedIP{*this, "detectedIP", [this] {
                                     return currentIP().empty() ? std::string("Detecting...") : currentIP();
                                   }};
   Derived<std::vector<HomeNetworkStep>> steps{*this, "steps", [] { return setUpSteps(); }};
-  // Of the status page.
+  // On the status page.
   Derived<std::string> networkName{*this, "networkName",
                                    [this] { return homeNetwork() ? homeNetwork()->name : std::string(); }};
   Derived<std::string> statusIcon{

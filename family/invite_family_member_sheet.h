@@ -10,12 +10,12 @@ namespace quillmar {
 
 class FamilyMembersView;
 
-// The invitation that was just made, to be handed on.
+// Shows the new invitation, to be passed on.
 class InviteFamilyMemberSheet final : public ScreenModel {
  public:
   explicit InviteFamilyMemberSheet(FamilyMembersView& family);
 
-  // Absent where the service gave no text for it.
+  // nullopt if the service sent no text for it.
   Derived<std::optional<QRCodeView>> qrCode{*this, "qrCode", [this] { return computeQRCode(); }};
   Derived<std::string> inviteCode{*this, "inviteCode", [this] { return computeInviteCode(); }};
 

@@ -10,7 +10,7 @@ constexpr std::size_t bareCodeLength = 6;
 
 std::string_view upTo(std::string_view end, std::string_view text) { return text.substr(0, text.find(end)); }
 
-// Looks no further into a long text than it must.
+// Stops early in a long text.
 bool isBareCode(std::string_view text) {
   return characterCount(firstCharacters(text, bareCodeLength + 1)) == bareCodeLength;
 }

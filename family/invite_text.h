@@ -6,8 +6,8 @@
 
 namespace quillmar {
 
-// The invite code in a scanned text, in upper case: what follows the first "code=" up to an "&", whatever its
-// length, or the whole of a text of six characters. Nothing for any other text.
+// The invite code in a scanned text, in upper case: the text between the first "code=" and the next "&", of
+// any length, or a whole text of six characters. nullopt for any other text.
 std::optional<std::string> parseInviteText(std::string_view text);
 
 }  // namespace quillmar

@@ -20,7 +20,7 @@ std::optional<std::string> labelled(std::string_view label, const std::optional<
   return text ? std::optional(std::string(label) + *text) : std::nullopt;
 }
 
-// A check that got no answer reads as one of a bad code.
+// A check without an answer is shown like an invalid code.
 ValidateInviteResponse invalidBecause(const std::string& reason) {
   ValidateInviteResponse result;
   result.valid = false;
@@ -61,7 +61,7 @@ void JoinFamilyView::handleScan(const std::string& text) {
   showScanner = false;
 }
 
-// A pasted text may be huge, and this is asked on every change.
+// Called on every change, and a pasted text may be huge.
 bool JoinFamilyView::isLongEnough() const {
   return characterCount(firstCharacters(inviteCode(), shortestCode)) == shortestCode;
 }

@@ -21,14 +21,14 @@ template <>
 inline constexpr std::array rawNames<JoinFamilyStage> =
     rawCases<JoinFamilyStage>({{JoinFamilyStage::code, "code"}, {JoinFamilyStage::account, "account"}});
 
-// Where a second parent joins a family: first the invite code is checked, then an account is made, which is a
-// sign-in too. Nothing of it is remembered for a later one.
+// Lets a second parent join a family. First the invite code is checked, then an account is made, which also
+// signs in. The login is not remembered.
 class JoinFamilyView final : public ScreenModel {
  public:
   explicit JoinFamilyView(Environment& environment, std::string initialInviteCode = {});
 
   const std::string initialInviteCode;
-  // Always in upper case; otherwise as typed.
+  // Always upper case; otherwise as typed.
   Input<std::string> inviteCode{*this, "inviteCode"};
   Input<std::string> email{*this, "email"};
   Input<std::string> password{*this, "password"};
@@ -36,19 +36,19 @@ class JoinFamilyView final : public ScreenModel {
   Input<std::string> displayName{*this, "displayName"};
   Published<bool> isValidating{*this, "isValidating", false};
   Published<bool> isJoining{*this, "isJoining", false};
-  // Absent before the first check, while one runs, and after a change of mind.
+  // nullopt before the first check, during a check, and after the person goes back.
   Published<std::optional<ValidateInviteResponse>> validationResult{*this, "validationResult"};
   ErrorAlert errorAlert{*this};
   Sheet<QRScannerView> showScanner{*this, "showScanner", [this] { return makeScanner(); }};
 
   Derived<JoinFamilyStage> stage{*this, "stage", [this] { return computeStage(); }};
   Derived<bool> canJoin{*this, "canJoin", [this] { return computeCanJoin(); }};
-  // Why the code that was checked is not good; absent where no warning stands.
+  // Why the checked code is invalid; nullopt if there is no warning.
   Derived<std::optional<std::string>> warning{*this, "warning", [this] { return computeWarning(); }};
   Derived<std::optional<std::string>> familyLine{*this, "familyLine", [this] { return computeFamilyLine(); }};
   Derived<std::optional<std::string>> inviterLine{*this, "inviterLine",
                                                   [this] { return computeInviterLine(); }};
-  // Of the line under the repeated password, which stands there once something was repeated.
+  // The line under the repeated password; shown once something is repeated.
   Derived<bool> showsPasswordMatch{*this, "showsPasswordMatch",
                                    [this] { return !confirmPassword().empty(); }};
   Derived<std::string> passwordMatchText{

@@ -8,15 +8,15 @@
 
 namespace quillmar {
 
-// Where an invitation's code is to be scanned. The panel is only a picture for now: no camera is opened and
-// nothing calls `onScan`.
+// The scanner for an invitation's code. The panel is only a picture for now: no camera is opened and nothing
+// calls `onScan`.
 class QRScannerView final : public ScreenModel {
  public:
   using OnScan = std::function<void(const std::string& text)>;
 
   explicit QRScannerView(OnScan scanned) : ScreenModel("QRScannerView"), onScan(std::move(scanned)) {}
 
-  // Takes what was scanned, as it stands, and takes this screen away.
+  // Takes the scanned text unchanged and dismisses this screen.
   const OnScan onScan;
 
   Text title{*this, "title", "Scan QR Code"};

@@ -15,8 +15,8 @@ namespace quillmar {
 class NetworkService;
 struct AuthResponse;
 
-// Whether a parent is signed in on this device, and who. Performs no login itself: screens call the service
-// and bring the answer here. A failed refresh never ends a session; only `logout` does.
+// The signed-in parent of this device. Makes no login call itself: screens call the service and pass the
+// answer here. A failed refresh never ends a session; only `logout` does.
 class AuthState final : public ObservableObject {
  public:
   static constexpr std::string_view tokenTimestampKey = settings::authTokenTimestamp;
@@ -36,7 +36,7 @@ class AuthState final : public ObservableObject {
   const std::optional<Date>& tokenSavedAt() const { return tokenSavedAt_; }
 
   void saveLogin(const AuthResponse& response);
-  // The way in of a parent who joins a family. Leaves the token's time stamp alone, so that the next check
+  // The login of a parent who joins a family. Does not update the token's time stamp, so the next check
   // refreshes.
   void login(const std::string& token, const std::string& parentId, const std::string& email,
              const std::string& name);

@@ -29,7 +29,7 @@ struct Meaning {
   Case error;
 };
 
-// The platform's codes.
+// The platform's error codes.
 constexpr auto meanings = std::to_array<Meaning>({{-8, Case::lockout},
                                                   {-7, Case::notEnrolled},
                                                   {-6, Case::notAvailable},
@@ -82,7 +82,7 @@ std::optional<SavedCredentials> BiometricAuthManager::loadCredentials() const {
   return SavedCredentials{*std::move(email), *std::move(password)};
 }
 
-// They may have gone while the prompt was up.
+// They may have been removed during the prompt.
 Result<SavedCredentials> BiometricAuthManager::credentialsOrError() const {
   auto credentials = loadCredentials();
   return credentials ? Result<SavedCredentials>(*std::move(credentials))

@@ -26,8 +26,8 @@ struct SavedCredentials {
   friend bool operator==(const SavedCredentials&, const SavedCredentials&) = default;
 };
 
-// Hands out the remembered credentials after a check of a finger or a face. The service knows nothing of it:
-// whoever gets the credentials still has to log in with them.
+// Returns the remembered credentials after a fingerprint or face check. The service does not know of it: the
+// caller still has to log in with the credentials.
 class BiometricAuthManager final : public ObservableObject {
  public:
   using BiometricType = quillmar::BiometricType;
@@ -36,13 +36,13 @@ class BiometricAuthManager final : public ObservableObject {
 
   BiometricAuthManager(BiometricCheck& check, Dispatch& dispatch, const KeychainService& keychain);
 
-  // As the device answers when this object is made: a finger enrolled later is seen by the next start.
+  // Asked once, when this object is made: a finger enrolled later is noticed only after a restart.
   Published<BiometricType> biometricType{*this, "biometricType", BiometricType::none};
   Published<bool> isBiometricAvailable{*this, "isBiometricAvailable", false};
 
   void checkBiometricAvailability();
-  // Completes at once where nobody needs to be asked, since there are no credentials or no sensor; else on
-  // the main queue. Never deletes the credentials.
+  // Completes at once if there are no credentials or no sensor, else on the main queue. Never deletes the
+  // credentials.
   void authenticate(Completion completion);
 
  private:

@@ -4,7 +4,7 @@
 
 namespace quillmar {
 
-// Why a biometric sign-in gave no credentials.
+// Why a biometric sign-in returned no credentials.
 struct BiometricError {
   enum class Case {
     notAvailable,

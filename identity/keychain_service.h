@@ -8,8 +8,8 @@
 
 namespace quillmar {
 
-// The sign-in that a parent asked to be remembered: an address and a password, one item each in the secure
-// store. Items outlive a logout. Keeps no state; any thread.
+// The sign-in that a parent asked to remember: email address and password, one item each in the secure store.
+// Items survive a logout. Stateless; any thread.
 class KeychainService {
  public:
   static constexpr std::string_view serviceName = "live.quillmar.credentials";
@@ -18,11 +18,11 @@ class KeychainService {
 
   explicit KeychainService(SecureItemStore& items) : items_(items) {}
 
-  // Replaces what is there. False where the item was not stored; a value that is no UTF-8 changes nothing.
+  // Replaces an existing item. False if the item was not stored; a value that is not UTF-8 changes nothing.
   bool save(std::string_view key, std::string_view value) const;
-  // Nothing for a missing item and for every other failure alike.
+  // nullopt if the item is missing or can't be read.
   std::optional<std::string> load(std::string_view key) const;
-  // True where the item is gone now, also when there was none.
+  // True if the item no longer exists, even if it never did.
   bool deleteItem(std::string_view key) const;
 
  private:

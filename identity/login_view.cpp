@@ -84,7 +84,7 @@ void LoginView::handleSignIn(const Result<AuthResponse>& result) {
   openSession(result);
 }
 
-// What was typed counts, not what the service gave back. A failed save goes unnoticed.
+// Saves what was typed, not what the service returned. A failed save is ignored.
 void LoginView::rememberOrForget() {
   if (rememberMe()) {
     keychain_->save(emailKey, email());

@@ -16,10 +16,10 @@
 
 namespace quillmar {
 
-// Where a parent signs in. Changes no screen itself: the root follows the session that a sign-in opens.
+// The sign-in screen of a parent. It does not navigate: the root screen follows the session.
 class LoginView final : public ScreenModel {
  public:
-  // Joining a family is a screen of another folder, made by who presents this one.
+  // Injected, since the screen for joining a family is in another folder.
   using MakeJoinFamily = std::function<std::shared_ptr<ScreenModel>()>;
 
   LoginView(Environment& environment, MakeJoinFamily makeJoinFamily);
@@ -31,7 +31,7 @@ class LoginView final : public ScreenModel {
   Sheet<RegisterView> showRegister{*this, "showRegister",
                                    [this] { return std::make_shared<RegisterView>(environment_); }};
   Sheet<ScreenModel> showJoinFamily{*this, "showJoinFamily", [this] { return makeJoinFamily_(); }};
-  // Nothing that is stored changes with it before the next sign-in by password.
+  // Stored values change only at the next sign-in by password.
   Input<bool> rememberMe{*this, "rememberMe", false};
   Published<bool> hasSavedCredentials{*this, "hasSavedCredentials", false};
   // The entry animation.

@@ -24,7 +24,7 @@ struct Grade {
   std::string_view color;
 };
 
-// By strength.
+// Indexed by strength.
 constexpr auto grades = std::to_array<Grade>({{"Weak", "brandRed"},
                                               {"Weak", "brandRed"},
                                               {"Fair", "brandOrange"},

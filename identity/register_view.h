@@ -22,10 +22,10 @@ template <>
 inline constexpr auto wire<StrengthBar> = record(required("color", &StrengthBar::color),
                                                  required("opacity", &StrengthBar::opacity));
 
-// From 0 to 4: a point each for 6 characters, for 8, for a digit, and for a symbol or a punctuation mark.
+// From 0 to 4: one point each for 6 characters, 8 characters, a digit, and a symbol or punctuation mark.
 int passwordStrength(const std::string& password);
 
-// Where a parent makes an account, which is a sign-in too. Nothing of it is remembered for a later one.
+// Registers a parent, which also signs in. The login is not remembered.
 class RegisterView final : public ScreenModel {
  public:
   explicit RegisterView(Environment& environment);

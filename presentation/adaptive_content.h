@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// How much room the window offers from side to side: compact on a phone, regular on a large screen.
+// How wide the window is: compact on a phone, regular on a large screen.
 enum class HorizontalSizeClass { compact, regular };
 
 template <>
@@ -22,12 +22,12 @@ constexpr HorizontalSizeClass horizontalSizeClass(double windowWidth) {
 inline constexpr double usualContentWidth = measures.contentWidth;
 inline constexpr double wideContentWidth = measures.wideContentWidth;
 
-// Keeps a screen's content readable on a large screen, where it is centred within a maximum width in points.
+// Limits the content's width on a large screen, where it is centred. Widths are in points.
 struct AdaptiveContentModifier {
   HorizontalSizeClass horizontalSizeClass = HorizontalSizeClass::compact;
   double maxWidth = usualContentWidth;
 
-  // None: as wide as the window.
+  // nullopt: as wide as the window.
   constexpr std::optional<double> widthLimit() const {
     return horizontalSizeClass == HorizontalSizeClass::regular ? std::optional(maxWidth) : std::nullopt;
   }

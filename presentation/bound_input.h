@@ -6,8 +6,7 @@
 
 namespace quillmar {
 
-// A field of a sheet that the screen beneath keeps: both show and change one value. Its owner follows that
-// screen and does not outlive it.
+// A field of a sheet that edits an input of the presenting screen. The sheet must not outlive that screen.
 template <class T>
 class BoundInput final : public Member {
  public:

@@ -63,7 +63,7 @@ constexpr auto schemeShades = std::to_array<SchemeShades>({
     {SchemeColor::dangerText, {"FF7A71"}, {"C9190B"}},
 });
 
-// A row is found by its number.
+// The rows are indexed by the enum's value.
 template <RawEnum E, class Rows>
 constexpr bool hasAllInOrder(const Rows& rows) {
   const auto isInPlace = [&](const auto& row) { return &rows[static_cast<std::size_t>(row.name)] == &row; };

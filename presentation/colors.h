@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// In the sRGB space, each part from 0 to 1.
+// sRGB, each component from 0 to 1.
 struct Color {
   double red = 0;
   double green = 0;
@@ -16,11 +16,11 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-// "#AARRGGBB", "RRGGBB" or "RGB"; what is neither letter nor digit around it does not count. Any other length
-// is black. The digits are read as one number, up to the first character that is none.
+// "#AARRGGBB", "RRGGBB" or "RGB". Leading and trailing characters that are neither letters nor digits are
+// ignored. Any other length is black. Digits are read up to the first one that is not hexadecimal.
 Color colorFromHex(std::string_view text);
 
-// Colours by what they mean, the same by day and by night.
+// Colours by meaning, the same in the light and the dark scheme.
 enum class SemanticColor {
   brandBlue,
   brandBlueDark,
@@ -34,11 +34,11 @@ enum class SemanticColor {
   statusOffline,
   systemPurple,  // the platform's own
   systemOrange,
-  onBrand,  // letters and marks on a colour of the brand, or on a camera's picture
+  onBrand,  // text and icons on a brand colour or on a camera's picture
   shadow,
   cameraGround,
   qrPlate,
-  qrPlateMark  // in place of a code that can't be made
+  qrPlateMark  // shown instead of a code that can't be made
 };
 
 template <>
@@ -63,22 +63,22 @@ inline constexpr std::array rawNames<SemanticColor> =
 
 const Color& color(SemanticColor name);
 
-// Colours that differ between the dark and the light scheme.
+// Colours that differ between the light and the dark scheme.
 enum class SchemeColor {
   page,
-  card,  // and fields
+  card,  // fields too
   cardPressed,
   raised,
   text,
   secondaryText,
-  cardSecondaryText,  // the same on a card, where the dark one would fall short of 4.5 to 1
+  cardSecondaryText,  // secondary text on a card, with 4.5:1 contrast in the dark scheme too
   separator,
-  edge,  // of what is written in, switched or marked: to be seen on the page and on a card
+  edge,  // outline of fields, switches and marks; visible on the page and on a card
   outOfUse,
-  outOfUseText,  // what a button out of use says is still to be read
+  outOfUseText,  // text of a disabled button; still readable
   chosenTab,
-  dim,  // over what lies under a sheet
-  // The brand's colours where they are letters: deep enough, or light enough, to be read.
+  dim,  // over the screen under a sheet
+  // The brand's colours for text, with enough contrast to be read.
   linkText,
   positiveText,
   warningText,

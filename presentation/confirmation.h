@@ -7,17 +7,17 @@
 
 namespace quillmar {
 
-// A question that stands over a screen until it is answered. Its members are the screen's own.
+// A question shown over a screen until it is answered. Its members are registered on that screen.
 class Confirmation {
  public:
-  // Under which the screen knows them.
+  // The names of the members on the screen.
   struct Names {
     std::string_view isShown;
     std::string_view confirm;
     std::string_view cancel;
   };
 
-  // `effect` is what is asked about. The question has gone by then.
+  // `effect` runs on confirmation, after the question is hidden.
   Confirmation(ObservableObject& screen, const Names& names, std::function<void()> effect);
 
   Input<bool> isShown;

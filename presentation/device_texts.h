@@ -6,19 +6,19 @@
 #include "client/records/device.h"
 #include "foundation/date_format.h"
 
-// What every screen says of a device, with one definition each.
+// The texts that all screens show for a device.
 namespace quillmar {
 
-// What the service said, else whether the device is in use at all.
+// The service's value, or `isActive` if the service did not say.
 bool effectiveOnline(const Device& device);
-// The name that the parent gave, else the one from enrollment.
+// The parent's name for the device, else the one from enrollment.
 std::string deviceDisplayName(const Device& device);
 // "Online now", or "Last seen 5 min ago".
 std::string lastSeenText(const Device& device, Date now, const DateStyles& styles);
 
-// "iPhone", "Mac"; a type that is not known is capitalized.
+// "iPhone", "Mac"; an unknown type is capitalized.
 std::string deviceTypeLabel(const Device& device);
-// The name of its picture.
+// The name of the device's icon.
 std::string_view deviceIconName(const Device& device);
 
 }  // namespace quillmar

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// The alert in which a screen says what has failed. Its members are the screen's own.
+// The alert that shows a screen's error. Its members are registered on that screen.
 class ErrorAlert {
  public:
   explicit ErrorAlert(ObservableObject& screen);

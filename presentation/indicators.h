@@ -8,7 +8,7 @@
 
 namespace quillmar {
 
-// A spinner, which hides while it stands still.
+// A spinner, hidden while it does not spin.
 struct ActivityIndicator {
   bool isAnimating = false;
   Color color;
@@ -16,7 +16,7 @@ struct ActivityIndicator {
   constexpr bool isVisible() const { return isAnimating; }
 };
 
-// The same at large size, with a text beneath it when there is one.
+// A large spinner, with an optional text beneath it.
 struct LargeActivityIndicator {
   bool isAnimating = false;
   std::optional<std::string> text;
@@ -24,7 +24,7 @@ struct LargeActivityIndicator {
   constexpr bool isVisible() const { return isAnimating; }
 };
 
-// A dot of `size` points, and behind it, when online, a wider and fainter one.
+// A dot of `size` points. When online, a wider and fainter dot is behind it.
 struct OnlineStatusIndicator {
   static constexpr double haloOpacity = measures.haloOpacity;
 

@@ -4,8 +4,8 @@
 
 namespace quillmar {
 
-// The lengths in points, times in milliseconds and shares from which all screens are laid out, each by the
-// name under which every front end reads it.
+// The lengths (points), times (milliseconds) and ratios of the layout. Every front end reads them by these
+// names.
 struct Measures {
   // Space
   int unit = 4;
@@ -17,13 +17,13 @@ struct Measures {
   int regularMargin = 24;
 
   // Width
-  int regularWidth = 600;  // from here on a window is a large screen's
+  int regularWidth = 600;  // windows at least this wide are regular
   int contentWidth = 600;
   int wideContentWidth = 700;  // the dashboard's list and a few others
   int sheetWidth = 640;
 
   // Parts
-  int target = 44;  // what is pressed, at least
+  int target = 44;  // minimum size of what can be pressed
   int primaryTarget = 50;
   int barHeight = 52;
   int corner = 12;
@@ -42,7 +42,7 @@ struct Measures {
   int codeSize = 13;
   int largeCodeSize = 28;
   double lineHeight = 1.3;
-  double faceHeight = 1.21;  // of one line of the interface's face, in its size
+  double faceHeight = 1.21;  // line height of the interface's font, relative to its size
 
   // Motion
   int quick = 150;

@@ -8,8 +8,8 @@
 
 namespace quillmar {
 
-// A text as a QR code, `size` points wide. The modules are drawn sharp, never smoothed; where the text makes
-// no code, the fallback symbol stands in its place.
+// A text as a QR code, `size` points wide. The modules are drawn without smoothing. If the text can't be
+// encoded, the fallback symbol is drawn.
 struct QRCodeView {
   static constexpr const char* fallbackSymbol = "qrcode";
 

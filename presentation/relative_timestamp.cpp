@@ -16,7 +16,7 @@ constexpr seconds hour = 60 * minute;
 constexpr seconds day = 24 * hour;
 constexpr seconds week = 7 * day;
 
-// How ages below a limit are counted.
+// The unit for ages below a limit.
 struct Step {
   seconds below;
   seconds unit;

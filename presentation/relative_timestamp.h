@@ -7,9 +7,9 @@
 
 namespace quillmar {
 
-// A time as the service writes it, as a person says it: "Just now" (the future too), "5 min ago", "1 hour
-// ago", "2 days ago", and from a week on the date. A time without a zone is local; a text that is no time is
-// given back as it is.
+// Formats a timestamp of the service relative to now: "Just now" (future times too), "5 min ago", "1 hour
+// ago", "2 days ago", and the date from one week on. A time without a zone is local. A text that is not a
+// time is returned unchanged.
 std::string relativeTimestamp(std::string_view text, Date now, const DateStyles& styles);
 
 }  // namespace quillmar

@@ -15,7 +15,7 @@ void ScreenModel::disappear() {
 }
 
 void ScreenModel::dismiss() {
-  // Being dismissed takes the handler away while it runs.
+  // A copy: dismissing the screen clears the handler while it runs.
   if (const auto handler = dismissHandler_) {
     handler();
   }
@@ -49,7 +49,7 @@ void Presentation::show() {
   model_ = model;
   model->setDismissHandler(owner().weakly([this] { present(false); }));
   announce();
-  // Whoever heard of it may have taken it away again.
+  // A listener may already have dismissed it.
   if (model_ == model) {
     model->appear();
   }

@@ -10,18 +10,18 @@
 
 namespace quillmar {
 
-// All of a screen but its pixels. Whoever presents it owns it by std::shared_ptr, tells it when it comes and
-// goes, and hears when it wants to go.
+// A screen without its pixels. Its presenter owns it by std::shared_ptr, calls `appear` and `disappear`, and
+// sets the handler that dismisses it.
 class ScreenModel : public ObservableObject {
  public:
   using ObservableObject::ObservableObject;
 
-  // Telling twice what is so already does nothing.
+  // Both are idempotent.
   void appear();
   void disappear();
   bool isOnScreen() const { return isOnScreen_; }
 
-  // Asks the presenter to take this screen away; does nothing where nobody presents it.
+  // Asks the presenter to dismiss this screen; does nothing without a presenter.
   void dismiss();
   void setDismissHandler(std::function<void()> handler) { dismissHandler_ = std::move(handler); }
 
@@ -34,11 +34,10 @@ class ScreenModel : public ObservableObject {
   std::function<void()> dismissHandler_;
 };
 
-// A screen that its owner shows or not. The model exists exactly while it is shown: it is made, announced and
-// told to appear; when its time is over, it is told to disappear, its end is announced, it is let go, and
-// then `onDismiss` runs. A model that goes takes with it, first, the screens that it presents itself; their
-// `onDismiss` does not run, for there is no screen to come back to. Where there is nothing to show, `make`
-// gives null, and nothing is presented.
+// A screen that its owner presents. The model exists only while it is presented. Presenting makes the model,
+// announces it and calls `appear`. Dismissing calls `disappear`, announces the change, releases the model and
+// then runs `onDismiss`. A dismissed model first dismisses the screens that it presents itself, without their
+// `onDismiss`. If `make` returns null, nothing is presented.
 class Presentation : public Member {
  public:
   std::vector<Nested> nested() const override;
@@ -49,7 +48,7 @@ class Presentation : public Member {
   Presentation(ObservableObject& owner, std::string_view name, Make make, std::function<void()> onDismiss);
 
   ScreenModel* model() const { return model_.get(); }
-  // Presenting what is presented already, or taking away nothing, only announces.
+  // Only announces if the state is already `shown`.
   void present(bool shown);
 
  private:
@@ -63,7 +62,7 @@ class Presentation : public Member {
   std::shared_ptr<ScreenModel> model_;
 };
 
-// The typed view of what is presented.
+// Typed access to the presented model.
 template <class T>
 class PresentationOf : public Presentation {
  public:
@@ -75,8 +74,8 @@ class PresentationOf : public Presentation {
   using Presentation::Presentation;
 };
 
-// A screen presented over its owner's, and at once the owner's Bool state of that name, which a person may
-// set too (a sheet is swiped away, a link opens it).
+// A screen presented over its owner's. It is also a Bool state of that name, which a person can set too (by
+// swiping the sheet away or by opening a link).
 template <class T>
 class Sheet final : public PresentationOf<T> {
  public:
@@ -101,7 +100,7 @@ class Sheet final : public PresentationOf<T> {
   }
 };
 
-// A screen shown in place of its owner's own content; only the owner says when.
+// A screen shown instead of its owner's content; only the owner presents it.
 template <class T>
 class Presented final : public PresentationOf<T> {
  public:

@@ -9,8 +9,8 @@
 
 namespace quillmar {
 
-// A derived value that follows from the present time, too. Whoever reads it gets what holds now; since time
-// announces nothing, somebody who watches the clock has it checked.
+// A derived value that also depends on the current time. Reading it computes the current value. Passing time
+// announces nothing, so the owner must call `check` periodically.
 template <class T>
 class Timely final : public Member {
  public:
@@ -20,7 +20,7 @@ class Timely final : public Member {
   T operator()() const { return compute_(); }
   Value value() const override { return toValue(compute_()); }
 
-  // Announces it where it is not what the last check found.
+  // Announces a value that differs from the last checked one.
   void check() {
     if (T present = compute_(); checked_ != present) {
       checked_ = std::move(present);

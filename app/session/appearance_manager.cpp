@@ -27,7 +27,7 @@ AppearanceManager::AppearanceManager(SettingsStore& settings, WindowStyle& windo
   currentMode = stored ? fromRawValue<AppearanceMode>(*stored).value_or(AppearanceMode::system)
                        : AppearanceMode::system;
   applyMode();
-  // From here on only: restoring a choice must not write it back.
+  // Observes only after the restore, so that restoring does not write.
   modeReaction_ = observe([this](const Member& member) {
     if (&member == &currentMode) {
       saveMode();

@@ -22,15 +22,15 @@ template <>
 inline constexpr std::array rawNames<AppearanceMode> = rawCases<AppearanceMode>(
     {{AppearanceMode::system, "System"}, {AppearanceMode::light, "Light"}, {AppearanceMode::dark, "Dark"}});
 
-// The choice between the desktop's look and a forced one. Every assignment to `currentMode` is stored and
-// applied.
+// The choice between the desktop's colour scheme and a forced one. Every assignment to `currentMode` is
+// stored and applied.
 class AppearanceManager final : public ObservableObject {
  public:
   using AppearanceMode = quillmar::AppearanceMode;
 
   AppearanceManager(SettingsStore& settings, WindowStyle& windowStyle);
 
-  // Absent: follow the system.
+  // nullopt: follow the system.
   Published<std::optional<ColorScheme>> colorScheme{*this, "colorScheme"};
   Input<AppearanceMode> currentMode{*this, "currentMode", AppearanceMode::system};
 
@@ -44,7 +44,7 @@ class AppearanceManager final : public ObservableObject {
   Subscription modeReaction_;
 };
 
-// The bars' look is fixed and set up once, before any screen is drawn.
+// The bars' look never changes; it is set once, before any screen is drawn.
 BarAppearance barAppearance();
 
 }  // namespace quillmar

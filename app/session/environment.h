@@ -18,9 +18,9 @@ class NetworkService;
 class RoleManager;
 class VPNDNSManager;
 
-// The one instance of each long-lived object of an application, and the platform under it. Every screen
-// reaches them here; nothing is global, so that two applications in one process never see each other. Each
-// object is made when it is first asked for, and lives as long as the environment. Main thread only.
+// The one instance of each long-lived object of an application, and its platform. All screens get them here.
+// Nothing is global, so two applications in one process are independent. Each object is created on first use
+// and lives as long as the environment. Main thread only.
 class Environment {
  public:
   Environment(const Environment&) = delete;

@@ -6,7 +6,7 @@
 namespace quillmar {
 namespace {
 
-// No text counts in anything finer.
+// The finest unit in any text.
 constexpr auto period = std::chrono::seconds(1);
 
 }  // namespace

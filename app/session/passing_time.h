@@ -8,14 +8,14 @@
 
 namespace quillmar {
 
-// For texts that count from the present ("5 min ago"): they change though nothing announces it. Runs its
-// reaction every second while its screen is up in a window that is in use, and at once when such a window
-// comes back into use. A window out of sight is never woken. Main thread only.
+// Updates texts that depend on the current time ("5 min ago"). While the screen is up and its window is in
+// use, the reaction runs every second, and at once when the window comes back into use. A window that is not
+// in use causes no wake-ups. Main thread only.
 class PassingTime {
  public:
   PassingTime(Environment& environment, std::function<void()> reaction);
 
-  // The screen comes up, and goes. Idempotent.
+  // Called when the screen appears and disappears. Idempotent.
   void start();
   void stop();
 

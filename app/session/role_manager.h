@@ -17,7 +17,7 @@ inline constexpr std::array rawNames<DeviceRole> = rawCases<DeviceRole>({{Device
                                                                          {DeviceRole::child, "child"},
                                                                          {DeviceRole::unset, "unset"}});
 
-// The deployment that a parent's installation talks to.
+// The deployment that a parent's installation uses.
 enum class Region { australia, newzealand, singapore };
 
 template <>
@@ -28,8 +28,7 @@ inline constexpr std::array rawNames<Region> = rawCases<Region>({{Region::austra
 std::string_view displayName(Region region);
 std::string_view flag(Region region);
 
-// Which of the two programs this installation is. The role is chosen once and for good; nothing takes it
-// back.
+// Whether this installation is a parent's or a child's. The role is chosen once and never changes.
 class RoleManager final : public ObservableObject {
  public:
   using Region = quillmar::Region;
@@ -41,10 +40,10 @@ class RoleManager final : public ObservableObject {
 
   Published<DeviceRole> currentRole{*this, "currentRole", DeviceRole::unset};
   Published<std::optional<Region>> selectedRegion{*this, "selectedRegion"};
-  // The parent's role is picked and a region is still to be chosen; never stored.
+  // The parent role is chosen, the region is not; never stored.
   Published<bool> pendingParentSelection{*this, "pendingParentSelection", false};
 
-  // Takes effect on an installation without a role only; `unset` can't be chosen.
+  // Only has an effect while there is no role. `unset` can't be set.
   void setRole(DeviceRole role);
   void saveRegion();
 

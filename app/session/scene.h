@@ -18,13 +18,13 @@ inline constexpr std::array rawNames<ScenePhase> = rawCases<ScenePhase>({{SceneP
                                                                          {ScenePhase::background,
                                                                           "background"}});
 
-// Whether the application's windows are in use, as the front end last told it. Main thread only.
+// Whether the application's windows are in use, as the front end reported. Main thread only.
 class Scene {
  public:
-  // In view or not known to be otherwise: a screen that comes up before the first phase is told is in view.
+  // True before the first report: a screen may appear earlier than that.
   bool isInUse() const { return !phase_ || *phase_ == ScenePhase::active; }
 
-  // Gives whether that is news.
+  // Returns whether the phase changed.
   bool setPhase(ScenePhase phase) {
     const bool isNews = std::exchange(phase_, phase) != phase;
     if (isNews) {

@@ -39,7 +39,7 @@ template <>
 inline constexpr auto wire<DeleteAccountRequest> = record(required("password",
                                                                    &DeleteAccountRequest::password));
 
-// The answer of a registration, a login and a refresh alike; a refresh names the account too.
+// The answer of registration, login and refresh; a refresh includes the account too.
 struct AuthResponse {
   std::string token;
   std::string parentId;

@@ -11,8 +11,7 @@
 
 namespace quillmar {
 
-// The filter settings of a child, which hold for all its devices. Unlike a device's policy, the lists may
-// be missing.
+// The filter settings of a child, for all its devices. Unlike in a device's policy, the lists are optional.
 struct ChildPolicy {
   std::string id;
   std::string childId;
@@ -33,7 +32,7 @@ inline constexpr auto wire<ChildPolicy> = record(
     orEmpty("allowed_domains", &ChildPolicy::allowedDomains), required("created_at", &ChildPolicy::createdAt),
     required("updated_at", &ChildPolicy::updatedAt));
 
-// A child with its devices and its policy. More forgiving than the bare profile.
+// A child with its devices and its policy. More keys are optional than in ChildProfile.
 struct ChildProfileWithDevices {
   std::string id;
   std::string familyId;
@@ -45,7 +44,7 @@ struct ChildProfileWithDevices {
   std::string createdAt;
   std::string updatedAt;
   std::vector<Device> devices;
-  std::optional<ChildPolicy> policy;  // none yet
+  std::optional<ChildPolicy> policy;  // nullopt: none yet
 };
 
 template <>
@@ -61,7 +60,7 @@ inline constexpr auto wire<ChildProfileWithDevices> = record(
     orEmpty("devices", &ChildProfileWithDevices::devices),
     optional("policy", &ChildProfileWithDevices::policy));
 
-// A child alone, as an update answers it.
+// A child alone, the answer of an update.
 struct ChildProfile {
   std::string id;
   std::string familyId;
@@ -104,7 +103,7 @@ inline constexpr auto wire<CreateChildRequest> = record(required("name", &Create
                                                         optional("birth_year",
                                                                  &CreateChildRequest::birthYear));
 
-// Only what is set goes on the wire, so that one record serves any partial update.
+// Only fields that are set are sent, so one record serves any partial update.
 struct UpdateChildRequest {
   std::optional<std::string> name;
   std::optional<std::string> photoURL;
@@ -127,7 +126,7 @@ struct LinkDeviceRequest {
 template <>
 inline constexpr auto wire<LinkDeviceRequest> = record(required("device_id", &LinkDeviceRequest::deviceId));
 
-// A child's policy is changed by the very fields of a device's.
+// A child's policy is updated with the same fields as a device's.
 using UpdateChildPolicyRequest = UpdatePolicyRequest;
 
 }  // namespace quillmar

@@ -1,4 +1,4 @@
-// The one source that decodes what the service answers, and what a QR code holds.
+// The only source that decodes the service's answers and QR codes.
 
 #include "client/records/account.h"
 #include "client/records/checkin.h"

@@ -7,11 +7,11 @@
 
 namespace quillmar {
 
-// A device that the service knows.
+// A device registered with the service.
 struct Device {
   std::string id;
   std::string parentId;
-  std::optional<std::string> childId;  // none: not linked to a child
+  std::optional<std::string> childId;  // nullopt: not linked to a child
   std::string deviceName;              // given at enrollment
   std::string deviceType;              // free text
   std::string dohEndpoint;
@@ -19,7 +19,7 @@ struct Device {
   std::string createdAt;
   std::string updatedAt;
   std::optional<std::string> friendlyName;  // given by the parent
-  std::optional<bool> isOnline;             // none: the service did not say
+  std::optional<bool> isOnline;             // nullopt: the service did not say
   std::optional<std::string> lastSeenAt;
 };
 

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// The filter settings of one device. Unlike a child's policy, both lists must be there.
+// The filter settings of one device. Unlike in a child's policy, both lists are required.
 struct DevicePolicy {
   std::string id;
   std::string deviceId;

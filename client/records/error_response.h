@@ -6,7 +6,7 @@
 
 namespace quillmar {
 
-// The service's words for what went wrong; shown to the person as they stand.
+// The service's error message; shown unchanged.
 struct ErrorResponse {
   std::string error;
 };

@@ -68,12 +68,12 @@ inline constexpr auto wire<FamilyInvitation> = record(
     required("created_at", &FamilyInvitation::createdAt),
     required("expires_at", &FamilyInvitation::expiresAt));
 
-// The members must be there even where there is no family.
+// The members are required even without a family.
 struct FamilyResponse {
-  std::optional<Family> family;  // none: the account has no family
+  std::optional<Family> family;  // nullopt: the account has no family
   std::vector<FamilyMember> members;
   std::optional<std::vector<FamilyInvitation>> pendingInvitations;
-  bool isPrimary = false;  // the parent who asks is the primary one
+  bool isPrimary = false;  // the requesting parent is the primary one
 };
 
 template <>
@@ -119,7 +119,7 @@ inline constexpr auto wire<ValidateInviteResponse> =
            optional("expires_at", &ValidateInviteResponse::expiresAt),
            optional("error", &ValidateInviteResponse::error));
 
-// Makes the account of the parent who joins.
+// Creates the account of the joining parent.
 struct JoinFamilyRequest {
   std::string inviteCode;
   std::string email;
@@ -135,7 +135,7 @@ inline constexpr auto wire<JoinFamilyRequest> =
 
 struct JoinFamilyResponse {
   std::string message;
-  std::string token;  // makes this a login
+  std::string token;  // of the new session: joining also signs in
   std::string parentId;
   std::string familyId;
   std::string familyName;
@@ -149,7 +149,7 @@ inline constexpr auto wire<JoinFamilyResponse> = record(
     required("family_id", &JoinFamilyResponse::familyId),
     required("family_name", &JoinFamilyResponse::familyName), required("role", &JoinFamilyResponse::role));
 
-// Only what is set goes on the wire.
+// Only fields that are set are sent.
 struct UpdateMemberPermissionsRequest {
   std::optional<bool> canManageDevices;
   std::optional<bool> canManagePolicies;

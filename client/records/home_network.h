@@ -27,7 +27,7 @@ inline constexpr auto wire<HomeNetwork> = record(required("id", &HomeNetwork::id
                                                  required("created_at", &HomeNetwork::createdAt),
                                                  required("updated_at", &HomeNetwork::updatedAt));
 
-// Unlike a child's policy, both lists must be there.
+// Unlike in a child's policy, both lists are required.
 struct HomeNetworkPolicy {
   std::string id;
   std::string homeNetworkId;
@@ -52,7 +52,7 @@ inline constexpr auto wire<HomeNetworkPolicy> = record(
     required("updated_at", &HomeNetworkPolicy::updatedAt));
 
 struct HomeNetworkResponse {
-  std::optional<HomeNetwork> homeNetwork;  // none set up yet
+  std::optional<HomeNetwork> homeNetwork;  // nullopt: none set up yet
   std::optional<HomeNetworkPolicy> policy;
   std::string currentIP;   // the public address of this request, as the service saw it
   bool ipMatches = false;  // it equals the stored one
@@ -74,7 +74,7 @@ inline constexpr auto wire<CreateHomeNetworkRequest> =
     record(optional("name", &CreateHomeNetworkRequest::name),
            required("confirm", &CreateHomeNetworkRequest::confirm));
 
-// Unlike in what a look-up answers, both members must be there.
+// Unlike in the answer of a lookup, both members are required.
 struct CreateHomeNetworkResponse {
   std::string message;
   HomeNetwork homeNetwork;
@@ -87,7 +87,7 @@ inline constexpr auto wire<CreateHomeNetworkResponse> =
            required("home_network", &CreateHomeNetworkResponse::homeNetwork),
            required("policy", &CreateHomeNetworkResponse::policy));
 
-// The address is no part of it: the service takes that of the caller.
+// The address is not included: the service uses the request's source address.
 struct UpdateHomeNetworkIPRequest {
   bool confirm = false;
 };

@@ -18,7 +18,7 @@ struct Appearance : testing::Test {
   void store(const std::string& text) { settings.set("appearanceMode", text); }
 };
 
-TEST_F(Appearance, a_fresh_installation_follows_the_system) {
+TEST_F(Appearance, a_new_installation_follows_the_system) {
   const AppearanceManager appearance(settings, windows);
   EXPECT_EQ(appearance.currentMode(), AppearanceMode::system);
   EXPECT_EQ(appearance.colorScheme(), std::nullopt);
@@ -26,7 +26,7 @@ TEST_F(Appearance, a_fresh_installation_follows_the_system) {
   EXPECT_EQ(settings.writes(), 0);
 }
 
-TEST_F(Appearance, a_stored_text_that_is_no_raw_value_counts_as_system_and_stays_stored) {
+TEST_F(Appearance, an_unknown_stored_mode_counts_as_system_and_stays_stored) {
   for (const std::string text : {"dark", "DARK", " Dark", ""}) {
     store(text);
     const int writes = settings.writes();
@@ -37,7 +37,7 @@ TEST_F(Appearance, a_stored_text_that_is_no_raw_value_counts_as_system_and_stays
   }
 }
 
-TEST_F(Appearance, a_stored_mode_is_applied_and_not_written_back) {
+TEST_F(Appearance, a_stored_mode_is_applied_and_not_written) {
   store("Dark");
   const int writes = settings.writes();
   const AppearanceManager appearance(settings, windows);
@@ -58,7 +58,7 @@ TEST_F(Appearance, every_assignment_is_stored_and_applied) {
   EXPECT_EQ(settings.writes(), writes + 1) << "assigning what is set already stores it too";
 }
 
-TEST_F(Appearance, going_back_to_system_frees_the_windows) {
+TEST_F(Appearance, returning_to_system_removes_the_forced_scheme) {
   store("Dark");
   AppearanceManager appearance(settings, windows);
   appearance.currentMode = AppearanceMode::system;
@@ -67,7 +67,7 @@ TEST_F(Appearance, going_back_to_system_frees_the_windows) {
   EXPECT_EQ(settings.string("appearanceMode"), "System");
 }
 
-TEST_F(Appearance, three_steps_of_the_cycle_lead_back) {
+TEST_F(Appearance, three_steps_of_the_cycle_return_to_the_start) {
   store("Dark");
   AppearanceManager appearance(settings, windows);
   std::vector<AppearanceMode> seen;
@@ -78,7 +78,7 @@ TEST_F(Appearance, three_steps_of_the_cycle_lead_back) {
   EXPECT_EQ(seen, (std::vector{AppearanceMode::system, AppearanceMode::light, AppearanceMode::dark}));
 }
 
-TEST(BarAppearance, is_the_fixed_look) {
+TEST(BarAppearance, is_fixed) {
   const auto bars = barAppearance();
   EXPECT_EQ(bars.title, (BarTitle{17, false}));
   EXPECT_EQ(bars.largeTitle, (BarTitle{34, true}));

@@ -38,8 +38,8 @@ TEST(RootScreen, follows_from_role_session_and_enrollment) {
   }
 }
 
-TEST(ApplicationRoot, loads_the_four_objects_in_their_order) {
-  // The store is asked for the keys of role, region, session, enrollment and appearance, in this order.
+TEST(ApplicationRoot, loads_the_state_objects_in_a_fixed_order) {
+  // Records the keys that are read: role, region, session, enrollment and appearance, in this order.
   class AskedStore final : public SettingsStore {
    public:
     std::optional<SettingValue> object(std::string_view key) const override {
@@ -77,13 +77,13 @@ TEST(ApplicationRoot, loads_the_four_objects_in_their_order) {
                    "child_deviceID", "child_dohEndpoint", "child_dohBaseUrl", "appearanceMode"}));
 }
 
-TEST(ApplicationRoot, sets_the_bars_up_once_before_anything_is_loaded) {
+TEST(ApplicationRoot, sets_up_the_bars_once_before_loading) {
   FakePlatform machine;
   const QuillmarApp app(machine.ports(), Deployments::all("https://au.example"));
   EXPECT_EQ(machine.windowStyle.barAppearances, std::vector{barAppearance()});
 }
 
-TEST(ApplicationRoot, the_delegate_knows_the_objects_only_once_the_root_has_appeared) {
+TEST(ApplicationRoot, the_delegate_has_the_objects_after_the_root_has_appeared) {
   FakePlatform machine;
   for (const auto& [key, value] : asEnrolledChild()) {
     machine.settings.set(key, value);
@@ -111,7 +111,7 @@ TEST(ApplicationRoot, a_parent_who_logs_out_keeps_role_and_region) {
   EXPECT_EQ(app.machine.settings.string("com.quillmar.region"), "australia");
 }
 
-TEST(ApplicationRoot, what_is_published_reroutes_and_what_does_not_differ_does_not) {
+TEST(ApplicationRoot, a_changed_value_switches_the_root_and_an_equal_value_does_not) {
   TestApplication app(asEnrolledChild());
   const auto home = app.find<ChildHomeView>();
   app.child().isEnrolled = true;
@@ -124,7 +124,7 @@ TEST(ApplicationRoot, what_is_published_reroutes_and_what_does_not_differ_does_n
   EXPECT_FALSE(home->isOnScreen());
 }
 
-TEST(ApplicationRoot, the_scene_refreshes_the_token_on_active_only) {
+TEST(ApplicationRoot, the_token_is_checked_only_when_the_scene_becomes_active) {
   TestApplication app(with(with(asParent(), settings::authToken, std::string("t")),
                            settings::authTokenTimestamp, VirtualDispatch::defaultStart));
   const auto checks = [&] {
@@ -142,14 +142,14 @@ TEST(ApplicationRoot, the_scene_refreshes_the_token_on_active_only) {
   EXPECT_EQ(checks(), 3);
 }
 
-TEST(ApplicationRoot, the_token_check_on_a_childs_device_finds_no_session_and_stops) {
+TEST(ApplicationRoot, the_token_check_on_a_childs_device_does_nothing_without_a_session) {
   TestApplication app(asNewChild());
   app.app().setScenePhase(ScenePhase::active);
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST(ApplicationRoot, activation_starts_nothing_on_a_parents_or_an_unenrolled_childs_device) {
+TEST(ApplicationRoot, activation_starts_nothing_for_a_parent_or_an_unenrolled_child) {
   for (const auto& stored : {asParent(), asNewChild(), StoredSettings(),
                              with(asEnrolledChild(), settings::deviceRole, std::string("parent"))}) {
     TestApplication app(stored);
@@ -160,7 +160,7 @@ TEST(ApplicationRoot, activation_starts_nothing_on_a_parents_or_an_unenrolled_ch
   }
 }
 
-TEST(ApplicationRoot, a_second_activation_restarts_the_timers_and_does_not_double_them) {
+TEST(ApplicationRoot, a_second_activation_restarts_the_timers_without_duplicates) {
   TestApplication app(asEnrolledChild());
   app.settle();
   app.advance(std::chrono::seconds(30));
@@ -185,7 +185,7 @@ TEST(ApplicationRoot, going_to_the_background_stops_nothing) {
   EXPECT_EQ(app.machine.http.count("POST", "/device/checkin"), 3U);
 }
 
-TEST(ApplicationRoot, two_applications_in_one_process_never_see_each_other) {
+TEST(ApplicationRoot, two_applications_in_one_process_are_independent) {
   TestApplication parent(asParent());
   TestApplication child(asEnrolledChild());
   child.child().resetEnrollment();

@@ -26,7 +26,7 @@ struct CountrySelection : testing::Test {
   RoleManager& roles = *app.environment().roleManager();
 };
 
-TEST_F(CountrySelection, starts_at_australia_with_one_card_a_region) {
+TEST_F(CountrySelection, starts_at_australia_with_one_card_per_region) {
   EXPECT_EQ(screen().selectedRegion(), Region::australia);
   ASSERT_EQ(screen().regionCards.size(), 3U);
   EXPECT_EQ(screen().regionCards[0].name(), "Australia");
@@ -35,7 +35,7 @@ TEST_F(CountrySelection, starts_at_australia_with_one_card_a_region) {
   EXPECT_EQ(screen().regionCards[2].flag(), "🇸🇬");
 }
 
-TEST_F(CountrySelection, exactly_the_tapped_card_is_selected_and_nothing_is_stored) {
+TEST_F(CountrySelection, only_the_tapped_card_is_selected_and_nothing_is_stored) {
   screen().regionCards.find("singapore")->action();
   EXPECT_FALSE(screen().regionCards[0].isSelected());
   EXPECT_FALSE(screen().regionCards[1].isSelected());
@@ -44,14 +44,14 @@ TEST_F(CountrySelection, exactly_the_tapped_card_is_selected_and_nothing_is_stor
   EXPECT_EQ(app.machine.settings.writes(), 0);
 }
 
-TEST_F(CountrySelection, a_card_hears_of_a_selection_elsewhere) {
+TEST_F(CountrySelection, a_card_follows_a_selection_made_elsewhere) {
   int heard = 0;
   const auto listening = screen().regionCards[0].observe([&](const Member& /*any*/) { ++heard; });
   screen().regionCards[1].action();
   EXPECT_EQ(heard, 1);
 }
 
-TEST_F(CountrySelection, back_stores_nothing_and_going_forward_starts_anew) {
+TEST_F(CountrySelection, back_stores_nothing_and_resets_the_selection) {
   screen().regionCards.find("newzealand")->action();
   screen().goBack();
   app.settle();
@@ -65,7 +65,7 @@ TEST_F(CountrySelection, back_stores_nothing_and_going_forward_starts_anew) {
   EXPECT_TRUE(screen().isDetectingLocation());
 }
 
-TEST_F(CountrySelection, going_on_puts_the_region_on_record_before_the_role) {
+TEST_F(CountrySelection, continuing_stores_the_region_before_the_role) {
   std::vector<std::string> steps;
   const auto pending = roles.pendingParentSelection.onChange([&] { steps.emplace_back("pending"); });
   const auto region = roles.selectedRegion.onChange([&] {
@@ -84,7 +84,7 @@ TEST_F(CountrySelection, going_on_puts_the_region_on_record_before_the_role) {
   EXPECT_EQ(app.screenNames(), Names{"LoginView"});
 }
 
-TEST_F(CountrySelection, going_on_is_always_possible) {
+TEST_F(CountrySelection, continue_is_always_enabled) {
   EXPECT_TRUE(screen().confirmRegion.isEnabled());
   screen().regionCards[1].action();
   EXPECT_TRUE(screen().confirmRegion.isEnabled());
@@ -98,7 +98,7 @@ TEST_F(CountrySelection, the_detection_is_only_a_timer) {
   EXPECT_EQ(screen().selectedRegion(), Region::australia);
 }
 
-TEST_F(CountrySelection, the_sentences_are_the_systems_own) {
+TEST_F(CountrySelection, the_texts_are_exact) {
   EXPECT_EQ(screen().backTitle(), "Back");
   EXPECT_EQ(screen().heading(), "Select Your Region");
   EXPECT_EQ(screen().explanation(), "Choose the region closest to you for the best performance");

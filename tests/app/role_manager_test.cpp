@@ -9,7 +9,7 @@
 namespace quillmar {
 namespace {
 
-TEST(RoleManager, a_fresh_installation_has_neither_role_nor_region) {
+TEST(RoleManager, a_new_installation_has_neither_role_nor_region) {
   MemorySettingsStore settings;
   const RoleManager roles(settings);
   EXPECT_EQ(roles.currentRole(), DeviceRole::unset);
@@ -47,7 +47,7 @@ TEST(RoleManager, a_chosen_role_is_stored_and_loaded_again) {
   EXPECT_EQ(RoleManager(settings).currentRole(), DeviceRole::child);
 }
 
-TEST(RoleManager, the_stored_text_unset_and_unknown_texts_read_as_unset) {
+TEST(RoleManager, the_stored_texts_unset_and_unknown_ones_are_read_as_unset) {
   for (const std::string text : {"unset", "Parent", "parent ", ""}) {
     MemorySettingsStore settings;
     settings.set("com.quillmar.deviceRole", text);
@@ -56,13 +56,13 @@ TEST(RoleManager, the_stored_text_unset_and_unknown_texts_read_as_unset) {
   }
 }
 
-TEST(RoleManager, a_stored_value_of_another_type_reads_as_unset) {
+TEST(RoleManager, a_stored_value_of_another_type_is_read_as_unset) {
   MemorySettingsStore settings;
   settings.set("com.quillmar.deviceRole", true);
   EXPECT_EQ(RoleManager(settings).currentRole(), DeviceRole::unset);
 }
 
-TEST(RoleManager, a_stored_region_is_loaded_and_an_unknown_one_leaves_none) {
+TEST(RoleManager, a_stored_region_is_loaded_and_an_unknown_one_is_ignored) {
   MemorySettingsStore settings;
   settings.set("com.quillmar.region", std::string("singapore"));
   EXPECT_EQ(RoleManager(settings).selectedRegion(), Region::singapore);
@@ -113,7 +113,7 @@ TEST(Region, every_region_has_its_name_and_flag) {
   EXPECT_EQ(flag(Region::singapore), "🇸🇬");
 }
 
-TEST(Region, raw_values_stand_in_their_order) {
+TEST(Region, raw_values_are_in_order) {
   std::vector<std::string_view> names;
   for (const auto& [region, name] : rawNames<Region>) {
     names.push_back(name);

@@ -18,7 +18,7 @@ struct RoleSelection : testing::Test {
   RoleManager& roles = *app.environment().roleManager();
 };
 
-TEST_F(RoleSelection, a_first_start_shows_the_cards_and_calls_nobody) {
+TEST_F(RoleSelection, a_first_start_shows_the_cards_and_sends_nothing) {
   app.advance(std::chrono::hours(1));
   EXPECT_EQ(app.screenNames(), Names{"RoleSelectionView"});
   EXPECT_TRUE(app.machine.http.requests().empty());
@@ -26,7 +26,7 @@ TEST_F(RoleSelection, a_first_start_shows_the_cards_and_calls_nobody) {
   EXPECT_EQ(app.machine.settings.writes(), 0);
 }
 
-TEST_F(RoleSelection, the_cards_stand_in_their_order_with_their_words) {
+TEST_F(RoleSelection, the_cards_are_in_order_with_their_texts) {
   ASSERT_EQ(screen.cards.size(), 2U);
   EXPECT_EQ(screen.cards[0].role(), DeviceRole::parent);
   EXPECT_EQ(screen.cards[0].icon(), "person.2.fill");
@@ -47,7 +47,7 @@ TEST_F(RoleSelection, a_child_is_stored_at_once_without_a_region) {
   EXPECT_EQ(app.screenNames(), Names{"ChildEnrollmentView"});
 }
 
-TEST_F(RoleSelection, a_parent_goes_on_to_the_region_with_nothing_stored) {
+TEST_F(RoleSelection, a_parent_continues_to_the_region_and_nothing_is_stored) {
   screen.cards.find("parent")->action();
   app.settle();
   EXPECT_TRUE(roles.pendingParentSelection());
@@ -56,14 +56,14 @@ TEST_F(RoleSelection, a_parent_goes_on_to_the_region_with_nothing_stored) {
   EXPECT_EQ(app.screenNames(), (Names{"RoleSelectionView", "CountrySelectionView"}));
 }
 
-TEST_F(RoleSelection, a_parent_who_leaves_on_the_region_screen_starts_at_the_cards_again) {
+TEST_F(RoleSelection, a_restart_on_the_region_screen_shows_the_cards_again) {
   screen.cards.find("parent")->action();
   app.restart();
   EXPECT_EQ(app.screenNames(), Names{"RoleSelectionView"});
   EXPECT_EQ(app.environment().roleManager()->currentRole(), DeviceRole::unset);
 }
 
-TEST_F(RoleSelection, the_cards_give_way_to_the_regions_and_come_back) {
+TEST_F(RoleSelection, the_regions_replace_the_cards_until_going_back) {
   EXPECT_TRUE(screen.showsCards());
   screen.cards.find("parent")->action();
   EXPECT_FALSE(screen.showsCards());
@@ -81,14 +81,14 @@ TEST_F(RoleSelection, the_cards_do_not_come_back_when_a_region_is_confirmed) {
   EXPECT_FALSE(screen.showsCards());
 }
 
-TEST_F(RoleSelection, the_cards_stay_while_a_child_is_led_on) {
+TEST_F(RoleSelection, the_cards_stay_while_a_childs_screen_comes_up) {
   const auto held = app.find<RoleSelectionView>();
   screen.cards.find("child")->action();
   app.settle();
   EXPECT_TRUE(screen.showsCards());
 }
 
-TEST_F(RoleSelection, pressing_a_card_gates_nothing) {
+TEST_F(RoleSelection, pressing_a_card_disables_nothing) {
   auto& card = *screen.cards.find("child");
   card.isPressed = true;
   EXPECT_TRUE(card.action.isEnabled());
@@ -96,14 +96,14 @@ TEST_F(RoleSelection, pressing_a_card_gates_nothing) {
   EXPECT_TRUE(card.action.isEnabled());
 }
 
-TEST_F(RoleSelection, the_entry_animation_ends_in_its_place) {
+TEST_F(RoleSelection, the_entry_animation_ends_at_rest) {
   EXPECT_EQ(screen.logoScale(), 1.0);
   EXPECT_EQ(screen.logoOpacity(), 1.0);
   EXPECT_EQ(screen.cardsOpacity(), 1.0);
   EXPECT_EQ(screen.cardsOffset(), 0.0);
 }
 
-TEST_F(RoleSelection, the_sentences_are_the_systems_own) {
+TEST_F(RoleSelection, the_texts_are_exact) {
   EXPECT_EQ(screen.welcome(), "Welcome to Quillmar");
   EXPECT_EQ(screen.tagline(), "Family internet protection made simple");
   EXPECT_EQ(screen.question(), "Who will use this device?");

@@ -28,7 +28,7 @@ TEST(Settings, the_catalogue_holds_every_key_once) {
 
 const AuthResponse signedIn{"token", "p1", "ann@example.com", {}, "Ann", {}, {}, {}};
 
-// Whether the catalogue has the key, with the type that the value has.
+// Whether the catalogue has the key with the value's type.
 bool isKnown(const std::string& key, const SettingValue& value) {
   bool isKnown = false;
   settings::forEach([&]<class T>(const Setting<T>& setting) {
@@ -37,7 +37,7 @@ bool isKnown(const std::string& key, const SettingValue& value) {
   return isKnown;
 }
 
-TEST(Settings, what_an_application_writes_stands_in_the_catalogue_with_its_type) {
+TEST(Settings, every_written_setting_is_in_the_catalogue_with_its_type) {
   TestApplication app(asParent());
   app.environment().authState()->saveLogin(signedIn);
   app.child().saveEnrollment("d", "https://dns.example/d", "https://dns.example", "https://api.example");
@@ -51,7 +51,7 @@ TEST(Settings, what_an_application_writes_stands_in_the_catalogue_with_its_type)
   }
 }
 
-TEST(Settings, a_logout_takes_the_session_and_nothing_else) {
+TEST(Settings, a_logout_removes_only_the_session) {
   TestApplication app(asParent());
   app.environment().authState()->saveLogin(signedIn);
   app.environment().appearanceManager()->cycleMode();

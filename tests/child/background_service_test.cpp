@@ -16,8 +16,8 @@ using Operation = SimulatedTunnel::Operation;
 
 const std::string endpoint = "https://dns.example/d1";
 
-// An enrolled child's device whose home screen has not come up, so that only the test starts the service. The
-// role is left open for that.
+// An enrolled child's device without a home screen, so that only the test starts the service. This is why the
+// role is unset.
 struct Service : testing::Test {
   Service() : Service(endpoint) {}
   explicit Service(const std::string& storedEndpoint) : app(stored(storedEndpoint)) { answerCheckins(); }
@@ -38,7 +38,7 @@ struct Service : testing::Test {
   std::size_t checkins() { return app.machine.http.count("POST", "/device/checkin"); }
   auto count(Operation operation) { return std::ranges::count(app.machine.tunnel.operations(), operation); }
   const std::string& warning() { return app.child().dohConfigWarning(); }
-  // To the next tunnel check and through its evaluation.
+  // Advances to the next tunnel check and past its evaluation.
   void throughTunnelCheck() {
     app.advance(15s);
     app.advance(300ms);
@@ -72,14 +72,14 @@ TEST_F(Service, a_start_checks_in_configures_and_checks_the_tunnel_at_once) {
                                          endpoint));
 }
 
-TEST_F(Service, a_checkin_says_who_it_is_and_nothing_else) {
+TEST_F(Service, a_checkin_sends_only_the_devices_identity) {
   start();
   const auto sent = app.machine.http.requests("POST", "/device/checkin").front();
   EXPECT_EQ(sent.body, R"({"device_id":"device-1234567890","device_type":"ios"})");
   EXPECT_EQ(header(sent, "Authorization"), std::nullopt);
 }
 
-TEST_F(Service, checks_in_every_minute_from_one_period_after_the_start) {
+TEST_F(Service, checks_in_every_minute_after_the_start) {
   start();
   app.advance(59s);
   EXPECT_EQ(checkins(), 1U);
@@ -89,7 +89,7 @@ TEST_F(Service, checks_in_every_minute_from_one_period_after_the_start) {
   EXPECT_EQ(checkins(), 12U);
 }
 
-TEST_F(Service, checks_the_tunnel_every_quarter_of_a_minute_and_judges_three_tenths_later) {
+TEST_F(Service, checks_the_tunnel_every_15_seconds_and_evaluates_it_300_ms_later) {
   app.machine.tunnel.behaveLikePlatform();
   start();
   app.advance(10s);
@@ -105,7 +105,7 @@ TEST_F(Service, checks_the_tunnel_every_quarter_of_a_minute_and_judges_three_ten
   EXPECT_TRUE(app.child().isDohConfigured());
 }
 
-TEST_F(Service, a_second_start_does_not_double_the_timers) {
+TEST_F(Service, a_second_start_does_not_duplicate_the_timers) {
   start();
   start();
   start();
@@ -114,21 +114,21 @@ TEST_F(Service, a_second_start_does_not_double_the_timers) {
   EXPECT_EQ(checkins(), 1U);
 }
 
-TEST_F(Service, each_start_writes_the_configuration_again) {
+TEST_F(Service, each_start_rewrites_the_configuration) {
   start();
   app.advance(1min);
   start();
   EXPECT_EQ(count(Operation::save), 2);
 }
 
-TEST_F(Service, a_start_does_not_touch_the_one_shot_flag_without_an_attempt) {
+TEST_F(Service, a_start_without_an_attempt_keeps_the_one_shot_flag) {
   app.background().hasAttemptedDNSConfig = true;
   app.child().dohEndpoint = std::string();
   start();
   EXPECT_TRUE(app.background().hasAttemptedDNSConfig());
 }
 
-TEST_F(Service, stopped_it_has_no_timer) {
+TEST_F(Service, has_no_timer_after_a_stop) {
   start();
   EXPECT_TRUE(app.background().isCheckinTimerRunning());
   EXPECT_TRUE(app.background().isVPNStatusTimerRunning());
@@ -142,7 +142,7 @@ TEST_F(Service, stopped_it_has_no_timer) {
   EXPECT_EQ(count(Operation::load), 0);
 }
 
-TEST_F(Service, a_device_that_is_no_longer_enrolled_makes_every_firing_a_no_op) {
+TEST_F(Service, timers_do_nothing_once_the_device_is_no_longer_enrolled) {
   start();
   app.advance(2s);
   app.child().isEnrolled = false;
@@ -153,13 +153,13 @@ TEST_F(Service, a_device_that_is_no_longer_enrolled_makes_every_firing_a_no_op) 
   EXPECT_TRUE(app.machine.tunnel.calls().empty());
 }
 
-TEST_F(Service, a_good_checkin_marks_the_link_and_the_time) {
+TEST_F(Service, a_successful_checkin_sets_the_connection_and_the_time) {
   start();
   EXPECT_TRUE(app.child().isConnectedToServer());
   EXPECT_EQ(app.child().lastCheckinTime(), app.machine.dispatch.now());
 }
 
-TEST_F(Service, an_answer_with_another_status_marks_the_link_down_and_changes_nothing_else) {
+TEST_F(Service, another_status_only_clears_the_connection) {
   start();
   const auto before = app.child().lastCheckinTime();
   for (const std::string status : {"OK", "error", "", "ok "}) {
@@ -174,7 +174,7 @@ TEST_F(Service, an_answer_with_another_status_marks_the_link_down_and_changes_no
   EXPECT_EQ(count(Operation::save), 1);
 }
 
-TEST_F(Service, a_failed_checkin_marks_the_link_down_and_waits_for_the_next_minute) {
+TEST_F(Service, a_failed_checkin_clears_the_connection_and_is_retried_after_a_minute) {
   start();
   app.machine.http.failAlways("POST", "/device/checkin", TransportError::Kind::notConnectedToInternet);
   app.advance(60s);
@@ -187,7 +187,7 @@ TEST_F(Service, a_failed_checkin_marks_the_link_down_and_waits_for_the_next_minu
   EXPECT_TRUE(app.child().isConnectedToServer());
 }
 
-TEST_F(Service, a_failed_checkin_says_nothing_of_the_protection) {
+TEST_F(Service, a_failed_checkin_does_not_change_the_protection) {
   app.machine.tunnel.behaveLikePlatform();
   start();
   app.machine.http.failAlways("POST", "/device/checkin", TransportError::Kind::timedOut);
@@ -207,7 +207,7 @@ TEST_F(Service, a_checkin_without_a_root_counts_as_failed) {
   EXPECT_EQ(checkins(), 1U);
 }
 
-TEST_F(Service, a_moved_endpoint_is_saved_first_and_then_configured_once) {
+TEST_F(Service, a_changed_endpoint_is_saved_and_then_configured_once) {
   start();
   answerCheckins(
       R"({"status":"ok","doh_endpoint":"https://dns.example/moved","doh_base_url":"https://base.example"})");
@@ -234,7 +234,7 @@ TEST_F(Service, an_absent_empty_or_unchanged_endpoint_causes_no_attempt) {
   EXPECT_EQ(app.child().dohEndpoint(), "") << "an empty endpoint is still saved";
 }
 
-TEST_F(ServiceWithoutEndpoint, waits_for_the_service_and_says_so) {
+TEST_F(ServiceWithoutEndpoint, shows_that_it_waits_for_the_service) {
   start();
   EXPECT_TRUE(app.machine.log.hasPrinted("[BackgroundService] No DoH endpoint available to configure"));
   EXPECT_FALSE(app.background().hasAttemptedDNSConfig());
@@ -243,14 +243,14 @@ TEST_F(ServiceWithoutEndpoint, waits_for_the_service_and_says_so) {
   EXPECT_EQ(count(Operation::save), 0);
 }
 
-TEST_F(ServiceWithoutEndpoint, configures_by_itself_once_the_service_names_an_endpoint) {
+TEST_F(ServiceWithoutEndpoint, configures_itself_once_the_service_sends_an_endpoint) {
   start();
   answerCheckins(R"({"status":"ok","doh_endpoint":"https://dns.example/new"})");
   app.advance(60s);
   EXPECT_EQ(count(Operation::save), 1);
 }
 
-TEST_F(Service, an_attempt_that_connects_leaves_no_warning) {
+TEST_F(Service, a_connected_attempt_leaves_no_warning) {
   app.machine.tunnel.behaveLikePlatform();
   start();
   app.advance(2s);
@@ -259,14 +259,14 @@ TEST_F(Service, an_attempt_that_connects_leaves_no_warning) {
   EXPECT_TRUE(app.machine.log.hasPrinted("[BackgroundService] VPN DNS configuration applied successfully"));
 }
 
-TEST_F(Service, an_attempt_that_is_saved_but_not_connected_says_so) {
+TEST_F(Service, a_saved_but_unconnected_attempt_leaves_a_warning) {
   start();
   app.advance(2s);
   EXPECT_FALSE(app.child().isDohConfigured());
   EXPECT_EQ(warning(), "VPN configured, connecting...");
 }
 
-TEST_F(Service, a_failed_save_keeps_its_words_until_the_next_check_and_is_not_tried_again) {
+TEST_F(Service, a_failed_save_shows_its_error_until_the_next_check_and_is_not_retried) {
   app.machine.tunnel.fail(Operation::save, "permission denied");
   start();
   EXPECT_EQ(warning(), "Failed to save VPN configuration: permission denied");
@@ -280,7 +280,7 @@ TEST_F(Service, a_failed_save_keeps_its_words_until_the_next_check_and_is_not_tr
   EXPECT_EQ(warning(), "DNS protection not enabled. Please tap the Enable button.");
 }
 
-TEST_F(Service, an_invalid_endpoint_gives_the_full_text_until_the_next_check) {
+TEST_F(Service, an_invalid_endpoint_shows_its_full_error_until_the_next_check) {
   app.child().dohEndpoint = std::string("http://dns.example");
   start();
   EXPECT_EQ(warning(), "VPN setup failed. Invalid DNS endpoint: Invalid HTTPS URL");
@@ -289,7 +289,7 @@ TEST_F(Service, an_invalid_endpoint_gives_the_full_text_until_the_next_check) {
   EXPECT_EQ(warning(), "DNS protection not enabled. Please tap the Enable button.");
 }
 
-TEST_F(Service, other_failures_speak_with_the_errors_full_text) {
+TEST_F(Service, other_failures_show_the_full_error) {
   start();
   app.advance(2s);
   app.machine.tunnel.fail(Operation::reload, "gone");
@@ -298,7 +298,7 @@ TEST_F(Service, other_failures_speak_with_the_errors_full_text) {
   EXPECT_EQ(warning(), "VPN setup failed. Failed to load VPN configuration: gone");
 }
 
-TEST_F(Service, a_tunnel_that_went_down_is_reconnected_at_every_check_without_limit) {
+TEST_F(Service, a_disconnected_tunnel_is_reconnected_at_every_check_without_limit) {
   app.machine.tunnel.behaveLikePlatform();
   start();
   app.advance(10s);
@@ -329,7 +329,7 @@ TEST_F(Service, a_connecting_tunnel_is_waited_for) {
   EXPECT_EQ(count(Operation::start), starts);
 }
 
-TEST_F(Service, a_configuration_that_vanished_is_made_anew_only_without_an_earlier_attempt) {
+TEST_F(Service, a_removed_configuration_is_recreated_only_without_an_earlier_attempt) {
   start();
   app.advance(10s);
   app.machine.tunnel.removeSaved(0);
@@ -343,7 +343,7 @@ TEST_F(Service, a_configuration_that_vanished_is_made_anew_only_without_an_earli
   EXPECT_EQ(count(Operation::save), 2);
 }
 
-TEST_F(Service, a_slow_refresh_is_judged_by_the_earlier_values) {
+TEST_F(Service, a_slow_refresh_is_evaluated_with_the_earlier_values) {
   start();
   app.advance(10s);
   ASSERT_TRUE(app.vpn().isConfigured());
@@ -355,7 +355,7 @@ TEST_F(Service, a_slow_refresh_is_judged_by_the_earlier_values) {
   EXPECT_EQ(warning(), "DNS protection not enabled. Please tap the Enable button.");
 }
 
-TEST_F(Service, the_warning_while_reconnecting_is_followed_by_the_truth) {
+TEST_F(Service, the_reconnecting_warning_is_replaced_by_the_result) {
   app.machine.tunnel.behaveLikePlatform();
   start();
   app.advance(10s);
@@ -367,7 +367,7 @@ TEST_F(Service, the_warning_while_reconnecting_is_followed_by_the_truth) {
   EXPECT_TRUE(app.child().isDohConfigured());
 }
 
-TEST(BackgroundServiceLife, a_state_that_has_gone_makes_every_step_a_no_op) {
+TEST(BackgroundServiceLife, without_its_state_every_step_does_nothing) {
   TestApplication app(asParent());
   auto state = std::make_shared<ChildAppState>(app.machine.settings, app.machine.dispatch);
   state->saveEnrollment("d1", endpoint, std::nullopt, std::string(TestApplication::serviceRoot));
@@ -381,7 +381,7 @@ TEST(BackgroundServiceLife, a_state_that_has_gone_makes_every_step_a_no_op) {
   EXPECT_TRUE(app.machine.tunnel.calls().empty());
 }
 
-TEST(BackgroundServiceLife, a_state_that_goes_while_the_tunnel_is_looked_at_leaves_the_tunnel_alone) {
+TEST(BackgroundServiceLife, losing_its_state_during_a_tunnel_check_leaves_the_tunnel_alone) {
   TestApplication app(asParent());
   auto state = std::make_shared<ChildAppState>(app.machine.settings, app.machine.dispatch);
   state->saveEnrollment("d1", endpoint, std::nullopt, std::string(TestApplication::serviceRoot));
@@ -397,7 +397,7 @@ TEST(BackgroundServiceLife, a_state_that_goes_while_the_tunnel_is_looked_at_leav
   EXPECT_TRUE(app.machine.tunnel.calls().empty());
 }
 
-TEST(BackgroundServiceLife, an_answer_after_its_end_is_dropped) {
+TEST(BackgroundServiceLife, an_answer_after_its_destruction_is_dropped) {
   TestApplication app(asEnrolledChild());
   app.machine.http.hold();
   app.settle();

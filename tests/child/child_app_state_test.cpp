@@ -16,7 +16,7 @@ struct ChildState : testing::Test {
   MemorySettingsStore settings;
   ChildAppState state{settings, dispatch};
 
-  // The names of the fields in the order in which they are announced, from here on.
+  // The names of the announced fields, in order, from now on.
   std::vector<std::string> announced;
   Subscription listening =
       state.observe([this](const Member& member) { announced.emplace_back(member.name()); });
@@ -24,7 +24,7 @@ struct ChildState : testing::Test {
 
 using Names = std::vector<std::string>;
 
-TEST_F(ChildState, a_first_launch_has_all_initial_values_and_writes_nothing) {
+TEST_F(ChildState, a_first_launch_has_the_initial_values_and_writes_nothing) {
   EXPECT_FALSE(state.isEnrolled());
   EXPECT_EQ(state.deviceID(), "");
   EXPECT_EQ(state.dohEndpoint(), "");
@@ -36,14 +36,14 @@ TEST_F(ChildState, a_first_launch_has_all_initial_values_and_writes_nothing) {
   EXPECT_EQ(settings.writes(), 0);
 }
 
-TEST_F(ChildState, values_that_do_not_agree_are_loaded_as_they_are) {
+TEST_F(ChildState, inconsistent_values_are_loaded_unchanged) {
   settings.set("child_isEnrolled", true);
   const ChildAppState loaded(settings, dispatch);
   EXPECT_TRUE(loaded.isEnrolled());
   EXPECT_EQ(loaded.dohEndpoint(), "");
 }
 
-TEST_F(ChildState, loading_leaves_what_is_not_stored_alone) {
+TEST_F(ChildState, loading_keeps_values_that_are_not_stored) {
   state.isConnectedToServer = true;
   state.dohConfigWarning = "warning";
   state.loadState();
@@ -51,7 +51,7 @@ TEST_F(ChildState, loading_leaves_what_is_not_stored_alone) {
   EXPECT_EQ(state.dohConfigWarning(), "warning");
 }
 
-TEST_F(ChildState, an_enrollment_is_announced_in_its_order) {
+TEST_F(ChildState, an_enrollment_is_announced_in_a_fixed_order) {
   state.saveEnrollment("d1", "https://dns.example/d1", "https://dns.example", "https://api.example");
   EXPECT_EQ(announced, (Names{"deviceID", "dohEndpoint", "isEnrolled", "dohBaseUrl"}));
 }
@@ -75,7 +75,7 @@ TEST_F(ChildState, an_enrollment_survives_a_restart) {
   EXPECT_EQ(settings.string("com.quillmar.apiBaseURL"), "https://api.example");
 }
 
-TEST_F(ChildState, absent_urls_keep_what_an_earlier_enrollment_left) {
+TEST_F(ChildState, absent_urls_keep_the_values_of_an_earlier_enrollment) {
   state.saveEnrollment("d1", "https://dns.example/d1", "https://dns.example", "https://api.example");
   state.saveEnrollment("d2", "https://dns.example/d2", std::nullopt, std::nullopt);
   EXPECT_EQ(state.deviceID(), "d2");
@@ -103,14 +103,14 @@ TEST_F(ChildState, an_empty_endpoint_counts_as_present) {
   EXPECT_EQ(settings.string("child_dohBaseUrl"), "");
 }
 
-TEST_F(ChildState, an_update_is_announced_in_its_order_with_this_devices_time) {
+TEST_F(ChildState, an_update_is_announced_in_a_fixed_order_with_this_devices_time) {
   dispatch.advance(std::chrono::seconds(7));
   state.updateEndpoint("https://dns.example/new", "https://new.example");
   EXPECT_EQ(announced, (Names{"dohEndpoint", "dohBaseUrl", "isConnectedToServer", "lastCheckinTime"}));
   EXPECT_EQ(state.lastCheckinTime(), VirtualDispatch::defaultStart + std::chrono::seconds(7));
 }
 
-TEST_F(ChildState, a_reset_announces_every_field_in_the_order_of_their_declaration) {
+TEST_F(ChildState, a_reset_announces_every_field_in_declaration_order) {
   state.saveEnrollment("d1", "https://dns.example/d1", "https://dns.example", "https://api.example");
   announced.clear();
   state.resetEnrollment();
@@ -118,7 +118,7 @@ TEST_F(ChildState, a_reset_announces_every_field_in_the_order_of_their_declarati
                               "lastCheckinTime", "isDohConfigured", "dohConfigWarning"}));
 }
 
-TEST_F(ChildState, a_reset_publishes_before_it_removes) {
+TEST_F(ChildState, a_reset_publishes_before_removing) {
   state.saveEnrollment("d1", "https://dns.example/d1", std::nullopt, std::nullopt);
   bool wasStillStored = false;
   const auto reaction =
@@ -127,7 +127,7 @@ TEST_F(ChildState, a_reset_publishes_before_it_removes) {
   EXPECT_TRUE(wasStillStored);
 }
 
-TEST_F(ChildState, a_reset_leaves_the_root_the_role_and_nothing_of_the_enrollment) {
+TEST_F(ChildState, a_reset_keeps_the_root_and_the_role_but_no_enrollment) {
   settings.set("com.quillmar.deviceRole", std::string("child"));
   state.saveEnrollment("d1", "https://dns.example/d1", "https://dns.example", "https://api.example");
   state.updateEndpoint(std::nullopt, std::nullopt);

@@ -46,7 +46,7 @@ struct ChildEnrollment : testing::Test {
   TestApplication app{asNewChild()};
 };
 
-TEST_F(ChildEnrollment, begins_at_the_start_and_calls_nobody) {
+TEST_F(ChildEnrollment, begins_at_the_start_and_sends_nothing) {
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
   EXPECT_EQ(screen().enrollmentCode(), "");
   EXPECT_EQ(screen().deviceId(), "");
@@ -60,7 +60,7 @@ TEST_F(ChildEnrollment, begins_at_the_start_and_calls_nobody) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(ChildEnrollment, asks_with_a_new_uuid_the_devices_name_and_its_type) {
+TEST_F(ChildEnrollment, sends_a_new_uuid_with_the_devices_name_and_type) {
   app.machine.deviceInfo.deviceName = "Mia’s “Tablet”";
   start();
   const auto request = app.machine.http.requests("POST", "/enrollment/init").front();
@@ -72,7 +72,7 @@ TEST_F(ChildEnrollment, asks_with_a_new_uuid_the_devices_name_and_its_type) {
   EXPECT_EQ(request.timeout, 60s);
 }
 
-TEST_F(ChildEnrollment, goes_to_the_default_root_without_a_region_and_to_the_stored_one_else) {
+TEST_F(ChildEnrollment, uses_the_default_root_without_a_region_and_otherwise_the_stored_one) {
   start();
   EXPECT_EQ(app.machine.http.requests().front().url, "https://au.example/api/v1/enrollment/init");
   screen().cancelEnrollment();
@@ -82,7 +82,7 @@ TEST_F(ChildEnrollment, goes_to_the_default_root_without_a_region_and_to_the_sto
             "https://nz.example/api/v1/enrollment/init");
 }
 
-TEST_F(ChildEnrollment, says_that_it_is_loading_until_the_answer_comes) {
+TEST_F(ChildEnrollment, is_loading_until_the_answer_arrives) {
   app.machine.http.hold();
   start();
   EXPECT_EQ(screen().stage(), EnrollmentStage::loading);
@@ -108,7 +108,7 @@ TEST_F(ChildEnrollment, shows_the_code_and_a_qr_code_of_it) {
   EXPECT_TRUE(screen().isPolling());
 }
 
-TEST_F(ChildEnrollment, a_refused_start_stands_as_before_with_an_alert) {
+TEST_F(ChildEnrollment, a_refused_start_returns_to_the_start_with_an_alert) {
   struct Row {
     int status;
     std::string body;
@@ -135,13 +135,13 @@ TEST_F(ChildEnrollment, a_refused_start_stands_as_before_with_an_alert) {
   EXPECT_EQ(polls(), 0U);
 }
 
-TEST_F(ChildEnrollment, no_network_speaks_in_the_transports_words) {
+TEST_F(ChildEnrollment, without_a_network_the_transports_error_is_shown) {
   app.machine.http.failAlways("POST", "/enrollment/init", TransportError::Kind::notConnectedToInternet);
   start();
   EXPECT_EQ(screen().errorAlert.message(), "The Internet connection appears to be offline.");
 }
 
-TEST_F(ChildEnrollment, a_root_that_is_no_url_sends_nothing) {
+TEST_F(ChildEnrollment, an_invalid_root_url_sends_nothing) {
   app.machine.settings.set("com.quillmar.apiBaseURL", std::string("https://bad root"));
   start();
   EXPECT_EQ(screen().errorAlert.message(), "Invalid response from server");
@@ -156,7 +156,7 @@ TEST_F(ChildEnrollment, a_device_name_that_cannot_be_encoded_sends_nothing) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(ChildEnrollment, a_new_attempt_forgets_the_last_message) {
+TEST_F(ChildEnrollment, a_new_attempt_clears_the_last_error) {
   app.machine.http.fail("POST", "/enrollment/init", TransportError::Kind::timedOut);
   start();
   screen().errorAlert.dismiss();
@@ -164,7 +164,7 @@ TEST_F(ChildEnrollment, a_new_attempt_forgets_the_last_message) {
   EXPECT_EQ(screen().errorAlert.message(), "");
 }
 
-TEST_F(ChildEnrollment, every_attempt_has_an_id_of_its_own) {
+TEST_F(ChildEnrollment, every_attempt_has_its_own_id) {
   start();
   screen().cancelEnrollment();
   start();
@@ -186,7 +186,7 @@ TEST_F(ChildEnrollment, waits_five_seconds_before_each_poll) {
   EXPECT_EQ(header(app.machine.http.requests("GET", statusPath).front(), "Authorization"), std::nullopt);
 }
 
-TEST_F(ChildEnrollment, the_time_of_an_answer_adds_to_the_wait) {
+TEST_F(ChildEnrollment, the_time_of_an_answer_is_added_to_the_wait) {
   app.machine.http.hold("GET", statusPath);
   start();
   app.advance(5s);
@@ -201,7 +201,7 @@ TEST_F(ChildEnrollment, the_time_of_an_answer_adds_to_the_wait) {
   EXPECT_EQ(polls(), 2U);
 }
 
-TEST_F(ChildEnrollment, failed_polls_and_unknown_words_are_ignored) {
+TEST_F(ChildEnrollment, failed_polls_and_unknown_statuses_are_ignored) {
   start();
   app.machine.http.fail("GET", statusPath, TransportError::Kind::networkConnectionLost);
   app.machine.http.answer("GET", statusPath, 500, R"({"error":"broken"})");
@@ -217,7 +217,7 @@ TEST_F(ChildEnrollment, failed_polls_and_unknown_words_are_ignored) {
   EXPECT_EQ(screen().stage(), EnrollmentStage::code);
 }
 
-TEST_F(ChildEnrollment, after_120_rounds_it_gives_up_once) {
+TEST_F(ChildEnrollment, times_out_once_after_120_polls) {
   start();
   int alerts = 0;
   const auto listening = screen().errorAlert.isShown.onChange([&] { ++alerts; });
@@ -236,7 +236,7 @@ TEST_F(ChildEnrollment, after_120_rounds_it_gives_up_once) {
   EXPECT_EQ(alerts, 1);
 }
 
-TEST_F(ChildEnrollment, a_new_start_after_the_time_out_begins_with_a_new_code) {
+TEST_F(ChildEnrollment, a_start_after_the_time_out_gets_a_new_code) {
   start();
   app.advance(600s);
   screen().errorAlert.dismiss();
@@ -247,7 +247,7 @@ TEST_F(ChildEnrollment, a_new_start_after_the_time_out_begins_with_a_new_code) {
   EXPECT_EQ(polls(), 121U);
 }
 
-TEST_F(ChildEnrollment, an_expired_code_leads_back_to_the_start_with_an_alert) {
+TEST_F(ChildEnrollment, an_expired_code_returns_to_the_start_with_an_alert) {
   start();
   app.machine.http.answer("GET", statusPath, 200, expired);
   app.advance(5s);
@@ -261,7 +261,7 @@ TEST_F(ChildEnrollment, an_expired_code_leads_back_to_the_start_with_an_alert) {
   EXPECT_EQ(screen().errorAlert.message(), "Enrollment expired. Please try again.");
 }
 
-TEST_F(ChildEnrollment, a_completed_one_is_saved_under_the_first_answers_id_and_leads_home) {
+TEST_F(ChildEnrollment, a_completed_enrollment_is_saved_with_the_first_answers_id_and_shows_the_home_screen) {
   start();
   app.machine.http.answer("GET", statusPath, 200, completed);
   app.advance(5s);
@@ -274,7 +274,7 @@ TEST_F(ChildEnrollment, a_completed_one_is_saved_under_the_first_answers_id_and_
   EXPECT_EQ(polls(), 1U);
 }
 
-TEST_F(ChildEnrollment, the_protection_starts_with_the_home_screen_and_once_more_a_second_later) {
+TEST_F(ChildEnrollment, the_protection_starts_with_the_home_screen_and_again_a_second_later) {
   start();
   app.machine.http.answer("GET", statusPath, 200, completed);
   app.machine.http.answerAlways("POST", "/device/checkin", 200, R"({"status":"ok"})");
@@ -288,7 +288,7 @@ TEST_F(ChildEnrollment, the_protection_starts_with_the_home_screen_and_once_more
             "https://nz.example/api/v1/device/checkin");
 }
 
-// An enrollment that ends while nobody has yet answered whether the tunnel may be added.
+// The enrollment completes before the prompt to add the tunnel is answered.
 struct ChildEnrollmentPrompt : ChildEnrollment {
   ChildEnrollmentPrompt() {
     app.machine.tunnel.behaveLikePlatform(
@@ -303,7 +303,7 @@ struct ChildEnrollmentPrompt : ChildEnrollment {
   std::vector<std::function<void(bool)>> prompts;
 };
 
-TEST_F(ChildEnrollmentPrompt, both_starts_of_the_protection_ask_one_question_and_add_one_tunnel) {
+TEST_F(ChildEnrollmentPrompt, both_starts_of_the_protection_share_one_prompt_and_add_one_tunnel) {
   app.advance(5min);
   EXPECT_EQ(prompts.size(), 1U);
   EXPECT_EQ(app.vpn().statusMessage(), "Not configured");
@@ -316,7 +316,7 @@ TEST_F(ChildEnrollmentPrompt, both_starts_of_the_protection_ask_one_question_and
   EXPECT_TRUE(app.child().isDohConfigured());
 }
 
-TEST_F(ChildEnrollmentPrompt, one_refusal_ends_both_starts_and_the_next_attempt_asks_again) {
+TEST_F(ChildEnrollmentPrompt, a_refused_prompt_ends_both_starts_and_the_next_attempt_asks_again) {
   prompts.front()(false);
   app.settle();
   EXPECT_EQ(prompts.size(), 1U);
@@ -330,7 +330,7 @@ TEST_F(ChildEnrollmentPrompt, one_refusal_ends_both_starts_and_the_next_attempt_
   EXPECT_TRUE(app.child().isDohConfigured());
 }
 
-TEST_F(ChildEnrollment, completed_without_an_endpoint_saves_nothing_and_leaves_the_code) {
+TEST_F(ChildEnrollment, a_completion_without_an_endpoint_saves_nothing_and_keeps_the_code) {
   start();
   app.machine.http.answer("GET", statusPath, 200, completedWithoutEndpoint);
   app.advance(5s);
@@ -348,7 +348,7 @@ TEST_F(ChildEnrollment, completed_without_an_endpoint_saves_nothing_and_leaves_t
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
 }
 
-TEST_F(ChildEnrollment, a_cancelled_one_forgets_everything_and_does_not_tell_the_service) {
+TEST_F(ChildEnrollment, cancelling_clears_everything_and_does_not_tell_the_service) {
   start();
   app.advance(6s);
   const auto calls = app.machine.http.calls();
@@ -361,7 +361,7 @@ TEST_F(ChildEnrollment, a_cancelled_one_forgets_everything_and_does_not_tell_the
   EXPECT_EQ(app.machine.http.calls(), calls);
 }
 
-TEST_F(ChildEnrollment, a_cancelled_round_may_still_ask_with_an_empty_id_and_its_failure_is_ignored) {
+TEST_F(ChildEnrollment, a_poll_after_cancelling_has_an_empty_id_and_its_failure_is_ignored) {
   start();
   app.advance(2s);
   screen().cancelEnrollment();
@@ -372,7 +372,7 @@ TEST_F(ChildEnrollment, a_cancelled_round_may_still_ask_with_an_empty_id_and_its
   EXPECT_EQ(screen().stage(), EnrollmentStage::start);
 }
 
-TEST_F(ChildEnrollment, a_new_start_within_the_round_leaves_the_old_loop_beside_the_new_one) {
+TEST_F(ChildEnrollment, a_restart_within_a_poll_interval_keeps_the_old_loop_beside_the_new_one) {
   start();
   app.advance(2s);
   screen().cancelEnrollment();
@@ -388,7 +388,7 @@ TEST_F(ChildEnrollment, a_new_start_within_the_round_leaves_the_old_loop_beside_
   EXPECT_LE(polls(), 240U);
 }
 
-TEST_F(ChildEnrollment, a_poll_whose_url_does_not_parse_is_a_round_that_is_over) {
+TEST_F(ChildEnrollment, a_poll_with_an_invalid_url_sends_nothing_and_polling_continues) {
   app.machine.http.answerAlways(
       "POST", "/enrollment/init", 200,
       R"({"enrollment_code":"A","device_id":"no url","expires_at":"2016-10-08T22:41:00Z"})");
@@ -400,7 +400,7 @@ TEST_F(ChildEnrollment, a_poll_whose_url_does_not_parse_is_a_round_that_is_over)
   EXPECT_EQ(screen().errorAlert.message(), "Enrollment timed out. Please try again.");
 }
 
-TEST_F(ChildEnrollment, the_dots_move_while_it_waits_and_only_then) {
+TEST_F(ChildEnrollment, the_dots_move_only_while_waiting) {
   EXPECT_FALSE(static_cast<bool>(screen().loadingDots));
   start();
   ASSERT_TRUE(static_cast<bool>(screen().loadingDots));
@@ -414,7 +414,7 @@ TEST_F(ChildEnrollment, the_dots_move_while_it_waits_and_only_then) {
   EXPECT_FALSE(static_cast<bool>(screen().loadingDots));
 }
 
-TEST_F(ChildEnrollment, the_screen_may_go_while_the_answer_is_under_way) {
+TEST_F(ChildEnrollment, the_screen_can_be_destroyed_while_a_call_runs) {
   app.machine.http.hold();
   start();
   app.child().saveEnrollment("d", "https://dns.example/d", std::nullopt, std::nullopt);
@@ -424,7 +424,7 @@ TEST_F(ChildEnrollment, the_screen_may_go_while_the_answer_is_under_way) {
   EXPECT_EQ(polls(), 0U);
 }
 
-TEST_F(ChildEnrollment, the_sentences_are_the_systems_own) {
+TEST_F(ChildEnrollment, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Quillmar Child");
   EXPECT_EQ(texts.tagline(), "Secure Internet for Kids");

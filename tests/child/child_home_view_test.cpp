@@ -27,13 +27,13 @@ struct ChildHome : testing::Test {
   TestApplication app{asEnrolledChild()};
 };
 
-TEST_F(ChildHome, coming_up_starts_the_service_and_the_animation) {
+TEST_F(ChildHome, appearing_starts_the_service_and_the_animation) {
   EXPECT_TRUE(screen().isPulsing());
   EXPECT_TRUE(app.background().isCheckinTimerRunning());
   EXPECT_EQ(app.machine.http.count("POST", "/device/checkin"), 1U);
 }
 
-TEST_F(ChildHome, the_headline_reports_the_link_to_the_service) {
+TEST_F(ChildHome, the_headline_shows_the_connection_to_the_service) {
   app.child().isConnectedToServer = true;
   EXPECT_EQ(screen().headline(), "Protection Active");
   EXPECT_EQ(screen().statusLine(), "Your internet activity is being monitored");
@@ -46,7 +46,7 @@ TEST_F(ChildHome, the_headline_reports_the_link_to_the_service) {
   EXPECT_EQ(screen().statusColor(), "brandOrange");
 }
 
-TEST_F(ChildHome, the_cards_follow_their_tests_in_order) {
+TEST_F(ChildHome, the_cards_check_their_conditions_in_order) {
   struct Row {
     bool isConnected, isConnecting, isConfigured;
     std::string value;
@@ -72,7 +72,7 @@ TEST_F(ChildHome, the_cards_follow_their_tests_in_order) {
                                                      "exclamationmark.circle.fill"}));
 }
 
-TEST_F(ChildHome, the_panel_follows_its_tests_in_order) {
+TEST_F(ChildHome, the_panel_checks_its_conditions_in_order) {
   show(true, true, true);
   EXPECT_EQ(screen().panel().heading, "Internet Protection Active");
   EXPECT_EQ(screen().panel().text, "Your browsing is protected by Quillmar");
@@ -121,7 +121,7 @@ TEST_F(ChildHome, the_panels_button_rewrites_the_whole_configuration) {
   EXPECT_EQ(std::ranges::count(app.machine.tunnel.operations(), SimulatedTunnel::Operation::save), 1);
 }
 
-TEST_F(ChildHome, a_link_without_a_tunnel_and_a_tunnel_without_a_link_stand_side_by_side) {
+TEST_F(ChildHome, the_connection_and_the_tunnel_are_shown_independently) {
   app.child().isConnectedToServer = true;
   show(false, false, false);
   EXPECT_EQ(screen().headline(), "Protection Active");
@@ -132,7 +132,7 @@ TEST_F(ChildHome, a_link_without_a_tunnel_and_a_tunnel_without_a_link_stand_side
   EXPECT_EQ(screen().cards().at(1).value, "Active");
 }
 
-TEST_F(ChildHome, the_check_in_line_and_its_button_need_a_time) {
+TEST_F(ChildHome, the_check_in_line_and_its_button_require_a_check_in_time) {
   EXPECT_EQ(screen().lastCheckin(), std::nullopt);
   EXPECT_FALSE(screen().refresh.isEnabled());
   app.child().lastCheckinTime = app.machine.dispatch.now();
@@ -140,7 +140,7 @@ TEST_F(ChildHome, the_check_in_line_and_its_button_need_a_time) {
   EXPECT_TRUE(screen().refresh.isEnabled());
 }
 
-TEST_F(ChildHome, the_check_in_line_goes_on_with_time_where_no_check_in_follows) {
+TEST_F(ChildHome, the_check_in_line_ages_without_further_check_ins) {
   app.machine.http.hold();
   app.child().lastCheckinTime = app.machine.dispatch.now();
   Names told;
@@ -165,7 +165,7 @@ TEST_F(ChildHome, the_check_in_line_goes_on_with_time_where_no_check_in_follows)
   EXPECT_EQ(told, Names{"Last check-in: 12 minutes ago"});
 }
 
-TEST_F(ChildHome, refresh_checks_in_and_does_nothing_else) {
+TEST_F(ChildHome, refresh_only_checks_in) {
   app.child().lastCheckinTime = app.machine.dispatch.now();
   app.machine.http.forgetRequests();
   app.machine.tunnel.forgetCalls();
@@ -175,7 +175,7 @@ TEST_F(ChildHome, refresh_checks_in_and_does_nothing_else) {
   EXPECT_TRUE(app.machine.tunnel.calls().empty());
 }
 
-TEST_F(ChildHome, it_redraws_with_every_change_of_what_it_observes) {
+TEST_F(ChildHome, announces_every_change_of_the_observed_objects) {
   int redraws = 0;
   const auto listening = screen().observe([&](const Member& /*any*/) { ++redraws; });
   app.child().isConnectedToServer = true;
@@ -193,7 +193,7 @@ TEST_F(ChildHome, the_gear_opens_the_settings_and_done_closes_them) {
   EXPECT_TRUE(app.machine.http.requests().empty()) << "coming back from a sheet is no appearance here";
 }
 
-TEST_F(ChildHome, no_control_leads_to_the_instructions_though_they_are_wired) {
+TEST_F(ChildHome, the_instructions_work_but_no_control_opens_them) {
   for (const Member* member : screen().members()) {
     if (member->kind() == Member::Kind::action) {
       EXPECT_EQ(member->name().find("nstruction"), std::string_view::npos);
@@ -204,14 +204,14 @@ TEST_F(ChildHome, no_control_leads_to_the_instructions_though_they_are_wired) {
   EXPECT_EQ(app.screenNames(), (Names{"ChildHomeView", "DoHInstructionsView"}));
 }
 
-TEST_F(ChildHome, the_sentences_are_the_systems_own) {
+TEST_F(ChildHome, the_texts_are_exact) {
   EXPECT_EQ(screen().title(), "Quillmar Child");
   EXPECT_EQ(screen().tagline(), "Your internet is being monitored for safety");
   EXPECT_EQ(screen().refreshTitle(), "Refresh");
   EXPECT_EQ(screen().headerImages(), (Names{"AppIcon", "icon-60@2x", "QuillmarLogo"}));
 }
 
-TEST(TimeInWords, follows_the_whole_seconds_since) {
+TEST(TimeInWords, uses_the_elapsed_whole_seconds) {
   const DateStyles styles("en_US", "UTC");
   const Date now = VirtualDispatch::defaultStart;
   const auto words = [&](Duration age) { return timeInWords(now - age, now, styles); };

@@ -31,7 +31,7 @@ struct ChildSettings : testing::Test {
   TestApplication app{asEnrolledChild()};
 };
 
-TEST_F(ChildSettings, the_device_rows_say_who_it_is) {
+TEST_F(ChildSettings, the_device_rows_identify_the_device) {
   EXPECT_EQ(screen().deviceId(), "device-1...");
   EXPECT_EQ(screen().status(), "Enrolled");
   EXPECT_EQ(screen().serverConnection(), "Disconnected");
@@ -39,7 +39,7 @@ TEST_F(ChildSettings, the_device_rows_say_who_it_is) {
   EXPECT_EQ(screen().serverConnection(), "Connected");
 }
 
-TEST_F(ChildSettings, a_short_id_is_shown_whole_and_characters_are_what_people_see) {
+TEST_F(ChildSettings, a_short_id_is_shown_whole_and_characters_are_grapheme_clusters) {
   app.child().deviceID = std::string("abc");
   EXPECT_EQ(screen().deviceId(), "abc...");
   app.child().deviceID = std::string();
@@ -63,7 +63,7 @@ TEST_F(ChildSettings, the_protection_rows_mirror_the_tunnel) {
   EXPECT_EQ(screen().configuration(), "Not Set Up");
 }
 
-TEST_F(ChildSettings, each_button_is_in_use_only_where_it_is_shown) {
+TEST_F(ChildSettings, each_button_is_enabled_only_while_shown) {
   struct Row {
     bool isConfigured, isConnected, canReconnect, canEnable;
   };
@@ -78,14 +78,14 @@ TEST_F(ChildSettings, each_button_is_in_use_only_where_it_is_shown) {
   }
 }
 
-TEST_F(ChildSettings, reconnecting_starts_the_tunnel_and_rewrites_nothing) {
+TEST_F(ChildSettings, reconnecting_starts_the_tunnel_without_reconfiguring) {
   app.vpn().isConfigured = true;
   screen().reconnectTunnel();
   app.settle();
   EXPECT_EQ(app.machine.tunnel.operations(), Operations{Operation::start});
 }
 
-TEST_F(ChildSettings, enabling_configures_anew_whatever_was_tried_before) {
+TEST_F(ChildSettings, enabling_reconfigures_even_after_an_earlier_attempt) {
   app.vpn().isConfigured = false;
   screen().enableProtection();
   EXPECT_TRUE(app.background().hasAttemptedDNSConfig());
@@ -100,7 +100,7 @@ TEST_F(ChildSettings, the_base_url_is_absent_while_it_is_empty) {
   EXPECT_EQ(screen().dohBaseUrl(), "https://dns.example");
 }
 
-TEST_F(ChildSettings, copying_puts_the_endpoint_on_the_clipboard_and_says_nothing) {
+TEST_F(ChildSettings, copying_puts_the_endpoint_on_the_clipboard_without_a_message) {
   int changes = 0;
   const auto listening = screen().observe([&](const Member& /*any*/) { ++changes; });
   screen().copyDoHEndpoint();
@@ -127,7 +127,7 @@ TEST_F(ChildSettings, a_reset_asks_first_and_cancel_changes_nothing) {
   EXPECT_TRUE(app.background().isCheckinTimerRunning());
 }
 
-TEST_F(ChildSettings, a_reset_stops_forgets_and_leads_back_without_a_word_to_anyone) {
+TEST_F(ChildSettings, a_reset_stops_clears_and_returns_without_telling_the_service) {
   screen().resetEnrollment();
   screen().resetConfirmation.confirm();
   EXPECT_FALSE(app.background().isCheckinTimerRunning());
@@ -140,7 +140,7 @@ TEST_F(ChildSettings, a_reset_stops_forgets_and_leads_back_without_a_word_to_any
   EXPECT_EQ(app.machine.tunnel.saved().size(), 1U) << "the configuration stays";
 }
 
-TEST_F(ChildSettings, a_reset_stops_before_it_forgets_and_forgets_before_it_goes) {
+TEST_F(ChildSettings, a_reset_stops_then_clears_then_dismisses) {
   Names steps;
   const auto forgotten = app.child().isEnrolled.onChange([&] {
     EXPECT_FALSE(app.background().isCheckinTimerRunning());
@@ -168,7 +168,7 @@ TEST_F(ChildSettings, enrolling_again_reuses_the_configuration) {
             "https://dns.example/d2");
 }
 
-TEST_F(ChildSettings, the_sentences_are_the_systems_own) {
+TEST_F(ChildSettings, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Settings");
   EXPECT_EQ(texts.doneTitle(), "Done");

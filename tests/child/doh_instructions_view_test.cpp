@@ -28,7 +28,7 @@ struct Instructions : testing::Test {
   TestApplication app{asEnrolledChild()};
 };
 
-TEST_F(Instructions, a_configuration_that_is_there_after_two_seconds_ends_the_screen) {
+TEST_F(Instructions, a_configuration_found_after_two_seconds_dismisses_the_screen) {
   app.machine.tunnel.fail(Operation::save, std::nullopt);
   EXPECT_EQ(screen().enableTitle(), "Enable Internet Protection");
   screen().enableProtection();
@@ -39,7 +39,7 @@ TEST_F(Instructions, a_configuration_that_is_there_after_two_seconds_ends_the_sc
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(Instructions, a_failed_one_leaves_the_screen_with_nothing_said) {
+TEST_F(Instructions, a_failed_configuration_keeps_the_screen_without_a_message) {
   screen().enableProtection();
   EXPECT_FALSE(screen().enableProtection.isEnabled());
   app.advance(2s);
@@ -48,7 +48,7 @@ TEST_F(Instructions, a_failed_one_leaves_the_screen_with_nothing_said) {
   EXPECT_TRUE(screen().enableProtection.isEnabled());
 }
 
-TEST_F(Instructions, closing_it_while_it_works_is_safe) {
+TEST_F(Instructions, can_be_closed_while_configuring) {
   screen().enableProtection();
   screen().done();
   app.advance(1min);
@@ -61,7 +61,7 @@ TEST_F(Instructions, copying_puts_the_endpoint_on_the_clipboard) {
   EXPECT_EQ(app.machine.clipboard.string(), "https://dns.example/d1");
 }
 
-TEST_F(Instructions, the_manual_steps_stand_in_their_order) {
+TEST_F(Instructions, the_manual_steps_are_in_order) {
   EXPECT_EQ(screen().steps(),
             (std::vector<InstructionStep>{
                 {1, "Open Settings", "Go to your device's Settings app", false},
@@ -74,7 +74,7 @@ TEST_F(Instructions, the_manual_steps_stand_in_their_order) {
             }));
 }
 
-TEST_F(Instructions, the_sentences_are_the_systems_own) {
+TEST_F(Instructions, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Setup Instructions");
   EXPECT_EQ(texts.doneTitle(), "Done");

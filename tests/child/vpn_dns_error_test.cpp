@@ -8,7 +8,7 @@
 namespace quillmar {
 namespace {
 
-TEST(VPNDNSError, every_case_has_its_sentence) {
+TEST(VPNDNSError, every_case_has_its_message) {
   using Case = VPNDNSError::Case;
   const auto sentences = std::to_array<std::pair<VPNDNSError, std::string>>({
       {{Case::invalidEndpoint, "why"}, "Invalid DNS endpoint: why"},

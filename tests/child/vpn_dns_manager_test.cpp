@@ -47,7 +47,7 @@ struct Tunnel : testing::Test {
   SimulatedTunnel tunnel{dispatch};
   std::unique_ptr<VPNDNSManager> manager;
 
-  // The manager loads when it is made; that load is over, and neither calls nor lines of it are kept.
+  // Makes the manager, waits for its initial load, and clears the recorded calls and log lines.
   VPNDNSManager& start() {
     manager = std::make_unique<VPNDNSManager>(tunnel, dispatch, log);
     dispatch.settle();
@@ -70,7 +70,7 @@ struct Tunnel : testing::Test {
   }
 };
 
-TEST_F(Tunnel, begins_unconfigured_and_loads_what_is_there) {
+TEST_F(Tunnel, begins_unconfigured_and_loads_the_existing_configuration) {
   manager = std::make_unique<VPNDNSManager>(tunnel, dispatch, log);
   EXPECT_FALSE(manager->isConfigured());
   EXPECT_FALSE(manager->isConnected());
@@ -84,7 +84,7 @@ TEST_F(Tunnel, begins_unconfigured_and_loads_what_is_there) {
   EXPECT_EQ(log.printed(), std::vector<std::string>{"[VPNDNSManager] No existing VPN configuration found"});
 }
 
-TEST_F(Tunnel, an_empty_endpoint_is_refused_on_the_callers_thread_before_the_fields_change) {
+TEST_F(Tunnel, an_empty_endpoint_is_rejected_at_once_before_the_fields_change) {
   start();
   Outcome outcome;
   manager->configureVPN("", [&](const std::optional<VPNDNSError>& error) {
@@ -99,7 +99,7 @@ TEST_F(Tunnel, an_empty_endpoint_is_refused_on_the_callers_thread_before_the_fie
   EXPECT_TRUE(log.printed().empty());
 }
 
-TEST_F(Tunnel, what_is_no_https_url_is_refused) {
+TEST_F(Tunnel, an_endpoint_that_is_not_an_https_url_is_rejected) {
   for (const std::string text :
        {"http://dns.example", "HTTPS://dns.example", "Https://dns.example", "dns.example", "//dns.example",
         "https://dns example", "https://dns.example/é", " "}) {
@@ -111,7 +111,7 @@ TEST_F(Tunnel, what_is_no_https_url_is_refused) {
   }
 }
 
-TEST_F(Tunnel, the_first_configuration_is_made_saved_reloaded_and_started) {
+TEST_F(Tunnel, the_first_configuration_is_created_saved_reloaded_and_started) {
   start();
   EXPECT_EQ(configure(ownEndpoint)->has_value(), false);
   EXPECT_EQ(tunnel.operations(),
@@ -129,7 +129,7 @@ TEST_F(Tunnel, the_first_configuration_is_made_saved_reloaded_and_started) {
                            "failed to connect"));
 }
 
-TEST_F(Tunnel, an_endpoint_without_a_host_is_accepted_under_a_display_name) {
+TEST_F(Tunnel, an_endpoint_without_a_host_gets_a_display_name) {
   for (const std::string text : {"https:///x", "https://", "https:abc"}) {
     start();
     configure(text);
@@ -151,7 +151,7 @@ TEST_F(Tunnel, a_second_configuration_reuses_the_first_and_replaces_its_protocol
   EXPECT_EQ(tunnel.saved(), (std::vector{foreign(), ours()}));
 }
 
-TEST_F(Tunnel, the_first_of_several_own_configurations_is_taken) {
+TEST_F(Tunnel, the_first_of_several_own_configurations_is_used) {
   tunnel.put(ours("https://one.example"));
   tunnel.put(ours("https://two.example"));
   start();
@@ -160,7 +160,7 @@ TEST_F(Tunnel, the_first_of_several_own_configurations_is_taken) {
   EXPECT_EQ(tunnel.saved()[1], ours("https://two.example"));
 }
 
-TEST_F(Tunnel, foreign_configurations_and_those_of_no_packet_tunnel_are_left_alone) {
+TEST_F(Tunnel, other_programs_and_other_types_of_configuration_are_left_alone) {
   SavedTunnel other = foreign();
   other.protocolConfiguration.reset();
   tunnel.put(foreign());
@@ -193,7 +193,7 @@ TEST_F(Tunnel, a_failed_listing_ends_the_configuration) {
   EXPECT_EQ(tunnel.operations(), Operations{Operation::load});
 }
 
-TEST_F(Tunnel, a_refused_permission_takes_the_save_path) {
+TEST_F(Tunnel, a_denied_permission_fails_like_a_failed_save) {
   start();
   tunnel.behaveLikePlatform([](const std::function<void(bool)>& answer) { answer(false); });
   EXPECT_EQ(configure(ownEndpoint), (VPNDNSError{Case::saveFailed, "permission denied"}));
@@ -204,7 +204,7 @@ TEST_F(Tunnel, a_refused_permission_takes_the_save_path) {
   EXPECT_TRUE(tunnel.saved().empty());
 }
 
-TEST_F(Tunnel, a_failed_reload_leaves_the_words_as_they_were) {
+TEST_F(Tunnel, a_failed_reload_keeps_the_status_text) {
   start();
   tunnel.fail(Operation::reload, "gone");
   EXPECT_EQ(configure(ownEndpoint), (VPNDNSError{Case::loadFailed, "gone"}));
@@ -215,7 +215,7 @@ TEST_F(Tunnel, a_failed_reload_leaves_the_words_as_they_were) {
   EXPECT_TRUE(log.hasPrinted("[VPNDNSManager] Failed to reload VPN configuration: gone"));
 }
 
-TEST_F(Tunnel, a_saved_configuration_is_a_success_even_if_the_start_fails) {
+TEST_F(Tunnel, configuring_succeeds_once_saved_even_if_the_start_fails) {
   start();
   tunnel.fail(Operation::start, "no network");
   EXPECT_EQ(configure(ownEndpoint), succeeded);
@@ -228,7 +228,7 @@ TEST_F(Tunnel, a_saved_configuration_is_a_success_even_if_the_start_fails) {
       log.hasPrinted("[VPNDNSManager] VPN configured but start failed: VPN connection failed: no network"));
 }
 
-TEST_F(Tunnel, a_tunnel_that_is_down_a_second_later_fails_the_connection_but_not_the_configuration) {
+TEST_F(Tunnel, a_tunnel_down_after_a_second_fails_connecting_but_not_configuring) {
   start();
   EXPECT_EQ(configure(ownEndpoint), succeeded);
   EXPECT_TRUE(log.hasPrinted(
@@ -249,7 +249,7 @@ TEST_F(Tunnel, a_tunnel_still_connecting_after_a_second_counts_as_success) {
   }
 }
 
-TEST_F(Tunnel, the_connection_is_judged_after_exactly_one_second) {
+TEST_F(Tunnel, the_connection_is_checked_after_exactly_one_second) {
   tunnel.put(ours());
   start();
   bool isJudged = false;
@@ -263,7 +263,7 @@ TEST_F(Tunnel, the_connection_is_judged_after_exactly_one_second) {
   EXPECT_FALSE(manager->isConnecting());
 }
 
-TEST_F(Tunnel, the_start_is_asked_for_before_the_fields_say_so) {
+TEST_F(Tunnel, the_start_is_requested_before_the_fields_change) {
   tunnel.put(ours());
   start();
   manager->connectVPN([](const std::optional<VPNDNSError>& /*error*/) {});
@@ -279,14 +279,14 @@ TEST_F(Tunnel, connecting_without_a_configuration_loads_and_then_fails) {
   EXPECT_EQ(tunnel.operations(), Operations{Operation::load});
 }
 
-TEST_F(Tunnel, a_load_error_while_connecting_ends_in_not_configured_too) {
+TEST_F(Tunnel, a_load_error_while_connecting_ends_as_not_configured) {
   start();
   tunnel.fail(Operation::load, "no service");
   EXPECT_EQ(connect(), (VPNDNSError{Case::notConfigured, {}}));
   EXPECT_EQ(manager->statusMessage(), "Load error");
 }
 
-TEST_F(Tunnel, connecting_finds_a_configuration_that_came_from_elsewhere) {
+TEST_F(Tunnel, connecting_finds_a_configuration_created_elsewhere) {
   start();
   tunnel.put(ours());
   tunnel.setStatus(0, TunnelStatus::connected);
@@ -294,7 +294,7 @@ TEST_F(Tunnel, connecting_finds_a_configuration_that_came_from_elsewhere) {
   EXPECT_EQ(tunnel.operations(), (Operations{Operation::load, Operation::start}));
 }
 
-TEST_F(Tunnel, a_configuration_switched_off_by_its_user_reads_as_not_configured_yet_is_started) {
+TEST_F(Tunnel, a_disabled_configuration_counts_as_not_configured_but_is_started) {
   auto switchedOff = ours();
   switchedOff.isEnabled = false;
   tunnel.put(switchedOff);
@@ -305,7 +305,7 @@ TEST_F(Tunnel, a_configuration_switched_off_by_its_user_reads_as_not_configured_
   EXPECT_EQ(tunnel.operations(), Operations{Operation::start});
 }
 
-TEST_F(Tunnel, loading_takes_over_status_and_endpoint) {
+TEST_F(Tunnel, loading_reads_status_and_endpoint) {
   tunnel.put(ours());
   tunnel.setStatus(0, TunnelStatus::connected);
   manager = std::make_unique<VPNDNSManager>(tunnel, dispatch, log);
@@ -317,7 +317,7 @@ TEST_F(Tunnel, loading_takes_over_status_and_endpoint) {
   EXPECT_EQ(log.printed()[log.printed().size() - 2], "[VPNDNSManager] Status changed: DNS Protection Active");
 }
 
-TEST_F(Tunnel, a_failed_load_keeps_the_link_as_it_was) {
+TEST_F(Tunnel, a_failed_load_keeps_the_connection_state) {
   tunnel.put(ours());
   tunnel.setStatus(0, TunnelStatus::connected);
   start();
@@ -334,7 +334,7 @@ TEST_F(Tunnel, a_failed_load_keeps_the_link_as_it_was) {
   EXPECT_TRUE(log.hasPrinted("[VPNDNSManager] Error loading VPN: no service"));
 }
 
-TEST_F(Tunnel, a_configuration_removed_from_outside_is_seen_and_the_object_is_kept) {
+TEST_F(Tunnel, a_configuration_removed_elsewhere_is_noticed_and_the_object_is_kept) {
   tunnel.put(ours());
   tunnel.setStatus(0, TunnelStatus::connected);
   start();
@@ -348,7 +348,7 @@ TEST_F(Tunnel, a_configuration_removed_from_outside_is_seen_and_the_object_is_ke
   EXPECT_EQ(manager->currentEndpoint(), ownEndpoint);
 }
 
-TEST_F(Tunnel, every_status_has_its_fields_and_is_logged) {
+TEST_F(Tunnel, every_status_sets_its_fields_and_is_logged) {
   struct Row {
     TunnelStatus status;
     bool isConnected;
@@ -376,7 +376,7 @@ TEST_F(Tunnel, every_status_has_its_fields_and_is_logged) {
   }
 }
 
-TEST_F(Tunnel, an_unknown_status_changes_the_line_only) {
+TEST_F(Tunnel, an_unknown_status_changes_only_the_status_text) {
   start();
   manager->isConnected = true;
   manager->isConnecting = true;
@@ -394,7 +394,7 @@ TEST_F(Tunnel, a_status_change_of_any_connection_counts) {
   EXPECT_TRUE(manager->isConnected());
 }
 
-TEST_F(Tunnel, nothing_is_heard_after_its_end_and_nothing_under_way_touches_it) {
+TEST_F(Tunnel, notifications_and_completions_after_its_destruction_are_ignored) {
   start();
   bool isCalled = false;
   manager->configureVPN(ownEndpoint, [&](const std::optional<VPNDNSError>& /*error*/) { isCalled = true; });

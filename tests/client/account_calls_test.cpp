@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using Kind = TransportError::Kind;
 
-// Registration and login differ in path, body and words only.
+// Registration and login differ only in path, body and log lines.
 struct Way {
   std::string name;
   std::string path;
@@ -71,7 +71,7 @@ TEST_P(AuthenticationTest, the_start_is_logged) {
   EXPECT_THAT(printed(), ElementsAreArray(GetParam().firstLines));
 }
 
-TEST_P(AuthenticationTest, a_root_that_is_no_url_is_logged_with_the_text) {
+TEST_P(AuthenticationTest, an_invalid_root_url_is_logged) {
   breakRoot();
   const auto ended = start();
   EXPECT_EQ(printed().front(), line(" URL: https://not a url/api/v1" + GetParam().path));
@@ -112,7 +112,7 @@ TEST_P(AuthenticationTest, a_server_error_is_logged_with_its_body) {
                                      R"([NetworkService] Response body: {"error":"Taken"})"));
 }
 
-TEST_P(AuthenticationTest, an_empty_body_is_logged_as_one) {
+TEST_P(AuthenticationTest, an_empty_body_is_logged_as_empty) {
   callAnswered(httpAnswer(500)).error();
   EXPECT_THAT(printed(),
               ElementsAre(line(" response status: 500"), line(" decode/handle error: Unknown error"),
@@ -125,7 +125,7 @@ TEST_P(AuthenticationTest, a_body_that_is_not_utf8_is_not_logged) {
               ElementsAre(line(" response status: 500"), line(" decode/handle error: Unknown error")));
 }
 
-TEST_P(AuthenticationTest, a_success_without_a_token_writes_nothing) {
+TEST_P(AuthenticationTest, a_success_without_a_token_stores_nothing) {
   const auto before = settings.all();
   const std::string body = R"({"parent_id":"p1","email":"e","name":"n"})";
   EXPECT_EQ(callAnswered(httpAnswer(200, body)).errorText(), missingText);
@@ -135,7 +135,7 @@ TEST_P(AuthenticationTest, a_success_without_a_token_writes_nothing) {
                                      "[NetworkService] Response body: " + body));
 }
 
-TEST_P(AuthenticationTest, a_success_writes_the_token_once_and_nothing_else) {
+TEST_P(AuthenticationTest, a_success_stores_the_token_once_and_nothing_else) {
   auto expected = settings.all();
   expected[std::string(NetworkService::authTokenKey)] = newToken;
   const int writes = settings.writes();
@@ -147,7 +147,7 @@ TEST_P(AuthenticationTest, a_success_writes_the_token_once_and_nothing_else) {
               ElementsAre(line(" response status: 201"), line(" success for user: zoe@example.org")));
 }
 
-TEST_P(AuthenticationTest, the_token_is_stored_before_the_answer_is_told) {
+TEST_P(AuthenticationTest, the_token_is_stored_before_the_completion_runs) {
   http.answer("POST", GetParam().path, 200, authBody(newToken));
   std::optional<std::string> seen;
   GetParam().start(*service, [&](const Result<AuthResponse>&) { seen = storedToken(); });
@@ -160,7 +160,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, AuthenticationTest, testing::ValuesIn(ways),
 
 class AccountCallsTest : public ClientTest {};
 
-TEST_F(AccountCallsTest, a_registration_sends_the_region_that_it_is_given) {
+TEST_F(AccountCallsTest, a_registration_sends_the_given_region) {
   RegisterRequest account = newAccount;
   account.region = "singapore";
   service->send(calls::registerAccount, account, outcome<AuthResponse>().completion());
@@ -172,14 +172,14 @@ TEST_F(AccountCallsTest, a_registration_sends_the_region_that_it_is_given) {
   EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1/auth/register");
 }
 
-TEST_F(AccountCallsTest, what_was_typed_is_sent_untrimmed) {
+TEST_F(AccountCallsTest, input_is_sent_untrimmed) {
   service->send(calls::login, {.email = " zoe@example.org ", .password = " secret-x\t"},
                 outcome<AuthResponse>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].body, R"({"email":" zoe@example.org ","password":" secret-x\t"})");
 }
 
-TEST_F(AccountCallsTest, of_a_bad_url_and_a_bad_body_the_url_is_told) {
+TEST_F(AccountCallsTest, a_bad_url_is_reported_before_a_bad_body) {
   breakRoot();
   auto registered = outcome<AuthResponse>();
   auto loggedIn = outcome<AuthResponse>();
@@ -206,7 +206,7 @@ TEST_F(AccountCallsTest, deleting_the_account_clears_nothing) {
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - token found, length: 12"));
 }
 
-TEST_F(AccountCallsTest, an_empty_password_is_sent_too) {
+TEST_F(AccountCallsTest, an_empty_password_is_sent) {
   service->send(calls::deleteAccount, {""}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].body, R"({"password":""})");
@@ -232,7 +232,7 @@ TEST_F(AccountCallsTest, clearing_the_session_removes_its_four_keys_and_no_other
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(AccountCallsTest, clearing_an_empty_session_is_harmless) {
+TEST_F(AccountCallsTest, clearing_an_empty_session_does_nothing) {
   service->clearSession();
   service->clearSession();
   EXPECT_EQ(storedToken(), std::nullopt);

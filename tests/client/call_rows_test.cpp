@@ -1,4 +1,4 @@
-// The rows that the client sends by, against the tests' own table of what has been agreed on.
+// Compares the client's rows with the tests' own table of the contract.
 
 #include <algorithm>
 #include <filesystem>
@@ -142,17 +142,17 @@ std::vector<std::string> namesInTheHeaders() {
   return all;
 }
 
-TEST(CallRowsTest, the_rows_are_what_has_been_agreed_on) {
+TEST(CallRowsTest, the_rows_match_the_contract) {
   EXPECT_THAT(rowsOfTheClient(), UnorderedElementsAreArray(rowsOfTheContract()));
 }
 
-TEST(CallRowsTest, no_row_of_the_headers_is_left_out) {
+TEST(CallRowsTest, every_row_of_the_headers_is_in_the_table) {
   EXPECT_THAT(namesInTheHeaders(), UnorderedElementsAreArray(names(rowsOfTheClient())));
 }
 
-// How a path takes its arguments.
+// How a path is filled with arguments.
 
-TEST(FilledPathTest, a_place_takes_an_argument_as_it_stands_or_encoded) {
+TEST(FilledPathTest, a_placeholder_takes_an_argument_raw_or_encoded) {
   const std::string text = "a b?&/+%é";
   const auto filled = [&](std::string_view path) {
     return filledPath(path, PathArguments<1>(text).values());
@@ -162,25 +162,25 @@ TEST(FilledPathTest, a_place_takes_an_argument_as_it_stands_or_encoded) {
   EXPECT_EQ(filled("/x?y={%query}"), "/x?y=a%20b?&/+%25%C3%A9");
 }
 
-TEST(FilledPathTest, arguments_come_in_order_and_are_never_looked_at_for_places) {
+TEST(FilledPathTest, arguments_are_filled_in_order_and_not_searched_for_placeholders) {
   EXPECT_EQ(filledPath("/{}/{}?a={}", PathArguments<3>("{}", "{%path}", 7).values()), "/{}/{%path}?a=7");
 }
 
-TEST(FilledPathTest, a_path_without_places_stays_as_it_is) {
+TEST(FilledPathTest, a_path_without_placeholders_is_unchanged) {
   EXPECT_EQ(filledPath("/family", PathArguments<0>().values()), "/family");
 }
 
 template <std::size_t places, class... Arguments>
 constexpr bool fits = std::is_constructible_v<PathArguments<places>, Arguments...>;
 
-TEST(FilledPathTest, a_path_is_filled_with_as_many_arguments_as_it_has_places) {
+TEST(FilledPathTest, a_path_takes_one_argument_per_placeholder) {
   EXPECT_TRUE((fits<2, std::string, int>));
   EXPECT_FALSE((fits<2, std::string>));
   EXPECT_FALSE((fits<2, std::string, std::string, std::string>));
   EXPECT_FALSE((fits<0, std::string>));
 }
 
-// Whether a row that says it has so many places is one at compile time.
+// Whether a row with this number of placeholders is a constant expression.
 template <std::size_t places>
 concept IsRow = requires {
   typename std::bool_constant<(CallRow<NoBody, void, places>("GET", "/x/{}/{%path}?y={%query}").path != "")>;
@@ -194,14 +194,14 @@ concept IsRowOfAnOpenPlace = requires {
   typename std::bool_constant<(CallRow<NoBody, void, places>("GET", "/x/{").path != "")>;
 };
 
-TEST(CallRowsTest, a_row_with_another_number_of_places_than_it_says_does_not_compile) {
+TEST(CallRowsTest, a_row_with_a_wrong_number_of_placeholders_does_not_compile) {
   EXPECT_TRUE(IsRow<3>);
   EXPECT_FALSE(IsRow<2>);
   EXPECT_FALSE(IsRow<4>);
   EXPECT_FALSE(IsRow<0>);
 }
 
-TEST(CallRowsTest, a_row_with_an_unknown_place_does_not_compile) {
+TEST(CallRowsTest, a_row_with_an_unknown_placeholder_does_not_compile) {
   EXPECT_FALSE(IsRowOfAnotherPlace<1>);
   EXPECT_FALSE(IsRowOfAnOpenPlace<1>);
 }

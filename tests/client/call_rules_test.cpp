@@ -1,4 +1,4 @@
-// What all calls have in common, call by call; what only one does has tests of its own elsewhere.
+// The rules that all calls share, checked for each call. Rules of a single call are tested elsewhere.
 
 #include <algorithm>
 #include <string>
@@ -23,7 +23,7 @@ class CallRulesTest : public ClientTest, public testing::WithParamInterface<Cont
     GetParam().start(*service, ended.completion());
     return ended;
   }
-  // The call from start to end with this answer to its one request.
+  // Runs the call with this answer to its only request.
   Outcome<void> callAnswered(DataTaskResult result) {
     http.answer(GetParam().method, GetParam().path, std::move(result));
     const auto ended = start();
@@ -32,7 +32,7 @@ class CallRulesTest : public ClientTest, public testing::WithParamInterface<Cont
     EXPECT_EQ(ended.onMainThread(), GetParam().ending == Ending::onMainQueue);
     return ended;
   }
-  // The call fails before anything is sent: on the thread that called, or later on the main queue.
+  // Expects the call to fail without a request: at once on the caller's thread, or later on the main queue.
   Error failsUnsent(const std::function<void(NetworkService&, Completion<void>)>& call) {
     auto ended = outcome<void>();
     call(*service, ended.completion());
@@ -66,7 +66,7 @@ class CallRulesTest : public ClientTest, public testing::WithParamInterface<Cont
   std::string callName() const { return GetParam().method + ' ' + GetParam().path; }
 };
 
-// Ends before anything is sent, on the thread that called.
+// Failures before anything is sent, on the caller's thread.
 
 TEST_P(CallRulesTest, without_a_root_nothing_is_sent_unless_the_call_has_a_default) {
   removeRoot();
@@ -80,7 +80,7 @@ TEST_P(CallRulesTest, without_a_root_nothing_is_sent_unless_the_call_has_a_defau
   EXPECT_THAT(printed(), ElementsAreArray(GetParam().noRootLines));
 }
 
-TEST_P(CallRulesTest, with_a_root_that_is_no_url_nothing_is_sent) {
+TEST_P(CallRulesTest, with_an_invalid_root_url_nothing_is_sent) {
   breakRoot();
   if (GetParam().name == "getEnrollmentStatus") {
     const auto ended = start();
@@ -92,7 +92,7 @@ TEST_P(CallRulesTest, with_a_root_that_is_no_url_nothing_is_sent) {
   }
 }
 
-TEST_P(CallRulesTest, without_a_token_only_calls_that_need_none_are_sent) {
+TEST_P(CallRulesTest, without_a_token_only_calls_that_need_no_token_are_sent) {
   removeToken();
   if (!isAuthorised()) {
     EXPECT_TRUE(start().isPending());
@@ -105,16 +105,16 @@ TEST_P(CallRulesTest, without_a_token_only_calls_that_need_none_are_sent) {
   EXPECT_TRUE(log.hasPrinted("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults"));
 }
 
-TEST_P(CallRulesTest, a_body_that_can_not_be_written_is_not_sent) {
+TEST_P(CallRulesTest, a_body_that_cannot_be_encoded_is_not_sent) {
   if (!GetParam().startUnwritable) {
     return;
   }
   EXPECT_EQ(failsUnsent(GetParam().startUnwritable).localizedDescription(), GetParam().unwritableEnd);
 }
 
-// What is sent.
+// The request.
 
-TEST_P(CallRulesTest, the_request_is_exactly_this) {
+TEST_P(CallRulesTest, the_request_matches_the_contract_exactly) {
   const auto ended = start();
   ASSERT_THAT(http.requests(), SizeIs(1));
   const HttpRequest sent = http.requests()[0];
@@ -126,23 +126,23 @@ TEST_P(CallRulesTest, the_request_is_exactly_this) {
   EXPECT_TRUE(ended.isPending());
 }
 
-TEST_P(CallRulesTest, a_stored_root_is_where_it_goes) {
+TEST_P(CallRulesTest, a_stored_root_is_used) {
   settings.set(NetworkService::apiURLKey, "https://own.example");
   const auto ended = start();
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].url, "https://own.example/api/v1" + GetParam().path);
 }
 
-// How it ends.
+// The outcome.
 
-TEST_P(CallRulesTest, a_transport_error_is_handed_on_and_never_retried) {
+TEST_P(CallRulesTest, a_transport_error_is_passed_on_and_never_retried) {
   for (const auto kind : {Kind::timedOut, Kind::cannotConnectToHost, Kind::badServerResponse}) {
     EXPECT_EQ(callAnswered(transportFailure(kind)).error(), (TransportError{kind, {}}));
   }
   EXPECT_THAT(http.calls(), ElementsAre(callName(), callName(), callName()));
 }
 
-TEST_P(CallRulesTest, an_answer_with_a_part_missing_is_invalid) {
+TEST_P(CallRulesTest, an_answer_with_a_missing_part_is_invalid) {
   for (const auto& part : {answerWithoutData(200), answerWithoutData(401), DataTaskResult{}}) {
     EXPECT_EQ(callAnswered(part).error(), NetworkError::invalidResponse());
   }
@@ -163,7 +163,7 @@ TEST_P(CallRulesTest, a_200_is_a_success) {
   EXPECT_THAT(http.calls(), ElementsAre(callName()));
 }
 
-TEST_P(CallRulesTest, another_2xx_is_a_success_unless_the_call_wants_exactly_200) {
+TEST_P(CallRulesTest, another_2xx_is_a_success_unless_the_call_requires_200) {
   for (const int status : {201, 299}) {
     const auto ended = callAnswered(httpAnswer(status, GetParam().answer));
     if (GetParam().judging == Judging::byExactly200) {
@@ -174,7 +174,7 @@ TEST_P(CallRulesTest, another_2xx_is_a_success_unless_the_call_wants_exactly_200
   }
 }
 
-TEST_P(CallRulesTest, a_204_is_a_success_only_without_a_record) {
+TEST_P(CallRulesTest, a_204_is_a_success_only_for_calls_without_a_record) {
   const auto ended = callAnswered(httpAnswer(204, ""));
   if (GetParam().judging == Judging::byExactly200) {
     EXPECT_EQ(ended.error(), NetworkError::serverError("Unknown error"));
@@ -185,7 +185,7 @@ TEST_P(CallRulesTest, a_204_is_a_success_only_without_a_record) {
   }
 }
 
-TEST_P(CallRulesTest, only_a_call_with_a_record_reads_the_body_of_a_success) {
+TEST_P(CallRulesTest, only_calls_with_a_record_read_the_body_of_a_success) {
   for (const auto& [body, text] :
        {std::pair{"<html>", malformedText}, {"", malformedText}, {"{}", missingText}}) {
     const auto ended = callAnswered(httpAnswer(200, body));
@@ -198,7 +198,7 @@ TEST_P(CallRulesTest, only_a_call_with_a_record_reads_the_body_of_a_success) {
   }
 }
 
-TEST_P(CallRulesTest, a_failing_service_speaks_its_own_words) {
+TEST_P(CallRulesTest, an_error_status_has_the_services_message) {
   for (const int status : {302, 400, 403, 404, 409, 422, 500, 503}) {
     expectRefusal(status, "In its own words");
     expectRefusal(status, std::nullopt);
@@ -206,7 +206,7 @@ TEST_P(CallRulesTest, a_failing_service_speaks_its_own_words) {
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_P(CallRulesTest, a_302_with_the_record_is_a_success_only_where_less_than_400_is_one) {
+TEST_P(CallRulesTest, a_302_with_the_record_is_a_success_only_for_calls_that_accept_below_400) {
   const auto ended = callAnswered(httpAnswer(302, GetParam().answer));
   if (GetParam().judging == Judging::below400 || GetParam().judging == Judging::byBody) {
     ended.value();
@@ -223,7 +223,7 @@ TEST_P(CallRulesTest, a_401_of_a_call_without_a_token_starts_no_refresh) {
   EXPECT_THAT(http.calls(), ElementsAre(callName()));
 }
 
-TEST_P(CallRulesTest, a_401_of_a_call_with_a_token_is_repeated_once_with_the_same_body) {
+TEST_P(CallRulesTest, a_401_of_a_call_with_a_token_is_retried_once_with_the_same_body) {
   if (!isAuthorised()) {
     return;
   }
@@ -245,7 +245,7 @@ TEST_P(CallRulesTest, a_401_after_the_refresh_is_unauthorized) {
   EXPECT_THAT(http.calls(), ElementsAre(callName(), "POST /auth/refresh", callName()));
 }
 
-TEST_P(CallRulesTest, a_401_and_a_failed_refresh_are_unauthorized) {
+TEST_P(CallRulesTest, a_401_and_a_failed_refresh_end_as_unauthorized) {
   if (!isAuthorised()) {
     return;
   }
@@ -255,7 +255,7 @@ TEST_P(CallRulesTest, a_401_and_a_failed_refresh_are_unauthorized) {
   EXPECT_EQ(storedToken(), oldToken);
 }
 
-TEST_P(CallRulesTest, an_answer_after_the_service_has_gone_is_told_to_nobody) {
+TEST_P(CallRulesTest, an_answer_after_the_service_is_destroyed_is_dropped) {
   const auto ended = start();
   http.answer(GetParam().method, GetParam().path, 200, GetParam().answer);
   const auto before = settings.all();
@@ -267,7 +267,7 @@ TEST_P(CallRulesTest, an_answer_after_the_service_has_gone_is_told_to_nobody) {
   EXPECT_EQ(printed(), lines);
 }
 
-TEST_P(CallRulesTest, only_two_calls_leave_a_trail_in_the_systems_log) {
+TEST_P(CallRulesTest, only_two_calls_write_to_the_system_log) {
   callAnswered(httpAnswer(200, GetParam().answer));
   callAnswered(httpAnswer(500));
   callAnswered(transportFailure(Kind::timedOut));

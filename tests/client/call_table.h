@@ -12,41 +12,43 @@
 
 namespace quillmar {
 
-// Where the call completes. What can't be sent fails at once, unless all ends come on the main queue.
+// Where the call completes. A call that can't be sent fails at once, unless it always completes on the main
+// queue.
 enum class Ending { onSession, onMainQueue };
 
-// One call as the rules that all calls share see it.
+// One call, with what the shared rules need to know about it.
 struct ContractCall {
   std::string name = {};
   std::string method = {};
   std::string path = {};
-  // The path without its arguments, where it has some.
+  // The path with its placeholders, if it has any.
   std::string pattern = {};
   std::optional<std::string> body = {};
-  // The records' names; empty for a call without one.
+  // The names of the records; empty for a call without one.
   std::string bodyRecord = {};
   Token token = Token::bearer;
   Root root = Root::required;
   Judging judging = Judging::by2xx;
   Ending ending = Ending::onSession;
-  // Of a success; empty for a call without a record.
+  // The body of a success; empty for a call without a record.
   std::string answer = {};
   std::string answerRecord = {};
-  // An answer that is an empty object is one too.
+  // An empty object is a valid answer.
   bool acceptsEmptyObject = false;
-  // What the log says where there is no root.
+  // The log lines if there is no root.
   std::vector<std::string> noRootLines = {};
-  // The call writes to the system's log.
+  // The call writes to the system log.
   bool leavesTrail = false;
   std::function<void(NetworkService&, Completion<void>)> start = {};
-  // The same with text in it that JSON can't carry, and how that ends; none where no text goes into a body.
+  // Starts the call with text that JSON can't encode; empty if the body has no text. The next member is the
+  // resulting error.
   std::function<void(NetworkService&, Completion<void>)> startUnwritable = {};
   std::string unwritableEnd = {};
 };
 
 inline void PrintTo(const ContractCall& call, std::ostream* out) { *out << call.name; }
 
-// The rules look at how a call ends and not at what it brings.
+// Drops the value: the rules check only how a call ends.
 template <class T>
 Completion<T> ending(Completion<void> completion) {
   return [completion = std::move(completion)](const Result<T>& result) {
@@ -54,16 +56,16 @@ Completion<T> ending(Completion<void> completion) {
   };
 }
 
-std::vector<ContractCall> accountCalls();  // enrollment and check-in too
+std::vector<ContractCall> accountCalls();  // including enrollment and check-in
 std::vector<ContractCall> childCalls();
 std::vector<ContractCall> deviceCalls();
 std::vector<ContractCall> familyCalls();
-// All that follow the common rules, and the refresh, which has rules of its own.
+// All calls that follow the common rules, and the refresh, which has its own.
 std::vector<ContractCall> allCalls();
 ContractCall refreshCall();
 
-// How a refusal ends whose body holds the service's own words, or nothing that can be read; none where the
-// body is not what the call wants to read.
+// The error of a refusal whose body has the service's message or is unreadable; nullopt if the call does not
+// decode the body.
 std::optional<NetworkError> refusal(const ContractCall& call, int status,
                                     const std::optional<std::string>& words);
 

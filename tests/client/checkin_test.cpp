@@ -30,7 +30,7 @@ class CheckinTest : public ClientTest {
   }
 };
 
-TEST_F(CheckinTest, a_root_that_is_no_url_is_not_logged) {
+TEST_F(CheckinTest, an_invalid_root_url_is_not_logged) {
   breakRoot();
   EXPECT_EQ(checkin().error(), NetworkError::invalidResponse());
   EXPECT_THAT(printed(), IsEmpty());
@@ -41,12 +41,12 @@ TEST_F(CheckinTest, there_is_no_default_root) {
   EXPECT_EQ(checkin().errorText(), "No region configured. Please select a region first.");
 }
 
-TEST_F(CheckinTest, an_id_that_can_not_be_written_is_logged_as_the_coder_says_it) {
+TEST_F(CheckinTest, an_id_that_cannot_be_encoded_is_logged_with_the_coders_message) {
   EXPECT_EQ(checkin(notUtf8).error(), NetworkError::encodingError());
   EXPECT_THAT(printed(), ElementsAre(line("encode error: " + std::string(unwritableText))));
 }
 
-TEST_F(CheckinTest, of_two_causes_the_url_is_told) {
+TEST_F(CheckinTest, an_invalid_url_is_reported_before_a_bad_body) {
   breakRoot();
   EXPECT_EQ(checkin(notUtf8).error(), NetworkError::invalidResponse());
 }
@@ -57,14 +57,14 @@ TEST_F(CheckinTest, the_start_is_logged_with_the_first_characters_of_the_id) {
               ElementsAre(line("URL: https://au.example/api/v1/device/checkin, deviceId: 12345678...")));
 }
 
-TEST_F(CheckinTest, a_short_id_is_logged_whole_and_dotted_all_the_same) {
+TEST_F(CheckinTest, a_short_id_is_logged_whole_and_still_with_dots) {
   checkin("d1");
   checkin("");
   EXPECT_THAT(printed(), ElementsAre(line("URL: https://au.example/api/v1/device/checkin, deviceId: d1..."),
                                      line("URL: https://au.example/api/v1/device/checkin, deviceId: ...")));
 }
 
-TEST_F(CheckinTest, characters_of_the_id_are_those_that_people_see) {
+TEST_F(CheckinTest, characters_of_the_id_are_grapheme_clusters) {
   checkin("1234567e\xCC\x81xyz");
   EXPECT_THAT(
       printed(),
@@ -77,7 +77,7 @@ TEST_F(CheckinTest, a_transport_error_is_logged) {
               ElementsAre(line("network error: A server with the specified hostname could not be found.")));
 }
 
-TEST_F(CheckinTest, an_unusable_answer_is_logged_with_what_there_was) {
+TEST_F(CheckinTest, an_unusable_answer_is_logged_with_its_available_parts) {
   checkinAnswered(answerWithoutData(200)).error();
   EXPECT_THAT(printed(), ElementsAre(line("status: 200"), line("no data or response")));
   checkinAnswered(answerWithoutResponse("x")).error();
@@ -88,7 +88,7 @@ TEST_F(CheckinTest, an_unusable_answer_is_logged_with_what_there_was) {
   EXPECT_THAT(printed(), ElementsAre(line("no data or response")));
 }
 
-TEST_F(CheckinTest, a_refusal_in_the_services_words_starts_no_refresh) {
+TEST_F(CheckinTest, a_refusal_with_the_services_message_starts_no_refresh) {
   EXPECT_EQ(checkinAnswered(httpAnswer(401, R"({"error":"Gone"})")).error(),
             NetworkError::serverError("Gone"));
   EXPECT_THAT(printed(), ElementsAre(line("status: 401"), line(R"(response: {"error":"Gone"})"),
@@ -96,7 +96,7 @@ TEST_F(CheckinTest, a_refusal_in_the_services_words_starts_no_refresh) {
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(CheckinTest, a_refusal_without_words_is_unknown_in_the_log_and_an_unknown_error_to_the_caller) {
+TEST_F(CheckinTest, a_refusal_without_a_message_is_logged_as_unknown_and_ends_as_unknown_error) {
   EXPECT_EQ(checkinAnswered(httpAnswer(500, "<html>")).errorText(), "Unknown error");
   EXPECT_THAT(printed(),
               ElementsAre(line("status: 500"), line("response: <html>"), line("server error: Unknown")));
@@ -131,11 +131,11 @@ TEST_F(CheckinTest, an_absent_endpoint_is_logged_as_nil_and_an_empty_one_as_empt
   EXPECT_EQ(printed().back(), line("success, doh_endpoint: "));
 }
 
-TEST_F(CheckinTest, an_unfamiliar_status_word_is_a_success_here) {
+TEST_F(CheckinTest, an_unknown_status_text_is_a_success) {
   EXPECT_EQ(checkinAnswered(httpAnswer(200, R"({"status":"revoked"})")).value().status, "revoked");
 }
 
-TEST_F(CheckinTest, an_empty_body_is_logged_as_one) {
+TEST_F(CheckinTest, an_empty_body_is_logged_as_empty) {
   checkinAnswered(httpAnswer(500)).error();
   EXPECT_THAT(printed(), ElementsAre(line("status: 500"), line("response: "), line("server error: Unknown")));
 }
@@ -160,7 +160,7 @@ TEST_F(CheckinTest, a_long_body_is_logged_with_its_first_300_characters) {
   EXPECT_EQ(printed()[1], line("response: " + std::string(300, 'x')));
 }
 
-TEST_F(CheckinTest, it_stores_nothing) {
+TEST_F(CheckinTest, a_checkin_stores_nothing) {
   const int writes = settings.writes();
   checkinAnswered(httpAnswer(200, R"({"status":"ok","doh_endpoint":"https://e","doh_base_url":"B"})"))
       .value();

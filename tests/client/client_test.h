@@ -30,7 +30,7 @@ inline constexpr std::string_view missingText = "The data couldn’t be read bec
 inline constexpr std::string_view unwritableText =
     "The data couldn’t be written because it isn’t in the correct format.";
 
-// Everything that must stay out of the log begins with this, so that one search finds any of it.
+// Every secret starts with this mark, so one search of the log finds any of them.
 inline constexpr std::string_view secretMark = "secret-";
 inline const std::string oldToken = "secret-token";
 inline const std::string newToken = "secret-token-renewed";
@@ -75,7 +75,7 @@ inline const RegisterRequest newAccount{.email = "zoe@example.org",
 inline const ManualEnrollmentRequest television{
     .deviceName = "TV", .deviceType = "smart-tv", .deviceIP = std::nullopt, .childId = std::nullopt};
 
-// What became of one call. Outlives the call's closure, however late that ends.
+// The outcome of one call. Stays valid however late the call's closure is destroyed.
 template <class T>
 class Outcome {
  public:
@@ -94,7 +94,7 @@ class Outcome {
   bool onMainThread() const { return state_->onMainThread; }
   bool succeeded() const { return !isPending() && state_->result->ok(); }
   bool failed() const { return !isPending() && !state_->result->ok(); }
-  // Where nothing, or the other, has come, the test fails here instead of in the middle of nowhere.
+  // Fails here with a clear message if there is no outcome, or the wrong kind.
   T value() const {
     EXPECT_TRUE(succeeded()) << (isPending() ? "no answer yet" : error().localizedDescription());
     return succeeded() ? state_->result->value() : T();
@@ -121,8 +121,8 @@ inline void Outcome<void>::value() const {
   EXPECT_TRUE(succeeded()) << (isPending() ? "no answer yet" : error().localizedDescription());
 }
 
-// A service of its own for each test, with a region and a token stored. At the end of each test the whole log
-// is searched for secrets.
+// Each test gets its own service, with a stored region and token. After each test the whole log is searched
+// for secrets.
 class ClientTest : public testing::Test {
  protected:
   ClientTest() {

@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// Bodies as the service sends them, with no more in them than must be.
+// Bodies as the service sends them, with required keys only.
 
 inline std::string profileBody() {
   return R"({"id":"c1","family_id":"f1","name":"Mia","display_order":2,"is_active":true,)"

@@ -19,7 +19,7 @@ std::function<void(NetworkService&, Completion<void>)> starting(
   return [call](NetworkService& service, Completion<void> end) { call(service, ending<T>(std::move(end))); };
 }
 
-// A call that sends this text in its body.
+// A call with this text in its body.
 template <class T>
 ContractCall writing(ContractCall call, const std::string& text,
                      std::invocable<NetworkService&, const std::string&, Completion<T>> auto send) {

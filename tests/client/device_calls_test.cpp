@@ -23,14 +23,14 @@ class DeviceCallsTest : public ClientTest {
   std::string sentUrl(std::size_t index = 0) const { return http.requests().at(index).url; }
 };
 
-TEST_F(DeviceCallsTest, a_domain_is_encoded_for_the_path) {
+TEST_F(DeviceCallsTest, a_domain_is_percent_encoded_in_the_path) {
   service->send(calls::removeBlockedDomain, {"d1", "a b.example"}, outcome<void>().completion());
   service->send(calls::removeAllowedDomain, {"d1", "bü%?#/x:@"}, outcome<void>().completion());
   EXPECT_EQ(sentUrl(0), "https://au.example/api/v1/devices/d1/policy/block/a%20b.example");
   EXPECT_EQ(sentUrl(1), "https://au.example/api/v1/devices/d1/policy/allow/b%C3%BC%25%3F%23/x:@");
 }
 
-TEST_F(DeviceCallsTest, an_id_goes_into_the_path_as_it_stands) {
+TEST_F(DeviceCallsTest, an_id_is_not_encoded_in_the_path) {
   service->send(calls::deleteDevice, {"d/%41"}, outcome<void>().completion());
   EXPECT_EQ(sentUrl(), "https://au.example/api/v1/devices/d/%41");
   auto ended = outcome<void>();
@@ -39,7 +39,7 @@ TEST_F(DeviceCallsTest, an_id_goes_into_the_path_as_it_stands) {
   EXPECT_THAT(http.requests(), SizeIs(1));
 }
 
-TEST_F(DeviceCallsTest, an_update_sends_what_is_set) {
+TEST_F(DeviceCallsTest, an_update_sends_only_the_fields_that_are_set) {
   service->send(calls::updateDevice, {"d1"}, {.friendlyName = {}, .deviceName = "Tablet"},
                 outcome<Device>().completion());
   service->send(calls::updateDevice, {"d1"}, {}, outcome<Device>().completion());
@@ -48,12 +48,12 @@ TEST_F(DeviceCallsTest, an_update_sends_what_is_set) {
   EXPECT_EQ(http.requests()[1].body, "{}");
 }
 
-TEST_F(DeviceCallsTest, a_domain_in_a_body_is_sent_as_it_was_given) {
+TEST_F(DeviceCallsTest, a_domain_in_a_body_is_sent_unchanged) {
   service->send(calls::addBlockedDomain, {"d1"}, {" X.Example"}, outcome<void>().completion());
   EXPECT_EQ(http.requests().at(0).body, R"({"domain":" X.Example"})");
 }
 
-TEST_F(DeviceCallsTest, logs_come_in_the_order_of_the_answer) {
+TEST_F(DeviceCallsTest, logs_keep_the_order_of_the_answer) {
   const Logs logs{logEntry(2, "2016-10-08T01:00:00Z"), logEntry(1, "2016-10-08T02:00:00Z")};
   http.answer("GET", "/devices/d1/logs?limit=50&offset=100", 200, logsBody(logs));
   auto ended = outcome<DNSLogsResponse>();
@@ -63,7 +63,7 @@ TEST_F(DeviceCallsTest, logs_come_in_the_order_of_the_answer) {
   EXPECT_FALSE(ended.onMainThread());
 }
 
-// The fan-out.
+// Logs of several devices.
 
 class RecentDeviceLogsTest : public ClientTest {
  protected:
@@ -101,7 +101,7 @@ class RecentDeviceLogsTest : public ClientTest {
   }
 };
 
-TEST_F(RecentDeviceLogsTest, no_device_completes_at_once_and_asks_nothing) {
+TEST_F(RecentDeviceLogsTest, without_devices_it_completes_at_once_and_sends_nothing) {
   removeRoot();
   const auto ended = fetch({}, 60s, 100);
   EXPECT_THAT(ended.value(), IsEmpty());
@@ -112,7 +112,7 @@ TEST_F(RecentDeviceLogsTest, no_device_completes_at_once_and_asks_nothing) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(RecentDeviceLogsTest, no_device_completes_on_the_thread_that_asked) {
+TEST_F(RecentDeviceLogsTest, without_devices_it_completes_on_the_callers_thread) {
   auto ended = outcome<Logs>();
   platform.dispatch.global(QualityOfService::background).async([&] {
     service->getRecentDeviceLogs({}, 60s, 100, ended.completion());
@@ -122,7 +122,7 @@ TEST_F(RecentDeviceLogsTest, no_device_completes_on_the_thread_that_asked) {
   EXPECT_FALSE(ended.onMainThread());
 }
 
-TEST_F(RecentDeviceLogsTest, each_device_is_asked_in_order_and_none_waits_for_another) {
+TEST_F(RecentDeviceLogsTest, devices_are_asked_in_order_and_concurrently) {
   const auto ended = fetch({"d2", "d1", "d3"}, 300s, 100);
   EXPECT_THAT(sentUrls(),
               ElementsAre("https://au.example/api/v1/devices/d2/logs?limit=33&since=2016-10-08T22:26:00Z",
@@ -131,14 +131,14 @@ TEST_F(RecentDeviceLogsTest, each_device_is_asked_in_order_and_none_waits_for_an
   EXPECT_TRUE(ended.isPending());
 }
 
-TEST_F(RecentDeviceLogsTest, a_fraction_of_a_second_is_cut_off_the_time) {
+TEST_F(RecentDeviceLogsTest, fractions_of_a_second_are_cut_off) {
   platform.dispatch.advance(999ms);
   fetch({"d1"}, 86400s, 20);
   EXPECT_THAT(sentUrls(),
               ElementsAre("https://au.example/api/v1/devices/d1/logs?limit=20&since=2016-10-07T22:31:00Z"));
 }
 
-TEST_F(RecentDeviceLogsTest, more_devices_than_entries_ask_for_none) {
+TEST_F(RecentDeviceLogsTest, with_more_devices_than_entries_each_is_asked_for_none) {
   fetch(Ids(21, "d1"), 60s, 20);
   ASSERT_THAT(http.requests(), SizeIs(21));
   for (const auto& url : sentUrls()) {
@@ -146,13 +146,13 @@ TEST_F(RecentDeviceLogsTest, more_devices_than_entries_ask_for_none) {
   }
 }
 
-TEST_F(RecentDeviceLogsTest, the_newest_of_all_come_first) {
+TEST_F(RecentDeviceLogsTest, the_newest_entries_of_all_devices_come_first) {
   answer("d1", {logEntry(1, "2016-10-08T22:30:30Z"), logEntry(2, "2016-10-08T22:30:10Z")});
   answer("d2", {logEntry(3, "2016-10-08T22:30:40Z"), logEntry(4, "2016-10-08T22:30:20Z")});
   EXPECT_THAT(ids(fetched({"d1", "d2"}).value()), ElementsAre(3, 1, 4, 2));
 }
 
-TEST_F(RecentDeviceLogsTest, three_devices_that_give_their_share_add_up_to_99) {
+TEST_F(RecentDeviceLogsTest, three_devices_with_a_full_share_give_99_entries) {
   const Logs share(33, logEntry(1, "2016-10-08T22:30:30Z"));
   answer("d1", share);
   answer("d2", share);
@@ -160,7 +160,7 @@ TEST_F(RecentDeviceLogsTest, three_devices_that_give_their_share_add_up_to_99) {
   EXPECT_THAT(fetched({"d1", "d2", "d3"}).value(), SizeIs(99));
 }
 
-TEST_F(RecentDeviceLogsTest, a_device_that_gives_more_than_its_share_is_cut) {
+TEST_F(RecentDeviceLogsTest, entries_beyond_the_limit_are_cut) {
   Logs many;
   for (int second = 0; second < 60; ++second) {
     const auto digits = std::to_string(second + 100).substr(1);
@@ -174,7 +174,7 @@ TEST_F(RecentDeviceLogsTest, a_device_that_gives_more_than_its_share_is_cut) {
   EXPECT_EQ(newest.back().id, 10);
 }
 
-TEST_F(RecentDeviceLogsTest, it_waits_for_the_last_device) {
+TEST_F(RecentDeviceLogsTest, it_completes_after_the_last_device) {
   http.hold();
   answer("d1", {logEntry(1, "t")});
   answer("d2", {logEntry(2, "t")});
@@ -189,7 +189,7 @@ TEST_F(RecentDeviceLogsTest, it_waits_for_the_last_device) {
   EXPECT_EQ(ended.calls(), 1);
 }
 
-TEST_F(RecentDeviceLogsTest, entries_of_one_second_stand_in_the_order_of_asking_whoever_answers_first) {
+TEST_F(RecentDeviceLogsTest, entries_of_one_second_are_in_the_order_of_asking_not_of_answering) {
   http.hold();
   answer("d1", {logEntry(1, "t"), logEntry(2, "t")});
   answer("d2", {logEntry(3, "t")});
@@ -202,20 +202,20 @@ TEST_F(RecentDeviceLogsTest, entries_of_one_second_stand_in_the_order_of_asking_
   EXPECT_THAT(ids(ended.value()), ElementsAre(3, 1, 2));
 }
 
-TEST_F(RecentDeviceLogsTest, one_failure_vanishes_behind_the_others_entries) {
+TEST_F(RecentDeviceLogsTest, a_failure_is_ignored_if_another_device_has_entries) {
   fail("d1", 500);
   answer("d2", {logEntry(2, "t")});
   EXPECT_THAT(ids(fetched({"d1", "d2"}).value()), ElementsAre(2));
 }
 
-TEST_F(RecentDeviceLogsTest, one_failure_beside_empty_lists_is_the_outcome) {
+TEST_F(RecentDeviceLogsTest, a_failure_beside_empty_lists_is_returned) {
   answer("d1", {});
   fail("d2", 403);
   answer("d3", {});
   EXPECT_EQ(fetched({"d1", "d2", "d3"}).error(), NetworkError::forbidden());
 }
 
-TEST_F(RecentDeviceLogsTest, of_two_failures_the_first_in_time_counts) {
+TEST_F(RecentDeviceLogsTest, of_two_failures_the_earlier_is_returned) {
   http.hold();
   fail("d1", 403);
   fail("d2", 404);
@@ -233,25 +233,25 @@ TEST_F(RecentDeviceLogsTest, empty_lists_are_a_success) {
   EXPECT_THAT(fetched({"d1", "d2"}).value(), IsEmpty());
 }
 
-TEST_F(RecentDeviceLogsTest, an_id_that_no_url_can_hold_fails_its_device_only) {
+TEST_F(RecentDeviceLogsTest, an_id_that_is_invalid_in_a_url_fails_only_its_device) {
   answer("d2", {logEntry(2, "t")});
   EXPECT_THAT(ids(fetched({"d 1", "d2"}).value()), ElementsAre(2));
   EXPECT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(fetched({"d 1"}).error(), NetworkError::invalidResponse());
 }
 
-TEST_F(RecentDeviceLogsTest, a_missing_root_fails_every_device_and_comes_on_the_main_queue) {
+TEST_F(RecentDeviceLogsTest, a_missing_root_fails_every_device_and_completes_on_the_main_queue) {
   removeRoot();
   EXPECT_EQ(fetched({"d1", "d2"}).error(), NetworkError::noRegionConfigured());
   EXPECT_THAT(http.requests(), IsEmpty());
 }
 
-TEST_F(RecentDeviceLogsTest, one_bad_entry_fails_its_device) {
+TEST_F(RecentDeviceLogsTest, an_invalid_entry_fails_its_device) {
   http.answer("GET", "/devices/d1/logs", 200, R"({"logs":[{"id":"1"}]})");
   EXPECT_TRUE(fetched({"d1"}).failed());
 }
 
-TEST_F(RecentDeviceLogsTest, devices_that_are_refused_together_share_one_refresh) {
+TEST_F(RecentDeviceLogsTest, devices_with_401_at_once_share_one_refresh) {
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
   for (const std::string device : {"d1", "d2"}) {
     fail(device, 401);
@@ -261,7 +261,7 @@ TEST_F(RecentDeviceLogsTest, devices_that_are_refused_together_share_one_refresh
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(RecentDeviceLogsTest, two_fetches_do_not_mix) {
+TEST_F(RecentDeviceLogsTest, two_concurrent_fetches_are_independent) {
   http.answerAlways("GET", "/devices/d1/logs", 200, logsBody({logEntry(1, "t")}));
   http.answerAlways("GET", "/devices/d2/logs", 200, logsBody({logEntry(2, "t")}));
   const auto one = fetch({"d1"}, 60s, 100);

@@ -26,7 +26,7 @@ class ChildEnrollmentCallsTest : public ClientTest {
   bool wasSent = false;
 };
 
-TEST_F(ChildEnrollmentCallsTest, a_poll_whose_url_does_not_parse_says_so_and_is_never_answered) {
+TEST_F(ChildEnrollmentCallsTest, a_poll_with_an_invalid_url_returns_false_and_never_completes) {
   for (const std::string id : {"d 1", "d\n1", "dé", "d%zz", "d#1#2"}) {
     const auto polled = poll(id);
     settle();
@@ -37,14 +37,14 @@ TEST_F(ChildEnrollmentCallsTest, a_poll_whose_url_does_not_parse_says_so_and_is_
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(ChildEnrollmentCallsTest, the_id_goes_into_the_path_as_it_is) {
+TEST_F(ChildEnrollmentCallsTest, the_id_is_not_encoded_in_the_path) {
   const auto polled = poll("a%20b/c?d");
   EXPECT_TRUE(wasSent);
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1/enrollment/status/a%20b/c?d");
 }
 
-TEST_F(ChildEnrollmentCallsTest, a_fresh_device_polls_the_default_root_and_an_enrolled_one_its_own) {
+TEST_F(ChildEnrollmentCallsTest, a_new_device_polls_the_default_root_and_an_enrolled_one_the_stored_root) {
   removeRoot();
   removeToken();
   const auto fresh = poll("d1");
@@ -55,7 +55,7 @@ TEST_F(ChildEnrollmentCallsTest, a_fresh_device_polls_the_default_root_and_an_en
   EXPECT_EQ(http.requests()[1].url, "https://own.example/api/v1/enrollment/status/d1");
 }
 
-TEST_F(ChildEnrollmentCallsTest, an_unknown_region_falls_back_too) {
+TEST_F(ChildEnrollmentCallsTest, an_unknown_region_uses_the_default_root) {
   settings.set(NetworkService::regionKey, "nowhere");
   service->send(calls::initEnrollment, {"d1", "Tablet", "ios"},
                 outcome<InitEnrollmentResponse>().completion());
@@ -63,14 +63,14 @@ TEST_F(ChildEnrollmentCallsTest, an_unknown_region_falls_back_too) {
   EXPECT_EQ(http.requests()[0].url, "https://au.example/api/v1/enrollment/init");
 }
 
-TEST_F(ChildEnrollmentCallsTest, a_known_region_comes_before_the_default) {
+TEST_F(ChildEnrollmentCallsTest, a_known_region_takes_precedence_over_the_default) {
   settings.set(NetworkService::regionKey, "singapore");
   const auto polled = poll("d1");
   ASSERT_THAT(http.requests(), SizeIs(1));
   EXPECT_EQ(http.requests()[0].url, "https://sg.example/api/v1/enrollment/status/d1");
 }
 
-TEST_F(ChildEnrollmentCallsTest, the_answers_are_handed_on_whole) {
+TEST_F(ChildEnrollmentCallsTest, the_answers_are_returned_whole) {
   http.answer("POST", "/enrollment/init", 200,
               R"({"enrollment_code":"ABC123","device_id":"d2","expires_at":"e"})");
   http.answer(
@@ -113,7 +113,7 @@ class CompleteEnrollmentTest : public ClientTest {
     service->completeEnrollment({"ABC123", deviceName, childId}, isRetry, completed.completion());
     return completed;
   }
-  // The lines from the answer on.
+  // The log lines from the answer on.
   std::vector<std::string> linesAfter(DataTaskResult result, bool isRetry = false) {
     http.answer("POST", "/enrollment/complete", std::move(result));
     const auto completed = complete("Tablet", isRetry);
@@ -130,7 +130,7 @@ class CompleteEnrollmentTest : public ClientTest {
                                        line("request URL: https://au.example/api/v1/enrollment/complete")};
 };
 
-TEST_F(CompleteEnrollmentTest, without_a_token_the_header_is_to_blame) {
+TEST_F(CompleteEnrollmentTest, a_missing_token_is_logged_as_an_auth_header_error) {
   removeToken();
   const auto completed = complete();
   EXPECT_EQ(completed.error(), NetworkError::unauthorized());
@@ -140,33 +140,33 @@ TEST_F(CompleteEnrollmentTest, without_a_token_the_header_is_to_blame) {
                                      line("auth header error: Please log in again")));
 }
 
-TEST_F(CompleteEnrollmentTest, a_body_that_can_not_be_written_is_blamed_on_the_header_as_well) {
+TEST_F(CompleteEnrollmentTest, a_body_that_cannot_be_encoded_is_logged_as_an_auth_header_error) {
   const auto completed = complete(notUtf8);
   EXPECT_EQ(completed.errorText(), unwritableText);
   EXPECT_EQ(printed().back(), line("auth header error: " + std::string(unwritableText)));
   EXPECT_THAT(printed(), SizeIs(4));
 }
 
-TEST_F(CompleteEnrollmentTest, of_two_causes_the_missing_token_is_told) {
+TEST_F(CompleteEnrollmentTest, a_missing_token_is_reported_before_a_bad_body) {
   removeToken();
   EXPECT_EQ(complete(notUtf8).error(), NetworkError::unauthorized());
 }
 
-TEST_F(CompleteEnrollmentTest, a_root_that_is_no_url_is_refused_before_the_token_is_read) {
+TEST_F(CompleteEnrollmentTest, an_invalid_root_url_is_rejected_before_the_token_is_read) {
   breakRoot();
   EXPECT_EQ(complete().error(), NetworkError::invalidResponse());
   EXPECT_THAT(printed(), ElementsAre(line("baseURL: https://not a url/api/v1, isRetry: false"),
                                      line("token exists: true")));
 }
 
-TEST_F(CompleteEnrollmentTest, an_empty_token_exists) {
+TEST_F(CompleteEnrollmentTest, an_empty_token_is_a_token) {
   settings.set(NetworkService::authTokenKey, "");
   complete();
   EXPECT_TRUE(log.hasPrinted(line("token exists: true")));
   EXPECT_THAT(http.requests(), SizeIs(1));
 }
 
-TEST_F(CompleteEnrollmentTest, a_child_is_sent_only_when_there_is_one) {
+TEST_F(CompleteEnrollmentTest, a_child_is_sent_only_if_given) {
   complete();
   complete("Tablet", false, "c1");
   ASSERT_THAT(http.requests(), SizeIs(2));
@@ -191,7 +191,7 @@ TEST_F(CompleteEnrollmentTest, a_missing_part_is_logged_without_a_status) {
   }
 }
 
-TEST_F(CompleteEnrollmentTest, an_answer_that_is_not_http_has_neither_status_nor_body_to_log) {
+TEST_F(CompleteEnrollmentTest, an_answer_that_is_not_http_logs_neither_status_nor_body) {
   EXPECT_THAT(linesAfter(answerThatIsNotHttp("x")), ElementsAre(line("error: Invalid response from server")));
 }
 
@@ -211,7 +211,7 @@ TEST_F(CompleteEnrollmentTest, an_answer_that_does_not_decode_is_logged) {
                                                              line("error: " + std::string(missingText))));
 }
 
-TEST_F(CompleteEnrollmentTest, a_success_is_logged_and_handed_on_whole) {
+TEST_F(CompleteEnrollmentTest, a_success_is_logged_and_returned_whole) {
   http.answer("POST", "/enrollment/complete", 201, completedBody());
   const auto completed = complete();
   settle();
@@ -223,7 +223,7 @@ TEST_F(CompleteEnrollmentTest, a_success_is_logged_and_handed_on_whole) {
   EXPECT_EQ(printed(), lines);
 }
 
-TEST_F(CompleteEnrollmentTest, a_401_is_repeated_after_a_refresh_from_the_beginning) {
+TEST_F(CompleteEnrollmentTest, a_401_restarts_the_call_after_a_refresh) {
   http.answer("POST", "/enrollment/complete", 401, "no");
   http.answer("POST", "/enrollment/complete", 200, completedBody());
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
@@ -247,7 +247,7 @@ TEST_F(CompleteEnrollmentTest, a_401_is_repeated_after_a_refresh_from_the_beginn
             R"({"enrollment_code":"ABC123","device_name":"Tablet","child_id":"c1"})");
 }
 
-TEST_F(CompleteEnrollmentTest, the_repetition_reads_the_root_anew) {
+TEST_F(CompleteEnrollmentTest, the_retry_reads_the_root_again) {
   http.answer("POST", "/enrollment/complete", 401);
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
   http.hold("POST", "/auth/refresh");
@@ -272,13 +272,13 @@ TEST_F(CompleteEnrollmentTest, a_second_401_is_unauthorized_after_two_posts_and_
   EXPECT_EQ(printed().back(), line("error: Please log in again"));
 }
 
-TEST_F(CompleteEnrollmentTest, a_call_that_is_a_repetition_from_the_start_refreshes_nothing) {
+TEST_F(CompleteEnrollmentTest, a_call_started_as_a_retry_does_not_refresh) {
   EXPECT_THAT(linesAfter(httpAnswer(401, "no"), true),
               ElementsAre(line("status: 401"), line("response: no"), line("error: Please log in again")));
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(CompleteEnrollmentTest, a_failed_refresh_is_logged_with_its_text_and_is_unauthorized) {
+TEST_F(CompleteEnrollmentTest, a_failed_refresh_is_logged_with_its_message_and_is_unauthorized) {
   http.answer("POST", "/enrollment/complete", 401, "no");
   http.answer("POST", "/auth/refresh", 500, R"({"error":"Down"})");
   const auto completed = complete();
@@ -287,7 +287,7 @@ TEST_F(CompleteEnrollmentTest, a_failed_refresh_is_logged_with_its_text_and_is_u
   EXPECT_EQ(printed().back(), line("Token refresh failed: Down"));
 }
 
-TEST_F(CompleteEnrollmentTest, a_refresh_on_the_wire_is_shared) {
+TEST_F(CompleteEnrollmentTest, a_running_refresh_is_shared) {
   auto refreshed = outcome<AuthResponse>();
   service->refreshToken(refreshed.completion());
   http.hold("POST", "/auth/refresh");
@@ -316,7 +316,7 @@ class ManualEnrollmentTest : public ClientTest {
   }
 };
 
-TEST_F(ManualEnrollmentTest, a_success_is_handed_on_whole_and_its_body_stays_out_of_the_log) {
+TEST_F(ManualEnrollmentTest, a_success_is_returned_whole_and_its_body_is_not_logged) {
   const auto enrolled = enroll(httpAnswer(201, manualBody()));
   EXPECT_EQ(enrolled.value().dnsServer, "192.0.2.1");
   EXPECT_THAT(enrolled.value().setupInstructions.steps, ElementsAre("one", "two"));
@@ -345,7 +345,7 @@ TEST_F(ManualEnrollmentTest, a_transport_error_is_not_logged) {
   EXPECT_THAT(printed(), ElementsAre(withToken));
 }
 
-TEST_F(ManualEnrollmentTest, address_and_child_are_sent_when_given) {
+TEST_F(ManualEnrollmentTest, address_and_child_are_sent_if_given) {
   ManualEnrollmentRequest device = television;
   device.deviceIP = "";
   device.childId = "c1";

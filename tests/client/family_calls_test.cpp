@@ -31,14 +31,14 @@ class FamilyCallsTest : public ClientTest {
   }
 };
 
-TEST_F(FamilyCallsTest, an_email_that_is_taken_has_fixed_words) {
+TEST_F(FamilyCallsTest, a_taken_email_has_a_fixed_message) {
   for (const std::string& body :
        {std::string(R"({"error":"own"})"), std::string("<html>"), std::string(), joinedBody()}) {
     EXPECT_EQ(joined(httpAnswer(409, body)).error(), NetworkError::serverError("Email already registered"));
   }
 }
 
-TEST_F(FamilyCallsTest, a_failed_joining_has_words_of_its_own_where_the_service_has_none) {
+TEST_F(FamilyCallsTest, a_failed_join_has_its_own_message_if_the_service_sends_none) {
   for (const int status : {400, 401, 403, 404, 500}) {
     EXPECT_EQ(joined(httpAnswer(status, "<html>")).error(),
               NetworkError::serverError("Failed to join family"));
@@ -48,7 +48,7 @@ TEST_F(FamilyCallsTest, a_failed_joining_has_words_of_its_own_where_the_service_
   }
 }
 
-TEST_F(FamilyCallsTest, any_status_below_400_is_judged_by_the_record) {
+TEST_F(FamilyCallsTest, any_status_below_400_succeeds_if_the_record_decodes) {
   for (const int status : {100, 200, 204, 302, 399}) {
     EXPECT_EQ(joined(httpAnswer(status, joinedBody())).value().familyName, "The Lees");
     EXPECT_EQ(joined(httpAnswer(status, R"({"error":"own"})")).errorText(), missingText);
@@ -63,7 +63,7 @@ TEST_F(FamilyCallsTest, joining_stores_and_logs_nothing) {
   EXPECT_THAT(printed(), IsEmpty());
 }
 
-TEST_F(FamilyCallsTest, what_was_typed_is_sent_untrimmed) {
+TEST_F(FamilyCallsTest, input_is_sent_untrimmed) {
   service->send(calls::joinFamily,
                 {.inviteCode = " abc ", .email = "", .password = " secret-x\t", .displayName = "Sam "},
                 outcome<JoinFamilyResponse>().completion());
@@ -71,7 +71,7 @@ TEST_F(FamilyCallsTest, what_was_typed_is_sent_untrimmed) {
             R"({"invite_code":" abc ","email":"","password":" secret-x\t","display_name":"Sam "})");
 }
 
-TEST_F(FamilyCallsTest, neither_call_of_a_stranger_carries_the_stored_token) {
+TEST_F(FamilyCallsTest, calls_without_an_account_do_not_send_the_stored_token) {
   joined(httpAnswer(401));
   validated(httpAnswer(401, R"({"valid":false})"));
   ASSERT_THAT(http.requests(), SizeIs(2));
@@ -81,7 +81,7 @@ TEST_F(FamilyCallsTest, neither_call_of_a_stranger_carries_the_stored_token) {
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(FamilyCallsTest, whether_an_invitation_is_good_stands_in_the_record) {
+TEST_F(FamilyCallsTest, the_record_says_whether_an_invitation_is_valid) {
   const std::string body = R"({"valid":false,"error":"Expired"})";
   for (const int status : {200, 204, 302, 401, 404, 500}) {
     const auto answer = validated(httpAnswer(status, body)).value();
@@ -90,13 +90,13 @@ TEST_F(FamilyCallsTest, whether_an_invitation_is_good_stands_in_the_record) {
   }
 }
 
-TEST_F(FamilyCallsTest, an_answer_about_an_invitation_that_is_no_record_does_not_decode) {
+TEST_F(FamilyCallsTest, an_invitation_answer_that_is_not_a_record_fails_to_decode) {
   EXPECT_EQ(validated(httpAnswer(404, "<html>")).errorText(), malformedText);
   EXPECT_EQ(validated(httpAnswer(404, R"({"error":"own"})")).errorText(), missingText);
   EXPECT_EQ(validated(httpAnswer(200, "")).errorText(), malformedText);
 }
 
-TEST_F(FamilyCallsTest, a_good_invitation_says_whose_it_is) {
+TEST_F(FamilyCallsTest, a_valid_invitation_names_the_family) {
   const auto answer =
       validated(httpAnswer(200, R"({"valid":true,"family_name":"The Lees","invited_by_name":"Zoe Lee",)"
                                 R"("expires_at":"e"})"))
@@ -105,14 +105,14 @@ TEST_F(FamilyCallsTest, a_good_invitation_says_whose_it_is) {
   EXPECT_EQ(answer.invitedBy, "Zoe Lee");
 }
 
-TEST_F(FamilyCallsTest, a_code_that_no_url_can_hold_is_not_sent) {
+TEST_F(FamilyCallsTest, a_code_that_is_invalid_in_a_url_is_not_sent) {
   auto ended = outcome<ValidateInviteResponse>();
   service->send(calls::validateInvite, {"{\"code\":\"ABC123\"}"}, ended.completion());
   EXPECT_EQ(ended.error(), NetworkError::invalidResponse());
   EXPECT_THAT(http.requests(), IsEmpty());
 }
 
-TEST_F(FamilyCallsTest, codes_and_ids_go_into_the_path_as_they_stand) {
+TEST_F(FamilyCallsTest, codes_and_ids_are_not_encoded_in_the_path) {
   service->send(calls::validateInvite, {"a/b?c"}, outcome<ValidateInviteResponse>().completion());
   service->send(calls::revokeInvitation, {"ABC/123"}, outcome<void>().completion());
   ASSERT_THAT(http.requests(), SizeIs(2));
@@ -120,7 +120,7 @@ TEST_F(FamilyCallsTest, codes_and_ids_go_into_the_path_as_they_stand) {
   EXPECT_EQ(http.requests()[1].url, "https://au.example/api/v1/family/invite/ABC/123");
 }
 
-TEST_F(FamilyCallsTest, an_update_of_rights_sends_what_is_set) {
+TEST_F(FamilyCallsTest, an_update_of_permissions_sends_only_the_fields_that_are_set) {
   service->send(calls::updateMemberPermissions, {"m1"},
                 {.canManageDevices = {}, .canManagePolicies = {}, .isActive = false},
                 outcome<void>().completion());
@@ -130,7 +130,7 @@ TEST_F(FamilyCallsTest, an_update_of_rights_sends_what_is_set) {
   EXPECT_EQ(http.requests()[1].body, "{}");
 }
 
-TEST_F(FamilyCallsTest, an_invitation_and_a_network_without_a_name_leave_it_out) {
+TEST_F(FamilyCallsTest, an_invitation_or_a_network_without_a_name_omits_the_key) {
   service->send(calls::createInvitation, {std::nullopt}, outcome<CreateInvitationResponse>().completion());
   service->send(calls::createHomeNetwork, {std::nullopt, true},
                 outcome<CreateHomeNetworkResponse>().completion());
@@ -139,7 +139,7 @@ TEST_F(FamilyCallsTest, an_invitation_and_a_network_without_a_name_leave_it_out)
   EXPECT_EQ(http.requests()[1].body, R"({"confirm":true})");
 }
 
-TEST_F(FamilyCallsTest, a_member_without_the_right_is_denied_access) {
+TEST_F(FamilyCallsTest, a_member_without_the_permission_gets_forbidden) {
   http.answer("DELETE", "/family/members/m1", 403, R"({"error":"own"})");
   auto ended = outcome<void>();
   service->send(calls::removeMember, {"m1"}, ended.completion());
@@ -147,7 +147,7 @@ TEST_F(FamilyCallsTest, a_member_without_the_right_is_denied_access) {
   EXPECT_EQ(ended.errorText(), "Access denied");
 }
 
-TEST_F(FamilyCallsTest, no_call_of_a_member_logs_more_than_its_token) {
+TEST_F(FamilyCallsTest, family_calls_log_only_the_token_line) {
   http.answer("GET", "/family", 200, R"({"family":null,"members":[],"is_primary":false})");
   auto ended = outcome<FamilyResponse>();
   service->send(calls::getFamily, ended.completion());

@@ -1,5 +1,5 @@
-// Every call against every fault of a server, over a real connection: how the call ends, that nothing is sent
-// twice, and that the next call is fine. Time-outs pass by a clock of the test's own.
+// Runs every call against every server fault over a real connection. Checks how the call ends, that nothing
+// is sent twice, and that the next call succeeds. Time-outs use the test's own clock.
 
 #include <algorithm>
 #include <atomic>
@@ -26,18 +26,18 @@ namespace {
 using namespace std::string_literals;
 using Kind = TransportError::Kind;
 
-// What the server does once it has sent the bytes.
+// What the server does after sending the bytes.
 enum class Then { closes, resets, waits };
 
 struct Fault {
   std::string name;
   std::string bytes;
   Then then = Then::waits;
-  // How every call ends. Where there is none it is as the call judges the status, or the body of a success.
+  // How every call ends. nullopt: by the call's rules for the status, or with the body of a success.
   std::optional<Kind> kind = std::nullopt;
   int status = 200;
   std::optional<std::string> words = std::nullopt;
-  // Requests that reach the server.
+  // How many requests reach the server.
   int arrivals = 1;
 };
 
@@ -86,7 +86,7 @@ std::vector<Fault> ends() {
       {"half a chunk", chunked("5\r\nab"), Then::closes, lost},
       {"no last chunk", chunked("2\r\n{}\r\n"), Then::closes, lost},
       {"a last chunk without its end", chunked("2\r\n{}\r\n0\r\n"), Then::closes, lost},
-      // libcurl does not tell a broken chunk from a broken connection.
+      // libcurl reports a broken chunk and a broken connection with the same error.
       {"a chunk's length of letters", chunked("zz\r\n{}\r\n"), Then::waits, lost},
       {"a chunk's length without end", chunked(std::string(40, 'f') + "\r\n"), Then::waits, lost},
       {"an interim answer only", "HTTP/1.1 100 Continue\r\n\r\n", Then::closes, lost},
@@ -154,7 +154,7 @@ std::vector<Fault> silence() {
   };
 }
 
-// Whole answers that are no good. A call without a record reads no body of a success.
+// Complete but invalid answers. A call without a record ignores the body of a success.
 std::vector<Fault> badAnswers() {
   return {
       {"an empty body", ok("")},
@@ -195,10 +195,10 @@ std::vector<ContractCall> everyCall() {
   return all;
 }
 
-// A server that answers each call well but one, and counts what reaches it.
+// Answers every call correctly but one, and counts the requests.
 class FaultyServer {
  public:
-  // The answer to the next request is this fault, all others are answered with `answer`.
+  // The next request gets this fault, all others get `answer`.
   void arm(const Fault& fault, std::string answer) {
     const std::scoped_lock lock(mutex_);
     fault_ = &fault;
@@ -206,7 +206,7 @@ class FaultyServer {
     arrivals_ = 0;
     done_ = false;
   }
-  // Until the fault's bytes are on their way.
+  // Waits until the fault's bytes are sent.
   void waitUntilDone() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return done_; });
@@ -241,7 +241,7 @@ class FaultyServer {
     return {std::exchange(fault_, nullptr), answer_};
   }
 
-  // Whether the connection goes on.
+  // Whether the connection stays open.
   bool misbehave(RawConnection& connection, const Fault& fault) {
     connection.send(fault.bytes);
     if (fault.then == Then::resets) {
@@ -266,7 +266,7 @@ class FaultyServer {
   RawServer server_{[this](RawConnection& connection) { serve(connection); }};
 };
 
-// A session that can be had anew, without any connection.
+// A session that can be recreated, so that it has no open connection.
 class RenewableSession final : public HttpSession {
  public:
   RenewableSession(CurlHttpSession::Options options, VirtualDispatch& dispatch)
@@ -296,7 +296,7 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
         NetworkService::make(session_, settings, log, platform.dispatch, Deployments::all(server.url("")));
   }
 
-  // The call whose first request meets the fault.
+  // Runs the call; its first request gets the fault.
   Outcome<void> run(const ContractCall& call) {
     server.arm(GetParam(), call.answer);
     auto ended = outcome<void>();
@@ -314,15 +314,16 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
     settle();
     return ended.succeeded();
   }
-  // A kept connection where there was none.
+  // Opens a connection that is then kept alive.
   void poke() { EXPECT_EQ(fetch(session_, get(server.url("/poke"))).data, "fine"); }
-  // Two requests around it: one so that all which was sent before has been read, one to wake the session up.
+  // Sends a request before and after: the first ensures that earlier bytes were read, the second wakes the
+  // session up.
   void letTimePass() {
     poke();
     time_ += Clock::duration(std::chrono::seconds(61)).count();
     poke();
   }
-  // Whether the request goes out a second time: the fault looks like a kept connection that was dead.
+  // Whether the request is sent again: the fault looks like a dead kept-alive connection.
   bool isRepeated(const ContractCall& call, bool kept) const {
     const bool beganAnAnswer = GetParam().bytes.find('\n') != std::string::npos;
     return kept && call.method == "GET" && GetParam().kind == lost && !beganAnAnswer;
@@ -378,9 +379,9 @@ class FaultTable : public ClientTest, public testing::WithParamInterface<Fault> 
   RenewableSession session_{options(), platform.dispatch};
 };
 
-TEST_P(FaultTable, ends_each_call_with_its_sentence_on_a_new_connection) { expectAllCallsEndWell(false); }
+TEST_P(FaultTable, ends_each_call_with_its_error_on_a_new_connection) { expectAllCallsEndWell(false); }
 
-TEST_P(FaultTable, ends_each_call_with_its_sentence_on_a_kept_connection) { expectAllCallsEndWell(true); }
+TEST_P(FaultTable, ends_each_call_with_its_error_on_a_kept_alive_connection) { expectAllCallsEndWell(true); }
 
 INSTANTIATE_TEST_SUITE_P(Faults, FaultTable, testing::ValuesIn(allFaults()), [](const auto& test) {
   std::string name = test.param.name;

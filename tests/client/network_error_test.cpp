@@ -11,7 +11,7 @@
 namespace quillmar {
 namespace {
 
-TEST(NetworkError, each_case_has_its_sentence) {
+TEST(NetworkError, each_case_has_its_message) {
   const auto sentences = std::to_array<std::pair<NetworkError, std::string_view>>({
       {NetworkError::serverError("No such luck"), "No such luck"},
       {NetworkError::serverError(""), ""},
@@ -28,11 +28,11 @@ TEST(NetworkError, each_case_has_its_sentence) {
   }
 }
 
-TEST(NetworkError, errors_are_equal_by_case_and_words) {
+TEST(NetworkError, errors_are_equal_if_case_and_message_are) {
   EXPECT_EQ(NetworkError::serverError("a"), NetworkError::serverError("a"));
   EXPECT_NE(NetworkError::serverError("a"), NetworkError::serverError("b"));
   EXPECT_NE(NetworkError::unauthorized(), NetworkError::forbidden());
-  // A server that happens to use the client's own words is still a server that said so.
+  // A server's message may equal the client's; the errors still differ.
   EXPECT_NE(NetworkError::serverError("Please log in again"), NetworkError::unauthorized());
 }
 

@@ -42,9 +42,11 @@ std::vector<std::int64_t> ids(const Result<std::vector<DNSLog>>& result) {
   return all;
 }
 
-TEST(RecentLogs, nothing_is_an_empty_list) { EXPECT_THAT(RecentLogs(0).takeNewest(10).value(), IsEmpty()); }
+TEST(RecentLogs, no_answers_give_an_empty_list) {
+  EXPECT_THAT(RecentLogs(0).takeNewest(10).value(), IsEmpty());
+}
 
-TEST(RecentLogs, the_newest_of_all_devices_come_first_and_the_rest_is_cut) {
+TEST(RecentLogs, the_newest_entries_of_all_devices_come_first_and_the_rest_is_cut) {
   RecentLogs logs(2);
   logs.add(0, answerWith({"2016-10-08T01:00:00Z", "2016-10-08T04:00:00Z"}));
   logs.add(1, answerWith({"2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"}));
@@ -52,22 +54,22 @@ TEST(RecentLogs, the_newest_of_all_devices_come_first_and_the_rest_is_cut) {
               ElementsAre("2016-10-08T04:00:00Z", "2016-10-08T03:00:00Z", "2016-10-08T02:00:00Z"));
 }
 
-TEST(RecentLogs, times_are_compared_as_plain_text) {
+TEST(RecentLogs, timestamps_are_compared_as_text) {
   RecentLogs logs(1);
   logs.add(0, answerWith({"2016-10-08T01:00:00Z", "", "zebra", "2016-10-08T01:00:00.5Z", "Ära"}));
   EXPECT_THAT(times(logs.takeNewest(10)),
               ElementsAre("Ära", "zebra", "2016-10-08T01:00:00Z", "2016-10-08T01:00:00.5Z", ""));
 }
 
-TEST(RecentLogs, entries_of_one_time_are_all_kept) {
+TEST(RecentLogs, entries_with_equal_times_are_all_kept) {
   RecentLogs logs(2);
   logs.add(0, answerWith({"t", "t"}));
   logs.add(1, answerWith({"t"}));
   EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t", "t", "t"));
 }
 
-// More of them than a sort leaves alone.
-TEST(RecentLogs, entries_of_one_time_stand_by_device_and_then_as_the_service_gave_them) {
+// Enough entries to make an unstable sort reorder them.
+TEST(RecentLogs, entries_with_equal_times_are_ordered_by_device_then_as_received) {
   constexpr std::int64_t each = 40;
   RecentLogs logs(2);
   for (const std::int64_t device : {1, 0}) {
@@ -82,34 +84,34 @@ TEST(RecentLogs, entries_of_one_time_stand_by_device_and_then_as_the_service_gav
   EXPECT_EQ(ids(logs.takeNewest(expected.size())), expected);
 }
 
-TEST(RecentLogs, an_entry_is_kept_whole) {
+TEST(RecentLogs, an_entry_keeps_all_its_fields) {
   RecentLogs logs(1);
   const DNSLog entry = logEntry(7, "2016-10-08T01:00:00Z", "a device whose id is long");
   logs.add(0, std::vector{entry});
   EXPECT_THAT(logs.takeNewest(1).value(), ElementsAre(entry));
 }
 
-TEST(RecentLogs, a_limit_of_none_keeps_nothing) {
+TEST(RecentLogs, a_limit_of_zero_keeps_nothing) {
   RecentLogs logs(1);
   logs.add(0, answerWith({"t"}));
   EXPECT_THAT(logs.takeNewest(0).value(), IsEmpty());
 }
 
-TEST(RecentLogs, an_error_vanishes_where_another_device_gave_anything) {
+TEST(RecentLogs, an_error_is_ignored_if_another_device_has_entries) {
   RecentLogs logs(2);
   logs.add(0, timedOut);
   logs.add(1, answerWith({"t"}));
   EXPECT_THAT(times(logs.takeNewest(10)), ElementsAre("t"));
 }
 
-TEST(RecentLogs, an_error_beside_empty_lists_is_the_outcome) {
+TEST(RecentLogs, an_error_beside_empty_lists_is_returned) {
   RecentLogs logs(2);
   logs.add(0, answerWith({}));
   logs.add(1, timedOut);
   EXPECT_EQ(logs.takeNewest(10).error(), timedOut);
 }
 
-TEST(RecentLogs, of_two_errors_the_first_counts) {
+TEST(RecentLogs, of_two_errors_the_first_is_returned) {
   RecentLogs logs(2);
   logs.add(0, forbidden);
   logs.add(1, timedOut);

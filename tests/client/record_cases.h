@@ -13,17 +13,17 @@
 #include "foundation/json_decode.h"
 #include "tests/client/client_test.h"
 
-// The rules that hold for every record, as tests over a table of its keys: they stand in records_test.cpp,
-// and each file of records brings its own tables.
+// Tests that hold for every record, driven by a table of its keys. The tests are in records_test.cpp; each
+// file of records adds its own tables.
 namespace quillmar {
 
-// One key of a record, in the order of writing, with a value as JSON. The tests below make all their
-// documents from these.
+// One key of a record with its value as JSON, in encoding order. The tests build all their documents from
+// these.
 struct Key {
   std::string name;
   std::string json;
   bool isRequired = true;
-  // What is read where the key is absent or null, and written then; a nil where there is none.
+  // What an absent or null key is decoded as, and then encoded as; nullopt: omitted.
   std::optional<std::string> otherwise = {};
 };
 
@@ -44,11 +44,11 @@ inline std::string document(const std::vector<Key>& keys) {
 struct RecordCase {
   std::string name;
   std::vector<Key> keys;
-  // The record that holds every value of `keys` is equal to the decoded one.
+  // Whether the decoded record equals the one with every value of `keys`.
   std::function<bool(std::string_view)> decodesToExpected;
-  // Decodes and writes what was decoded.
+  // Decodes, then encodes the result.
   std::function<Result<std::string>(std::string_view)> rewrite;
-  // Writes the expected record, whole and without anything that may be left out.
+  // Encodes the expected record with all fields, and without the optional ones.
   std::function<Result<std::string>()> writeWhole;
   std::function<Result<std::string>()> writeLeast;
 };
@@ -122,7 +122,7 @@ inline std::vector<Key> requiredOf(std::vector<Key> keys) {
   return keys;
 }
 
-// How a record without this key is written again.
+// The encoded form of a record without this key.
 inline std::vector<Key> lacking(const std::vector<Key>& keys, const Key& key) {
   return key.otherwise ? with(keys, key.name, *key.otherwise) : without(keys, key.name);
 }
@@ -133,7 +133,7 @@ class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
   Result<std::string> rewritten(const std::vector<Key>& changed) const {
     return GetParam().rewrite(document(changed));
   }
-  // Expects the document to be refused at this key.
+  // Expects the document to be rejected at this key.
   void expectRefusal(const std::vector<Key>& changed, CodingError::Kind kind, const std::string& key) const {
     const std::string text = document(changed);
     const auto refused = GetParam().rewrite(text);
@@ -141,7 +141,7 @@ class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
     const auto* error = refused.error().as<CodingError>();
     ASSERT_NE(error, nullptr);
     EXPECT_EQ(error->kind, kind) << text;
-    // A wrong type in the place of a record is a refusal of that record.
+    // A wrong type instead of a record is an error of that record.
     EXPECT_TRUE(error->record == GetParam().name || kind == CodingError::Kind::wrongFormat) << text;
     EXPECT_EQ(error->keyPath.substr(0, error->keyPath.find('[')), key) << text;
   }

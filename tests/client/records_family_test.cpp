@@ -251,13 +251,13 @@ const std::vector<RecordCase> sentByFamilies{
 INSTANTIATE_TEST_SUITE_P(Family, ReceivedRecordTest, testing::ValuesIn(receivedByFamilies), byName);
 INSTANTIATE_TEST_SUITE_P(Family, SentRecordTest, testing::ValuesIn(sentByFamilies), byName);
 
-// What the tables above can't tell.
+// Cases that the tables above don't cover.
 
 TEST(FamilyRecords, an_empty_object_is_a_family_without_children_and_devices) {
   EXPECT_EQ(decodeJson<ChildrenResponse>("{}").value(), ChildrenResponse());
 }
 
-TEST(FamilyRecords, one_bad_child_of_several_fails_them_all) {
+TEST(FamilyRecords, one_invalid_child_fails_the_whole_answer) {
   const auto decoded = decodeJson<ChildrenResponse>(R"({"children":[)" + document(childKeys) + "," +
                                                     document(without(childKeys, "family_id")) + "]}");
   ASSERT_FALSE(decoded.ok());
@@ -268,17 +268,17 @@ TEST(FamilyRecords, one_bad_child_of_several_fails_them_all) {
   EXPECT_EQ(error->keyPath, "children[1].family_id");
 }
 
-TEST(FamilyRecords, a_list_that_may_be_missing_may_hold_no_wrong_element) {
+TEST(FamilyRecords, an_optional_list_with_an_invalid_element_is_rejected) {
   EXPECT_FALSE(decodeJson<ChildrenResponse>(R"({"unassigned_devices":[null]})").ok());
   EXPECT_FALSE(decodeJson<ChildPolicy>(document(with(childPolicyKeys, "blocked_domains", "[null]"))).ok());
   EXPECT_FALSE(decodeJson<ChildPolicy>(document(with(childPolicyKeys, "allowed_domains", "[5]"))).ok());
 }
 
-TEST(FamilyRecords, a_bad_policy_fails_the_child) {
+TEST(FamilyRecords, an_invalid_policy_fails_the_child) {
   EXPECT_FALSE(decodeJson<ChildProfileWithDevices>(document(with(childKeys, "policy", "{}"))).ok());
 }
 
-TEST(FamilyRecords, children_keep_their_order_whatever_their_place_says) {
+TEST(FamilyRecords, children_keep_their_order_and_ignore_display_order) {
   const auto decoded =
       decodeJson<ChildrenResponse>(R"({"children":[)" + document(with(childKeys, "display_order", "2")) +
                                    "," + document(with(childKeys, "display_order", "1")) + "]}");
@@ -288,7 +288,7 @@ TEST(FamilyRecords, children_keep_their_order_whatever_their_place_says) {
   EXPECT_EQ(decoded.value().children[1].displayOrder, 1);
 }
 
-TEST(FamilyRecords, no_pending_invitations_are_not_an_empty_list) {
+TEST(FamilyRecords, missing_pending_invitations_differ_from_an_empty_list) {
   const auto decoded = decodeJson<FamilyResponse>(R"({"members":[],"is_primary":false})");
   ASSERT_TRUE(decoded.ok());
   EXPECT_EQ(decoded.value().pendingInvitations, std::nullopt);
@@ -298,19 +298,19 @@ TEST(FamilyRecords, no_pending_invitations_are_not_an_empty_list) {
             std::nullopt);
 }
 
-TEST(FamilyRecords, who_invited_is_an_id_in_one_record_and_a_name_in_the_other) {
+TEST(FamilyRecords, invited_by_is_an_id_in_one_record_and_a_name_in_the_other) {
   const auto decoded = decodeJson<ValidateInviteResponse>(R"({"valid":true,"invited_by":"p1"})");
   ASSERT_TRUE(decoded.ok());
   EXPECT_EQ(decoded.value().invitedBy, std::nullopt);
 }
 
-TEST(FamilyRecords, nothing_set_is_an_empty_object) {
+TEST(FamilyRecords, a_record_with_nothing_set_is_an_empty_object) {
   EXPECT_EQ(encodeJson(UpdateChildRequest()).value(), "{}");
   EXPECT_EQ(encodeJson(UpdateMemberPermissionsRequest()).value(), "{}");
   EXPECT_EQ(encodeJson(CreateInvitationRequest()).value(), "{}");
 }
 
-TEST(FamilyRecords, an_empty_text_is_sent_where_a_nil_is_not) {
+TEST(FamilyRecords, an_empty_text_is_sent_and_nil_is_not) {
   UpdateChildRequest changes;
   changes.name = "";
   EXPECT_EQ(encodeJson(changes).value(), R"({"name":""})");

@@ -171,7 +171,7 @@ const std::vector<RecordCase> sent{
                {{"device_id", R"("deviceId")"}, {"device_type", R"("ios")"}}),
 };
 
-// Values of every type that JSON has.
+// Values of every JSON type.
 constexpr auto samples = std::to_array<std::string_view>(
     {R"("5")", R"("true")", "5", "5.5", "1", "0", "true", "[]", R"([5])", "{}"});
 
@@ -179,7 +179,7 @@ bool isNumber(std::string_view json) { return json.front() >= '0' && json.front(
 
 bool isBool(std::string_view json) { return json == "true" || json == "false"; }
 
-// Whether a sample would pass where a value like `json` is due.
+// Whether the sample is a valid value for a key whose value is like `json`.
 bool hasSameType(std::string_view sample, std::string_view json) {
   if (isNumber(json)) {
     return isNumber(sample) && sample != "5.5";
@@ -190,20 +190,20 @@ bool hasSameType(std::string_view sample, std::string_view json) {
   return sample.front() == json.front() && sample != "[5]";
 }
 
-TEST_P(ReceivedRecordTest, a_missing_required_key_is_refused) {
+TEST_P(ReceivedRecordTest, a_missing_required_key_is_rejected) {
   for (const Key& key : requiredOf(keys())) {
     expectRefusal(without(keys(), key.name), CodingError::Kind::missing, key.name);
   }
 }
 
-TEST_P(ReceivedRecordTest, null_for_a_required_key_is_refused) {
+TEST_P(ReceivedRecordTest, null_for_a_required_key_is_rejected) {
   for (const Key& key : requiredOf(keys())) {
     const auto kind = isBool(key.json) ? CodingError::Kind::wrongFormat : CodingError::Kind::missing;
     expectRefusal(with(keys(), key.name, "null"), kind, key.name);
   }
 }
 
-TEST_P(ReceivedRecordTest, nothing_is_converted) {
+TEST_P(ReceivedRecordTest, a_value_of_a_wrong_type_is_rejected) {
   for (const Key& key : keys()) {
     for (const std::string_view sample : samples) {
       if (!hasSameType(sample, key.json)) {
@@ -223,14 +223,14 @@ TEST_P(ReceivedRecordTest, decodes_into_the_fields_of_the_same_names) {
   EXPECT_TRUE(GetParam().decodesToExpected(document(keys()))) << document(keys());
 }
 
-TEST_P(ReceivedRecordTest, the_order_of_keys_does_not_count) {
+TEST_P(ReceivedRecordTest, the_order_of_keys_does_not_matter) {
   std::vector<Key> reversed(keys().rbegin(), keys().rend());
   EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
   std::rotate(reversed.begin(), reversed.begin() + 1, reversed.end());
   EXPECT_TRUE(GetParam().decodesToExpected(document(reversed)));
 }
 
-TEST_P(ReceivedRecordTest, unknown_keys_are_skipped_wherever_they_stand) {
+TEST_P(ReceivedRecordTest, unknown_keys_are_skipped_in_any_position) {
   for (std::size_t place = 0; place <= keys().size(); ++place) {
     auto more = keys();
     const auto at = more.begin() + static_cast<std::ptrdiff_t>(place);
@@ -239,7 +239,7 @@ TEST_P(ReceivedRecordTest, unknown_keys_are_skipped_wherever_they_stand) {
   }
 }
 
-TEST_P(ReceivedRecordTest, of_a_key_given_twice_the_first_counts) {
+TEST_P(ReceivedRecordTest, of_a_duplicate_key_the_first_counts) {
   for (const Key& key : keys()) {
     auto twice = keys();
     twice.push_back({key.name, "[[]]"});
@@ -251,7 +251,7 @@ TEST_P(ReceivedRecordTest, of_a_key_given_twice_the_first_counts) {
   }
 }
 
-TEST_P(ReceivedRecordTest, an_absent_optional_is_nil_or_its_default_and_so_is_null) {
+TEST_P(ReceivedRecordTest, absent_and_null_optionals_are_nil_or_the_default) {
   auto least = keys();
   for (const Key& key : keys()) {
     if (!key.isRequired) {
@@ -263,7 +263,7 @@ TEST_P(ReceivedRecordTest, an_absent_optional_is_nil_or_its_default_and_so_is_nu
   EXPECT_EQ(rewritten(requiredOf(keys())).value(), document(least));
 }
 
-TEST_P(ReceivedRecordTest, a_null_that_comes_first_counts) {
+TEST_P(ReceivedRecordTest, of_a_duplicate_key_a_first_null_counts) {
   for (const Key& key : keys()) {
     if (!key.isRequired) {
       auto nullFirst = keys();
@@ -282,18 +282,18 @@ TEST_P(ReceivedRecordTest, an_empty_text_is_not_nil) {
   }
 }
 
-TEST_P(SentRecordTest, writes_its_keys_in_the_order_of_its_table) {
+TEST_P(SentRecordTest, writes_its_keys_in_table_order) {
   EXPECT_EQ(GetParam().writeWhole().value(), document(GetParam().keys));
 }
 
-TEST_P(SentRecordTest, leaves_out_what_is_nil) {
+TEST_P(SentRecordTest, omits_nil_fields) {
   EXPECT_EQ(GetParam().writeLeast().value(), document(requiredOf(GetParam().keys)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Records, ReceivedRecordTest, testing::ValuesIn(received), byName);
 INSTANTIATE_TEST_SUITE_P(Records, SentRecordTest, testing::ValuesIn(sent), byName);
 
-// What the tables above can't tell.
+// Cases that the tables above don't cover.
 
 CodingError refusal(const Result<DNSLogsResponse>& result) {
   const auto* error = result.ok() ? nullptr : result.error().as<CodingError>();
@@ -329,7 +329,7 @@ TEST(Records, logs_keep_their_order) {
   EXPECT_EQ(decoded.value().logs[1].id, 1);
 }
 
-TEST(Records, one_bad_log_of_several_fails_them_all) {
+TEST(Records, one_invalid_log_fails_the_whole_answer) {
   for (const std::string_view bad : {"null", "5", "[]", "{}"}) {
     const std::string text = R"({"logs":[)" + logEntry("1") + "," + std::string(bad) + "]}";
     EXPECT_FALSE(decodeJson<DNSLogsResponse>(text).ok()) << bad;
@@ -353,7 +353,7 @@ TEST(Records, an_account_without_its_optional_keys_decodes) {
   EXPECT_EQ(decodeJson<AuthResponse>(authBody("t")).value(), authResponse("t"));
 }
 
-TEST(Records, text_passes_unchanged_in_both_directions) {
+TEST(Records, text_is_unchanged_in_both_directions) {
   const std::string awkward =
       "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7 \"quoted\" \\ /\n\t\x01 e\xCC\x81";
   const auto written = encodeJson(AddDomainRequest{.domain = awkward});
@@ -363,7 +363,7 @@ TEST(Records, text_passes_unchanged_in_both_directions) {
   EXPECT_EQ(decoded.value().domain, awkward);
 }
 
-TEST(Records, text_that_is_not_utf8_is_not_written) {
+TEST(Records, text_that_is_not_utf8_is_not_encoded) {
   const auto written = encodeJson(AddDomainRequest{.domain = notUtf8});
   ASSERT_FALSE(written.ok());
   EXPECT_EQ(written.error().localizedDescription(), unwritableText);

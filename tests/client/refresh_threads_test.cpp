@@ -15,8 +15,8 @@ constexpr std::size_t requestCount = 100;
 constexpr std::size_t workerCount = 4;
 constexpr std::size_t callerCount = 8;
 
-// A service behind threads: several workers answer at once. Who comes with the old token is refused; the
-// answer to the refresh is held back until every request has been refused and its refusal digested.
+// A service on several threads. Requests with the old token get 401. The refresh is answered only after every
+// request got its 401 and handled it.
 class RefusingSession final : public HttpSession {
  public:
   RefusingSession() {
@@ -98,7 +98,7 @@ class Answers {
     ++count_;
     changed_.notify_all();
   }
-  // Each request's answers, once there are as many as requests.
+  // Waits for one answer per request, then returns each request's answers.
   std::vector<std::vector<std::string>> wait() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return count_ >= requestCount; });
@@ -114,7 +114,7 @@ class Answers {
 
 std::string urlOf(std::size_t index) { return "https://au.example/api/v1/things/" + std::to_string(index); }
 
-TEST(RefreshThreads, a_hundred_refusals_at_once_make_one_refresh_and_one_repetition_each) {
+TEST(RefreshThreads, a_hundred_401s_at_once_cause_one_refresh_and_one_retry_each) {
   MemorySettingsStore settings;
   settings.set(NetworkService::regionKey, "australia");
   settings.set(NetworkService::authTokenKey, oldToken);

@@ -16,7 +16,7 @@ using testing::SizeIs;
 using Answer = NetworkService::Answer;
 using Kind = TransportError::Kind;
 
-// The judgement of an answer.
+// Validation of an answer.
 
 struct Judgement {
   std::optional<int> status;
@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Judgement{500, R"({"message":"Because"})", NetworkError::serverError("Unknown error")},
                     Judgement{503, "", NetworkError::serverError("Unknown error")}));
 
-// The token on a request.
+// The token of a request.
 
 class AddAuthHeaderTest : public ClientTest {};
 
@@ -73,7 +73,7 @@ TEST_F(AddAuthHeaderTest, without_a_token_it_fails_and_leaves_the_request_alone)
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults"));
 }
 
-TEST_F(AddAuthHeaderTest, a_token_that_is_no_text_is_none) {
+TEST_F(AddAuthHeaderTest, a_token_that_is_not_text_counts_as_missing) {
   settings.set(NetworkService::authTokenKey, true);
   HttpRequest request;
   EXPECT_FALSE(service->addAuthHeader(request).ok());
@@ -88,7 +88,7 @@ TEST_F(AddAuthHeaderTest, an_empty_token_is_a_token) {
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - token found, length: 0"));
 }
 
-TEST_F(AddAuthHeaderTest, the_log_has_the_length_in_characters_and_not_the_token) {
+TEST_F(AddAuthHeaderTest, the_log_has_the_tokens_length_in_characters_and_not_the_token) {
   settings.set(NetworkService::authTokenKey, "né👨‍👩‍👧");
   HttpRequest request;
   EXPECT_TRUE(service->addAuthHeader(request).ok());
@@ -104,7 +104,7 @@ TEST_F(AddAuthHeaderTest, it_replaces_an_older_token_and_keeps_the_other_headers
                                            Pair("Authorization", "Bearer " + oldToken)));
 }
 
-// The life of an authorised call.
+// The steps of an authorised call.
 
 class PerformRequestTest : public ClientTest {
  protected:
@@ -125,7 +125,7 @@ class PerformRequestTest : public ClientTest {
   std::size_t sendings() const { return http.count("PUT", "/things/7"); }
 };
 
-TEST_F(PerformRequestTest, without_a_token_nothing_is_sent_and_the_caller_hears_at_once) {
+TEST_F(PerformRequestTest, without_a_token_nothing_is_sent_and_the_call_fails_at_once) {
   removeToken();
   const auto answered = perform();
   EXPECT_EQ(answered.error(), NetworkError::unauthorized());
@@ -150,7 +150,7 @@ TEST_F(PerformRequestTest, the_token_is_the_only_thing_added) {
   EXPECT_THAT(printed(), ElementsAre(withOldToken));
 }
 
-TEST_F(PerformRequestTest, a_transport_error_passes_as_it_is_and_is_never_repeated) {
+TEST_F(PerformRequestTest, a_transport_error_is_passed_on_unchanged_and_never_retried) {
   for (const auto kind : {Kind::timedOut, Kind::notConnectedToInternet, Kind::cancelled}) {
     answerThing(transportFailure(kind));
     const auto answered = perform();
@@ -162,7 +162,7 @@ TEST_F(PerformRequestTest, a_transport_error_passes_as_it_is_and_is_never_repeat
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(PerformRequestTest, an_error_counts_even_beside_a_whole_answer) {
+TEST_F(PerformRequestTest, an_error_takes_precedence_over_a_complete_answer) {
   DataTaskResult result = httpAnswer(401, "body");
   result.error = TransportError{Kind::networkConnectionLost, {}};
   answerThing(std::move(result));
@@ -172,7 +172,7 @@ TEST_F(PerformRequestTest, an_error_counts_even_beside_a_whole_answer) {
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(PerformRequestTest, without_data_or_response_the_answer_is_invalid_a_401_too) {
+TEST_F(PerformRequestTest, without_data_or_response_the_answer_is_invalid_even_a_401) {
   for (auto result :
        {answerWithoutData(200), answerWithoutData(401), answerWithoutResponse("body"), DataTaskResult{}}) {
     answerThing(std::move(result));
@@ -184,7 +184,7 @@ TEST_F(PerformRequestTest, without_data_or_response_the_answer_is_invalid_a_401_
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(PerformRequestTest, every_answer_but_a_first_401_is_handed_on_with_its_body) {
+TEST_F(PerformRequestTest, every_answer_but_a_first_401_is_passed_on_with_its_body) {
   for (const int status : {200, 204, 302, 400, 403, 404, 500, 503}) {
     answerThing(httpAnswer(status, "body " + std::to_string(status)));
     const auto answered = perform();
@@ -198,7 +198,7 @@ TEST_F(PerformRequestTest, every_answer_but_a_first_401_is_handed_on_with_its_bo
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(PerformRequestTest, an_answer_that_is_not_http_is_handed_on) {
+TEST_F(PerformRequestTest, an_answer_that_is_not_http_is_passed_on) {
   answerThing(answerThatIsNotHttp("file"));
   const auto answered = perform();
   settle();
@@ -207,14 +207,14 @@ TEST_F(PerformRequestTest, an_answer_that_is_not_http_is_handed_on) {
   EXPECT_EQ(refreshes(), 0);
 }
 
-TEST_F(PerformRequestTest, an_empty_body_is_data) {
+TEST_F(PerformRequestTest, an_empty_body_counts_as_data) {
   answerThing(httpAnswer(200, ""));
   const auto answered = perform();
   settle();
   EXPECT_EQ(answered.value().data, "");
 }
 
-TEST_F(PerformRequestTest, a_401_on_a_repetition_is_handed_on_without_a_word) {
+TEST_F(PerformRequestTest, a_401_on_a_retry_is_passed_on_and_not_logged) {
   answerThing(httpAnswer(401, "no"));
   const auto answered = perform(true);
   settle();
@@ -224,7 +224,7 @@ TEST_F(PerformRequestTest, a_401_on_a_repetition_is_handed_on_without_a_word) {
   EXPECT_THAT(printed(), ElementsAre(withOldToken));
 }
 
-TEST_F(PerformRequestTest, a_first_401_is_not_answered_until_the_refresh_is) {
+TEST_F(PerformRequestTest, a_first_401_waits_for_the_refresh) {
   answerThing(httpAnswer(401));
   http.hold("POST", "/auth/refresh");
   const auto answered = perform();
@@ -234,7 +234,7 @@ TEST_F(PerformRequestTest, a_first_401_is_not_answered_until_the_refresh_is) {
   EXPECT_EQ(sendings(), 1);
 }
 
-TEST_F(PerformRequestTest, a_first_401_is_repeated_once_with_the_new_token) {
+TEST_F(PerformRequestTest, a_first_401_is_retried_once_with_the_new_token) {
   answerThing(httpAnswer(401));
   answerThing(httpAnswer(200, "yes"));
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
@@ -259,7 +259,7 @@ TEST_F(PerformRequestTest, a_first_401_is_repeated_once_with_the_new_token) {
                   "[NetworkService] Token refreshed successfully, retrying request...", withNewToken));
 }
 
-TEST_F(PerformRequestTest, a_401_after_the_refresh_is_handed_on_and_starts_no_second_refresh) {
+TEST_F(PerformRequestTest, a_401_after_the_refresh_is_passed_on_and_starts_no_second_refresh) {
   answerThing(httpAnswer(401));
   answerThing(httpAnswer(401, "still no"));
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
@@ -271,7 +271,7 @@ TEST_F(PerformRequestTest, a_401_after_the_refresh_is_handed_on_and_starts_no_se
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(PerformRequestTest, a_transport_error_of_the_repetition_passes_as_it_is) {
+TEST_F(PerformRequestTest, a_transport_error_of_the_retry_is_passed_on_unchanged) {
   answerThing(httpAnswer(401));
   answerThing(transportFailure(Kind::timedOut));
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
@@ -281,7 +281,7 @@ TEST_F(PerformRequestTest, a_transport_error_of_the_repetition_passes_as_it_is) 
   EXPECT_EQ(sendings(), 2);
 }
 
-TEST_F(PerformRequestTest, a_failed_refresh_is_unauthorized_whatever_its_own_error_was) {
+TEST_F(PerformRequestTest, a_failed_refresh_is_unauthorized_whatever_its_error) {
   struct Failure {
     DataTaskResult answer;
     std::string text;
@@ -308,7 +308,7 @@ TEST_F(PerformRequestTest, a_failed_refresh_is_unauthorized_whatever_its_own_err
   EXPECT_EQ(sendings(), failures.size());
 }
 
-TEST_F(PerformRequestTest, a_refresh_that_can_not_start_is_unauthorized) {
+TEST_F(PerformRequestTest, a_refresh_that_cannot_start_is_unauthorized) {
   answerThing(httpAnswer(401));
   removeRoot();
   const auto answered = perform();
@@ -321,7 +321,7 @@ TEST_F(PerformRequestTest, a_refresh_that_can_not_start_is_unauthorized) {
                           "region first."));
 }
 
-TEST_F(PerformRequestTest, a_session_that_ended_meanwhile_is_not_refreshed) {
+TEST_F(PerformRequestTest, a_session_that_ended_before_the_401_is_not_refreshed) {
   answerThing(httpAnswer(401));
   const auto answered = perform();
   service->clearSession();
@@ -332,7 +332,7 @@ TEST_F(PerformRequestTest, a_session_that_ended_meanwhile_is_not_refreshed) {
   EXPECT_EQ(printed().back(), "[NetworkService] Token refresh failed: Please log in again");
 }
 
-TEST_F(PerformRequestTest, a_session_that_ends_during_the_refresh_gets_the_new_token_still) {
+TEST_F(PerformRequestTest, a_session_that_ends_during_the_refresh_still_gets_the_new_token) {
   answerThing(httpAnswer(401));
   answerThing(httpAnswer(200, "yes"));
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));
@@ -346,7 +346,7 @@ TEST_F(PerformRequestTest, a_session_that_ends_during_the_refresh_gets_the_new_t
   EXPECT_EQ(storedToken(), newToken);
 }
 
-TEST_F(PerformRequestTest, the_token_is_read_at_each_sending) {
+TEST_F(PerformRequestTest, the_token_is_read_for_each_request) {
   answerThing(httpAnswer(401));
   answerThing(httpAnswer(200, "yes"));
   http.answer("POST", "/auth/refresh", 200, authBody(newToken));

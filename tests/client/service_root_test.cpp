@@ -27,7 +27,7 @@ TEST_F(ServiceRootTest, there_is_none_for_an_unknown_region) {
   }
 }
 
-TEST_F(ServiceRootTest, there_is_none_for_a_region_that_is_no_text) {
+TEST_F(ServiceRootTest, there_is_none_for_a_region_that_is_not_text) {
   settings.set(NetworkService::regionKey, true);
   EXPECT_EQ(service->baseURL(), std::nullopt);
 }
@@ -44,7 +44,7 @@ TEST_F(ServiceRootTest, each_region_has_its_deployment) {
   }
 }
 
-TEST_F(ServiceRootTest, a_stored_root_wins_whatever_the_region_says) {
+TEST_F(ServiceRootTest, a_stored_root_takes_precedence_over_the_region) {
   storeRoot("https://own.example");
   for (const std::string_view region : {"australia", "singapore", "nowhere"}) {
     storeRegion(region);
@@ -59,12 +59,12 @@ TEST_F(ServiceRootTest, an_empty_stored_root_is_a_stored_root) {
   EXPECT_EQ(service->baseURL(), "/api/v1");
 }
 
-TEST_F(ServiceRootTest, a_stored_root_that_is_no_text_does_not_count) {
+TEST_F(ServiceRootTest, a_stored_root_that_is_not_text_is_ignored) {
   settings.set(NetworkService::apiURLKey, true);
   EXPECT_EQ(service->baseURL(), "https://au.example/api/v1");
 }
 
-TEST_F(ServiceRootTest, it_is_read_afresh_each_time) {
+TEST_F(ServiceRootTest, it_is_read_anew_each_time) {
   storeRoot("https://one.example");
   EXPECT_EQ(service->baseURL(), "https://one.example/api/v1");
   storeRoot("https://two.example");
@@ -86,7 +86,7 @@ TEST_F(ServiceRootTest, the_default_for_enrollment_is_australia_whatever_is_stor
   EXPECT_EQ(service->defaultEnrollmentURL(), "https://au.example/api/v1");
 }
 
-TEST(Deployments, one_root_may_stand_for_all_regions) {
+TEST(Deployments, one_root_can_serve_all_regions) {
   const Deployments deployments = Deployments::all("https://one.example");
   for (const std::string_view region : {"australia", "newzealand", "singapore"}) {
     EXPECT_EQ(deployments.root(region), "https://one.example");

@@ -48,7 +48,7 @@ TEST_F(TokenRefreshTest, without_a_root_nothing_is_sent) {
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] RefreshToken failed: No region configured"));
 }
 
-TEST_F(TokenRefreshTest, with_a_root_that_is_no_url_nothing_is_sent) {
+TEST_F(TokenRefreshTest, with_an_invalid_root_url_nothing_is_sent) {
   breakRoot();
   const auto refreshed = refresh();
   EXPECT_EQ(refreshed.error(), NetworkError::invalidResponse());
@@ -66,7 +66,7 @@ TEST_F(TokenRefreshTest, without_a_token_nothing_is_sent) {
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults"));
 }
 
-TEST_F(TokenRefreshTest, a_refresh_that_could_not_start_does_not_stand_in_the_way_of_the_next) {
+TEST_F(TokenRefreshTest, a_refresh_that_could_not_start_does_not_block_the_next) {
   removeToken();
   const auto first = refresh();
   settings.set(NetworkService::authTokenKey, oldToken);
@@ -92,7 +92,7 @@ TEST_F(TokenRefreshTest, it_is_a_post_with_the_old_token_and_no_body) {
   EXPECT_TRUE(refreshed.isPending());
 }
 
-TEST_F(TokenRefreshTest, an_empty_token_is_sent_too) {
+TEST_F(TokenRefreshTest, an_empty_token_is_sent) {
   settings.set(NetworkService::authTokenKey, "");
   const auto refreshed = refresh();
   ASSERT_THAT(http.requests(), SizeIs(1));
@@ -133,7 +133,7 @@ TEST_F(TokenRefreshTest, the_length_in_the_log_counts_characters) {
   EXPECT_EQ(printed().back(), "[NetworkService] Token refresh successful, new token length: 3");
 }
 
-TEST_F(TokenRefreshTest, an_empty_new_token_is_stored_as_it_is) {
+TEST_F(TokenRefreshTest, an_empty_new_token_is_stored) {
   answerRefresh(200, authBody(""));
   const auto refreshed = refresh();
   settle();
@@ -141,13 +141,13 @@ TEST_F(TokenRefreshTest, an_empty_new_token_is_stored_as_it_is) {
   EXPECT_EQ(storedToken(), "");
 }
 
-// What a refresh that ends badly tells its first caller, the log, and those who waited for it.
+// The result of a failed refresh for its first caller, the log and the waiters.
 struct BadEnd {
   std::string name;
   DataTaskResult answer;
   std::vector<std::string> lines;
   std::string firstHears;
-  // Empty: the waiters are never called.
+  // nullopt: the waiters never complete.
   std::optional<std::string> waitersHear;
 };
 
@@ -248,7 +248,7 @@ class BadRefreshTest : public TokenRefreshTest, public testing::WithParamInterfa
   void SetUp() override { answerRefresh(GetParam().answer); }
 };
 
-TEST_P(BadRefreshTest, is_told_to_its_caller_and_to_the_log) {
+TEST_P(BadRefreshTest, is_reported_to_its_caller_and_logged) {
   const auto refreshed = refresh();
   log.clear();
   settle();
@@ -258,7 +258,7 @@ TEST_P(BadRefreshTest, is_told_to_its_caller_and_to_the_log) {
   EXPECT_EQ(printed(), GetParam().lines);
 }
 
-TEST_P(BadRefreshTest, is_told_to_each_waiter_once_or_never) {
+TEST_P(BadRefreshTest, reaches_each_waiter_once_or_never) {
   const auto first = refresh();
   const std::vector waiters{refresh(), refresh()};
   log.clear();
@@ -274,7 +274,7 @@ TEST_P(BadRefreshTest, is_told_to_each_waiter_once_or_never) {
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_P(BadRefreshTest, is_told_to_its_caller_before_the_flag_falls_and_to_the_waiters_after) {
+TEST_P(BadRefreshTest, completes_its_caller_before_the_flag_is_cleared_and_the_waiters_after) {
   std::vector<std::string> order;
   const auto note = [&](const std::string& who) {
     return [this, &order, who](const Result<AuthResponse>&) {
@@ -289,7 +289,7 @@ TEST_P(BadRefreshTest, is_told_to_its_caller_before_the_flag_falls_and_to_the_wa
   EXPECT_TRUE(order.size() == 1 || order.back() == "second when done");
 }
 
-TEST_P(BadRefreshTest, keeps_the_session_as_it_was) {
+TEST_P(BadRefreshTest, leaves_the_session_unchanged) {
   settings.set(NetworkService::parentIdKey, "p1");
   const auto before = settings.all();
   const int writes = settings.writes();
@@ -300,7 +300,7 @@ TEST_P(BadRefreshTest, keeps_the_session_as_it_was) {
   EXPECT_EQ(settings.synchronizations(), 0);
 }
 
-TEST_P(BadRefreshTest, leaves_the_way_free_for_the_next) {
+TEST_P(BadRefreshTest, does_not_block_the_next_refresh) {
   const auto first = refresh();
   const auto waiter = refresh();
   settle();
@@ -312,14 +312,14 @@ TEST_P(BadRefreshTest, leaves_the_way_free_for_the_next) {
   settle();
   EXPECT_TRUE(next.succeeded());
   EXPECT_EQ(first.calls(), 1);
-  // Who was not called then is forgotten, and not called now.
+  // Waiters that did not complete then are dropped and do not complete now.
   EXPECT_EQ(waiter.calls(), calls);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ends, BadRefreshTest, testing::ValuesIn(badEnds),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST_F(TokenRefreshTest, the_waiters_of_a_refusal_read_its_body_whatever_the_status) {
+TEST_F(TokenRefreshTest, waiters_of_a_failed_refresh_read_its_body_whatever_the_status) {
   answerRefresh(401, authBody("secret-odd"));
   const auto first = refresh();
   const auto waiter = refresh();
@@ -329,7 +329,7 @@ TEST_F(TokenRefreshTest, the_waiters_of_a_refusal_read_its_body_whatever_the_sta
   EXPECT_EQ(storedToken(), oldToken);
 }
 
-TEST_F(TokenRefreshTest, a_second_one_waits_for_the_first_and_sends_and_logs_nothing) {
+TEST_F(TokenRefreshTest, a_second_refresh_waits_for_the_first_and_sends_and_logs_nothing) {
   const auto first = refresh();
   log.clear();
   const auto second = refresh();
@@ -344,7 +344,7 @@ TEST_F(TokenRefreshTest, a_second_one_waits_for_the_first_and_sends_and_logs_not
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(TokenRefreshTest, who_waits_needs_neither_root_nor_token) {
+TEST_F(TokenRefreshTest, a_waiting_refresh_needs_neither_root_nor_token) {
   const auto first = refresh();
   removeRoot();
   removeToken();
@@ -355,7 +355,7 @@ TEST_F(TokenRefreshTest, who_waits_needs_neither_root_nor_token) {
   EXPECT_TRUE(second.succeeded());
 }
 
-TEST_F(TokenRefreshTest, the_first_is_answered_before_the_flag_falls_and_the_waiters_after_in_their_order) {
+TEST_F(TokenRefreshTest, the_first_caller_completes_then_the_flag_is_cleared_then_the_waiters_complete) {
   std::vector<std::string> order;
   const auto note = [&](const std::string& who) {
     return [this, &order, who](const Result<AuthResponse>&) {
@@ -370,7 +370,7 @@ TEST_F(TokenRefreshTest, the_first_is_answered_before_the_flag_falls_and_the_wai
   EXPECT_THAT(order, ElementsAre("first while refreshing", "second when done", "third when done"));
 }
 
-TEST_F(TokenRefreshTest, the_token_is_stored_before_anyone_is_answered) {
+TEST_F(TokenRefreshTest, the_token_is_stored_before_any_completion_runs) {
   std::vector<std::string> seen;
   const auto look = [&](const Result<AuthResponse>&) { seen.push_back(storedToken().value_or("none")); };
   service->refreshToken(look);
@@ -380,7 +380,7 @@ TEST_F(TokenRefreshTest, the_token_is_stored_before_anyone_is_answered) {
   EXPECT_THAT(seen, ElementsAre(newToken, newToken));
 }
 
-TEST_F(TokenRefreshTest, one_asked_for_while_the_first_is_answered_is_answered_by_the_drain) {
+TEST_F(TokenRefreshTest, a_refresh_requested_in_the_first_completion_completes_with_the_waiters) {
   auto late = outcome<AuthResponse>();
   service->refreshToken([&](const Result<AuthResponse>&) {
     service->refreshToken(late.completion());
@@ -393,7 +393,7 @@ TEST_F(TokenRefreshTest, one_asked_for_while_the_first_is_answered_is_answered_b
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(TokenRefreshTest, one_asked_for_by_a_waiter_is_a_new_one) {
+TEST_F(TokenRefreshTest, a_refresh_requested_by_a_waiter_is_a_new_one) {
   auto late = outcome<AuthResponse>();
   const auto first = refresh();
   service->refreshToken([&](const Result<AuthResponse>&) { service->refreshToken(late.completion()); });
@@ -405,7 +405,7 @@ TEST_F(TokenRefreshTest, one_asked_for_by_a_waiter_is_a_new_one) {
   EXPECT_EQ(header(http.requests()[1], "Authorization"), "Bearer " + newToken);
 }
 
-TEST_F(TokenRefreshTest, waiters_of_a_refresh_started_by_a_waiter_wait_for_that_one) {
+TEST_F(TokenRefreshTest, waiters_wait_for_a_refresh_started_by_a_waiter) {
   auto late = outcome<AuthResponse>();
   const auto first = refresh();
   service->refreshToken([&](const Result<AuthResponse>&) { service->refreshToken(late.completion()); });
@@ -419,9 +419,9 @@ TEST_F(TokenRefreshTest, waiters_of_a_refresh_started_by_a_waiter_wait_for_that_
   EXPECT_TRUE(service->isRefreshingToken());
 }
 
-// Requests that are refused together.
+// Several requests with 401 at once.
 
-TEST_F(TokenRefreshTest, three_refusals_at_once_make_one_refresh_and_one_repetition_each) {
+TEST_F(TokenRefreshTest, three_401s_at_once_cause_one_refresh_and_one_retry_each) {
   const std::vector<std::string> paths{"/one", "/two", "/three"};
   std::vector<Outcome<Answer>> answers;
   for (const auto& path : paths) {
@@ -449,7 +449,7 @@ TEST_F(TokenRefreshTest, three_refusals_at_once_make_one_refresh_and_one_repetit
   EXPECT_EQ(log.countPrinted(attempting), 1);
 }
 
-TEST_F(TokenRefreshTest, three_refusals_and_a_refused_refresh_are_unauthorized_three_times) {
+TEST_F(TokenRefreshTest, three_401s_and_a_failed_refresh_are_unauthorized_three_times) {
   std::vector<Outcome<Answer>> answers;
   for (const auto* path : {"/one", "/two", "/three"}) {
     http.answer("GET", path, 401);
@@ -481,7 +481,7 @@ TEST_F(TokenRefreshTest, after_a_refresh_with_neither_error_nor_body_only_the_fi
   EXPECT_FALSE(service->isRefreshingToken());
 }
 
-// A session whose tasks end when the test says so, in the middle of another completion too.
+// A session whose tasks complete when the test says so, even inside another completion.
 class HandSession final : public HttpSession {
  public:
   void dataTask(HttpRequest request, Completion completion) override {
@@ -493,7 +493,7 @@ class HandSession final : public HttpSession {
   std::vector<Completion> completions;
 };
 
-TEST_F(TokenRefreshTest, a_request_refused_while_the_first_is_answered_is_repeated_after_the_drain) {
+TEST_F(TokenRefreshTest, a_request_with_401_during_the_first_completion_is_retried_after_the_waiters) {
   HandSession session;
   service =
       NetworkService::make(session, settings, log, platform.dispatch, Deployments::all("https://au.example"));
@@ -516,7 +516,7 @@ TEST_F(TokenRefreshTest, a_request_refused_while_the_first_is_answered_is_repeat
   EXPECT_FALSE(service->isRefreshingToken());
 }
 
-TEST_F(TokenRefreshTest, what_comes_after_the_service_has_gone_is_told_to_nobody) {
+TEST_F(TokenRefreshTest, answers_after_the_service_is_destroyed_are_dropped) {
   HandSession session;
   service =
       NetworkService::make(session, settings, log, platform.dispatch, Deployments::all("https://au.example"));

@@ -36,7 +36,7 @@ struct AddChild : testing::Test {
   TestApplication app{asSignedInParent()};
 };
 
-TEST_F(AddChild, begins_empty_and_calls_nobody) {
+TEST_F(AddChild, begins_empty_and_sends_nothing) {
   EXPECT_EQ(screen().name(), "");
   EXPECT_EQ(screen().birthYear(), "");
   EXPECT_FALSE(screen().isLoading());
@@ -46,7 +46,7 @@ TEST_F(AddChild, begins_empty_and_calls_nobody) {
   EXPECT_EQ(creations(), 0U);
 }
 
-TEST_F(AddChild, cannot_create_a_child_without_a_name) {
+TEST_F(AddChild, create_is_disabled_without_a_name) {
   screen().birthYear = "2015";
   EXPECT_FALSE(screen().createChildProfile.isEnabled());
   EXPECT_FALSE(screen().createChildProfile());
@@ -55,7 +55,7 @@ TEST_F(AddChild, cannot_create_a_child_without_a_name) {
   EXPECT_FALSE(screen().isLoading());
 }
 
-TEST_F(AddChild, cancel_goes_and_calls_nobody) {
+TEST_F(AddChild, cancel_dismisses_and_sends_nothing) {
   screen().name = "Mia";
   screen().cancel();
   app.settle();
@@ -63,7 +63,7 @@ TEST_F(AddChild, cancel_goes_and_calls_nobody) {
   EXPECT_EQ(creations(), 0U);
 }
 
-TEST_F(AddChild, sends_the_name_as_it_stands_and_no_photo) {
+TEST_F(AddChild, sends_the_name_unchanged_and_no_photo) {
   for (const std::string name : {"  ", " Mia ", "Zoë 👨‍👩‍👧"}) {
     app.machine.http.fail("POST", "/children", TransportError::Kind::timedOut);
     screen().name = name;
@@ -72,7 +72,7 @@ TEST_F(AddChild, sends_the_name_as_it_stands_and_no_photo) {
   }
 }
 
-TEST_F(AddChild, a_year_that_is_a_whole_number_goes_along_and_any_other_text_does_not) {
+TEST_F(AddChild, a_year_is_sent_only_if_it_is_a_whole_number) {
   struct Row {
     std::string text;
     std::string sent;
@@ -101,7 +101,7 @@ TEST_F(AddChild, a_year_that_is_a_whole_number_goes_along_and_any_other_text_doe
   }
 }
 
-TEST_F(AddChild, a_year_that_is_none_creates_the_child_without_a_word) {
+TEST_F(AddChild, an_invalid_year_is_ignored_without_a_message) {
   screen().name = "Mia";
   screen().birthYear = "abc";
   create();
@@ -109,7 +109,7 @@ TEST_F(AddChild, a_year_that_is_none_creates_the_child_without_a_word) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(AddChild, is_out_of_use_while_it_creates) {
+TEST_F(AddChild, is_disabled_while_creating) {
   app.machine.http.hold("POST", "/children");
   screen().name = "Mia";
   EXPECT_EQ(screen().createTitle(), "Create Child Profile");
@@ -121,7 +121,7 @@ TEST_F(AddChild, is_out_of_use_while_it_creates) {
   EXPECT_EQ(creations(), 1U);
 }
 
-TEST_F(AddChild, a_created_child_is_logged_and_the_sheet_goes_and_the_dashboard_reloads_once) {
+TEST_F(AddChild, a_created_child_is_logged_the_sheet_dismissed_and_the_dashboard_reloaded_once) {
   app.machine.log.clear();
   app.machine.http.forgetRequests();
   screen().name = "typed";
@@ -132,7 +132,7 @@ TEST_F(AddChild, a_created_child_is_logged_and_the_sheet_goes_and_the_dashboard_
   EXPECT_EQ(app.machine.http.calls(), (std::vector<std::string>{"POST /children", "GET /children"}));
 }
 
-TEST_F(AddChild, never_tells_of_the_child_but_by_going) {
+TEST_F(AddChild, never_runs_on_child_added) {
   int told = 0;
   const auto alone = std::make_shared<AddChildView>(app.environment(), [&] { ++told; });
   alone->name = "Mia";
@@ -142,7 +142,7 @@ TEST_F(AddChild, never_tells_of_the_child_but_by_going) {
   EXPECT_EQ(told, 0);
 }
 
-TEST_F(AddChild, a_failure_keeps_the_sheet_and_what_was_typed) {
+TEST_F(AddChild, a_failure_keeps_the_sheet_and_the_input) {
   app.machine.http.answer("POST", "/children", 409, R"({"error":"Too many children"})");
   app.machine.log.clear();
   screen().name = "Mia";
@@ -161,7 +161,7 @@ TEST_F(AddChild, a_failure_keeps_the_sheet_and_what_was_typed) {
   EXPECT_TRUE(screen().createChildProfile.isEnabled());
 }
 
-TEST_F(AddChild, half_a_record_is_a_failure) {
+TEST_F(AddChild, an_incomplete_record_is_a_failure) {
   app.machine.http.answer("POST", "/children", 200, R"({"id":"c1"})");
   screen().name = "Mia";
   create();
@@ -169,7 +169,7 @@ TEST_F(AddChild, half_a_record_is_a_failure) {
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(AddChild, an_answer_after_it_was_cancelled_reaches_nobody) {
+TEST_F(AddChild, an_answer_after_cancelling_is_dropped) {
   app.machine.http.hold("POST", "/children");
   screen().name = "Mia";
   create();
@@ -182,7 +182,7 @@ TEST_F(AddChild, an_answer_after_it_was_cancelled_reaches_nobody) {
               testing::Not(testing::Contains("[AddChildView] Child created successfully: Mia (id: c1)")));
 }
 
-TEST_F(AddChild, says_what_it_is) {
+TEST_F(AddChild, the_texts_are_exact) {
   EXPECT_EQ(screen().title(), "Add Child");
   EXPECT_EQ(screen().cancelTitle(), "Cancel");
   EXPECT_EQ(screen().section(), "Child Information");

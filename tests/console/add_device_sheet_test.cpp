@@ -65,12 +65,12 @@ TEST_F(AddDevice, offers_two_ways) {
   EXPECT_FALSE(screen().showManualEnrollment());
 }
 
-TEST_F(AddDevice, cancel_goes_back_to_the_dashboard) {
+TEST_F(AddDevice, cancel_returns_to_the_dashboard) {
   screen().cancel();
   EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
 }
 
-TEST_F(AddDevice, a_cancelled_way_leads_back_here) {
+TEST_F(AddDevice, cancelling_either_way_returns_here) {
   screen().addPhone();
   EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "AddDeviceSheet", "ScannerView"}));
   app.screen<ScannerView>().cancel();
@@ -92,7 +92,7 @@ TEST_F(AddDevice, both_ways_are_for_this_child) {
             R"({"device_name":"Console","device_type":"playstation","child_id":"c1"})");
 }
 
-TEST_F(AddDevice, all_sheets_go_when_a_scan_is_done_and_the_dashboard_reloads) {
+TEST_F(AddDevice, a_finished_scan_dismisses_all_sheets_and_reloads_the_dashboard) {
   scan();
   EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "AddDeviceSheet", "ScannerView"}));
   app.screen<ScannerView>().done();
@@ -101,13 +101,13 @@ TEST_F(AddDevice, all_sheets_go_when_a_scan_is_done_and_the_dashboard_reloads) {
   EXPECT_EQ(app.machine.http.count("GET", "/children"), 2U) << "coming back loads, and so does the news";
 }
 
-TEST_F(AddDevice, all_sheets_go_when_an_enrollment_by_hand_is_done) {
+TEST_F(AddDevice, a_finished_manual_enrollment_dismisses_all_sheets) {
   enrollByHand();
   app.screen<ManualEnrollmentView>().done();
   EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
 }
 
-TEST_F(AddDevice, goes_before_it_tells) {
+TEST_F(AddDevice, is_dismissed_before_on_complete_runs) {
   struct Presenter final : ObservableObject {
     explicit Presenter(Environment& environment)
         : ObservableObject("Presenter"), sheet(*this, "sheet", [this, &environment] {

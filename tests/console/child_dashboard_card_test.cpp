@@ -41,7 +41,7 @@ TEST(ChildDashboardCard, shows_the_first_character_on_the_names_colour) {
   EXPECT_EQ(cardOf(makeChild("c1", ""))->avatarLetter(), "");
 }
 
-TEST(ChildDashboardCard, without_devices_has_no_list_and_a_grey_dot) {
+TEST(ChildDashboardCard, shows_no_list_and_a_grey_dot_without_devices) {
   const auto card = cardWith({});
   EXPECT_EQ(card->deviceCount(), "0");
   EXPECT_EQ(card->onlineText(), "0 online");
@@ -50,7 +50,7 @@ TEST(ChildDashboardCard, without_devices_has_no_list_and_a_grey_dot) {
   EXPECT_EQ(card->moreText(), "");
 }
 
-TEST(ChildDashboardCard, counts_as_online_what_the_service_says_and_else_what_is_active) {
+TEST(ChildDashboardCard, counts_devices_online_as_the_service_says_or_else_by_is_active) {
   struct Row {
     std::optional<bool> isOnline;
     bool isActive;
@@ -72,7 +72,7 @@ TEST(ChildDashboardCard, counts_as_online_what_the_service_says_and_else_what_is
   }
 }
 
-TEST(ChildDashboardCard, lists_the_first_three_devices_in_their_order) {
+TEST(ChildDashboardCard, lists_the_first_three_devices_in_order) {
   const auto lines = cardWith(devices(5))->deviceLines();
   ASSERT_EQ(lines.size(), 3U);
   EXPECT_EQ(lines[0].id, "d1");
@@ -80,7 +80,7 @@ TEST(ChildDashboardCard, lists_the_first_three_devices_in_their_order) {
   EXPECT_EQ(lines[2].id, "d3");
 }
 
-TEST(ChildDashboardCard, says_how_many_more_only_from_the_fourth_on) {
+TEST(ChildDashboardCard, shows_how_many_more_from_the_fourth_device_on) {
   EXPECT_EQ(cardWith(devices(3))->moreText(), "");
   EXPECT_EQ(cardWith(devices(4))->moreText(), "+ 1 more");
   EXPECT_EQ(cardWith(devices(40))->moreText(), "+ 37 more");
@@ -90,7 +90,7 @@ TEST(ChildDashboardCard, says_how_many_more_only_from_the_fourth_on) {
   EXPECT_TRUE(cardWith(devices(1))->spokenName().find(", 1 device, ") != std::string::npos);
 }
 
-TEST(ChildDashboardCard, names_a_device_as_the_parent_does_or_else_as_it_was_enrolled) {
+TEST(ChildDashboardCard, shows_the_parents_name_of_a_device_or_else_the_enrolled_one) {
   Device named = makeDevice("d1");
   named.friendlyName = "Mia's phone";
   Device emptyName = makeDevice("d2");
@@ -101,19 +101,19 @@ TEST(ChildDashboardCard, names_a_device_as_the_parent_does_or_else_as_it_was_enr
   EXPECT_EQ(lines[2].name, "Device d3");
 }
 
-TEST(ChildDashboardCard, draws_each_kind_of_device) {
+TEST(ChildDashboardCard, has_an_icon_for_each_type_of_device) {
   Device tv = makeDevice("d1");
   tv.deviceType = "smarttv";
   EXPECT_EQ(cardWith({makeDevice("d2")})->deviceLines()[0].icon, "iphone");
   EXPECT_EQ(cardWith({tv})->deviceLines()[0].icon, "desktopcomputer");
 }
 
-TEST(ChildDashboardCard, comes_in_a_tenth_of_a_second_after_the_one_before) {
+TEST(ChildDashboardCard, appears_100_ms_after_the_previous_one) {
   EXPECT_DOUBLE_EQ(cardOf(makeChild("c1", "Mia"), 0)->appearanceDelay(), 0.0);
   EXPECT_DOUBLE_EQ(cardOf(makeChild("c1", "Mia"), 3)->appearanceDelay(), 0.3);
 }
 
-TEST(ChildDashboardCard, its_two_controls_give_the_child_as_it_is_by_then) {
+TEST(ChildDashboardCard, its_two_controls_pass_the_current_child) {
   std::vector<std::string> told;
   ChildDashboardCard card(
       makeChild("c1", "Mia"), CardEntrance::staged,

@@ -30,7 +30,7 @@ struct ActivityPage : ChildDetail {
     }
     return logs;
   }
-  // The page of a child with one device, at its first list.
+  // Opens a child with one device and loads the first list.
   void openWithDevice(std::optional<ChildPolicy> policy = {}) {
     open({makeDevice("d1")}, std::move(policy));
     http().forgetRequests();
@@ -71,7 +71,7 @@ struct ActivityPage : ChildDetail {
 
 using RecentActivity = ActivityPage;
 
-TEST_F(RecentActivity, fills_at_the_first_tick_since_the_devices_are_not_known_before) {
+TEST_F(RecentActivity, fills_at_the_first_tick_when_the_devices_are_known) {
   answerLogs({makeLog("www.example.com", 1)});
   open({makeDevice("d1")});
   EXPECT_EQ(http().calls(), Names{"GET /children/c1"});
@@ -84,7 +84,7 @@ TEST_F(RecentActivity, fills_at_the_first_tick_since_the_devices_are_not_known_b
   EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "Just now");
 }
 
-TEST_F(RecentActivity, is_asked_for_every_2_seconds_from_each_device) {
+TEST_F(RecentActivity, is_fetched_every_2_seconds_from_each_device) {
   open({makeDevice("d1"), makeDevice("d2")});
   answerLogs({}, "d1");
   answerLogs({}, "d2");
@@ -95,7 +95,7 @@ TEST_F(RecentActivity, is_asked_for_every_2_seconds_from_each_device) {
   EXPECT_EQ(queries()[0], "limit=10&since=2016-10-08T22:30:02Z");
 }
 
-TEST_F(RecentActivity, sites_of_one_second_keep_their_places_whichever_device_answers_first) {
+TEST_F(RecentActivity, sites_of_the_same_second_keep_their_order_whichever_device_answers_first) {
   answerLogs({makeLog("a.example", 1), makeLog("b.example", 1)}, "d1");
   answerLogs({makeLog("c.example", 1)}, "d2");
   open({makeDevice("d2"), makeDevice("d1")});
@@ -110,7 +110,7 @@ TEST_F(RecentActivity, sites_of_one_second_keep_their_places_whichever_device_an
   EXPECT_EQ(recentSites(), (Names{"c.example", "a.example", "b.example"}));
 }
 
-TEST_F(RecentActivity, without_a_device_asks_nothing_and_is_empty) {
+TEST_F(RecentActivity, without_a_device_sends_nothing_and_is_empty) {
   open();
   http().forgetRequests();
   int changes = 0;
@@ -122,7 +122,7 @@ TEST_F(RecentActivity, without_a_device_asks_nothing_and_is_empty) {
   EXPECT_FALSE(page().activitySection.showsRecentCaption());
 }
 
-TEST_F(RecentActivity, empties_at_once_when_the_last_device_has_gone) {
+TEST_F(RecentActivity, is_empty_at_once_when_the_last_device_is_removed) {
   answerLogs({makeLog("a.example", 1)});
   openWithDevice();
   app.advance(2s);
@@ -158,7 +158,7 @@ TEST_F(RecentActivity, keeps_ten_of_eleven_sites_and_ten_of_ten) {
   EXPECT_EQ(page().activitySection.recent.logs().size(), 10U);
 }
 
-TEST_F(RecentActivity, ten_are_counted_after_each_site_has_become_one) {
+TEST_F(RecentActivity, the_limit_of_ten_counts_sites_and_not_entries) {
   auto logs = sites(10);
   for (int i = 0; i < 5; ++i) {
     logs.insert(logs.begin() + i, makeLog("other" + std::to_string(i) + ".site0.example", 0));
@@ -169,7 +169,7 @@ TEST_F(RecentActivity, ten_are_counted_after_each_site_has_become_one) {
   EXPECT_EQ(page().activitySection.recent.logs().size(), 10U);
 }
 
-TEST_F(RecentActivity, a_site_stands_once_with_its_newest_entry_whatever_sub_domain_and_case) {
+TEST_F(RecentActivity, a_site_is_listed_once_with_its_newest_entry_across_subdomains_and_case) {
   answerLogs({makeLog("old.Example.com", 30), makeLog("NEW.example.COM", 5), makeLog("example.com", 20)});
   openWithDevice();
   app.advance(2s);
@@ -177,7 +177,7 @@ TEST_F(RecentActivity, a_site_stands_once_with_its_newest_entry_whatever_sub_dom
   EXPECT_EQ(page().activitySection.recent.rows[0].log().timestamp, "2016-10-08T22:30:55Z");
 }
 
-TEST_F(RecentActivity, spins_while_a_fetch_is_under_way) {
+TEST_F(RecentActivity, shows_a_spinner_during_a_fetch) {
   openWithDevice();
   http().hold();
   app.advance(2s);
@@ -201,7 +201,7 @@ TEST_F(RecentActivity, a_failure_is_logged_and_keeps_the_list) {
             Names{"[ChildDetailView] Failed to fetch recent activity: The request timed out."});
 }
 
-TEST_F(RecentActivity, fetches_may_overlap_and_the_last_answer_wins) {
+TEST_F(RecentActivity, of_overlapping_fetches_the_last_answer_wins) {
   openWithDevice();
   http().hold();
   app.advance(4s);
@@ -214,11 +214,11 @@ TEST_F(RecentActivity, fetches_may_overlap_and_the_last_answer_wins) {
   EXPECT_EQ(recentSites(), Names{"old.example"});
 }
 
-// Rows that live on.
+// Rows that are kept across refreshes.
 
 using ActivityRows = ActivityPage;
 
-TEST_F(ActivityRows, a_tick_that_brings_nothing_new_announces_and_makes_no_row) {
+TEST_F(ActivityRows, an_unchanged_answer_neither_announces_nor_creates_a_row) {
   answerLogs(sites(5));
   openWithDevice();
   app.advance(2s);
@@ -234,7 +234,7 @@ TEST_F(ActivityRows, a_tick_that_brings_nothing_new_announces_and_makes_no_row) 
   EXPECT_EQ(&page().activitySection.recent.rows[3], row);
 }
 
-TEST_F(ActivityRows, a_row_under_the_finger_survives_what_comes_above_it) {
+TEST_F(ActivityRows, a_dragged_row_survives_new_rows_above_it) {
   answerLogs({makeLog("a.example", 5), makeLog("b.example", 6)});
   openWithDevice();
   app.advance(2s);
@@ -250,7 +250,7 @@ TEST_F(ActivityRows, a_row_under_the_finger_survives_what_comes_above_it) {
   EXPECT_EQ(bodies("POST", "/children/c1/policy/allow"), Names{R"({"domain":"b.example"})"});
 }
 
-TEST_F(ActivityRows, times_go_on_while_the_entries_stand_still) {
+TEST_F(ActivityRows, times_update_while_the_entries_stay_the_same) {
   answerLogs({makeLog("a.example", 0)});
   openWithDevice();
   app.advance(2s);
@@ -259,7 +259,7 @@ TEST_F(ActivityRows, times_go_on_while_the_entries_stand_still) {
   EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "1 min ago");
 }
 
-TEST_F(ActivityRows, times_go_on_in_a_list_that_is_fetched_once) {
+TEST_F(ActivityRows, times_update_in_a_list_that_is_fetched_once) {
   answerLogs({makeLog("a.example", 0, true)});
   openWithDevice();
   setTab(ChildDetailTab::sitesBlocked);
@@ -279,7 +279,7 @@ TEST_F(ActivityRows, times_go_on_in_a_list_that_is_fetched_once) {
   EXPECT_EQ(fetches(), before);
 }
 
-TEST_F(ActivityRows, times_go_on_while_the_service_does_not_answer) {
+TEST_F(ActivityRows, times_update_while_the_service_does_not_answer) {
   answerLogs({makeLog("a.example", 0)});
   openWithDevice();
   app.advance(2s);
@@ -288,7 +288,7 @@ TEST_F(ActivityRows, times_go_on_while_the_service_does_not_answer) {
   EXPECT_EQ(page().activitySection.recent.rows[0].timeText(), "2 min ago");
 }
 
-TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
+TEST_F(ActivityRows, follow_the_allowed_sites_and_are_kept) {
   answerLogs({makeLog("www.A.example", 1, true)});
   answerPolicy("POST", "/allow", makePolicy(false, {"a.EXAMPLE"}));
   openWithDevice();
@@ -308,7 +308,7 @@ TEST_F(ActivityRows, follow_the_allowed_sites_and_stay) {
   EXPECT_FALSE(page().activitySection.recent.rows[0].isAlreadyAllowed());
 }
 
-TEST_F(ActivityRows, a_row_that_outlives_its_screen_fires_into_nothing) {
+TEST_F(ActivityRows, a_row_that_outlives_its_screen_has_no_effect) {
   answerLogs({makeLog("a.example", 1)});
   openWithDevice();
   app.advance(2s);
@@ -320,7 +320,7 @@ TEST_F(ActivityRows, a_row_that_outlives_its_screen_fires_into_nothing) {
   EXPECT_TRUE(http().requests().empty());
 }
 
-// The two lists that differ in little but their words.
+// The two lists that differ mainly in their texts.
 
 struct SiteTab {
   std::string name;
@@ -377,7 +377,7 @@ struct SiteTabs : ActivityPage, testing::WithParamInterface<SiteTab> {
   }
 };
 
-TEST_P(SiteTabs, fetches_on_entry_and_then_every_2_seconds) {
+TEST_P(SiteTabs, fetches_on_entering_and_then_every_2_seconds) {
   answerLogs({});
   openTab();
   EXPECT_EQ(queries(), Names{"limit=100&since=2016-10-08T22:30:00Z"});
@@ -386,7 +386,7 @@ TEST_P(SiteTabs, fetches_on_entry_and_then_every_2_seconds) {
   EXPECT_EQ(fetches(), 3U);
 }
 
-TEST_P(SiteTabs, shows_only_its_kind_of_entries_each_site_once) {
+TEST_P(SiteTabs, shows_only_entries_of_its_kind_and_each_site_once) {
   answerLogs({makeLog("both.example", 1, !GetParam().wasBlocked),
               makeLog("www.both.example", 2, GetParam().wasBlocked),
               makeLog("other.example", 3, !GetParam().wasBlocked),
@@ -406,7 +406,7 @@ TEST_P(SiteTabs, keeps_all_its_sites) {
   EXPECT_EQ(logs().size(), 50U);
 }
 
-TEST_P(SiteTabs, another_span_is_fetched_once_and_stands_still) {
+TEST_P(SiteTabs, another_time_span_is_fetched_once_and_not_refreshed) {
   struct Span {
     ActivityTimeFilter filter;
     std::string since;
@@ -427,7 +427,7 @@ TEST_P(SiteTabs, another_span_is_fetched_once_and_stands_still) {
   EXPECT_EQ(fetches(), 0U);
 }
 
-TEST_P(SiteTabs, back_in_real_time_fetches_at_once_and_starts_the_timer) {
+TEST_P(SiteTabs, returning_to_real_time_fetches_at_once_and_starts_the_timer) {
   answerLogs({});
   openTab();
   setFilter(filter(), ActivityTimeFilter::lastHour);
@@ -439,7 +439,7 @@ TEST_P(SiteTabs, back_in_real_time_fetches_at_once_and_starts_the_timer) {
   EXPECT_EQ(fetches(), 2U);
 }
 
-TEST_P(SiteTabs, the_chosen_span_chosen_again_changes_nothing) {
+TEST_P(SiteTabs, choosing_the_same_time_span_changes_nothing) {
   answerLogs({});
   openTab();
   app.advance(1s);
@@ -451,7 +451,7 @@ TEST_P(SiteTabs, the_chosen_span_chosen_again_changes_nothing) {
   EXPECT_EQ(fetches(), 1U) << "and the timer keeps its beat";
 }
 
-TEST_P(SiteTabs, a_change_of_span_on_another_tab_fetches_nothing_until_the_tab_is_entered) {
+TEST_P(SiteTabs, a_time_span_changed_on_another_tab_is_fetched_when_entering_the_tab) {
   answerLogs({});
   openWithDevice();
   setTab(otherTab());
@@ -463,7 +463,7 @@ TEST_P(SiteTabs, a_change_of_span_on_another_tab_fetches_nothing_until_the_tab_i
   EXPECT_EQ(runningTimers(), Names{"status"});
 }
 
-TEST_P(SiteTabs, the_span_and_the_list_survive_a_change_of_tab) {
+TEST_P(SiteTabs, the_time_span_and_the_list_survive_a_change_of_tab) {
   answerLogs({makeLog("a.example", 1, GetParam().wasBlocked)});
   openTab();
   setFilter(filter(), ActivityTimeFilter::today);
@@ -475,7 +475,7 @@ TEST_P(SiteTabs, the_span_and_the_list_survive_a_change_of_tab) {
   EXPECT_TRUE(log().isLoading());
 }
 
-TEST_P(SiteTabs, without_a_device_asks_nothing) {
+TEST_P(SiteTabs, without_a_device_sends_nothing) {
   open();
   http().forgetRequests();
   setTab(GetParam().tab);
@@ -486,7 +486,7 @@ TEST_P(SiteTabs, without_a_device_asks_nothing) {
   EXPECT_EQ((activity().*GetParam().emptyText)(), "in the last 60 seconds");
 }
 
-TEST_P(SiteTabs, an_empty_list_says_of_what_time) {
+TEST_P(SiteTabs, the_text_of_an_empty_list_names_the_time_span) {
   answerLogs({});
   openTab();
   EXPECT_EQ((activity().*GetParam().emptyHeading)(), GetParam().heading);
@@ -498,7 +498,7 @@ TEST_P(SiteTabs, an_empty_list_says_of_what_time) {
   }
 }
 
-TEST_P(SiteTabs, the_chips_are_the_four_spans_with_one_selected) {
+TEST_P(SiteTabs, the_chips_are_the_four_time_spans_with_one_selected) {
   openTab();
   setFilter(filter(), ActivityTimeFilter::lastHour);
   EXPECT_EQ((activity().*GetParam().filters)(),
@@ -526,7 +526,7 @@ INSTANTIATE_TEST_SUITE_P(Tabs, SiteTabs, testing::ValuesIn(siteTabs),
 
 using ActivityTimers = ActivityPage;
 
-TEST_F(ActivityTimers, only_the_shown_tabs_runs) {
+TEST_F(ActivityTimers, only_the_visible_tabs_timer_runs) {
   answerLogs({});
   openWithDevice();
   EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
@@ -541,7 +541,7 @@ TEST_F(ActivityTimers, only_the_shown_tabs_runs) {
   EXPECT_EQ(fetches(), 5U) << "one timer, however often the tab was changed";
 }
 
-TEST_F(ActivityTimers, a_change_of_tab_leaves_the_devices_timer_alone) {
+TEST_F(ActivityTimers, a_change_of_tab_does_not_affect_the_devices_timer) {
   answerLogs({});
   openWithDevice();
   app.advance(14s);
@@ -550,7 +550,7 @@ TEST_F(ActivityTimers, a_change_of_tab_leaves_the_devices_timer_alone) {
   EXPECT_EQ(count("GET", "/children/c1"), 1U);
 }
 
-TEST_F(ActivityTimers, none_starts_while_the_screen_is_not_up) {
+TEST_F(ActivityTimers, no_timer_starts_while_the_screen_is_not_shown) {
   make();
   page().selectedTab = ChildDetailTab::sitesBlocked;
   page().activitySection.blockedTimeFilter = ActivityTimeFilter::today;
@@ -565,7 +565,7 @@ TEST_F(ActivityTimers, none_starts_while_the_screen_is_not_up) {
   EXPECT_TRUE(http().requests().empty());
 }
 
-TEST_F(ActivityTimers, an_appearance_starts_that_of_the_tab_that_is_selected) {
+TEST_F(ActivityTimers, appearing_starts_the_selected_tabs_timer) {
   answerLogs({});
   openWithDevice();
   setTab(ChildDetailTab::sitesAllowed);
@@ -574,14 +574,14 @@ TEST_F(ActivityTimers, an_appearance_starts_that_of_the_tab_that_is_selected) {
   EXPECT_EQ(runningTimers(), (Names{"allowed", "status"}));
 }
 
-TEST_F(ActivityTimers, a_sheet_over_the_screen_stops_none) {
+TEST_F(ActivityTimers, a_sheet_over_the_screen_stops_no_timer) {
   answerLogs({});
   openWithDevice();
   page().editName();
   EXPECT_EQ(runningTimers(), (Names{"recent", "status"}));
 }
 
-TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time_leave_nothing_behind) {
+TEST_F(ActivityTimers, eight_hours_with_10_percent_failures_leak_nothing) {
   openWithDevice();
   constexpr int ticksAnHour = 60 * 60 / 2;
   int failures = 0;
@@ -623,7 +623,7 @@ TEST_F(ActivityTimers, eight_hours_with_a_service_that_fails_a_tenth_of_the_time
       << "no timer and no task is left";
 }
 
-TEST_F(ActivityTimers, the_sentences_are_the_systems_own) {
+TEST_F(ActivityTimers, the_texts_are_exact) {
   make();
   EXPECT_EQ(page().activitySection.recentTitle(), "Recent Activity");
   EXPECT_EQ(page().activitySection.swipeToAllowText(), "Swipe right to allow");

@@ -30,7 +30,7 @@ inline ChildPolicy makePolicy(bool isBlocked = false, std::vector<std::string> a
   return policy;
 }
 
-// A query of so many seconds ago.
+// A query from this many seconds ago.
 inline DNSLog makeLog(const std::string& domain, int secondsAgo, bool wasBlocked = false) {
   static std::int64_t nextId = 1;
   DNSLog log;
@@ -44,7 +44,7 @@ inline DNSLog makeLog(const std::string& domain, int secondsAgo, bool wasBlocked
   return log;
 }
 
-// The page of one child, over no other screen with requests or timers of its own.
+// The page of one child, presented by no other screen with requests or timers of its own.
 struct ChildDetail : testing::Test {
   using Names = std::vector<std::string>;
 
@@ -53,7 +53,7 @@ struct ChildDetail : testing::Test {
     app.settle();
   }
 
-  // Makes the screen, without showing it.
+  // Makes the screen without showing it.
   void make(const std::optional<std::int64_t>& birthYear = {}) {
     auto child = makeChild("c1", "Mia");
     child.birthYear = birthYear;
@@ -66,7 +66,7 @@ struct ChildDetail : testing::Test {
       order += "dismiss ";
     });
   }
-  // The screen as it is once the service has answered.
+  // Shows the screen and waits for the service's answer.
   void open(std::vector<Device> devices = {}, std::optional<ChildPolicy> policy = {}) {
     answerChild(std::move(devices), std::move(policy));
     make();
@@ -88,7 +88,7 @@ struct ChildDetail : testing::Test {
     http().answerAlways(method, "/children/c1/policy" + path, 200, jsonOf(policy));
   }
   std::size_t count(const std::string& method, const std::string& path) { return http().count(method, path); }
-  // The bodies that went to this path, in order.
+  // The bodies sent to this path, in order.
   Names bodies(const std::string& method, const std::string& path) {
     Names all;
     for (const auto& request : http().requests(method, path)) {

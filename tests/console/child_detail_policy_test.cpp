@@ -10,7 +10,7 @@ struct ChildPolicyPart : ChildDetail {
     policy.blockMode = mode;
     return policy;
   }
-  // Turns the toggle as a person does.
+  // Sets the toggle as a person does.
   void toggle(bool on) {
     EXPECT_TRUE(page().policySection.isBlocked.input(on));
     app.settle();
@@ -21,7 +21,7 @@ using BlockToggle = ChildPolicyPart;
 using SiteLists = ChildPolicyPart;
 using LogSwipes = ChildPolicyPart;
 
-TEST_F(BlockToggle, a_child_that_is_not_blocked_causes_no_call) {
+TEST_F(BlockToggle, loading_an_unblocked_child_sends_nothing) {
   open({}, inMode(makePolicy(false, {"a.example"}, {"b.example"}), "whitelist"));
   EXPECT_TRUE(policyCalls().empty());
   EXPECT_EQ(page().policySection.blockMode(), "whitelist");
@@ -30,7 +30,7 @@ TEST_F(BlockToggle, a_child_that_is_not_blocked_causes_no_call) {
   EXPECT_EQ(page().policySection.blockWarning(), std::nullopt);
 }
 
-TEST_F(BlockToggle, a_child_that_is_blocked_is_sent_as_a_whitelist_child_once) {
+TEST_F(BlockToggle, loading_a_blocked_child_sends_whitelist_mode_once) {
   answerPolicy("PUT", "", makePolicy(true));
   open({}, makePolicy(true, {"a.example"}));
   EXPECT_EQ(policyCalls(), Names{R"({"is_blocked":true,"block_mode":"whitelist"})"});
@@ -40,7 +40,7 @@ TEST_F(BlockToggle, a_child_that_is_blocked_is_sent_as_a_whitelist_child_once) {
             "Internet is blocked for Mia. Only allowed sites will work.");
 }
 
-TEST_F(BlockToggle, the_call_goes_out_when_the_whole_answer_is_written) {
+TEST_F(BlockToggle, the_call_is_sent_after_the_whole_answer_is_applied) {
   answerChild({}, makePolicy(true, {"a.example"}, {"b.example"}));
   make();
   const auto watching = page().policySection.blockMode.onChange([&] {
@@ -54,7 +54,7 @@ TEST_F(BlockToggle, the_call_goes_out_when_the_whole_answer_is_written) {
   EXPECT_EQ(page().policySection.blockMode(), "whitelist");
 }
 
-TEST_F(BlockToggle, the_first_turn_on_sends_whitelist_and_so_does_the_turn_off) {
+TEST_F(BlockToggle, turning_on_for_the_first_time_and_turning_off_both_send_whitelist) {
   answerPolicy("PUT", "", makePolicy(true));
   open({}, makePolicy(false));
   toggle(true);
@@ -64,7 +64,7 @@ TEST_F(BlockToggle, the_first_turn_on_sends_whitelist_and_so_does_the_turn_off) 
   EXPECT_EQ(page().policySection.blockMode(), "whitelist");
 }
 
-TEST_F(BlockToggle, setting_it_to_what_it_is_sends_nothing) {
+TEST_F(BlockToggle, setting_the_same_value_sends_nothing) {
   open({}, makePolicy(false));
   toggle(false);
   page().policySection.isBlocked = false;
@@ -72,7 +72,7 @@ TEST_F(BlockToggle, setting_it_to_what_it_is_sends_nothing) {
   EXPECT_TRUE(policyCalls().empty());
 }
 
-TEST_F(BlockToggle, the_lists_come_from_the_answer_but_not_the_toggle_and_the_mode) {
+TEST_F(BlockToggle, an_answer_updates_the_lists_but_not_the_toggle_or_the_mode) {
   auto answer = inMode(makePolicy(false, {"a.example"}, {"b.example"}), "blacklist");
   answerPolicy("PUT", "", answer);
   open({}, makePolicy(false));
@@ -85,7 +85,7 @@ TEST_F(BlockToggle, the_lists_come_from_the_answer_but_not_the_toggle_and_the_mo
   EXPECT_EQ(policyCalls().size(), 1U);
 }
 
-TEST_F(BlockToggle, a_failure_is_told_and_turns_nothing_back) {
+TEST_F(BlockToggle, a_failure_is_shown_and_does_not_reset_the_toggle) {
   http().answer("PUT", "/children/c1/policy", 403);
   open({}, makePolicy(false, {"a.example"}));
   toggle(true);
@@ -105,7 +105,7 @@ TEST_F(BlockToggle, a_reload_that_turns_it_off_sends_the_stored_mode) {
                                   R"({"is_blocked":false,"block_mode":"blacklist"})"}));
 }
 
-TEST_F(BlockToggle, a_reload_of_a_blocked_child_that_is_shown_as_blocked_sends_nothing) {
+TEST_F(BlockToggle, a_reload_that_does_not_change_a_blocked_child_sends_nothing) {
   answerPolicy("PUT", "", makePolicy(true));
   open({}, makePolicy(true));
   page().reloadChild();
@@ -113,14 +113,14 @@ TEST_F(BlockToggle, a_reload_of_a_blocked_child_that_is_shown_as_blocked_sends_n
   EXPECT_EQ(policyCalls().size(), 1U);
 }
 
-TEST_F(BlockToggle, a_child_without_a_policy_begins_with_a_blacklist_that_is_never_sent) {
+TEST_F(BlockToggle, a_child_without_a_policy_starts_with_an_unsent_blacklist_mode) {
   open();
   EXPECT_EQ(page().policySection.blockMode(), "blacklist");
   toggle(true);
   EXPECT_EQ(policyCalls(), Names{R"({"is_blocked":true,"block_mode":"whitelist"})"});
 }
 
-TEST_F(SiteLists, each_entry_is_a_row_with_a_way_out) {
+TEST_F(SiteLists, each_entry_is_a_row_that_can_be_removed) {
   open({}, makePolicy(false, {"a.example", "B.example"}, {"c.example"}));
   EXPECT_EQ(texts(page().policySection.allowedRows, &PolicySiteRow::domain),
             (Names{"a.example", "B.example"}));
@@ -131,7 +131,7 @@ TEST_F(SiteLists, each_entry_is_a_row_with_a_way_out) {
   EXPECT_EQ(page().policySection.blockedCount(), 1);
 }
 
-TEST_F(SiteLists, an_added_site_is_lower_case_and_trimmed_of_blanks_and_nothing_more) {
+TEST_F(SiteLists, an_added_site_is_only_lower_cased_and_trimmed) {
   struct Row {
     std::string typed;
     std::string sent;
@@ -163,7 +163,7 @@ TEST_F(SiteLists, an_empty_field_adds_nothing) {
   EXPECT_TRUE(http().requests().empty());
 }
 
-TEST_F(SiteLists, the_field_is_emptied_and_the_list_filled_when_the_service_has_answered) {
+TEST_F(SiteLists, the_field_is_cleared_and_the_list_updated_after_the_answer) {
   answerPolicy("POST", "/allow", makePolicy(true, {"a.example", "x.example"}, {"ignored.example"}));
   open({}, makePolicy(false, {"a.example"}, {"b.example"}));
   page().policySection.newDomain = std::string("x.example");
@@ -178,7 +178,7 @@ TEST_F(SiteLists, the_field_is_emptied_and_the_list_filled_when_the_service_has_
   EXPECT_FALSE(page().policySection.isBlocked());
 }
 
-TEST_F(SiteLists, the_blocked_field_does_the_same_for_its_own_list) {
+TEST_F(SiteLists, the_blocked_field_updates_its_own_list) {
   answerPolicy("POST", "/block", makePolicy(false, {"ignored.example"}, {"x.example"}));
   open({}, makePolicy(false, {"a.example"}));
   page().policySection.newDomain = std::string("stays");
@@ -191,7 +191,7 @@ TEST_F(SiteLists, the_blocked_field_does_the_same_for_its_own_list) {
   EXPECT_EQ(page().policySection.allowedDomains(), Names{"a.example"});
 }
 
-TEST_F(SiteLists, a_refused_site_is_told_and_stays_in_its_field) {
+TEST_F(SiteLists, a_refused_site_is_reported_and_stays_in_its_field) {
   http().answer("POST", "/children/c1/policy/allow", 400, R"({"error":"Not a domain"})");
   http().answer("POST", "/children/c1/policy/block", 400, R"({"error":"Not one either"})");
   open({}, makePolicy(false, {"a.example"}));
@@ -208,7 +208,7 @@ TEST_F(SiteLists, a_refused_site_is_told_and_stays_in_its_field) {
   EXPECT_EQ(page().policySection.newBlockedDomain(), "y");
 }
 
-TEST_F(SiteLists, two_additions_are_sent_at_once_and_the_last_answer_counts) {
+TEST_F(SiteLists, two_additions_are_sent_concurrently_and_the_last_answer_wins) {
   open();
   http().hold();
   http().answer("POST", "/children/c1/policy/allow", 200, jsonOf(makePolicy(false, {"a"})));
@@ -225,7 +225,7 @@ TEST_F(SiteLists, two_additions_are_sent_at_once_and_the_last_answer_counts) {
   EXPECT_EQ(page().policySection.allowedDomains(), Names{"a"});
 }
 
-TEST_F(SiteLists, a_removal_sends_the_entry_as_it_stands) {
+TEST_F(SiteLists, a_removal_sends_the_entry_unchanged) {
   answerPolicy("DELETE", "/allow/A.example", makePolicy(false, {}, {"ignored"}));
   answerPolicy("DELETE", "/block/B.example", makePolicy(false, {"ignored"}, {}));
   open({}, makePolicy(false, {"A.example"}, {"B.example"}));
@@ -251,7 +251,7 @@ TEST_F(SiteLists, a_swipe_to_the_left_removes_an_allowed_site) {
   EXPECT_TRUE(page().policySection.allowedDomains().empty());
 }
 
-TEST_F(SiteLists, a_failed_removal_is_told_and_removes_nothing) {
+TEST_F(SiteLists, a_failed_removal_is_reported_and_removes_nothing) {
   open({}, makePolicy(false, {"a b"}, {"b.example"}));
   http().answer("DELETE", "/children/c1/policy/block/b.example", 404);
   page().policySection.removeBlockedSite("b.example");
@@ -264,7 +264,7 @@ TEST_F(SiteLists, a_failed_removal_is_told_and_removes_nothing) {
   EXPECT_EQ(page().policySection.blockedDomains(), Names{"b.example"});
 }
 
-TEST_F(SiteLists, a_list_that_comes_again_announces_no_row) {
+TEST_F(SiteLists, an_unchanged_list_announces_no_row) {
   open({}, makePolicy(false, {"a.example", "b.example"}, {"c.example"}));
   page().policySection.permanentAllowedSiteRows[1].dragChanged(-40, 0);
   int changes = 0;
@@ -279,7 +279,7 @@ TEST_F(SiteLists, a_list_that_comes_again_announces_no_row) {
   EXPECT_EQ(page().policySection.permanentAllowedSiteRows[0].offset(), -40) << "a row stays its site's";
 }
 
-TEST_F(LogSwipes, a_site_is_allowed_if_an_entry_is_the_same_in_any_case) {
+TEST_F(LogSwipes, a_site_counts_as_allowed_ignoring_case) {
   open({}, makePolicy(false, {"Example.COM", "bücher.example"}));
   EXPECT_TRUE(page().policySection.isDomainAllowed("example.com"));
   EXPECT_TRUE(page().policySection.isDomainAllowed("EXAMPLE.com"));
@@ -288,7 +288,7 @@ TEST_F(LogSwipes, a_site_is_allowed_if_an_entry_is_the_same_in_any_case) {
   EXPECT_FALSE(page().policySection.isDomainAllowed("google.com")) << "the service's own sites do not count";
 }
 
-TEST_F(LogSwipes, allowing_sends_the_site_and_is_felt) {
+TEST_F(LogSwipes, allowing_sends_the_site_with_haptic_feedback) {
   answerPolicy("POST", "/allow", makePolicy(false, {"example.co.uk"}, {"ignored"}));
   open();
   page().policySection.allowFromLog(makeLog("WWW.Shop.Example.co.uk", 1));
@@ -300,7 +300,7 @@ TEST_F(LogSwipes, allowing_sends_the_site_and_is_felt) {
   EXPECT_EQ(app.machine.haptics.played, std::vector{HapticFeedback::success});
 }
 
-TEST_F(LogSwipes, allowing_what_is_allowed_makes_no_call) {
+TEST_F(LogSwipes, allowing_an_allowed_site_sends_nothing) {
   open({}, makePolicy(false, {"EXAMPLE.com"}));
   http().forgetRequests();
   page().policySection.allowFromLog(makeLog("www.example.com", 1));
@@ -309,7 +309,7 @@ TEST_F(LogSwipes, allowing_what_is_allowed_makes_no_call) {
   EXPECT_TRUE(app.machine.haptics.played.empty());
 }
 
-TEST_F(LogSwipes, blocking_sends_the_site_even_if_it_is_blocked_or_allowed) {
+TEST_F(LogSwipes, blocking_always_sends_the_site) {
   answerPolicy("POST", "/block", makePolicy(false, {"ignored"}, {"example.com"}));
   open({}, makePolicy(false, {"example.com"}, {"example.com"}));
   page().policySection.blockFromLog(makeLog("www.example.com", 1));
@@ -320,7 +320,7 @@ TEST_F(LogSwipes, blocking_sends_the_site_even_if_it_is_blocked_or_allowed) {
   EXPECT_EQ(app.machine.haptics.played, std::vector{HapticFeedback::success});
 }
 
-TEST_F(LogSwipes, a_failure_is_told_and_not_felt) {
+TEST_F(LogSwipes, a_failure_is_reported_without_haptic_feedback) {
   http().answer("POST", "/children/c1/policy/allow", 403);
   http().answer("POST", "/children/c1/policy/block", 404);
   open();
@@ -333,7 +333,7 @@ TEST_F(LogSwipes, a_failure_is_told_and_not_felt) {
   EXPECT_TRUE(app.machine.haptics.played.empty());
 }
 
-TEST_F(LogSwipes, the_sentences_are_the_systems_own) {
+TEST_F(LogSwipes, the_texts_are_exact) {
   make();
   EXPECT_EQ(page().policySection.controlsTitle(), "Internet Controls");
   EXPECT_EQ(page().policySection.blockTitle(), "Block the Internet");

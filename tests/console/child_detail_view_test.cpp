@@ -17,7 +17,7 @@ struct ChildDetailPage : ChildDetail {
   }
 };
 
-TEST_F(ChildDetailPage, starts_with_nothing_known) {
+TEST_F(ChildDetailPage, starts_empty) {
   make(2010);
   EXPECT_TRUE(page().devicesSection.devices().empty());
   EXPECT_EQ(page().policySection.policy(), std::nullopt);
@@ -44,7 +44,7 @@ TEST_F(ChildDetailPage, appearing_loads_the_child_and_shows_its_devices) {
   EXPECT_FALSE(page().isLoading());
 }
 
-TEST_F(ChildDetailPage, a_failed_load_is_told_and_empties_nothing) {
+TEST_F(ChildDetailPage, a_failed_load_is_reported_and_clears_nothing) {
   open({makeDevice("d1")}, makePolicy(false, {"a.example"}));
   http().fail("GET", "/children/c1", TransportError::Kind::timedOut);
   page().reloadChild();
@@ -71,7 +71,7 @@ TEST_F(ChildDetailPage, an_answer_without_a_policy_keeps_the_toggle_and_the_list
 
 // The header.
 
-TEST_F(ChildDetailPage, the_header_says_who_it_is) {
+TEST_F(ChildDetailPage, the_header_identifies_the_child) {
   make(2010);
   EXPECT_EQ(page().name(), "Mia");
   EXPECT_EQ(page().avatarLetter(), "M");
@@ -79,7 +79,7 @@ TEST_F(ChildDetailPage, the_header_says_who_it_is) {
   EXPECT_EQ(page().ageText(), "6 years old");
 }
 
-TEST_F(ChildDetailPage, the_age_is_there_only_with_a_birth_year_and_has_no_bounds) {
+TEST_F(ChildDetailPage, the_age_is_shown_only_with_a_birth_year_and_is_not_bounded) {
   make();
   EXPECT_EQ(page().ageText(), std::nullopt);
   make(2016);
@@ -90,7 +90,7 @@ TEST_F(ChildDetailPage, the_age_is_there_only_with_a_birth_year_and_has_no_bound
   EXPECT_NE(page().ageText(), std::nullopt);
 }
 
-TEST_F(ChildDetailPage, the_year_is_that_of_the_devices_calendar) {
+TEST_F(ChildDetailPage, the_year_is_from_the_devices_calendar) {
   // 31 December 2016, 23:30 UTC.
   app.advance(std::chrono::hours(24 * 84) + 59min);
   make(2010);
@@ -113,7 +113,7 @@ TEST_F(ChildDetailPage, the_tabs_are_the_three_in_order) {
   EXPECT_FALSE(page().tabs()[0].isSelected);
 }
 
-TEST_F(ChildDetailPage, done_dismisses_and_updates_nobody) {
+TEST_F(ChildDetailPage, done_dismisses_without_on_update) {
   open();
   EXPECT_TRUE(page().done());
   EXPECT_EQ(order, "dismiss ");
@@ -134,7 +134,7 @@ TEST_F(ChildDetailPage, the_devices_are_refreshed_every_15_seconds) {
   EXPECT_EQ(count("GET", "/children/c1"), 4U);
 }
 
-TEST_F(ChildDetailPage, a_refresh_leaves_the_policy_alone) {
+TEST_F(ChildDetailPage, a_refresh_does_not_change_the_policy) {
   open({}, makePolicy(false, {"a.example"}));
   answerChild({makeDevice("d1")}, makePolicy(true, {"z.example"}, {"y.example"}));
   app.advance(15s);
@@ -153,7 +153,7 @@ TEST_F(ChildDetailPage, a_failed_refresh_is_silent_and_keeps_the_devices) {
   EXPECT_EQ(page().devicesSection.devices().size(), 1U);
 }
 
-TEST_F(ChildDetailPage, a_disappearance_ends_all_timers_and_an_appearance_begins_anew) {
+TEST_F(ChildDetailPage, disappearing_stops_all_timers_and_appearing_restarts_them) {
   open({makeDevice("d1")});
   page().disappear();
   EXPECT_FALSE(page().devicesSection.isRunning());
@@ -166,7 +166,7 @@ TEST_F(ChildDetailPage, a_disappearance_ends_all_timers_and_an_appearance_begins
   EXPECT_EQ(count("GET", "/children/c1"), 2U) << "one load and one tick of one timer";
 }
 
-TEST_F(ChildDetailPage, an_answer_after_its_end_is_told_to_nobody) {
+TEST_F(ChildDetailPage, an_answer_after_its_destruction_is_dropped) {
   answerChild({makeDevice("d1")}, makePolicy(true));
   make();
   screen->appear();
@@ -177,7 +177,7 @@ TEST_F(ChildDetailPage, an_answer_after_its_end_is_told_to_nobody) {
 
 // The rows of the devices.
 
-TEST_F(ChildDetailPage, a_refresh_that_brings_nothing_new_announces_and_makes_no_row) {
+TEST_F(ChildDetailPage, an_unchanged_refresh_neither_announces_nor_creates_a_row) {
   open({makeDevice("d1"), makeDevice("d2")});
   page().devicesSection.deviceRows[1].dragEnded(-100, 0);
   const auto* const row = &page().devicesSection.deviceRows[1];
@@ -193,7 +193,7 @@ TEST_F(ChildDetailPage, a_refresh_that_brings_nothing_new_announces_and_makes_no
   EXPECT_TRUE(page().devicesSection.deviceRows[1].isSwiped());
 }
 
-TEST_F(ChildDetailPage, a_row_stays_its_devices_when_others_come_and_go) {
+TEST_F(ChildDetailPage, a_device_keeps_its_row_when_others_are_added_or_removed) {
   open({makeDevice("d1"), makeDevice("d2")});
   page().devicesSection.deviceRows[1].dragChanged(-50, 0);
   answerChild({makeDevice("d2"), makeDevice("d3")});
@@ -203,13 +203,13 @@ TEST_F(ChildDetailPage, a_row_stays_its_devices_when_others_come_and_go) {
   EXPECT_EQ(page().devicesSection.deviceRows[1].offset(), 0);
 }
 
-TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_its_data_stand_still) {
+TEST_F(ChildDetailPage, the_time_of_a_device_updates_while_its_data_stay_the_same) {
   open({makeDevice("d1", false)});
   app.advance(60s);
   EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen 1 min ago");
 }
 
-TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_the_service_does_not_answer) {
+TEST_F(ChildDetailPage, the_time_of_a_device_updates_while_the_service_does_not_answer) {
   open({makeDevice("d1", false)});
   http().failAlways("GET", "/children/c1", TransportError::Kind::timedOut);
   app.advance(59s);
@@ -221,7 +221,7 @@ TEST_F(ChildDetailPage, the_time_of_a_device_goes_on_while_the_service_does_not_
   EXPECT_EQ(page().devicesSection.deviceRows[0].lastSeenText(), "Last seen 1 min ago") << "nobody looks";
 }
 
-TEST_F(ChildDetailPage, two_devices_of_one_id_are_two_rows) {
+TEST_F(ChildDetailPage, two_devices_with_the_same_id_have_a_row_each) {
   open({makeDevice("d1"), makeDevice("d1")});
   EXPECT_EQ(page().devicesSection.deviceRows.size(), 2U);
 }
@@ -243,7 +243,7 @@ TEST_F(ChildDetailPage, unlinking_asks_first_and_cancel_changes_nothing) {
   EXPECT_EQ(page().devicesSection.devices().size(), 1U);
 }
 
-TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) {
+TEST_F(ChildDetailPage, a_confirmed_unlinking_removes_the_device_and_runs_on_update) {
   http().answer("DELETE", "/children/c1/devices/d1", 204);
   open({makeDevice("d1"), makeDevice("d2"), makeDevice("d1")});
   page().devicesSection.deviceRows[0].unlink();
@@ -255,7 +255,7 @@ TEST_F(ChildDetailPage, a_confirmed_unlinking_takes_the_device_out_and_updates) 
   EXPECT_EQ(order, "update ");
 }
 
-TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
+TEST_F(ChildDetailPage, a_failed_unlinking_is_reported_and_removes_nothing) {
   http().answer("DELETE", "/children/c1/devices/d1", 403);
   open({makeDevice("d1")});
   page().devicesSection.deviceRows[0].unlink();
@@ -266,7 +266,7 @@ TEST_F(ChildDetailPage, a_failed_unlinking_is_told_and_takes_nothing_out) {
   EXPECT_EQ(updates, 0);
 }
 
-TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and_does_nothing) {
+TEST_F(ChildDetailPage, without_a_device_the_question_says_this_device_and_does_nothing) {
   open();
   http().forgetRequests();
   page().devicesSection.unlinkConfirmation.isShown = true;
@@ -281,7 +281,7 @@ TEST_F(ChildDetailPage, without_a_device_the_unlinking_speaks_of_this_device_and
 
 // Linking.
 
-TEST_F(ChildDetailPage, a_linked_device_loads_the_child_again_and_nothing_else) {
+TEST_F(ChildDetailPage, a_linked_device_only_reloads_the_child) {
   open();
   page().devicesSection.linkDevice();
   app.settle();
@@ -305,7 +305,7 @@ TEST_F(ChildDetailPage, the_name_sheet_opens_with_the_name) {
   EXPECT_EQ(page().showEditName->name(), "Mia");
 }
 
-TEST_F(ChildDetailPage, a_saved_name_updates_and_closes_the_screen) {
+TEST_F(ChildDetailPage, a_saved_name_runs_on_update_and_dismisses_the_screen) {
   http().answer("PUT", "/children/c1", 200,
                 R"({"id":"c1","family_id":"f1","name":"Zoe","display_order":0,"is_active":true,)"
                 R"("created_at":"c","updated_at":"u"})");
@@ -344,7 +344,7 @@ TEST_F(ChildDetailPage, an_empty_name_is_not_sent) {
   EXPECT_TRUE(http().requests().empty());
 }
 
-// The end of the profile.
+// Deleting the profile.
 
 TEST_F(ChildDetailPage, deleting_the_profile_asks_first) {
   open();
@@ -359,7 +359,7 @@ TEST_F(ChildDetailPage, deleting_the_profile_asks_first) {
   EXPECT_TRUE(http().requests().empty());
 }
 
-TEST_F(ChildDetailPage, a_deleted_profile_updates_and_closes_the_screen) {
+TEST_F(ChildDetailPage, a_deleted_profile_runs_on_update_and_dismisses_the_screen) {
   http().answer("DELETE", "/children/c1", 204);
   open();
   page().deleteProfile();
@@ -379,7 +379,7 @@ TEST_F(ChildDetailPage, a_failed_deletion_keeps_the_screen) {
   EXPECT_EQ(order, "");
 }
 
-TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_screen_go) {
+TEST_F(ChildDetailPage, a_sheet_dismissed_by_an_answer_may_release_the_screen) {
   http().answer("DELETE", "/children/c1", 204);
   open();
   screen->setDismissHandler([this] { screen.reset(); });
@@ -390,7 +390,7 @@ TEST_F(ChildDetailPage, a_sheet_that_is_dismissed_on_an_answer_may_let_the_scree
   EXPECT_EQ(updates, 1);
 }
 
-TEST_F(ChildDetailPage, the_sentences_are_the_systems_own) {
+TEST_F(ChildDetailPage, the_texts_are_exact) {
   make();
   EXPECT_EQ(page().doneTitle(), "Done");
   EXPECT_EQ(page().devicesSection.devicesTitle(), "Devices");

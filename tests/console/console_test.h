@@ -9,7 +9,7 @@
 #include "foundation/json.h"
 #include "testing/test_application.h"
 
-// What the tests of a signed-in parent's screens share.
+// Shared by the tests of a signed-in parent's screens.
 namespace quillmar {
 
 // A session that needs no refresh for twelve hours.

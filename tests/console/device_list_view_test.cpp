@@ -28,7 +28,7 @@ struct Dashboard : testing::Test {
   }
   void failNext() { app.machine.http.fail("GET", "/children", TransportError::Kind::timedOut); }
   std::size_t loads() { return app.machine.http.count("GET", "/children"); }
-  // The dashboard with what the script gave it.
+  // Loads the dashboard with the scripted answers.
   void load() {
     app.settle();
     app.machine.http.forgetRequests();
@@ -76,7 +76,7 @@ TEST_F(DashboardLoad, begins_with_one_load_and_nothing_to_show) {
   EXPECT_EQ(app.machine.http.calls(), Names{"GET /children"});
 }
 
-TEST_F(DashboardLoad, shows_the_children_in_the_services_order_whatever_their_display_order) {
+TEST_F(DashboardLoad, shows_the_children_in_the_services_order_and_ignores_display_order) {
   auto first = makeChild("c9", "Zoe");
   first.displayOrder = 5;
   answerWith({first, makeChild("c1", "Ann")});
@@ -89,14 +89,14 @@ TEST_F(DashboardLoad, shows_the_children_in_the_services_order_whatever_their_di
   EXPECT_EQ(screen().maximumContentWidth(), 700);
 }
 
-TEST_F(DashboardLoad, without_children_falls_to_the_welcome) {
+TEST_F(DashboardLoad, without_children_shows_the_welcome) {
   app.machine.http.answerAlways("GET", "/children", 200, "{}");
   app.settle();
   EXPECT_EQ(screen().content(), DashboardContent::empty);
   EXPECT_EQ(screen().maximumContentWidth(), 600);
 }
 
-TEST_F(DashboardLoad, devices_of_nobody_do_not_count) {
+TEST_F(DashboardLoad, unassigned_devices_do_not_count) {
   app.machine.http.answerAlways("GET", "/children", 200,
                                 jsonOf(ChildrenResponse{.children = {makeChild("c1", "Mia")},
                                                         .unassignedDevices = {makeDevice("d9")}}));
@@ -104,7 +104,7 @@ TEST_F(DashboardLoad, devices_of_nobody_do_not_count) {
   EXPECT_EQ(screen().totalDevices(), 0);
 }
 
-TEST_F(DashboardLoad, again_keeps_the_cards_and_lets_them_come_in_anew) {
+TEST_F(DashboardLoad, again_keeps_the_cards_and_replays_their_entry) {
   load();
   app.machine.http.hold();
   screen().loadChildren();
@@ -121,7 +121,7 @@ TEST_F(DashboardLoad, again_keeps_the_cards_and_lets_them_come_in_anew) {
   EXPECT_EQ(screen().cardOffset(), 0.0);
 }
 
-TEST_F(DashboardLoad, again_shows_nothing_of_itself_for_three_tenths_of_a_second) {
+TEST_F(DashboardLoad, again_is_not_shown_for_300_ms) {
   load();
   app.machine.http.hold();
   screen().loadChildren();
@@ -140,7 +140,7 @@ TEST_F(DashboardLoad, again_shows_nothing_of_itself_for_three_tenths_of_a_second
   EXPECT_EQ(screen().drawnCardOpacity(), 1.0);
 }
 
-TEST_F(DashboardLoad, again_that_ends_early_is_never_shown) {
+TEST_F(DashboardLoad, again_that_ends_within_300_ms_is_never_shown) {
   load();
   int shown = 0;
   const auto subscription =
@@ -153,7 +153,7 @@ TEST_F(DashboardLoad, again_that_ends_early_is_never_shown) {
   EXPECT_EQ(shown, 0);
 }
 
-TEST_F(DashboardLoad, asked_for_again_and_again_is_shown_by_the_first) {
+TEST_F(DashboardLoad, requested_repeatedly_is_shown_300_ms_after_the_first_request) {
   load();
   app.machine.http.hold();
   screen().loadChildren();
@@ -166,7 +166,7 @@ TEST_F(DashboardLoad, asked_for_again_and_again_is_shown_by_the_first) {
   EXPECT_FALSE(screen().showsReload()) << "what was asked for first is there";
 }
 
-TEST_F(DashboardLoad, with_nothing_on_screen_is_no_reload) {
+TEST_F(DashboardLoad, with_nothing_on_screen_is_not_a_reload) {
   app.machine.http.hold();
   app.advance(5s);
   EXPECT_TRUE(screen().isLoading());
@@ -185,7 +185,7 @@ TEST_F(DashboardLoad, again_that_fails_is_no_longer_shown) {
   EXPECT_EQ(screen().content(), DashboardContent::empty);
 }
 
-TEST_F(DashboardLoad, that_fails_empties_the_screen_in_silence) {
+TEST_F(DashboardLoad, that_fails_empties_the_screen_without_a_message) {
   struct Row {
     std::string what;
     DataTaskResult result;
@@ -212,7 +212,7 @@ TEST_F(DashboardLoad, that_fails_empties_the_screen_in_silence) {
   }
 }
 
-TEST_F(DashboardLoad, stamps_the_time_of_its_end_either_way) {
+TEST_F(DashboardLoad, records_its_end_time_on_success_and_failure) {
   load();
   app.advance(5s);
   screen().loadChildren();
@@ -225,7 +225,7 @@ TEST_F(DashboardLoad, stamps_the_time_of_its_end_either_way) {
   EXPECT_EQ(screen().lastRefreshTime(), VirtualDispatch::defaultStart + 10s);
 }
 
-TEST_F(DashboardLoad, writes_no_line_of_its_own) {
+TEST_F(DashboardLoad, logs_nothing_itself) {
   app.machine.log.clear();
   app.advance(31s);
   failNext();
@@ -239,7 +239,7 @@ TEST_F(DashboardLoad, writes_no_line_of_its_own) {
   }
 }
 
-TEST_F(DashboardLoad, first_failed_leaves_the_timer_which_fills_the_list_without_a_second_entry) {
+TEST_F(DashboardLoad, that_fails_first_keeps_the_timer_which_fills_the_list_without_an_entry_animation) {
   failNext();
   load();
   ASSERT_EQ(screen().content(), DashboardContent::empty);
@@ -252,7 +252,7 @@ TEST_F(DashboardLoad, first_failed_leaves_the_timer_which_fills_the_list_without
   EXPECT_EQ(entries, 0);
 }
 
-TEST_F(DashboardLoad, that_ends_after_the_screen_has_gone_starts_no_timer) {
+TEST_F(DashboardLoad, that_ends_after_the_screen_disappeared_starts_no_timer) {
   load();
   const auto kept = app.find<DeviceListView>();
   kept->loadChildren();
@@ -277,7 +277,7 @@ TEST_F(DashboardLoad, that_ends_while_the_scene_is_not_active_starts_no_timer) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(DashboardLoad, an_answer_to_a_screen_that_no_longer_exists_is_nobodys) {
+TEST_F(DashboardLoad, is_dropped_if_its_screen_no_longer_exists) {
   app.machine.http.hold();
   app.settle();
   screen().logout();
@@ -290,7 +290,7 @@ TEST_F(DashboardLoad, an_answer_to_a_screen_that_no_longer_exists_is_nobodys) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(DashboardRefresh, comes_every_thirty_seconds_and_first_after_thirty) {
+TEST_F(DashboardRefresh, runs_every_30_seconds_and_first_after_30) {
   load();
   app.advance(29s);
   EXPECT_EQ(loads(), 0U);
@@ -300,7 +300,7 @@ TEST_F(DashboardRefresh, comes_every_thirty_seconds_and_first_after_thirty) {
   EXPECT_EQ(loads(), 4U);
 }
 
-TEST_F(DashboardRefresh, keeps_to_its_times_whatever_is_loaded_in_between) {
+TEST_F(DashboardRefresh, keeps_its_schedule_despite_other_loads) {
   load();
   app.advance(20s);
   screen().loadChildren();
@@ -312,7 +312,7 @@ TEST_F(DashboardRefresh, keeps_to_its_times_whatever_is_loaded_in_between) {
   EXPECT_EQ(loads(), 4U);
 }
 
-TEST_F(DashboardRefresh, is_seen_by_a_spinner_in_place_of_the_symbol) {
+TEST_F(DashboardRefresh, shows_a_spinner_instead_of_the_icon) {
   load();
   EXPECT_EQ(screen().statusIcon(), "arrow.clockwise");
   app.machine.http.hold();
@@ -327,7 +327,7 @@ TEST_F(DashboardRefresh, is_seen_by_a_spinner_in_place_of_the_symbol) {
   EXPECT_EQ(screen().statusIcon(), "arrow.clockwise");
 }
 
-TEST_F(DashboardRefresh, says_how_long_ago_the_last_one_was) {
+TEST_F(DashboardRefresh, shows_how_long_ago_the_last_one_was) {
   load();
   EXPECT_EQ(screen().updatedText(), "Updated in 0 sec.");
   app.machine.http.hold();
@@ -338,7 +338,7 @@ TEST_F(DashboardRefresh, says_how_long_ago_the_last_one_was) {
   EXPECT_EQ(screen().autoRefreshText(), "Auto-refresh every 30s");
 }
 
-TEST_F(DashboardRefresh, tells_as_time_goes_on_how_long_ago_the_last_one_was) {
+TEST_F(DashboardRefresh, updates_how_long_ago_the_last_one_was) {
   load();
   Names told;
   const auto subscription = screen().observe([&](const Member& member) {
@@ -357,7 +357,7 @@ TEST_F(DashboardRefresh, tells_as_time_goes_on_how_long_ago_the_last_one_was) {
   EXPECT_EQ(told, Names{"Updated 2 min. ago"});
 }
 
-TEST_F(DashboardScene, that_comes_back_says_at_once_how_long_it_was_away) {
+TEST_F(DashboardScene, that_becomes_active_updates_the_time_text_at_once) {
   setPhase(ScenePhase::active);
   load();
   app.advance(1s);
@@ -374,9 +374,9 @@ TEST_F(DashboardScene, that_comes_back_says_at_once_how_long_it_was_away) {
   EXPECT_EQ(told, Names{"Updated 8 hr. ago"});
 }
 
-TEST_F(DashboardScene, out_of_use_is_woken_by_nothing) {
+TEST_F(DashboardScene, not_in_use_has_no_wake_ups) {
   const auto isWoken = [this] {
-    // What was stopped may still stand in the queue, with nothing to run.
+    // Stopped tasks may still be queued, but have nothing to run.
     app.advance(1h);
     return app.machine.dispatch.nextDue() < app.machine.dispatch.now() + 24h;
   };
@@ -394,7 +394,7 @@ TEST_F(DashboardScene, out_of_use_is_woken_by_nothing) {
   EXPECT_FALSE(isWoken()) << "it is not on screen";
 }
 
-TEST_F(DashboardRefresh, brings_what_is_new_without_a_new_entry) {
+TEST_F(DashboardRefresh, shows_new_data_without_the_entry_animation) {
   load();
   answerWith({makeChild("c2", "Zoe"), makeChild("c1", "Mia")});
   int entries = 0;
@@ -406,7 +406,7 @@ TEST_F(DashboardRefresh, brings_what_is_new_without_a_new_entry) {
   EXPECT_EQ(screen().lastRefreshTime(), VirtualDispatch::defaultStart + 30s);
 }
 
-TEST_F(DashboardRefresh, that_fails_keeps_everything_but_the_time) {
+TEST_F(DashboardRefresh, that_fails_changes_only_the_time) {
   load();
   failNext();
   app.advance(30s);
@@ -417,7 +417,7 @@ TEST_F(DashboardRefresh, that_fails_keeps_everything_but_the_time) {
   EXPECT_EQ(screen().lastRefreshTime(), VirtualDispatch::defaultStart + 30s);
 }
 
-TEST_F(DashboardRefresh, that_is_under_way_swallows_the_ticks) {
+TEST_F(DashboardRefresh, that_is_running_skips_the_ticks) {
   load();
   app.machine.http.hold();
   app.advance(5min);
@@ -429,16 +429,16 @@ TEST_F(DashboardRefresh, that_is_under_way_swallows_the_ticks) {
   EXPECT_EQ(loads(), 2U);
 }
 
-TEST_F(DashboardRefresh, does_nothing_while_the_first_load_lasts) {
+TEST_F(DashboardRefresh, does_nothing_during_the_first_load) {
   app.machine.http.hold();
   app.advance(5min);
   EXPECT_EQ(loads(), 1U);
   EXPECT_FALSE(screen().isBackgroundRefreshing());
 }
 
-// Three orders in which a foreground load and a silent one can meet; the last to end has the say.
+// A foreground and a silent load can overlap in three ways; the last one to end wins.
 
-TEST_F(DashboardRefresh, that_ends_before_a_foreground_load_it_met_is_overwritten) {
+TEST_F(DashboardRefresh, that_ends_before_an_overlapping_foreground_load_is_overwritten) {
   load();
   app.machine.http.hold();
   app.advance(30s);
@@ -455,7 +455,7 @@ TEST_F(DashboardRefresh, that_ends_before_a_foreground_load_it_met_is_overwritte
   EXPECT_TRUE(screen().cardsAppeared());
 }
 
-TEST_F(DashboardRefresh, that_ends_after_a_foreground_load_it_met_has_the_last_word) {
+TEST_F(DashboardRefresh, that_ends_after_an_overlapping_foreground_load_wins) {
   load();
   app.machine.http.hold();
   app.advance(30s);
@@ -471,7 +471,7 @@ TEST_F(DashboardRefresh, that_ends_after_a_foreground_load_it_met_has_the_last_w
   EXPECT_FALSE(screen().isBackgroundRefreshing());
 }
 
-TEST_F(DashboardRefresh, that_begins_during_a_foreground_load_runs_since_there_are_cards) {
+TEST_F(DashboardRefresh, that_begins_during_a_foreground_load_runs_if_there_are_cards) {
   load();
   app.machine.http.hold();
   app.advance(29s);
@@ -500,14 +500,14 @@ TEST_F(DashboardScene, in_the_background_has_no_timer_and_keeps_the_time_of_the_
   }
 }
 
-TEST_F(DashboardScene, the_first_phase_it_hears_of_may_be_the_background) {
+TEST_F(DashboardScene, first_reported_as_background_stops_the_timer) {
   load();
   setPhase(ScenePhase::background);
   app.advance(5min);
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(DashboardScene, that_comes_back_starts_one_timer_and_loads_nothing_for_a_full_interval) {
+TEST_F(DashboardScene, that_becomes_active_starts_one_timer_and_loads_after_a_full_interval) {
   setPhase(ScenePhase::active);
   load();
   setPhase(ScenePhase::inactive);
@@ -524,7 +524,7 @@ TEST_F(DashboardScene, that_comes_back_starts_one_timer_and_loads_nothing_for_a_
   EXPECT_EQ(loads(), 3U);
 }
 
-TEST_F(DashboardScene, that_comes_back_after_the_screen_has_gone_starts_nothing) {
+TEST_F(DashboardScene, that_becomes_active_after_the_screen_disappeared_starts_nothing) {
   setPhase(ScenePhase::active);
   load();
   const auto kept = app.find<DeviceListView>();
@@ -534,7 +534,7 @@ TEST_F(DashboardScene, that_comes_back_after_the_screen_has_gone_starts_nothing)
   EXPECT_FALSE(kept->isAutoRefreshing());
 }
 
-TEST_F(DashboardScene, every_appearance_loads_and_goes_on_with_the_one_timer) {
+TEST_F(DashboardScene, every_appearance_loads_and_keeps_the_one_timer) {
   load();
   const auto kept = app.find<DeviceListView>();
   kept->disappear();
@@ -548,7 +548,7 @@ TEST_F(DashboardScene, every_appearance_loads_and_goes_on_with_the_one_timer) {
   EXPECT_EQ(loads(), 2U);
 }
 
-TEST_F(DashboardSheets, each_opens_by_its_controls) {
+TEST_F(DashboardSheets, open_by_their_controls) {
   load();
   struct Row {
     std::string sheet;
@@ -581,7 +581,7 @@ TEST_F(DashboardSheets, never_stop_the_timer) {
   EXPECT_EQ(loads(), 3U);
 }
 
-TEST_F(DashboardSheets, coming_back_from_any_is_an_appearance_with_one_load_and_the_timer_as_it_was) {
+TEST_F(DashboardSheets, returning_from_any_loads_once_and_keeps_the_timer) {
   using Open = std::function<void(DeviceListView&)>;
   for (const auto& [open, close] : std::vector<std::pair<Open, Open>>{
            {[](auto& on) { on.addChild(); }, [](auto& on) { on.showAddChild = false; }},
@@ -605,7 +605,7 @@ TEST_F(DashboardSheets, coming_back_from_any_is_an_appearance_with_one_load_and_
   EXPECT_EQ(loads(), 1U) << "one timer, whatever came back";
 }
 
-TEST_F(DashboardSheets, coming_back_while_the_scene_rests_starts_no_timer) {
+TEST_F(DashboardSheets, returning_while_the_scene_is_inactive_starts_no_timer) {
   setPhase(ScenePhase::active);
   load();
   screen().openSettings();
@@ -615,7 +615,7 @@ TEST_F(DashboardSheets, coming_back_while_the_scene_rests_starts_no_timer) {
   EXPECT_FALSE(screen().isAutoRefreshing());
 }
 
-TEST_F(DashboardSheets, the_detail_is_up_exactly_while_a_child_is_selected) {
+TEST_F(DashboardSheets, the_detail_is_shown_exactly_while_a_child_is_selected) {
   answerWith({makeChild("c1", "Mia"), makeChild("c2", "Zoe")});
   load();
   EXPECT_EQ(screen().selectedChild(), std::nullopt);
@@ -630,7 +630,7 @@ TEST_F(DashboardSheets, the_detail_is_up_exactly_while_a_child_is_selected) {
   EXPECT_FALSE(screen().showChildDetail());
 }
 
-TEST_F(DashboardSheets, the_add_device_sheet_needs_a_child) {
+TEST_F(DashboardSheets, the_add_device_sheet_requires_a_child) {
   load();
   screen().showAddDevice = true;
   EXPECT_FALSE(screen().showAddDevice());
@@ -640,7 +640,7 @@ TEST_F(DashboardSheets, the_add_device_sheet_needs_a_child) {
   EXPECT_EQ(app.screen<AddDeviceSheet>().heading(), "Add Device for Mia");
 }
 
-TEST_F(DashboardSheets, the_child_is_known_before_the_add_device_sheet_comes_up) {
+TEST_F(DashboardSheets, the_child_is_set_before_the_add_device_sheet_is_shown) {
   load();
   Names order;
   const auto subscription = screen().observe([&](const Member& member) {
@@ -662,7 +662,7 @@ TEST_F(DashboardSheets, a_refresh_beneath_a_detail_keeps_the_detail) {
   EXPECT_EQ(screen().showChildDetail.get(), before);
 }
 
-TEST_F(DashboardCards, sum_up_with_the_right_endings) {
+TEST_F(DashboardCards, show_counts_with_the_right_plurals) {
   struct Row {
     std::vector<ChildProfileWithDevices> children;
     std::string line;
@@ -686,7 +686,7 @@ TEST_F(DashboardCards, sum_up_with_the_right_endings) {
   }
 }
 
-TEST_F(DashboardCards, keep_their_identity_across_a_refresh_and_only_those_that_changed_announce) {
+TEST_F(DashboardCards, are_kept_across_a_refresh_and_only_changed_ones_announce) {
   std::vector<ChildProfileWithDevices> family;
   for (int c = 0; c < 50; ++c) {
     const std::string id = "c" + std::to_string(c);
@@ -742,7 +742,7 @@ TEST_F(DashboardCards, move_with_their_child) {
   EXPECT_EQ(cardNames(), Names{"Zoe"});
 }
 
-TEST_F(DashboardCards, come_in_staged_by_a_load_and_in_place_by_a_refresh) {
+TEST_F(DashboardCards, animate_their_entry_after_a_load_but_not_after_a_refresh) {
   load();
   EXPECT_EQ(screen().cards[0].entrance(), CardEntrance::staged);
   answerWith({makeChild("c1", "Mia"), makeChild("c2", "Zoe")});
@@ -751,7 +751,7 @@ TEST_F(DashboardCards, come_in_staged_by_a_load_and_in_place_by_a_refresh) {
   EXPECT_EQ(screen().cards[1].entrance(), CardEntrance::inPlace);
 }
 
-TEST_F(DashboardCards, of_two_children_with_one_id_are_two) {
+TEST_F(DashboardCards, exist_for_each_of_two_children_with_the_same_id) {
   answerWith({makeChild("c1", "Mia"), makeChild("c1", "Zoe")});
   load();
   EXPECT_EQ(cardNames(), (Names{"Mia", "Zoe"}));
@@ -762,7 +762,7 @@ TEST_F(DashboardCards, of_two_children_with_one_id_are_two) {
   EXPECT_EQ(&screen().cards[1], zoe);
 }
 
-TEST_F(DashboardCards, held_by_a_front_end_lead_nowhere_once_the_screen_has_gone) {
+TEST_F(DashboardCards, held_by_a_front_end_do_nothing_after_the_screen_is_destroyed) {
   load();
   const auto card = screen().cards.share("c1");
   screen().logout();
@@ -773,7 +773,7 @@ TEST_F(DashboardCards, held_by_a_front_end_lead_nowhere_once_the_screen_has_gone
   EXPECT_EQ(app.find<ChildDetailView>(), nullptr);
 }
 
-TEST_F(DashboardMenu, shows_the_initials_of_whoever_is_signed_in) { EXPECT_EQ(screen().initials(), "AL"); }
+TEST_F(DashboardMenu, shows_the_initials_of_the_signed_in_parent) { EXPECT_EQ(screen().initials(), "AL"); }
 
 TEST_F(DashboardMenu, steps_through_the_themes) {
   Names titles{screen().themeTitle()};
@@ -785,7 +785,7 @@ TEST_F(DashboardMenu, steps_through_the_themes) {
   EXPECT_EQ(app.machine.settings.string(settings::appearanceMode), "System");
 }
 
-TEST_F(DashboardMenu, a_theme_that_is_set_elsewhere_shows_here) {
+TEST_F(DashboardMenu, shows_a_theme_that_is_set_elsewhere) {
   int announced = 0;
   const auto subscription = screen().observe([&](const Member&) { ++announced; });
   app.environment().appearanceManager()->currentMode = AppearanceMode::dark;
@@ -793,7 +793,7 @@ TEST_F(DashboardMenu, a_theme_that_is_set_elsewhere_shows_here) {
   EXPECT_EQ(screen().themeTitle(), "Theme: Dark");
 }
 
-TEST_F(DashboardMenu, logout_asks_first_and_may_be_called_off) {
+TEST_F(DashboardMenu, logout_asks_first_and_can_be_cancelled) {
   load();
   EXPECT_FALSE(screen().logoutConfirmation.confirm());
   screen().logout();
@@ -806,7 +806,7 @@ TEST_F(DashboardMenu, logout_asks_first_and_may_be_called_off) {
   EXPECT_TRUE(screen().isAutoRefreshing());
 }
 
-TEST_F(DashboardMenu, logout_stops_the_timer_before_the_session_ends_and_the_login_comes_up) {
+TEST_F(DashboardMenu, logout_stops_the_timer_ends_the_session_and_shows_the_login) {
   load();
   const auto kept = app.find<DeviceListView>();
   std::vector<bool> refreshingAtTheEnd;
@@ -821,7 +821,7 @@ TEST_F(DashboardMenu, logout_stops_the_timer_before_the_session_ends_and_the_log
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(DashboardMenu, says_what_it_is) {
+TEST_F(DashboardMenu, the_texts_are_exact) {
   EXPECT_EQ(screen().title(), "My Family");
   EXPECT_EQ(screen().settingsTitle(), "Settings");
   EXPECT_EQ(screen().familyMembersTitle(), "Family Members");

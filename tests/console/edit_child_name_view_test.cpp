@@ -34,7 +34,7 @@ struct EditChildName : testing::Test {
   using Names = std::vector<std::string>;
 };
 
-TEST_F(EditChildName, begins_with_the_current_name_once_it_appears) {
+TEST_F(EditChildName, shows_the_current_name_on_appearing) {
   EditChildNameView unseen(app.environment(), "Mia", [](const std::string&) {});
   EXPECT_EQ(unseen.name(), "");
   EXPECT_EQ(screen().name(), "Mia");
@@ -49,14 +49,14 @@ TEST_F(EditChildName, an_emptied_field_cannot_be_saved) {
   EXPECT_TRUE(presenter.saved.empty());
 }
 
-TEST_F(EditChildName, cancel_goes_without_a_word) {
+TEST_F(EditChildName, cancel_dismisses_without_saving) {
   screen().name = "Other";
   screen().cancel();
   EXPECT_FALSE(presenter.sheet());
   EXPECT_TRUE(presenter.saved.empty());
 }
 
-TEST_F(EditChildName, save_hands_over_the_name_and_only_then_goes) {
+TEST_F(EditChildName, save_passes_on_the_name_before_dismissing) {
   screen().name = "Zoe";
   screen().save();
   EXPECT_EQ(presenter.saved, Names{"Zoe"});
@@ -64,7 +64,7 @@ TEST_F(EditChildName, save_hands_over_the_name_and_only_then_goes) {
   EXPECT_FALSE(presenter.sheet());
 }
 
-TEST_F(EditChildName, an_unchanged_name_and_blanks_are_saved_as_they_stand) {
+TEST_F(EditChildName, an_unchanged_name_and_blanks_are_saved_unchanged) {
   screen().save();
   presenter.sheet = true;
   screen().name = "  ";
@@ -72,13 +72,13 @@ TEST_F(EditChildName, an_unchanged_name_and_blanks_are_saved_as_they_stand) {
   EXPECT_EQ(presenter.saved, (Names{"Mia", "  "}));
 }
 
-TEST_F(EditChildName, makes_no_call_of_its_own) {
+TEST_F(EditChildName, sends_nothing_itself) {
   screen().save();
   app.settle();
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(EditChildName, says_what_it_is) {
+TEST_F(EditChildName, the_texts_are_exact) {
   EXPECT_EQ(screen().title(), "Edit Name");
   EXPECT_EQ(screen().cancelTitle(), "Cancel");
   EXPECT_EQ(screen().saveTitle(), "Save");

@@ -58,19 +58,19 @@ struct KeyedRows : testing::Test {
   const Subscription listening = list.observe([this](const Member& /*any*/) { ++announced; });
 };
 
-TEST_F(KeyedRows, nothing_in_an_empty_list_is_not_announced) {
+TEST_F(KeyedRows, an_empty_list_that_stays_empty_is_not_announced) {
   show({});
   EXPECT_EQ(announced, 0);
 }
 
-TEST_F(KeyedRows, the_same_list_again_is_not_announced_and_makes_no_row) {
+TEST_F(KeyedRows, an_unchanged_list_is_not_announced_and_creates_no_row) {
   show({{"a", "1"}, {"b", "2"}});
   show({{"a", "1"}, {"b", "2"}});
   EXPECT_EQ(announced, 1);
   EXPECT_EQ(made, 2);
 }
 
-TEST_F(KeyedRows, a_changed_item_changes_its_row_and_not_the_list) {
+TEST_F(KeyedRows, a_changed_item_updates_its_row_but_not_the_list) {
   show({{"a", "1"}, {"b", "2"}});
   const auto* const row = &list.rows[1];
   show({{"a", "1"}, {"b", "3"}});
@@ -79,7 +79,7 @@ TEST_F(KeyedRows, a_changed_item_changes_its_row_and_not_the_list) {
   EXPECT_EQ(announced, 1);
 }
 
-TEST_F(KeyedRows, a_row_stays_its_items_when_it_moves) {
+TEST_F(KeyedRows, an_item_keeps_its_row_when_it_moves) {
   show({{"a", "1"}, {"b", "2"}});
   const auto* const row = &list.rows[1];
   show({{"b", "2"}, {"c", "3"}, {"a", "1"}});
@@ -89,7 +89,7 @@ TEST_F(KeyedRows, a_row_stays_its_items_when_it_moves) {
   EXPECT_EQ(announced, 2);
 }
 
-TEST_F(KeyedRows, what_has_gone_comes_back_as_a_new_row) {
+TEST_F(KeyedRows, a_removed_item_returns_as_a_new_row) {
   show({{"a", "1"}});
   show({});
   EXPECT_EQ(list.rows.size(), 0U);
@@ -98,7 +98,7 @@ TEST_F(KeyedRows, what_has_gone_comes_back_as_a_new_row) {
   EXPECT_EQ(announced, 3);
 }
 
-TEST_F(KeyedRows, items_of_one_key_have_rows_and_keys_of_their_own) {
+TEST_F(KeyedRows, items_with_the_same_key_have_rows_and_keys_of_their_own) {
   show({{"a", "1"}, {"a", "2"}, {"a\n2", "3"}, {"a", "4"}});
   EXPECT_EQ(texts(), (Names{"1", "2", "3", "4"}));
   EXPECT_EQ(differentKeys(), 4U);

@@ -40,7 +40,7 @@ struct LinkDevice : testing::Test {
   std::shared_ptr<LinkDeviceView> sheet;
 };
 
-TEST_F(LinkDevice, loads_the_devices_without_a_child_and_throws_the_children_away) {
+TEST_F(LinkDevice, loads_the_unassigned_devices_and_ignores_the_children) {
   EXPECT_EQ(sheet->content(), LinkDeviceContent::loading);
   sheet->appear();
   EXPECT_TRUE(sheet->isLoading());
@@ -51,13 +51,13 @@ TEST_F(LinkDevice, loads_the_devices_without_a_child_and_throws_the_children_awa
   EXPECT_EQ(sheet->content(), LinkDeviceContent::list);
 }
 
-TEST_F(LinkDevice, says_when_there_is_no_such_device) {
+TEST_F(LinkDevice, shows_a_text_if_there_is_no_such_device) {
   answerWith({});
   open();
   EXPECT_EQ(sheet->content(), LinkDeviceContent::empty);
 }
 
-TEST_F(LinkDevice, a_row_says_what_kind_of_device_it_is) {
+TEST_F(LinkDevice, a_row_shows_the_type_of_its_device) {
   auto device = makeDevice("d1");
   device.friendlyName = "Mia's Mac";
   device.deviceType = "mac";
@@ -68,7 +68,7 @@ TEST_F(LinkDevice, a_row_says_what_kind_of_device_it_is) {
   EXPECT_EQ(sheet->deviceRows[0].deviceIconName(), "laptopcomputer");
 }
 
-TEST_F(LinkDevice, a_failed_load_is_told_and_keeps_what_was_there) {
+TEST_F(LinkDevice, a_failed_load_is_reported_and_keeps_the_list) {
   open();
   http().failAlways("GET", "/children", TransportError::Kind::timedOut);
   sheet->loadUnassignedDevices();
@@ -81,7 +81,7 @@ TEST_F(LinkDevice, a_failed_load_is_told_and_keeps_what_was_there) {
   EXPECT_FALSE(sheet->errorAlert.isShown());
 }
 
-TEST_F(LinkDevice, a_tap_links_the_device_then_tells_then_closes) {
+TEST_F(LinkDevice, a_tap_links_the_device_then_notifies_then_dismisses) {
   http().answer("POST", "/children/c1/devices", 204);
   open();
   EXPECT_TRUE(sheet->deviceRows[1].link());
@@ -91,7 +91,7 @@ TEST_F(LinkDevice, a_tap_links_the_device_then_tells_then_closes) {
   EXPECT_EQ(order, "linked dismissed ");
 }
 
-TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
+TEST_F(LinkDevice, a_failed_link_is_reported_and_the_sheet_stays) {
   http().answer("POST", "/children/c1/devices", 403);
   open();
   sheet->deviceRows[0].link();
@@ -102,7 +102,7 @@ TEST_F(LinkDevice, a_failed_link_is_told_and_the_sheet_stays) {
   EXPECT_EQ(names().size(), 2U);
 }
 
-TEST_F(LinkDevice, a_swipe_opens_a_row_whose_button_asks_for_the_deletion) {
+TEST_F(LinkDevice, a_swipe_opens_a_row_whose_button_asks_to_delete) {
   open();
   http().forgetRequests();
   auto& row = sheet->deviceRows[1];
@@ -143,7 +143,7 @@ TEST_F(LinkDevice, a_row_that_was_not_dragged_far_enough_closes) {
   EXPECT_EQ(row.offset(), 0);
 }
 
-TEST_F(LinkDevice, cancel_closes_without_a_word) {
+TEST_F(LinkDevice, cancel_dismisses_without_notifying) {
   open();
   http().forgetRequests();
   sheet->cancel();
@@ -166,7 +166,7 @@ TEST_F(LinkDevice, deleting_asks_first_and_cancel_deletes_nothing) {
   EXPECT_EQ(sheet->deviceToDelete()->id, "d2") << "kept until the next use";
 }
 
-TEST_F(LinkDevice, a_place_outside_of_the_list_asks_nothing) {
+TEST_F(LinkDevice, an_index_outside_the_list_asks_nothing) {
   open();
   for (const std::int64_t index : {-1, 2, 1000}) {
     sheet->deleteAt(index);
@@ -178,7 +178,7 @@ TEST_F(LinkDevice, a_place_outside_of_the_list_asks_nothing) {
       "This will permanently delete this device and unregister it from Quillmar. This cannot be undone.");
 }
 
-TEST_F(LinkDevice, whoever_can_not_swipe_deletes_from_the_row) {
+TEST_F(LinkDevice, a_device_can_be_deleted_without_swiping) {
   open();
   sheet->deviceRows[0].remove();
   EXPECT_TRUE(sheet->deletionConfirmation.isShown());
@@ -197,7 +197,7 @@ TEST_F(LinkDevice, a_deleted_device_leaves_the_list_and_the_sheet_stays) {
   EXPECT_EQ(order, "linked ") << "the caller is to load again";
 }
 
-TEST_F(LinkDevice, a_failed_deletion_is_told_and_the_device_stays) {
+TEST_F(LinkDevice, a_failed_deletion_is_reported_and_the_device_stays) {
   http().answer("DELETE", "/devices/d1", 500, R"({"error":"Not now"})");
   open();
   sheet->deleteAt(0);
@@ -233,7 +233,7 @@ TEST_F(LinkDevice, a_load_that_answers_after_a_deletion_replaces_the_whole_list)
   EXPECT_EQ(names(), (Names{"Device d2", "Device d3"}));
 }
 
-TEST_F(LinkDevice, each_road_to_a_new_device_is_a_sheet_of_its_own) {
+TEST_F(LinkDevice, each_way_to_add_a_new_device_is_a_sheet) {
   open();
   sheet->addPhone();
   EXPECT_TRUE(sheet->showScanner());
@@ -243,7 +243,7 @@ TEST_F(LinkDevice, each_road_to_a_new_device_is_a_sheet_of_its_own) {
   EXPECT_TRUE(sheet->showManualEnrollment());
 }
 
-TEST_F(LinkDevice, coming_back_from_a_sheet_loads_again) {
+TEST_F(LinkDevice, returning_from_a_sheet_reloads) {
   open();
   sheet->addPhone();
   http().forgetRequests();
@@ -257,7 +257,7 @@ TEST_F(LinkDevice, coming_back_from_a_sheet_loads_again) {
   EXPECT_EQ(http().calls(), Names{"GET /children"});
 }
 
-TEST_F(LinkDevice, a_new_device_is_enrolled_for_the_child_and_ends_like_a_link) {
+TEST_F(LinkDevice, enrolling_a_new_device_for_the_child_notifies_and_dismisses_like_a_link) {
   http().answer("POST", "/enrollment/manual", 200,
                 R"({"message":"done","device":)" + jsonOf(makeDevice("d3")) +
                     R"(,"dns_server":"192.0.2.1","setup_instructions":{"platform":"tv",)"
@@ -274,7 +274,7 @@ TEST_F(LinkDevice, a_new_device_is_enrolled_for_the_child_and_ends_like_a_link) 
   EXPECT_TRUE(order.starts_with("linked dismissed ")) << order;
 }
 
-TEST_F(LinkDevice, the_sentences_are_the_systems_own) {
+TEST_F(LinkDevice, the_texts_are_exact) {
   EXPECT_EQ(sheet->title(), "Link Device");
   EXPECT_EQ(sheet->cancelTitle(), "Cancel");
   EXPECT_EQ(sheet->newSection(), "Add New Device");

@@ -61,7 +61,7 @@ struct ManualEnrollment : testing::Test {
   Presenter presenter{app.environment(), "c1"};
 };
 
-TEST_F(ManualEnrollment, begins_as_an_empty_form_and_calls_nobody) {
+TEST_F(ManualEnrollment, begins_as_an_empty_form_and_sends_nothing) {
   EXPECT_EQ(screen().deviceName(), "");
   EXPECT_EQ(screen().selectedDeviceType(), ManualDeviceType::playstation);
   EXPECT_EQ(screen().deviceIP(), "");
@@ -73,7 +73,7 @@ TEST_F(ManualEnrollment, begins_as_an_empty_form_and_calls_nobody) {
   EXPECT_EQ(calls(), 0U);
 }
 
-TEST_F(ManualEnrollment, stays_out_of_use_without_a_name_whatever_the_type) {
+TEST_F(ManualEnrollment, is_disabled_without_a_name_whatever_the_type) {
   screen().deviceIP = "192.168.1.50";
   for (const auto& [type, name] : rawNames<ManualDeviceType>) {
     screen().selectedDeviceType = type;
@@ -94,7 +94,7 @@ TEST_F(ManualEnrollment, offers_five_types) {
                           "other|Other Device|desktopcomputer"}));
 }
 
-TEST_F(ManualEnrollment, sends_each_type_by_its_own_name) {
+TEST_F(ManualEnrollment, sends_each_type_by_its_raw_value) {
   for (const auto& choice : screen().deviceTypes()) {
     EXPECT_TRUE(screen().selectedDeviceType.input(choice.id));
     app.machine.http.fail("POST", manualPath, TransportError::Kind::timedOut);
@@ -116,13 +116,13 @@ TEST_F(ManualEnrollment, sends_an_address_as_typed_and_none_when_empty) {
   EXPECT_EQ(lastBody(), R"({"device_name":"Console","device_type":"playstation","child_id":"c1"})");
 }
 
-TEST_F(ManualEnrollment, logs_for_whom_it_enrolls) {
+TEST_F(ManualEnrollment, logs_the_child_it_enrolls_for) {
   add();
   EXPECT_EQ(app.machine.log.systemLines().front(),
             "[ManualEnrollmentView] Enrolling device with childId: c1");
 }
 
-TEST_F(ManualEnrollment, without_a_child_the_device_is_nobodys_and_the_log_says_so) {
+TEST_F(ManualEnrollment, without_a_child_the_device_is_unassigned_and_that_is_logged) {
   ManualEnrollmentView alone(app.environment(), std::nullopt);
   alone.deviceName = "Console";
   alone.addDevice();
@@ -132,7 +132,7 @@ TEST_F(ManualEnrollment, without_a_child_the_device_is_nobodys_and_the_log_says_
             "[ManualEnrollmentView] Enrolling device without childId (will be unassigned)");
 }
 
-TEST_F(ManualEnrollment, is_out_of_use_while_the_call_lasts) {
+TEST_F(ManualEnrollment, is_disabled_during_the_call) {
   app.machine.http.hold();
   add();
   EXPECT_TRUE(screen().isLoading());
@@ -144,7 +144,7 @@ TEST_F(ManualEnrollment, is_out_of_use_while_the_call_lasts) {
   EXPECT_FALSE(screen().isLoading());
 }
 
-TEST_F(ManualEnrollment, a_failure_leaves_the_form_for_another_try) {
+TEST_F(ManualEnrollment, a_failure_keeps_the_form_for_a_retry) {
   app.machine.http.answer("POST", manualPath, 400, R"({"error":"Bad address"})");
   screen().deviceIP = "x";
   add();
@@ -159,7 +159,7 @@ TEST_F(ManualEnrollment, a_failure_leaves_the_form_for_another_try) {
   EXPECT_TRUE(screen().addDevice.isEnabled());
 }
 
-TEST_F(ManualEnrollment, an_answer_of_another_shape_is_a_failure) {
+TEST_F(ManualEnrollment, an_answer_that_does_not_decode_is_a_failure) {
   app.machine.http.answer("POST", manualPath, 200, "<html>");
   add();
   EXPECT_EQ(screen().errorAlert.message(),
@@ -167,7 +167,7 @@ TEST_F(ManualEnrollment, an_answer_of_another_shape_is_a_failure) {
   EXPECT_FALSE(screen().showInstructions());
 }
 
-TEST_F(ManualEnrollment, shows_the_services_own_instructions) {
+TEST_F(ManualEnrollment, shows_the_services_instructions) {
   EXPECT_EQ(screen().title(), "Add Console/TV");
   add();
   EXPECT_EQ(screen().enrollmentResult(), answer());
@@ -200,7 +200,7 @@ TEST_F(ManualEnrollment, has_cancel_on_the_form_and_back_and_done_on_the_instruc
   EXPECT_TRUE(presenter.sheet());
 }
 
-TEST_F(ManualEnrollment, back_undoes_nothing_and_adding_again_registers_a_second_device) {
+TEST_F(ManualEnrollment, back_keeps_the_device_and_adding_again_registers_a_second_one) {
   add();
   screen().back();
   EXPECT_FALSE(screen().showInstructions());
@@ -211,7 +211,7 @@ TEST_F(ManualEnrollment, back_undoes_nothing_and_adding_again_registers_a_second
   EXPECT_EQ(calls(), 2U);
 }
 
-TEST_F(ManualEnrollment, done_tells_and_then_goes) {
+TEST_F(ManualEnrollment, done_notifies_and_then_dismisses) {
   add();
   EXPECT_TRUE(presenter.wasUp.empty());
   screen().done();
@@ -219,13 +219,13 @@ TEST_F(ManualEnrollment, done_tells_and_then_goes) {
   EXPECT_FALSE(presenter.sheet());
 }
 
-TEST_F(ManualEnrollment, cancel_goes_and_tells_nobody) {
+TEST_F(ManualEnrollment, cancel_dismisses_without_notifying) {
   screen().cancel();
   EXPECT_FALSE(presenter.sheet());
   EXPECT_TRUE(presenter.wasUp.empty());
 }
 
-TEST_F(ManualEnrollment, done_without_a_listener_just_goes) {
+TEST_F(ManualEnrollment, done_without_a_listener_dismisses) {
   ManualEnrollmentView alone(app.environment(), std::nullopt);
   bool gone = false;
   alone.setDismissHandler([&] { gone = true; });
@@ -236,7 +236,7 @@ TEST_F(ManualEnrollment, done_without_a_listener_just_goes) {
   EXPECT_TRUE(gone);
 }
 
-TEST_F(ManualEnrollment, an_answer_after_it_was_cancelled_reaches_nobody) {
+TEST_F(ManualEnrollment, an_answer_after_cancelling_is_dropped) {
   app.machine.http.hold();
   add();
   screen().cancel();
@@ -246,7 +246,7 @@ TEST_F(ManualEnrollment, an_answer_after_it_was_cancelled_reaches_nobody) {
   EXPECT_TRUE(presenter.wasUp.empty());
 }
 
-TEST_F(ManualEnrollment, says_what_it_is) {
+TEST_F(ManualEnrollment, the_texts_are_exact) {
   EXPECT_EQ(screen().heading(), "Add Game Console or Smart TV");
   EXPECT_EQ(screen().explanation(), "Devices that can't run apps use plain DNS filtering");
   EXPECT_EQ(screen().typeSection(), "Device Type");

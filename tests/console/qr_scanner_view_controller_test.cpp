@@ -39,7 +39,7 @@ struct Scanner : testing::Test {
   std::shared_ptr<QRScannerViewController> controller = std::make_shared<QRScannerViewController>(reader);
 };
 
-TEST_F(Scanner, runs_from_its_appearance_to_its_disappearance) {
+TEST_F(Scanner, runs_from_appearing_to_disappearing) {
   controller->viewDidLoad();
   EXPECT_TRUE(reader.calls.empty());
   controller->viewWillAppear();
@@ -51,7 +51,7 @@ TEST_F(Scanner, runs_from_its_appearance_to_its_disappearance) {
   EXPECT_EQ(reader.calls, (Names{"start", "stop"}));
 }
 
-TEST_F(Scanner, that_goes_before_the_camera_is_up_leaves_it_off) {
+TEST_F(Scanner, that_disappears_before_the_camera_starts_leaves_it_off) {
   controller->viewDidLoad();
   controller->viewWillAppear();
   controller->viewWillDisappear();
@@ -77,7 +77,7 @@ TEST_F(Scanner, stops_at_the_first_code_and_then_notifies) {
   EXPECT_EQ(reader.calls, (Names{"start", "stop"}));
 }
 
-TEST_F(Scanner, looks_at_the_first_object_of_a_batch_only) {
+TEST_F(Scanner, reads_only_the_first_object_of_a_batch) {
   open();
   show({{.isQRCode = false, .text = "4006381333931"}, {.isQRCode = true, .text = "hidden"}});
   show({{.isQRCode = true, .text = std::nullopt}, {.isQRCode = true, .text = "hidden"}});
@@ -87,20 +87,20 @@ TEST_F(Scanner, looks_at_the_first_object_of_a_batch_only) {
   EXPECT_EQ(receiver->received, Names{"QRCodeScanned first"});
 }
 
-TEST_F(Scanner, stops_at_a_code_even_if_nobody_wants_to_know) {
+TEST_F(Scanner, stops_at_a_code_even_without_a_delegate) {
   receiver.reset();
   open();
   show({{.isQRCode = true, .text = "one"}});
   EXPECT_FALSE(reader.isRunning());
 }
 
-TEST_F(Scanner, an_empty_code_is_a_code) {
+TEST_F(Scanner, accepts_an_empty_code) {
   open();
   show({{.isQRCode = true, .text = ""}});
   EXPECT_EQ(receiver->received, Names{"QRCodeScanned "});
 }
 
-TEST_F(Scanner, hears_nothing_once_it_has_gone) {
+TEST_F(Scanner, gets_no_notification_after_its_destruction) {
   open();
   reader.showCode("late");
   controller.reset();

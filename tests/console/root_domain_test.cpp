@@ -24,14 +24,14 @@ void expectSites(const Pairs& pairs) {
   }
 }
 
-TEST(RootDomain, the_last_two_labels_are_the_site) {
+TEST(RootDomain, a_site_is_the_last_two_labels) {
   expectSites({{"a.b.example.com", "example.com"},
                {"www.example.com", "example.com"},
                {"x.shop.co.de", "co.de"},
                {"shop.co.de", "co.de"}});
 }
 
-TEST(RootDomain, below_an_ending_of_two_labels_three_are_the_site) {
+TEST(RootDomain, under_a_two_label_ending_a_site_is_three_labels) {
   expectSites({{"shop.example.co.uk", "example.co.uk"},
                {"shop.example.com.uk", "example.com.uk"},
                {"example.com.au", "example.com.au"},
@@ -42,11 +42,11 @@ TEST(RootDomain, below_an_ending_of_two_labels_three_are_the_site) {
                {"a.b.co.co", "b.co.co"}});
 }
 
-TEST(RootDomain, two_labels_are_a_site_even_where_both_are_listed) {
+TEST(RootDomain, two_labels_are_a_site_even_if_both_are_listed) {
   expectSites({{"example.com", "example.com"}, {"co.uk", "co.uk"}, {"Co.UK", "co.uk"}});
 }
 
-TEST(RootDomain, a_name_of_less_than_two_labels_is_its_own_site_in_lower_case) {
+TEST(RootDomain, a_name_of_fewer_than_two_labels_is_its_own_site_in_lower_case) {
   expectSites({{"localhost", "localhost"},
                {"LocalHost", "localhost"},
                {"localhost.", "localhost."},
@@ -57,7 +57,7 @@ TEST(RootDomain, a_name_of_less_than_two_labels_is_its_own_site_in_lower_case) {
                {"...", "..."}});
 }
 
-TEST(RootDomain, empty_labels_do_not_count) {
+TEST(RootDomain, empty_labels_are_ignored) {
   expectSites({{"www.example.com.", "example.com"},
                {".example.com", "example.com"},
                {"example..com", "example.com"},
@@ -78,14 +78,14 @@ TEST(RootDomain, letters_become_lower_case) {
                {"www.Bücher..CO.UK", "bücher.co.uk"}});
 }
 
-TEST(RootDomain, labels_are_not_cut_at_anything_but_dots) {
+TEST(RootDomain, labels_are_separated_only_by_dots) {
   expectSites({{"a b.c d.e f", "c d.e f"},
                {"<b>.evil\n.example\t", "evil\n.example\t"},
                {"192.0.2.7", "2.7"},
                {"https://www.example.com/x.y", "com/x.y"}});
 }
 
-TEST(RootDomain, a_label_that_only_begins_like_a_listed_one_is_not_listed) {
+TEST(RootDomain, a_label_that_starts_with_a_listed_one_is_not_listed) {
   expectSites({{"a.b.coo.uk", "coo.uk"},
                {"a.b.c.uk", "c.uk"},
                {"a.b.co.ukk", "co.ukk"},
@@ -93,7 +93,7 @@ TEST(RootDomain, a_label_that_only_begins_like_a_listed_one_is_not_listed) {
                {std::string("a.b.co\0.uk", 10), std::string("co\0.uk", 6)}});
 }
 
-TEST(RootDomain, all_endings_of_the_two_lists_are_known) {
+TEST(RootDomain, all_endings_of_the_two_lists_are_recognised) {
   const std::vector<std::string> secondLevel{"com", "co", "org",  "net",  "edu", "gov", "ac",
                                              "or",  "ne", "go",   "govt", "gob", "gub", "me",
                                              "web", "in", "info", "biz",  "asn", "id"};
@@ -120,7 +120,7 @@ TEST(RootDomain, a_site_is_its_own_site) {
   }
 }
 
-TEST(RootDomain, what_stands_in_the_name_as_it_is_is_not_copied) {
+TEST(RootDomain, a_site_found_unchanged_in_the_name_is_not_copied) {
   for (const std::string_view name :
        {"www.example.com", "shop.example.co.uk", "example.com.", "WWW.example.com", "localhost"}) {
     std::string storage = "untouched";
@@ -141,7 +141,7 @@ TEST(RootDomain, a_name_of_letters_costs_at_most_one_allocation) {
   }
 }
 
-TEST(RootDomain, a_name_of_64_kB_is_no_trouble) {
+TEST(RootDomain, handles_a_name_of_64_kB) {
   const std::string label(65536, 'A');
   EXPECT_EQ(rootDomain(label), std::string(65536, 'a'));
   EXPECT_EQ(rootDomain(label + ".example.com"), "example.com");

@@ -72,7 +72,7 @@ struct Scanning : testing::Test {
 using Completing = Scanning;
 using WithoutACamera = Scanning;
 
-TEST_F(Scanning, begins_with_the_camera_and_calls_nobody) {
+TEST_F(Scanning, begins_with_the_camera_and_sends_nothing) {
   open();
   EXPECT_TRUE(screen().isScanning());
   EXPECT_EQ(screen().stage(), ScannerStage::scanning);
@@ -91,7 +91,7 @@ TEST_F(Scanning, begins_with_the_camera_and_calls_nobody) {
   EXPECT_TRUE(app.machine.http.requests("POST", completePath).empty());
 }
 
-TEST_F(Scanning, a_code_leads_to_the_review_with_the_devices_own_name) {
+TEST_F(Scanning, a_code_shows_the_review_with_the_devices_own_name) {
   open();
   scan(code());
   EXPECT_EQ(screen().stage(), ScannerStage::review);
@@ -102,7 +102,7 @@ TEST_F(Scanning, a_code_leads_to_the_review_with_the_devices_own_name) {
   EXPECT_EQ(calls(), 0U);
 }
 
-TEST_F(Scanning, goes_on_past_what_is_no_qr_code) {
+TEST_F(Scanning, ignores_objects_that_are_not_qr_codes) {
   open();
   reader().show({{.isQRCode = false, .text = code()}});
   app.settle();
@@ -111,14 +111,14 @@ TEST_F(Scanning, goes_on_past_what_is_no_qr_code) {
   EXPECT_EQ(screen().stage(), ScannerStage::review);
 }
 
-TEST_F(Scanning, an_empty_code_leads_nowhere) {
+TEST_F(Scanning, an_empty_code_is_ignored) {
   open();
   scan("");
   EXPECT_TRUE(screen().isScanning());
   EXPECT_EQ(screen().scannedCode(), "");
 }
 
-TEST_F(Scanning, what_is_no_enrollment_is_an_invalid_format_and_leaves_a_way_out) {
+TEST_F(Scanning, a_code_that_is_no_enrollment_is_an_invalid_format_and_can_be_rescanned) {
   std::string garbage(3000, '\0');
   for (std::size_t i = 0; i < garbage.size(); ++i) {
     garbage[i] = static_cast<char>(i * 7 + 1);
@@ -155,7 +155,7 @@ TEST_F(Scanning, an_invalid_code_cannot_be_completed) {
   EXPECT_TRUE(app.machine.log.systemLines().empty());
 }
 
-TEST_F(Scanning, a_code_without_a_name_leaves_the_field_as_it_is) {
+TEST_F(Scanning, a_code_without_a_name_keeps_the_field) {
   open();
   scan(code(""));
   EXPECT_EQ(screen().deviceName(), "");
@@ -163,7 +163,7 @@ TEST_F(Scanning, a_code_without_a_name_leaves_the_field_as_it_is) {
   EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"","child_id":"c1"})");
 }
 
-TEST_F(Scanning, again_keeps_the_typed_name_until_the_next_code_brings_its_own) {
+TEST_F(Scanning, scanning_again_keeps_the_typed_name_until_the_next_code_has_one) {
   open();
   scan(code());
   screen().deviceName = "typed";
@@ -180,7 +180,7 @@ TEST_F(Scanning, again_keeps_the_typed_name_until_the_next_code_brings_its_own) 
   EXPECT_EQ(screen().deviceName(), "Tablet");
 }
 
-TEST_F(Scanning, the_camera_runs_exactly_while_there_is_something_to_scan) {
+TEST_F(Scanning, the_camera_runs_only_while_waiting_for_a_code) {
   EXPECT_TRUE(reader().calls.empty());
   open();
   scan(code());
@@ -188,18 +188,18 @@ TEST_F(Scanning, the_camera_runs_exactly_while_there_is_something_to_scan) {
   app.settle();
   screen().cancel();
   EXPECT_FALSE(reader().isRunning());
-  // The scanner stops it at a code, and its view once more when it goes.
+  // The scanner stops the camera at a code, and its view stops it again when it disappears.
   EXPECT_EQ(reader().calls, (Names{"start", "stop", "stop", "start", "stop"}));
 }
 
-TEST_F(Scanning, a_screen_that_was_never_shown_leaves_the_camera_alone) {
+TEST_F(Scanning, a_screen_that_was_never_shown_does_not_start_the_camera) {
   {
     ScannerView unseen(app.environment(), std::nullopt, [] {});
   }
   EXPECT_TRUE(reader().calls.empty());
 }
 
-TEST_F(Scanning, cancel_goes_whatever_the_state_and_tells_nobody) {
+TEST_F(Scanning, cancel_dismisses_in_any_state_without_notifying) {
   open();
   screen().cancel();
   EXPECT_FALSE(presenter.sheet());
@@ -223,7 +223,7 @@ TEST_F(Scanning, cancel_goes_whatever_the_state_and_tells_nobody) {
   EXPECT_TRUE(presenter.wasUp.empty());
 }
 
-TEST_F(Completing, sends_the_code_the_name_and_the_child_and_nothing_else) {
+TEST_F(Completing, sends_only_the_code_the_name_and_the_child) {
   open();
   scan(code());
   screen().deviceName = " My name ";
@@ -233,7 +233,7 @@ TEST_F(Completing, sends_the_code_the_name_and_the_child_and_nothing_else) {
   EXPECT_EQ(app.machine.log.systemLines().front(), "[ScannerView] Enrolling device with childId: c1");
 }
 
-TEST_F(Completing, a_cleared_name_is_the_devices_own) {
+TEST_F(Completing, a_cleared_name_becomes_the_devices_own) {
   open();
   scan(code());
   screen().deviceName = "";
@@ -241,7 +241,7 @@ TEST_F(Completing, a_cleared_name_is_the_devices_own) {
   EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"Mia's iPhone","child_id":"c1"})");
 }
 
-TEST_F(Completing, without_a_child_the_device_is_nobodys_and_the_log_says_so) {
+TEST_F(Completing, without_a_child_the_device_is_unassigned_and_that_is_logged) {
   ScannerView alone(app.environment(), std::nullopt, [] {});
   alone.handleScannedCode(code());
   alone.completeEnrollment();
@@ -251,7 +251,7 @@ TEST_F(Completing, without_a_child_the_device_is_nobodys_and_the_log_says_so) {
             "[ScannerView] Enrolling device without childId (will be unassigned)");
 }
 
-TEST_F(Completing, is_out_of_use_while_the_call_lasts) {
+TEST_F(Completing, is_disabled_during_the_call) {
   open();
   scan(code());
   app.machine.http.hold();
@@ -266,7 +266,7 @@ TEST_F(Completing, is_out_of_use_while_the_call_lasts) {
   EXPECT_FALSE(screen().isProcessing());
 }
 
-TEST_F(Completing, ends_in_the_success_screen_whose_done_tells_and_then_goes) {
+TEST_F(Completing, ends_on_the_success_page_whose_done_notifies_and_then_dismisses) {
   open();
   scan(code());
   complete();
@@ -279,7 +279,7 @@ TEST_F(Completing, ends_in_the_success_screen_whose_done_tells_and_then_goes) {
   EXPECT_FALSE(presenter.sheet());
 }
 
-TEST_F(Completing, a_success_that_comes_while_scanning_again_waits_behind_the_camera) {
+TEST_F(Completing, a_success_while_scanning_again_keeps_the_camera) {
   open();
   scan(code());
   app.machine.http.hold();
@@ -291,7 +291,7 @@ TEST_F(Completing, a_success_that_comes_while_scanning_again_waits_behind_the_ca
   EXPECT_EQ(screen().stage(), ScannerStage::scanning);
 }
 
-TEST_F(Completing, a_failure_speaks_in_the_calls_words_with_two_flags_behind) {
+TEST_F(Completing, a_failure_shows_the_calls_error_followed_by_two_flags) {
   open();
   scan(code());
   app.machine.http.answer("POST", completePath, 400, R"({"error":"Enrollment code has expired"})");
@@ -306,7 +306,7 @@ TEST_F(Completing, a_failure_speaks_in_the_calls_words_with_two_flags_behind) {
   EXPECT_TRUE(screen().enrollmentSuccess());
 }
 
-TEST_F(Completing, the_flags_tell_whether_the_keys_exist_at_the_time_of_the_call) {
+TEST_F(Completing, the_flags_show_whether_the_keys_exist_at_the_time_of_the_call) {
   struct Row {
     std::optional<std::string> token;
     std::optional<std::string> region;
@@ -339,7 +339,7 @@ TEST_F(Completing, the_flags_tell_whether_the_keys_exist_at_the_time_of_the_call
   }
 }
 
-TEST_F(Completing, a_stored_value_of_another_type_is_a_value) {
+TEST_F(Completing, a_stored_value_of_another_type_counts_as_existing) {
   open();
   scan(code());
   app.machine.settings.set(settings::region, std::int64_t{7});
@@ -348,7 +348,7 @@ TEST_F(Completing, a_stored_value_of_another_type_is_a_value) {
       << screen().errorAlert.message();
 }
 
-TEST_F(WithoutACamera, says_so_and_starts_none) {
+TEST_F(WithoutACamera, says_so_and_starts_no_camera) {
   reader().setCamera(CameraState::absent);
   open();
   EXPECT_FALSE(screen().hasCamera());
@@ -358,7 +358,7 @@ TEST_F(WithoutACamera, says_so_and_starts_none) {
   EXPECT_TRUE(reader().calls.empty());
 }
 
-TEST_F(WithoutACamera, a_refused_one_says_what_to_do_and_comes_up_once_it_is_allowed) {
+TEST_F(WithoutACamera, a_denied_camera_shows_what_to_do_and_starts_once_allowed) {
   open();
   reader().setCamera(CameraState::refused);
   EXPECT_FALSE(screen().hasCamera());
@@ -402,7 +402,7 @@ TEST_F(WithoutACamera, takes_the_first_readable_qr_code_of_several_objects) {
   EXPECT_EQ(screen().deviceName(), "first");
 }
 
-TEST_F(WithoutACamera, text_on_the_clipboard_is_the_code_itself) {
+TEST_F(WithoutACamera, text_on_the_clipboard_is_used_as_the_code) {
   open();
   app.machine.clipboard.setString(code());
   screen().pasteCode();
@@ -411,7 +411,7 @@ TEST_F(WithoutACamera, text_on_the_clipboard_is_the_code_itself) {
   EXPECT_EQ(reader().calls, (Names{"start", "stop"}));
 }
 
-TEST_F(WithoutACamera, without_text_the_clipboards_picture_is_looked_at) {
+TEST_F(WithoutACamera, without_text_the_clipboards_picture_is_scanned) {
   open();
   reader().clipboard = RecognisedObjects{{.isQRCode = true, .text = code()}};
   screen().pasteCode();
@@ -428,7 +428,7 @@ TEST_F(WithoutACamera, other_text_on_the_clipboard_is_an_invalid_format) {
   EXPECT_TRUE(screen().errorAlert.isShown());
 }
 
-TEST_F(WithoutACamera, a_picture_without_a_code_says_so_and_goes_on_scanning) {
+TEST_F(WithoutACamera, a_picture_without_a_code_is_reported_and_scanning_continues) {
   open();
   reader().picture = RecognisedObjects{{.isQRCode = false, .text = "4006381333931"}};
   screen().choosePicture("/tmp/dog.jpg");
@@ -447,7 +447,7 @@ TEST_F(WithoutACamera, a_picture_without_a_code_says_so_and_goes_on_scanning) {
   EXPECT_TRUE(screen().isScanning());
 }
 
-TEST_F(WithoutACamera, a_picture_that_cannot_be_read_speaks_in_the_readers_words) {
+TEST_F(WithoutACamera, an_unreadable_picture_shows_the_readers_error) {
   open();
   reader().picture = Error(QRReaderError{"The file is no picture."});
   screen().choosePicture("/etc/passwd");
@@ -458,7 +458,7 @@ TEST_F(WithoutACamera, a_picture_that_cannot_be_read_speaks_in_the_readers_words
   EXPECT_TRUE(screen().choosePicture.isEnabled());
 }
 
-TEST_F(WithoutACamera, a_picture_that_is_read_after_the_camera_found_a_code_changes_nothing) {
+TEST_F(WithoutACamera, a_picture_read_after_the_camera_found_a_code_is_ignored) {
   open();
   reader().picture = RecognisedObjects{{.isQRCode = true, .text = code("picture")}};
   reader().showCode(code("camera"));
@@ -469,7 +469,7 @@ TEST_F(WithoutACamera, a_picture_that_is_read_after_the_camera_found_a_code_chan
   EXPECT_FALSE(screen().choosePicture("/tmp/b.png")) << "there is a code to review";
 }
 
-TEST_F(WithoutACamera, a_picture_that_is_read_after_the_screen_has_gone_is_nobodys) {
+TEST_F(WithoutACamera, a_picture_read_after_the_screen_is_destroyed_is_dropped) {
   open();
   reader().picture = RecognisedObjects{{.isQRCode = true, .text = code()}};
   screen().choosePicture("/tmp/a.png");
@@ -478,7 +478,7 @@ TEST_F(WithoutACamera, a_picture_that_is_read_after_the_screen_has_gone_is_nobod
   EXPECT_FALSE(presenter.sheet());
 }
 
-TEST_F(Scanning, says_what_it_is) {
+TEST_F(Scanning, the_texts_are_exact) {
   open();
   EXPECT_EQ(screen().title(), "Add Device");
   EXPECT_EQ(screen().cancelTitle(), "Cancel");

@@ -57,7 +57,7 @@ struct Settings : testing::Test {
   TestApplication app{asSignedInParent()};
 };
 
-TEST_F(Settings, shows_who_is_signed_in) {
+TEST_F(Settings, shows_the_signed_in_parent) {
   EXPECT_EQ(screen().initials(), "AM");
   EXPECT_EQ(screen().displayName(), "Ann Marie Lee");
   EXPECT_EQ(screen().email(), "ann@example.com");
@@ -69,7 +69,7 @@ TEST_F(Settings, shows_who_is_signed_in) {
   EXPECT_EQ(screen().initials(), "AN");
 }
 
-TEST_F(Settings, hears_of_a_change_of_the_session) {
+TEST_F(Settings, follows_changes_of_the_session) {
   int heard = 0;
   const auto listening = screen().observe([&](const Member& /*any*/) { ++heard; });
   app.environment().authState()->name = std::string("Bob");
@@ -83,7 +83,7 @@ TEST_F(Settings, opens_the_family) {
   EXPECT_EQ(app.machine.http.count("GET", "/family"), 1U);
 }
 
-TEST_F(Settings, offers_the_looks_in_their_order_with_a_mark_on_the_one_in_force) {
+TEST_F(Settings, lists_the_appearances_in_order_with_the_current_one_marked) {
   ASSERT_EQ(screen().appearanceRows.size(), 3U);
   const std::vector<std::pair<std::string, std::string>> rows{
       {"System", "circle.lefthalf.filled"}, {"Light", "sun.max.fill"}, {"Dark", "moon.fill"}};
@@ -94,7 +94,7 @@ TEST_F(Settings, offers_the_looks_in_their_order_with_a_mark_on_the_one_in_force
   }
 }
 
-TEST_F(Settings, a_tapped_look_is_set_stored_and_applied_at_once) {
+TEST_F(Settings, a_tapped_appearance_is_set_stored_and_applied_at_once) {
   screen().appearanceRows.find("Dark")->select();
   EXPECT_EQ(appearance().currentMode(), AppearanceMode::dark);
   EXPECT_EQ(appearance().colorScheme(), ColorScheme::dark);
@@ -109,7 +109,7 @@ TEST_F(Settings, a_tapped_look_is_set_stored_and_applied_at_once) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(Settings, a_look_chosen_elsewhere_moves_the_mark) {
+TEST_F(Settings, an_appearance_chosen_elsewhere_moves_the_mark) {
   int heard = 0;
   const auto listening =
       screen().appearanceRows.find("Light")->observe([&](const Member& /*any*/) { ++heard; });
@@ -118,7 +118,7 @@ TEST_F(Settings, a_look_chosen_elsewhere_moves_the_mark) {
   EXPECT_GT(heard, 0);
 }
 
-TEST_F(Settings, the_end_of_the_account_is_asked_for_twice) {
+TEST_F(Settings, deleting_the_account_asks_twice) {
   EXPECT_FALSE(screen().deletionConfirmation.confirm());
   EXPECT_FALSE(screen().performAccountDeletion());
   EXPECT_TRUE(screen().deleteAccount());
@@ -135,7 +135,7 @@ TEST_F(Settings, the_end_of_the_account_is_asked_for_twice) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(Settings, without_a_password_there_is_no_deletion) {
+TEST_F(Settings, deleting_requires_a_password) {
   openPasswordSheet();
   EXPECT_FALSE(sheet().deleteMyAccount());
   sheet().deleteAccountPassword.input(Value(" "));
@@ -146,7 +146,7 @@ TEST_F(Settings, without_a_password_there_is_no_deletion) {
   EXPECT_EQ(deletions(), 0U);
 }
 
-TEST_F(Settings, the_sheets_field_is_the_screens) {
+TEST_F(Settings, the_sheet_and_the_screen_share_the_password_field) {
   openPasswordSheet();
   int heard = 0;
   const auto listening = sheet().observe([&](const Member& /*any*/) { ++heard; });
@@ -159,7 +159,7 @@ TEST_F(Settings, the_sheets_field_is_the_screens) {
   EXPECT_FALSE(sheet().deleteAccountPassword.input(Value(5)));
 }
 
-TEST_F(Settings, cancel_clears_the_password_and_closes_the_sheet) {
+TEST_F(Settings, cancel_clears_the_password_and_dismisses_the_sheet) {
   openPasswordSheet("secret");
   EXPECT_TRUE(sheet().cancel());
   EXPECT_FALSE(screen().showDeleteAccountPassword());
@@ -168,7 +168,7 @@ TEST_F(Settings, cancel_clears_the_password_and_closes_the_sheet) {
   EXPECT_EQ(deletions(), 0U);
 }
 
-TEST_F(Settings, the_password_goes_out_as_typed_and_once) {
+TEST_F(Settings, the_password_is_sent_unchanged_and_once) {
   app.machine.http.hold();
   openPasswordSheet();
   screen().deleteAccountError = std::string("before");
@@ -183,7 +183,7 @@ TEST_F(Settings, the_password_goes_out_as_typed_and_once) {
             R"({"password":" sec ret "})");
 }
 
-TEST_F(Settings, a_deleted_account_ends_in_the_login_screen) {
+TEST_F(Settings, a_deleted_account_shows_the_login) {
   const KeychainService keychain(app.machine.secureItems);
   keychain.save(KeychainService::emailKey, "ann@example.com");
   openPasswordSheet();
@@ -195,7 +195,7 @@ TEST_F(Settings, a_deleted_account_ends_in_the_login_screen) {
   EXPECT_EQ(keychain.load(KeychainService::emailKey), "ann@example.com");
 }
 
-TEST_F(Settings, after_a_deletion_the_sheet_goes_then_the_session_then_the_screen) {
+TEST_F(Settings, a_deletion_dismisses_the_sheet_then_ends_the_session_then_dismisses_the_screen) {
   Names steps;
   const auto settingsScreen = app.find<SettingsView>();
   const auto dashboard = app.find<DeviceListView>();
@@ -220,7 +220,7 @@ TEST_F(Settings, after_a_deletion_the_sheet_goes_then_the_session_then_the_scree
   EXPECT_EQ(steps, (Names{"sheet", "session", "screen"}));
 }
 
-TEST_F(Settings, only_a_wrong_password_has_words_of_its_own_here) {
+TEST_F(Settings, only_a_wrong_password_has_its_own_message) {
   struct Row {
     int status;
     std::string body;
@@ -248,7 +248,7 @@ TEST_F(Settings, only_a_wrong_password_has_words_of_its_own_here) {
   EXPECT_TRUE(screen().showDeleteError());
 }
 
-TEST_F(Settings, a_failed_deletion_empties_the_field_and_keeps_the_sheet_and_the_session) {
+TEST_F(Settings, a_failed_deletion_clears_the_field_and_keeps_the_sheet_and_the_session) {
   openPasswordSheet();
   answer(500);
   deleteWith("secret");
@@ -262,7 +262,7 @@ TEST_F(Settings, a_failed_deletion_empties_the_field_and_keeps_the_sheet_and_the
   EXPECT_FALSE(app.environment().authState()->isLoggedIn()) << "at once again";
 }
 
-TEST_F(Settings, a_cancelled_sheet_does_not_take_the_request_back) {
+TEST_F(Settings, cancelling_the_sheet_does_not_cancel_the_request) {
   for (const int status : {500, 200}) {
     openPasswordSheet();
     app.machine.http.hold();
@@ -282,7 +282,7 @@ TEST_F(Settings, a_cancelled_sheet_does_not_take_the_request_back) {
   EXPECT_EQ(app.screenNames(), Names{"LoginView"});
 }
 
-TEST_F(Settings, an_account_that_is_gone_ends_its_session_though_the_screen_is_gone_too) {
+TEST_F(Settings, a_deleted_account_ends_its_session_even_after_the_screen_is_destroyed) {
   openPasswordSheet();
   app.machine.http.hold("DELETE", "/auth/account");
   answer(200);
@@ -294,7 +294,7 @@ TEST_F(Settings, an_account_that_is_gone_ends_its_session_though_the_screen_is_g
 }
 
 struct AfterDeletion : Settings {
-  // The answer comes when the screens have been arranged so; then a long time passes.
+  // Deletes the account; `arrangeScreens` runs when the answer arrives, then a long time passes.
   void endAccount(const std::function<void()>& arrangeScreens) {
     openPasswordSheet();
     app.machine.http.hold("DELETE", "/auth/account");
@@ -316,17 +316,17 @@ struct AfterDeletion : Settings {
   }
 };
 
-TEST_F(AfterDeletion, the_dashboard_behind_the_screen_asks_for_nothing) {
+TEST_F(AfterDeletion, the_dashboard_behind_the_screen_sends_nothing) {
   endAccount([] {});
   expectSilence();
 }
 
-TEST_F(AfterDeletion, nor_does_any_other_screen_that_has_come_up_meanwhile) {
+TEST_F(AfterDeletion, any_other_screen_shown_meanwhile_sends_nothing) {
   endAccount([this] { screen().openFamilyMembers(); });
   expectSilence();
 }
 
-TEST_F(AfterDeletion, nor_does_one_that_took_its_place) {
+TEST_F(AfterDeletion, a_screen_that_replaced_it_sends_nothing) {
   endAccount([this] {
     screen().done();
     app.screen<DeviceListView>().openHomeNetwork();
@@ -334,7 +334,7 @@ TEST_F(AfterDeletion, nor_does_one_that_took_its_place) {
   expectSilence();
 }
 
-TEST_F(Settings, a_deletion_that_failed_says_nothing_to_a_screen_that_is_gone) {
+TEST_F(Settings, a_failed_deletion_after_the_screen_is_destroyed_is_dropped) {
   openPasswordSheet();
   app.machine.http.hold("DELETE", "/auth/account");
   answer(500);
@@ -346,12 +346,12 @@ TEST_F(Settings, a_deletion_that_failed_says_nothing_to_a_screen_that_is_gone) {
   EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
 }
 
-TEST_F(Settings, done_takes_the_screen_away) {
+TEST_F(Settings, done_dismisses_the_screen) {
   EXPECT_TRUE(screen().done());
   EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
 }
 
-TEST_F(Settings, the_sentences_are_the_systems_own) {
+TEST_F(Settings, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Settings");
   EXPECT_EQ(texts.doneTitle(), "Done");

@@ -12,14 +12,14 @@ namespace {
 
 using Drag = std::pair<double, double>;
 
-// The four kinds of row, with what they have fired.
+// One of the four kinds of row, with what it has fired.
 struct RowKind {
   std::string name;
   double direction;
   double minimumDistance;
   std::string strip;
   std::string stripColor;
-  // How high a drag of 100 points may be before it no longer counts.
+  // The maximum height of a drag that is 100 points wide.
   double steepestOf100;
   std::function<std::shared_ptr<SwipeRow>(std::vector<std::string>& fired)> make;
 };
@@ -51,17 +51,17 @@ const std::vector<RowKind> kinds{
 };
 
 struct SwipedRow : testing::TestWithParam<RowKind> {
-  // Drags by so many points in the row's own direction.
+  // Drags by this distance in the row's direction.
   void drag(double dx, double dy = 0) { row->dragChanged(dx * GetParam().direction, dy); }
   void end(double dx = 0, double dy = 0) { row->dragEnded(dx * GetParam().direction, dy); }
-  // The offset in the row's own direction.
+  // The offset in the row's direction.
   double offset() const { return row->offset() * GetParam().direction; }
 
   std::vector<std::string> fired;
   std::shared_ptr<SwipeRow> row = GetParam().make(fired);
 };
 
-TEST_P(SwipedRow, tells_its_measures_and_its_strip) {
+TEST_P(SwipedRow, has_its_measures_and_its_strip) {
   EXPECT_EQ(row->typeName(), GetParam().name);
   EXPECT_EQ(row->swipeThreshold(), 80 * GetParam().direction);
   EXPECT_EQ(row->minimumDistance(), GetParam().minimumDistance);
@@ -71,7 +71,7 @@ TEST_P(SwipedRow, tells_its_measures_and_its_strip) {
   EXPECT_FALSE(row->showsStrip());
 }
 
-TEST_P(SwipedRow, follows_a_drag_of_its_own_direction) {
+TEST_P(SwipedRow, follows_a_drag_in_its_own_direction) {
   drag(40);
   EXPECT_EQ(offset(), 40);
   EXPECT_TRUE(row->showsStrip());
@@ -79,7 +79,7 @@ TEST_P(SwipedRow, follows_a_drag_of_its_own_direction) {
   EXPECT_EQ(offset(), 25);
 }
 
-TEST_P(SwipedRow, does_not_follow_a_drag_of_the_other_direction) {
+TEST_P(SwipedRow, does_not_follow_a_drag_in_the_other_direction) {
   drag(-200);
   EXPECT_EQ(offset(), 0);
   drag(30);
@@ -102,7 +102,7 @@ TEST_P(SwipedRow, does_not_follow_a_steep_drag) {
   EXPECT_EQ(offset(), 100);
 }
 
-TEST_P(SwipedRow, fires_beyond_the_threshold_and_goes_back) {
+TEST_P(SwipedRow, fires_beyond_the_threshold_and_returns) {
   drag(81);
   EXPECT_TRUE(fired.empty()) << "not while it is dragged";
   end(81);
@@ -118,7 +118,7 @@ TEST_P(SwipedRow, does_not_fire_at_the_threshold) {
   EXPECT_EQ(offset(), 0);
 }
 
-TEST_P(SwipedRow, decides_by_the_last_accepted_offset) {
+TEST_P(SwipedRow, uses_the_last_accepted_offset) {
   drag(100);
   drag(81, 500);
   end(10, 500);
@@ -129,13 +129,13 @@ TEST_P(SwipedRow, decides_by_the_last_accepted_offset) {
   EXPECT_EQ(fired.size(), 1U) << "79 was accepted";
 }
 
-TEST_P(SwipedRow, a_steep_drag_from_the_start_fires_nothing) {
+TEST_P(SwipedRow, does_not_fire_for_a_drag_that_is_steep_from_the_start) {
   drag(81, 200);
   end(81, 200);
   EXPECT_TRUE(fired.empty());
 }
 
-TEST_P(SwipedRow, one_swipe_fires_once) {
+TEST_P(SwipedRow, fires_once_per_swipe) {
   drag(200);
   end(200);
   end(200);
@@ -156,7 +156,7 @@ TEST_F(SiteRows, a_row_shows_the_site_and_not_the_name) {
   EXPECT_EQ(row.site(), "example.co.uk");
 }
 
-TEST_F(SiteRows, a_recent_row_says_by_icon_and_badge_what_became_of_the_query) {
+TEST_F(SiteRows, a_recent_row_shows_the_querys_result_by_icon_and_badge) {
   RecentActivityRow row(visit(false), recordingLog(fired));
   EXPECT_EQ(row.icon(), "checkmark.circle.fill");
   EXPECT_EQ(row.iconColor(), "brandGreen");
@@ -174,7 +174,7 @@ TEST_F(SiteRows, a_recent_row_says_by_icon_and_badge_what_became_of_the_query) {
   EXPECT_EQ(row.badge(), "Allowed");
 }
 
-TEST_F(SiteRows, a_blocked_row_says_when_the_site_is_allowed_now) {
+TEST_F(SiteRows, a_blocked_row_shows_that_the_site_is_now_allowed) {
   BlockedSiteRow row(visit(true), recordingLog(fired));
   EXPECT_EQ(row.icon(), "xmark.circle.fill");
   EXPECT_EQ(row.iconColor(), "brandRed");
@@ -184,7 +184,7 @@ TEST_F(SiteRows, a_blocked_row_says_when_the_site_is_allowed_now) {
   EXPECT_EQ(row.badgeIcon(), "checkmark");
 }
 
-TEST_F(SiteRows, a_site_that_is_allowed_already_neither_moves_nor_fires) {
+TEST_F(SiteRows, a_row_of_an_allowed_site_neither_moves_nor_fires) {
   RecentActivityRow recent(visit(true), recordingLog(fired));
   BlockedSiteRow blocked(visit(true), recordingLog(fired));
   for (AllowableRow* row : {static_cast<AllowableRow*>(&recent), static_cast<AllowableRow*>(&blocked)}) {
@@ -198,7 +198,7 @@ TEST_F(SiteRows, a_site_that_is_allowed_already_neither_moves_nor_fires) {
   EXPECT_TRUE(fired.empty());
 }
 
-TEST_F(SiteRows, a_site_that_becomes_allowed_under_the_finger_goes_back_and_does_not_fire) {
+TEST_F(SiteRows, a_row_whose_site_becomes_allowed_during_a_drag_returns_and_does_not_fire) {
   BlockedSiteRow row(visit(true), recordingLog(fired));
   row.dragChanged(200, 0);
   row.isAlreadyAllowed = true;
@@ -207,7 +207,7 @@ TEST_F(SiteRows, a_site_that_becomes_allowed_under_the_finger_goes_back_and_does
   EXPECT_EQ(row.offset(), 0);
 }
 
-TEST_F(SiteRows, whoever_can_not_drag_has_the_same_by_an_action) {
+TEST_F(SiteRows, an_action_does_the_same_as_a_drag) {
   RecentActivityRow recent(makeLog("a.example", 1), recordingLog(fired));
   BlockedSiteRow blocked(makeLog("b.example", 1, true), recordingLog(fired));
   AllowedSiteRow visited(makeLog("c.example", 1), recordingLog(fired));
@@ -220,7 +220,7 @@ TEST_F(SiteRows, whoever_can_not_drag_has_the_same_by_an_action) {
   EXPECT_EQ(fired, (std::vector<std::string>{"a.example", "b.example", "c.example", "d.example"}));
 }
 
-TEST_F(SiteRows, a_recent_row_never_stands_open) {
+TEST_F(SiteRows, a_recent_row_never_stays_open) {
   RecentActivityRow row(visit(true), recordingLog(fired));
   row.dragChanged(200, 0);
   EXPECT_FALSE(row.isSwiped());
@@ -228,7 +228,7 @@ TEST_F(SiteRows, a_recent_row_never_stands_open) {
   EXPECT_FALSE(row.isSwiped());
 }
 
-TEST_F(SiteRows, hostile_names_are_shown_as_they_are) {
+TEST_F(SiteRows, hostile_names_are_shown_unchanged) {
   const std::string hostile = "<b>%s\u202E" + std::string(65536, 'x') + ".evil\x01.example";
   const PermanentAllowedSiteRow row(hostile, {});
   EXPECT_EQ(row.domain(), hostile);
@@ -236,7 +236,7 @@ TEST_F(SiteRows, hostile_names_are_shown_as_they_are) {
   EXPECT_EQ(visited.site(), "<b>%@\u202E.example");
 }
 
-TEST_F(SiteRows, showing_what_is_shown_announces_nothing) {
+TEST_F(SiteRows, showing_an_equal_entry_announces_nothing) {
   AllowedSiteRow row(visit(false), {});
   const DNSLog log = row.log();
   row.show(log, "Just now");

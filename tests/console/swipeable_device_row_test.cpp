@@ -11,7 +11,7 @@ struct DeviceRow : testing::Test {
   SwipeableDeviceRow row{device, [this](const Device& chosen) { unlinked.push_back(chosen.id); }};
 };
 
-TEST_F(DeviceRow, tells_its_measures) {
+TEST_F(DeviceRow, has_its_measures) {
   EXPECT_EQ(row.offset(), 0);
   EXPECT_FALSE(row.isSwiped());
   EXPECT_EQ(row.swipeThreshold(), -80);
@@ -37,7 +37,7 @@ TEST_F(DeviceRow, shows_the_device) {
   EXPECT_EQ(row.dotColor(), "statusOffline");
 }
 
-TEST_F(DeviceRow, follows_a_drag_to_the_left_however_steep) {
+TEST_F(DeviceRow, follows_even_a_steep_drag_to_the_left) {
   row.dragChanged(-30, 500);
   EXPECT_EQ(row.offset(), -30);
   row.dragChanged(-200, 0);
@@ -52,7 +52,7 @@ TEST_F(DeviceRow, does_not_follow_a_drag_to_the_right) {
   EXPECT_EQ(row.offset(), -40);
 }
 
-TEST_F(DeviceRow, opens_beyond_the_threshold_always_as_far) {
+TEST_F(DeviceRow, opens_to_the_same_width_beyond_the_threshold) {
   row.dragChanged(-200, 0);
   row.dragEnded(-81, 0);
   EXPECT_EQ(row.offset(), -80);
@@ -67,7 +67,7 @@ TEST_F(DeviceRow, closes_again_at_the_threshold) {
   EXPECT_FALSE(row.isSwiped());
 }
 
-TEST_F(DeviceRow, where_the_drag_ends_decides) {
+TEST_F(DeviceRow, opens_or_closes_by_where_the_drag_ends) {
   row.dragChanged(-200, 0);
   row.dragEnded(20, 0);
   EXPECT_EQ(row.offset(), 0);
@@ -100,12 +100,12 @@ TEST_F(DeviceRow, the_button_closes_the_row_and_asks) {
   EXPECT_EQ(unlinked, std::vector<std::string>{"d1"});
 }
 
-TEST_F(DeviceRow, whoever_can_not_drag_unlinks_from_a_closed_row) {
+TEST_F(DeviceRow, can_be_unlinked_while_closed) {
   EXPECT_TRUE(row.unlink());
   EXPECT_EQ(unlinked, std::vector<std::string>{"d1"});
 }
 
-TEST_F(DeviceRow, fresh_data_leaves_an_open_row_open) {
+TEST_F(DeviceRow, new_data_keeps_an_open_row_open) {
   row.dragEnded(-100, 0);
   device.friendlyName = "New";
   row.show(device, "Online now");

@@ -78,7 +78,7 @@ struct FamilyScreen : testing::Test {
   std::shared_ptr<FamilyMembersView> screen = std::make_shared<FamilyMembersView>(app.environment());
 };
 
-TEST_F(FamilyScreen, begins_loading_and_asks_when_it_appears) {
+TEST_F(FamilyScreen, begins_as_loading_and_fetches_on_appearing) {
   EXPECT_EQ(screen->content(), FamilyContent::loading);
   EXPECT_TRUE(screen->isLoading());
   EXPECT_EQ(screen->familyResponse(), std::nullopt);
@@ -91,7 +91,7 @@ TEST_F(FamilyScreen, begins_loading_and_asks_when_it_appears) {
   EXPECT_EQ(screen->content(), FamilyContent::family);
 }
 
-TEST_F(FamilyScreen, shows_the_family_and_its_members_in_their_order) {
+TEST_F(FamilyScreen, shows_the_family_and_its_members_in_order) {
   show();
   EXPECT_EQ(screen->familyName(), "The Lees");
   EXPECT_EQ(screen->standing(), "You are the primary parent");
@@ -107,7 +107,7 @@ TEST_F(FamilyScreen, shows_the_family_and_its_members_in_their_order) {
   EXPECT_EQ(screen->memberRows[2].statusColor(), "statusOffline");
 }
 
-TEST_F(FamilyScreen, the_primary_parents_own_row_does_nothing_for_anyone) {
+TEST_F(FamilyScreen, nobody_can_open_the_primary_parents_row) {
   show();
   EXPECT_FALSE(row("m1").canEdit());
   EXPECT_FALSE(row("m1").edit());
@@ -115,7 +115,7 @@ TEST_F(FamilyScreen, the_primary_parents_own_row_does_nothing_for_anyone) {
   EXPECT_TRUE(row("m2").canEdit());
 }
 
-TEST_F(FamilyScreen, who_is_not_primary_sees_the_members_and_can_change_nothing) {
+TEST_F(FamilyScreen, a_member_who_is_not_primary_sees_everyone_and_can_change_nothing) {
   answerFamily(family("[" + invitation("INVITE", "2016-10-09T00:01:00Z") + "]", false));
   show();
   EXPECT_EQ(screen->standing(), "Family member");
@@ -138,7 +138,7 @@ TEST_F(FamilyScreen, an_account_without_a_family_has_no_header) {
   EXPECT_EQ(screen->memberRows.size(), 0U);
 }
 
-TEST_F(FamilyScreen, invitations_are_shown_where_there_are_any) {
+TEST_F(FamilyScreen, invitations_are_shown_if_there_are_any) {
   show();
   EXPECT_TRUE(screen->showsInvitations());
   ASSERT_EQ(screen->invitationRows.size(), 1U);
@@ -153,7 +153,7 @@ TEST_F(FamilyScreen, invitations_are_shown_where_there_are_any) {
   }
 }
 
-TEST_F(FamilyScreen, an_expiry_is_told_as_it_stands_when_it_is_read) {
+TEST_F(FamilyScreen, the_remaining_time_is_computed_on_each_read) {
   answerFamily(family("[" + invitation("A", "2016-10-08T22:32:00Z") + "," + invitation("B", "soon") + "]"));
   show();
   auto& row = screen->invitationRows[0];
@@ -169,7 +169,7 @@ TEST_F(FamilyScreen, an_expiry_is_told_as_it_stands_when_it_is_read) {
   EXPECT_EQ(loads(), 0U) << "no timer asks anew";
 }
 
-TEST_F(FamilyScreen, a_failed_first_load_shows_its_words_over_the_panel_and_can_be_tried_again) {
+TEST_F(FamilyScreen, a_failed_first_load_shows_an_alert_and_can_be_retried) {
   app.machine.http.answer("GET", "/family", 500, R"({"error":"Try later"})");
   screen->appear();
   app.settle();
@@ -184,7 +184,7 @@ TEST_F(FamilyScreen, a_failed_first_load_shows_its_words_over_the_panel_and_can_
   EXPECT_EQ(loads(), 2U);
 }
 
-TEST_F(FamilyScreen, a_failed_later_load_keeps_what_was_there) {
+TEST_F(FamilyScreen, a_failed_later_load_keeps_the_content) {
   show();
   screen->disappear();
   app.machine.http.fail("GET", "/family", Kind::timedOut);
@@ -196,7 +196,7 @@ TEST_F(FamilyScreen, a_failed_later_load_keeps_what_was_there) {
   expectAlert("The request timed out.");
 }
 
-TEST_F(FamilyScreen, answers_of_any_kind_end_in_the_alert) {
+TEST_F(FamilyScreen, every_kind_of_failure_shows_the_alert) {
   struct Row {
     int status;
     std::string body;
@@ -217,14 +217,14 @@ TEST_F(FamilyScreen, answers_of_any_kind_end_in_the_alert) {
   }
 }
 
-TEST_F(FamilyScreen, members_of_one_id_are_each_a_row) {
+TEST_F(FamilyScreen, members_with_the_same_id_have_a_row_each) {
   answerFamily(R"({"members":[)" + bob + "," + bob + R"(],"is_primary":true})");
   show();
   ASSERT_EQ(screen->memberRows.size(), 2U);
   EXPECT_NE(&screen->memberRows[0], &screen->memberRows[1]);
 }
 
-TEST_F(FamilyScreen, an_invitation_is_made_without_a_name_and_shown) {
+TEST_F(FamilyScreen, an_invitation_is_created_without_a_name_and_shown) {
   show();
   app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   EXPECT_TRUE(screen->createInvitation());
@@ -240,7 +240,7 @@ TEST_F(FamilyScreen, an_invitation_is_made_without_a_name_and_shown) {
   EXPECT_TRUE(screen->showInviteSheet->qrCode()->modules(app.machine.qrEncoder).has_value());
 }
 
-TEST_F(FamilyScreen, an_invitation_without_a_text_shows_its_code_alone) {
+TEST_F(FamilyScreen, an_invitation_without_a_qr_text_shows_only_its_code) {
   show();
   app.machine.http.answer("POST", "/family/invite", 200,
                           R"({"invite_code":"AB12CD","expires_at":"never","qr_data":""})");
@@ -252,7 +252,7 @@ TEST_F(FamilyScreen, an_invitation_without_a_text_shows_its_code_alone) {
   EXPECT_EQ(screen->showInviteSheet->expiryText(), "This invitation expires in 24 hours");
 }
 
-TEST_F(FamilyScreen, copying_puts_the_code_on_the_clipboard_and_says_nothing) {
+TEST_F(FamilyScreen, copying_puts_the_code_on_the_clipboard_without_a_message) {
   show();
   app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   screen->createInvitation();
@@ -265,7 +265,7 @@ TEST_F(FamilyScreen, copying_puts_the_code_on_the_clipboard_and_says_nothing) {
   EXPECT_TRUE(screen->showInviteSheet());
 }
 
-TEST_F(FamilyScreen, done_with_the_invitation_loads_again_so_that_it_is_listed) {
+TEST_F(FamilyScreen, done_on_the_invitation_reloads_the_list) {
   show();
   app.machine.http.answer("POST", "/family/invite", 200, createdInvitation);
   screen->createInvitation();
@@ -281,7 +281,7 @@ TEST_F(FamilyScreen, done_with_the_invitation_loads_again_so_that_it_is_listed) 
   EXPECT_EQ(screen->invitationRows[0].expiry(), "Expires in 24h 0m");
 }
 
-TEST_F(FamilyScreen, an_invitation_that_is_refused_raises_the_alert) {
+TEST_F(FamilyScreen, a_refused_invitation_shows_the_alert) {
   show();
   app.machine.http.answer("POST", "/family/invite", 403);
   screen->createInvitation();
@@ -293,7 +293,7 @@ TEST_F(FamilyScreen, an_invitation_that_is_refused_raises_the_alert) {
   EXPECT_TRUE(screen->createInvitation.isEnabled());
 }
 
-TEST_F(FamilyScreen, a_tapped_member_opens_with_its_rows_and_rights) {
+TEST_F(FamilyScreen, a_tapped_member_opens_with_its_rows_and_permissions) {
   show();
   auto& sheet = openSheet();
   EXPECT_EQ(screen->selectedMember()->id, "m2");
@@ -314,7 +314,7 @@ TEST_F(FamilyScreen, a_tapped_member_opens_with_its_rows_and_rights) {
   EXPECT_EQ(openSheet("m3").email(), "");
 }
 
-TEST_F(FamilyScreen, a_flip_sends_that_one_right_and_loads_again) {
+TEST_F(FamilyScreen, a_toggle_sends_only_its_permission_and_reloads) {
   struct Row {
     std::string key, body;
   };
@@ -334,7 +334,7 @@ TEST_F(FamilyScreen, a_flip_sends_that_one_right_and_loads_again) {
   }
 }
 
-TEST_F(FamilyScreen, an_open_sheet_keeps_what_it_was_opened_with) {
+TEST_F(FamilyScreen, an_open_sheet_keeps_its_initial_values) {
   show();
   app.machine.http.answer("PUT", "/family/members/m2", 200, "{}");
   auto& toggle = openSheet().permissions[0];
@@ -352,7 +352,7 @@ TEST_F(FamilyScreen, an_open_sheet_keeps_what_it_was_opened_with) {
   EXPECT_FALSE(openSheet().permissions[0].isOn());
 }
 
-TEST_F(FamilyScreen, the_lists_give_way_while_they_load_under_the_open_sheet) {
+TEST_F(FamilyScreen, the_lists_are_hidden_while_they_load_under_the_open_sheet) {
   show();
   app.machine.http.answer("PUT", "/family/members/m2", 200, "{}");
   app.machine.http.hold("GET", "/family");
@@ -362,7 +362,7 @@ TEST_F(FamilyScreen, the_lists_give_way_while_they_load_under_the_open_sheet) {
   EXPECT_TRUE(screen->showMemberSheet());
 }
 
-TEST_F(FamilyScreen, a_bounced_flip_is_one_call_and_another_right_is_not_kept_waiting) {
+TEST_F(FamilyScreen, a_double_toggle_is_one_call_and_does_not_block_other_permissions) {
   show();
   app.machine.http.hold();
   auto& sheet = openSheet();
@@ -385,7 +385,7 @@ TEST_F(FamilyScreen, a_bounced_flip_is_one_call_and_another_right_is_not_kept_wa
   EXPECT_EQ(loads(), 2U) << "each change ends in a load of its own";
 }
 
-TEST_F(FamilyScreen, a_refused_flip_raises_the_alert_and_loads_nothing) {
+TEST_F(FamilyScreen, a_refused_toggle_shows_the_alert_and_does_not_reload) {
   show();
   app.machine.http.answer("PUT", "/family/members/m2", 403);
   auto& toggle = openSheet().permissions[0];
@@ -397,7 +397,7 @@ TEST_F(FamilyScreen, a_refused_flip_raises_the_alert_and_loads_nothing) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(FamilyScreen, an_answer_counts_also_when_the_sheet_is_gone) {
+TEST_F(FamilyScreen, an_answer_is_handled_after_the_sheet_was_dismissed) {
   show();
   app.machine.http.hold();
   openSheet().permissions[0].flip();
@@ -408,7 +408,7 @@ TEST_F(FamilyScreen, an_answer_counts_also_when_the_sheet_is_gone) {
   expectAlert(NetworkError::notFound().localizedDescription());
 }
 
-TEST_F(FamilyScreen, a_sheet_for_nobody_shows_nothing_and_changes_nothing) {
+TEST_F(FamilyScreen, a_sheet_without_a_member_shows_and_changes_nothing) {
   show();
   screen->showMemberSheet = true;
   auto& sheet = *screen->showMemberSheet;
@@ -421,7 +421,7 @@ TEST_F(FamilyScreen, a_sheet_for_nobody_shows_nothing_and_changes_nothing) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(FamilyScreen, removing_asks_once_the_sheet_is_gone) {
+TEST_F(FamilyScreen, removing_asks_after_the_sheet_is_dismissed) {
   show();
   EXPECT_TRUE(openSheet().removeFromFamily());
   EXPECT_FALSE(screen->showMemberSheet());
@@ -436,7 +436,7 @@ TEST_F(FamilyScreen, removing_asks_once_the_sheet_is_gone) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(FamilyScreen, a_confirmed_removal_goes_to_the_service_and_loads_again) {
+TEST_F(FamilyScreen, a_confirmed_removal_is_sent_and_reloads) {
   show();
   app.machine.http.answer("DELETE", "/family/members/m2", 200, "{}");
   openSheet().removeFromFamily();
@@ -450,7 +450,7 @@ TEST_F(FamilyScreen, a_confirmed_removal_goes_to_the_service_and_loads_again) {
   EXPECT_EQ(screen->selectedMember(), std::nullopt);
 }
 
-TEST_F(FamilyScreen, a_refused_removal_raises_the_alert_and_keeps_everything) {
+TEST_F(FamilyScreen, a_refused_removal_shows_the_alert_and_changes_nothing) {
   show();
   app.machine.http.fail("DELETE", "/family/members/m2", Kind::networkConnectionLost);
   openSheet().removeFromFamily();
@@ -462,7 +462,7 @@ TEST_F(FamilyScreen, a_refused_removal_raises_the_alert_and_keeps_everything) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(FamilyScreen, a_removal_of_nobody_sends_nothing) {
+TEST_F(FamilyScreen, a_removal_without_a_member_sends_nothing) {
   show();
   screen->removalConfirmation.isShown = true;
   EXPECT_TRUE(screen->removalConfirmation.confirm());
@@ -470,7 +470,7 @@ TEST_F(FamilyScreen, a_removal_of_nobody_sends_nothing) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(FamilyScreen, revoking_names_the_code_and_loads_again_without_asking) {
+TEST_F(FamilyScreen, revoking_sends_the_code_and_reloads_without_confirmation) {
   show();
   app.machine.http.answer("DELETE", "/family/invite/INVITE", 200, "{}");
   answerFamily(family("[]"));
@@ -480,7 +480,7 @@ TEST_F(FamilyScreen, revoking_names_the_code_and_loads_again_without_asking) {
   EXPECT_FALSE(screen->showsInvitations());
 }
 
-TEST_F(FamilyScreen, a_refused_revocation_raises_the_alert_and_keeps_the_row) {
+TEST_F(FamilyScreen, a_refused_revocation_shows_the_alert_and_keeps_the_row) {
   show();
   app.machine.http.answer("DELETE", "/family/invite/INVITE", 500, R"({"error":"Gone already"})");
   screen->invitationRows[0].revoke();
@@ -490,7 +490,7 @@ TEST_F(FamilyScreen, a_refused_revocation_raises_the_alert_and_keeps_the_row) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(FamilyScreen, answers_for_a_screen_that_has_gone_are_dropped) {
+TEST_F(FamilyScreen, answers_for_a_destroyed_screen_are_dropped) {
   show();
   app.machine.http.hold();
   auto& sheet = openSheet();
@@ -504,14 +504,14 @@ TEST_F(FamilyScreen, answers_for_a_screen_that_has_gone_are_dropped) {
   EXPECT_EQ(loads(), 0U);
 }
 
-TEST_F(FamilyScreen, done_takes_the_screen_away) {
+TEST_F(FamilyScreen, done_dismisses_the_screen) {
   bool dismissed = false;
   screen->setDismissHandler([&] { dismissed = true; });
   EXPECT_TRUE(screen->done());
   EXPECT_TRUE(dismissed);
 }
 
-TEST_F(FamilyScreen, the_sentences_are_the_systems_own) {
+TEST_F(FamilyScreen, the_texts_are_exact) {
   show();
   EXPECT_EQ(screen->title(), "Family");
   EXPECT_EQ(screen->doneTitle(), "Done");

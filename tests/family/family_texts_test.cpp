@@ -34,7 +34,7 @@ FamilyMember withRole(const std::string& role) {
   return member;
 }
 
-TEST(FamilyTexts, time_remaining_is_in_whole_hours_and_minutes) {
+TEST(FamilyTexts, remaining_time_is_in_whole_hours_and_minutes) {
   struct Row {
     Duration ahead;
     std::string text;
@@ -57,7 +57,7 @@ TEST(FamilyTexts, time_remaining_is_in_whole_hours_and_minutes) {
   }
 }
 
-TEST(FamilyTexts, an_expiry_may_have_a_fraction_and_any_zone) {
+TEST(FamilyTexts, an_expiry_can_have_fractions_and_any_zone) {
   EXPECT_EQ(timeRemaining(expiring("2016-10-08T23:31:00.000Z"), now), "1h 0m");
   EXPECT_EQ(timeRemaining(expiring("2016-10-08T22:31:00.001Z"), now), "0m");
   EXPECT_FALSE(isExpired(expiring("2016-10-08T22:31:00.001Z"), now));
@@ -65,7 +65,7 @@ TEST(FamilyTexts, an_expiry_may_have_a_fraction_and_any_zone) {
   EXPECT_EQ(timeRemaining(expiring("9999-12-31T23:59:59Z"), now), "69979537h 28m");
 }
 
-TEST(FamilyTexts, an_expiry_that_is_no_time_is_unknown_and_not_expired) {
+TEST(FamilyTexts, an_invalid_expiry_is_unknown_and_not_expired) {
   for (const std::string& text :
        {std::string(), std::string("tomorrow"), std::string("2016-10-08"), std::string("2016-10-08T22:00:00"),
         std::string("1475965860"), std::string("2016-13-08T22:00:00Z"), std::string("٢٠١٦-10-08T22:00:00Z"),
@@ -75,7 +75,7 @@ TEST(FamilyTexts, an_expiry_that_is_no_time_is_unknown_and_not_expired) {
   }
 }
 
-TEST(FamilyTexts, initials_are_of_two_words_or_of_the_text_as_it_stands) {
+TEST(FamilyTexts, initials_come_from_two_words_or_the_first_two_characters) {
   struct Row {
     std::string name, initials;
   };
@@ -98,7 +98,7 @@ TEST(FamilyTexts, initials_are_of_two_words_or_of_the_text_as_it_stands) {
   }
 }
 
-TEST(FamilyTexts, only_the_very_word_makes_a_primary_parent) {
+TEST(FamilyTexts, only_the_exact_role_makes_a_primary_parent) {
   EXPECT_EQ(roleLabel(withRole("primary")), "Primary");
   for (const std::string role : {"member", "Primary", "primary ", "", "admin"}) {
     EXPECT_EQ(roleLabel(withRole(role)), "Member") << role;

@@ -63,7 +63,7 @@ struct HomeNetworkScreen : testing::Test {
   }
   std::string lastUpdated() const {
     std::string text = screen->addressRows()[2].value;
-    // The blank before PM is a narrow one.
+    // Some locales put a narrow no-break space before PM.
     if (const auto narrow = text.find("\u202F"); narrow != std::string::npos) {
       text.replace(narrow, std::string("\u202F").size(), " ");
     }
@@ -74,7 +74,7 @@ struct HomeNetworkScreen : testing::Test {
   std::shared_ptr<HomeNetworkView> screen = std::make_shared<HomeNetworkView>(app.environment());
 };
 
-TEST_F(HomeNetworkScreen, begins_loading_and_asks_when_it_appears) {
+TEST_F(HomeNetworkScreen, begins_as_loading_and_fetches_on_appearing) {
   EXPECT_EQ(screen->content(), HomeNetworkContent::loading);
   EXPECT_EQ(screen->homeNetwork(), std::nullopt);
   EXPECT_EQ(screen->policy(), std::nullopt);
@@ -112,7 +112,7 @@ TEST_F(HomeNetworkScreen, without_a_network_it_offers_to_set_one_up) {
   EXPECT_TRUE(screen->policyRows().empty());
 }
 
-TEST_F(HomeNetworkScreen, an_address_that_is_not_known_yet_stops_nobody) {
+TEST_F(HomeNetworkScreen, an_unknown_address_does_not_prevent_the_set_up) {
   show(R"({"current_ip":"","ip_matches":false})");
   EXPECT_EQ(screen->detectedIP(), "Detecting...");
   EXPECT_TRUE(screen->setUp());
@@ -122,7 +122,7 @@ TEST_F(HomeNetworkScreen, an_address_that_is_not_known_yet_stops_nobody) {
   EXPECT_TRUE(screen->creationConfirmation.confirm.isEnabled());
 }
 
-TEST_F(HomeNetworkScreen, a_failed_load_shows_its_words_over_the_set_up_page) {
+TEST_F(HomeNetworkScreen, a_failed_load_shows_an_alert_over_the_set_up_page) {
   app.machine.http.fail("GET", path, Kind::timedOut);
   screen->appear();
   app.settle();
@@ -131,7 +131,7 @@ TEST_F(HomeNetworkScreen, a_failed_load_shows_its_words_over_the_set_up_page) {
   expectAlert("The request timed out.");
 }
 
-TEST_F(HomeNetworkScreen, a_failed_later_load_keeps_what_was_there) {
+TEST_F(HomeNetworkScreen, a_failed_later_load_keeps_the_content) {
   show(answer(ours, blacklist));
   screen->disappear();
   app.machine.http.answer("GET", path, 403);
@@ -143,7 +143,7 @@ TEST_F(HomeNetworkScreen, a_failed_later_load_keeps_what_was_there) {
   expectAlert("Access denied");
 }
 
-TEST_F(HomeNetworkScreen, answers_of_any_kind_end_in_the_alert) {
+TEST_F(HomeNetworkScreen, every_kind_of_failure_shows_the_alert) {
   for (const std::string& body : {std::string("<html>"), std::string(), std::string("[]"),
                                   answer(R"({"id":5})", "null"), answer("null", R"("policy")")}) {
     app.machine.http.answer("GET", path, 200, body);
@@ -155,7 +155,7 @@ TEST_F(HomeNetworkScreen, answers_of_any_kind_end_in_the_alert) {
   }
 }
 
-TEST_F(HomeNetworkScreen, the_service_alone_says_whether_the_addresses_match) {
+TEST_F(HomeNetworkScreen, only_the_service_says_whether_the_addresses_match) {
   show(answer(ours, blacklist, true, "198.51.100.7"));
   EXPECT_EQ(screen->networkName(), "Our Home");
   EXPECT_EQ(screen->statusTitle(), "Connected");
@@ -171,7 +171,7 @@ TEST_F(HomeNetworkScreen, the_service_alone_says_whether_the_addresses_match) {
             "'Update IP' below.");
 }
 
-TEST_F(HomeNetworkScreen, the_addresses_are_only_text) {
+TEST_F(HomeNetworkScreen, the_addresses_are_not_parsed) {
   show(answer(network("x", "null"), "null", true, "<b>not an address</b>"));
   EXPECT_EQ(screen->addressRows(),
             (std::vector<HomeNetworkRow>{{"Registered IP:", "", "secondaryText"},
@@ -182,7 +182,7 @@ TEST_F(HomeNetworkScreen, the_addresses_are_only_text) {
   EXPECT_EQ(screen->addressRows()[1], (HomeNetworkRow{"Current IP:", "", "brandOrange"}));
 }
 
-TEST_F(HomeNetworkScreen, the_last_update_is_told_in_the_devices_way) {
+TEST_F(HomeNetworkScreen, the_last_update_is_shown_in_the_devices_locale) {
   show(answer(ours, "null"));
   EXPECT_EQ(lastUpdated(), "Oct 8, 2016 at 2:04 PM");
   show(answer(network("2016-10-08T14:04:59Z"), "null"));
@@ -194,7 +194,7 @@ TEST_F(HomeNetworkScreen, the_last_update_is_told_in_the_devices_way) {
   }
 }
 
-TEST_F(HomeNetworkScreen, the_policy_is_shown_where_there_is_one) {
+TEST_F(HomeNetworkScreen, the_policy_is_shown_if_there_is_one) {
   show(answer(ours, blacklist));
   EXPECT_TRUE(screen->showsPolicy());
   EXPECT_EQ(screen->policyRows(), (std::vector<HomeNetworkRow>{{"Mode:", "Blacklist", "secondaryText"},
@@ -223,7 +223,7 @@ TEST_F(HomeNetworkScreen, setting_up_asks_first_and_not_now_sends_nothing) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(HomeNetworkScreen, a_network_set_up_is_shown_at_once_as_matching) {
+TEST_F(HomeNetworkScreen, a_new_network_is_shown_at_once_as_matching) {
   show(none);
   app.machine.http.answer("POST", path, 200, createdNetwork);
   screen->setUp();
@@ -242,7 +242,7 @@ TEST_F(HomeNetworkScreen, a_network_set_up_is_shown_at_once_as_matching) {
   EXPECT_EQ(screen->successMessage(), "Home Network created successfully!");
 }
 
-TEST_F(HomeNetworkScreen, a_refused_set_up_shows_its_words_over_the_same_page) {
+TEST_F(HomeNetworkScreen, a_refused_set_up_shows_an_alert_over_the_same_page) {
   show(none);
   app.machine.http.answer("POST", path, 409, R"({"error":"There is one already"})");
   screen->setUp();
@@ -268,7 +268,7 @@ TEST_F(HomeNetworkScreen, an_update_asks_first_and_cancel_sends_nothing) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(HomeNetworkScreen, an_update_runs_once_and_ends_in_a_load_whose_answer_counts) {
+TEST_F(HomeNetworkScreen, an_update_runs_once_and_the_following_load_decides) {
   show(answer(ours, blacklist, false, "198.51.100.7"));
   app.machine.http.hold();
   screen->updateIP();
@@ -295,7 +295,7 @@ TEST_F(HomeNetworkScreen, an_update_runs_once_and_ends_in_a_load_whose_answer_co
   EXPECT_FALSE(screen->ipMatches());
 }
 
-TEST_F(HomeNetworkScreen, a_refused_update_shows_its_words_and_touches_nothing) {
+TEST_F(HomeNetworkScreen, a_refused_update_shows_an_alert_and_changes_nothing) {
   show(answer(ours, blacklist, false, "198.51.100.7"));
   app.machine.http.fail("POST", updatePath, Kind::networkConnectionLost);
   screen->updateIP();
@@ -310,7 +310,7 @@ TEST_F(HomeNetworkScreen, a_refused_update_shows_its_words_and_touches_nothing) 
   EXPECT_TRUE(screen->updateIP.isEnabled());
 }
 
-TEST_F(HomeNetworkScreen, a_banner_stays_three_seconds_and_the_next_may_end_with_it) {
+TEST_F(HomeNetworkScreen, a_banner_stays_three_seconds_and_its_timer_may_end_the_next) {
   show(none);
   app.machine.http.answer("POST", path, 200, createdNetwork);
   app.machine.http.answer("POST", updatePath, 200, updated);
@@ -330,13 +330,13 @@ TEST_F(HomeNetworkScreen, a_banner_stays_three_seconds_and_the_next_may_end_with
   EXPECT_FALSE(screen->showSuccessMessage());
 }
 
-TEST_F(HomeNetworkScreen, nothing_is_asked_for_while_it_stands) {
+TEST_F(HomeNetworkScreen, it_does_not_poll) {
   show(answer(ours, blacklist));
   app.advance(24h);
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(HomeNetworkScreen, the_instructions_are_a_page_of_their_own) {
+TEST_F(HomeNetworkScreen, the_instructions_are_a_separate_page) {
   show(none);
   EXPECT_FALSE(screen->viewInstructions());
   show(answer(ours, blacklist));
@@ -350,7 +350,7 @@ TEST_F(HomeNetworkScreen, the_instructions_are_a_page_of_their_own) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(HomeNetworkScreen, answers_for_a_screen_that_has_gone_are_dropped) {
+TEST_F(HomeNetworkScreen, answers_for_a_destroyed_screen_are_dropped) {
   show(answer(ours, blacklist));
   app.machine.http.hold();
   screen->updateIP();
@@ -362,14 +362,14 @@ TEST_F(HomeNetworkScreen, answers_for_a_screen_that_has_gone_are_dropped) {
   EXPECT_EQ(app.machine.http.count("GET", path), 0U);
 }
 
-TEST_F(HomeNetworkScreen, done_takes_the_screen_away) {
+TEST_F(HomeNetworkScreen, done_dismisses_the_screen) {
   bool dismissed = false;
   screen->setDismissHandler([&] { dismissed = true; });
   EXPECT_TRUE(screen->done());
   EXPECT_TRUE(dismissed);
 }
 
-TEST_F(HomeNetworkScreen, the_sentences_are_the_systems_own) {
+TEST_F(HomeNetworkScreen, the_texts_are_exact) {
   EXPECT_EQ(screen->title(), "Home Network");
   EXPECT_EQ(screen->doneTitle(), "Done");
   EXPECT_EQ(screen->loadingText(), "Loading...");

@@ -19,7 +19,7 @@ std::string repeated(const std::string& text, std::size_t times) {
   return all;
 }
 
-TEST(InviteText, finds_the_code_of_a_query_or_a_bare_code) {
+TEST(InviteText, finds_the_code_in_a_query_or_a_bare_code) {
   struct Row {
     std::string text;
     std::optional<std::string> code;
@@ -56,7 +56,7 @@ TEST(InviteText, finds_the_code_of_a_query_or_a_bare_code) {
   }
 }
 
-TEST(InviteText, a_text_of_any_size_has_an_answer) {
+TEST(InviteText, handles_a_text_of_any_size) {
   EXPECT_EQ(parseInviteText(std::string(megabyte, 'a')), std::nullopt);
   EXPECT_EQ(parseInviteText(repeated("👨‍👩‍👧", megabyte / 18)), std::nullopt);
   EXPECT_EQ(parseInviteText(std::string(megabyte, 'x') + "code=abc123"), "ABC123");
@@ -65,7 +65,7 @@ TEST(InviteText, a_text_of_any_size_has_an_answer) {
   EXPECT_EQ(parseInviteText(repeated("&", megabyte)), std::nullopt);
 }
 
-TEST(InviteText, bytes_that_are_no_text_do_no_harm) {
+TEST(InviteText, handles_bytes_that_are_not_text) {
   EXPECT_EQ(parseInviteText(std::string("code=a\0b&c", 10)), std::string("A\0B", 3));
   EXPECT_EQ(parseInviteText("\xff\xfe\xfd"), std::nullopt);
   EXPECT_EQ(parseInviteText("code=a\xff"), "A\xEF\xBF\xBD");

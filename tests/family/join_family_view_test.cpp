@@ -31,7 +31,7 @@ struct Joining : testing::Test {
   JoinFamilyView& screen() { return app.screen<JoinFamilyView>(); }
   QRScannerView& scanner() { return app.screen<QRScannerView>(); }
   void scan(const std::string& text) {
-    // The callback takes the scanner away.
+    // A copy: the callback dismisses the scanner.
     const auto onScan = scanner().onScan;
     onScan(text);
   }
@@ -56,7 +56,7 @@ struct Joining : testing::Test {
   TestApplication app{asParent()};
 };
 
-TEST_F(Joining, begins_at_the_code_and_calls_nobody) {
+TEST_F(Joining, begins_at_the_code_and_sends_nothing) {
   EXPECT_EQ(screen().stage(), JoinFamilyStage::code);
   EXPECT_EQ(screen().inviteCode(), "");
   EXPECT_EQ(screen().validationResult(), std::nullopt);
@@ -79,7 +79,7 @@ TEST_F(Joining, typed_letters_are_shown_and_sent_in_upper_case) {
   EXPECT_EQ(header(app.machine.http.requests().front(), "Authorization"), std::nullopt);
 }
 
-TEST_F(Joining, any_text_is_put_in_upper_case_and_otherwise_left_as_it_is) {
+TEST_F(Joining, any_text_becomes_upper_case_and_is_otherwise_unchanged) {
   struct Row {
     std::string typed, shown;
   };
@@ -93,7 +93,7 @@ TEST_F(Joining, any_text_is_put_in_upper_case_and_otherwise_left_as_it_is) {
   }
 }
 
-TEST_F(Joining, six_characters_or_more_may_be_checked) {
+TEST_F(Joining, at_least_six_characters_can_be_checked) {
   struct Row {
     std::string code;
     bool enabled;
@@ -111,7 +111,7 @@ TEST_F(Joining, six_characters_or_more_may_be_checked) {
   }
 }
 
-TEST_F(Joining, a_pasted_code_with_blanks_is_not_trimmed_and_its_failure_is_a_warning) {
+TEST_F(Joining, a_pasted_code_is_not_trimmed_and_its_failure_is_a_warning) {
   screen().inviteCode = std::string(" ab12cd ");
   screen().validateCode();
   app.settle();
@@ -121,7 +121,7 @@ TEST_F(Joining, a_pasted_code_with_blanks_is_not_trimmed_and_its_failure_is_a_wa
   EXPECT_FALSE(screen().errorAlert.isShown());
 }
 
-TEST_F(Joining, a_huge_code_goes_to_the_service_like_any_other) {
+TEST_F(Joining, a_huge_code_is_sent_to_the_service) {
   const std::string code(1'000'000, 'A');
   app.machine.http.answer("GET", "/family/invite/" + code, 200, R"({"valid":false})");
   screen().inviteCode = code;
@@ -130,7 +130,7 @@ TEST_F(Joining, a_huge_code_goes_to_the_service_like_any_other) {
   EXPECT_EQ(screen().warning(), "Invalid invite code");
 }
 
-TEST_F(Joining, while_a_check_runs_there_is_no_second_and_no_old_result) {
+TEST_F(Joining, during_a_check_there_is_no_second_check_and_no_old_result) {
   validate(R"({"valid":false,"error":"Expired"})");
   EXPECT_EQ(screen().warning(), "Expired");
   app.machine.http.hold();
@@ -147,13 +147,13 @@ TEST_F(Joining, while_a_check_runs_there_is_no_second_and_no_old_result) {
   EXPECT_EQ(screen().stage(), JoinFamilyStage::account);
 }
 
-TEST_F(Joining, typing_after_a_bad_answer_clears_nothing) {
+TEST_F(Joining, typing_keeps_the_warning_of_the_last_check) {
   validate(R"({"valid":false,"error":"Expired"})");
   screen().inviteCode = std::string("zz");
   EXPECT_EQ(screen().warning(), "Expired");
 }
 
-TEST_F(Joining, a_code_that_is_not_good_says_why) {
+TEST_F(Joining, an_invalid_code_shows_the_reason) {
   validate(R"({"valid":false,"error":"This invite has expired"})");
   EXPECT_EQ(screen().stage(), JoinFamilyStage::code);
   EXPECT_EQ(screen().warning(), "This invite has expired");
@@ -165,7 +165,7 @@ TEST_F(Joining, a_code_that_is_not_good_says_why) {
   EXPECT_FALSE(screen().errorAlert.isShown());
 }
 
-TEST_F(Joining, a_check_that_fails_reads_as_a_bad_code_and_raises_no_alert) {
+TEST_F(Joining, a_failed_check_is_shown_like_an_invalid_code_without_an_alert) {
   app.machine.http.fail("GET", codePath, Kind::notConnectedToInternet);
   screen().inviteCode = std::string("AB12CD");
   screen().validateCode();
@@ -181,7 +181,7 @@ TEST_F(Joining, a_check_that_fails_reads_as_a_bad_code_and_raises_no_alert) {
   EXPECT_EQ(screen().warning(), "The data couldn’t be read because it isn’t in the correct format.");
 }
 
-TEST_F(Joining, a_good_code_names_the_family_and_who_invites) {
+TEST_F(Joining, a_valid_code_shows_the_family_and_the_inviter) {
   validate();
   EXPECT_EQ(screen().stage(), JoinFamilyStage::account);
   EXPECT_EQ(screen().warning(), std::nullopt);
@@ -191,14 +191,14 @@ TEST_F(Joining, a_good_code_names_the_family_and_who_invites) {
   EXPECT_FALSE(screen().scanQRCode());
 }
 
-TEST_F(Joining, lines_that_the_service_leaves_out_are_left_out) {
+TEST_F(Joining, lines_without_a_value_from_the_service_are_hidden) {
   validate(R"({"valid":true})");
   EXPECT_EQ(screen().stage(), JoinFamilyStage::account);
   EXPECT_EQ(screen().familyLine(), std::nullopt);
   EXPECT_EQ(screen().inviterLine(), std::nullopt);
 }
 
-TEST_F(Joining, a_change_leads_back_with_an_empty_code_and_the_account_as_typed) {
+TEST_F(Joining, changing_the_code_empties_it_and_keeps_the_account_fields) {
   validate();
   fill();
   screen().changeCode();
@@ -211,7 +211,7 @@ TEST_F(Joining, a_change_leads_back_with_an_empty_code_and_the_account_as_typed)
   EXPECT_EQ(screen().confirmPassword(), "secret");
 }
 
-TEST_F(Joining, every_rule_alone_keeps_the_button_out_of_use) {
+TEST_F(Joining, each_rule_alone_disables_the_button) {
   fill();
   EXPECT_FALSE(screen().canJoin()) << "no code was checked";
   validate();
@@ -236,7 +236,7 @@ TEST_F(Joining, every_rule_alone_keeps_the_button_out_of_use) {
   EXPECT_TRUE(screen().canJoin());
 }
 
-TEST_F(Joining, five_characters_are_no_password_whatever_their_bytes) {
+TEST_F(Joining, a_five_character_password_is_too_short_however_many_bytes_it_has) {
   fill();
   validate();
   const std::string five = "👨‍👩‍👧👨‍👩‍👧👨‍👩‍👧éé";
@@ -262,7 +262,7 @@ TEST_F(Joining, the_line_under_the_passwords_says_whether_they_match) {
   EXPECT_EQ(screen().passwordMatchColor(), "brandGreen");
 }
 
-TEST_F(Joining, a_join_sends_what_was_typed_and_signs_in) {
+TEST_F(Joining, a_join_sends_the_input_and_signs_in) {
   validate();
   fill();
   screen().displayName = std::string(" Bob ");
@@ -286,7 +286,7 @@ TEST_F(Joining, a_join_sends_what_was_typed_and_signs_in) {
   EXPECT_TRUE(app.machine.secureItems.items().empty());
 }
 
-TEST_F(Joining, after_a_join_the_next_check_of_the_token_refreshes) {
+TEST_F(Joining, after_a_join_the_next_token_check_refreshes) {
   validate();
   fill();
   app.machine.http.answer("POST", "/family/join", 200, joined);
@@ -297,7 +297,7 @@ TEST_F(Joining, after_a_join_the_next_check_of_the_token_refreshes) {
   EXPECT_EQ(app.machine.http.count("POST", "/auth/refresh"), 1U);
 }
 
-TEST_F(Joining, the_session_is_open_before_the_sheet_goes) {
+TEST_F(Joining, the_session_is_open_before_the_sheet_is_dismissed) {
   Names steps;
   const auto session = app.environment().authState()->isLoggedIn.onChange([&] {
     EXPECT_TRUE(app.find<LoginView>()->showJoinFamily());
@@ -316,7 +316,7 @@ TEST_F(Joining, the_session_is_open_before_the_sheet_goes) {
   EXPECT_EQ(steps, (Names{"session", "gone"}));
 }
 
-TEST_F(Joining, a_refusal_shows_its_words_and_keeps_the_form) {
+TEST_F(Joining, a_refusal_shows_its_message_and_keeps_the_form) {
   struct Row {
     int status;
     std::string body;
@@ -342,7 +342,7 @@ TEST_F(Joining, a_refusal_shows_its_words_and_keeps_the_form) {
   }
 }
 
-TEST_F(Joining, while_a_join_runs_there_is_no_second) {
+TEST_F(Joining, only_one_join_runs_at_a_time) {
   validate();
   fill();
   app.machine.http.hold();
@@ -353,7 +353,7 @@ TEST_F(Joining, while_a_join_runs_there_is_no_second) {
   EXPECT_EQ(app.machine.http.count("POST", "/family/join"), 1U);
 }
 
-TEST_F(Joining, cancel_takes_the_sheet_away_and_a_late_answer_is_dropped) {
+TEST_F(Joining, cancel_dismisses_the_sheet_and_a_late_answer_is_dropped) {
   validate();
   fill();
   app.machine.http.hold();
@@ -365,7 +365,7 @@ TEST_F(Joining, cancel_takes_the_sheet_away_and_a_late_answer_is_dropped) {
   EXPECT_FALSE(app.environment().authState()->isLoggedIn());
 }
 
-TEST_F(Joining, the_scanner_opens_and_goes_by_cancel) {
+TEST_F(Joining, the_scanner_opens_and_is_dismissed_by_cancel) {
   screen().scanQRCode();
   EXPECT_EQ(app.screenNames(), (Names{"LoginView", "JoinFamilyView", "QRScannerView"}));
   app.advance(std::chrono::minutes(1));
@@ -385,7 +385,7 @@ TEST_F(Joining, a_scanned_invitation_is_checked_at_once) {
   EXPECT_EQ(screen().stage(), JoinFamilyStage::account);
 }
 
-TEST_F(Joining, a_scan_of_something_else_only_closes_the_scanner) {
+TEST_F(Joining, an_unrelated_scan_only_closes_the_scanner) {
   screen().inviteCode = std::string("TYPED");
   for (const std::string& text : {std::string("hello there"), std::string(), std::string(1'000'000, 'x')}) {
     screen().scanQRCode();
@@ -408,7 +408,7 @@ TEST_F(Joining, a_scanned_code_that_is_too_short_is_filled_in_and_not_checked) {
   EXPECT_EQ(checks(), 0U);
 }
 
-TEST_F(Joining, a_scanner_that_outlives_the_screen_does_nothing) {
+TEST_F(Joining, a_scan_after_the_screen_is_destroyed_does_nothing) {
   screen().scanQRCode();
   const auto onScan = scanner().onScan;
   screen().cancel();
@@ -417,7 +417,7 @@ TEST_F(Joining, a_scanner_that_outlives_the_screen_does_nothing) {
   EXPECT_EQ(checks(), 0U);
 }
 
-TEST(JoiningByCode, a_given_code_is_put_in_upper_case_and_checked_on_appearing) {
+TEST(JoiningByCode, a_given_code_becomes_upper_case_and_is_checked_on_appearing) {
   TestApplication app{asParent()};
   app.machine.http.answer("GET", codePath, 200, valid);
   const auto screen = std::make_shared<JoinFamilyView>(app.environment(), "ab12cd");
@@ -441,7 +441,7 @@ TEST(JoiningByCode, a_given_code_that_is_too_short_is_only_shown) {
   EXPECT_TRUE(app.machine.http.requests().empty());
 }
 
-TEST_F(Joining, the_sentences_are_the_systems_own) {
+TEST_F(Joining, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Join Family");
   EXPECT_EQ(texts.cancelTitle(), "Cancel");

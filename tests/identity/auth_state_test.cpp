@@ -59,7 +59,7 @@ class AuthStateTest : public testing::Test {
     }
   }
 
-  // The launch of the application.
+  // Launches the application.
   void launch() { state = std::make_unique<AuthState>(settings, dispatch, platform.log, service); }
   void storeSession() {
     settings.set(settings::authToken, token);
@@ -78,7 +78,7 @@ class AuthStateTest : public testing::Test {
   }
   void settle() { ASSERT_TRUE(dispatch.settle()); }
   std::size_t refreshes() const { return platform.http.count("POST", "/auth/refresh"); }
-  // Lines of the session only; those of the service have tests of their own.
+  // The log lines of the session; those of the service are tested elsewhere.
   std::vector<std::string> lines() const {
     auto all = platform.log.printed();
     std::erase_if(all, [](const std::string& line) { return !line.starts_with("[AuthState] "); });
@@ -102,7 +102,7 @@ class AuthStateTest : public testing::Test {
 
 // Restoring.
 
-TEST_F(AuthStateTest, without_a_token_everything_stays_as_it_was) {
+TEST_F(AuthStateTest, without_a_token_nothing_changes) {
   settings.set(settings::parentId, "p1");
   settings.set(settings::familyId, "f1");
   settings.set(settings::authTokenTimestamp, dispatch.now());
@@ -117,7 +117,7 @@ TEST_F(AuthStateTest, without_a_token_everything_stays_as_it_was) {
               ElementsAre("[AuthState] loadState - no token found, isLoggedIn: false"));
 }
 
-TEST_F(AuthStateTest, an_empty_token_is_none) {
+TEST_F(AuthStateTest, an_empty_token_counts_as_missing) {
   storeSessionAged(1h);
   settings.set(settings::authToken, "");
   launch();
@@ -129,7 +129,7 @@ TEST_F(AuthStateTest, an_empty_token_is_none) {
   EXPECT_THAT(lines(), ElementsAre("[AuthState] loadState - no token found, isLoggedIn: false"));
 }
 
-TEST_F(AuthStateTest, a_token_that_is_no_text_is_none) {
+TEST_F(AuthStateTest, a_token_that_is_not_text_counts_as_missing) {
   settings.set(settings::authToken, true);
   launch();
   EXPECT_FALSE(state->isLoggedIn());
@@ -168,7 +168,7 @@ TEST_F(AuthStateTest, the_length_of_a_token_counts_characters) {
   EXPECT_EQ(lines().front(), "[AuthState] loadState - token found, length: 3, isLoggedIn: true");
 }
 
-TEST_F(AuthStateTest, a_session_without_a_stamp_is_refreshed_at_once) {
+TEST_F(AuthStateTest, a_session_without_a_time_stamp_is_refreshed_at_once) {
   storeSession();
   launch();
   EXPECT_EQ(state->tokenSavedAt(), std::nullopt);
@@ -176,7 +176,7 @@ TEST_F(AuthStateTest, a_session_without_a_stamp_is_refreshed_at_once) {
   EXPECT_THAT(lines(), ElementsAre(foundToken, noStamp));
 }
 
-TEST_F(AuthStateTest, a_stamp_that_is_no_date_counts_as_absent) {
+TEST_F(AuthStateTest, an_invalid_time_stamp_counts_as_missing) {
   storeSession();
   settings.set(settings::authTokenTimestamp, "2016-10-08T22:31:00Z");
   launch();
@@ -185,7 +185,7 @@ TEST_F(AuthStateTest, a_stamp_that_is_no_date_counts_as_absent) {
   EXPECT_THAT(lines(), ElementsAre(foundToken, noStamp));
 }
 
-// The age of the token.
+// Age of the token.
 
 TEST_F(AuthStateTest, a_signed_out_session_is_not_checked) {
   launch();
@@ -226,7 +226,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Age{-5399999ms, "[AuthState] Token is -1 hours old, no refresh needed", 0},
                     Age{-240h, "[AuthState] Token is -240 hours old, no refresh needed", 0}));
 
-TEST_F(AuthStateTest, a_token_grows_old_while_the_application_runs) {
+TEST_F(AuthStateTest, a_token_ages_while_the_application_runs) {
   storeSessionAged(0ms);
   launch();
   ASSERT_TRUE(dispatch.advance(12h));
@@ -238,7 +238,7 @@ TEST_F(AuthStateTest, a_token_grows_old_while_the_application_runs) {
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(AuthStateTest, a_successful_refresh_is_saved_like_a_login_and_starts_the_twelve_hours_anew) {
+TEST_F(AuthStateTest, a_successful_refresh_is_saved_like_a_login_and_restarts_the_twelve_hours) {
   storeSessionAged(13h);
   platform.http.answer("POST", "/auth/refresh", 200, refreshedBody());
   launch();
@@ -259,7 +259,7 @@ TEST_F(AuthStateTest, a_successful_refresh_is_saved_like_a_login_and_starts_the_
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(AuthStateTest, a_refresh_is_told_on_the_main_thread_and_not_before_its_turn) {
+TEST_F(AuthStateTest, a_refresh_is_published_on_the_main_thread_in_a_later_turn) {
   storeSession();
   platform.http.answer("POST", "/auth/refresh", 200, refreshedBody());
   launch();
@@ -279,7 +279,7 @@ struct RefreshEnd {
 
 class FailedRefreshTest : public AuthStateTest, public testing::WithParamInterface<RefreshEnd> {};
 
-TEST_P(FailedRefreshTest, leaves_everything_as_it_was) {
+TEST_P(FailedRefreshTest, changes_nothing) {
   storeSessionAged(13h);
   settings.set(settings::familyId, "f1");
   platform.http.answer("POST", "/auth/refresh", GetParam().answer);
@@ -299,7 +299,7 @@ TEST_P(FailedRefreshTest, leaves_everything_as_it_was) {
   EXPECT_EQ(settings.writes(), writes);
 }
 
-TEST_P(FailedRefreshTest, is_tried_again_at_the_next_check) {
+TEST_P(FailedRefreshTest, is_retried_at_the_next_check) {
   storeSessionAged(13h);
   platform.http.answerAlways("POST", "/auth/refresh", GetParam().answer);
   launch();
@@ -339,7 +339,7 @@ TEST_F(AuthStateTest, a_refresh_without_a_region_fails_like_any_other) {
   EXPECT_TRUE(state->isLoggedIn());
 }
 
-TEST_F(AuthStateTest, a_check_does_not_look_for_a_refresh_on_the_wire_and_each_success_is_saved) {
+TEST_F(AuthStateTest, a_check_ignores_a_running_refresh_and_saves_each_success) {
   storeSession();
   platform.http.answer("POST", "/auth/refresh", 200, refreshedBody());
   launch();
@@ -351,7 +351,7 @@ TEST_F(AuthStateTest, a_check_does_not_look_for_a_refresh_on_the_wire_and_each_s
   EXPECT_EQ(std::ranges::count(all, "[AuthState] saveLogin - token saved, length: 14"), 2);
 }
 
-TEST_F(AuthStateTest, a_refresh_that_ends_after_the_session_object_has_gone_is_only_logged) {
+TEST_F(AuthStateTest, a_refresh_that_ends_after_the_session_object_is_destroyed_is_only_logged) {
   storeSessionAged(13h);
   platform.http.answer("POST", "/auth/refresh", 200, refreshedBody());
   launch();
@@ -387,7 +387,7 @@ TEST_F(AuthStateTest, saving_a_login_stores_the_account_and_the_time) {
   EXPECT_THAT(platform.log.printed(), ElementsAre("[AuthState] saveLogin - token saved, length: 12"));
 }
 
-TEST_F(AuthStateTest, saving_a_login_publishes_in_a_fixed_order_and_before_it_stores) {
+TEST_F(AuthStateTest, saving_a_login_publishes_in_a_fixed_order_before_storing) {
   launch();
   std::vector<std::string> announced;
   const auto subscription = state->observe([&](const Member& member) {
@@ -398,7 +398,7 @@ TEST_F(AuthStateTest, saving_a_login_publishes_in_a_fixed_order_and_before_it_st
   EXPECT_THAT(announced, ElementsAre("isLoggedIn", "parentId", "email", "name"));
 }
 
-TEST_F(AuthStateTest, saving_a_login_leaves_the_family_alone) {
+TEST_F(AuthStateTest, saving_a_login_does_not_change_the_family) {
   storeSessionAged(1h);
   settings.set(settings::familyId, "f1");
   launch();
@@ -419,7 +419,7 @@ TEST_F(AuthStateTest, saving_a_login_while_signed_in_changes_the_account_in_plac
   EXPECT_EQ(switches, 0);
 }
 
-TEST_F(AuthStateTest, a_parent_who_joins_a_family_is_stored_without_the_time) {
+TEST_F(AuthStateTest, joining_a_family_stores_no_time_stamp) {
   launch();
   platform.log.clear();
   auto expected = settings.all();
@@ -442,7 +442,7 @@ TEST_F(AuthStateTest, a_parent_who_joins_a_family_is_stored_without_the_time) {
   EXPECT_THAT(platform.log.printed(), ElementsAre("[AuthState] login - token saved, length: 12"));
 }
 
-TEST_F(AuthStateTest, the_first_check_after_a_first_join_refreshes) {
+TEST_F(AuthStateTest, the_first_check_after_joining_refreshes) {
   launch();
   state->login(token, "p1", "zoe@example.org", "Zoe Lee");
   state->refreshTokenIfNeeded();
@@ -450,7 +450,7 @@ TEST_F(AuthStateTest, the_first_check_after_a_first_join_refreshes) {
   EXPECT_EQ(refreshes(), 1);
 }
 
-TEST_F(AuthStateTest, a_join_keeps_the_older_stamp_and_is_aged_by_it) {
+TEST_F(AuthStateTest, joining_keeps_an_older_time_stamp_which_gives_the_tokens_age) {
   storeSessionAged(1h);
   launch();
   ASSERT_TRUE(dispatch.advance(12h));
@@ -463,7 +463,7 @@ TEST_F(AuthStateTest, a_join_keeps_the_older_stamp_and_is_aged_by_it) {
 
 // Signing out.
 
-TEST_F(AuthStateTest, logging_out_clears_the_session_and_nothing_else) {
+TEST_F(AuthStateTest, logging_out_clears_only_the_session) {
   storeSessionAged(1h);
   settings.set(settings::familyId, "f1");
   settings.set(settings::deviceRole, "parent");
@@ -493,7 +493,7 @@ TEST_F(AuthStateTest, logging_out_keeps_the_remembered_login) {
   EXPECT_EQ(platform.secureItems.items(), before);
 }
 
-TEST_F(AuthStateTest, logging_out_publishes_in_a_fixed_order_and_before_it_clears) {
+TEST_F(AuthStateTest, logging_out_publishes_in_a_fixed_order_before_clearing) {
   launchSignedIn();
   std::vector<std::string> announced;
   const auto subscription = state->observe([&](const Member& member) {
@@ -504,7 +504,7 @@ TEST_F(AuthStateTest, logging_out_publishes_in_a_fixed_order_and_before_it_clear
   EXPECT_THAT(announced, ElementsAre("isLoggedIn", "parentId", "email", "name", "familyId"));
 }
 
-TEST_F(AuthStateTest, a_launch_after_a_logout_finds_no_session_though_the_stamp_is_still_stored) {
+TEST_F(AuthStateTest, a_launch_after_a_logout_has_no_session_although_the_time_stamp_is_stored) {
   launchSignedIn();
   state->logout();
   launch();
@@ -525,7 +525,7 @@ TEST_F(AuthStateTest, a_refresh_that_succeeds_after_a_logout_signs_in_again) {
   EXPECT_EQ(state->parentId(), "p2");
 }
 
-// What screens show of it.
+// Initials and display name.
 
 struct Name {
   std::string name;
@@ -536,7 +536,7 @@ struct Name {
 
 class NameTest : public AuthStateTest, public testing::WithParamInterface<Name> {};
 
-TEST_P(NameTest, gives_the_initials_and_the_name_to_display) {
+TEST_P(NameTest, gives_the_initials_and_the_display_name) {
   launch();
   state->login(token, "p1", GetParam().email, GetParam().name);
   EXPECT_EQ(state->initials(), GetParam().initials);
@@ -554,17 +554,17 @@ INSTANTIATE_TEST_SUITE_P(
                     Name{"", "", "", ""}, Name{"  ann   lee  ", "z", "AL", "  ann   lee  "},
                     // Only the space separates words.
                     Name{"ann\tlee", "z", "AN", "ann\tlee"}, Name{"ann-lee", "z", "AN", "ann-lee"},
-                    // Characters are those that people see, and upper case may be longer.
+                    // Characters are grapheme clusters, and the upper case of a text may be longer.
                     Name{"e\xCC\x81va \U0001F468\u200D\U0001F469\u200D\U0001F467", "z",
                          "E\xCC\x81\U0001F468\u200D\U0001F469\u200D\U0001F467",
                          "e\xCC\x81va \U0001F468\u200D\U0001F469\u200D\U0001F467"},
                     Name{"ßen", "z", "SSE", "ßen"}));
 
-TEST_F(AuthStateTest, the_stamps_key_is_fixed) {
+TEST_F(AuthStateTest, the_key_of_the_time_stamp_is_fixed) {
   EXPECT_EQ(AuthState::tokenTimestampKey, "authTokenTimestamp");
 }
 
-// On the disk, as an installation keeps it.
+// With settings on disk, as in an installation.
 TEST(AuthStateOnDisk, a_logout_leaves_the_token_in_no_file) {
   const TemporaryDirectory directory;
   FakePlatform machine;

@@ -26,7 +26,7 @@ struct Biometrics : testing::Test {
   std::shared_ptr<BiometricAuthManager> make() {
     return std::make_shared<BiometricAuthManager>(machine.biometrics, machine.dispatch, keychain);
   }
-  // What `authenticate` ends with; how often it completed is left in `completions`.
+  // Stores the result of `authenticate`, and counts its completions in `completions`.
   void authenticate(BiometricAuthManager& manager) {
     manager.authenticate([this](const Result<SavedCredentials>& result) {
       ++completions;
@@ -46,7 +46,7 @@ struct Biometrics : testing::Test {
   bool onMain = false;
 };
 
-TEST_F(Biometrics, tells_the_sensor_by_its_number) {
+TEST_F(Biometrics, maps_the_sensors_number_to_its_type) {
   struct Row {
     int type;
     BiometricType expected;
@@ -63,7 +63,7 @@ TEST_F(Biometrics, tells_the_sensor_by_its_number) {
   }
 }
 
-TEST_F(Biometrics, a_sensor_that_cannot_be_used_is_none_though_it_is_there) {
+TEST_F(Biometrics, an_unusable_sensor_counts_as_none) {
   machine.biometrics.available = false;
   machine.biometrics.type = 1;
   const auto manager = make();
@@ -71,7 +71,7 @@ TEST_F(Biometrics, a_sensor_that_cannot_be_used_is_none_though_it_is_there) {
   EXPECT_EQ(manager->biometricType(), BiometricType::none);
 }
 
-TEST_F(Biometrics, availability_is_asked_for_once_and_told_anew_on_request) {
+TEST_F(Biometrics, availability_is_queried_once_and_again_on_request) {
   machine.biometrics.available = false;
   const auto manager = make();
   machine.biometrics.available = true;
@@ -85,7 +85,7 @@ TEST_F(Biometrics, availability_is_asked_for_once_and_told_anew_on_request) {
   EXPECT_EQ(manager->biometricType(), BiometricType::none);
 }
 
-TEST_F(Biometrics, an_answer_that_takes_a_while_is_published_when_it_comes) {
+TEST_F(Biometrics, a_delayed_answer_is_published_on_arrival) {
   machine.biometrics.available = false;
   machine.biometrics.type = 1;
   const auto manager = make();
@@ -95,12 +95,12 @@ TEST_F(Biometrics, an_answer_that_takes_a_while_is_published_when_it_comes) {
   EXPECT_EQ(manager->biometricType(), BiometricType::touchID);
 }
 
-TEST_F(Biometrics, an_answer_that_comes_too_late_meets_nobody) {
+TEST_F(Biometrics, an_answer_after_the_manager_is_destroyed_is_dropped) {
   make();
   machine.biometrics.answerAvailability(true);
 }
 
-TEST_F(Biometrics, without_both_credentials_nobody_is_asked) {
+TEST_F(Biometrics, without_both_credentials_there_is_no_prompt) {
   const auto manager = make();
   for (const auto key : {KeychainService::emailKey, KeychainService::passwordKey}) {
     keychain.save(KeychainService::emailKey, "ann@example.com");
@@ -113,7 +113,7 @@ TEST_F(Biometrics, without_both_credentials_nobody_is_asked) {
   EXPECT_TRUE(machine.biometrics.prompts.empty());
 }
 
-TEST_F(Biometrics, missing_credentials_come_before_a_missing_sensor) {
+TEST_F(Biometrics, missing_credentials_are_reported_before_a_missing_sensor) {
   const auto manager = make();
   machine.biometrics.available = false;
   authenticate(*manager);
@@ -124,7 +124,7 @@ TEST_F(Biometrics, missing_credentials_come_before_a_missing_sensor) {
   EXPECT_TRUE(machine.biometrics.prompts.empty());
 }
 
-TEST_F(Biometrics, a_positive_check_hands_out_the_pair_on_the_main_queue) {
+TEST_F(Biometrics, a_successful_check_returns_the_credentials_on_the_main_queue) {
   const auto manager = make();
   authenticate(*manager);
   EXPECT_EQ(completions, 0);
@@ -136,7 +136,7 @@ TEST_F(Biometrics, a_positive_check_hands_out_the_pair_on_the_main_queue) {
   EXPECT_TRUE(onMain);
 }
 
-TEST_F(Biometrics, empty_credentials_are_credentials) {
+TEST_F(Biometrics, empty_credentials_count_as_credentials) {
   keychain.save(KeychainService::emailKey, "");
   keychain.save(KeychainService::passwordKey, "");
   const auto manager = make();
@@ -174,7 +174,7 @@ TEST_F(Biometrics, every_code_has_its_error) {
   EXPECT_TRUE(machine.log.printed().empty());
 }
 
-TEST_F(Biometrics, credentials_that_go_during_the_prompt_are_gone) {
+TEST_F(Biometrics, credentials_removed_during_the_prompt_are_missing) {
   const auto manager = make();
   machine.biometrics.holding = true;
   authenticate(*manager);
@@ -184,7 +184,7 @@ TEST_F(Biometrics, credentials_that_go_during_the_prompt_are_gone) {
   EXPECT_EQ(failure(), Case::noCredentialsStored);
 }
 
-TEST_F(Biometrics, credentials_that_change_during_the_prompt_are_the_new_ones) {
+TEST_F(Biometrics, credentials_changed_during_the_prompt_are_returned_as_changed) {
   const auto manager = make();
   machine.biometrics.holding = true;
   authenticate(*manager);
@@ -195,7 +195,7 @@ TEST_F(Biometrics, credentials_that_change_during_the_prompt_are_the_new_ones) {
   EXPECT_EQ(outcome->value().password, "newer");
 }
 
-TEST_F(Biometrics, the_end_of_the_manager_ends_its_prompts_in_silence) {
+TEST_F(Biometrics, destroying_the_manager_ends_its_prompts_without_a_completion) {
   auto manager = make();
   machine.biometrics.holding = true;
   authenticate(*manager);
@@ -205,7 +205,7 @@ TEST_F(Biometrics, the_end_of_the_manager_ends_its_prompts_in_silence) {
   EXPECT_EQ(completions, 0);
 }
 
-TEST(BiometricErrors, each_has_its_sentence) {
+TEST(BiometricErrors, each_has_its_message) {
   const std::vector<std::pair<Case, std::string>> sentences{
       {Case::notAvailable, "Biometric authentication is not available on this device"},
       {Case::notEnrolled, "No biometric data is enrolled. Please set up Face ID or Touch ID in Settings."},
@@ -219,7 +219,7 @@ TEST(BiometricErrors, each_has_its_sentence) {
   }
 }
 
-TEST(BiometricsOfAnApplication, are_made_when_first_asked_for_and_only_once) {
+TEST(BiometricsOfAnApplication, are_created_once_on_first_use) {
   TestApplication app;
   const auto isMade = [&] {
     return std::ranges::count(app.environment().madeObjects(), "BiometricAuthManager",

@@ -17,7 +17,7 @@ using Status = SecureItemStatus;
 constexpr auto emailKey = KeychainService::emailKey;
 constexpr auto passwordKey = KeychainService::passwordKey;
 
-// A store that finds whatever the test wants it to find.
+// A store that finds what the test specifies.
 class FindingStore final : public SecureItemStore {
  public:
   Found found;
@@ -37,7 +37,7 @@ struct Keychain : testing::Test {
   const KeychainService keychain{items};
 };
 
-TEST_F(Keychain, the_items_lie_under_their_service_and_accounts) {
+TEST_F(Keychain, items_are_stored_under_their_service_and_accounts) {
   EXPECT_TRUE(keychain.save(emailKey, "ann@example.com"));
   EXPECT_TRUE(keychain.save(passwordKey, "pässwörd 🙂"));
   EXPECT_EQ(items.items(), (Items{{{"live.quillmar.credentials", "savedEmail"}, "ann@example.com"},
@@ -53,19 +53,19 @@ TEST_F(Keychain, saving_again_replaces_the_item) {
   EXPECT_EQ(keychain.load(emailKey), "bob@example.com");
 }
 
-TEST_F(Keychain, an_empty_text_is_an_item_too) {
+TEST_F(Keychain, an_empty_text_is_an_item) {
   EXPECT_TRUE(keychain.save(passwordKey, ""));
   EXPECT_EQ(items.items().size(), 1U);
   EXPECT_EQ(keychain.load(passwordKey), "");
 }
 
-TEST_F(Keychain, a_value_that_is_no_text_changes_nothing) {
+TEST_F(Keychain, a_value_that_is_not_text_changes_nothing) {
   keychain.save(emailKey, "ann@example.com");
   EXPECT_FALSE(keychain.save(emailKey, "\xff\xfe"));
   EXPECT_EQ(keychain.load(emailKey), "ann@example.com");
 }
 
-TEST_F(Keychain, deleting_takes_one_item_and_counts_as_done_without_one) {
+TEST_F(Keychain, deleting_removes_one_item_and_succeeds_without_one) {
   EXPECT_TRUE(keychain.deleteItem(emailKey));
   keychain.save(emailKey, "ann@example.com");
   keychain.save(passwordKey, "secret");
@@ -74,7 +74,7 @@ TEST_F(Keychain, deleting_takes_one_item_and_counts_as_done_without_one) {
   EXPECT_EQ(keychain.load(passwordKey), "secret");
 }
 
-TEST_F(Keychain, a_store_that_refuses_looks_like_an_empty_one) {
+TEST_F(Keychain, a_failing_store_looks_empty) {
   keychain.save(emailKey, "ann@example.com");
   for (const auto status : {Status::interactionNotAllowed, Status::failed, static_cast<Status>(-34018)}) {
     items.failWith(status);

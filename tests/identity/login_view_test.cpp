@@ -63,7 +63,7 @@ struct SavedLogin : Login {
   SavedLogin() : Login([](TestApplication& app) { save(app); }) {}
 };
 
-TEST_F(Login, begins_empty_and_calls_nobody) {
+TEST_F(Login, begins_empty_and_sends_nothing) {
   EXPECT_EQ(screen().email(), "");
   EXPECT_EQ(screen().password(), "");
   EXPECT_FALSE(screen().rememberMe());
@@ -90,7 +90,7 @@ TEST_F(Login, the_entry_animation_runs_from_its_beginning_to_rest) {
   EXPECT_EQ(screen().formOffset(), 0.0);
 }
 
-TEST_F(Login, the_form_wants_an_at_sign_and_a_password_and_no_more) {
+TEST_F(Login, the_form_requires_only_an_at_sign_and_a_password) {
   struct Row {
     std::string email, password;
     bool valid;
@@ -114,7 +114,7 @@ TEST_F(Login, an_invalid_form_sends_nothing) {
   EXPECT_EQ(logins(), 0U);
 }
 
-TEST_F(Login, sends_what_was_typed_to_the_region_chosen) {
+TEST_F(Login, sends_the_input_to_the_chosen_region) {
   type(" ann@example.com ", " pass word ");
   answer(200, signedIn);
   signIn();
@@ -125,7 +125,7 @@ TEST_F(Login, sends_what_was_typed_to_the_region_chosen) {
   EXPECT_EQ(app.screenNames().front(), "DeviceListView");
 }
 
-TEST_F(Login, a_token_of_one_blank_and_a_name_of_three_families_are_a_session) {
+TEST_F(Login, a_blank_token_and_a_name_of_emoji_make_a_session) {
   type("ann@example.com", "secret");
   answer(
       200,
@@ -138,7 +138,7 @@ TEST_F(Login, a_token_of_one_blank_and_a_name_of_three_families_are_a_session) {
   EXPECT_EQ(app.screenNames().front(), "DeviceListView");
 }
 
-TEST_F(Login, is_over_before_what_was_typed_is_remembered_or_forgotten) {
+TEST_F(Login, ends_before_the_input_is_remembered_or_forgotten) {
   for (const bool remembers : {true, false}) {
     TestApplication other(asParent());
     auto& login = other.screen<LoginView>();
@@ -156,7 +156,7 @@ TEST_F(Login, is_over_before_what_was_typed_is_remembered_or_forgotten) {
   }
 }
 
-TEST_F(Login, while_one_sign_in_runs_there_is_no_second) {
+TEST_F(Login, only_one_sign_in_runs_at_a_time) {
   app.machine.http.hold();
   type("ann@example.com", "secret");
   screen().errorAlert.message = std::string("before");
@@ -169,7 +169,7 @@ TEST_F(Login, while_one_sign_in_runs_there_is_no_second) {
   EXPECT_EQ(logins(), 1U);
 }
 
-TEST_F(Login, a_refusal_shows_its_words_and_keeps_the_fields) {
+TEST_F(Login, a_refusal_shows_its_message_and_keeps_the_fields) {
   struct Row {
     int status;
     std::string body;
@@ -199,7 +199,7 @@ TEST_F(Login, a_refusal_shows_its_words_and_keeps_the_fields) {
   }
 }
 
-TEST_F(Login, a_connection_that_fails_or_a_missing_region_raises_the_alert) {
+TEST_F(Login, a_failed_connection_or_a_missing_region_shows_the_alert) {
   type("ann@example.com", "secret");
   app.machine.http.fail("POST", "/auth/login", Kind::notConnectedToInternet);
   signIn();
@@ -213,7 +213,7 @@ TEST_F(Login, a_connection_that_fails_or_a_missing_region_raises_the_alert) {
   EXPECT_EQ(screen().errorAlert.message(), NetworkError::noRegionConfigured().localizedDescription());
 }
 
-TEST_F(Login, a_ticked_box_remembers_what_the_fields_hold_when_the_answer_comes) {
+TEST_F(Login, a_ticked_box_saves_the_fields_as_they_are_when_the_answer_arrives) {
   app.machine.http.hold();
   type("ann@example.com", "secret");
   screen().rememberMe = true;
@@ -227,7 +227,7 @@ TEST_F(Login, a_ticked_box_remembers_what_the_fields_hold_when_the_answer_comes)
   EXPECT_EQ(savedPassword(), "secret2");
 }
 
-TEST_F(Login, a_store_that_refuses_goes_unnoticed) {
+TEST_F(Login, a_failing_store_is_ignored) {
   app.machine.secureItems.setLocked(true);
   type("ann@example.com", "secret");
   screen().rememberMe = true;
@@ -236,7 +236,7 @@ TEST_F(Login, a_store_that_refuses_goes_unnoticed) {
   EXPECT_TRUE(isLoggedIn());
 }
 
-TEST_F(SavedLogin, comes_with_the_address_and_the_tick_but_never_the_password) {
+TEST_F(SavedLogin, fills_in_the_address_and_the_tick_but_never_the_password) {
   EXPECT_EQ(screen().email(), "ann@example.com");
   EXPECT_EQ(screen().password(), "");
   EXPECT_TRUE(screen().rememberMe());
@@ -253,7 +253,7 @@ TEST_F(SavedLogin, an_address_alone_fills_the_field_without_a_button) {
   EXPECT_FALSE(screen().signInWithBiometrics.isEnabled());
 }
 
-TEST_F(SavedLogin, a_password_alone_brings_nothing) {
+TEST_F(SavedLogin, a_saved_password_alone_fills_in_nothing) {
   keychain().deleteItem(KeychainService::emailKey);
   app.restart();
   EXPECT_EQ(screen().email(), "");
@@ -261,21 +261,21 @@ TEST_F(SavedLogin, a_password_alone_brings_nothing) {
   EXPECT_FALSE(screen().hasSavedCredentials());
 }
 
-TEST_F(SavedLogin, a_locked_store_brings_nothing) {
+TEST_F(SavedLogin, a_locked_store_fills_in_nothing) {
   app.machine.secureItems.setLocked(true);
   app.restart();
   EXPECT_EQ(screen().email(), "");
   EXPECT_FALSE(screen().hasSavedCredentials());
 }
 
-TEST_F(SavedLogin, the_box_alone_changes_nothing_stored) {
+TEST_F(SavedLogin, toggling_the_box_stores_nothing) {
   screen().rememberMe = false;
   app.settle();
   EXPECT_EQ(savedEmail(), "ann@example.com");
   EXPECT_EQ(savedPassword(), "saved");
 }
 
-TEST_F(SavedLogin, signing_in_with_the_box_unticked_forgets) {
+TEST_F(SavedLogin, signing_in_with_the_box_unticked_removes_the_saved_login) {
   screen().rememberMe = false;
   screen().password = std::string("typed");
   answer(200, signedIn);
@@ -288,7 +288,7 @@ TEST_F(SavedLogin, signing_in_with_the_box_unticked_forgets) {
   EXPECT_EQ(screen().email(), "");
 }
 
-TEST_F(SavedLogin, after_a_logout_the_address_is_back) {
+TEST_F(SavedLogin, after_a_logout_the_address_is_filled_in) {
   screen().password = std::string("typed");
   answer(200, signedIn);
   signIn();
@@ -317,7 +317,7 @@ TEST_F(SavedLogin, the_button_names_the_sensor) {
   }
 }
 
-TEST_F(SavedLogin, without_a_usable_sensor_there_is_no_button_but_the_memory_works) {
+TEST_F(SavedLogin, without_a_usable_sensor_there_is_no_button_but_the_address_is_filled_in) {
   app.machine.biometrics.available = false;
   app.restart();
   EXPECT_TRUE(screen().hasSavedCredentials());
@@ -326,7 +326,7 @@ TEST_F(SavedLogin, without_a_usable_sensor_there_is_no_button_but_the_memory_wor
   EXPECT_EQ(screen().email(), "ann@example.com");
 }
 
-TEST_F(SavedLogin, a_positive_check_signs_in_with_the_saved_pair_and_leaves_it_alone) {
+TEST_F(SavedLogin, a_successful_check_signs_in_with_the_saved_login_and_keeps_it) {
   screen().rememberMe = false;
   type("other@example.com", "typed");
   answer(200, signedIn);
@@ -337,7 +337,7 @@ TEST_F(SavedLogin, a_positive_check_signs_in_with_the_saved_pair_and_leaves_it_a
   EXPECT_EQ(savedPassword(), "saved");
 }
 
-TEST_F(SavedLogin, it_is_loading_from_the_prompt_to_the_answer) {
+TEST_F(SavedLogin, is_loading_from_the_prompt_to_the_answer) {
   app.machine.biometrics.holding = true;
   app.machine.http.hold();
   screen().errorAlert.message = std::string("before");
@@ -356,7 +356,7 @@ TEST_F(SavedLogin, it_is_loading_from_the_prompt_to_the_answer) {
   EXPECT_FALSE(screen().isLoading());
 }
 
-TEST_F(SavedLogin, a_cancelled_prompt_ends_in_silence) {
+TEST_F(SavedLogin, a_cancelled_prompt_shows_no_alert) {
   app.machine.biometrics.answer = {.success = false, .code = -2};
   signInWithBiometrics();
   EXPECT_FALSE(screen().isLoading());
@@ -365,7 +365,7 @@ TEST_F(SavedLogin, a_cancelled_prompt_ends_in_silence) {
   EXPECT_EQ(logins(), 0U);
 }
 
-TEST_F(SavedLogin, every_other_end_of_the_prompt_is_told) {
+TEST_F(SavedLogin, every_other_prompt_error_is_shown) {
   struct Row {
     std::optional<int> code;
     std::string message;
@@ -387,7 +387,7 @@ TEST_F(SavedLogin, every_other_end_of_the_prompt_is_told) {
   EXPECT_EQ(logins(), 0U);
 }
 
-TEST_F(SavedLogin, credentials_that_have_gone_are_told_without_a_prompt) {
+TEST_F(SavedLogin, missing_credentials_are_reported_without_a_prompt) {
   keychain().deleteItem(KeychainService::passwordKey);
   screen().signInWithBiometrics();
   EXPECT_FALSE(screen().errorAlert.isShown()) << "not before the main queue's turn";
@@ -397,7 +397,7 @@ TEST_F(SavedLogin, credentials_that_have_gone_are_told_without_a_prompt) {
   EXPECT_TRUE(app.machine.biometrics.prompts.empty());
 }
 
-TEST_F(SavedLogin, a_stale_saved_password_is_told_and_kept) {
+TEST_F(SavedLogin, an_outdated_saved_password_is_reported_and_kept) {
   answer(401, "{}");
   signInWithBiometrics();
   EXPECT_FALSE(screen().isLoading());
@@ -417,7 +417,7 @@ TEST_F(Login, the_two_links_open_their_sheets) {
   EXPECT_EQ(app.screenNames(), (Names{"LoginView", "JoinFamilyView"}));
 }
 
-TEST_F(Login, coming_back_from_a_sheet_is_no_new_appearance) {
+TEST_F(Login, returning_from_a_sheet_is_not_a_new_appearance) {
   type("ann@example.com", "secret");
   screen().signUp();
   save(app);
@@ -426,7 +426,7 @@ TEST_F(Login, coming_back_from_a_sheet_is_no_new_appearance) {
   EXPECT_EQ(screen().password(), "secret");
 }
 
-TEST_F(Login, an_answer_for_a_screen_that_has_gone_is_dropped) {
+TEST_F(Login, an_answer_for_a_destroyed_screen_is_dropped) {
   app.machine.http.hold();
   type("ann@example.com", "secret");
   screen().rememberMe = true;
@@ -440,7 +440,7 @@ TEST_F(Login, an_answer_for_a_screen_that_has_gone_is_dropped) {
   EXPECT_EQ(savedEmail(), std::nullopt);
 }
 
-TEST_F(Login, the_sentences_are_the_systems_own) {
+TEST_F(Login, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.logo(), "QuillmarLogo");
   EXPECT_EQ(texts.title(), "Quillmar");

@@ -42,7 +42,7 @@ struct Registration : testing::Test {
   TestApplication app{asParent()};
 };
 
-TEST_F(Registration, begins_empty_with_the_button_out_of_use) {
+TEST_F(Registration, begins_empty_with_the_button_disabled) {
   for (const auto* field :
        {&screen().name, &screen().email, &screen().phone, &screen().password, &screen().confirmPassword}) {
     EXPECT_EQ((*field)(), "") << field->name();
@@ -66,7 +66,7 @@ TEST_F(Registration, the_entry_animation_runs_from_its_beginning_to_rest) {
   EXPECT_EQ(screen().formOffset(), 0.0);
 }
 
-TEST_F(Registration, every_rule_alone_keeps_the_button_out_of_use) {
+TEST_F(Registration, each_rule_alone_disables_the_button) {
   fill();
   EXPECT_TRUE(screen().createAccount.isEnabled());
   struct Row {
@@ -93,7 +93,7 @@ TEST_F(Registration, every_rule_alone_keeps_the_button_out_of_use) {
   EXPECT_TRUE(screen().isFormValid());
 }
 
-TEST_F(Registration, any_ten_characters_are_a_phone_number_and_blanks_are_a_name) {
+TEST_F(Registration, any_ten_characters_are_a_phone_number_and_blanks_a_name) {
   fill();
   for (const std::string phone : {"0123456789", "+ + + + + ", "callmelater"}) {
     screen().phone = phone;
@@ -104,7 +104,7 @@ TEST_F(Registration, any_ten_characters_are_a_phone_number_and_blanks_are_a_name
   EXPECT_TRUE(screen().isFormValid());
 }
 
-TEST_F(Registration, five_characters_are_too_short_however_strong) {
+TEST_F(Registration, a_five_character_password_is_too_short_however_strong) {
   fill();
   screen().password = std::string("ab1!c");
   screen().confirmPassword = std::string("ab1!c");
@@ -132,7 +132,7 @@ TEST_F(Registration, the_meter_counts_four_points) {
                         {"٣abcdef€", 4, "Strong", "brandGreen"},
                         {"abcdefg ", 2, "Fair", "brandOrange"},
                         {"éèàùçêîô", 2, "Fair", "brandOrange"},
-                        // Three characters, each a family, which are symbols.
+                        // Three emoji families: one character each, all symbols.
                         {"👨‍👩‍👧👨‍👩‍👧👨‍👩‍👧", 1, "Weak", "brandRed"}}) {
     screen().password = row.password;
     EXPECT_TRUE(screen().showsStrength());
@@ -142,7 +142,7 @@ TEST_F(Registration, the_meter_counts_four_points) {
   }
 }
 
-TEST_F(Registration, as_many_bars_are_coloured_as_there_are_points) {
+TEST_F(Registration, one_bar_is_coloured_per_point) {
   const std::vector<std::string> passwords{"a", "abcdef", "abcdefgh", "abcdefg1", "abcdef1!"};
   for (std::size_t points = 0; points < passwords.size(); ++points) {
     screen().password = passwords[points];
@@ -155,7 +155,7 @@ TEST_F(Registration, as_many_bars_are_coloured_as_there_are_points) {
   }
 }
 
-TEST_F(Registration, a_mismatch_shows_only_once_something_was_repeated) {
+TEST_F(Registration, a_mismatch_is_shown_only_after_something_was_repeated) {
   screen().password = std::string("secret");
   EXPECT_FALSE(screen().showsMismatch());
   screen().confirmPassword = std::string("s");
@@ -166,7 +166,7 @@ TEST_F(Registration, a_mismatch_shows_only_once_something_was_repeated) {
   EXPECT_TRUE(screen().showsMismatch());
 }
 
-TEST_F(Registration, sends_what_was_typed_with_the_region) {
+TEST_F(Registration, sends_the_input_with_the_region) {
   fill();
   screen().name = std::string(" Ann ");
   answer(200, registered);
@@ -175,7 +175,7 @@ TEST_F(Registration, sends_what_was_typed_with_the_region) {
                         R"("name":" Ann ","region":"australia"})");
 }
 
-TEST_F(Registration, every_region_has_its_word) {
+TEST_F(Registration, every_region_is_sent_by_its_raw_value) {
   fill();
   const std::vector<std::pair<Region, std::string>> words{
       {Region::australia, "australia"}, {Region::newzealand, "newzealand"}, {Region::singapore, "singapore"}};
@@ -189,7 +189,7 @@ TEST_F(Registration, every_region_has_its_word) {
   EXPECT_EQ(sentBody().find("region"), std::string::npos);
 }
 
-TEST_F(Registration, a_success_signs_in_and_leads_to_the_dashboard_without_saving_a_login) {
+TEST_F(Registration, a_success_signs_in_and_shows_the_dashboard_without_saving_a_login) {
   fill();
   answer(200, registered);
   create();
@@ -201,7 +201,7 @@ TEST_F(Registration, a_success_signs_in_and_leads_to_the_dashboard_without_savin
   EXPECT_TRUE(app.machine.secureItems.items().empty());
 }
 
-TEST_F(Registration, the_session_is_open_before_the_sheet_goes) {
+TEST_F(Registration, the_session_is_open_before_the_sheet_is_dismissed) {
   Names steps;
   const auto session = app.environment().authState()->isLoggedIn.onChange([&] {
     EXPECT_TRUE(app.find<LoginView>()->showRegister());
@@ -219,7 +219,7 @@ TEST_F(Registration, the_session_is_open_before_the_sheet_goes) {
   EXPECT_EQ(steps, (Names{"session", "gone"}));
 }
 
-TEST_F(Registration, a_refusal_shows_its_words_and_keeps_the_form) {
+TEST_F(Registration, a_refusal_shows_its_message_and_keeps_the_form) {
   struct Row {
     int status;
     std::string body;
@@ -245,7 +245,7 @@ TEST_F(Registration, a_refusal_shows_its_words_and_keeps_the_form) {
   }
 }
 
-TEST_F(Registration, without_a_stored_region_the_services_client_says_so) {
+TEST_F(Registration, without_a_stored_region_the_clients_error_is_shown) {
   fill();
   app.machine.settings.remove(settings::region);
   create();
@@ -254,7 +254,7 @@ TEST_F(Registration, without_a_stored_region_the_services_client_says_so) {
   EXPECT_EQ(screen().errorAlert.message(), NetworkError::noRegionConfigured().localizedDescription());
 }
 
-TEST_F(Registration, while_one_runs_there_is_no_second) {
+TEST_F(Registration, only_one_registration_runs_at_a_time) {
   app.machine.http.hold();
   fill();
   screen().errorAlert.message = std::string("before");
@@ -266,7 +266,7 @@ TEST_F(Registration, while_one_runs_there_is_no_second) {
   EXPECT_EQ(registrations(), 1U);
 }
 
-TEST_F(Registration, an_answer_after_the_sheet_was_put_away_is_dropped) {
+TEST_F(Registration, an_answer_after_the_sheet_was_dismissed_is_dropped) {
   app.machine.http.hold();
   fill();
   answer(200, registered);
@@ -278,7 +278,7 @@ TEST_F(Registration, an_answer_after_the_sheet_was_put_away_is_dropped) {
   EXPECT_EQ(app.screenNames(), Names{"LoginView"});
 }
 
-TEST_F(Registration, the_sentences_are_the_systems_own) {
+TEST_F(Registration, the_texts_are_exact) {
   const auto& texts = screen();
   EXPECT_EQ(texts.title(), "Create Account");
   EXPECT_EQ(texts.subtitle(), "Start protecting your family today");

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Names = std::vector<std::string>;
 
-// A child's page on the parent's machine, while the child's machine looks names up.
+// A child's page on the parent's machine, while the child's machine makes DNS queries.
 struct ActivityJourney : testing::Test {
   ActivityJourney() {
     child.machine.deviceInfo.deviceName = "Mia's Phone";
@@ -53,7 +53,7 @@ struct ActivityJourney : testing::Test {
   bool kdig(const std::string& name) { return kdigResolves(service, child.child().dohEndpoint(), name); }
   bool curl(const std::string& name) { return curlResolves(service, child.child().dohEndpoint(), name); }
 
-  // Just beyond the threshold, and let go.
+  // Drags just beyond the threshold and releases.
   template <class Row>
   void swipe(Row& row) {
     const double dx = row.swipeThreshold() > 0 ? row.swipeThreshold() + 1 : row.swipeThreshold() - 1;
@@ -80,7 +80,7 @@ struct ActivityJourney : testing::Test {
   Child child{service, time};
 };
 
-TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_the_next_tick) {
+TEST_F(ActivityJourney, queries_of_kdig_and_curl_are_on_the_real_time_tab_at_the_next_tick) {
   EXPECT_EQ(page().selectedTab(), ChildDetailTab::realTime);
   EXPECT_EQ(page().activitySection.noRecentText(), "No recent activity");
   EXPECT_TRUE(kdig("www.site.example"));
@@ -99,7 +99,7 @@ TEST_F(ActivityJourney, what_kdig_and_curl_look_up_is_on_the_real_time_tab_at_th
   EXPECT_THAT(recent(), ElementsAre("site.example", "weather.example")) << "once, by its newest entry";
 }
 
-TEST_F(ActivityJourney, the_policy_of_a_moment_before_decides_and_a_swipe_allows_again) {
+TEST_F(ActivityJourney, a_new_policy_applies_to_the_next_query_and_a_swipe_allows_again) {
   EXPECT_TRUE(curl("www.games.example"));
   blockTheInternet(true);
   EXPECT_EQ(page().policySection.blockWarning(),
@@ -125,7 +125,7 @@ TEST_F(ActivityJourney, the_policy_of_a_moment_before_decides_and_a_swipe_allows
   EXPECT_TRUE(kdig("www.site.example"));
 }
 
-TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_a_swipe) {
+TEST_F(ActivityJourney, the_blocked_tab_shows_blocked_sites_and_a_swipe_allows_them) {
   choose(ChildDetailTab::sitesBlocked);
   EXPECT_TRUE(kdig("www.site.example"));
   EXPECT_TRUE(kdig("www.friends.example"));
@@ -145,7 +145,7 @@ TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_
   EXPECT_FALSE(page().activitySection.blocked.rows[0].dragChanged(90.0, 0.0)) << "it can be allowed once";
   EXPECT_TRUE(curl("www.friends.example"));
 
-  // A site in both lists stays blocked until it is taken out of its own list.
+  // A site in both lists stays blocked until it is removed from the blocked list.
   swipe(page().activitySection.blocked.rows[1]);
   EXPECT_THAT(page().policySection.allowedDomains(), ElementsAre("friends.example", "ads.example"));
   EXPECT_FALSE(kdig("pixel.ads.example"));
@@ -154,7 +154,7 @@ TEST_F(ActivityJourney, the_blocked_tab_shows_what_was_blocked_and_allows_it_by_
   EXPECT_TRUE(kdig("pixel.ads.example"));
 }
 
-TEST_F(ActivityJourney, the_allowed_tab_shows_what_was_visited_and_blocks_it_by_a_swipe) {
+TEST_F(ActivityJourney, the_allowed_tab_shows_visited_sites_and_a_swipe_blocks_them) {
   choose(ChildDetailTab::sitesAllowed);
   EXPECT_TRUE(kdig("www.videos.example"));
   EXPECT_THAT(visited(), IsEmpty());
@@ -169,7 +169,7 @@ TEST_F(ActivityJourney, the_allowed_tab_shows_what_was_visited_and_blocks_it_by_
   EXPECT_THAT(blocked(), ElementsAre("videos.example"));
 }
 
-TEST_F(ActivityJourney, a_site_that_is_allowed_for_good_is_taken_back_by_a_swipe) {
+TEST_F(ActivityJourney, a_swipe_removes_a_permanently_allowed_site) {
   blockTheInternet(true);
   page().policySection.newDomain = std::string("school.example");
   parent.press(page().policySection.addAllowedSite);
@@ -183,7 +183,7 @@ TEST_F(ActivityJourney, a_site_that_is_allowed_for_good_is_taken_back_by_a_swipe
   EXPECT_TRUE(kdig("www.apple.com"));
 }
 
-TEST_F(ActivityJourney, each_span_of_time_holds_what_belongs_to_it) {
+TEST_F(ActivityJourney, each_time_span_shows_its_own_entries) {
   choose(ChildDetailTab::sitesAllowed);
   EXPECT_TRUE(kdig("www.site.example"));
   time.advance(60s);
@@ -204,7 +204,7 @@ TEST_F(ActivityJourney, each_span_of_time_holds_what_belongs_to_it) {
   EXPECT_THAT(visitedIn(ActivityTimeFilter::today), ElementsAre("site.example"));
 }
 
-TEST_F(ActivityJourney, devices_of_one_child_are_one_list_and_another_childs_are_not_in_it) {
+TEST_F(ActivityJourney, the_list_has_all_devices_of_one_child_and_no_others) {
   parent.press(page().done);
   Child tablet(service, time);
   tablet.machine.deviceInfo.deviceName = "Mia's Tablet";
@@ -232,7 +232,7 @@ TEST_F(ActivityJourney, devices_of_one_child_are_one_list_and_another_childs_are
   EXPECT_FALSE(page().policySection.isBlocked());
 }
 
-TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes_back_by_a_link) {
+TEST_F(ActivityJourney, unlinking_hides_a_device_and_its_queries_and_linking_restores_them) {
   blockSite("ads.example");
   EXPECT_FALSE(kdig("ads.example"));
   tick();
@@ -262,7 +262,7 @@ TEST_F(ActivityJourney, an_unlinked_device_goes_with_what_it_looked_up_and_comes
   EXPECT_THAT(recent(), ElementsAre("ads.example"));
 }
 
-TEST_F(ActivityJourney, a_failing_service_leaves_the_list_as_it_was_and_says_nothing) {
+TEST_F(ActivityJourney, a_failing_service_keeps_the_list_without_a_message) {
   EXPECT_TRUE(kdig("www.site.example"));
   tick();
   sandbox::Misbehaviour broken;
@@ -280,7 +280,7 @@ TEST_F(ActivityJourney, a_failing_service_leaves_the_list_as_it_was_and_says_not
   EXPECT_THAT(recent(), ElementsAre("other.example", "site.example"));
 }
 
-TEST_F(ActivityJourney, a_page_that_was_closed_asks_no_more) {
+TEST_F(ActivityJourney, a_closed_page_sends_nothing) {
   parent.press(page().done);
   service->clearRequests();
   EXPECT_TRUE(kdig("www.site.example"));

@@ -19,7 +19,7 @@ using Operation = SimulatedTunnel::Operation;
 
 const std::string checkinTarget = "/api/v1/device/checkin";
 
-// A child's device against the real service, by its first screens.
+// A child's device and the real service, from the first screens on.
 struct ChildJourney : testing::Test {
   ChildJourney() { device.machine.tunnel.behaveLikePlatform(); }
 
@@ -82,7 +82,7 @@ TEST_F(ChildJourney, from_the_first_tap_to_a_protected_screen) {
   }
 }
 
-TEST_F(ChildJourney, an_hour_of_life) {
+TEST_F(ChildJourney, an_hour_of_operation) {
   enrol();
   service->clearRequests();
   device.machine.tunnel.forgetCalls();
@@ -92,7 +92,7 @@ TEST_F(ChildJourney, an_hour_of_life) {
   EXPECT_EQ(saves(), 0) << "nothing changed, nothing is written";
   EXPECT_TRUE(device.child().isDohConfigured());
 
-  // The service moves the device to another endpoint.
+  // The service changes the device's endpoint.
   ASSERT_TRUE(service->moveEndpoint(device.child().deviceID(), "https://moved.example/dns-query"));
   device.advance(1min);
   EXPECT_EQ(configuredEndpoint(), "https://moved.example/dns-query");
@@ -101,7 +101,7 @@ TEST_F(ChildJourney, an_hour_of_life) {
   device.advance(5min);
   EXPECT_EQ(saves(), 1);
 
-  // The tunnel drops and comes back within its next check.
+  // The tunnel disconnects, and reconnects by its next check.
   device.machine.tunnel.setStatus(TunnelStatus::disconnected);
   device.settle();
   EXPECT_EQ(home().cards().at(1).value, "Disconnected");
@@ -109,7 +109,7 @@ TEST_F(ChildJourney, an_hour_of_life) {
   EXPECT_EQ(home().cards().at(1).value, "Active");
   device.advance(44s);
 
-  // The service fails for ten minutes; the protection goes on.
+  // The service fails for ten minutes; the protection continues.
   sandbox::Misbehaviour broken;
   broken.failEverything = true;
   service->misbehave(broken);
@@ -129,7 +129,7 @@ TEST_F(ChildJourney, an_hour_of_life) {
   EXPECT_EQ(saves(), 1);
 }
 
-TEST_F(ChildJourney, a_restart_goes_on_where_it_was) {
+TEST_F(ChildJourney, a_restart_restores_the_state) {
   enrol();
   const std::string deviceId = device.child().deviceID();
   device.restart();
@@ -141,7 +141,7 @@ TEST_F(ChildJourney, a_restart_goes_on_where_it_was) {
   EXPECT_EQ(device.machine.tunnel.saved().size(), 1U);
 }
 
-TEST_F(ChildJourney, reset_and_enrolled_again_under_a_new_id) {
+TEST_F(ChildJourney, a_reset_device_is_enrolled_again_with_a_new_id) {
   enrol();
   const std::string formerId = device.child().deviceID();
   home().openSettings();
@@ -159,7 +159,7 @@ TEST_F(ChildJourney, reset_and_enrolled_again_under_a_new_id) {
   EXPECT_EQ(configuredEndpoint(), device.child().dohEndpoint());
 }
 
-TEST_F(ChildJourney, a_code_that_nobody_approves_times_out_and_can_be_asked_for_again) {
+TEST_F(ChildJourney, an_unapproved_code_times_out_and_a_new_one_can_be_requested) {
   becomeChild();
   const std::string code = startEnrollment();
   device.advance(10min);
@@ -170,7 +170,7 @@ TEST_F(ChildJourney, a_code_that_nobody_approves_times_out_and_can_be_asked_for_
   EXPECT_NE(startEnrollment(), code);
 }
 
-TEST_F(ChildJourney, a_lost_service_while_waiting_is_survived_without_a_word) {
+TEST_F(ChildJourney, a_service_outage_while_waiting_shows_no_message) {
   becomeChild();
   const std::string code = startEnrollment();
   sandbox::Misbehaviour dropping;
@@ -184,7 +184,7 @@ TEST_F(ChildJourney, a_lost_service_while_waiting_is_survived_without_a_word) {
   EXPECT_EQ(device.screenNames(), Names{"ChildHomeView"});
 }
 
-TEST_F(ChildJourney, a_service_that_names_no_endpoint_leaves_the_code_standing) {
+TEST_F(ChildJourney, a_completion_without_an_endpoint_keeps_the_code) {
   becomeChild();
   const std::string code = startEnrollment();
   sandbox::Misbehaviour silent;
@@ -198,7 +198,7 @@ TEST_F(ChildJourney, a_service_that_names_no_endpoint_leaves_the_code_standing) 
   EXPECT_FALSE(device.child().isEnrolled());
 }
 
-TEST_F(ChildJourney, two_devices_beside_each_other_are_two) {
+TEST_F(ChildJourney, two_devices_are_independent) {
   TestApplication other({}, service.network());
   other.machine.tunnel.behaveLikePlatform();
   enrol();

@@ -7,7 +7,7 @@
 #include "tests/journeys/real_service.h"
 #include "tests/sandbox/support/run_command.h"
 
-// DNS over HTTPS by programs that know nothing of this system; the service's certificate is verified.
+// DNS over HTTPS lookups by other programs; they verify the service's certificate.
 namespace quillmar {
 
 // By kdig. False: the name does not exist.
@@ -22,8 +22,8 @@ inline bool kdigResolves(const RealService& service, const std::string& endpoint
   return exists;
 }
 
-// By curl on its way to a page of that name. It never gets there: what it sends from its own loopback address
-// leads nowhere.
+// By curl, before it fetches a page from that name. False: the name does not exist. The page itself can't be
+// reached from the loopback address.
 inline bool curlResolves(const RealService& service, const std::string& endpoint, const std::string& name) {
   constexpr int couldNotResolveHost = 6;
   constexpr int couldNotConnect = 7;

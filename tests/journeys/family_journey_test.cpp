@@ -23,7 +23,7 @@ using testing::IsEmpty;
 using testing::Not;
 using Names = std::vector<std::string>;
 
-// Ann, who has a family, and Ben, who is to belong to it: two whole applications.
+// Two whole applications: Ann has a family, Ben is to join it.
 struct FamilyJourney : testing::Test {
   FamilyJourney() {
     ann.chooseRole();
@@ -32,7 +32,7 @@ struct FamilyJourney : testing::Test {
     ben.chooseRole();
   }
 
-  // The family's page, loaded anew.
+  // Opens the family page, which loads.
   FamilyMembersView& openFamily(Parent& parent) {
     if (auto* shown = parent.dashboard().showFamilyMembers.get()) {
       parent.press(shown->done);
@@ -41,7 +41,7 @@ struct FamilyJourney : testing::Test {
     return *parent.dashboard().showFamilyMembers;
   }
 
-  // The text of the invitation's picture.
+  // Creates an invitation; returns the text of its QR code.
   std::string invite() {
     auto& family = openFamily(ann);
     ann.press(family.createInvitation);
@@ -59,7 +59,7 @@ struct FamilyJourney : testing::Test {
   }
   void scan(JoinFamilyView& joining, const std::string& text) {
     ben.press(joining.scanQRCode);
-    // Kept, since the scanner goes with what it scanned.
+    // A copy: scanning dismisses the scanner.
     const auto hand = joining.showScanner->onScan;
     hand(text);
     ben.settle();
@@ -78,7 +78,7 @@ struct FamilyJourney : testing::Test {
     EXPECT_EQ(ben.screenNames(), Names{"DeviceListView"});
   }
 
-  // Ben as Ann's page shows him.
+  // Ben's row on Ann's page.
   FamilyMemberRow& rowOfBen() { return openFamily(ann).memberRows[1]; }
   void flip(std::string_view permission) {
     ann.press(rowOfBen().edit);
@@ -95,7 +95,7 @@ struct FamilyJourney : testing::Test {
     parent.press(parent.card().tap);
     return parent.screen<ChildDetailView>();
   }
-  // What the alert says after Ben tried; empty where it went well.
+  // Blocks the site as Ben; returns the alert's message, empty on success.
   std::string blockAsBen(const std::string& site) {
     auto& page = pageOfMia(ben);
     page.policySection.newBlockedDomain = site;
@@ -125,7 +125,7 @@ struct FamilyJourney : testing::Test {
     return names;
   }
 
-  // To the sheet that asks for the password.
+  // Opens the sheet that asks for the password.
   DeleteAccountSheet& openDeletion(Parent& parent) {
     parent.press(parent.dashboard().openSettings);
     auto& settings = parent.screen<SettingsView>();
@@ -151,10 +151,10 @@ struct FamilyJourney : testing::Test {
   RealService service{time.clock()};
   Parent ann{service, time};
   Parent ben{service, time};
-  std::string code;  // of the last invitation
+  std::string code;  // of the newest invitation
 };
 
-TEST_F(FamilyJourney, an_invitation_goes_by_its_picture_from_one_machine_to_the_other) {
+TEST_F(FamilyJourney, an_invitation_is_scanned_from_one_machine_by_the_other) {
   const std::string text = invite();
   EXPECT_EQ(code.size(), 6U);
   EXPECT_THAT(text, HasSubstr("code=" + code));
@@ -202,7 +202,7 @@ TEST_F(FamilyJourney, an_invitation_goes_by_its_picture_from_one_machine_to_the_
   EXPECT_FALSE(bensFamily.memberRows[1].canEdit());
 }
 
-TEST_F(FamilyJourney, a_session_that_began_by_joining_is_refreshed_at_the_next_start) {
+TEST_F(FamilyJourney, a_session_started_by_joining_is_refreshed_at_the_next_start) {
   joinAsBen();
   const std::string first = ben.setting("authToken");
   service->clearRequests();
@@ -214,7 +214,7 @@ TEST_F(FamilyJourney, a_session_that_began_by_joining_is_refreshed_at_the_next_s
   EXPECT_THAT(children(ben), ElementsAre("Mia"));
 }
 
-TEST_F(FamilyJourney, a_code_typed_in_small_letters_does_the_same) {
+TEST_F(FamilyJourney, a_code_typed_in_lower_case_works_too) {
   invite();
   auto& joining = openJoining();
   std::string typed = code;
@@ -227,7 +227,7 @@ TEST_F(FamilyJourney, a_code_typed_in_small_letters_does_the_same) {
   EXPECT_THAT(children(ben), ElementsAre("Mia"));
 }
 
-TEST_F(FamilyJourney, invitations_that_are_no_longer_good_let_nobody_in) {
+TEST_F(FamilyJourney, invalid_invitations_are_refused) {
   const auto warningFor = [&](const std::string& text) {
     auto& joining = openJoining();
     scan(joining, text);
@@ -270,7 +270,7 @@ TEST_F(FamilyJourney, invitations_that_are_no_longer_good_let_nobody_in) {
   EXPECT_EQ(third.warning(), "This invitation was used already.");
 }
 
-TEST_F(FamilyJourney, what_was_taken_away_meets_access_denied_and_what_was_left_still_works) {
+TEST_F(FamilyJourney, revoked_permissions_are_denied_and_the_others_still_work) {
   joinAsBen();
   EXPECT_EQ(blockAsBen("ads.example"), "");
   EXPECT_EQ(addChildAsBen("Leo"), "");
@@ -293,7 +293,7 @@ TEST_F(FamilyJourney, what_was_taken_away_meets_access_denied_and_what_was_left_
   EXPECT_EQ(addChildAsBen("Max"), "Access denied");
 }
 
-TEST_F(FamilyJourney, a_toggle_shows_what_its_sheet_was_opened_with) {
+TEST_F(FamilyJourney, a_toggle_keeps_the_value_from_opening_the_sheet) {
   joinAsBen();
   ann.press(rowOfBen().edit);
   auto& family = *ann.dashboard().showFamilyMembers;
@@ -310,7 +310,7 @@ TEST_F(FamilyJourney, a_toggle_shows_what_its_sheet_was_opened_with) {
   EXPECT_FALSE(family.showMemberSheet->permissions.find("isActive")->isOn());
 }
 
-TEST_F(FamilyJourney, a_disabled_member_sees_the_family_and_no_child_until_it_is_enabled_again) {
+TEST_F(FamilyJourney, a_disabled_member_sees_the_family_but_no_child_until_enabled_again) {
   joinAsBen();
   flip("isActive");
   time.advance(30s);
@@ -325,7 +325,7 @@ TEST_F(FamilyJourney, a_disabled_member_sees_the_family_and_no_child_until_it_is
   EXPECT_THAT(children(ben), ElementsAre("Mia"));
 }
 
-TEST_F(FamilyJourney, a_member_who_was_removed_has_no_family_any_more) {
+TEST_F(FamilyJourney, a_removed_member_has_no_family) {
   joinAsBen();
   ann.press(rowOfBen().edit);
   auto& family = *ann.dashboard().showFamilyMembers;
@@ -354,7 +354,7 @@ TEST_F(FamilyJourney, a_member_who_was_removed_has_no_family_any_more) {
   EXPECT_THAT(children(ann), ElementsAre("Mia"));
 }
 
-TEST_F(FamilyJourney, an_account_is_deleted_by_the_right_password_only) {
+TEST_F(FamilyJourney, an_account_is_deleted_only_with_the_right_password) {
   joinAsBen();
   auto& sheet = openDeletion(ann);
   EXPECT_FALSE(sheet.deleteMyAccount.isEnabled()) << "without a password";
@@ -378,7 +378,7 @@ TEST_F(FamilyJourney, an_account_is_deleted_by_the_right_password_only) {
   EXPECT_NE(signIn(ann, "ann@example.com"), "");
   EXPECT_EQ(ann.screenNames(), Names{"LoginView"});
 
-  // The family went with her; Ben's account did not.
+  // The family was deleted with Ann's account; Ben's account remains.
   time.advance(30s);
   EXPECT_THAT(children(ben), IsEmpty());
   EXPECT_EQ(ben.screenNames(), Names{"DeviceListView"});
@@ -388,7 +388,7 @@ TEST_F(FamilyJourney, an_account_is_deleted_by_the_right_password_only) {
   EXPECT_THAT(children(ann), IsEmpty());
 }
 
-TEST_F(FamilyJourney, a_member_who_deletes_its_account_leaves_the_family_as_it_was) {
+TEST_F(FamilyJourney, a_member_deleting_the_account_does_not_change_the_family) {
   joinAsBen();
   EXPECT_EQ(addChildAsBen("Leo"), "");
   deleteWith(ben, openDeletion(ben), Parent::password);

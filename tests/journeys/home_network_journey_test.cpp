@@ -20,14 +20,14 @@ using Names = std::vector<std::string>;
 const std::string homeAddress = "203.0.113.24";
 const std::string newAddress = "198.51.100.7";
 
-// A parent at home, whose address changes.
+// A parent at home, whose public address changes.
 struct HomeNetworkJourney : testing::Test {
   HomeNetworkJourney() {
     parent.chooseRole();
     parent.signUp("Ann Fielding", "ann@example.com");
   }
 
-  // The page, loaded anew.
+  // Opens the page, which loads.
   HomeNetworkView& open() {
     if (const auto shown = parent.find<HomeNetworkView>()) {
       parent.press(shown->done);
@@ -59,7 +59,7 @@ struct HomeNetworkJourney : testing::Test {
   Parent parent{service, time};
 };
 
-TEST_F(HomeNetworkJourney, a_home_is_set_up_once_the_question_is_answered) {
+TEST_F(HomeNetworkJourney, a_home_network_is_set_up_after_confirmation) {
   auto& page = open();
   EXPECT_EQ(page.content(), HomeNetworkContent::setUp);
   EXPECT_EQ(page.detectedIP(), homeAddress);
@@ -83,7 +83,7 @@ TEST_F(HomeNetworkJourney, a_home_is_set_up_once_the_question_is_answered) {
   EXPECT_EQ(open().content(), HomeNetworkContent::status) << "the service has kept it";
 }
 
-TEST_F(HomeNetworkJourney, a_changed_address_is_seen_and_registered_by_a_person_at_home) {
+TEST_F(HomeNetworkJourney, a_changed_address_is_shown_and_registered_after_confirmation) {
   setUp();
   time.advance(1h);
   moveTo(newAddress);
@@ -107,7 +107,7 @@ TEST_F(HomeNetworkJourney, a_changed_address_is_seen_and_registered_by_a_person_
   EXPECT_THAT(values(page), ElementsAre(newAddress, newAddress, StartsWith("Oct 8, 2016 at 11:31")));
 }
 
-TEST_F(HomeNetworkJourney, a_second_set_up_by_a_page_that_did_not_know_says_why_not) {
+TEST_F(HomeNetworkJourney, a_second_set_up_from_an_outdated_page_shows_the_error) {
   auto& page = open();
   Parent other(service, time);
   other.chooseRole();

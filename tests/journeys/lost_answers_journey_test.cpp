@@ -16,8 +16,8 @@ using testing::ElementsAre;
 
 enum class Wire { http1, http2 };
 
-// A parent whose taps reach the service, and whose answers do not come back: the connection ends after the
-// service has carried the call out.
+// A parent whose requests reach the service but whose answers are lost: the connection closes after the
+// service has handled the call.
 class LostAnswers : public testing::TestWithParam<Wire> {
  protected:
   LostAnswers() {
@@ -28,7 +28,7 @@ class LostAnswers : public testing::TestWithParam<Wire> {
     service->clearRequests();
   }
 
-  // More than any client would try.
+  // More losses than any client would retry.
   void loseAnswers() {
     sandbox::Misbehaviour dropping;
     dropping.dropCount = 100;
@@ -59,7 +59,7 @@ class LostAnswers : public testing::TestWithParam<Wire> {
 
 constexpr const char* lost = "The network connection was lost.";
 
-TEST_P(LostAnswers, one_tap_makes_one_child) {
+TEST_P(LostAnswers, one_tap_creates_one_child) {
   parent.press(parent.dashboard().addChild);
   auto& form = *parent.dashboard().showAddChild;
   form.name = std::string("Zoe");
@@ -84,7 +84,7 @@ TEST_P(LostAnswers, a_name_is_sent_once) {
   EXPECT_EQ(service.count("PUT", path), 1);
 }
 
-TEST_P(LostAnswers, a_deletion_is_sent_once_and_is_no_success) {
+TEST_P(LostAnswers, a_deletion_is_sent_once_and_is_not_a_success) {
   auto& page = pageOfMia();
   const std::string path = pathOfMia();
   parent.press(page.deleteProfile);
@@ -94,7 +94,7 @@ TEST_P(LostAnswers, a_deletion_is_sent_once_and_is_no_success) {
   EXPECT_EQ(page.errorAlert.message(), lost);
 }
 
-TEST_P(LostAnswers, the_children_are_asked_for_once_more_and_then_no_more) {
+TEST_P(LostAnswers, the_children_are_requested_once_more_and_not_again) {
   loseAnswers();
   parent.press(parent.dashboard().loadChildren);
   EXPECT_EQ(service.count("GET", "/api/v1/children"), 2);

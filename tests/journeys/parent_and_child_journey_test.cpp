@@ -26,14 +26,14 @@ using Operation = SimulatedTunnel::Operation;
 
 const std::string diagnosis = "\n\n[Debug: Token: Yes, Region: Yes]";
 
-// A parent's whole application and a child's, two machines and one service.
+// A parent's and a child's whole application: two machines and one service.
 struct ParentAndChildJourney : testing::Test {
   ParentAndChildJourney() {
     child.machine.deviceInfo.deviceName = "Mia's Phone";
     time.settle();
   }
 
-  // A signed-in parent of Mia, and her machine as it comes out of the box.
+  // Signs in a parent with the child Mia; the child's machine is new.
   void begin() {
     parent.chooseRole();
     parent.signUp("Ann Fielding", "ann@example.com");
@@ -47,7 +47,7 @@ struct ParentAndChildJourney : testing::Test {
     return payload.ok() ? payload.value().enrollmentCode : std::string();
   }
 
-  // "GET /api/v1/…", in order, since the last `clearRequests`.
+  // The requests since the last `clearRequests`, in order, as "GET /api/v1/…".
   Names calls() const {
     Names lines;
     for (const auto& request : service->requests()) {
@@ -73,7 +73,7 @@ struct ParentAndChildJourney : testing::Test {
     EXPECT_EQ(child.home().panel().heading, "Internet Protection Active");
   }
 
-  // In the sheets' order: done with the success, back on the dashboard.
+  // The sheets' order: done on the success page, then the dashboard.
   void expectSuccessAndFinish() {
     EXPECT_EQ(parent.scanner().stage(), ScannerStage::success);
     parent.press(parent.scanner().done);
@@ -87,7 +87,7 @@ struct ParentAndChildJourney : testing::Test {
 };
 
 TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) {
-  // The parent's account, and a child.
+  // The parent registers and adds a child.
   EXPECT_THAT(parent.machine.settings.all(), IsEmpty());
   parent.chooseRole();
   EXPECT_EQ(parent.setting("com.quillmar.deviceRole"), "parent");
@@ -116,7 +116,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_EQ(parent.screenNames(), (Names{"DeviceListView", "AddDeviceSheet", "ScannerView"}));
   EXPECT_TRUE(parent.machine.qrReader.isRunning());
 
-  // 1: the child's first tap.
+  // 1: the child's device starts its enrollment.
   child.chooseRole();
   EXPECT_EQ(child.setting("com.quillmar.deviceRole"), "child");
   service->clearRequests();
@@ -129,7 +129,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_NE(asked.at("device_id"), deviceId) << "the service's id counts";
   EXPECT_EQ(child.enrollment().enrollmentCode().size(), 8U);
 
-  // 2: the picture, and the polls, which change nothing on the machine.
+  // 2: the QR code, and polls that change nothing on the machine.
   EXPECT_EQ(Json::parse(picture), (Json{{"enrollment_code", child.enrollment().enrollmentCode()},
                                         {"device_id", deviceId},
                                         {"device_name", "Mia's Phone"},
@@ -140,7 +140,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_THAT(child.machine.settings.all(), testing::SizeIs(1)) << "the role and nothing else";
   EXPECT_THAT(child.machine.tunnel.calls(), IsEmpty());
 
-  // 3: the parent scans, changes the name, and completes.
+  // 3: the parent scans, edits the name and completes.
   parent.scan(picture);
   EXPECT_FALSE(parent.machine.qrReader.isRunning());
   EXPECT_EQ(scanner.stage(), ScannerStage::review);
@@ -160,7 +160,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_EQ(parent.card().onlineText(), "0 online");
   EXPECT_EQ(parent.machine.settings.all(), parentsSettings) << "nothing of children or devices stays here";
 
-  // 4 and 5: the next poll, and what it leaves behind.
+  // 4 and 5: the next poll succeeds, and the enrollment is stored.
   EXPECT_EQ(child.screenNames(), Names{"ChildEnrollmentView"});
   time.advance(5s);
   EXPECT_EQ(polls(deviceId), 3);
@@ -175,7 +175,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
                                                  {"child_dohBaseUrl", child.child().dohBaseUrl()},
                                                  {"com.quillmar.apiBaseURL", service->secureUrl()}}));
 
-  // 6: the work of an enrolled device begins.
+  // 6: the background work starts.
   service->clearRequests();
   time.advance(2s);
   EXPECT_EQ(service.count("POST", "/api/v1/device/checkin"), 1);
@@ -193,12 +193,12 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_TRUE(child.child().isDohConfigured());
   EXPECT_EQ(child.home().panel().heading, "Internet Protection Active");
 
-  // The parent sees it at the dashboard's next refresh.
+  // The dashboard's next refresh shows the device to the parent.
   time.advance(30s);
   EXPECT_EQ(parent.card().onlineText(), "1 online");
   EXPECT_TRUE(parent.card().deviceLines().at(0).isOnline);
 
-  // 8: a check-in moves the endpoint, and a tunnel that went down comes back.
+  // 8: a check-in changes the endpoint, and a disconnected tunnel reconnects.
   ASSERT_TRUE(service->moveEndpoint(deviceId));
   time.advance(1min);
   EXPECT_NE(child.setting("child_dohEndpoint"), endpoint);
@@ -209,7 +209,7 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   EXPECT_EQ(child.machine.tunnel.status(0), TunnelStatus::connected);
 }
 
-TEST_F(ParentAndChildJourney, both_start_again_and_are_where_they_were) {
+TEST_F(ParentAndChildJourney, both_restart_and_restore_their_state) {
   begin();
   parent.enrol(child);
   expectEnrolled();
@@ -226,7 +226,7 @@ TEST_F(ParentAndChildJourney, both_start_again_and_are_where_they_were) {
   EXPECT_EQ(child.home().headline(), "Protection Active");
 }
 
-TEST_F(ParentAndChildJourney, a_first_attempt_that_the_child_cancels_leaves_nothing_behind) {
+TEST_F(ParentAndChildJourney, an_attempt_cancelled_by_the_child_has_no_effect) {
   begin();
   const std::string firstPicture = child.startEnrollment();
   const std::string firstDevice = child.enrollment().deviceId();
@@ -251,7 +251,7 @@ TEST_F(ParentAndChildJourney, a_first_attempt_that_the_child_cancels_leaves_noth
   EXPECT_EQ(parent.card().deviceCount(), "1");
 }
 
-TEST_F(ParentAndChildJourney, a_first_attempt_that_the_parent_cancels_enrols_nobody) {
+TEST_F(ParentAndChildJourney, an_attempt_cancelled_by_the_parent_enrols_nothing) {
   begin();
   const std::string picture = child.startEnrollment();
   parent.openScanner();
@@ -264,7 +264,7 @@ TEST_F(ParentAndChildJourney, a_first_attempt_that_the_parent_cancels_enrols_nob
   EXPECT_EQ(parent.card().deviceCount(), "0");
   EXPECT_EQ(child.enrollment().stage(), EnrollmentStage::code);
 
-  // The code still stands and may be scanned again.
+  // The code is still valid and can be scanned again.
   parent.openScanner();
   EXPECT_EQ(parent.scanner().stage(), ScannerStage::scanning);
   parent.scan(picture);
@@ -273,7 +273,7 @@ TEST_F(ParentAndChildJourney, a_first_attempt_that_the_parent_cancels_enrols_nob
   expectEnrolled();
 }
 
-TEST_F(ParentAndChildJourney, a_code_that_expires_under_the_parents_finger_is_refused_and_a_new_one_works) {
+TEST_F(ParentAndChildJourney, a_code_that_expires_before_completion_is_refused_and_a_new_one_works) {
   begin();
   parent.openScanner();
   parent.scan(child.startEnrollment());
@@ -322,7 +322,7 @@ TEST_F(ParentAndChildJourney, a_token_that_expires_before_the_completion_is_refr
   expectEnrolled();
 }
 
-TEST_F(ParentAndChildJourney, a_token_that_cannot_be_refreshed_asks_for_a_login_and_ends_no_session) {
+TEST_F(ParentAndChildJourney, a_token_that_cannot_be_refreshed_shows_an_error_and_keeps_the_session) {
   begin();
   parent.openScanner();
   parent.scan(child.startEnrollment());
@@ -346,7 +346,7 @@ TEST_F(ParentAndChildJourney, a_token_that_cannot_be_refreshed_asks_for_a_login_
   expectEnrolled();
 }
 
-TEST_F(ParentAndChildJourney, a_service_that_is_down_for_a_minute_is_waited_for_by_both) {
+TEST_F(ParentAndChildJourney, both_wait_for_a_service_that_is_down_for_a_minute) {
   begin();
   parent.openScanner();
   parent.scan(child.startEnrollment());
@@ -378,7 +378,7 @@ TEST_F(ParentAndChildJourney, a_service_that_is_down_for_a_minute_is_waited_for_
   EXPECT_EQ(parent.card().deviceCount(), "1");
 }
 
-TEST_F(ParentAndChildJourney, an_answer_that_is_lost_on_its_way_to_the_parent_still_enrols_the_child) {
+TEST_F(ParentAndChildJourney, a_lost_answer_to_the_parent_still_enrols_the_child) {
   begin();
   parent.openScanner();
   parent.scan(child.startEnrollment());
@@ -404,7 +404,7 @@ TEST_F(ParentAndChildJourney, an_answer_that_is_lost_on_its_way_to_the_parent_st
   EXPECT_EQ(parent.card().onlineText(), "1 online");
 }
 
-TEST_F(ParentAndChildJourney, a_picture_of_something_else_reaches_nobody) {
+TEST_F(ParentAndChildJourney, an_unrelated_picture_sends_nothing) {
   begin();
   parent.openScanner();
   service->clearRequests();
@@ -423,7 +423,7 @@ TEST_F(ParentAndChildJourney, a_picture_of_something_else_reaches_nobody) {
   expectEnrolled();
 }
 
-TEST_F(ParentAndChildJourney, a_console_is_registered_by_hand_without_a_child_application) {
+TEST_F(ParentAndChildJourney, a_console_is_registered_manually_without_a_child_application) {
   begin();
   parent.press(parent.card().addDevice);
   parent.press(parent.dashboard().showAddDevice->addConsole);

@@ -18,7 +18,7 @@
 #include "tests/journeys/real_service.h"
 #include "tests/journeys/shared_time.h"
 
-// People with a machine each, by what they do on its screens.
+// People, each with a machine, and their actions on its screens.
 namespace quillmar {
 
 class Person : public TestApplication {
@@ -30,7 +30,7 @@ class Person : public TestApplication {
 
   std::string setting(std::string_view key) { return machine.settings.string(key).value_or(""); }
 
-  // What a camera before this machine's screen reads.
+  // The text that a camera reads from this code on screen.
   std::string textInPicture(const QRCodeView& code) {
     const auto modules = code.modules(machine.qrEncoder);
     return modules ? textOf(readPictureOf(*modules)) : std::string();
@@ -51,7 +51,7 @@ class Child : public Person {
   ChildEnrollmentView& enrollment() { return screen<ChildEnrollmentView>(); }
   ChildHomeView& home() { return screen<ChildHomeView>(); }
 
-  // What the picture on this machine's screen says then.
+  // Starts the enrollment; returns the text of the QR code on screen.
   std::string startEnrollment() {
     EXPECT_TRUE(enrollment().startEnrollment());
     settle();
@@ -95,7 +95,7 @@ class Parent : public Person {
     press(form.createChildProfile);
   }
 
-  // Up to the camera, for the first child.
+  // Opens the camera for the first child.
   ScannerView& openScanner() {
     press(card().addDevice);
     press(dashboard().showAddDevice->addPhone);
@@ -108,7 +108,7 @@ class Parent : public Person {
     settle();
   }
 
-  // Makes a device of the first child: from its own first tap until its next poll may hear of it.
+  // Enrols a device for the first child, from its start until the next poll can succeed.
   void enrol(Child& child) {
     openScanner();
     scan(child.startEnrollment());
@@ -116,7 +116,7 @@ class Parent : public Person {
     press(scanner().done);
   }
 
-  // A control that has to be in use.
+  // Runs a control, which must be enabled.
   template <class Control>
   void press(Control& control) {
     EXPECT_TRUE(control()) << control.name();

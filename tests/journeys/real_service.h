@@ -19,17 +19,17 @@ class RealService {
 
   sandbox::Service* operator->() const { return service_.get(); }
 
-  // Over TLS, verified against the service's own authority.
+  // Over TLS; the certificate is verified with the service's own CA.
   TestApplication::Network network() const {
     return realNetwork(service_->secureUrl(), service_->caFile().string());
   }
 
-  // In clear and by HTTP/1.1, where TLS leads to HTTP/2.
+  // Over plain HTTP/1.1, whereas TLS negotiates HTTP/2.
   TestApplication::Network plainNetwork() const {
     return realNetwork(service_->url(), service_->caFile().string());
   }
 
-  // How often the service was asked for this since the last `clearRequests`.
+  // The number of these requests since the last `clearRequests`.
   std::ptrdiff_t count(const std::string& method, const std::string& target) const {
     const auto requests = service_->requests();
     return std::ranges::count_if(requests, [&](const sandbox::Request& request) {

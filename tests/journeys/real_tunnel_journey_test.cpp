@@ -51,13 +51,13 @@ World& environment() {
 
 NetworkManagerWorld& world() { return *environment(); }
 
-// A child's device against the real service, with its tunnel in the real NetworkManager. What the bus brings
-// is waited for; the application's own time is virtual.
+// A child's device with the real service, and its tunnel in the real NetworkManager. Tests wait for D-Bus;
+// the application's own time is virtual.
 class RealTunnelJourney : public testing::Test {
  protected:
   RealTunnelJourney() { world().tidy(); }
 
-  // As a person of no special rights where NetworkManager is reached over a relay.
+  // Reaches NetworkManager over a relay, as an unprivileged user.
   static TestApplication::MakeTunnel tunnelOver(const std::string& busAddress) {
     return [busAddress](Dispatch& time) {
       NetworkManagerTunnel::Options options;
@@ -83,16 +83,16 @@ class RealTunnelJourney : public testing::Test {
     becomeChild();
     enrol();
     ASSERT_TRUE(becomes([this] { return device.vpn().isConnected(); }));
-    // Until a check has seen that it is.
+    // Waits until a check has seen the tunnel connected.
     ASSERT_TRUE(passesInto([this] { return device.child().isDohConfigured(); }));
   }
 
-  // Waits for the bus while the application's time stands still.
+  // Waits for D-Bus while the application's time stands still.
   bool becomes(const std::function<bool()>& predicate) {
     return device.machine.dispatch.settleUntil(predicate);
   }
-  // Lets the application's next checks come until it holds. NetworkManager takes time of its own for what
-  // they begin, so more of them may pass than a person would see.
+  // Advances to the application's next checks until `predicate` holds. NetworkManager needs real time for
+  // what they start, so more checks may pass than in normal use.
   bool passesInto(const std::function<bool()>& predicate) {
     const auto deadline = std::chrono::steady_clock::now() + 60s;
     while (!predicate() && std::chrono::steady_clock::now() < deadline) {
@@ -101,7 +101,7 @@ class RealTunnelJourney : public testing::Test {
     }
     return predicate();
   }
-  // However soon it comes back.
+  // Whether the connection is lost, even if only briefly.
   bool isSeenToFail(const std::function<void()>& breaking) {
     bool failed = false;
     const auto watching =
@@ -109,7 +109,7 @@ class RealTunnelJourney : public testing::Test {
     breaking();
     return becomes([&] { return failed; });
   }
-  // By then NetworkManager has answered what it was asked before.
+  // Returns after NetworkManager has answered all earlier requests.
   void reachNetworkManager() {
     bool answered = false;
     device.vpn().loadExistingConfig([&] { answered = true; });
@@ -119,7 +119,7 @@ class RealTunnelJourney : public testing::Test {
   ChildHomeView& home() { return device.screen<ChildHomeView>(); }
   std::string protection() { return home().cards().at(1).value; }
 
-  // What the outside witness says of the one connection.
+  // A property of the only connection, read with an independent tool.
   static std::string property(const std::string& name) {
     return world().nmcli({"-g", name, "connection", "show", description});
   }
@@ -135,7 +135,7 @@ class RealTunnelJourney : public testing::Test {
     return world().nmcli({"-g", "NAME", "connection", "show", "--active"}).find(description) !=
            std::string::npos;
   }
-  // What the tunnel program was asked to carry last.
+  // The settings last passed to the tunnel program.
   static std::map<std::string, std::string> carried() { return world().program().connections().back(); }
   // What the tunnel program reads when NetworkManager tells it of a change.
   static std::map<std::string, std::string> saved() {
@@ -153,7 +153,7 @@ class RealTunnelJourney : public testing::Test {
   TestApplication device{{}, service.network(), tunnelOver(world().bus().address())};
 };
 
-TEST_F(RealTunnelJourney, from_the_first_tap_to_a_connection_that_the_systems_own_tools_show) {
+TEST_F(RealTunnelJourney, from_the_first_tap_to_a_connection_visible_to_system_tools) {
   becomeChild();
   EXPECT_EQ(tunnels(), "") << "nothing is configured before a parent has approved";
   enrol();
@@ -170,7 +170,7 @@ TEST_F(RealTunnelJourney, from_the_first_tap_to_a_connection_that_the_systems_ow
   EXPECT_EQ(home().panel().heading, "Internet Protection Active");
 }
 
-TEST_F(RealTunnelJourney, another_endpoint_of_the_service_is_saved_for_the_tunnel_that_is_up) {
+TEST_F(RealTunnelJourney, a_changed_endpoint_is_saved_while_the_tunnel_stays_up) {
   protect();
   const auto uuid = property("connection.uuid");
   const auto before = world().program().connections().size();
@@ -195,21 +195,21 @@ TEST_F(RealTunnelJourney, ten_quiet_minutes_change_nothing) {
   EXPECT_EQ(protection(), "Active");
 }
 
-TEST_F(RealTunnelJourney, a_tunnel_that_drops_is_shown_and_comes_back) {
+TEST_F(RealTunnelJourney, a_dropped_tunnel_is_shown_and_reconnected) {
   protect();
   EXPECT_TRUE(isSeenToFail([] { world().program().drop(); }));
   EXPECT_TRUE(passesInto([this] { return protection() == "Active"; }));
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(RealTunnelJourney, a_tunnel_that_a_person_takes_down_is_started_again) {
+TEST_F(RealTunnelJourney, a_tunnel_stopped_by_a_person_is_started_again) {
   protect();
   EXPECT_TRUE(isSeenToFail([] { world().nmcli({"connection", "down", description}); }));
   EXPECT_TRUE(passesInto([this] { return protection() == "Active"; }));
   EXPECT_TRUE(isUp());
 }
 
-TEST_F(RealTunnelJourney, a_restarted_application_finds_its_running_tunnel_and_leaves_it_alone) {
+TEST_F(RealTunnelJourney, a_restarted_application_keeps_its_running_tunnel) {
   protect();
   const auto uuid = property("connection.uuid");
   const auto asked = world().program().connections().size();
@@ -220,7 +220,7 @@ TEST_F(RealTunnelJourney, a_restarted_application_finds_its_running_tunnel_and_l
   EXPECT_EQ(world().program().connections().size(), asked);
 }
 
-TEST_F(RealTunnelJourney, a_device_enrolled_again_uses_its_connection_again) {
+TEST_F(RealTunnelJourney, a_device_enrolled_again_reuses_its_connection) {
   protect();
   const auto uuid = property("connection.uuid");
   home().openSettings();
@@ -235,7 +235,7 @@ TEST_F(RealTunnelJourney, a_device_enrolled_again_uses_its_connection_again) {
   EXPECT_EQ(property("connection.uuid"), uuid);
 }
 
-TEST_F(RealTunnelJourney, a_networkmanager_that_ends_is_shown_and_the_protection_comes_back_with_it) {
+TEST_F(RealTunnelJourney, a_stopped_networkmanager_is_shown_and_the_protection_returns_with_it) {
   protect();
   EXPECT_TRUE(isSeenToFail([] { world().stop(); }));
   world().start();
@@ -244,7 +244,7 @@ TEST_F(RealTunnelJourney, a_networkmanager_that_ends_is_shown_and_the_protection
   EXPECT_EQ(tunnels(), description + "\n");
 }
 
-// Somebody who needs an administrator's permission.
+// A user who needs an administrator's permission.
 class GuestJourney : public RealTunnelJourney {
  protected:
   GuestJourney() { world().permissions().grant(false); }
@@ -253,7 +253,7 @@ class GuestJourney : public RealTunnelJourney {
   TestApplication guest{{}, service.network(), tunnelOver(relay.address())};
 };
 
-TEST_F(GuestJourney, a_refused_permission_is_said_and_asked_for_again_by_the_button) {
+TEST_F(GuestJourney, a_denied_permission_is_shown_and_the_button_asks_again) {
   guest.screen<RoleSelectionView>().cards.find("child")->action();
   guest.settle();
   guest.screen<ChildEnrollmentView>().startEnrollment();

@@ -57,7 +57,7 @@ struct SessionJourney : testing::Test {
   Parent parent{service, time};
 };
 
-TEST_F(SessionJourney, after_a_short_sleep_the_token_is_kept) {
+TEST_F(SessionJourney, a_short_suspend_keeps_the_token) {
   const std::string token = parent.setting("authToken");
   sleep(12h);
   wake();
@@ -65,7 +65,7 @@ TEST_F(SessionJourney, after_a_short_sleep_the_token_is_kept) {
   EXPECT_EQ(parent.setting("authToken"), token);
 }
 
-TEST_F(SessionJourney, after_a_night_the_token_is_fresh_before_anything_fails) {
+TEST_F(SessionJourney, after_a_night_the_token_is_refreshed_before_any_call_fails) {
   const std::string token = parent.setting("authToken");
   sleep(12h + 1s);
   EXPECT_THAT(service->requests(), IsEmpty());
@@ -78,7 +78,7 @@ TEST_F(SessionJourney, after_a_night_the_token_is_fresh_before_anything_fails) {
   expectSignedIn();
 }
 
-TEST_F(SessionJourney, after_a_week_an_expired_token_still_leads_to_a_new_one) {
+TEST_F(SessionJourney, after_a_week_an_expired_token_can_still_be_refreshed) {
   sleep(24h * 7);
   parent.restart();
   time.settle();
@@ -86,7 +86,7 @@ TEST_F(SessionJourney, after_a_week_an_expired_token_still_leads_to_a_new_one) {
   expectSignedIn();
 }
 
-TEST_F(SessionJourney, after_nine_days_only_a_new_sign_in_helps_and_nobody_is_thrown_out) {
+TEST_F(SessionJourney, after_nine_days_a_new_sign_in_is_needed_but_the_session_is_kept) {
   const std::string token = parent.setting("authToken");
   sleep(24h * 9);
   wake();
@@ -100,7 +100,7 @@ TEST_F(SessionJourney, after_nine_days_only_a_new_sign_in_helps_and_nobody_is_th
   expectSignedIn();
 }
 
-TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_more) {
+TEST_F(SessionJourney, signing_out_removes_the_account_and_sends_nothing_more) {
   parent.press(parent.dashboard().logout);
   parent.press(parent.dashboard().logoutConfirmation.cancel);
   expectSignedIn();
@@ -120,7 +120,7 @@ TEST_F(SessionJourney, signing_out_forgets_the_account_and_asks_the_service_no_m
   expectSignedIn();
 }
 
-TEST_F(SessionJourney, a_remembered_sign_in_is_released_by_a_face_and_forgotten_by_the_next_one) {
+TEST_F(SessionJourney, a_remembered_sign_in_works_by_face_and_is_removed_by_the_next_sign_in) {
   signOut();
   EXPECT_FALSE(parent.screen<LoginView>().showsBiometricButton());
   signIn(Parent::password, true);

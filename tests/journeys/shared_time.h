@@ -13,15 +13,15 @@
 
 namespace quillmar {
 
-// One time for the service and for all machines that were included: none of them is ever ahead of another.
+// One time for the service and all included machines: they always agree.
 class SharedTime {
  public:
-  // For the service.
+  // The clock for the service.
   sandbox::Clock clock() const {
     return [now = now_] { return std::chrono::system_clock::time_point(now->load().time_since_epoch()); };
   }
 
-  // A new machine, which has to outlive the last use of this time.
+  // Includes a machine, which must outlive the last use of this time.
   void include(VirtualDispatch& machine) { machines_.push_back(&machine); }
 
   void settle() {

@@ -38,7 +38,7 @@ TEST_F(Alerts, are_members_of_their_screen) {
                                  "showRemoval", "confirmRemoval", "cancelRemoval"));
 }
 
-TEST_F(Alerts, come_up_with_their_message_and_go_when_a_person_has_read_it) {
+TEST_F(Alerts, show_their_message_until_dismissed) {
   EXPECT_FALSE(screen->errorAlert.dismiss()) << "there is nothing to dismiss";
   std::string told;
   const auto listening =
@@ -51,7 +51,7 @@ TEST_F(Alerts, come_up_with_their_message_and_go_when_a_person_has_read_it) {
   EXPECT_EQ(screen->errorAlert.message(), "The request timed out.") << "it is still drawn as it goes";
 }
 
-TEST_F(Alerts, ask_before_anything_is_done) {
+TEST_F(Alerts, ask_before_the_effect_runs) {
   EXPECT_FALSE(screen->removal.confirm()) << "nothing was asked";
   screen->removal.ask();
   EXPECT_TRUE(screen->removal.isShown());
@@ -61,7 +61,7 @@ TEST_F(Alerts, ask_before_anything_is_done) {
   EXPECT_FALSE(screen->removal.confirm()) << "once is enough";
 }
 
-TEST_F(Alerts, do_nothing_where_the_answer_is_no) {
+TEST_F(Alerts, do_nothing_if_cancelled) {
   EXPECT_FALSE(screen->removal.cancel());
   screen->removal.ask();
   EXPECT_TRUE(screen->removal.cancel());

@@ -16,7 +16,7 @@ TEST(AvatarColor, stays_the_same_for_a_name_in_one_process) {
   }
 }
 
-TEST(AvatarColor, is_one_of_six_and_each_of_them_is_used) {
+TEST(AvatarColor, is_one_of_six_and_all_six_are_used) {
   std::set<SemanticColor> seen;
   for (int i = 0; i < 1000; ++i) {
     seen.insert(avatarColor(nameOf(i)));
@@ -34,13 +34,13 @@ TEST(AvatarColor, may_differ_between_runs) {
   EXPECT_GT(seen.size(), 1U);
 }
 
-TEST(AvatarColor, even_an_empty_name_has_one) { EXPECT_EQ(avatarColor(""), avatarColor("")); }
+TEST(AvatarColor, exists_for_an_empty_name) { EXPECT_EQ(avatarColor(""), avatarColor("")); }
 
-TEST(AvatarColor, the_platforms_orange_is_not_the_brands) {
+TEST(AvatarColor, system_orange_differs_from_brand_orange) {
   EXPECT_NE(color(SemanticColor::systemOrange), color(SemanticColor::brandOrange));
 }
 
-TEST(AvatarLetter, is_the_first_character_as_it_is_written) {
+TEST(AvatarLetter, is_the_first_character_in_its_own_case) {
   EXPECT_EQ(avatarLetter("Mia"), "M");
   EXPECT_EQ(avatarLetter("mia"), "m");
   EXPECT_EQ(avatarLetter("👨‍👩‍👧 and more"), "👨‍👩‍👧");

@@ -47,14 +47,14 @@ TEST(Colors, of_any_other_length_are_opaque_black) {
   }
 }
 
-TEST(Colors, keep_what_was_read_before_a_character_that_is_no_hex_digit) {
+TEST(Colors, keep_the_digits_before_the_first_non_hex_character) {
   EXPECT_EQ(colorFromHex("12G"), bytes(0, 0x11, 0x22));
   EXPECT_EQ(colorFromHex("12G456"), bytes(0, 0, 0x12));
   EXPECT_EQ(colorFromHex("zzz"), black);
   EXPECT_EQ(colorFromHex("zzzzzzzz"), bytes(0, 0, 0, 0));
 }
 
-TEST(Colors, count_a_hex_prefix_to_the_length) {
+TEST(Colors, count_a_0x_prefix_as_part_of_the_length) {
   EXPECT_EQ(colorFromHex("0x7"), bytes(0, 0, 0x77));
   EXPECT_EQ(colorFromHex("0x1234"), bytes(0, 0x12, 0x34));
   EXPECT_EQ(colorFromHex("0xF"), bytes(0, 0, 255));
@@ -102,7 +102,7 @@ TEST(Colors, by_scheme_come_in_pairs) {
   EXPECT_EQ(colors(SchemeColor::card).light, bytes(0xF2, 0xF2, 0xF7));
 }
 
-TEST(Colors, let_what_lies_under_a_separator_or_a_sheet_through) {
+TEST(Colors, are_translucent_for_separators_and_dimming) {
   EXPECT_EQ(colors(SchemeColor::separator).dark, (Color{1, 1, 1, 0.12}));
   EXPECT_EQ(colors(SchemeColor::dim).dark, (Color{0, 0, 0, 0.55}));
   EXPECT_EQ(colors(SchemeColor::dim).light, (Color{0, 0, 0, 0.4}));

@@ -19,7 +19,7 @@ Device phone() {
   return device;
 }
 
-TEST(DeviceTexts, take_the_services_word_for_who_is_online) {
+TEST(DeviceTexts, use_the_services_online_state) {
   auto device = phone();
   device.isActive = true;
   device.isOnline = false;
@@ -29,14 +29,14 @@ TEST(DeviceTexts, take_the_services_word_for_who_is_online) {
   EXPECT_TRUE(effectiveOnline(device));
 }
 
-TEST(DeviceTexts, take_a_device_in_use_for_online_when_the_service_does_not_say) {
+TEST(DeviceTexts, use_is_active_if_the_service_does_not_say) {
   auto device = phone();
   EXPECT_FALSE(effectiveOnline(device));
   device.isActive = true;
   EXPECT_TRUE(effectiveOnline(device));
 }
 
-TEST(DeviceTexts, call_a_device_by_the_name_that_the_parent_gave) {
+TEST(DeviceTexts, prefer_the_parents_name_for_a_device) {
   auto device = phone();
   EXPECT_EQ(deviceDisplayName(device), "Ben's phone");
   device.friendlyName = "";
@@ -47,7 +47,7 @@ TEST(DeviceTexts, call_a_device_by_the_name_that_the_parent_gave) {
   EXPECT_EQ(deviceDisplayName(device), "Benny");
 }
 
-TEST(DeviceTexts, do_not_say_when_a_device_was_seen_that_is_online) {
+TEST(DeviceTexts, omit_last_seen_for_an_online_device) {
   auto device = phone();
   device.lastSeenAt = "2024-03-15T11:55:00Z";
   device.isOnline = true;
@@ -57,7 +57,7 @@ TEST(DeviceTexts, do_not_say_when_a_device_was_seen_that_is_online) {
   EXPECT_EQ(lastSeenText(device, now, styles), "Online now");
 }
 
-TEST(DeviceTexts, say_when_a_device_was_seen_last) {
+TEST(DeviceTexts, show_when_a_device_was_last_seen) {
   auto device = phone();
   device.isActive = true;
   device.isOnline = false;
@@ -69,7 +69,7 @@ TEST(DeviceTexts, say_when_a_device_was_seen_last) {
   EXPECT_EQ(lastSeenText(device, now, styles), "Last seen ");
 }
 
-TEST(DeviceTexts, say_when_a_device_changed_last_if_it_was_never_seen) {
+TEST(DeviceTexts, show_the_last_change_of_a_device_that_was_never_seen) {
   EXPECT_EQ(lastSeenText(phone(), now, styles), "Last seen 2 hours ago");
 }
 

@@ -16,7 +16,7 @@ const DateStyles inSydney("en_US", "Australia/Sydney");  // eleven hours ahead i
 
 std::string after(Duration age) { return relativeTimestamp("2024-03-15T12:00:00Z", noon + age, inSydney); }
 
-TEST(RelativeTimestamp, counts_in_the_largest_unit_and_cuts) {
+TEST(RelativeTimestamp, uses_the_largest_unit_and_rounds_down) {
   const std::vector<std::pair<Duration, std::string>> cases = {
       {0s, "Just now"},
       {59s, "Just now"},
@@ -43,7 +43,7 @@ TEST(RelativeTimestamp, counts_in_the_largest_unit_and_cuts) {
   }
 }
 
-TEST(RelativeTimestamp, takes_the_future_for_now) {
+TEST(RelativeTimestamp, shows_the_future_as_just_now) {
   EXPECT_EQ(after(-1ms), "Just now");
   EXPECT_EQ(after(-10000h), "Just now");
 }
@@ -67,12 +67,12 @@ TEST(RelativeTimestamp, falls_back_to_local_time_when_the_zone_cannot_be_read) {
   EXPECT_EQ(relativeTimestamp("2024-03-15T22:00:00z", noon, inSydney), "1 hour ago");
 }
 
-TEST(RelativeTimestamp, writes_the_date_in_the_devices_zone) {
+TEST(RelativeTimestamp, shows_the_date_in_the_devices_time_zone) {
   EXPECT_EQ(relativeTimestamp("2024-03-15T12:59:59Z", noon + 1000h, inSydney), "Mar 15, 2024");
   EXPECT_EQ(relativeTimestamp("2024-03-15T13:00:00Z", noon + 1000h, inSydney), "Mar 16, 2024");
 }
 
-TEST(RelativeTimestamp, gives_back_what_is_no_time) {
+TEST(RelativeTimestamp, returns_a_text_that_is_not_a_time_unchanged) {
   for (const std::string text : {"", "yesterday", "2024-03-15", "2024-13-15T12:00:00Z", "2024-02-30T12:00:00",
                                  "é\u0301", "\xff", " 2024-03-15T12:00:00Z", "%s%n"}) {
     EXPECT_EQ(relativeTimestamp(text, noon, inSydney), text);

@@ -16,7 +16,7 @@ using testing::SizeIs;
 
 using Diary = std::vector<std::string>;
 
-// A screen that writes down what happens to it.
+// A screen that records its callbacks.
 class Page : public ScreenModel {
  public:
   Page(Diary& diary, std::string name) : ScreenModel("Page"), diary_(diary), name_(std::move(name)) {
@@ -77,7 +77,7 @@ class Root final : public ObservableObject {
 
 class ScreenModelTest : public testing::Test {
  protected:
-  // The entries since the last look.
+  // Returns and clears the recorded entries.
   Diary news() { return std::exchange(diary, {}); }
 
   Diary diary;
@@ -91,14 +91,14 @@ using APresentedScreen = ScreenModelTest;
 
 TEST_F(AScreen, is_not_on_screen_before_it_appears) { EXPECT_FALSE(outer->isOnScreen()); }
 
-TEST_F(AScreen, appears_once_however_often_it_is_told) {
+TEST_F(AScreen, appears_once_even_if_told_twice) {
   outer->appear();
   outer->appear();
   EXPECT_TRUE(outer->isOnScreen());
   EXPECT_THAT(news(), ElementsAre("outer appears"));
 }
 
-TEST_F(AScreen, disappears_once_however_often_it_is_told) {
+TEST_F(AScreen, disappears_once_even_if_told_twice) {
   outer->appear();
   outer->disappear();
   outer->disappear();
@@ -106,7 +106,7 @@ TEST_F(AScreen, disappears_once_however_often_it_is_told) {
   EXPECT_THAT(news(), ElementsAre("outer appears", "outer disappears"));
 }
 
-TEST_F(AScreen, does_not_disappear_when_it_never_appeared) {
+TEST_F(AScreen, does_not_disappear_if_it_never_appeared) {
   outer->disappear();
   EXPECT_THAT(news(), IsEmpty());
 }
@@ -118,13 +118,13 @@ TEST_F(AScreen, appears_again_after_it_disappeared) {
   EXPECT_THAT(news(), ElementsAre("outer appears", "outer disappears", "outer appears"));
 }
 
-TEST_F(AScreen, stays_when_it_dismisses_itself_and_nobody_presents_it) {
+TEST_F(AScreen, stays_if_it_dismisses_itself_without_a_presenter) {
   outer->appear();
   outer->dismiss();
   EXPECT_TRUE(outer->isOnScreen());
 }
 
-TEST_F(ASheet, is_nothing_before_its_flag_is_set) {
+TEST_F(ASheet, does_not_exist_before_its_flag_is_set) {
   EXPECT_FALSE(outer->showInner());
   EXPECT_EQ(outer->showInner.get(), nullptr);
   EXPECT_THAT(outer->showInner.nested(), IsEmpty());
@@ -140,7 +140,7 @@ TEST_F(ASheet, is_made_and_appears_when_its_flag_turns_true) {
   EXPECT_THAT(news(), ElementsAre("inner made", "inner appears"));
 }
 
-TEST_F(ASheet, stands_among_the_nested_objects_while_it_is_up) {
+TEST_F(ASheet, is_a_nested_object_while_presented) {
   outer->showInner = true;
   const auto nested = outer->showInner.nested();
   ASSERT_THAT(nested, SizeIs(1));
@@ -148,7 +148,7 @@ TEST_F(ASheet, stands_among_the_nested_objects_while_it_is_up) {
   EXPECT_EQ(nested[0].key, "Page");
 }
 
-TEST_F(ASheet, disappears_and_is_gone_before_the_presenter_hears_of_its_dismissal) {
+TEST_F(ASheet, disappears_and_is_released_before_on_dismiss_runs) {
   outer->showInner = true;
   news();
   outer->showInner = false;
@@ -165,7 +165,7 @@ TEST_F(ASheet, leaves_the_screen_beneath_on_screen) {
   EXPECT_TRUE(outer->isOnScreen());
 }
 
-TEST_F(ASheet, that_is_up_only_announces_when_it_is_set_to_true_again) {
+TEST_F(ASheet, that_is_presented_only_announces_when_set_to_true_again) {
   outer->showInner = true;
   const auto* before = outer->showInner.get();
   news();
@@ -177,7 +177,7 @@ TEST_F(ASheet, that_is_up_only_announces_when_it_is_set_to_true_again) {
   EXPECT_THAT(news(), IsEmpty());
 }
 
-TEST_F(ASheet, that_is_down_only_announces_when_it_is_set_to_false_again) {
+TEST_F(ASheet, that_is_not_presented_only_announces_when_set_to_false_again) {
   int announced = 0;
   const auto subscription = outer->observe([&](const Member&) { ++announced; });
   outer->showInner = false;
@@ -185,7 +185,7 @@ TEST_F(ASheet, that_is_down_only_announces_when_it_is_set_to_false_again) {
   EXPECT_THAT(news(), IsEmpty());
 }
 
-TEST_F(ASheet, with_nothing_to_show_stays_down_and_its_presenter_hears_of_no_dismissal) {
+TEST_F(ASheet, without_a_model_is_not_presented_and_on_dismiss_does_not_run) {
   struct Empty final : ObservableObject {
     Empty() : ObservableObject("Empty") {}
     int dismissals = 0;
@@ -201,7 +201,7 @@ TEST_F(ASheet, with_nothing_to_show_stays_down_and_its_presenter_hears_of_no_dis
   EXPECT_EQ(owner.dismissals, 0);
 }
 
-TEST_F(ASheet, announces_each_change_once_and_already_in_its_new_state) {
+TEST_F(ASheet, announces_each_change_once_and_in_its_new_state) {
   std::vector<bool> seen;
   const auto subscription = outer->observe([&](const Member& member) {
     EXPECT_EQ(member.name(), "showInner");
@@ -219,7 +219,7 @@ TEST_F(ASheet, is_announced_before_it_appears) {
   EXPECT_THAT(news(), ElementsAre("inner made", "outer announces", "inner appears"));
 }
 
-TEST_F(ASheet, that_a_listener_takes_down_at_once_never_appears) {
+TEST_F(ASheet, that_a_listener_dismisses_at_once_never_appears) {
   const auto subscription = outer->observe([&](const Member&) {
     if (outer->showInner()) {
       outer->showInner = false;
@@ -238,21 +238,21 @@ TEST_F(ASheet, can_be_set_by_a_person) {
   EXPECT_FALSE(outer->showInner());
 }
 
-TEST_F(ASheet, refuses_an_input_that_is_no_bool) {
+TEST_F(ASheet, rejects_an_input_that_is_not_a_bool) {
   EXPECT_FALSE(outer->showInner.input("true"));
   EXPECT_FALSE(outer->showInner.input(1));
   EXPECT_FALSE(outer->showInner.input(Value()));
   EXPECT_FALSE(outer->showInner());
 }
 
-TEST_F(ASheet, says_nothing_of_an_input_that_changes_nothing) {
+TEST_F(ASheet, does_not_announce_an_input_without_a_change) {
   int announced = 0;
   const auto subscription = outer->observe([&](const Member&) { ++announced; });
   EXPECT_TRUE(outer->showInner.input(false));
   EXPECT_EQ(announced, 0);
 }
 
-TEST_F(ASheet, goes_when_its_screen_dismisses_itself) {
+TEST_F(ASheet, is_dismissed_when_its_screen_dismisses_itself) {
   outer->showInner = true;
   news();
   outer->showInner->dismiss();
@@ -260,14 +260,14 @@ TEST_F(ASheet, goes_when_its_screen_dismisses_itself) {
   EXPECT_THAT(news(), ElementsAre("inner disappears", "inner gone", "outer is back"));
 }
 
-TEST_F(ASheet, outlives_the_action_by_which_it_dismissed_itself) {
+TEST_F(ASheet, lives_until_the_action_that_dismissed_it_returns) {
   outer->showInner = true;
   news();
   EXPECT_TRUE(outer->showInner->close());
   EXPECT_THAT(news(), ElementsAre("inner disappears", "outer is back", "inner still here", "inner gone"));
 }
 
-TEST_F(ASheet, outlives_the_input_by_which_it_dismissed_itself) {
+TEST_F(ASheet, lives_until_the_input_that_dismissed_it_returns) {
   outer->showInner = true;
   auto& inner = *outer->showInner;
   const auto reaction = inner.isDone.onChange([&inner] {
@@ -279,7 +279,7 @@ TEST_F(ASheet, outlives_the_input_by_which_it_dismissed_itself) {
   EXPECT_THAT(news(), ElementsAre("inner disappears", "outer is back", "inner still here", "inner gone"));
 }
 
-TEST_F(ASheet, outlives_the_late_answer_by_which_it_dismissed_itself) {
+TEST_F(ASheet, lives_until_the_late_answer_that_dismissed_it_returns) {
   outer->showInner = true;
   auto& inner = *outer->showInner;
   auto answer = inner.weakly([&inner] {
@@ -302,7 +302,7 @@ TEST_F(ASheet, that_dismisses_itself_twice_is_dismissed_once) {
   EXPECT_THAT(news(), ElementsAre("inner made", "inner appears", "inner disappears", "outer is back"));
 }
 
-TEST_F(ASheet, of_the_past_does_not_dismiss_its_successor) {
+TEST_F(ASheet, dismissed_earlier_does_not_dismiss_its_successor) {
   outer->showInner = true;
   const auto kept = outer->showInner.nested()[0].object;
   auto& former = *outer->showInner;
@@ -320,7 +320,7 @@ TEST_F(ASheet, is_a_new_one_each_time) {
   EXPECT_NE(outer->showInner.get(), kept.get());
 }
 
-TEST_F(ASheet, whose_presenter_has_gone_may_still_be_dismissed) {
+TEST_F(ASheet, can_be_dismissed_after_its_presenter_is_destroyed) {
   outer->showInner = true;
   const auto kept = std::static_pointer_cast<Inner>(outer->showInner.nested()[0].object);
   outer.reset();
@@ -329,7 +329,7 @@ TEST_F(ASheet, whose_presenter_has_gone_may_still_be_dismissed) {
   EXPECT_THAT(news(), IsEmpty());
 }
 
-TEST_F(ASheet, takes_the_sheets_over_it_with_it_the_innermost_first) {
+TEST_F(ASheet, dismisses_the_sheets_over_it_innermost_first) {
   Root root(diary);
   root.showOuter = true;
   root.showOuter->showInner = true;
@@ -339,7 +339,7 @@ TEST_F(ASheet, takes_the_sheets_over_it_with_it_the_innermost_first) {
                                   "root is back"));
 }
 
-TEST_F(ASheet, takes_the_sheets_of_its_rows_with_it) {
+TEST_F(ASheet, dismisses_the_sheets_of_its_rows) {
   Root root(diary);
   root.showOuter = true;
   auto row = std::make_shared<Row>(diary);
@@ -352,7 +352,7 @@ TEST_F(ASheet, takes_the_sheets_of_its_rows_with_it) {
                                   "root is back"));
 }
 
-TEST_F(ASheet, may_be_raised_again_by_what_follows_its_dismissal) {
+TEST_F(ASheet, can_be_presented_again_in_on_dismiss) {
   Sheet<Inner>* sheet = nullptr;
   int dismissals = 0;
   Outer presenter(diary);
@@ -370,7 +370,7 @@ TEST_F(ASheet, may_be_raised_again_by_what_follows_its_dismissal) {
   EXPECT_EQ(dismissals, 1);
 }
 
-TEST_F(APresentedScreen, is_driven_by_its_owner_alone) {
+TEST_F(APresentedScreen, is_controlled_only_by_its_owner) {
   EXPECT_FALSE(outer->content.isInput());
   EXPECT_FALSE(outer->content.input(true));
   EXPECT_TRUE(outer->content.value().isNil());
