@@ -13,13 +13,14 @@ namespace {
 
 using Interfaces = QList<QAccessibleInterface*>;
 
-// What is heard of the items in this one: those that Qt leaves out are passed through.
-void collectHeard(const QQuickItem& item, Interfaces& heard) {
+// Collects the accessible items below `item`. An item that Qt gives no interface is replaced by its
+// children.
+void collectAccessible(const QQuickItem& item, Interfaces& found) {
   for (auto* const child : item.childItems()) {
     if (auto* const accessible = QAccessible::queryAccessibleInterface(child)) {
-      heard.append(accessible);
+      found.append(accessible);
     } else {
-      collectHeard(*child, heard);
+      collectAccessible(*child, found);
     }
   }
 }
@@ -31,9 +32,9 @@ QAccessibleInterface* childAtPoint(const Interfaces& children, int x, int y) {
   return found != children.rend() ? *found : nullptr;
 }
 
-class HeardWindow final : public QAccessibleObject {
+class AccessibleWindow final : public QAccessibleObject {
  public:
-  explicit HeardWindow(QQuickWindow& window) : QAccessibleObject(&window) {}
+  explicit AccessibleWindow(QQuickWindow& window) : QAccessibleObject(&window) {}
 
   QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(qApp); }
   int childCount() const override { return static_cast<int>(children().size()); }
@@ -63,7 +64,7 @@ class HeardWindow final : public QAccessibleObject {
  private:
   QQuickWindow& quickWindow() const { return *static_cast<QQuickWindow*>(object()); }
 
-  // The last of what is open over the page; null where nothing is.
+  // The topmost open popup; null if none is open.
   const QQuickItem* front() const {
     const QQuickItem* front = nullptr;
     for (const auto* const layer : quickWindow().contentItem()->childItems()) {
@@ -76,19 +77,19 @@ class HeardWindow final : public QAccessibleObject {
     return front;
   }
   Interfaces children() const {
-    Interfaces heard;
+    Interfaces found;
     const auto* const popup = front();
-    collectHeard(popup ? *popup : *quickWindow().contentItem(), heard);
-    return heard;
+    collectAccessible(popup ? *popup : *quickWindow().contentItem(), found);
+    return found;
   }
 };
 
-// A TextBox. It gives its `spokenName` and its `description`.
-class HeardBox final : public QAccessibleObject,
-                       public QAccessibleTextInterface,
-                       public QAccessibleActionInterface {
+// A TextBox. Its accessible name and description are its `spokenName` and `description`.
+class AccessibleTextBox final : public QAccessibleObject,
+                                public QAccessibleTextInterface,
+                                public QAccessibleActionInterface {
  public:
-  explicit HeardBox(QQuickItem& box) : QAccessibleObject(&box) {}
+  explicit AccessibleTextBox(QQuickItem& box) : QAccessibleObject(&box) {}
 
   QAccessibleInterface* parent() const override {
     for (auto* above = box().parentItem(); above; above = above->parentItem()) {
@@ -126,7 +127,7 @@ class HeardBox final : public QAccessibleObject,
       case QAccessible::Description:
         return box().property("description").toString();
       case QAccessible::Value:
-        return heardText();
+        return accessibleText();
       default:
         return {};
     }
@@ -142,8 +143,8 @@ class HeardBox final : public QAccessibleObject,
     }
   }
 
-  QString text(int from, int to) const override { return heardText().mid(from, to - from); }
-  int characterCount() const override { return static_cast<int>(heardText().size()); }
+  QString text(int from, int to) const override { return accessibleText().mid(from, to - from); }
+  int characterCount() const override { return static_cast<int>(accessibleText().size()); }
   int cursorPosition() const override { return box().property("cursorPosition").toInt(); }
   void setCursorPosition(int position) override { box().setProperty("cursorPosition", position); }
   int selectionCount() const override { return selectionStart() < selectionEnd() ? 1 : 0; }
@@ -161,7 +162,7 @@ class HeardBox final : public QAccessibleObject,
     QMetaObject::invokeMethod(&box(), "positionToRectangle", Q_RETURN_ARG(QRectF, rect), Q_ARG(int, offset));
     return onScreen(rect);
   }
-  // Nobody aims at a letter of a box of one line.
+  // Not needed for a box of one line.
   int offsetAtPoint(const QPoint& /*point*/) const override { return -1; }
   void scrollToSubstring(int from, int /*to*/) override { setCursorPosition(from); }
   QString attributes(int /*offset*/, int* from, int* to) const override {
@@ -182,9 +183,9 @@ class HeardBox final : public QAccessibleObject,
   static constexpr QChar bullet{0x2022};
 
   QQuickItem& box() const { return *static_cast<QQuickItem*>(object()); }
-  // The numbers are TextInput's.
+  // TextInput.Normal is 0.
   bool isHidden() const { return box().property("echoMode").toInt() != 0; }
-  QString heardText() const {
+  QString accessibleText() const {
     const QString written = box().property("text").toString();
     return isHidden() ? QString(written.size(), bullet) : written;
   }
@@ -195,19 +196,19 @@ class HeardBox final : public QAccessibleObject,
     return box().window() ? inWindow.translated(box().window()->mapToGlobal(QPoint())) : inWindow;
   }
   Interfaces children() const {
-    Interfaces heard;
-    collectHeard(box(), heard);
-    return heard;
+    Interfaces found;
+    collectAccessible(box(), found);
+    return found;
   }
 };
 
-// Qt hands the caller's cache what it makes.
+// Qt's cache takes ownership of the result.
 QAccessibleInterface* makeInterface(const QString& kind, QObject* object) {
   if (kind == QLatin1String("QQuickWindow")) {
-    return new HeardWindow(*qobject_cast<QQuickWindow*>(object));
+    return new AccessibleWindow(*qobject_cast<QQuickWindow*>(object));
   }
   if (kind == QLatin1String("QQuickTextInput")) {
-    return new HeardBox(*qobject_cast<QQuickItem*>(object));
+    return new AccessibleTextBox(*qobject_cast<QQuickItem*>(object));
   }
   return nullptr;
 }

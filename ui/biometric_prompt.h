@@ -8,7 +8,7 @@
 
 namespace quillmar::ui {
 
-// What a person reads and may answer while the machine's reader waits for a finger. The window draws it.
+// What the window shows while the fingerprint reader waits for a finger, and the person's answers.
 class BiometricPrompt final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool shown READ shown NOTIFY shownChanged)
@@ -24,11 +24,11 @@ class BiometricPrompt final : public QObject {
 
   explicit BiometricPrompt(Answers answers);
 
-  // Shown while there is a reason. An answer alone does not take it away: the reader does, when it stops.
+  // The prompt is shown while there is a reason. An answer does not hide it; the reader does, when it stops.
   void setReason(const std::optional<std::string>& reason);
 
   bool shown() const { return shown_; }
-  // Stays readable while the prompt fades away.
+  // Keeps its last value while the prompt fades out.
   const QString& reason() const { return reason_; }
   QString cancelTitle() const { return QStringLiteral("Cancel"); }
   QString passwordTitle() const { return QStringLiteral("Enter Password"); }

@@ -5,7 +5,7 @@
 
 namespace quillmar::ui {
 
-// What the camera sees, for whoever draws it: the newest picture, none while it does not run. Main thread
+// The newest picture of the camera, for the items that draw it; none while the camera is off. Main thread
 // only.
 class CameraFrames final : public QObject {
   Q_OBJECT

@@ -11,7 +11,7 @@ namespace quillmar::ui {
 class CameraFrames;
 class QtWindowStyle;
 
-// A QML engine with what the items of the Quillmar module need from outside.
+// A QML engine that holds what the items of the Quillmar module need from outside.
 class Engine final : public QQmlEngine {
   Q_OBJECT
 
@@ -21,7 +21,7 @@ class Engine final : public QQmlEngine {
 
   const QREncoder& qrEncoder() const { return qrEncoder_; }
   QtWindowStyle& windowStyle() const { return windowStyle_; }
-  // Null where no camera is shown.
+  // Null if no camera picture is shown.
   CameraFrames* cameraFrames() const { return cameraFrames_; }
   void setCameraFrames(CameraFrames* frames) { cameraFrames_ = frames; }
 

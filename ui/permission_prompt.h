@@ -7,8 +7,8 @@
 
 namespace quillmar::ui {
 
-// Stands in for the system's own question whether a program may add a tunnel, where the tunnel is simulated.
-// The window draws it and says that it is a simulation.
+// Stands in for the system's permission prompt for a tunnel, if the tunnel is simulated. The window draws it
+// and says that it is a simulation.
 class PermissionPrompt final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool shown READ shown NOTIFY shownChanged)
@@ -21,7 +21,7 @@ class PermissionPrompt final : public QObject {
  public:
   using Answer = std::function<void(bool allowed)>;
 
-  // A question that is asked while another is open gets the same answer.
+  // A question asked while another is open gets the same answer.
   void ask(Answer answer);
 
   bool shown() const { return !waiting_.empty(); }

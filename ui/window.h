@@ -19,18 +19,18 @@ class ModelBridge;
 class PermissionPrompt;
 class QtWindowStyle;
 
-// The application's window. It shows the screen that the root's member `screen` holds, and the sheets that
-// the screens present. Everything it borrows must outlive it.
+// The application's window. It shows the screen that is the root's member `screen`, and the sheets that
+// screens present. Everything it borrows must outlive it.
 class Window {
  public:
   struct Options {
-    // Where the window keeps its size; nowhere when empty.
+    // The file that keeps the window's size; empty: the size is not kept.
     QString geometryFile;
-    // Asked in the window where the tunnel is simulated.
+    // Shown in the window if the tunnel is simulated.
     PermissionPrompt* permissionPrompt = nullptr;
-    // Shown while the machine's reader waits for a finger.
+    // Shown while the fingerprint reader waits for a finger.
     BiometricPrompt* biometricPrompt = nullptr;
-    // What the camera sees, where there may be one.
+    // The camera's picture, if there may be a camera.
     CameraFrames* cameraFrames = nullptr;
   };
 
@@ -40,7 +40,7 @@ class Window {
   ~Window();
 
   void show();
-  // Shows it again where it was closed or minimised, and brings it to the front.
+  // Shows the window again if it was closed or minimised, and brings it to the front.
   void raise();
   QQuickWindow& quickWindow() const { return *window_; }
 

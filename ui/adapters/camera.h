@@ -8,10 +8,10 @@
 
 namespace quillmar::ui {
 
-// Where the pictures come from. Called on the main thread only, and keeps nobody waiting.
+// A source of camera pictures. Its functions are called on the main thread only, and none of them blocks.
 class Camera {
  public:
-  // Runs on any thread, one call after another.
+  // Called on any thread, one call at a time.
   using PictureHandler = std::function<void(const QImage&)>;
 
   Camera() = default;
@@ -21,10 +21,10 @@ class Camera {
 
   virtual CameraState state() const = 0;
   virtual Subscription observe(std::function<void()> changed) = 0;
-  // The camera comes up in the background. Where it cannot, the state changes and no picture comes. A start
-  // ends what was started before.
+  // Starts the camera in the background and ends an earlier start. If it fails, the state changes and no
+  // picture comes.
   virtual void start(PictureHandler handler) = 0;
-  // A picture that is on its way may still come.
+  // A picture already in flight may still arrive.
   virtual void stop() = 0;
 };
 

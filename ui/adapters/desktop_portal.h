@@ -10,8 +10,8 @@ namespace quillmar::ui {
 
 class DesktopSettings;
 
-// Reads the desktop's wishes from its portal, and each change of them. Does nothing where there is no session
-// bus.
+// Reads the desktop's look settings from its portal and follows their changes. Does nothing without a
+// session bus.
 class DesktopPortal final : public QObject {
   Q_OBJECT
 

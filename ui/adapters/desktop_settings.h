@@ -5,8 +5,8 @@
 
 namespace quillmar::ui {
 
-// What the desktop says about its look. Until something is known of dark or light, the palette that the
-// platform theme gives decides, and is followed.
+// The desktop's look settings. While the desktop names neither dark nor light, the platform theme's palette
+// decides, and its changes are followed.
 class DesktopSettings final : public QObject {
   Q_OBJECT
 

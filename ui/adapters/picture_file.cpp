@@ -15,7 +15,7 @@ namespace quillmar::ui {
 namespace {
 
 constexpr qint64 largestFile = 256 << 20;
-// What the largest picture takes, four bytes a pixel, in the reader's megabytes.
+// The memory of the largest picture at four bytes a pixel, in megabytes as QImageReader counts them.
 constexpr int allocationMegabytes = tooManyPixels * 4 / (1 << 20) + 1;
 
 struct Format {
@@ -26,7 +26,7 @@ struct Format {
 
 constexpr qsizetype longestMark = 12;
 
-// Told by the first bytes rather than by Qt, which would ask the readers of every format there is.
+// Detects the format by its first bytes: Qt would try the reader of every installed format.
 QByteArray formatOf(const QByteArray& head) {
   static const std::array formats{Format{"png", "\x89PNG\r\n\x1A\n"}, Format{"jpeg", "\xFF\xD8\xFF"},
                                   Format{"gif", "GIF8"}, Format{"bmp", "BM"}, Format{"webp", "WEBP", 8}};
@@ -64,7 +64,7 @@ Result<QImage> decode(QFile& file, const QByteArray& format) {
 
 Result<QImage> readPictureFile(const QString& place) {
   QFile file(pathFrom(place));
-  // A pipe or a device would never end.
+  // Reading a pipe or a device might never end.
   if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
     return sentence("This picture cannot be opened.");
   }

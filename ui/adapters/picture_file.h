@@ -7,9 +7,9 @@
 
 namespace quillmar::ui {
 
-// The picture in a file (PNG, JPEG, WebP, GIF or BMP, whatever its name says), by its path or by the text of
-// its file URL. It comes from anybody and is not to be trusted: no other format is tried, and one of 100
-// megapixels is refused before it is unpacked. Fails with a QRReaderError. Any thread.
+// Reads a picture (PNG, JPEG, WebP, GIF or BMP, whatever its file name) by its path or file URL. The file is
+// untrusted: no other format is tried, and a picture of 100 megapixels is refused before it is decoded.
+// Fails with a QRReaderError. May be called on any thread.
 Result<QImage> readPictureFile(const QString& place);
 
 }  // namespace quillmar::ui

@@ -13,16 +13,16 @@
 
 namespace quillmar::ui {
 
-// The file of the VideoCaptureModule that belongs to the program; empty where it is not installed.
+// The path of the program's VideoCaptureModule; empty if it is not installed.
 QString cameraModule();
 
-// This computer's camera. Whether there is one is told by the system's device files; Qt Multimedia is loaded
-// by the first start, on a thread of its own.
+// This computer's camera. The system's device files tell whether there is one. The first start loads Qt
+// Multimedia, on a thread of its own.
 class QtCamera final : public QObject, public Camera {
  public:
   struct Options {
     QString deviceDirectory = QStringLiteral("/dev");
-    // The file of the VideoCaptureModule; beside the program where none is named.
+    // The path of the VideoCaptureModule.
     QString module{};
   };
 
@@ -31,14 +31,14 @@ class QtCamera final : public QObject, public Camera {
   ~QtCamera() override;
 
   CameraState state() const override;
-  // A camera that failed has another chance with each new observer.
+  // Each new observer lets a failed camera be tried again.
   Subscription observe(std::function<void()> changed) override;
   void start(PictureHandler handler) override;
   void stop() override;
 
  private:
   class Worker;
-  // Pictures are wanted for as long as this holds.
+  // True while pictures are wanted.
   using Wanted = std::shared_ptr<std::atomic<bool>>;
 
   void watch();

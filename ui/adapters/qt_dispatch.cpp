@@ -17,7 +17,8 @@ Duration untilOrNow(steady_clock::time_point due) {
   return std::max(std::chrono::ceil<Duration>(due - steady_clock::now()), Duration::zero());
 }
 
-// Runs `task` on the loop of `receiver` when `due` has come; any thread may ask. Dropped with the receiver.
+// Runs `task` on the event loop of `receiver` at `due`; dropped if `receiver` is destroyed. Any thread may
+// call this.
 void runAt(QObject& receiver, steady_clock::time_point due, Task task) {
   QMetaObject::invokeMethod(
       &receiver,
@@ -27,8 +28,8 @@ void runAt(QObject& receiver, steady_clock::time_point due, Task task) {
       Qt::QueuedConnection);
 }
 
-// Fires at whole periods after its start; a firing that comes late does not shift the next, and one that was
-// missed altogether is not made up for.
+// Fires at whole periods after its start. A late firing does not shift the next one, and a missed one is
+// skipped.
 class RepeatingTimer final : public Timer {
  public:
   RepeatingTimer(Duration period, Task task)
@@ -89,7 +90,7 @@ class QtDispatch::PoolQueue final : public DispatchQueue {
   int priority_;
 };
 
-// At most one of its tasks is in the pool at a time.
+// Runs one task at a time.
 class QtDispatch::SerialQueue final : public DispatchQueue, public std::enable_shared_from_this<SerialQueue> {
  public:
   SerialQueue(DispatchQueue& workers, QObject& clock) : workers_(workers), clock_(clock) {}
@@ -148,7 +149,7 @@ QtDispatch::~QtDispatch() {
   clockThread_.quit();
   clockThread_.wait();
   pool_.clear();
-  // A task that still runs may ask the clock for another, which then never comes.
+  // A task that still runs may post a delayed task, which then never runs.
   pool_.waitForDone();
   clockLoop_.reset();
 }

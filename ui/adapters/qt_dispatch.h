@@ -9,9 +9,8 @@
 
 namespace quillmar::ui {
 
-// The queues over Qt's event loop: the main queue is the loop of the thread that made this, background queues
-// are a thread pool. What is left in the queues when this is destroyed never runs; a task that runs then is
-// waited for.
+// Queues over Qt's event loop: the main queue is the loop of the thread that creates this, the background
+// queues share a thread pool. The destructor drops queued tasks and waits for running ones.
 class QtDispatch final : public Dispatch {
  public:
   QtDispatch();
@@ -25,13 +24,13 @@ class QtDispatch final : public Dispatch {
   std::unique_ptr<Timer> scheduleRepeating(Duration period, Task task) override;
 
  private:
-  // Posts tasks to the thread on which it lives.
+  // Posts tasks to the thread of a QObject.
   class LoopQueue;
   class PoolQueue;
   class SerialQueue;
 
   QObject mainLoop_;
-  // Waits for the delays of background tasks, so that a busy main thread does not hold them up.
+  // Counts the delays of background tasks, so that a busy main thread does not hold them up.
   QThread clockThread_;
   std::unique_ptr<QObject> clockLoop_;
   QThreadPool pool_;

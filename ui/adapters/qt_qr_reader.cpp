@@ -22,12 +22,12 @@
 namespace quillmar::ui {
 namespace {
 
-// At most five of a camera's pictures are searched in a second.
+// At most five camera pictures are searched per second.
 constexpr Duration searchPause{200};
-// What was under our windows needs a moment to be drawn.
+// The desktop needs a moment to redraw what was under our windows.
 constexpr Duration redrawTime{250};
 
-// As on paper: what is transparent is white.
+// Transparent pixels count as white, as on paper.
 QImage onPaper(const QImage& picture) {
   if (!picture.hasAlphaChannel()) {
     return picture;
@@ -54,7 +54,7 @@ Result<RecognisedObjects> recogniseFile(const QString& place) {
   return picture.ok() ? recognise(picture.value()) : Result<RecognisedObjects>(picture.error());
 }
 
-// The portal's file was made for this reading alone, and may show anything.
+// Deletes the portal's file: it was made for this reading only and may show anything.
 Result<RecognisedObjects> recogniseAndRemove(const QString& fileUrl) {
   auto objects = recogniseFile(fileUrl);
   if (const QString path = QUrl(fileUrl).toLocalFile(); !path.isEmpty()) {
@@ -63,7 +63,7 @@ Result<RecognisedObjects> recogniseAndRemove(const QString& fileUrl) {
   return objects;
 }
 
-// All that is found in any of them.
+// All codes found in any of the pictures.
 Result<RecognisedObjects> recogniseAll(const std::vector<QImage>& pictures) {
   RecognisedObjects all;
   bool isAnyRead = false;
@@ -86,8 +86,8 @@ std::vector<QImage> picturesOfScreens() {
   return pictures;
 }
 
-// Puts this program's windows below all others for as long as it lives. Only X11 lets a program do that;
-// where it does not, the person chooses what the portal sees.
+// Keeps this program's windows below all others while it lives. Only X11 allows that; elsewhere the person
+// chooses in the portal what is captured.
 class WindowsAside {
  public:
   WindowsAside() {
@@ -146,8 +146,8 @@ void readScreenshot(Dispatch& dispatch, ScreenshotOutcome outcome, const QString
 
 }  // namespace
 
-// From one start to its stop. Pictures come in on any thread; everything else happens on the main thread, and
-// nothing once the session has gone.
+// Lives from one start to its stop. Pictures arrive on any thread; all else runs on the main thread, and
+// nothing runs after the session is destroyed.
 class QtQRReader::Session final : public std::enable_shared_from_this<Session> {
  public:
   Session(Dispatch& dispatch, CameraFrames& frames, BatchHandler handler)
@@ -249,7 +249,7 @@ void QtQRReader::readClipboard(Reply reply) {
 }
 
 void QtQRReader::readScreen(Reply reply) {
-  // The windows come back before the reply changes what is in them.
+  // The windows come back before the reply changes their content.
   auto replyAtEnd = [aside = std::make_shared<std::optional<WindowsAside>>(std::in_place),
                      reply = std::move(reply)](const Result<RecognisedObjects>& objects) {
     aside->reset();

@@ -13,16 +13,16 @@
 
 namespace quillmar::ui {
 
-// QR codes in a camera's pictures, in files, on the clipboard and on the screen. Needs a QGuiApplication; the
-// pictures are searched on background queues. What it borrows must outlive it.
+// Reads QR codes from camera pictures, files, the clipboard and the screen. Needs a QGuiApplication.
+// Pictures are searched on background queues. The constructor's arguments must outlive it.
 class QtQRReader final : public QRReader {
  public:
-  // The portal is asked on this bus; on the session's where none is named.
+  // `bus` reaches the portal; nullopt means the session bus.
   QtQRReader(Dispatch& dispatch, Camera& camera, std::optional<QDBusConnection> bus = std::nullopt)
       : dispatch_(dispatch), camera_(camera), bus_(std::move(bus)) {}
   ~QtQRReader() override;
 
-  // What the camera sees while it runs, searched or not.
+  // The frames of the running camera, searched or not.
   CameraFrames& frames() { return frames_; }
 
   CameraState camera() const override { return camera_.state(); }
@@ -43,7 +43,7 @@ class QtQRReader final : public QRReader {
   Camera& camera_;
   const std::optional<QDBusConnection> bus_;
   CameraFrames frames_;
-  // What waits for the person's answer ends with this.
+  // Owns the requests that wait for the person's answer; they end with it.
   QObject questions_;
   std::shared_ptr<Session> session_;
 };

@@ -7,18 +7,18 @@
 
 namespace quillmar::ui {
 
-// How a window stands to its person.
+// Whether a person can see and use a window.
 enum class WindowPhase { active, inactive, background };
 
-// Tells of each change: a window that can be seen is active, whether it has the focus or not; minimised or
-// hidden it is in the background; in a locked session it is inactive.
+// Reports each change of a window's phase. A visible window is active, with or without the focus; a
+// minimised or hidden one is in the background; in a locked session it is inactive.
 class QtScenePhase final : public QObject {
   Q_OBJECT
 
  public:
   using Listener = std::function<void(WindowPhase)>;
 
-  // Tells the present phase with the next turn of the event loop.
+  // Reports the current phase in the next turn of the event loop.
   QtScenePhase(QWindow& window, Listener listener);
 
  private Q_SLOTS:

@@ -7,14 +7,14 @@
 namespace quillmar::ui {
 namespace {
 
-// More shows no more of a code, and costs time with each frame.
+// A wider picture does not help to find a code, and costs time with each frame.
 constexpr int widestPicture = 1280;
 
 }  // namespace
 
 SinkPictures::SinkPictures(const QVideoSink& sink, std::function<void(const QImage&)> pictured)
     : pictured_(std::move(pictured)) {
-  // A backend may show frames on a thread of its own.
+  // Some backends deliver frames on their own thread.
   connect(
       &sink, &QVideoSink::videoFrameChanged, this, [this](const QVideoFrame& frame) { take(frame); },
       Qt::DirectConnection);
@@ -56,7 +56,7 @@ void QtVideoCapture::start(Listener listener) {
     return;
   }
   running_ = std::make_unique<Running>(device, std::move(listener.pictured));
-  // Queued: who is told may stop the camera that tells.
+  // Queued, because the listener may stop the camera that calls it.
   connect(
       &running_->camera, &QCamera::errorOccurred, this,
       [failed = std::move(listener.failed)] { failed(Failure::refused); }, Qt::QueuedConnection);

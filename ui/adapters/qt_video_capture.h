@@ -15,8 +15,8 @@
 
 namespace quillmar::ui {
 
-// Turns the frames of a video sink into pictures, on the thread that made it. Where frames come faster than
-// that goes, the newest wins.
+// Converts the frames of a video sink to pictures, on the thread that created it. If frames come faster than
+// that, only the newest is converted.
 class SinkPictures final : public QObject {
  public:
   SinkPictures(const QVideoSink& sink, std::function<void(const QImage&)> pictured);
@@ -30,14 +30,14 @@ class SinkPictures final : public QObject {
   std::optional<QVideoFrame> newest_;
 };
 
-// The default camera, by Qt Multimedia.
+// The default camera, through Qt Multimedia.
 class QtVideoCapture final : public QObject, public VideoCapture {
  public:
   void start(Listener listener) override;
   void stop() override;
 
  private:
-  // Ends in the opposite order: the camera first.
+  // Destroyed in reverse order: the camera first.
   struct Running {
     explicit Running(const QCameraDevice& device, std::function<void(const QImage&)> pictured);
 

@@ -10,7 +10,7 @@ namespace quillmar::ui {
 
 class DesktopSettings;
 
-// The look of all windows: the forced one, else the desktop's, followed live.
+// The look of all windows: the forced one, otherwise the desktop's. Changes apply at once.
 class QtWindowStyle final : public QObject, public WindowStyle {
   Q_OBJECT
 

@@ -14,7 +14,7 @@ const auto portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 
 }  // namespace
 
-// One question; deletes itself when it is answered.
+// One request; deletes itself when it is answered.
 class ScreenshotRequest final : public QObject {
   Q_OBJECT
 
@@ -26,13 +26,13 @@ class ScreenshotRequest final : public QObject {
         token_("quillmar_" + QUuid::createUuid().toString(QUuid::Id128)) {}
 
   void send() {
-    // Before the call, because the answer may be quicker than the call's own reply.
+    // Connected before the call, because the response may arrive before the call's reply.
     bus_.connect(portalService, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
                  QStringLiteral("Response"), this, SLOT(responded(uint, QVariantMap)));
     auto call = QDBusMessage::createMethodCall(
         portalService, QStringLiteral("/org/freedesktop/portal/desktop"),
         QStringLiteral("org.freedesktop.portal.Screenshot"), QStringLiteral("Screenshot"));
-    // Interactive: the person chooses what is seen, and where windows are in the way of one another.
+    // Interactive: the person chooses what is captured, which helps when windows cover each other.
     call << QString() << QVariantMap{{"handle_token", token_}, {"interactive", true}};
     auto* const pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {

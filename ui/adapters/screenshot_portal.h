@@ -9,16 +9,16 @@ namespace quillmar::ui {
 
 enum class ScreenshotOutcome {
   taken,
-  // By the person, or by the desktop on their behalf.
+  // By the person, or by the desktop on the person's behalf.
   refused,
-  // This desktop has nobody to ask.
+  // The desktop has no portal for screenshots.
   noPortal
 };
 
 using ScreenshotReply = std::function<void(ScreenshotOutcome, const QString& fileUrl)>;
 
-// Has the desktop's portal ask the person for a picture of the screen. The reply comes once, from the event
-// loop, and never when `owner` has gone; the file is the caller's. A person may take any time to answer.
+// Asks the person, through the desktop's portal, for a screenshot. Replies once, from the event loop, but
+// never after `owner` is destroyed. The caller owns the file. A person may take any time to answer.
 void askForScreenshot(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply);
 
 }  // namespace quillmar::ui

@@ -7,7 +7,7 @@
 
 namespace quillmar::ui {
 
-// A camera that runs. Lives on one thread with an event loop, on which it is used and destroyed.
+// A running camera. It is created, used and destroyed on one thread with an event loop.
 class VideoCapture {
  public:
   enum class Failure { noCamera, refused };
@@ -26,8 +26,8 @@ class VideoCapture {
   virtual void stop() = 0;
 };
 
-// The module that makes them. It stands in a file of its own because Qt Multimedia, with the sound libraries
-// behind it, would hold up the start of a program that hardly ever needs a camera.
+// Creates VideoCaptures. It is a plugin because Qt Multimedia and its sound libraries would slow down the
+// start of a program that rarely needs a camera.
 class VideoCaptureModule {
  public:
   VideoCaptureModule() = default;

@@ -50,7 +50,7 @@ void KeyedListModel::setHeld(bool held) {
   Q_EMIT heldChanged();
 }
 
-// Rows that are there keep their places.
+// Rows that the list already has keep their places.
 std::vector<KeyedListModel::Row> KeyedListModel::inHeldOrder(std::vector<Row> rows) const {
   QHash<QString, std::size_t> places;
   for (const auto& row : rows_) {
@@ -103,7 +103,7 @@ void KeyedListModel::removeAllBut(const std::vector<Row>& wanted) {
   }
 }
 
-// Rows before `index` stand already as they should.
+// The rows before `index` are in their final places.
 void KeyedListModel::place(int index, Row row) {
   const auto from = std::find_if(rows_.begin() + index, rows_.end(),
                                  [&](const Row& known) { return known.key == row.key; });

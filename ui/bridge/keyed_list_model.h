@@ -8,9 +8,10 @@
 
 namespace quillmar::ui {
 
-// A list whose rows are known by a key: after `assign` the rows that stayed are the same rows, moved where
-// need be, so that a view keeps its place, its focus and what is half swiped. While the list is held, because
-// somebody is at it, no row moves for another: a new one takes the place of one that has gone, or the end.
+// A list whose rows are identified by a key. `assign` keeps the rows whose key is still there and moves them
+// where needed, so that a view keeps its scroll position, its focus and a half-done swipe. While the list is
+// held, because the person uses it, no row moves: a new row takes the place of a removed one, or goes to the
+// end.
 class KeyedListModel final : public QAbstractListModel {
   Q_OBJECT
   Q_PROPERTY(int count READ count NOTIFY countChanged)
@@ -27,9 +28,9 @@ class KeyedListModel final : public QAbstractListModel {
 
   int count() const { return static_cast<int>(rows_.size()); }
   bool isHeld() const { return isHeld_; }
-  // Let go, the rows go where they belong.
+  // Releasing the list puts its rows into the assigned order.
   void setHeld(bool held);
-  // Keys that occur more than once stand for as many rows.
+  // Several rows may have the same key.
   void assign(std::vector<Row> rows);
   Q_INVOKABLE QVariant at(int index) const;
 
@@ -40,7 +41,7 @@ class KeyedListModel final : public QAbstractListModel {
  Q_SIGNALS:
   void countChanged();
   void heldChanged();
-  // All changes of one assignment have been made.
+  // Emitted after all changes of one `assign`.
   void assigned();
 
  private:

@@ -13,10 +13,10 @@
 namespace quillmar::ui {
 namespace {
 
-// What a machine reads off the screen. It is drawn as a QR code, and never as a text.
+// The member that is drawn as a QR code, and never as text.
 constexpr std::string_view machineReadable = "qrCode";
 
-// The one place where a model's text becomes one of QML's.
+// The only place that decides how a model's text is converted for QML.
 TextForm textForm(const Member& member) {
   if (member.name() == machineReadable) {
     return exactText;
@@ -24,7 +24,7 @@ TextForm textForm(const Member& member) {
   return member.isInput() ? editedText : shownText;
 }
 
-// A record is known by its id, or else by its place; anything else by what it is.
+// The key of a record is its id, or its index if it has none. The key of another value is the value itself.
 QString rowKey(const Value& row, std::size_t place) {
   if (const Value* const id = row.find("id")) {
     return id->string() ? exactText(*id->string()) : exactText(writeJson(*id));
@@ -58,7 +58,7 @@ bool ActionBridge::perform(const QVariantList& arguments) {
   if (!member_) {
     return false;
   }
-  // The action may end the presentation of its own screen.
+  // The action may end its own screen.
   const auto alive = model_.model();
   Value::List converted;
   for (const auto& argument : arguments) {
@@ -132,7 +132,7 @@ QVariant ModelBridge::updateValue(const QString& key, const QVariant& input) {
   const auto alive = model_;
   entry.member.input(fromVariant(input));
   entry.shown = entry.member.value();
-  // Under a person's hands nothing changes of what that person writes.
+  // A text that the person is typing is not altered.
   return toVariant(entry.shown, exactText);
 }
 
@@ -203,7 +203,7 @@ void ModelBridge::showNested(Entry& entry) {
   }
 }
 
-// What a person may not take away stands in its owner's place, not over it.
+// A sheet that the person can't dismiss replaces the screen instead of lying over it.
 bool ModelBridge::isSheetUp(const Entry& entry) {
   return entry.member.kind() == Member::Kind::sheet && entry.member.isInput() && !entry.bridges.empty();
 }
@@ -222,8 +222,8 @@ void ModelBridge::dismissSheet() {
   }
 }
 
-// The model is let go at once, so that what it started finds it gone. The bridge keeps showing what was last
-// to be seen for as long as a sheet may be sliding out or a row may be fading away.
+// Releases the model at once, so that callbacks it started find it gone. The bridge keeps the last values
+// while a sheet slides out or a row fades away.
 void ModelBridge::retire() {
   using namespace std::chrono_literals;
   constexpr auto longerThanAnyTransition = 2s;

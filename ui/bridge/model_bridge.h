@@ -46,15 +46,15 @@ class ActionBridge final : public QObject {
   bool enabled_;
 };
 
-// An observable object for QML, made from its own list of members:
-// - state, derived values and texts are properties of the same name; setting an input's property is a
-//   person's input, of anything else does nothing; a list is a KeyedListModel;
-// - a text is a `shownText`, so that no screen can draw what a model holds in any other form; only that of an
-//   input is not shortened;
+// Exposes an observable object to QML by the object's own list of members:
+// - state, derived values and texts are properties of the same name; setting an input's property is user
+//   input, setting another does nothing; a list is a KeyedListModel;
+// - every text passes through `shownText`, so that no screen can draw it in another form; only the text of
+//   an input is not shortened;
 // - actions are ActionBridges;
-// - a part and a sheet are bridges of their own, or null; rows are a KeyedListModel of bridges;
-// - besides, `typeName` names the object's type, and `sheet` is what is presented over this screen, or null.
-// Announcements are gathered: what changed in one turn of the event loop is looked at once, in the next.
+// - a part or a sheet is a nested bridge, or null; rows are a KeyedListModel of bridges;
+// - `typeName` is the object's type, and `sheet` is what is presented over this screen, or null.
+// Changes are batched: what changes in one turn of the event loop is read once, in the next turn.
 class ModelBridge final : public QQmlPropertyMap {
   Q_OBJECT
 
@@ -65,7 +65,7 @@ class ModelBridge final : public QQmlPropertyMap {
   // Null once retired.
   const std::shared_ptr<ObservableObject>& model() const { return model_; }
 
-  // Asks the model to take away the sheet that is up, as a person does who swipes it down.
+  // Asks the model to dismiss the open sheet, as swiping it down does.
   Q_INVOKABLE void dismissSheet();
 
  protected:
@@ -85,7 +85,7 @@ class ModelBridge final : public QQmlPropertyMap {
   void showSheet();
   void retire();
 
-  // The entries name the model's members, and go first.
+  // Destroyed after the entries, which refer to the model's members.
   std::shared_ptr<ObservableObject> model_;
   std::vector<std::unique_ptr<Entry>> entries_;
   Subscription changes_;

@@ -9,7 +9,8 @@ namespace {
 
 constexpr QChar ellipsis(0x2026);
 
-// Marks, embeddings, overrides, isolates, and the old controls of mirroring, joining and digits.
+// Bidi marks, embeddings, overrides, isolates, and the deprecated controls of mirroring, joining and digit
+// shapes.
 bool isDirectionMark(QChar character) {
   const char16_t code = character.unicode();
   return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
@@ -21,7 +22,7 @@ bool isLineBreak(QChar character) {
   return (code >= u'\n' && code <= u'\r') || code == 0x0085 || code == 0x2028 || code == 0x2029;
 }
 
-// No script piles up as many on one letter. More of them would be drawn over the lines around.
+// No script puts as many marks on one letter. More of them would cover the lines around.
 constexpr int mostPiledMarks = 12;
 
 bool isPiledMark(char32_t character) {
@@ -50,7 +51,7 @@ QString withoutMiddle(const QString& text, qsizetype from, qsizetype to) {
   return text.first(from) + ellipsis + text.sliced(to);
 }
 
-// A share of one in three is the end's.
+// Keeps two thirds of the lines from the start and one third from the end.
 QString withFewerLines(const QString& text) {
   std::vector<qsizetype> breaks;
   for (qsizetype i = 0; i < text.size(); ++i) {
@@ -69,11 +70,11 @@ QString withFewerLines(const QString& text) {
                        breaks[static_cast<std::size_t>(count - last)]);
 }
 
-// As long as the longest character that a keyboard writes, and some more.
+// Longer than any character that a keyboard writes.
 constexpr qsizetype roomForACharacter = 64;
 
-// Where the character begins, or ends, in which a text would be cut. One that is longer than all that is
-// shown is no character of any script, and is cut.
+// The nearest boundary of a grapheme before, or after, the cut. A grapheme longer than the whole shown text
+// belongs to no script and is cut.
 qsizetype boundaryBefore(const QString& text, qsizetype cut) {
   const QString start = text.first(std::min(text.size(), cut + roomForACharacter));
   QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, start);
@@ -100,7 +101,7 @@ QString shortened(const QString& text) {
   return withoutMiddle(text, boundaryBefore(text, first), boundaryAfter(text, text.size() - last));
 }
 
-// Enough of either end, whatever its characters are made of. What lies between is not even read.
+// Enough bytes at either end, whatever the characters are. The middle is not even decoded.
 constexpr std::size_t bytesOfAnEnd = 8 * longestShownText;
 
 std::size_t startOfCharacter(std::string_view utf8, std::size_t place) {

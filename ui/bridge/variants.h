@@ -8,12 +8,12 @@
 
 namespace quillmar::ui {
 
-// How a text is written for QML: `shownText`, `editedText` or, to the letter, `exactText`.
+// How a text is converted for QML: `shownText`, `editedText` or, unchanged, `exactText`.
 using TextForm = QString (*)(std::string_view utf8);
 
-// Nil becomes null, so that QML can tell it from a name that does not exist.
+// Nil becomes null, because QML reads an unknown name as undefined.
 QVariant toVariant(const Value& value, TextForm form);
-// Numbers without a fraction become integers, as a spin box or a list's index means them.
+// Whole numbers become integers, as the models expect from a spin box or a list's index.
 Value fromVariant(const QVariant& variant);
 
 }  // namespace quillmar::ui

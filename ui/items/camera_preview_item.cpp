@@ -16,7 +16,7 @@ CameraFrames* framesOf(const QQuickItem& item) {
   return engine ? engine->cameraFrames() : nullptr;
 }
 
-// Middle on middle, as large as it takes.
+// Centres the picture and scales it until it covers the area.
 QTransform filling(QSizeF area, QSizeF picture) {
   const qreal scale = std::max(area.width() / picture.width(), area.height() / picture.height());
   return QTransform()

@@ -6,12 +6,12 @@
 
 namespace quillmar::ui {
 
-// What the camera sees, as in a mirror, so that a code is easy to bring into view. It fills the item, and
-// what stands out is cut off; nothing is drawn while the camera does not run.
+// The camera's picture, mirrored, so that a code is easy to bring into view. It covers the item and is
+// cropped to it; nothing is drawn while the camera is off.
 class CameraPreviewItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(CameraPreviewFrame)
-  // Of the corners.
+  // The radius of the corners.
   Q_PROPERTY(qreal radius READ radius WRITE setRadius NOTIFY radiusChanged)
 
  public:

@@ -8,8 +8,7 @@
 
 namespace quillmar::ui {
 
-// A rounded rectangle from one colour at its top to another at its bottom, with smooth edges on every
-// renderer.
+// A rounded rectangle with a vertical gradient of two colours, antialiased on every renderer.
 class GradientPlateItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(GradientPlate)

@@ -8,7 +8,7 @@
 
 namespace quillmar::ui {
 
-// An item that is one picture, drawn anew only when its size, its screen or what it shows has changed.
+// An item drawn as one image. It is redrawn only when its size, its screen or its content changes.
 class ImageItem : public QQuickItem {
   Q_OBJECT
   QML_ANONYMOUS
@@ -17,7 +17,7 @@ class ImageItem : public QQuickItem {
   explicit ImageItem(QQuickItem* parent = nullptr);
 
  protected:
-  // The whole item in device pixels; none where there is nothing to show.
+  // The whole item in device pixels; a null image if there is nothing to show.
   virtual QImage draw(QSize pixels) const = 0;
   virtual QSGTexture::Filtering filtering() const { return QSGTexture::Linear; }
   void redraw();

@@ -31,7 +31,7 @@ QVariantMap byName(ColorOf colorOf) {
   return colors;
 }
 
-// Where none of the families is installed, the font system finds another by the hint.
+// If none of the families is installed, the font system chooses one by the hint.
 QFont fontOf(const QStringList& families, QFont::StyleHint hint, int pixelSize, int weight) {
   QFont font;
   font.setFamilies(families);

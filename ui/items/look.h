@@ -14,7 +14,8 @@ namespace quillmar::ui {
 
 class QtWindowStyle;
 
-// What the theme starts from: the look in force, the desktop's wishes, and every colour and measure by name.
+// The values behind Theme.qml: the look in force, the desktop's settings, and every colour and measure by
+// name.
 class Look final : public QObject {
   Q_OBJECT
   QML_ELEMENT
@@ -35,18 +36,18 @@ class Look final : public QObject {
   double textScale() const;
   bool reducedMotion() const;
   static QVariantMap semanticColors();
-  // Of the look in force.
+  // The colours of the look in force.
   QVariantMap schemeColors() const;
   static QVariantMap measures();
-  // Of navigation bars' controls.
+  // The colour of controls in navigation bars.
   QColor tint() const;
-  // What text is written in that names no font.
+  // The font of text that names none.
   QFont bodyFont() const;
-  // At most how wide a page's content is in a window of this width.
+  // The greatest width of a page's content in a window of this width.
   Q_INVOKABLE static double widthLimit(double windowWidth, double maxWidth);
-  // Of what surrounds the dot of a device that is online.
+  // The diameter of the halo around the dot of an online device.
   Q_INVOKABLE static double haloDiameter(double dotSize);
-  // For text, for large headings, and for codes.
+  // The fonts of text, of large headings and of codes.
   Q_INVOKABLE QFont textFont(int pixelSize, int weight) const;
   Q_INVOKABLE QFont displayFont(int pixelSize, int weight, double letterSpacing) const;
   Q_INVOKABLE QFont codeFont(int pixelSize, int weight, double letterSpacing) const;

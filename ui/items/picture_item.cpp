@@ -6,7 +6,7 @@
 namespace quillmar::ui {
 
 QImage readDrawing(const QString& file, int side) {
-  // Told the format, the reader does not load the readers of all others.
+  // With the format given, the reader does not load the plugins of the others.
   QImageReader reader(file, "svg");
   reader.setScaledSize(QSize(side, side));
   QImage image = reader.read();

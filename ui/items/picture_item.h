@@ -8,11 +8,11 @@
 
 namespace quillmar::ui {
 
-// The drawing in a resource's SVG file as `side` pixels square; none, with a warning, where it cannot be
+// Renders a resource's SVG file as a square of `side` pixels; a null image, with a warning, if it cannot be
 // read.
 QImage readDrawing(const QString& file, int side);
 
-// One of the drawings of ui/images, by name, as sharp as the screen.
+// A drawing of ui/images, by name, rendered at the screen's resolution.
 class PictureItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(Picture)

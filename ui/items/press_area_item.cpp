@@ -131,7 +131,7 @@ void PressAreaItem::mouseMoveEvent(QMouseEvent* event) {
 
 void PressAreaItem::mouseReleaseEvent(QMouseEvent* /*event*/) { click(); }
 
-// Taken, or the second of two quick touches would be called off.
+// Accepted, because Qt would cancel the second of two quick touches otherwise.
 void PressAreaItem::mouseDoubleClickEvent(QMouseEvent* event) { event->accept(); }
 
 void PressAreaItem::mouseUngrabEvent() { letGo(); }
@@ -180,7 +180,7 @@ void PressAreaItem::assign(bool& member, bool value, Change changed) {
   }
 }
 
-// Only what is still held down when it is released has been clicked.
+// A release clicks only if the item is still held down.
 void PressAreaItem::click() {
   if (isDown_) {
     letGo();

@@ -9,9 +9,8 @@
 
 namespace quillmar::ui {
 
-// What is pressed by pointer, by Space, by Return or by a screen reader, and how it lays out what is drawn in
-// it: `background` as large as itself, `contentItem` within the padding. Qt Quick Templates has the same
-// among much that the first screens do not need, and loading it shows in every start.
+// An area pressed by pointer, Space, Return or a screen reader. `background` fills it, `contentItem` lies
+// within the padding. Qt Quick Templates has the same, but loading that module would slow down every start.
 class PressAreaItem : public QQuickItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(PressArea)
@@ -35,7 +34,7 @@ class PressAreaItem : public QQuickItem {
   bool isDown() const { return isDown_; }
   bool isHovered() const { return isHovered_; }
   void setHoverEnabled(bool enabled);
-  // Whether the keyboard has brought the focus here.
+  // Whether the keyboard brought the focus here.
   bool hasVisualFocus() const { return hasVisualFocus_; }
   Qt::FocusPolicy focusPolicy() const { return focusPolicy_; }
   void setFocusPolicy(Qt::FocusPolicy policy);
@@ -51,11 +50,11 @@ class PressAreaItem : public QQuickItem {
   double implicitContentHeight() const { return contentItem_ ? contentItem_->implicitHeight() : 0; }
   QQuickItem* background() const { return background_; }
   QQuickItem* contentItem() const { return contentItem_; }
-  // They take the place of the former one, which goes.
+  // The former item is destroyed.
   void setBackground(QQuickItem* item);
   void setContentItem(QQuickItem* item);
 
-  // Under this name assistive technologies look for it.
+  // Assistive technologies call this by its name.
   Q_INVOKABLE void accessiblePressAction();
 
  Q_SIGNALS:

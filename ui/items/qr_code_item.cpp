@@ -28,7 +28,7 @@ void QRCodeItem::encode() {
   Q_EMIT textChanged();
 }
 
-// One pixel a module: the stretching, without smoothing, is the renderer's.
+// One pixel for each module. The renderer scales the image up, without smoothing.
 QImage QRCodeItem::draw(QSize /*pixels*/) const {
   if (!modules_) {
     return {};

@@ -14,8 +14,8 @@
 
 namespace quillmar::ui {
 
-// The modules of a text's QR code, stretched over the item with sharp edges; the quiet zone is left to the
-// plate under it. Where the text fits no code the item draws nothing and is not `available`.
+// A text's QR code, scaled to the item with sharp edges. The plate under it provides the quiet zone. If the
+// text fits no code, the item draws nothing and is not `available`.
 class QRCodeItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(QRCode)
@@ -29,7 +29,7 @@ class QRCodeItem : public quillmar::ui::ImageItem {
   QString text() const { return text_; }
   void setText(const QString& text);
   bool available() const { return modules_.has_value(); }
-  // How many stand in a row.
+  // The number of modules in a row.
   int modules() const { return modules_ ? static_cast<int>(modules_->side) : 0; }
 
  Q_SIGNALS:

@@ -7,8 +7,8 @@
 
 namespace quillmar::ui {
 
-// Lets the second of two quick touches of a MouseArea count. Qt makes a double click of it, which a MouseArea
-// turns down even where it listens to it, and calls the touch off; here it is taken instead.
+// Makes a MouseArea accept the second of two quick touches. Qt turns it into a double click, which a
+// MouseArea rejects even if it handles double clicks, and cancels the touch.
 class QuickTouches : public QObject {
   Q_OBJECT
   QML_ELEMENT

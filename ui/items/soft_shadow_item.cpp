@@ -10,7 +10,7 @@
 namespace quillmar::ui {
 namespace {
 
-// How far a point lies outside a rounded square around the origin; negative inside.
+// The distance of a point from a rounded square around the origin; negative inside.
 double distanceOutside(double x, double y, double half, double corner) {
   const double dx = std::abs(x) - half + corner;
   const double dy = std::abs(y) - half + corner;
@@ -18,14 +18,14 @@ double distanceOutside(double x, double y, double half, double corner) {
   return outside + std::min(std::max(dx, dy), 0.0) - corner;
 }
 
-// 1 deep inside, 0 far outside, without an edge in between.
+// 1 deep inside, 0 far outside, smooth in between.
 double coverage(double distance, double reach) {
   const double t = std::clamp((reach - distance) / (2 * reach), 0.0, 1.0);
   return t * t * (3 - 2 * t);
 }
 
-// The smallest picture that holds the four corners whole and a stretch between them; all four are the same,
-// mirrored. Lengths are device pixels.
+// The smallest image that holds the four corners and a stretch between them. The corners mirror one another.
+// Lengths are in device pixels.
 QImage drawCorners(const QColor& color, double corner, double reach) {
   const int last = 2 * static_cast<int>(std::ceil(2 * reach + corner));
   const double middle = (last + 1) / 2.0;

@@ -7,8 +7,8 @@
 
 namespace quillmar::ui {
 
-// The shadow of a rounded rectangle as large as the item, reaching `depth` beyond it on every side. It is
-// drawn once for its corners and stretched between them, so that it costs the same at every size.
+// The shadow of a rounded rectangle as large as the item, `depth` wide on every side. Its corners are drawn
+// once and the rest is stretched between them, so it costs the same at every size.
 class SoftShadowItem : public QQuickItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(SoftShadow)

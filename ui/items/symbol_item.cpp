@@ -10,7 +10,7 @@
 namespace quillmar::ui {
 namespace {
 
-// The symbol's coverage; it has no colour of its own.
+// The symbol's alpha mask; its own colour is ignored.
 QImage readSymbol(const QString& name, int side) {
   const auto file = symbolFile(name.toStdString());
   if (file.empty()) {

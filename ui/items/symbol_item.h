@@ -9,7 +9,7 @@
 
 namespace quillmar::ui {
 
-// One of the symbols of ui/items/symbols.h, tinted, in the middle of the item and as sharp as the screen.
+// A symbol of ui/items/symbols.h, tinted, centred in the item and rendered at the screen's resolution.
 class SymbolItem : public quillmar::ui::ImageItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(Symbol)
