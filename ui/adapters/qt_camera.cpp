@@ -32,7 +32,7 @@ CameraState stateAfter(VideoCapture::Failure failure) {
 
 }  // namespace
 
-// Where it is installed, and in the folder of its own in a build.
+// Looks in the install folder, then in the build tree.
 QString cameraModule() {
   const QDir here(QCoreApplication::applicationDirPath());
   const QStringList places{QUILLMAR_CAMERA_FOLDER "/quillmar-camera.so", "../../ui/quillmar-camera.so"};

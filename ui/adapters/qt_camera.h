@@ -22,7 +22,7 @@ class QtCamera final : public QObject, public Camera {
  public:
   struct Options {
     QString deviceDirectory = QStringLiteral("/dev");
-    // The path of the VideoCaptureModule.
+    // The VideoCaptureModule's file; found by `cameraModule` if empty.
     QString module{};
   };
 
@@ -54,7 +54,7 @@ class QtCamera final : public QObject, public Camera {
   CameraState announced_ = CameraState::absent;
   Wanted wanted_;
   QThread thread_;
-  // Lives on that thread.
+  // Lives on `thread_`.
   Worker* worker_ = nullptr;
 };
 

@@ -74,7 +74,7 @@ class ScreenshotRequest final : public QObject {
 
 void askForScreenshot(const QDBusConnection& bus, QObject& owner, ScreenshotReply reply) {
   if (!bus.isConnected()) {
-    // A call would never be answered.
+    // A call over a closed connection would never be answered.
     QMetaObject::invokeMethod(
         &owner, [reply = std::move(reply)] { reply(ScreenshotOutcome::noPortal, {}); }, Qt::QueuedConnection);
     return;

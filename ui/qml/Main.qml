@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// The window: the root's screen, and the questions that belong to no screen.
+// The window: the root's screen, and the prompts that belong to no screen.
 Window {
     id: window
 
@@ -14,11 +14,11 @@ Window {
     minimumHeight: 480
     color: Theme.page
 
-    // Where a closing question leaves the keyboard, it is at the window itself; it belongs to the screen.
+    // An alert that closes may leave the focus on the window itself; it belongs to the screen.
     onActiveFocusItemChanged: if (activeFocusItem === contentItem) host.forceActiveFocus()
 
     Shortcut {
-        // In a window these keys would wait for an open question.
+        // An open alert would block a shortcut of the window.
         context: Qt.ApplicationShortcut
         sequences: [StandardKey.Close, StandardKey.Quit] // qmllint disable unqualified
         onActivated: window.close()

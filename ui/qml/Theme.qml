@@ -2,12 +2,12 @@ pragma Singleton
 import QtQuick
 import Quillmar
 
-// Every colour, size and time that a screen may use, as the presentation has them.
+// Every colour, size and duration that a screen may use, taken from the presentation.
 QtObject {
     readonly property bool dark: Look.dark
     readonly property bool reducedMotion: Look.reducedMotion
 
-    // The same by day and by night
+    // The same in both looks
     readonly property var semantic: Look.semanticColors
     readonly property color blue: semantic.brandBlue
     readonly property color blueDark: semantic.brandBlueDark
@@ -40,13 +40,13 @@ QtObject {
     readonly property color chosenTab: scheme.chosenTab
     readonly property color dim: scheme.dim
 
-    // The brand's colours where they are letters
+    // The brand's colours for text
     readonly property color linkText: scheme.linkText
     readonly property color positiveText: scheme.positiveText
     readonly property color warningText: scheme.warningText
     readonly property color dangerText: scheme.dangerText
 
-    // Colours that screens name, as shapes and as letters.
+    // Colours that screens give by name: `tint` is for shapes, `ink` for text.
     readonly property var inks: ({ brandBlue: linkText, brandGreen: positiveText, brandOrange: warningText,
                                    brandRed: dangerText, secondaryText: cardSecondaryText })
     function tint(name) { return semantic[name] ?? text }
@@ -59,7 +59,7 @@ QtObject {
     // Type
     readonly property real textScale: Look.textScale
     readonly property real lineHeight: measures.lineHeight
-    // Of one line of the interface's face, in its size.
+    // The line height of the interface font, relative to its size
     readonly property real faceHeight: measures.faceHeight
     readonly property font largeTitle: display(measures.largeTitleSize, Font.Bold, -0.4)
     readonly property font title: display(measures.titleSize, Font.Bold, -0.1)
@@ -94,7 +94,7 @@ QtObject {
     readonly property real haloOpacity: measures.haloOpacity
     function margin(width) { return width < regularWidth ? measures.margin : measures.regularMargin }
 
-    // Motion; with reduced motion things fade, but do not travel, grow or pulse.
+    // Motion. With reduced motion things fade, but do not move, grow or pulse.
     readonly property int quick: measures.quick
     readonly property int moderate: measures.moderate
     readonly property int rerouting: measures.rerouting

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A row of a GroupedSection that does something; spinning, a spinner stands in place of its symbol.
+// A row of a GroupedSection that performs an action. While `spinning`, a spinner replaces its symbol.
 Pressable {
     id: row
 
@@ -12,7 +12,7 @@ Pressable {
     property bool first: false
     property bool spinning: false
     property bool chevron: false
-    // The symbol at its end.
+    // The symbol at the end of the row.
     property string mark: chevron ? mirrored ? "chevron.left" : "chevron.right" : ""
 
     width: parent ? parent.width : 0

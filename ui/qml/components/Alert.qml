@@ -1,8 +1,8 @@
 import QtQuick
 import Quillmar
 
-// A short question or message over everything. Its buttons are AlertButtons. What it shows is made when it is first
-// shown, so that a screen costs nothing for what it rarely says.
+// A modal question or message. Its buttons are AlertButtons. Its popup is created when it is first shown, so that a
+// screen does not pay for alerts that it rarely needs.
 Item {
     id: alert
 
@@ -10,12 +10,12 @@ Item {
     property bool shown: false
     property string title
     property string message
-    // A word that tells what kind of question this is.
+    // The kind of question, in one word.
     property string label
     property string symbol
     property color tint: Theme.blue
 
-    // Takes no place where it stands; what it shows lies over everything.
+    // The alert takes no room in its layout; its popup covers the window.
     visible: false
 
     Loader {

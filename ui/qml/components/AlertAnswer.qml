@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// How an Alert draws one of its buttons.
+// A button as an Alert draws it.
 Pressable {
     id: answer
 

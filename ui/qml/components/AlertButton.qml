@@ -1,6 +1,6 @@
 import QtQml
 
-// One answer of an Alert.
+// A button of an Alert.
 QtObject {
     enum Role { Default, Cancel, Destructive }
 

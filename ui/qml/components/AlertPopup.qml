@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Quillmar
 
-// What an Alert shows. Escape is the cancelling button, Return the default one, and the keyboard stays inside.
+// The popup of an Alert. Escape presses the cancelling button, Return the default one, and the focus stays inside.
 T.Popup {
     id: popup
 
@@ -19,7 +19,7 @@ T.Popup {
     readonly property Item area: T.Overlay.overlay
     readonly property real areaWidth: area ? area.width : 0
     readonly property real areaHeight: area ? area.height : 0
-    // Beside one another where their words fit, else one above the other.
+    // The buttons stand side by side if their texts fit, otherwise one above the other.
     readonly property bool stacked: buttons.length > 2 || Theme.textScale > 1.3
     property real growth: 1
 
@@ -52,7 +52,7 @@ T.Popup {
             buttons[index].clicked()
         }
     }
-    // Escape with nothing to cancel is the only answer there is.
+    // Without a cancelling button, Escape presses the only button.
     function cancel() { press(Math.max(find(AlertButton.Cancel), buttons.length === 1 ? 0 : -1)) }
     function giveFocus() {
         const first = find(AlertButton.Default) >= 0 ? find(AlertButton.Default) : Math.max(0, find(AlertButton.Cancel))

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A person's letters on a round of their colour.
+// A person's initials on a circle of the person's colour.
 GradientPlate {
     id: avatar
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// Leads back to where one came from.
+// Goes back to the previous screen.
 Pressable {
     id: control
 

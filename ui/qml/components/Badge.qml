@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A word in a small pill, with a symbol where colour alone would tell.
+// A word in a small pill, with a symbol so that it does not depend on colour alone.
 Rectangle {
     id: badge
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A line that a person should not miss, with its symbol.
+// An important line of text with its symbol.
 Rectangle {
     id: banner
 

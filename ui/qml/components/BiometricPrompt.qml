@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// Over everything while the machine's reader waits for a finger.
+// Covers the window while the fingerprint reader waits for a finger.
 Alert {
     id: dialog
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A rounded ground for what belongs together, one thing under the other.
+// A column of related content on a rounded background.
 Rectangle {
     id: card
 

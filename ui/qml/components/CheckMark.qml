@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Quillmar
 
-// A box to tick, with its words behind it.
+// A checkbox, followed by its text.
 T.CheckBox {
     id: control
 

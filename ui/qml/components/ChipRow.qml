@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// A few choices of which one holds, as chips that wrap where they have to. The arrow keys go from one to the next.
+// A single choice among a few options, as chips that wrap. The arrow keys move between them.
 Flow {
     id: row
 

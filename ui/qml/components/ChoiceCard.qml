@@ -2,8 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A large choice with a picture: `horizontal` where it stands in a column of its kind, upright where they stand side
-// by side.
+// A large choice with a picture: `horizontal` in a column of such cards, upright if they stand side by side.
 Pressable {
     id: card
 

@@ -1,11 +1,11 @@
 import QtQuick
 import Quillmar
 
-// The arrow keys of one of several choices: they go on to the next of its kind, or back, and choose it.
+// The arrow keys of a single choice: they move to the next or previous option and choose it.
 Item {
     id: keys
 
-    // Stands among the others, each of which says by `isChoice` that it is one.
+    // One of the options, which are the siblings with `isChoice`.
     required property Pressable choice
 
     function go(way) {

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A row of a GroupedSection that is one of several, of which exactly one is chosen and marked.
+// One option of a GroupedSection in which exactly one is chosen and marked.
 ActionRow {
     id: row
 

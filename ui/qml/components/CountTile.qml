@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A number and what it counts: under it, or, where tiles stand one above the other, beside it.
+// A number and its label, which is under the number, or beside it if the tiles are stacked.
 Rectangle {
     id: tile
 
@@ -11,7 +11,7 @@ Rectangle {
     property string symbol
     property color tint: Theme.blue
     property bool flat: false
-    // To stand upright on one line.
+    // The width that keeps an upright tile's label on one line.
     readonly property real neededWidth: Math.ceil(labelWidth.advanceWidth) + 2 * Theme.within
 
     implicitHeight: grid.implicitHeight + 2 * Theme.between

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A child on the dashboard: the whole card opens the child, its button adds a device.
+// A child on the dashboard: pressing the card opens the child, its button adds a device.
 Pressable {
     id: card
 
@@ -101,7 +101,7 @@ Pressable {
             symbol: card.child.addDeviceIcon
             text: card.child.addDeviceTitle
             effect: card.child.addDevice
-            // Each card has one, and who hears the page does not see on which it stands.
+            // Every card has this button, and a screen reader does not tell whose it is.
             Accessible.description: card.text
             Layout.fillWidth: true
         }

@@ -1,6 +1,6 @@
 import Quillmar
 
-// A thing that takes something away.
+// A button for a destructive action.
 SecondaryButton {
     tint: Theme.red
     ink: Theme.dangerText

@@ -2,15 +2,15 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A device; drawn to the left it opens and shows the button that takes it away.
+// A device. Swiped to the left it stays open and shows the button that removes it.
 SwipeRow {
     id: device
 
     property string detail
     property color tint: Theme.blue
-    // Room at the end for `controls`.
+    // Room for `controls` at the end of the row.
     property real endSpace: 0
-    // What stands at its end.
+    // The content at the end of the row.
     default property alias mark: markPlace.data
 
     name: row.deviceDisplayName
@@ -55,7 +55,7 @@ SwipeRow {
                 color: Theme.onBrand
                 lineHeight: 1
                 wrapMode: Text.NoWrap
-                // How far the row opens is given; a longer word is written smaller.
+                // The row opens by a fixed width, so a longer word is drawn smaller.
                 fontSizeMode: Text.HorizontalFit
                 horizontalAlignment: Text.AlignHCenter
                 Layout.fillWidth: true

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// Lifts what stands on it off the page.
+// The shadow of a surface that is raised from the page.
 SoftShadow {
     id: elevation
 

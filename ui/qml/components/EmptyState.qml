@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// What a screen says when it has nothing to show yet; what may be done about it follows.
+// What a screen shows if it has no content yet, followed by the possible actions.
 ColumnLayout {
     id: empty
 

@@ -2,8 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A part of a page that fades and slides in when the page comes up, `wait` milliseconds later, to where its model has it
-// at rest.
+// A part of a page that fades and slides to its model's resting place, `wait` milliseconds after the page appears.
 ColumnLayout {
     id: part
 

@@ -1,6 +1,6 @@
 import Quillmar
 
-// The alert that nearly every screen has for what went wrong, in the words of its model.
+// The error alert of nearly every screen; its text comes from the model.
 Alert {
     id: alert
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// One thing that the application does for its family.
+// One feature of the application, in a list of them.
 RowLayout {
     property string symbol
     property string text

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A row of a GroupedSection that a person writes in.
+// A text field as a row of a GroupedSection.
 TextBox {
     id: row
 
@@ -11,7 +11,7 @@ TextBox {
     implicitHeight: Math.max(Theme.target + 4, neededHeight)
 
     background: Item {
-        // Two rows share the edge between them.
+        // Adjacent rows share an edge.
         Rectangle {
             anchors.fill: parent
             anchors.topMargin: row.first ? 0 : -1

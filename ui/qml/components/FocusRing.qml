@@ -1,9 +1,9 @@
 import QtQuick
 import Quillmar
 
-// Shows where the keyboard is.
+// Marks the control that has the keyboard focus.
 Rectangle {
-    // A control that says by `visualFocus` whether it is there.
+    // The control, which has a `visualFocus`.
     property var around: parent
     property real corner: Theme.corner
     property real gap: 3

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A titled group of rows on one rounded ground, with a line of explanation under it where one is needed. Rows draw
-// their own separators; the first visible one goes without.
+// A titled group of rows on a rounded background, with an optional caption under it. Each row draws its own
+// separator, except the first visible one.
 ColumnLayout {
     id: section
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A button that is only a symbol; `text` is its name for those who do not see it.
+// A button that is only a symbol; `text` is its accessible name.
 Pressable {
     id: control
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// One numbered step, tied to the next by a line unless it is the last.
+// A numbered step, joined to the next one by a line unless it is the last.
 RowLayout {
     id: step
 

@@ -1,14 +1,14 @@
 import QtQuick
 import Quillmar
 
-// Text of a screen. It is plain text, whatever it holds.
+// A screen's text. It is always plain text, never markup.
 Text {
     font: Theme.body
     color: Theme.text
     textFormat: Text.PlainText
     wrapMode: Text.Wrap
     lineHeight: Theme.lineHeight
-    // The extra of the last line's height would lie under the text and push it out of the middle.
+    // The line height adds room under the last line, which would move a centred text up.
     bottomPadding: Math.round(font.pixelSize * Theme.faceHeight * (1 - lineHeight))
     Accessible.role: Accessible.StaticText
     Accessible.name: text

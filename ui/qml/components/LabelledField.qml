@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A text box with its name above it and, where one is needed, a hint under it.
+// A text box with its name above it and an optional hint under it.
 ColumnLayout {
     id: field
 

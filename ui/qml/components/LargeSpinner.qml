@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The spinner for a whole screen, with what is waited for under it.
+// A spinner for a whole screen, with a text that says what it waits for.
 ColumnLayout {
     id: wait
 

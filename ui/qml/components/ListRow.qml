@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A row of a GroupedSection that says something: a symbol, a title, and a value at its end, or under it where the two
-// do not fit beside one another.
+// A row of a GroupedSection without an action: a symbol, a title and a value. The value is at the end, or under the
+// title if both do not fit on one line.
 Item {
     id: row
 

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// Three dots, of which the one at `phase` is lit.
+// Three dots; the one at `phase` is lit.
 Row {
     id: dots
 

@@ -1,6 +1,6 @@
 import Quillmar
 
-// The mark of the application.
+// The application's logo.
 Picture {
     property int size: 88
 

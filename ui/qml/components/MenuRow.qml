@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Quillmar
 
-// One item of a PopupMenu, bound to an action of a model where it has one.
+// An item of a PopupMenu, bound to a model's action if it has one.
 T.MenuItem {
     id: row
 

@@ -1,8 +1,8 @@
 import QtQuick
 import Quillmar
 
-// The title in the middle, what leads back before it, what may be done after it; as high as its text needs. A title
-// without room between them stands under them.
+// A centred title between the leading and the trailing controls, as high as its text. A title that does not fit
+// between them is drawn under them.
 Rectangle {
     id: bar
 
@@ -36,7 +36,7 @@ Rectangle {
     }
     Label {
         id: titleLabel
-        // In the middle of the bar, or as near to it as what stands beside it lets.
+        // Centred in the bar, or as near to the centre as the controls allow.
         x: bar.below ? Theme.gap : Math.max(bar.titleStart, Math.min((bar.width - width) / 2, bar.titleEnd - width))
         y: bar.below ? bar.rowHeight : (bar.rowHeight - height) / 2
         width: bar.below ? bar.width - 2 * Theme.gap : bar.lineWidth

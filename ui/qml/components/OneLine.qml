@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A text of one line, which shows as much of `line` as there is room for. Where that breaks, a blank stands.
+// A text on one line, elided if there is no room. Line breaks in `line` become spaces.
 Label {
     property string line
 

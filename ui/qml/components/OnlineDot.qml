@@ -1,8 +1,8 @@
 import QtQuick
 import Quillmar
 
-// Green with a halo when online, grey when not; the symbol before it says the same to who does not tell these colours
-// apart, and `words` to who sees neither.
+// Green with a halo when online, grey when not. The symbol before it helps those who can't tell the colours apart,
+// and `words` helps screen readers.
 Row {
     id: mark
 

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A screen's page: a bar where it has one, and a column of content, at most as wide as reads well and in the middle,
-// that scrolls when it is too long and stands centred when `centered` and short.
+// A page: an optional bar and a centred column of content of limited width. The content scrolls if it is too long,
+// and is centred vertically if it is short and the page is `centered`.
 FocusScope {
     id: page
 
@@ -18,14 +18,14 @@ FocusScope {
     readonly property real margin: Theme.margin(width)
     readonly property bool regular: width >= Theme.regularWidth
     readonly property real contentWidth: column.width
-    // What stays where it is in the window, whatever comes and goes above it: the box that is typed in, else the list
-    // that somebody is at.
+    // The anchor keeps its place in the window when content above it changes: the focused text box, otherwise the
+    // list that the person uses.
     property Item list: null
-    // A list hands the focus on, in the place where it was: nobody went anywhere.
+    // True while a list moves the focus between its rows; the page does not scroll for that.
     property bool handingOver: false
     readonly property Item anchor: focused instanceof TextBox && isWithin(focused) ? focused : list
     property real anchorPlace: NaN
-    // What scrolling cannot do for it: how far the content is pushed down, or pulled up beyond its end.
+    // The part of a correction that scrolling can't do: the content's offset beyond the top or the end.
     property real shift: 0
 
     Rectangle {
@@ -81,7 +81,7 @@ FocusScope {
         anchors.right: parent.right
     }
 
-    // What the keyboard reaches is brought into view.
+    // The focused control is scrolled into view.
     readonly property Item focused: Window.activeFocusItem
     onFocusedChanged: {
         if (!focused || !isWithin(focused) || handingOver) {
@@ -112,7 +112,7 @@ FocusScope {
             list = null
         }
     }
-    // In the content, with everything at rest: a control that gives way to a press stands still.
+    // The place in the content without animations, such as that of a pressed control.
     function placeOf(item) {
         let y = -shift
         for (let above = item; above && above !== column.parent; above = above.parent) {
@@ -138,7 +138,7 @@ FocusScope {
             homing.restart()
         }
     }
-    // In a window of another size all stands elsewhere.
+    // In a window of another size every place is different.
     function forgetPlace() {
         anchorPlace = NaN
         shift = 0
@@ -151,7 +151,7 @@ FocusScope {
     }
     SequentialAnimation {
         id: homing
-        // The press that took the focus away meets what was under it.
+        // The press that took the focus away must still hit what was under the pointer.
         PauseAnimation { duration: 300 }
         NumberAnimation {
             target: page

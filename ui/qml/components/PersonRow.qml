@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A person in a GroupedSection: letters, name, what is said of them, and a state in words and a dot. With an action
-// that may be done it is a button with a chevron.
+// A person in a GroupedSection: initials, name, details, and a state in words and with a dot. With an enabled action
+// it is a button with a chevron.
 ActionRow {
     id: row
 
@@ -14,7 +14,7 @@ ActionRow {
     property color statusTint: Theme.offline
 
     text: name
-    // A plain row is said as one and does not answer to a press.
+    // A plain row is a list item: it does not react to a press.
     readonly property bool plain: effect === null || !effect.enabled
     enabled: true
     hoverEnabled: !plain

@@ -1,6 +1,6 @@
 import QtQuick
 
-// Lets a person choose a picture; the desktop's own dialog is loaded when it is first wanted.
+// Lets a person choose a picture. The desktop's file dialog is loaded on first use.
 Item {
     id: picker
 

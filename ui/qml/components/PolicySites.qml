@@ -3,7 +3,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The sites of a list of the policy, each with the control that takes it out, or what stands in their place.
+// The sites in a list of the policy, each with a button that removes it, or a placeholder.
 ColumnLayout {
     id: list
 

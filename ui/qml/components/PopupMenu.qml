@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Quillmar
 
-// A short list of things to do, beside what it was opened from. Its items are MenuRows.
+// A menu beside the control that opened it. Its items are MenuRows.
 T.Menu {
     id: menu
 

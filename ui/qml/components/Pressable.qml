@@ -1,12 +1,12 @@
 import QtQuick
 import Quillmar
 
-// What every button is: pressed by pointer, Space or Return, and bound to an action of a model where it has one.
+// The base of all buttons: pressed by pointer, Space or Return, and bound to a model's action if it has one.
 PressArea {
     id: control
 
     property var effect: null
-    // Out of use a button is grey. A screen that leaves is disabled as a whole, and does not turn grey for it.
+    // A disabled button is grey. A screen that fades out is disabled as a whole, but its buttons keep their colours.
     property bool inUse: !effect || effect.enabled
     property real corner: Theme.corner
     property real pressedScale: 0.98

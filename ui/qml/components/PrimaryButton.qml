@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The one thing to do on a screen. Busy, a spinner stands in place of its label; spinning, beside it.
+// The main action of a screen. While `busy`, a spinner replaces the label; while `spinning`, it is beside the label.
 Pressable {
     id: control
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A QR code on white, with the quiet zone that readers need, whatever the look around it.
+// A QR code on white with the quiet zone that scanners need, in both looks.
 Rectangle {
     id: plate
 

@@ -2,14 +2,14 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// What stands in the place of a list that is empty.
+// The placeholder of an empty list.
 Card {
     id: note
 
     property string heading
     property string text
     readonly property bool visualFocus: activeFocus
-    // Where the focus has come here with a list that went, the Tab key leads on from here.
+    // While it holds the focus of a list that became empty, Tab continues from here.
     activeFocusOnTab: activeFocus
 
     padding: 20

@@ -2,20 +2,20 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A list of rows on a rounded ground. They come and go, and those that stay move to their place; but while the pointer
-// or the focus is in the list, no row moves for another. The focus of a row that goes is handed to the one that takes
-// its place, or to the last one; where none is left, `placeholder` keeps it until there is one again.
+// A list of rows on a rounded background. Rows come and go, and the others move to their new places; but while the
+// pointer or the focus is in the list, no row moves. If the focused row is removed, the row that takes its place gets
+// the focus, or the last row. If the list becomes empty, `placeholder` keeps the focus until there is a row again.
 FocusScope {
     id: ground
 
     property var model: null
     property alias count: rows.count
     default property alias delegate: rows.delegate
-    // What stands in the place of an empty list.
+    // Shown instead of an empty list.
     property Item placeholder: null
     readonly property bool held: activeFocus || pointer.hovered
     property Page page: null
-    // The row that went with the focus: where it was, whether the keyboard was in it, and how it had come there.
+    // The removed row that had the focus: its index, whether the focus was active, and the reason of that focus.
     property int lostAt: -1
     property bool hadFocus: false
     property int focusReason: Qt.OtherFocusReason
@@ -44,7 +44,7 @@ FocusScope {
             --lostAt
         }
     }
-    // The focus of this list, active or not.
+    // The focused item of this list, even if the list itself lacks the active focus.
     function focusedIn(item) {
         return item.focus ? item : Array.from(item.children).map(focusedIn).find(found => found) ?? null
     }
@@ -61,7 +61,7 @@ FocusScope {
         lostAt = -1
         page.handingOver = false
     }
-    // To the row, or to the first control in it.
+    // Focuses the row, or the first control in it.
     function giveFocus(row, reason) {
         const control = row.activeFocusOnTab ? row : row.nextItemInFocusChain(true)
         if (activeFocus || (placeholder && placeholder.activeFocus)) {

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The mark, a title and a line under it, as screens begin that stand on their own.
+// The logo, a title and a subtitle, at the top of screens without a bar.
 ColumnLayout {
     id: header
 

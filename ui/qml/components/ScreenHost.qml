@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// Shows one screen after another, each fading into the next.
+// Shows one screen at a time and cross-fades to the next.
 FocusScope {
     id: host
 

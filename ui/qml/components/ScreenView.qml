@@ -1,11 +1,11 @@
 import QtQuick
 
-// Draws one screen by its type's name, and the sheet that it presents.
+// Draws a screen by the name of its type, and the sheet that it presents.
 FocusScope {
     id: view
 
     property var screen: null
-    // Whether it has no control of its own that takes it away.
+    // The screen has no close button of its own, so its sheet adds one.
     readonly property bool closable: drawing.item?.closable ?? false
     property var sheetScreen: screen ? screen.sheet : null
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// Tells how far a long page has scrolled, while it scrolls.
+// The scroll position of a long page, shown while it scrolls.
 Rectangle {
     property Flickable flickable
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A thing that may be done as well: the brand's colour on a breath of itself.
+// A secondary action: the brand's colour on a faint tint of it.
 Pressable {
     id: control
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The title of a part of a page, with a count, a spinner or a badge behind it and a caption under it.
+// The title of a page's section, with a count, a spinner or a badge after it and a caption under it.
 ColumnLayout {
     id: title
 
@@ -26,7 +26,7 @@ ColumnLayout {
             font: Theme.subtitle
             lineHeight: 1.1
             Layout.fillWidth: true
-            // Layouts deal in whole points; a part of one less would break the line.
+            // Layouts round to whole points; a fraction less would break the line.
             Layout.maximumWidth: title.alone ? Infinity : Math.ceil(implicitWidth) + 1
             Accessible.role: Accessible.Heading
         }

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A labelled field that hides what is written, until it is asked to show it.
+// A labelled password field; its text can be shown on request.
 LabelledField {
     id: field
 

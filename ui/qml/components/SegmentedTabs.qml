@@ -2,8 +2,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// Two to four tabs on one ground, of equal width; the chosen one is raised. Where a word has no room beside the others,
-// they stand one above the other. The arrow keys go from one to the next.
+// Two to four tabs of equal width on one background; the chosen one is raised. If a title does not fit, the tabs are
+// stacked. The arrow keys move between them.
 FocusScope {
     id: tabs
 
@@ -15,7 +15,7 @@ FocusScope {
     readonly property real equalShare: count > 0 ? (width - 2 * ground.inset) / count : 0
     readonly property bool stacked: widestWord() + 2 * tabPadding > equalShare
     readonly property real share: stacked ? width - 2 * ground.inset : equalShare
-    // Two lines have room.
+    // High enough for two lines.
     readonly property real tabHeight: Math.max(Theme.target, Math.ceil(2.2 * Theme.faceHeight * Theme.footnoteStrong.pixelSize) + 2 * Theme.unit)
     signal chosen(string option)
 
@@ -31,7 +31,7 @@ FocusScope {
         }
     }
 
-    // Side by side, these keys scroll the page.
+    // In side-by-side tabs these keys scroll the page.
     function stack(event, index) {
         event.accepted = stacked
         if (stacked) {

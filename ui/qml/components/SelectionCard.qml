@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// One of several of which exactly one is chosen: a picture letter such as a flag, its words, and a mark when chosen.
+// An option of a single choice: an emoji such as a flag, its text, and a mark when chosen.
 Pressable {
     id: card
 

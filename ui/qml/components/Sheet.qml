@@ -2,13 +2,13 @@ import QtQuick
 import QtQuick.Templates as T
 import Quillmar
 
-// A screen presented over another: a whole page that slides up on a narrow window, a centred card on a wide one. It
-// shows the `screen` it is given until that is taken away; `dismissed` asks the presenting model to do so.
+// A screen presented over another: a full page that slides up in a narrow window, a centred card in a wide one. It
+// shows `screen` until that becomes null; `dismissed` asks the presenting model to remove it.
 T.Popup {
     id: sheet
 
     property var screen: null
-    // Keeps what is drawn while the sheet slides out.
+    // Keeps the content while the sheet slides out.
     property var shownScreen: null
     readonly property Item area: T.Overlay.overlay
     readonly property real areaWidth: area ? area.width : 0
@@ -71,7 +71,7 @@ T.Popup {
         LayoutMirroring.childrenInherit: true
         Keys.onEscapePressed: sheet.dismissed()
 
-        // Keeps a square page within the card's rounded corners.
+        // Inset, so that the square page stays within the card's rounded corners.
         Loader {
             id: place
             anchors.fill: parent

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// The stand-in for the system's question; it says that it is one.
+// Stands in for the system's permission prompt, and says that it is a simulation.
 Alert {
     id: dialog
 

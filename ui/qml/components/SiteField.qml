@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// Where a site is written that is to be added; only the button at its end adds it.
+// A field for a site to add; only the button at its end adds it.
 RowLayout {
     id: field
 

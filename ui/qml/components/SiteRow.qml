@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A site of a child's activity, or of the sites allowed for good, with the swipe that acts on it.
+// A site of a child's activity or of the always-allowed list, with the action of its swipe.
 SwipeRow {
     id: site
 

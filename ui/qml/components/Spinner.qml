@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// Eight fading spokes that go round while it runs; it hides when it stops.
+// Eight fading spokes that rotate while it runs; hidden when stopped.
 Item {
     id: spinner
 

@@ -1,7 +1,7 @@
 import QtQuick
 
-// The way of a spring to its end: undamped it would swing once in `response` seconds; with a `damping` below 1 it goes
-// a little too far before it rests.
+// A spring animation: undamped it would swing once in `response` seconds; with a `damping` below 1 it overshoots
+// before it rests.
 NumberAnimation {
     id: motion
 
@@ -10,7 +10,7 @@ NumberAnimation {
     readonly property real frequency: 2 * Math.PI / response
     readonly property real decay: damping * frequency
     readonly property real swing: frequency * Math.sqrt(1 - damping * damping)
-    // Until less than a thousandth of the way is left.
+    // The time until less than a thousandth of the distance is left.
     readonly property real seconds: Math.log(1000 * frequency / swing) / decay
 
     function place(time) {
@@ -19,7 +19,8 @@ NumberAnimation {
     function speed(time) {
         return Math.exp(-decay * time) * frequency * frequency / swing * Math.sin(swing * time)
     }
-    // Piece by piece a curve of the same places and speeds. Qt has room for ten pieces, and writes past it with more.
+    // A piecewise curve with the spring's places and speeds. Qt has room for ten pieces, and writes out of bounds
+    // with more.
     function curve() {
         const pieces = 8
         const step = seconds / pieces

@@ -2,10 +2,10 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// One of several contents of a screen that take turns; it fades in when its turn comes.
+// One of several alternating contents of a screen; it fades in when it is shown.
 ColumnLayout {
     property bool shown: false
-    // Where the keyboard goes when the turn comes.
+    // The item that gets the focus when this content is shown.
     property Item first: null
 
     visible: shown

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// How one thing stands: in words, with a mark, and in colour. Upright, the words stand under the symbol.
+// A status in words, with a symbol and a colour. Upright, the words are under the symbol.
 Card {
     id: card
 

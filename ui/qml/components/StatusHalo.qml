@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// A large symbol in a circle from which slow rings go out while it pulses.
+// A large symbol in a circle; while it pulses, slow rings spread from it.
 Item {
     id: halo
 

@@ -2,11 +2,11 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// How strong a password is: bars, and the word for it.
+// The strength of a password, as bars and as a word.
 RowLayout {
     id: meter
 
-    // Each with a `color`'s name and an `opacity`.
+    // Each has the name of a `color` and an `opacity`.
     property var bars: []
     property string label
     property string colorName

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A thing that went well, said large.
+// A large success message.
 ColumnLayout {
     id: header
 

@@ -1,14 +1,14 @@
 import QtQuick
 import Quillmar
 
-// A row of a list that follows a drag as its model lets it, by mouse, finger or trackpad, and shows what it would do
-// behind itself. The same stands in its context menu (right button, menu key or Shift-F10) and on its `key`.
+// A list row that is dragged by mouse, finger or trackpad as far as its model allows, and shows behind it what the
+// drag would do. The context menu (right button, menu key or Shift-F10) and `key` do the same.
 Item {
     id: swipe
 
-    // With `offset`, `minimumDistance`, `dragChanged` and `dragEnded`.
+    // Has `offset`, `minimumDistance`, `dragChanged` and `dragEnded`.
     required property var row
-    // What a completed drag does, for those who do not drag.
+    // The action of a completed drag, for the menu and the key.
     property var effect: null
     property string actionTitle
     property string actionSymbol
@@ -18,16 +18,16 @@ Item {
     property string description
     property bool first: false
     property real inset: Theme.gap
-    // Whether a tap does something of its own, for which Return and Space stand.
+    // Whether a tap has an action of its own; Return and Space then perform it.
     property bool pressable: false
-    // Under the face; it lies open while the face is drawn aside.
+    // Drawn under the face, visible while the face is dragged aside.
     property alias behind: underlay.data
-    // On the face, and pressed for itself.
+    // Drawn on the face, and pressed independently of it.
     property alias controls: controlPlace.data
     default property alias content: place.data
     readonly property bool mirrored: LayoutMirroring.enabled
     property bool dragging: false
-    // So that FocusRing sees it as it sees a control.
+    // FocusRing reads it.
     readonly property bool visualFocus: activeFocus
 
     width: parent ? parent.width : 0
@@ -77,7 +77,7 @@ Item {
         width: swipe.width
         height: swipe.height
         x: swipe.row.offset
-        // At rest the ground that the row stands on shows, with its round corners.
+        // At rest the face is transparent, so that the rounded background of the list shows.
         color: x === 0 ? "transparent" : Theme.card
         Behavior on x {
             enabled: !swipe.dragging
@@ -118,7 +118,7 @@ Item {
         height: face.height
         hoverEnabled: true
         acceptedButtons: Qt.LeftButton | Qt.RightButton
-        // Once the row moves, the list it stands in does not scroll.
+        // While the row is dragged, the list does not scroll.
         preventStealing: swipe.dragging && swipe.row.offset !== 0
 
         function finish() {

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// What a drag would do, behind the row that is dragged: at the edge that the row leaves.
+// What a drag would do, drawn behind the dragged row at the edge that it uncovers.
 Rectangle {
     id: strip
 

@@ -2,23 +2,23 @@ import QtQuick
 import QtQuick.Templates as T
 import Quillmar
 
-// One line of text that a person writes. It shows `value`, keeps the place of the cursor when that changes under it,
-// and tells by `edited` what the person wrote.
+// A one-line text field. It shows `value`, keeps the cursor's place when that changes, and emits `edited` when the
+// person types.
 T.TextField {
     id: box
 
     property string value
-    // What a screen reader says of it.
+    // Its accessible name.
     property string name
     property string description
     readonly property string spokenName: name.length > 0 ? name : placeholderText
     property bool code: false
-    // Room at the end for what stands in the box.
+    // Room for controls at the end of the box.
     property real endSpace: 0
     signal edited(string text)
 
     implicitWidth: 200
-    // A longer hint takes more lines; the box keeps their height, and nothing moves with the first letter.
+    // A long hint wraps. The box keeps the hint's height, so that typing moves nothing.
     readonly property real neededHeight: Math.max(contentHeight, hintHeight) + 2 * Theme.between
     property real hintHeight: 0
 
@@ -72,7 +72,7 @@ T.TextField {
         horizontalAlignment: box.effectiveHorizontalAlignment
         verticalAlignment: Text.AlignVCenter
         Accessible.ignored: true
-        // It changes while a layout gives the box its width, and then the layout would not hear of it.
+        // The height changes while a layout sets the width, and the layout would miss that change.
         onImplicitHeightChanged: Qt.callLater(box.takeHintHeight) // qmllint disable type
     }
     HoverHandler {

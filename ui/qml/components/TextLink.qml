@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A button that is only its words.
+// A button that is only text.
 Pressable {
     id: control
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Quillmar
 
-// On or off, with its words before it.
+// A switch with its label before it.
 T.Switch {
     id: control
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// A row of a GroupedSection that is on or off. It shows what its model holds, whatever it was just flipped to.
+// A switch as a row of a GroupedSection. It shows its model's value, even after the person flipped it.
 Item {
     id: row
 

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// The four corners that a code is to lie between.
+// Four corners that show where to hold the code.
 Item {
     id: finder
 

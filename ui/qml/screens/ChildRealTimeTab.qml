@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// A child's devices, its policy, and the sites of the last minute.
+// A child's devices, its policy and the sites of the last minute.
 ColumnLayout {
     id: tab
 
@@ -31,7 +31,7 @@ ColumnLayout {
             actionSymbol: modelData.unlinkIcon
 
             OnlineDot {
-                // The row's own words say it as well.
+                // The row's description contains it.
                 Accessible.ignored: true
                 online: device.modelData.isOnline
             }

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The sites that a child has visited, and those that a parent has allowed for good.
+// The sites that a child has visited, and those that a parent has always allowed.
 ColumnLayout {
     id: tab
 

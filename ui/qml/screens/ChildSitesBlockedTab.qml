@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The sites that a child was kept from.
+// The sites that were blocked for a child.
 ColumnLayout {
     id: tab
 

@@ -2,7 +2,7 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Quillmar
 
-// The cards of a dashboard. An answer of the service adds, moves and takes away; what stays is drawn without a break.
+// The cards of a dashboard. An answer of the service may add, move and remove cards; the others are not redrawn.
 Item {
     id: list
 
@@ -14,7 +14,7 @@ Item {
     onAnsweredChanged: if (complete) rearranging.restart()
     Component.onCompleted: complete = true
 
-    // How what an answer brings takes the place of what was there.
+    // The animation of what an answer changes.
     component Replacement: NumberAnimation {
         duration: 200
         easing.type: Easing.InOutQuad
@@ -32,7 +32,7 @@ Item {
         }
     }
 
-    // Cards travel to where an answer puts them, but do not while the window changes its size.
+    // An answer moves cards with an animation; a window that is being resized moves them without one.
     Timer {
         id: rearranging
         interval: 250

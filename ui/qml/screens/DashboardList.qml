@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Quillmar
 
-// The children of a family, and what their devices add up to.
+// The children of a family, and the totals of their devices.
 ColumnLayout {
     id: list
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// What a signed-in parent may do besides.
+// The other actions of a signed-in parent.
 PopupMenu {
     id: menu
 

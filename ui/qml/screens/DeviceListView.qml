@@ -59,7 +59,7 @@ Page {
         text: page.screen.loadingText
         Layout.fillWidth: true
     }
-    // What is not needed yet is not loaded yet.
+    // Loaded on first use.
     Loader {
         readonly property var sources: ({ empty: "DashboardWelcome.qml", list: "DashboardList.qml" })
         readonly property string wanted: sources[page.screen.content] ?? ""
