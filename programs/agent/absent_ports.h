@@ -10,7 +10,7 @@
 #include "platform/secure_item_store.h"
 #include "platform/window_style.h"
 
-// What a program in a terminal, or in none, does not have.
+// The ports that a program in a terminal, or without one, does not have.
 namespace quillmar::agent {
 
 class AbsentSecureItems final : public SecureItemStore {

@@ -19,8 +19,8 @@
 
 namespace quillmar::agent {
 
-// The program's log. A person in front of a terminal hears only what needs them: that settings can't be
-// saved.
+// The program's log. Unless it tells everything, it prints only what the user must know: that settings can't
+// be saved.
 class AgentLog final : public Log {
  public:
   explicit AgentLog(bool tellsEverything) : tellsEverything_(tellsEverything) {}
@@ -33,7 +33,7 @@ class AgentLog final : public Log {
   SystemLog log_{"quillmar-agent"};
 };
 
-// A device whose program shows no dates.
+// The agent shows no dates, so the locale and the time zone are fixed.
 class AgentDeviceInfo final : public DeviceInfo {
  public:
   std::string name() const override { return machineName(); }
@@ -41,7 +41,7 @@ class AgentDeviceInfo final : public DeviceInfo {
   std::string timeZone() const override { return "UTC"; }
 };
 
-// The adapters of this computer, for a program without a window.
+// The adapters of this computer for a program without a window.
 class AgentMachine {
  public:
   AgentMachine(const Options& options, AsioDispatch& dispatch, Log& log);
@@ -50,7 +50,7 @@ class AgentMachine {
   ~AgentMachine();
 
   Platform ports();
-  // Why nothing is known of the installation, as a sentence; nothing where all is.
+  // Why the settings can't be read, as a sentence; nullopt if they can.
   std::optional<std::string> problemWithSettings() const;
 
  private:
@@ -72,7 +72,7 @@ class AgentMachine {
 
 Deployments deploymentsFor(const Options& options);
 
-// Read anew from the disk, which may keep nothing new.
+// Reads the disk again, because a full or read-only disk may not have kept a change.
 bool isEnrolledOnDisk(const Options& options, Log& log);
 
 }  // namespace quillmar::agent

@@ -28,11 +28,11 @@ using control::ControlReply;
 using control::ControlRequest;
 using control::Operation;
 
-// The longest that a check-in may take, and then some.
+// Somewhat longer than the longest check-in.
 constexpr auto answerTimeout = std::chrono::seconds(75);
 constexpr auto tunnelTimeout = std::chrono::seconds(2);
 
-// The work of one request, by this process itself.
+// Carries out one request in this process.
 class OwnHandler {
  public:
   explicit OwnHandler(const Options& options)
@@ -64,7 +64,7 @@ class OwnHandler {
   control::ControlHandler handler_{environment_, {}};
 };
 
-// By the process that does the work of the installation, or else by this one.
+// Asks the process that does the installation's work, or does it here if there is none.
 std::optional<ControlReply> carryOut(const Options& options, Operation operation) {
   const ControlRequest request{.operation = std::string(rawValue(operation))};
   if (auto answer = control::ask(options.dataDirectory, request, answerTimeout)) {
@@ -73,7 +73,7 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
   if (SqliteSettingsStore::isAbsentFrom(options.dataDirectory)) {
     return ControlReply{.device = control::DeviceStatus{.role = std::string(rawValue(DeviceRole::unset))}};
   }
-  // To look does no harm beside another process; to work would.
+  // `status` only reads, so it may run beside another process.
   const auto lock = InstanceLock::acquire(options.dataDirectory);
   const bool isHeld = !lock && !InstanceLock::obstacle(options.dataDirectory);
   if (isHeld && operation != Operation::status) {
@@ -90,7 +90,7 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
 
 std::string problemIn(const ControlReply& reply) { return reply.error.value_or("There was no answer."); }
 
-// Why this device can't do what an enrolled child's device can.
+// Complains and returns the exit status, unless the device is an enrolled child's.
 std::optional<ExitStatus> obstacle(const ControlReply& reply) {
   const ExitStatus status = exitStatusOf(reply);
   if (status == ExitStatus::failed) {

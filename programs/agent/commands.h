@@ -2,7 +2,7 @@
 
 #include "programs/agent/options.h"
 
-// What each word of the command line does. Each waits until it is done.
+// One function for each command of the command line. Each returns when the command is done.
 namespace quillmar::agent {
 
 ExitStatus enroll(const Options& options);
@@ -12,7 +12,7 @@ ExitStatus sync(const Options& options);
 ExitStatus reset(const Options& options);
 ExitStatus examine(const Options& options);
 
-// What each of them ends with where another process has the work and can't be asked.
+// The exit status if another process does the work but does not answer.
 ExitStatus tellNobodyAnswers();
 
 }  // namespace quillmar::agent

@@ -25,7 +25,7 @@ constexpr auto statusTimeout = std::chrono::seconds(3);
 constexpr int waitingRows = 1;
 constexpr auto saveRetry = std::chrono::seconds(5);
 
-// The enrollment's screen, in a terminal.
+// The enrollment's output in a terminal.
 class EnrollmentScreen {
  public:
   EnrollmentScreen(ChildEnrollmentView& view, const Terminal& terminal) : view_(view), terminal_(terminal) {}
@@ -43,7 +43,7 @@ class EnrollmentScreen {
     }
   }
 
-  // The waiting line once more, its dots as they are now.
+  // Redraws the waiting line with its dots in their current state.
   void showWaiting() {
     if (!terminal_.isInteractive || !view_.loadingDots) {
       return;
@@ -55,7 +55,7 @@ class EnrollmentScreen {
     isLineOpen_ = write(line);
   }
 
-  // What follows begins a line of its own.
+  // Starts a new line for what follows.
   void endWaiting() {
     if (std::exchange(isLineOpen_, false)) {
       write("\n");
@@ -63,7 +63,7 @@ class EnrollmentScreen {
   }
 
  private:
-  // Nothing but the waiting line comes below it, so that a low window shows it whole.
+  // Only the waiting line follows the code, so that a low window shows the whole code.
   void drawCode(const QREncoder& encoder) const {
     Terminal above = terminal_;
     above.rows -= waitingRows;
@@ -86,7 +86,7 @@ class EnrollmentScreen {
   bool isLineOpen_ = false;
 };
 
-// One enrollment from the first request to a saved device, or to the reason why there is none.
+// One enrollment, from the first request to a saved device or to the reason of its failure.
 class Enrollment {
  public:
   Enrollment(const Options& options, const Terminal& terminal)
@@ -132,7 +132,7 @@ class Enrollment {
       }
     }));
     reactions_.push_back(view_->errorAlert.isShown.onChange([this] { fail(); }));
-    // At the end of the turn in which it is enrolled, when that is stored too.
+    // Runs at the end of the turn in which the device is enrolled, when the enrollment is stored.
     reactions_.push_back(environment_.childAppState()->isEnrolled.onChange(
         [this] { dispatch_.main().async([this] { finish(); }); }));
     ticks_ = dispatch_.scheduleRepeating(ChildLoadingDots::period, [this] { screen_.showWaiting(); });
@@ -197,7 +197,7 @@ ExitStatus refuse(const control::LockAttempt& attempt) {
   return ExitStatus::busy;
 }
 
-// By what the process says that does the work now; it need not be disturbed any further.
+// Asks the process that does the work. If the device is enrolled already, that process need not yield.
 bool isEnrolledElsewhere(const Options& options) {
   const auto answer = control::ask(
       options.dataDirectory, {.operation = std::string(rawValue(control::Operation::status))}, statusTimeout);

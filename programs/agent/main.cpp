@@ -47,7 +47,7 @@ ExitStatus answer(const Parsed& parsed) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  // Few threads that do little: an arena for each of them would be most of the memory.
+  // A few threads that do little: one malloc arena per thread would be most of the memory.
   mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): there is no other thread yet
   quillmar::keepNewFilesPrivate();
   quillmar::forbidCoreDumps();

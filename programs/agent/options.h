@@ -11,7 +11,7 @@
 
 namespace quillmar::agent {
 
-// What the program ends with, for scripts. They are part of its interface.
+// The exit statuses. Scripts rely on them.
 enum class ExitStatus {
   done = 0,
   failed = 1,
@@ -26,11 +26,11 @@ enum class ExitStatus {
 
 enum class Command { enroll, run, status, sync, reset, doctor };
 
-// What a person wrote behind the program's name.
+// The options on the command line.
 struct Options {
   Command command = Command::status;
   std::filesystem::path dataDirectory;
-  std::optional<std::string> service = {};  // in the place of all deployments
+  std::optional<std::string> service = {};  // replaces all deployments
   std::string caFile = {};                  // trusted beside the system's authorities
   bool simulatesTunnel = false;
   bool startsWithSession = false;
@@ -39,14 +39,14 @@ struct Options {
   bool isConfirmed = false;
 };
 
-// Either what to do, or what to say instead: a text that was asked for, or what is wrong with the words.
+// What to do, or an answer instead: a requested text, or what is wrong with the command line.
 struct Parsed {
   std::optional<Options> options = {};
   std::string text = {};
   ExitStatus status = ExitStatus::done;
 };
 
-// What is understood, and kept in these options.
+// The command line of the program, which is parsed into `options`.
 command_line::Program programFor(Options& options);
 
 Parsed parse(const std::vector<std::string>& words);

@@ -16,10 +16,10 @@ constexpr std::string_view white = "\x1b[107m";
 constexpr std::string_view black = "\x1b[40m";
 constexpr std::string_view ordinary = "\x1b[0m";
 
-// By the upper and the lower half: the character of which exactly these are filled.
+// The block character by whether its upper and its lower half are filled.
 constexpr std::array<std::array<std::string_view, 2>, 2> halves{{{" ", "▄"}, {"▀", "█"}}};
 
-// The code in its quiet zone; all outside is light.
+// The code with its quiet zone; everything outside is light.
 class Sheet {
  public:
   Sheet(const QRModules& modules, std::size_t margin) : modules_(modules), margin_(margin) {}
@@ -39,7 +39,7 @@ class Sheet {
 std::string halfBlockLine(const Sheet& sheet, std::size_t row, bool hasColour) {
   std::string line(hasColour ? blackOnWhite : "");
   for (std::size_t column = 0; column < sheet.side(); ++column) {
-    // Ink is dark on a sheet that is made white, and light on a terminal that is taken to be dark.
+    // Ink is dark if the sheet can be made white, and light on a terminal that is assumed to be dark.
     const bool upper = sheet.isDark(row, column) == hasColour;
     const bool lower = sheet.isDark(row + 1, column) == hasColour;
     line += halves[upper ? 1 : 0][lower ? 1 : 0];
@@ -71,8 +71,8 @@ Lines linesOf(const Sheet& sheet, const Terminal& terminal) {
   return lines;
 }
 
-// What may be drawn, the sturdiest first. A margin narrower than the standard's still scans, and so does a
-// code with less correction, better than one that is cut.
+// The ways to draw a code, the most robust first. A narrower margin than the standard's, or less error
+// correction, still scans better than a code that is cut off.
 struct Kind {
   QRCorrection correction;
   std::size_t margin;

@@ -11,14 +11,14 @@
 
 namespace quillmar::agent {
 
-// The lines of a QR code that a phone can scan from this terminal, its quiet zone included: the sturdiest
-// code for which there is room. With UTF-8 two modules share a character; without, each has one or two of its
-// own, in reversed video. Black on white where there is colour, or else as on a dark terminal. Nothing where
-// the terminal has neither UTF-8 nor colour, or too few columns or rows.
+// Draws a QR code, quiet zone included, that a phone can scan from this terminal: the most robust code that
+// fits. With UTF-8 a character holds two modules; without, a module takes one or two characters in reversed
+// video. With colours the code is black on white, without it assumes a dark terminal. nullopt if the
+// terminal has neither UTF-8 nor colours, or too few columns or rows.
 std::optional<std::vector<std::string>> drawQRCode(const QREncoder& encoder, std::string_view text,
                                                    const Terminal& terminal);
 
-// How many rows the smallest of these takes; nothing where no number would do.
+// The rows that the smallest of these codes needs; nullopt if no number of rows would do.
 std::optional<std::size_t> rowsForQRCode(const QREncoder& encoder, std::string_view text, Terminal terminal);
 
 }  // namespace quillmar::agent

@@ -28,7 +28,7 @@ namespace {
 
 using Tell = std::function<void(const std::string&)>;
 
-// A line for each change that a person would want to know of.
+// Writes a line for each change that its user may want to know of.
 class Events {
  public:
   Events(Environment& environment, Tell tell) : tell_(std::move(tell)) {
@@ -75,7 +75,7 @@ class Events {
   std::vector<Subscription> changes_;
 };
 
-// The child's background work, for as long as this process has the installation's lock.
+// The child's background work, while this process holds the installation's lock.
 class Work {
  public:
   Work(const Options& options, AsioDispatch& dispatch, Log& log, Tell tell,
@@ -91,7 +91,7 @@ class Work {
   std::optional<std::string> problemWithSettings() const { return machine_.problemWithSettings(); }
   bool isParents() { return environment_.roleManager()->currentRole() == DeviceRole::parent; }
 
-  // Whether there is a device to look after.
+  // False if no child's device is enrolled here.
   bool start() {
     const auto child = environment_.childAppState();
     if (environment_.roleManager()->currentRole() != DeviceRole::child || !child->isEnrolled()) {
@@ -103,7 +103,7 @@ class Work {
 
   control::ControlHandler& handler() { return handler_; }
 
-  // Runs after each check-in, in its turn of the main queue.
+  // Runs `reaction` after each check-in, in the same turn of the main queue.
   void afterCheckin(const std::function<void()>& reaction) {
     afterCheckin_ = environment_.childAppState()->observe(
         [reaction, &state = *environment_.childAppState()](const Member& changed) {
@@ -121,8 +121,8 @@ class Work {
   Subscription afterCheckin_;
 };
 
-// Gets the installation's lock, does its work while it has it, gives it up to a window, and waits to have it
-// back.
+// Takes the installation's lock and does the work while it holds it. It yields to a window, and waits until
+// it gets the lock back.
 class Agent {
  public:
   explicit Agent(const Options& options)
@@ -154,13 +154,13 @@ class Agent {
   }
 
  private:
-  // The thread that waits for the lock may outlive the agent.
+  // Shared, because the thread that waits for the lock may outlive the agent.
   struct Door {
     std::mutex mutex;
     Agent* agent = nullptr;
   };
 
-  // A disk that keeps nothing new is no reason to leave a child unprotected.
+  // A read-only disk must not leave a child unprotected.
   void workWithoutLock() {
     const auto problem = control::problemWithFolder(options_.dataDirectory);
     if (!isEnrolledOnDisk(options_, log_)) {
@@ -198,7 +198,7 @@ class Agent {
     tell(work_->start() ? "Looking after this device." : "This device is not enrolled. Waiting for that.");
   }
 
-  // Without a lock there is nothing to give.
+  // Empty without a lock, as there is nothing to give.
   std::function<void(std::function<void(FileDescriptor)>)> yielding() {
     if (!lock_) {
       return {};
@@ -208,7 +208,7 @@ class Agent {
     };
   }
 
-  // Nothing of the work is left, not even a request under way, before another process can have the lock.
+  // All work, including requests in flight, ends before another process can have the lock.
   void leave(const std::function<void(FileDescriptor)>& give) {
     if (!lock_) {
       return;

@@ -8,10 +8,10 @@
 
 namespace quillmar::agent {
 
-// The worker is nobody where the reply names none. A reply without a device is a failure.
+// The exit status that a reply means. A reply without a device is a failure.
 ExitStatus exitStatusOf(const control::ControlReply& reply);
 
-// A few lines for people; times by this machine's clock.
+// The status as a few lines of text, in the local time zone.
 std::string statusText(const control::ControlReply& reply, Date now);
 
 }  // namespace quillmar::agent

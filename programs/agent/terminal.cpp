@@ -17,7 +17,7 @@ std::string_view variable(const char* name) {
   return value ? value : "";
 }
 
-// Where nobody says how large the window is, a usual one is taken.
+// A terminal that does not tell its size keeps the usual one.
 void measure(int descriptor, Terminal& terminal) {
   winsize size{};
   if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0) {

@@ -5,22 +5,22 @@
 
 namespace quillmar::agent {
 
-// What the standard output leads to, and what it can show.
+// The standard output, and what it can show.
 struct Terminal {
-  bool isInteractive = false;  // a person may be looking at it
+  bool isInteractive = false;  // it is a terminal
   int columns = 80;
-  int rows = std::numeric_limits<int>::max();  // that a person sees at once
+  int rows = std::numeric_limits<int>::max();  // visible at once
   bool hasUTF8 = false;
-  bool hasColour = false;  // and can move the cursor
+  bool hasColour = false;  // and cursor movement
 
-  // As the environment and the terminal say now.
+  // Reads the environment and the terminal's size.
   static Terminal ofStandardOutput();
 };
 
-// To the standard output, in one piece and at once. False where nobody can read it any more.
+// Writes to the standard output, unbuffered. False if its reader has gone.
 bool write(std::string_view text);
 bool writeLine(std::string_view text);
-// To the standard error, under the program's name.
+// Writes to the standard error, prefixed with the program's name.
 void complain(std::string_view text);
 
 }  // namespace quillmar::agent

@@ -11,11 +11,11 @@ namespace quillmar::control {
 
 struct Answer {
   ControlReply reply;
-  FileDescriptor file;  // the lock, where it is handed over
+  FileDescriptor file;  // the lock, if it is handed over
 };
 
-// Asks the process that does the work of the installation, and waits. Nothing where there is none, or where
-// it says nothing that makes sense within `timeout`.
+// Asks the process that does the installation's work, and waits for the answer. nullopt if there is no such
+// process, or no valid answer within `timeout`.
 std::optional<Answer> ask(const std::filesystem::path& dataDirectory, const ControlRequest& request,
                           std::chrono::milliseconds timeout);
 

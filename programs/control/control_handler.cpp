@@ -28,13 +28,13 @@ std::string lineOf(const ControlReply& reply) {
   return text.ok() ? text.value() : R"({"error":"The answer can't be written."})";
 }
 
-// How a check-in announces its end, the bad and the good one.
+// The published changes that end a check-in, failed or succeeded.
 bool isEndOfCheckin(const ChildAppState& state, const Member& changed) {
   return &changed == &state.lastCheckinTime ||
          (&changed == &state.isConnectedToServer && !state.isConnectedToServer());
 }
 
-// The others never got as far as the service.
+// False for errors of a request that did not reach the service.
 bool isFromService(const Error& error) {
   using Kind = TransportError::Kind;
   if (const auto* transport = error.as<TransportError>()) {

@@ -14,18 +14,18 @@ namespace quillmar::control {
 
 DeviceStatus statusOf(Environment& environment);
 
-// What went wrong with a check-in, as a sentence that tells a service that is not there from one that answers
-// with an error.
+// Why a check-in failed, as a sentence. It distinguishes an unreachable service from one that answers with
+// an error.
 std::string checkinFailure(const Error& error);
 
-// Answers what other processes ask of the one that does the work. Main thread only.
+// Answers the requests of other processes. Main thread only.
 class ControlHandler {
  public:
-  // What this process is, and what only one of its kind can do.
+  // What distinguishes the agent from the window.
   struct Duties {
     Worker worker = Worker::agent;
     std::function<void(const std::string& activationToken)> show = {};
-    // Ends the work, then gives the lock to whoever asked. None where this process gives nothing up.
+    // Ends the work, then gives the lock to the process that asked. Empty if this process does not yield.
     std::function<void(std::function<void(FileDescriptor)> give)> yield = {};
   };
 
@@ -42,7 +42,7 @@ class ControlHandler {
 
   Environment& environment_;
   const Duties duties_;
-  // They wait for the end of a check-in.
+  // Replies that wait for the end of a check-in.
   std::vector<ControlServer::Reply> syncing_;
   Subscription checkins_;
 };

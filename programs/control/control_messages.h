@@ -9,15 +9,15 @@
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
 
-// What the processes of an installation say to each other. They are of one version: a package brings both
-// programs.
+// The messages between the processes of an installation. All processes have the same version, because one
+// package holds both programs.
 namespace quillmar::control {
 
-// show: bring the window to the front. yield: hand the lock over, by an agent only. The others are for
-// people.
+// show: bring the window to the front. yield: hand over the lock (agent only). The others serve the user's
+// commands.
 enum class Operation { show, yield, status, sync, reset };
 
-// Which program does the work.
+// The program that does the work.
 enum class Worker { agent, window };
 
 }  // namespace quillmar::control
@@ -40,17 +40,17 @@ inline constexpr std::array rawNames<control::Worker> =
 
 namespace quillmar::control {
 
-// Records are compared and printed by the tables below.
+// The tables below define how records are compared and printed.
 using quillmar::operator==;
 using quillmar::operator<<;
 
 struct ControlRequest {
   std::string operation;
-  // By which a desktop lets a window come to the front.
+  // The desktop's token that lets a window come to the front.
   std::optional<std::string> activationToken = {};
 };
 
-// A child's device at a glance. Of a parent's there is only the role.
+// The state of a child's device. For a parent's device only the role is set.
 struct DeviceStatus {
   std::string role;
   bool isEnrolled = false;

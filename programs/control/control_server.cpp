@@ -35,7 +35,7 @@ constexpr auto requestTimeout = std::chrono::seconds(5);
 constexpr auto acceptPause = std::chrono::seconds(1);
 constexpr std::size_t mostGuests = 16;
 
-// Which file a socket's name leads to.
+// Identifies the file behind a socket's path.
 struct FileIdentity {
   dev_t device = 0;
   ino_t number = 0;
@@ -48,8 +48,8 @@ std::optional<FileIdentity> identityOf(const fs::path& path) {
                                              : std::nullopt;
 }
 
-// Only whoever has the installation's lock comes here, so a name that is taken was left by a killed process.
-// The socket gets its name when it can be spoken to, so whoever waits for the name need not try twice.
+// The caller holds the installation's lock, so an existing file was left by a killed process. The socket is
+// renamed to `path` once it listens, so that clients never find a path that refuses them.
 FileDescriptor listenAt(const fs::path& path) {
   std::error_code error;
   const fs::path unfinished = path.string() + ".new";
@@ -67,7 +67,7 @@ FileDescriptor listenAt(const fs::path& path) {
   return socket;
 }
 
-// Who only has nothing more to say listens still.
+// A peer that only shut down its writing side is still listening.
 bool hasGone(int socket) {
   pollfd state{.fd = socket, .events = 0, .revents = 0};
   return ::poll(&state, 1, 0) == 1 && (state.revents & (POLLHUP | POLLERR)) != 0;
@@ -75,7 +75,7 @@ bool hasGone(int socket) {
 
 }  // namespace
 
-// Everything but `keepReachable` and the handler runs on its thread.
+// Runs on its own thread, except `keepReachable` and the handler.
 class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
  public:
   Loop(fs::path dataDirectory, Dispatch& dispatch, Handler handler)
@@ -89,7 +89,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     });
   }
 
-  // After what has been answered by now is sent.
+  // Sends the answers given so far, then stops.
   void end() {
     asio::post(context_, [this] { context_.stop(); });
     thread_.join();
@@ -124,7 +124,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   };
   using GuestPtr = std::shared_ptr<Guest>;
 
-  // A name that leads to somebody else's socket by now is theirs. The folder goes with the last in it.
+  // Removes the socket's file, unless another process has replaced it, and its folder if that is empty.
   void leave() {
     std::error_code error;
     if (identity_ && identityOf(path_) == identity_) {
@@ -157,7 +157,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     });
   }
 
-  // For one more guest: those who have gone do not keep it out, nor do those who say nothing.
+  // Makes room for one more guest: drops those that have gone, then one that has not asked yet.
   bool makeRoom() {
     if (guests_.size() >= mostGuests) {
       std::erase_if(guests_, [](const GuestPtr& guest) { return hasGone(guest->socket.native_handle()); });
@@ -174,7 +174,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     return guests_.size() < mostGuests;
   }
 
-  // A process without any file left gets one back some time.
+  // The process may be out of file descriptors, so it tries again after a pause.
   void acceptLater() {
     pause_.expires_after(acceptPause);
     pause_.async_wait([this](ErrorCode /*never cancelled*/) { accept(); });
@@ -227,7 +227,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
   const asio::executor_work_guard<asio::io_context::executor_type> work_{context_.get_executor()};
   Protocol::acceptor acceptor_{context_};
   asio::steady_timer pause_{context_};
-  std::vector<GuestPtr> guests_;  // in the order of their coming
+  std::vector<GuestPtr> guests_;  // oldest first
   fs::path path_;
   std::optional<FileIdentity> identity_;
   std::thread thread_;

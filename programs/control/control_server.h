@@ -10,25 +10,24 @@
 
 namespace quillmar::control {
 
-// Lets other processes of this user speak to the one that does an installation's work: a line each way, then
-// the end. Whoever says nothing, too much, or is somebody else's process is let go; of a crowd, those first
-// who have gone or say nothing. On a thread of its own, which sleeps while nobody speaks.
+// Serves the other processes of this user on a Unix socket: one line as the request, one as the reply, then
+// the connection ends. It drops processes of other users, silent peers and lines that are too long; with too
+// many connections, first those that have gone or say nothing. It runs on its own thread.
 class ControlServer {
  public:
-  // May be called once, on any thread, while the process lives; nobody hears it once the guest or the server
-  // has gone.
+  // May be called once, on any thread. Does nothing once the peer or the server has gone.
   using Reply = std::function<void(LocalMessage)>;
-  // On the main thread.
+  // Called on the main thread.
   using Handler = std::function<void(std::string line, Reply reply)>;
 
   ControlServer(std::filesystem::path dataDirectory, Dispatch& dispatch, Handler handler);
   ControlServer(const ControlServer&) = delete;
   ControlServer& operator=(const ControlServer&) = delete;
-  // Takes its socket away and ends what is under way.
+  // Removes the socket and ends open connections.
   ~ControlServer();
 
-  // Puts the socket up again where it was taken away or a better place has come up. Costs a look at the file
-  // when there is nothing to do.
+  // Creates the socket again if it was removed or a better path is available. Cheap if there is nothing to
+  // do.
   void keepReachable();
 
  private:

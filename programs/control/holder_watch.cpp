@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-// The directory, or what is there of the way to it.
+// The directory, or its nearest parent that exists.
 fs::path nearest(fs::path directory) {
   std::error_code error;
   while (!fs::is_directory(directory, error) && directory.has_relative_path()) {
@@ -29,7 +29,7 @@ fs::path nearest(fs::path directory) {
 
 }  // namespace
 
-// Where the thread that waits for the lock leaves it.
+// Through this the thread that waits for the lock passes it on.
 struct HolderWatch::Release {
   std::mutex mutex;
   std::optional<InstanceLock> lock;

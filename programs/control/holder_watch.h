@@ -11,8 +11,8 @@
 
 namespace quillmar::control {
 
-// Hears what becomes of the process that has an installation's lock: that it can be spoken to, or that the
-// lock has become free and is this process's now.
+// Watches the process that holds an installation's lock: it reports when that process can be reached, or
+// when the lock becomes free and passes to this process.
 class HolderWatch {
  public:
   explicit HolderWatch(std::filesystem::path dataDirectory);
@@ -20,11 +20,11 @@ class HolderWatch {
   HolderWatch& operator=(const HolderWatch&) = delete;
   ~HolderWatch();
 
-  // From here on nothing is missed. Again after each wait, as directories come and go.
+  // Starts watching. Call it again after each wait, because directories come and go.
   void listen();
-  // The lock, where it was free at some time since the first wait began.
+  // The lock, if it has become free since the first wait.
   std::optional<InstanceLock> takeLock();
-  // Whether there is news, true or false, before the deadline.
+  // True if there was an event before the deadline, which may be a false alarm.
   bool waitUntil(std::chrono::steady_clock::time_point deadline);
 
  private:

@@ -20,7 +20,7 @@ std::optional<Worker> workerIn(const std::optional<Answer>& answer) {
   return answer && answer->reply.worker ? fromRawValue<Worker>(*answer->reply.worker) : std::nullopt;
 }
 
-// The requests of one attempt, which all end when it does.
+// The requests of one attempt; all end with its deadline.
 class Requests {
  public:
   Requests(const std::filesystem::path& directory, Clock::time_point deadline)

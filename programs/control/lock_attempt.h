@@ -11,28 +11,28 @@
 
 namespace quillmar::control {
 
-// Held by the agent for as long as it runs, whether it has the work or waits for it.
+// The agent holds it while it runs, whether it does the work or waits for it.
 inline constexpr std::string_view agentLock = "agent.lock";
 
-// What came of an attempt to take an installation's lock.
+// The result of an attempt to take an installation's lock.
 struct LockAttempt {
-  // There where this process may do the work.
+  // Set if this process may do the work.
   std::optional<InstanceLock> lock = {};
-  // Otherwise who has it and can't be asked to stop; nothing where nobody answers.
+  // Otherwise the process that holds the lock and can't yield; nullopt if none answers.
   std::optional<Worker> holder = {};
 };
 
-// Takes the lock, from an agent that has it too. A window gives nothing up; with `show` it comes to the
-// front. Somebody who has the lock and says nothing is only starting or just ending, or hangs: whichever it
-// is, this hears of it, or ends after `timeout`.
+// Takes the lock, also from an agent that holds it. A window does not yield; `show` brings it to the front.
+// If the holder does not answer, because it is starting, ending or hanging, this waits until that changes or
+// `timeout` has passed.
 LockAttempt attemptLock(const std::filesystem::path& dataDirectory,
                         const std::optional<ControlRequest>& show = {},
                         std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
-// Why nothing can be kept in an installation's directory, as a sentence; nothing where it can.
+// Why the installation's directory can't be used, as a sentence; nullopt if it can.
 std::optional<std::string> problemWithFolder(const std::filesystem::path& dataDirectory);
 
-// Whether an agent waits to do the work as soon as this process ends.
+// Whether an agent waits to take over when this process ends.
 bool isAgentWaiting(const std::filesystem::path& dataDirectory);
 
 }  // namespace quillmar::control

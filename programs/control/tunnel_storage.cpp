@@ -16,7 +16,7 @@ std::optional<std::string> read(const fs::path& file) {
   return in ? std::optional(std::string(std::istreambuf_iterator<char>(in), {})) : std::nullopt;
 }
 
-// Whole or not at all.
+// Atomic: a reader sees the old file or the new one.
 void write(const fs::path& file, const std::string& text) {
   const fs::path draft = file.string() + ".new";
   {

@@ -6,7 +6,8 @@
 
 namespace quillmar::control {
 
-// A simulated tunnel finds its configuration again at the next start, of either program, as a real one would.
+// Stores a simulated tunnel's configuration for the next start of either program, as the system does for a
+// real one.
 SimulatedTunnel::Storage tunnelStorageIn(const std::filesystem::path& dataDirectory);
 
 }  // namespace quillmar::control

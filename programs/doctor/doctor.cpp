@@ -30,7 +30,7 @@ Installation installationWith(const SettingsStore& settings, const Deployments& 
       .serviceRoot = root ? *root : deployments.root(region.value_or("")).value_or(deployments.australia)};
 }
 
-// Nothing is made where nothing is.
+// Reads the installation without creating anything.
 Installation installationIn(const std::filesystem::path& directory, const Deployments& deployments) {
   std::error_code none;
   if (!std::filesystem::exists(directory / SqliteSettingsStore::fileName, none)) {

@@ -37,7 +37,7 @@ class NothingToKeep final : public BusSession {
   void left() override {}
 };
 
-// Why there was no answer; nothing where there was one.
+// The error of a bus call; nullopt if it was answered.
 std::optional<sdbus::Error> ask(const std::string& busAddress,
                                 const std::function<void(sdbus::IConnection&)>& question) {
   std::promise<std::optional<sdbus::Error>> asked;
@@ -54,14 +54,14 @@ std::optional<sdbus::Error> ask(const std::string& busAddress,
 
 std::string inBrackets(const std::string& words) { return " (" + words + ")"; }
 
-// What a .name file says.
+// The content of a .name file.
 struct Registration {
   fs::path file;
   std::string service;
   fs::path program;
 };
 
-// A key file of the desktop's kind: groups in square brackets, and a key and a value in each other line.
+// Parses a key file: groups in square brackets and "key=value" lines.
 Registration readRegistration(const fs::path& file) {
   Registration registration{.file = file, .service = {}, .program = {}};
   std::ifstream stream(file);
@@ -86,7 +86,7 @@ Registration readRegistration(const fs::path& file) {
   return registration;
 }
 
-// The entries of a directory that a name suits, in the order of their names.
+// The matching entries of a directory, sorted by name.
 std::vector<fs::path> entries(const fs::path& directory, const std::function<bool(const fs::path&)>& suits) {
   std::vector<fs::path> found;
   std::error_code unreadable;
@@ -137,7 +137,7 @@ Finding lookAtKeyring(SecureItemStore& keyring) {
   constexpr std::string_view account = "probe";
   using Status = SecureItemStatus;
   Finding locked{false, "is locked. Unlock it in the desktop's password manager to log in without typing."};
-  // What an earlier look may have left.
+  // An interrupted run may have left the item.
   const Status cleared = keyring.remove(service, account);
   if (cleared == Status::interactionNotAllowed) {
     return locked;

@@ -11,31 +11,31 @@
 
 namespace quillmar::doctor {
 
-// Puts an item there and takes it away again. Never prompts.
+// Stores an item and removes it again. Never prompts.
 Finding lookAtKeyring(SecureItemStore& keyring);
 
-// The two that are asked over the bus at an address of "unix:path=".
+// The bus address has the form "unix:path=".
 Finding lookAtNetworkManager(const std::string& busAddress);
 Finding lookAtFingerprintReader(const std::string& busAddress);
 
-// Whether a program is registered with NetworkManager for this type of VPN service, by the first ".name" file
-// of these directories that names the type, and can be executed.
+// Whether a program is registered with NetworkManager for this type of VPN service, and can be executed. The
+// first ".name" file of these directories that names the type counts.
 Finding lookAtTunnelProgram(const std::vector<std::filesystem::path>& directories,
                             std::string_view serviceType);
 
-// Whether any video device of this directory can be opened.
+// Whether any video device in this directory can be opened.
 Finding lookAtCamera(const std::filesystem::path& devices);
 
-// Whether the window's part that reads codes with a camera is there; its path is empty where it isn't.
+// Whether the camera module is installed; its path is empty if not.
 Finding lookAtCameraModule(const std::filesystem::path& module);
 
-// Any answer will do that is none of a failing server.
+// Any answer counts, except a server error.
 ServiceFinding lookAtService(HttpSession& http, const std::string& url);
 
-// This machine, and the service as it is reached from here.
+// Examines this machine, and the service over this machine's network.
 class MachineProbes final : public Probes {
  public:
-  // Without a keyring for a program without a window.
+  // `keyring` is null for a program without a window.
   MachineProbes(HttpSession& http, SecureItemStore* keyring, std::filesystem::path cameraModule,
                 std::string serviceURL)
       : http_(http),

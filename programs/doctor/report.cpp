@@ -8,7 +8,7 @@
 namespace quillmar::doctor {
 namespace {
 
-// Whose device can't do without it.
+// The devices that can't do without a part.
 enum class Need { nobody, child, everybody };
 
 struct Part {
@@ -23,7 +23,7 @@ std::string count(long long number, const std::string& unit) {
   return std::to_string(number) + " " + unit + (number == 1 ? "" : "s");
 }
 
-// In whole units of the largest kind of which there are at least two.
+// In the largest unit of which there are at least two, rounded down.
 std::string spoken(Duration duration) {
   using namespace std::chrono;
   if (duration >= days(2)) {

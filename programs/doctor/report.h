@@ -9,8 +9,8 @@
 
 namespace quillmar::doctor {
 
-// What a look at one part of the machine found. The words say what is there, or what is wrong and what to
-// install or start; they follow the part's name.
+// The result of examining one part. `words` follows the part's name: what is there, or what is wrong and
+// what to install or start.
 struct Finding {
   bool works = false;
   std::string words;
@@ -18,11 +18,11 @@ struct Finding {
 
 struct ServiceFinding {
   Finding answer;
-  // How far this machine's clock is ahead of the service's; nothing where the service told no time.
+  // How far this machine's clock is ahead of the service's; nullopt if the service sent no time.
   std::optional<Duration> clockLead = std::nullopt;
 };
 
-// Looks at a machine. Each may take some seconds, and none changes anything that lasts.
+// Examines a machine. Each call may take some seconds and leaves the machine unchanged.
 class Probes {
  public:
   Probes() = default;
@@ -30,8 +30,7 @@ class Probes {
   Probes& operator=(const Probes&) = delete;
   virtual ~Probes() = default;
 
-  // Where it is not for a program with a window, keyring, reader, camera and its module are not
-  // looked at.
+  // For a program without a window, keyring, fingerprint reader, camera and camera module are not examined.
   virtual bool areForWindow() const = 0;
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
@@ -43,9 +42,9 @@ class Probes {
 };
 
 struct Report {
-  // One for each part, and one for the whole at the end.
+  // One line for each part, and one for the whole at the end.
   std::vector<std::string> lines;
-  // Whether the machine has all that its role needs. Without a role that is what a parent's device needs.
+  // Whether the machine has everything that its role needs. Without a role, a parent's needs count.
   bool isFit = false;
 };
 

@@ -22,7 +22,7 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor {
 
  public Q_SLOTS:
   void Activate(const QVariantMap& platformData) { show(platformData); }
-  // It opens no files.
+  // The application opens no files.
   void Open(const QStringList& /*uris*/, const QVariantMap& platformData) { show(platformData); }
   void ActivateAction(const QString& /*name*/, const QVariantList& /*parameters*/,
                       const QVariantMap& platformData) {
@@ -35,11 +35,11 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor {
   const ShowWindow show_;
 };
 
-// The application as desktops start it: by its name on the session's bus, which starts the program where none
-// runs. What is asked of it brings its window to the front.
+// The application's D-Bus name, by which desktops start it; the bus starts the program if it does not run.
+// Each request brings the window to the front.
 class ApplicationBus final : public QObject {
  public:
-  // Where there is no bus, or the name is taken, nobody calls.
+  // Does nothing if there is no bus or the name is taken.
   explicit ApplicationBus(ShowWindow show);
 
  private:

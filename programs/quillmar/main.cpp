@@ -74,7 +74,7 @@ bool useSandbox(quillmar::SandboxProcess& sandbox, Options& options) {
   return true;
 }
 
-// Whether this is the installation that desktops and systemd mean.
+// Whether this is the installation that the desktop entry and the systemd unit use.
 bool isOrdinary(const Options& options) {
   return !options.service && !options.simulatesTunnel && options.dataDirectory == quillmar::dataDirectory();
 }
@@ -86,8 +86,8 @@ void bringToFront(quillmar::ui::Window& window, const std::string& activationTok
   window.raise();
 }
 
-// A device that is enrolled in this window is protected by the agent once that is closed, and after each
-// login.
+// Starts the agent and enables its autostart when a device is enrolled in this window, and disables it when
+// the enrollment ends.
 quillmar::Subscription keepAutostart(QuillmarApp& app) {
   const auto child = app.environment().childAppState();
   auto& queue = app.environment().platform().dispatch.global(quillmar::QualityOfService::background);
@@ -129,8 +129,8 @@ int runWindow(const Options& options) {
       app.applicationDidBecomeActive();
     }
   });
-  // A closed window leaves a child's protection running: in an agent that waits for the work, or else in this
-  // process, whose window a second start shows again.
+  // Closing the window must not end a child's protection. If an agent waits for the work, the process ends
+  // and the agent goes on; otherwise this process goes on, and a second start shows its window again.
   QObject::connect(&window.quickWindow(), &QWindow::visibleChanged, [&](bool isVisible) {
     if (!isVisible && (!protects(app) || control::isAgentWaiting(options.dataDirectory))) {
       QGuiApplication::quit();
@@ -141,8 +141,8 @@ int runWindow(const Options& options) {
   return QGuiApplication::exec();
 }
 
-// The lock on the installation, held from here on; or what the program ends with, as another one has the
-// work. Where the folder can't be used at all the program runs without a lock.
+// The installation's lock, or an exit status because another process does the work. Both are empty if the
+// folder can't be used: the program then runs without a lock.
 struct Entrance {
   std::optional<quillmar::InstanceLock> lock;
   std::optional<int> exitStatus;
@@ -167,7 +167,7 @@ Entrance enter(const Options& options) {
   return {.lock = std::move(attempt.lock), .exitStatus = {}};
 }
 
-// Said once, at the start, and not by each call to the service.
+// Checked once at the start, so that not every call reports it.
 bool canTrust(const Options& options) {
   const auto problem = quillmar::problemWithAuthorities(options.caFile);
   if (problem) {
@@ -177,7 +177,7 @@ bool canTrust(const Options& options) {
 }
 
 int runDoctor(const Options& options, int count, char** arguments) {
-  const QCoreApplication application(count, arguments);  // knows where the program's files are
+  const QCoreApplication application(count, arguments);  // applicationDirPath needs it
   quillmar::LibsecretItemStore keyring;
   const bool isFit =
       quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
@@ -190,7 +190,7 @@ int runDoctor(const Options& options, int count, char** arguments) {
 }
 
 int showWindow(Options options, int count, char** arguments) {
-  // A session's end, a closed terminal and Ctrl-C find the window in its loop, which it leaves in order.
+  // Signals that end the process are handled by the event loop, so that it shuts down in order.
   quillmar::holdEndingSignals();
   const auto application = quillmar::makeWindowApplication(count, arguments);
   QGuiApplication::setApplicationDisplayName("Quillmar");

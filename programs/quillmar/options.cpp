@@ -49,7 +49,7 @@ command_line::Program programFor(Options& options) {
 }
 
 std::variant<Options, int> readOptions(const std::vector<std::string>& words) {
-  // Scripts tell an option that a release doesn't know from a wrong command.
+  // Scripts distinguish an option unknown to this release from a wrong command.
   constexpr int wrongOption = 1;
   Options options{.dataDirectory = dataDirectory()};
   const auto program = programFor(options);

@@ -10,20 +10,21 @@
 
 namespace quillmar {
 
-// What a person wrote behind the program's name.
+// The options on the command line.
 struct Options {
   std::filesystem::path dataDirectory;
-  std::optional<std::string> service = {};  // in the place of all deployments
+  std::optional<std::string> service = {};  // replaces all deployments
   std::string caFile = {};                  // trusted beside the system's authorities
-  bool asksForDoctor = false;               // to look at this computer, without a window
-  bool startsSandbox = false;               // the stand-in service beside the window, and a simulated tunnel
+  bool asksForDoctor = false;               // examine this computer, without a window
+  bool startsSandbox = false;               // run the stand-in service, and simulate the tunnel
   bool simulatesTunnel = false;
 };
 
-// What is understood, and kept in these options.
+// The command line of the program, which is parsed into `options`.
 command_line::Program programFor(Options& options);
 
-// The options; or the exit status where the words ask for a text or are wrong, which has been answered.
+// The options, or the exit status if the command line asked for a text or was wrong; the text is already
+// printed.
 std::variant<Options, int> readOptions(const std::vector<std::string>& words);
 
 }  // namespace quillmar

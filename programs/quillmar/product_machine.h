@@ -25,7 +25,7 @@
 
 namespace quillmar {
 
-// The adapters of this computer, for a program with a window.
+// The adapters of this computer for a program with a window.
 class ProductMachine {
  public:
   explicit ProductMachine(const Options& options);
@@ -36,11 +36,11 @@ class ProductMachine {
   Platform ports();
   const QREncoder& qrEncoder() const { return qrEncoder_; }
   ui::QtWindowStyle& windowStyle() { return windowStyle_; }
-  // What the camera sees, for the window to draw.
+  // The camera's pictures, which the window draws.
   ui::CameraFrames& cameraFrames() { return qrReader_.frames(); }
-  // Asked in the window where the tunnel is simulated.
+  // Shown in the window if the tunnel is simulated.
   ui::PermissionPrompt& permissionPrompt() { return permissionPrompt_; }
-  // Shown in the window while the reader waits for a finger.
+  // Shown in the window while the fingerprint reader waits for a finger.
   ui::BiometricPrompt& biometricPrompt() { return biometricPrompt_; }
 
  private:

@@ -17,7 +17,7 @@ namespace {
 constexpr int startMilliseconds = 20000;
 constexpr int endMilliseconds = 3000;
 
-// Beside this program where they are installed, in the folder of its own in a build.
+// Looks beside this program, as installed, then in the build tree.
 QString sandboxProgram() {
   const QDir here(QCoreApplication::applicationDirPath());
   const QString installed = here.filePath("quillmar-sandbox");
@@ -30,7 +30,7 @@ QString sandboxProgram() {
 
 std::optional<SandboxProcess::Addresses> SandboxProcess::start(const std::filesystem::path& dataDirectory) {
   process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-  // It ends with this process, however that ends.
+  // The kernel ends the service with this process, even after a crash.
   process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
   process_.start(sandboxProgram(), {"--data", ui::exactText((dataDirectory / "sandbox").string())});
   if (!process_.waitForReadyRead(startMilliseconds)) {

@@ -7,7 +7,7 @@
 
 namespace quillmar {
 
-// The stand-in service, run beside the window for as long as this lives.
+// The stand-in service, running for the lifetime of this object.
 class SandboxProcess {
  public:
   struct Addresses {
@@ -16,9 +16,9 @@ class SandboxProcess {
     std::string caFile;
   };
 
-  // Nothing, with a line on the standard error, when it does not come up.
+  // nullopt, with a line on the standard error, if it does not start.
   std::optional<Addresses> start(const std::filesystem::path& dataDirectory);
-  // What a person types to be the parent, without the code.
+  // The command that completes an enrollment as a parent would, without the code at its end.
   std::string approval() const;
 
   SandboxProcess() = default;

@@ -12,8 +12,8 @@
 namespace quillmar {
 namespace {
 
-// What Qt says while the application is made. It counts only where a window comes up in the end, as what led
-// to none is said in our own words.
+// Collects Qt's messages while the application is created. They are printed only if a window can be shown;
+// otherwise our own sentence replaces them.
 struct Said {
   std::mutex mutex;
   std::vector<QString> lines;
