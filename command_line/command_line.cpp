@@ -18,8 +18,8 @@ bool isNamed(const Option& option, std::string_view word) {
   return option.name == word || (!option.letter.empty() && option.letter == word);
 }
 
-// The words one after another. What is wrong ends it, and what was asked for waits until all have been looked
-// at.
+// Parses the words in order. An error stops it; --help or --version takes effect only after all words are
+// parsed.
 class Reader {
  public:
   Reader(const Program& program, std::span<const std::string> words)
@@ -91,7 +91,7 @@ class Reader {
     }
   }
 
-  // "--name value" and "--name=value".
+  // Accepts "--name value" and "--name=value".
   std::optional<std::string_view> valueOf(const Option& option, std::optional<std::string_view> written) {
     if (!written && words_.empty()) {
       refuse(Reason::wrongOption, "the option " + quoted(option.name) + " needs a value.");

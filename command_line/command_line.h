@@ -11,24 +11,24 @@
 #include <utility>
 #include <vector>
 
-// What a program understands on its command line, in one table. The words are read by it, and the help text
-// and the shells' completions are made from it.
+// The command line of a program, described in one table. The parser, the help text and the shells'
+// completions all use that table.
 namespace quillmar::command_line {
 
-// Keeps the text that was written, which for a switch is none. False where it is no value for this.
+// Stores an option's text, which is empty for a switch. False if the text is no valid value.
 using Take = std::function<bool(std::string_view text)>;
 
 struct Option {
-  std::string_view name;        // with its dashes
-  std::string_view value = {};  // the name of its value in the help; none: a switch
+  std::string_view name;        // including the dashes
+  std::string_view value = {};  // the value's name in the help; empty: a switch
   std::string_view help;
   Take take = {};
-  std::string_view command = {};  // which it belongs to; none: any
-  std::string_view letter = {};   // its short form
+  std::string_view command = {};  // the only command that takes it; empty: any
+  std::string_view letter = {};   // the short form
   bool isNeeded = false;
 };
 
-// A word that stands by itself. All of them are needed.
+// A positional argument. All of them are required.
 struct Argument {
   std::string_view name;
   std::string_view help = {};
@@ -38,7 +38,7 @@ struct Argument {
 struct Command {
   std::string_view name;
   std::string_view help;          // a line for the list of commands
-  std::string_view details = {};  // what its own help says, in whole lines; none: it is the program's
+  std::string_view details = {};  // its own help, in whole lines; empty: the program's
   std::function<void()> choose = {};
   std::vector<Argument> arguments = {};
 };
@@ -50,40 +50,40 @@ struct Program {
   std::string_view versionLetter = {};
   std::vector<Command> commands = {};
   bool needsCommand = false;
-  std::vector<Argument> arguments = {};  // where no command stands
+  std::vector<Argument> arguments = {};  // without a command
   std::vector<Option> options = {};
-  // Of the toolkit, which reads them itself, with one dash or two. Shown by --help-all.
+  // Parsed by the toolkit itself, with one dash or two. Listed by --help-all.
   std::vector<Option> toolkitOptions = {};
-  std::string_view notes = {};  // what else the help says, in whole lines
+  std::string_view notes = {};  // the end of the help, in whole lines
 };
 
-// What a program says in the place of its work.
+// What a program prints instead of doing its work.
 struct Answer {
   enum class Reason { asked, wrongOption, wrongWord };
   Reason reason = Reason::asked;
   std::string text;
 };
 
-// Nothing where the words were understood, and all that was written has been kept. Of an option that stands
-// there twice the second value counts; behind "--" no word is an option.
+// nullopt if the words were parsed; their values are then stored. If an option is repeated, the last value
+// counts; after "--" no word is an option.
 std::optional<Answer> read(const Program& program, std::span<const std::string> words);
 
-// What a program says that finds something wrong by itself.
+// The answer of a program that finds an error itself.
 Answer refusal(const Program& program, Answer::Reason reason, const std::string& problem);
 
-// The words after the program's name.
+// The arguments without the program's name.
 std::vector<std::string> wordsOf(int count, char** arguments);
 
-// Writes an answer where it belongs, and returns the exit status: 0, or 2 for wrong usage.
+// Prints an answer to the right stream and returns the exit status: 0, or 2 for wrong usage.
 int say(const Program& program, const Answer& answer);
 
-// The text of --help, or of --help-all; or of one command.
+// The text of --help or --help-all, or of a command's help.
 std::string help(const Program& program, bool withToolkit = false);
 std::string help(const Program& program, const Command& command);
 
-// Its own options and those that every program has.
+// The program's options and those that every program has.
 std::vector<Option> allOptions(const Program& program);
-// Those of them that belong to a command; without a name those that belong to none.
+// The options of a command; with an empty name, those that belong to no command.
 std::vector<Option> optionsOf(const Program& program, std::string_view command = {});
 
 inline Take to(bool& target) {
@@ -93,7 +93,7 @@ inline Take to(bool& target) {
   };
 }
 
-// For a text, a path, and what may hold one.
+// Stores a text or a path, also in an optional.
 template <class Text>
 Take to(Text& target) {
   return [&target](std::string_view text) {

@@ -9,10 +9,10 @@ namespace {
 constexpr std::string_view folder = "DIR";
 constexpr std::string_view file = "FILE";
 
-// A few words for a list: what the help begins with.
+// A short description for a list: the beginning of the help.
 std::string brief(std::string_view help) { return std::string(help.substr(0, help.find_first_of(".:;"))); }
 
-// Between single quotes, in any of the shells' ways to write one.
+// In single quotes; `quote` is how the shell escapes one inside.
 std::string quoted(const std::string& text, std::string_view quote) {
   std::string result = "'";
   for (const char c : text) {
@@ -54,7 +54,7 @@ std::string firstLine(std::string_view start, const Program& program) {
   return std::string(start) + std::string(program.name) + '\n';
 }
 
-// A branch of bash's "case" for some words, if there are any.
+// A branch of bash's "case" for some words; empty if there are none.
 std::string bashCase(const std::vector<std::string>& words, const std::string& deed) {
   return words.empty() ? "" : "    " + joined(words, " | ") + ") " + deed + " ;;\n";
 }

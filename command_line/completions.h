@@ -4,8 +4,8 @@
 
 #include "command_line/command_line.h"
 
-// What a shell offers while a command line is written, made from the program's table: the commands, the
-// options of the program and of the command that stands there, folders for a DIR and files for a FILE.
+// Generates shell completions from the program's table: the commands, the options of the program and of the
+// current command, folders for a DIR and files for a FILE.
 namespace quillmar::command_line {
 
 std::string bashCompletion(const Program& program);

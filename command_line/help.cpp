@@ -6,10 +6,10 @@ namespace quillmar::command_line {
 namespace {
 
 constexpr std::size_t lineWidth = 80;
-// What stands on the left of a list is no reason to squeeze what stands on the right.
+// A longer entry on the left must not squeeze the text on the right.
 constexpr std::size_t widestLeft = 26;
 
-// A line of a list: what may be written, and what it means.
+// A line of a list: the syntax and its meaning.
 struct Entry {
   std::string written = {};
   std::string_view meaning = {};
@@ -29,7 +29,7 @@ std::string wordsOf(const std::vector<Argument>& arguments) {
   return words;
 }
 
-// "enroll [--autostart]"
+// For example "enroll [--autostart]".
 std::string formOf(const Program& program, const Command& command) {
   std::string form = std::string(command.name) + wordsOf(command.arguments);
   for (const Option& option : optionsOf(program, command.name)) {
@@ -91,7 +91,7 @@ std::size_t columnFor(const std::vector<Entry>& entries) {
   return widest + margins;
 }
 
-// The text from this column on, broken between words.
+// The text from this column on, wrapped at words.
 std::string inColumn(std::string_view text, std::size_t column) {
   std::string lines;
   while (text.size() > lineWidth - column) {

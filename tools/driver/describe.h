@@ -5,7 +5,7 @@
 #include "platform/settings_store.h"
 #include "platform/simulated/simulated_tunnel.h"
 
-// What the driver's answers say of the things in an application.
+// Describes an application's objects in the driver's answers.
 namespace quillmar::driver {
 
 // `{"state":{…},"derived":{…},"texts":{…},"actions":[…],"rows":{…}}`, with the given entry in front.
@@ -13,7 +13,7 @@ Value describe(const ObservableObject& object, std::string_view nameKey, std::st
 
 // Each value with its type: `{"key":{"type":"date","value":"2016-10-08T22:31:00Z"}}`.
 Value describe(const std::map<std::string, SettingValue>& settings);
-// A plain JSON value, or one with its type as above.
+// Accepts a plain JSON value, or one with its type as above.
 std::optional<SettingValue> settingFrom(const Value& value);
 
 Value describe(const SavedTunnel& configuration);

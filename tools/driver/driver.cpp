@@ -47,7 +47,7 @@ Duration seconds(double count) {
   return std::chrono::duration_cast<Duration>(std::chrono::duration<double>(count));
 }
 
-// A name of the table, or a number as it stands.
+// Looks a name up in the table; a number is taken as it is.
 template <class Table, class Result = typename Table::value_type::second_type>
 std::optional<Result> lookUp(const Table& table, const Value& value) {
   if (const auto* plain = value.integer()) {
@@ -255,8 +255,9 @@ void Driver::settle(const Value& request) {
   waitUntilIdle(request, std::chrono::steady_clock::now() + timeout, 0);
 }
 
-// The queues of the real clock do not say that they are empty. Nothing in flight for a few turns of both the
-// main and the background queue means the same: whatever a turn posted has then run.
+// The queues of the real clock can't be asked whether they are empty. Instead this waits until nothing is in
+// flight for a few turns of both the main and the background queue, in which everything already posted has
+// run.
 void Driver::waitUntilIdle(const Value& request, std::chrono::steady_clock::time_point deadline,
                            int quietTurns) {
   constexpr int enoughTurns = 4;

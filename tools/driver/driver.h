@@ -13,9 +13,9 @@
 
 namespace quillmar::driver {
 
-// One driven application: takes requests as JSON lines and writes one answer to each, and events as they
-// come. Requests are handed over on the main thread; `write` is called with whole lines, from any thread, one
-// at a time.
+// A driven application: takes requests as JSON lines, answers each with one line, and writes events as they
+// happen. Requests must arrive on the main thread; `write` is called on any thread, with whole lines, one at
+// a time.
 class Driver {
  public:
   using Write = std::function<void(const std::string& line)>;
@@ -25,7 +25,7 @@ class Driver {
   Driver& operator=(const Driver&) = delete;
   ~Driver();
 
-  // Answers, at once or (a `settle` by the real clock) when its time has come.
+  // Answers at once; a `settle` by the real clock is answered later.
   void handle(std::string_view line);
   Machine& machine() { return machine_; }
 
@@ -55,7 +55,7 @@ class Driver {
 
   std::vector<std::shared_ptr<ObservableObject>> sharedObjects();
   std::shared_ptr<ObservableObject> findScreen(std::string_view name);
-  // The screen of a request, or the row of it that the request names.
+  // The screen of a request, or the row of that screen if the request names one.
   std::shared_ptr<ObservableObject> findTarget(const Value& request);
 
   void reply(const Value& request, Answer answer);

@@ -27,14 +27,14 @@ namespace quillmar::driver {
 enum class Clock { real, virtualTime };
 
 struct Options {
-  std::optional<std::filesystem::path> dataDirectory{};  // none: settings live in memory
-  std::optional<std::string> service{};                  // in the place of all deployments
+  std::optional<std::filesystem::path> dataDirectory{};  // nullopt: settings are in memory only
+  std::optional<std::string> service{};                  // replaces all deployments
   std::string caFile{};                                  // trusted beside the system's
   Clock clock = Clock::real;
   bool events = false;
 };
 
-// Hands every line to `sink`, with the name of where it would go.
+// Passes every line to `sink`, with the name of the log that it is for.
 class EventLog final : public Log {
  public:
   using Sink = std::function<void(std::string_view sink, std::string_view line)>;
@@ -47,7 +47,8 @@ class EventLog final : public Log {
   Sink sink_;
 };
 
-// The machine under a driven application: settings and network are real, the rest can be steered.
+// The machine of a driven application: settings and network are real, the rest is simulated and steered by
+// requests.
 class Machine {
  public:
   Machine(const Options& options, EventLog::Sink sink);
@@ -56,7 +57,7 @@ class Machine {
   ~Machine();
 
   Platform ports();
-  // One of the two is there, by the clock.
+  // Exactly one of the two is non-null, per Options::clock.
   VirtualDispatch* virtualTime() { return virtualTime_.get(); }
   AsioDispatch* realTime() { return realTime_.get(); }
   Dispatch& dispatch();

@@ -36,7 +36,7 @@ void driveInVirtualTime(quillmar::driver::Driver& driver) {
   }
 }
 
-// Lines are read beside the main loop, so that timers fire while nobody asks anything.
+// Lines are read on their own thread, so that timers fire between requests.
 void driveInRealTime(quillmar::driver::Driver& driver) {
   auto& loop = *driver.machine().realTime();
   std::thread reader([&] {

@@ -21,7 +21,7 @@ constexpr auto initAnswer =
 
 StoredSettings enrolled() { return asEnrolledChild("https://dns.quillmar.live/d/5e0b4c1a9f7d/dns-query"); }
 
-// Not by a press: with large letters the card may be further down.
+// Calls the action directly: with large text the card may be outside the window.
 CountrySelectionView& chooseParent(UiStage& stage) {
   stage.application.screen<RoleSelectionView>().cards.find("parent")->action();
   stage.settle();

@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// One state of one screen: what the installation holds when it starts, and what then happens.
+// One state of one screen: the stored settings at the start, and the steps that lead to the state.
 struct Shot {
   std::string name;
   StoredSettings stored;
@@ -17,7 +17,7 @@ struct Shot {
   double textScale = 1;
 };
 
-// The screens of a child's device and those before the choice of a role, and the screens of a parent's.
+// The child's scenes include the screens before a role is chosen.
 std::vector<Shot> childDeviceScenes();
 std::vector<Shot> parentScenes();
 // Every screen in each of its states.

@@ -12,7 +12,7 @@ constexpr auto recursionDesired = "\x01\x00";
 constexpr auto oneQuestion = "\x00\x01\x00\x00\x00\x00\x00\x00";
 constexpr auto addressOfInternet = "\x00\x01\x00\x01";
 
-// RFC 1035, with the id 0 that RFC 8484 asks for.
+// An RFC 1035 query. Its id is 0, as RFC 8484 recommends.
 QByteArray question(const std::string& name) {
   QByteArray message(2, '\0');
   message.append(recursionDesired, 2).append(oneQuestion, 8);

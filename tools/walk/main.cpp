@@ -23,9 +23,9 @@ namespace {
 using namespace std::chrono_literals;
 using quillmar::ui::UiStage;
 
-// The program's main job without a display: a parent makes an account and a child profile, the child's device
-// enrols from its first tap to a protected screen, and what it then asks for is on the parent's screen. Two
-// real windows against a running service; time is virtual, the requests are not.
+// The program's main job without a display: a parent creates an account and a child profile, the child's
+// device enrols, from its first tap to a protected screen, and the parent's screen shows the names that it
+// then asks for. Two real windows use a running service; time is virtual, the requests are real.
 class Walk {
  public:
   Walk(UiStage& parent, UiStage& child, const QDir& directory, QString caFile)
@@ -80,7 +80,7 @@ class Walk {
            tap(child_, "Start Enrollment", "Scan QR Code", "It shows a code, and the same as a QR code");
   }
 
-  // The window system's way to look at another window's code is not there; its text is handed over.
+  // There is no screen to scan the other window's code from, so its text is passed on directly.
   bool scan() {
     if (!tap(parent_, "Add Device", "Phone or Tablet", "The parent adds a device for Mia") ||
         !tap(parent_, "Phone or Tablet", "Paste Code",
@@ -121,7 +121,7 @@ class Walk {
            tap(parent_, "Sites Blocked", "news.example", "Asked for again, it is refused");
   }
 
-  // What the tunnel would carry: the device's question, to its own endpoint.
+  // Sends the device's DNS query to its own endpoint, as the tunnel would.
   bool ask(const char* name) {
     const auto& endpoint = child_.stage.application.child().dohEndpoint();
     if (quillmar::askOverHttps(endpoint, name, caFile_)) {
