@@ -20,7 +20,7 @@ using Words = std::vector<std::string>;
 
 enum class Sauce { none, red };
 
-// A program with one of everything.
+// A program that uses every feature of the table.
 struct Kitchen {
   Program program() {
     return {
@@ -68,7 +68,7 @@ struct Kitchen {
   std::string thing;
 };
 
-TEST(CommandLine, leaves_everything_as_it_is_where_nothing_is_written) {
+TEST(CommandLine, no_words_change_nothing) {
   Kitchen kitchen;
   EXPECT_FALSE(kitchen.read({}));
   EXPECT_EQ(kitchen.pot, "");
@@ -77,7 +77,7 @@ TEST(CommandLine, leaves_everything_as_it_is_where_nothing_is_written) {
   EXPECT_FALSE(kitchen.isQuiet || kitchen.hasLid || kitchen.boils);
 }
 
-TEST(CommandLine, keeps_what_is_written_before_and_after_a_command) {
+TEST(CommandLine, options_may_stand_before_and_after_a_command) {
   for (const Words& words :
        {Words{"--pot", "wok", "--heat=9", "--sauce", "red", "--salt", "1.5", "boil", "--lid", "--recipe=/r"},
         Words{"boil", "--recipe", "/r", "--lid", "--salt=1.5", "--heat", "9", "--pot=wok", "--sauce=red"}}) {
@@ -93,7 +93,7 @@ TEST(CommandLine, keeps_what_is_written_before_and_after_a_command) {
   }
 }
 
-TEST(CommandLine, takes_any_text_for_a_value_and_the_last_of_two) {
+TEST(CommandLine, a_value_may_be_any_text_and_the_last_one_counts) {
   Kitchen kitchen;
   EXPECT_FALSE(kitchen.read({"--pot", "--quietly", "--pot=a=b"}));
   EXPECT_EQ(kitchen.pot, "a=b");
@@ -102,14 +102,14 @@ TEST(CommandLine, takes_any_text_for_a_value_and_the_last_of_two) {
   EXPECT_EQ(kitchen.pot, "");
 }
 
-TEST(CommandLine, knows_no_option_behind_two_dashes) {
+TEST(CommandLine, words_after_two_dashes_are_not_options) {
   Kitchen kitchen;
   EXPECT_FALSE(kitchen.read({"fetch", "--", "--quietly"}));
   EXPECT_EQ(kitchen.thing, "--quietly");
   EXPECT_FALSE(kitchen.isQuiet);
 }
 
-TEST(CommandLine, reads_past_what_the_toolkit_reads) {
+TEST(CommandLine, toolkit_options_are_skipped) {
   Kitchen kitchen;
   EXPECT_FALSE(kitchen.read({"-stove", "boil", "--lefty", "--stove", "--quietly", "-lefty"}));
   EXPECT_FALSE(kitchen.boils || kitchen.isQuiet);
@@ -117,7 +117,7 @@ TEST(CommandLine, reads_past_what_the_toolkit_reads) {
   EXPECT_EQ(kitchen.problem({"-stove=gas"}, Reason::wrongOption), "there is no option '-stove=gas'.");
 }
 
-TEST(CommandLine, refuses_options_that_it_does_not_know_or_that_are_misused) {
+TEST(CommandLine, unknown_and_misused_options_are_refused) {
   Kitchen kitchen;
   for (const auto& [words, problem] : std::vector<std::pair<Words, std::string>>{
            {{"--dance"}, "there is no option '--dance'."},
@@ -140,7 +140,7 @@ TEST(CommandLine, refuses_options_that_it_does_not_know_or_that_are_misused) {
   }
 }
 
-TEST(CommandLine, refuses_words_that_are_no_command_or_are_missing) {
+TEST(CommandLine, unknown_and_missing_words_are_refused) {
   Kitchen kitchen;
   for (const auto& [words, problem] : std::vector<std::pair<Words, std::string>>{
            {{"dance"}, "there is no command 'dance'."},
@@ -157,7 +157,7 @@ TEST(CommandLine, refuses_words_that_are_no_command_or_are_missing) {
               StartsWith("a command is missing.\nTry 'kitchen --help'."));
 }
 
-TEST(CommandLine, asks_for_the_options_and_arguments_that_a_program_needs) {
+TEST(CommandLine, required_options_and_arguments_must_be_given) {
   std::string from;
   std::string where;
   const Program program{
@@ -176,7 +176,7 @@ TEST(CommandLine, asks_for_the_options_and_arguments_that_a_program_needs) {
   EXPECT_THAT(read(program, Words{"--version"})->text, StartsWith("there is no option '--version'."));
 }
 
-TEST(CommandLine, asks_for_what_a_command_needs_with_that_command_only) {
+TEST(CommandLine, options_required_by_a_command_must_be_given_with_that_command_only) {
   std::string from;
   const Program program{.name = "copy",
                         .about = "Copies.",
@@ -193,20 +193,20 @@ TEST(CommandLine, asks_for_what_a_command_needs_with_that_command_only) {
   EXPECT_THAT(help(program), HasSubstr("  take --from X  Take something\n"));
 }
 
-TEST(CommandLine, says_what_is_wrong_before_what_was_asked_for) {
+TEST(CommandLine, an_error_takes_precedence_over_help) {
   Kitchen kitchen;
   EXPECT_EQ(kitchen.problem({"--help", "--dance"}, Reason::wrongOption), "there is no option '--dance'.");
   EXPECT_EQ(kitchen.problem({"dance", "--version"}, Reason::wrongWord), "there is no command 'dance'.");
 }
 
-TEST(CommandLine, says_its_version) {
+TEST(CommandLine, prints_its_version) {
   Kitchen kitchen;
   for (const auto* word : {"--version", "-v"}) {
     EXPECT_EQ(kitchen.read({word})->text, "kitchen 3.1\n");
   }
 }
 
-TEST(CommandLine, explains_itself) {
+TEST(CommandLine, prints_its_help) {
   Kitchen kitchen;
   for (const auto* word : {"--help", "-h"}) {
     EXPECT_EQ(kitchen.read({word})->text, R"(Usage: kitchen [OPTION]... [boil|fetch THING]
@@ -236,7 +236,7 @@ Wash your hands.
               HasSubstr("\nOptions of the toolkit:\n  -stove NAME       Which stove\n"));
 }
 
-TEST(CommandLine, explains_a_command) {
+TEST(CommandLine, prints_the_help_of_a_command) {
   Kitchen kitchen;
   for (const Words& words : {Words{"boil", "--help"}, Words{"--help", "boil"}}) {
     EXPECT_EQ(kitchen.read(words)->text,
@@ -246,7 +246,7 @@ TEST(CommandLine, explains_a_command) {
       << "there is no more to say";
 }
 
-TEST(CommandLine, breaks_long_texts_between_words) {
+TEST(CommandLine, wraps_long_texts_at_words) {
   bool isSet = false;
   const std::string words =
       "one two three four five six seven eight nine ten eleven twelve thirteen fourteen fifteen";

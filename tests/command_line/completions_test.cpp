@@ -19,7 +19,7 @@ using sandbox::test::runCommand;
 using testing::UnorderedElementsAre;
 using Words = std::vector<std::string>;
 
-// A program, and a folder in which its completions and something to complete lie.
+// A program, and a folder that holds its completions and files to complete.
 struct Completions : testing::Test {
   Completions() {
     std::filesystem::create_directory(folder());
@@ -40,7 +40,7 @@ struct Completions : testing::Test {
     }
     return all;
   }
-  // What bash offers, the last of these words being written.
+  // What bash offers for the last of these words.
   Words bash(const Words& words) const {
     constexpr auto ask = R"(source "$0"; COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _bake_cake
                             [ ${#COMPREPLY[@]} -eq 0 ] || printf '%s\n' "${COMPREPLY[@]}")";
@@ -50,7 +50,7 @@ struct Completions : testing::Test {
     EXPECT_EQ(result.errors, "");
     return lines(result.output);
   }
-  // What fish offers for a line, each with what is said of it.
+  // What fish offers for a line, each with its description.
   Words fish(const std::string& line) const {
     const auto result =
         runCommand({"env", "HOME=" + home.path().string(), "fish", "--no-config", "-c",
@@ -77,14 +77,14 @@ struct Completions : testing::Test {
                   {"--lid", "", "With a lid", to(flag), "bake"}}};
 };
 
-TEST_F(Completions, of_bash_are_commands_and_options) {
+TEST_F(Completions, bash_offers_commands_and_options) {
   EXPECT_THAT(bash({""}), UnorderedElementsAre("mix", "bake", "--tray", "--recipe", "--heat", "--quietly",
                                                "--help", "--version"));
   EXPECT_THAT(bash({"--q"}), UnorderedElementsAre("--quietly"));
   EXPECT_THAT(bash({"--x"}), UnorderedElementsAre());
 }
 
-TEST_F(Completions, of_bash_know_the_command_that_stands_there) {
+TEST_F(Completions, bash_offers_the_options_of_the_current_command) {
   EXPECT_THAT(bash({"bake", "--l"}), UnorderedElementsAre("--lid"));
   EXPECT_THAT(bash({"mix", "--l"}), UnorderedElementsAre());
   EXPECT_THAT(bash({"bake", "m"}), UnorderedElementsAre()) << "one command is enough";
@@ -92,7 +92,7 @@ TEST_F(Completions, of_bash_know_the_command_that_stands_there) {
   EXPECT_THAT(bash({"--quietly", "bake", "--l"}), UnorderedElementsAre("--lid"));
 }
 
-TEST_F(Completions, of_bash_are_folders_or_files_where_those_belong) {
+TEST_F(Completions, bash_offers_folders_and_files_as_values) {
   const std::string start = home.path() / "fo";
   EXPECT_THAT(bash({"--tray", start}), UnorderedElementsAre(folder()));
   EXPECT_THAT(bash({"bake", "--recipe", start}), UnorderedElementsAre(folder(), home.path() / "food"));
@@ -100,7 +100,7 @@ TEST_F(Completions, of_bash_are_folders_or_files_where_those_belong) {
   EXPECT_THAT(bash({"--heat", ""}), UnorderedElementsAre());
 }
 
-TEST_F(Completions, of_fish_are_commands_and_options_with_a_word_on_each) {
+TEST_F(Completions, fish_offers_commands_and_options_with_descriptions) {
   if (!isThere("fish")) {
     GTEST_SKIP() << "fish is not installed";
   }
@@ -115,7 +115,7 @@ TEST_F(Completions, of_fish_are_commands_and_options_with_a_word_on_each) {
               UnorderedElementsAre(folder() + "/\tDirectory"));
 }
 
-// Its completions work within its editor only, so they are looked at as they are.
+// zsh completes in its line editor only, so this checks the script itself.
 TEST_F(Completions, of_zsh_are_understood_and_complete) {
   const auto text = zshCompletion(program);
   for (const auto* part : {"#compdef bake-cake\n", "'--tray[Where to bake]:DIR:_files -/'\n",

@@ -10,7 +10,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-TEST(AgentLibraries, are_none_that_only_a_window_needs) {
+TEST(AgentLibraries, include_none_that_only_a_window_needs) {
   const auto libraries = sandbox::test::runCommand({"ldd", QUILLMAR_AGENT});
   EXPECT_THAT(libraries.output, AllOf(HasSubstr("libcurl"), Not(HasSubstr("Qt")), Not(HasSubstr("libglib")),
                                       Not(HasSubstr("libicui18n"))));

@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-TEST(AgentOptions, are_usual_ones_unless_told_otherwise) {
+TEST(AgentOptions, have_defaults) {
   const auto parsed = parse({"run"});
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->command, Command::run);
@@ -39,7 +39,7 @@ TEST(AgentOptions, may_stand_before_and_after_the_command) {
   }
 }
 
-TEST(AgentOptions, explain_themselves) {
+TEST(AgentOptions, have_a_help_text) {
   const auto parsed = parse({"--help"});
   EXPECT_FALSE(parsed.options);
   EXPECT_EQ(parsed.status, ExitStatus::done);
@@ -51,7 +51,7 @@ TEST(AgentOptions, explain_themselves) {
   }
 }
 
-TEST(AgentOptions, explain_themselves_in_eighty_columns_of_ascii) {
+TEST(AgentOptions, have_a_help_text_of_ascii_in_eighty_columns) {
   for (const auto& words : {std::vector<std::string>{"--help"},
                             {"enroll", "--help"},
                             {"run", "--help"},
@@ -67,7 +67,7 @@ TEST(AgentOptions, explain_themselves_in_eighty_columns_of_ascii) {
   }
 }
 
-TEST(AgentOptions, say_every_exit_status_and_so_does_the_manual) {
+TEST(AgentOptions, document_every_exit_status_as_the_manual_does) {
   std::ifstream file(QUILLMAR_MANUAL);
   const std::string manual{std::istreambuf_iterator<char>(file), {}};
   const std::string section = manual.substr(manual.find(".Sh EXIT STATUS"));
@@ -81,7 +81,7 @@ TEST(AgentOptions, say_every_exit_status_and_so_does_the_manual) {
   }
 }
 
-TEST(AgentOptions, refuse_what_they_do_not_know) {
+TEST(AgentOptions, are_refused_if_unknown) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> rows = {
       {{}, "a command is missing."},
       {{"dance"}, "there is no command 'dance'."},

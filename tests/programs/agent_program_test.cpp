@@ -57,7 +57,7 @@ std::string after(const std::string& text, const std::string& mark) {
              : text.substr(start + mark.size(), text.find_first_of("\r\n", start) - start - mark.size());
 }
 
-// The program as it is installed, on a device of its own, against a real service.
+// The program as installed, on a device of its own, against a real service.
 struct AgentProgram : testing::Test {
   Words words(const Words& command) const { return programFor(QUILLMAR_AGENT, data, *service, command); }
 
@@ -82,18 +82,18 @@ struct AgentProgram : testing::Test {
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
   const test::ProgramSession session;
   const fs::path data = session.home() / "data";
-  // For what the test itself asks of the programs.
+  // For requests that the test itself sends to the programs.
   const ScopedEnvironment ownSession{"XDG_RUNTIME_DIR", session.runtime().c_str()};
 };
 
-TEST_F(AgentProgram, says_how_it_is_used_when_it_is_misused) {
+TEST_F(AgentProgram, prints_its_usage_when_it_is_misused) {
   const auto result = call({"dance"});
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors, "quillmar-agent: there is no command 'dance'.\nTry 'quillmar-agent --help'.\n");
 }
 
-TEST_F(AgentProgram, on_a_device_that_is_not_enrolled_makes_nothing_and_says_so) {
+TEST_F(AgentProgram, creates_nothing_on_a_device_that_is_not_enrolled) {
   for (const auto* command : {"status", "sync", "reset"}) {
     EXPECT_EQ(call({command}).status, 3) << command;
   }
@@ -110,7 +110,7 @@ TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
   EXPECT_THAT(scanned.value().front().text.value_or(""), HasSubstr("\"" + code + "\""));
   EXPECT_THAT(shown, AllOf(HasSubstr("Quillmar Child"), HasSubstr("Scan QR Code"),
                            HasSubstr("Ask your parent to scan this code using the Quillmar Parent app")));
-  // The line lives: its dots move.
+  // The dots of the waiting line move.
   EXPECT_THAT(terminal.readUntil("..o"), HasSubstr(".o."));
 
   ASSERT_TRUE(service->approve(code));
@@ -122,7 +122,7 @@ TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
               AllOf(HasSubstr(R"("isEnrolled":true)"), HasSubstr(R"("dohEndpoint":"https://)")));
 }
 
-// Of what is below the code's first line, none pushes that out of the window.
+// What is printed after the code does not scroll the code's first line away.
 TEST_F(AgentProgram, shows_the_whole_code_in_a_window_of_24_rows) {
   if (machineName().size() > 16) {
     GTEST_SKIP() << "the code holds this machine's name, which makes it higher";
@@ -137,7 +137,7 @@ TEST_F(AgentProgram, shows_the_whole_code_in_a_window_of_24_rows) {
             24);
 }
 
-TEST_F(AgentProgram, says_that_a_window_is_too_low_for_the_code) {
+TEST_F(AgentProgram, reports_a_window_that_is_too_low_for_the_code) {
   PseudoTerminal terminal(words({"enroll"}), session.environment(), 12);
   const std::string shown = terminal.readUntil("Waiting for parent");
   EXPECT_THAT(shown, AllOf(HasSubstr("This window is too low to show the QR code: it would need "),
@@ -154,7 +154,7 @@ TEST_F(AgentProgram, enrolls_in_a_terminal_without_utf8) {
   EXPECT_THAT(scanned.value().front().text.value_or(""), HasSubstr(after(shown, "Enrollment Code: ")));
 }
 
-TEST_F(AgentProgram, enrolls_where_there_is_no_terminal_at_all) {
+TEST_F(AgentProgram, enrolls_without_a_terminal) {
   auto program = start({"enroll"}, {"LC_ALL=C"});
   const std::string shown = program->readUntil("Waiting for parent to complete enrollment...");
   const std::string code = after(shown, "Enrollment Code: ");
@@ -180,12 +180,12 @@ TEST_F(AgentProgram, cancels_when_its_terminal_is_closed) {
   terminal.hangUp();
   EXPECT_EQ(terminal.wait(), 1);
   EXPECT_EQ(call({"status"}).status, 3);
-  // What a parent does with the code now concerns nobody any more.
+  // A parent's approval now has no effect.
   service->approve(code);
   EXPECT_EQ(call({"status"}).status, 3);
 }
 
-TEST_F(AgentProgram, says_why_there_is_no_code) {
+TEST_F(AgentProgram, reports_why_there_is_no_code) {
   failAlways();
   const auto result = call({"enroll"});
   EXPECT_EQ(result.status, 1);
@@ -217,7 +217,7 @@ TEST_F(AgentProgram, keeps_an_enrolled_device_protected_until_it_is_told_to_stop
   EXPECT_TRUE(fs::is_empty(session.runtime()));
 }
 
-TEST_F(AgentProgram, tells_the_service_manager_that_it_is_ready_alive_and_going) {
+TEST_F(AgentProgram, notifies_the_service_manager_when_it_is_ready_alive_and_stopping) {
   const fs::path path = session.runtime() / "notify";
   FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   sockaddr_un address{};
@@ -242,7 +242,7 @@ TEST_F(AgentProgram, tells_the_service_manager_that_it_is_ready_alive_and_going)
   EXPECT_EQ(last, "STOPPING=1");
 }
 
-TEST_F(AgentProgram, runs_once) {
+TEST_F(AgentProgram, refuses_to_run_twice) {
   auto run = start({"run"});
   EXPECT_EQ(run->readLine(), "This device is not enrolled. Waiting for that.");
   const auto second = call({"run"});
@@ -250,7 +250,7 @@ TEST_F(AgentProgram, runs_once) {
   EXPECT_EQ(second.errors, "quillmar-agent: quillmar-agent runs already.\n");
 }
 
-TEST_F(AgentProgram, goes_on_where_a_killed_one_stopped) {
+TEST_F(AgentProgram, continues_the_work_of_a_killed_process) {
   enroll();
   auto first = start({"run"});
   static_cast<void>(first->readUntil("The service is reached."));
@@ -262,7 +262,7 @@ TEST_F(AgentProgram, goes_on_where_a_killed_one_stopped) {
   EXPECT_EQ(call({"status"}).status, 0);
 }
 
-TEST_F(AgentProgram, gives_the_work_to_whoever_asks_and_takes_it_back_at_its_end) {
+TEST_F(AgentProgram, yields_the_work_to_another_process_and_takes_it_back) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("The service is reached."));
@@ -272,7 +272,7 @@ TEST_F(AgentProgram, gives_the_work_to_whoever_asks_and_takes_it_back_at_its_end
               HasSubstr("Another program of this installation has taken over. Waiting.\n"));
   EXPECT_TRUE(control::isAgentWaiting(data));
   const auto before = checkins();
-  // Nobody is there to be asked now, and nothing of the agent's is under way.
+  // No process answers now, and no request of the agent is in flight.
   EXPECT_FALSE(control::ask(data, {.operation = "status"}, std::chrono::seconds(60)));
   attempt.lock.reset();
   EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
@@ -280,7 +280,7 @@ TEST_F(AgentProgram, gives_the_work_to_whoever_asks_and_takes_it_back_at_its_end
   EXPECT_EQ(checkins(), before + 1);
 }
 
-TEST_F(AgentProgram, takes_the_work_back_from_one_that_was_killed) {
+TEST_F(AgentProgram, takes_the_work_back_from_a_killed_process) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("The service is reached."));
@@ -294,14 +294,14 @@ TEST_F(AgentProgram, takes_the_work_back_from_one_that_was_killed) {
   EXPECT_THAT(run->readUntil("Looking after"), HasSubstr("Looking after this device.\n"));
 }
 
-TEST_F(AgentProgram, stops_while_it_waits_for_the_work) {
+TEST_F(AgentProgram, can_be_stopped_while_it_waits_for_the_work) {
   const auto lock = InstanceLock::acquire(data);
   auto run = start({"run"});
   EXPECT_EQ(run->readLine(), "Another program of this installation does the work. Waiting.");
   EXPECT_EQ(run->end(SIGTERM), 0);
 }
 
-TEST_F(AgentProgram, that_waits_for_an_enrollment_begins_when_it_is_done) {
+TEST_F(AgentProgram, starts_to_work_when_an_enrollment_it_waited_for_is_done) {
   auto run = start({"run"});
   EXPECT_EQ(run->readLine(), "This device is not enrolled. Waiting for that.");
   {
@@ -315,7 +315,7 @@ TEST_F(AgentProgram, that_waits_for_an_enrollment_begins_when_it_is_done) {
   EXPECT_THAT(run->readUntil("The service is reached."), HasSubstr("The service is reached.\n"));
 }
 
-TEST_F(AgentProgram, is_not_disturbed_by_an_enrollment_that_is_not_needed) {
+TEST_F(AgentProgram, is_not_interrupted_by_a_needless_enrollment) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));
@@ -324,7 +324,7 @@ TEST_F(AgentProgram, is_not_disturbed_by_an_enrollment_that_is_not_needed) {
   EXPECT_EQ(run->readLine(), "");
 }
 
-TEST_F(AgentProgram, asks_before_it_resets) {
+TEST_F(AgentProgram, confirms_a_reset) {
   enroll();
   PseudoTerminal terminal(words({"reset"}), session.environment());
   EXPECT_THAT(
@@ -344,7 +344,7 @@ TEST_F(AgentProgram, asks_before_it_resets) {
   EXPECT_EQ(call({"status"}).status, 3);
 }
 
-TEST_F(AgentProgram, resets_through_the_one_that_runs) {
+TEST_F(AgentProgram, resets_through_the_running_agent) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));
@@ -354,7 +354,7 @@ TEST_F(AgentProgram, resets_through_the_one_that_runs) {
   EXPECT_EQ(call({"status"}).status, 3);
 }
 
-TEST_F(AgentProgram, syncs_without_one_that_runs) {
+TEST_F(AgentProgram, syncs_without_a_running_agent) {
   enroll();
   EXPECT_EQ(checkins(), 0);
   const auto result = call({"sync"});
@@ -363,7 +363,7 @@ TEST_F(AgentProgram, syncs_without_one_that_runs) {
   EXPECT_EQ(checkins(), 1);
 }
 
-TEST_F(AgentProgram, says_when_a_sync_fails) {
+TEST_F(AgentProgram, reports_a_failed_sync) {
   enroll();
   failAlways();
   const auto result = call({"sync"});
@@ -371,7 +371,7 @@ TEST_F(AgentProgram, says_when_a_sync_fails) {
   EXPECT_THAT(result.errors, StartsWith("quillmar-agent: The service answered with an error: "));
 }
 
-TEST_F(AgentProgram, says_when_there_is_no_service_to_sync_with) {
+TEST_F(AgentProgram, reports_an_unreachable_service) {
   enroll();
   store(settings::apiBaseURL, std::string("https://localhost:1"));
   const auto result = call({"sync"});
@@ -380,7 +380,7 @@ TEST_F(AgentProgram, says_when_there_is_no_service_to_sync_with) {
             "quillmar-agent: The service can't be reached: Could not connect to the server.\n");
 }
 
-TEST_F(AgentProgram, says_when_its_folder_is_none) {
+TEST_F(AgentProgram, reports_a_data_directory_that_is_a_file) {
   std::ofstream(data) << "a file";
   const std::string unusable =
       "quillmar-agent: The folder " + data.string() + " can't be used: Not a directory.\n";
@@ -394,7 +394,7 @@ TEST_F(AgentProgram, says_when_its_folder_is_none) {
   }
 }
 
-TEST_F(AgentProgram, tells_settings_that_can_not_be_read_from_a_device_that_is_not_enrolled) {
+TEST_F(AgentProgram, distinguishes_unreadable_settings_from_a_device_that_is_not_enrolled) {
   fs::create_directories(data / "settings.db");
   const std::string problem = "quillmar-agent: The settings in " + data.string() + " can't be read.\n";
   for (const auto* command : {"run", "enroll", "status", "sync", "reset"}) {
@@ -405,7 +405,7 @@ TEST_F(AgentProgram, tells_settings_that_can_not_be_read_from_a_device_that_is_n
   EXPECT_THAT(call({"status", "--json"}).output, HasSubstr("can't be read."));
 }
 
-// A disk that keeps nothing new.
+// A read-only disk.
 struct OnReadOnlyDisk : AgentProgram {
   void SetUp() override {
     fs::create_directories(data);
@@ -426,7 +426,7 @@ struct OnReadOnlyDisk : AgentProgram {
   }
 };
 
-TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected_all_the_same) {
+TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected) {
   enroll();
   makeLocks();
   makeReadOnly();
@@ -438,7 +438,7 @@ TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected_all_the_same) {
   EXPECT_THAT(run->readUntil("taken over"), HasSubstr("has taken over"));
 }
 
-TEST_F(OnReadOnlyDisk, it_is_protected_though_there_is_no_file_to_lock) {
+TEST_F(OnReadOnlyDisk, an_enrolled_device_is_protected_without_a_lock_file) {
   enroll();
   makeReadOnly();
   auto run = start({"run"});
@@ -451,7 +451,7 @@ TEST_F(OnReadOnlyDisk, it_is_protected_though_there_is_no_file_to_lock) {
   EXPECT_FALSE(control::isAgentWaiting(data));
 }
 
-TEST_F(OnReadOnlyDisk, a_reset_that_does_not_last_is_none) {
+TEST_F(OnReadOnlyDisk, a_reset_fails_if_it_would_not_last) {
   enroll();
   makeReadOnly();
   const auto result = call({"reset", "--yes"});
@@ -460,7 +460,7 @@ TEST_F(OnReadOnlyDisk, a_reset_that_does_not_last_is_none) {
   EXPECT_EQ(call({"status"}).status, 6);
 }
 
-TEST_F(OnReadOnlyDisk, a_device_that_is_not_enrolled_is_told_why_it_can_not_be) {
+TEST_F(OnReadOnlyDisk, enroll_reports_why_it_fails) {
   for (const bool hasLocks : {false, true}) {
     if (hasLocks) {
       ::mount(nullptr, data.c_str(), nullptr, MS_REMOUNT, nullptr);
@@ -475,14 +475,14 @@ TEST_F(OnReadOnlyDisk, a_device_that_is_not_enrolled_is_told_why_it_can_not_be) 
   }
 }
 
-TEST_F(OnReadOnlyDisk, the_agent_does_not_wait_for_an_enrollment_that_can_not_come) {
+TEST_F(OnReadOnlyDisk, the_agent_does_not_wait_for_an_impossible_enrollment) {
   makeReadOnly();
   const auto run = call({"run"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.errors, "quillmar-agent: " + problem() + '\n');
 }
 
-TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
+TEST_F(AgentProgram, can_be_reached_after_its_runtime_directory_was_removed) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));
@@ -493,7 +493,7 @@ TEST_F(AgentProgram, is_found_again_after_its_runtime_directory_was_revoked) {
   EXPECT_EQ(run->end(SIGTERM), 0);
 }
 
-TEST_F(AgentProgram, is_no_parents_program) {
+TEST_F(AgentProgram, refuses_a_parents_device) {
   store(settings::deviceRole, std::string("parent"));
   for (const auto* command : {"enroll", "run", "status", "sync", "reset"}) {
     EXPECT_EQ(call({command}).status, 4) << command;
@@ -520,7 +520,7 @@ TEST_F(AgentProgram, leaves_an_open_window_alone) {
   window.join();
 }
 
-// Waits for room on the disk with what it has, and loses nothing.
+// It keeps the enrollment in memory until there is room, and loses nothing.
 TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
   fs::create_directories(data);
   if (::mount("tmpfs", data.c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
@@ -542,7 +542,7 @@ TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
 
 #ifdef QUILLMAR_KILL_POINT
 
-// One of many enrollments at once, each on a device of its own.
+// Runs many enrollments at once, each on a device of its own.
 struct Killed : AgentProgram {
   std::unique_ptr<RunningProgram> startIn(const fs::path& directory, const Words& more) const {
     return std::make_unique<RunningProgram>(
@@ -562,7 +562,7 @@ struct Killed : AgentProgram {
   }
 };
 
-TEST_F(Killed, at_any_of_fifty_points_leaves_a_device_that_is_enrolled_or_not) {
+TEST_F(Killed, at_any_of_fifty_points_a_device_is_either_enrolled_or_not) {
   constexpr long points = 50;
   const fs::path counted = session.home() / "count";
   {
@@ -596,8 +596,8 @@ TEST_F(Killed, at_any_of_fifty_points_leaves_a_device_that_is_enrolled_or_not) {
       EXPECT_THAT(status, AllOf(HasSubstr(R"("isEnrolled":false)"), Not(HasSubstr("deviceID")))) << point;
     }
   }
-  // The calls of one run are never quite those of another; nearly all must have been cut short, on both
-  // sides.
+  // The calls differ a little between runs, so a few kill points may not be reached; both outcomes must
+  // occur.
   EXPECT_GE(killed, points - 5);
   EXPECT_GE(enrolled, 1);
   EXPECT_LT(enrolled, points);

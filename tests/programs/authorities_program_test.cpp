@@ -17,7 +17,7 @@ using sandbox::test::runCommand;
 using test::operator+;
 using test::Words;
 
-// Every program that reaches a service of which only a certificate authority's file is known.
+// The programs that take the file of a certificate authority.
 struct AuthoritiesOfPrograms : testing::Test {
   std::vector<Words> programs() const {
     const Words service{"--service", "https://localhost:1"};
@@ -48,11 +48,11 @@ struct AuthoritiesOfPrograms : testing::Test {
   const fs::path file = session.home() / "ca.pem";
 };
 
-TEST_F(AuthoritiesOfPrograms, that_are_not_there_end_the_program_before_it_begins) {
+TEST_F(AuthoritiesOfPrograms, a_missing_file_ends_the_program_at_its_start) {
   expectRefusal(file, "can't be read: No such file or directory.");
 }
 
-TEST_F(AuthoritiesOfPrograms, that_are_none_end_it_too) {
+TEST_F(AuthoritiesOfPrograms, a_file_without_certificates_ends_it_too) {
   std::ofstream(file) << "hello\n";
   expectRefusal(file, "holds no certificate in PEM form.");
 }

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-// A session of a user whose programs are the test's.
+// A user's session in which the test provides the programs.
 struct Autostart : testing::Test {
   Autostart() { fs::permissions(place.path(), fs::perms::owner_all); }
 
@@ -45,7 +45,7 @@ struct Autostart : testing::Test {
   const ScopedEnvironment path{"PATH", place.path().c_str()};
 };
 
-TEST_F(Autostart, is_a_unit_where_systemd_looks_after_the_session) {
+TEST_F(Autostart, is_a_systemd_unit_if_systemd_manages_the_session) {
   runSystemd(0);
   EXPECT_EQ(enableAutostart(), std::nullopt);
   EXPECT_EQ(contents(place.path() / "calls"), "--user enable --now quillmar-agent.service\n");
@@ -54,13 +54,13 @@ TEST_F(Autostart, is_a_unit_where_systemd_looks_after_the_session) {
   EXPECT_THAT(contents(place.path() / "calls"), HasSubstr("--user disable quillmar-agent.service\n"));
 }
 
-TEST_F(Autostart, says_when_systemd_refuses) {
+TEST_F(Autostart, reports_that_systemd_refused) {
   runSystemd(1);
   EXPECT_THAT(enableAutostart().value_or(""), HasSubstr("systemd could not enable"));
   EXPECT_THAT(disableAutostart().value_or(""), HasSubstr("systemd could not disable"));
 }
 
-TEST_F(Autostart, is_an_entry_of_the_desktop_elsewhere_and_starts_at_once) {
+TEST_F(Autostart, is_a_desktop_entry_without_systemd_and_starts_at_once) {
   ASSERT_EQ(::mkfifo((place.path() / "started").c_str(), 0600), 0);
   install("quillmar-agent", "echo \"$@\" > " + (place.path() / "started").string());
   EXPECT_EQ(enableAutostart(), std::nullopt);
@@ -72,11 +72,11 @@ TEST_F(Autostart, is_an_entry_of_the_desktop_elsewhere_and_starts_at_once) {
   EXPECT_EQ(disableAutostart(), std::nullopt);
 }
 
-TEST_F(Autostart, says_when_the_agent_is_not_installed) {
+TEST_F(Autostart, reports_that_the_agent_is_not_installed) {
   EXPECT_EQ(enableAutostart(), "quillmar-agent could not be started.");
 }
 
-TEST_F(Autostart, says_when_the_entry_can_not_be_written) {
+TEST_F(Autostart, reports_an_entry_that_can_not_be_written) {
   std::ofstream(place.path() / "autostart") << "a file in the way";
   EXPECT_THAT(enableAutostart().value_or(""), HasSubstr("could not be written"));
 }

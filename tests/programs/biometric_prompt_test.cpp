@@ -40,7 +40,7 @@ bool isMade(const QQuickItem& item) {
                      [](const QQuickItem* child) { return isMade(*child); });
 }
 
-// A parent's window with a reader.
+// A parent's window with a fingerprint reader.
 struct BiometricPromptTest : testing::Test {
   BiometricPromptTest() {
     window.show();
@@ -59,7 +59,7 @@ struct BiometricPromptTest : testing::Test {
     ASSERT_TRUE(comesUp(reason));
   }
   void click(const QString& text) {
-    // Layouts come to rest when a frame is made.
+    // Layouts are final only after a frame is rendered.
     window.quickWindow().grabWindow();
     const auto* const item = find(text);
     ASSERT_TRUE(item) << text.toStdString();
@@ -79,7 +79,7 @@ struct BiometricPromptTest : testing::Test {
                 {.geometryFile = {}, .biometricPrompt = &prompt}};
 };
 
-TEST_F(BiometricPromptTest, nothing_is_shown_or_made_before_a_finger_is_waited_for) {
+TEST_F(BiometricPromptTest, nothing_is_created_before_the_reader_waits) {
   EXPECT_FALSE(prompt.shown());
   EXPECT_EQ(find("Enter Password"), nullptr);
   EXPECT_FALSE(isMade(*window.quickWindow().contentItem()));
@@ -96,7 +96,7 @@ TEST_F(BiometricPromptTest, the_reason_and_both_answers_are_shown_until_the_read
   EXPECT_TRUE(answers.empty());
 }
 
-TEST_F(BiometricPromptTest, each_button_gives_its_answer_and_the_reader_takes_the_prompt_away) {
+TEST_F(BiometricPromptTest, each_button_sends_its_answer_and_the_reader_hides_the_prompt) {
   show();
   click("Enter Password");
   EXPECT_EQ(answers, std::vector<std::string>{"password"});
@@ -105,14 +105,14 @@ TEST_F(BiometricPromptTest, each_button_gives_its_answer_and_the_reader_takes_th
   EXPECT_EQ(answers, (std::vector<std::string>{"password", "cancel"}));
 }
 
-TEST_F(BiometricPromptTest, escape_cancels_and_return_asks_for_the_password) {
+TEST_F(BiometricPromptTest, escape_cancels_and_return_chooses_the_password) {
   show();
   QTest::keyClick(&window.quickWindow(), Qt::Key_Escape);
   QTest::keyClick(&window.quickWindow(), Qt::Key_Return);
   EXPECT_EQ(answers, (std::vector<std::string>{"cancel", "password"}));
 }
 
-TEST_F(BiometricPromptTest, it_comes_up_again_for_the_next_check) {
+TEST_F(BiometricPromptTest, is_shown_again_for_the_next_check) {
   show();
   prompt.setReason(std::nullopt);
   ASSERT_TRUE(goes(reason));
@@ -120,7 +120,7 @@ TEST_F(BiometricPromptTest, it_comes_up_again_for_the_next_check) {
   EXPECT_TRUE(comesUp("Something else"));
 }
 
-TEST(BiometricPrompt, keeps_its_words_while_it_fades_away) {
+TEST(BiometricPrompt, keeps_its_texts_while_it_fades_out) {
   BiometricPrompt prompt({.cancel = [] {}, .enterPassword = [] {}});
   prompt.setReason(reason.toStdString());
   prompt.setReason(std::nullopt);

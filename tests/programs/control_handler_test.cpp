@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A device and what another process hears of it.
+// A device, and the answers that another process gets about it.
 struct Handling {
   explicit Handling(const StoredSettings& stored, ControlHandler::Duties duties = {})
       : app(stored), handler(app.environment(), std::move(duties)) {
@@ -48,7 +48,7 @@ struct Handling {
   std::vector<ControlReply> replies;
 };
 
-TEST(ControlHandler, tells_who_answers) {
+TEST(ControlHandler, names_the_process_that_answers) {
   Handling handling(asNewChild(), {.worker = Worker::window});
   const ControlReply reply = handling.answerTo("status");
   EXPECT_EQ(reply.worker, "window");
@@ -56,7 +56,7 @@ TEST(ControlHandler, tells_who_answers) {
   EXPECT_EQ(reply.error, std::nullopt);
 }
 
-TEST(ControlHandler, of_a_parents_device_tells_nothing_but_that_it_is_one) {
+TEST(ControlHandler, reports_only_the_role_of_a_parents_device) {
   auto stored = asParent();
   stored[settings::authToken] = std::string("secret");
   stored[settings::childIsEnrolled] = true;
@@ -65,12 +65,12 @@ TEST(ControlHandler, of_a_parents_device_tells_nothing_but_that_it_is_one) {
   EXPECT_EQ(handling.answerTo("status").device, (DeviceStatus{.role = "parent"}));
 }
 
-TEST(ControlHandler, of_a_device_that_is_not_enrolled_tells_so) {
+TEST(ControlHandler, reports_a_device_that_is_not_enrolled) {
   Handling handling(asNewChild());
   EXPECT_EQ(handling.answerTo("status").device, (DeviceStatus{.role = "child", .isEnrolled = false}));
 }
 
-TEST(ControlHandler, of_an_enrolled_device_tells_how_it_does) {
+TEST(ControlHandler, reports_the_state_of_an_enrolled_device) {
   Handling handling(asEnrolledChild());
   handling.app.advance(2s);
   const auto device = handling.answerTo("status").device;
@@ -99,7 +99,7 @@ TEST(ControlHandler, answers_a_sync_when_the_checkin_has_ended) {
   EXPECT_TRUE(handling.replies.front().device->isConnectedToServer);
 }
 
-TEST(ControlHandler, begins_the_work_for_a_sync_where_it_has_not_begun) {
+TEST(ControlHandler, a_sync_starts_the_work_if_it_has_not_started) {
   FakePlatform machine;
   for (const auto& [key, value] : asEnrolledChild()) {
     machine.settings.set(key, value);
@@ -121,13 +121,13 @@ TEST(ControlHandler, answers_a_sync_that_failed) {
   handling.app.settle();
   ASSERT_EQ(handling.replies.size(), 1U);
   EXPECT_FALSE(handling.replies.front().device->isConnectedToServer);
-  // A second failure in a row changes nothing, and is an answer all the same.
+  // A second failure in a row publishes no change, but still ends the check-in.
   handling.ask("sync");
   handling.app.settle();
   EXPECT_EQ(handling.replies.size(), 2U);
 }
 
-TEST(ControlHandler, tells_a_service_that_is_not_there_from_one_that_answers_with_an_error) {
+TEST(ControlHandler, distinguishes_an_unreachable_service_from_one_that_answers_with_an_error) {
   using Kind = TransportError::Kind;
   const std::string answered = "The service answered with an error: ";
   const std::string unreached = "The service can't be reached: ";
@@ -155,7 +155,7 @@ TEST(ControlHandler, tells_a_service_that_is_not_there_from_one_that_answers_wit
   }
 }
 
-TEST(ControlHandler, of_a_device_that_knows_no_service_says_that) {
+TEST(ControlHandler, reports_that_no_region_is_configured) {
   auto stored = asEnrolledChild();
   stored.erase(settings::apiBaseURL);
   Handling handling(stored);
@@ -164,7 +164,7 @@ TEST(ControlHandler, of_a_device_that_knows_no_service_says_that) {
   EXPECT_EQ(handling.replies.front().error, "No region configured. Please select a region first.");
 }
 
-TEST(ControlHandler, answers_all_who_wait_for_one_checkin_and_each_once) {
+TEST(ControlHandler, answers_each_sync_that_waits_for_one_checkin_once) {
   Handling handling(asEnrolledChild());
   handling.ask("sync");
   handling.ask("sync");
@@ -174,7 +174,7 @@ TEST(ControlHandler, answers_all_who_wait_for_one_checkin_and_each_once) {
   EXPECT_EQ(handling.replies.size(), 2U);
 }
 
-TEST(ControlHandler, does_not_sync_what_is_not_enrolled) {
+TEST(ControlHandler, does_not_sync_a_device_that_is_not_enrolled) {
   for (const auto& stored : {asNewChild(), asParent()}) {
     Handling handling(stored);
     EXPECT_EQ(handling.answerTo("sync").error, "This device is not enrolled.");
@@ -183,7 +183,7 @@ TEST(ControlHandler, does_not_sync_what_is_not_enrolled) {
   }
 }
 
-TEST(ControlHandler, resets_and_lets_the_work_end) {
+TEST(ControlHandler, a_reset_ends_the_work) {
   Handling handling(asEnrolledChild());
   EXPECT_FALSE(handling.answerTo("reset").device->isEnrolled);
   EXPECT_FALSE(handling.app.child().isEnrolled());
@@ -192,7 +192,7 @@ TEST(ControlHandler, resets_and_lets_the_work_end) {
   EXPECT_EQ(handling.checkins(), before);
 }
 
-TEST(ControlHandler, shows_the_window_that_it_has) {
+TEST(ControlHandler, shows_its_window) {
   std::vector<std::string> shown;
   Handling handling(asNewChild(), {.worker = Worker::window,
                                    .show = [&](const std::string& token) { shown.push_back(token); }});
@@ -202,17 +202,17 @@ TEST(ControlHandler, shows_the_window_that_it_has) {
   EXPECT_EQ(handling.replies.size(), 2U);
 }
 
-TEST(ControlHandler, without_a_window_shows_nothing_and_says_who_it_is) {
+TEST(ControlHandler, names_its_process_if_it_has_no_window_to_show) {
   Handling handling(asNewChild());
   EXPECT_EQ(handling.answerTo("show").worker, "agent");
 }
 
-TEST(ControlHandler, gives_the_work_up_only_where_it_may) {
+TEST(ControlHandler, yields_only_if_it_may) {
   Handling handling(asEnrolledChild(), {.worker = Worker::window});
   EXPECT_EQ(handling.answerTo("yield").error, "This program keeps the work.");
 }
 
-TEST(ControlHandler, gives_the_lock_when_the_work_has_ended) {
+TEST(ControlHandler, gives_the_lock_after_the_work_has_ended) {
   std::function<void(FileDescriptor)> give;
   Handling handling(asEnrolledChild(),
                     {.yield = [&](std::function<void(FileDescriptor)> given) { give = std::move(given); }});
@@ -226,7 +226,7 @@ TEST(ControlHandler, gives_the_lock_when_the_work_has_ended) {
   EXPECT_EQ(received, sent);
 }
 
-TEST(ControlHandler, refuses_what_it_does_not_understand_and_goes_on) {
+TEST(ControlHandler, refuses_an_invalid_request_and_goes_on) {
   Handling handling(asEnrolledChild());
   for (const auto* line :
        {"", "garbage", "[]", "{}", R"({"operation":7})", R"({"operation":"explode"})", "\xff\xfe"}) {

@@ -27,10 +27,10 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-// Far more than any answer takes.
+// Much longer than any answer takes.
 constexpr auto timeout = 60s;
 
-// A server whose main thread goes round beside the test, and its files.
+// A server, its files, and a thread that acts as its main thread.
 class ControlSocket : public testing::Test {
  protected:
   ControlSocket() { fs::permissions(runtime.path(), fs::perms::owner_all); }
@@ -100,7 +100,7 @@ TEST_F(ControlSocket, carries_a_line_each_way) {
   EXPECT_EQ(say(""), "heard ");
 }
 
-TEST_F(ControlSocket, is_its_owners_alone) {
+TEST_F(ControlSocket, is_accessible_to_its_owner_only) {
   serve();
   struct stat socket {};
   ASSERT_EQ(::stat(place().c_str(), &socket), 0);
@@ -110,12 +110,12 @@ TEST_F(ControlSocket, is_its_owners_alone) {
   EXPECT_EQ(directory.st_mode & 0777U, 0700U);
 }
 
-TEST_F(ControlSocket, hears_nobody_elses_process) {
+TEST_F(ControlSocket, refuses_processes_of_other_users) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can be somebody else";
   }
   serve();
-  // However the files are set.
+  // Opens the file permissions, so that only the server can refuse.
   const auto path = place();
   fs::permissions(runtime.path(), fs::perms::all);
   fs::permissions(path.parent_path(), fs::perms::all);
@@ -134,7 +134,7 @@ TEST_F(ControlSocket, hears_nobody_elses_process) {
   EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-TEST_F(ControlSocket, lets_go_of_who_says_too_much) {
+TEST_F(ControlSocket, drops_a_client_that_sends_too_much) {
   serve();
   const auto socket = connectTo(place());
   const std::string flood(3 * localLineLimit, 'x');
@@ -144,7 +144,7 @@ TEST_F(ControlSocket, lets_go_of_who_says_too_much) {
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(ControlSocket, serves_others_beside_those_who_say_nothing) {
+TEST_F(ControlSocket, serves_others_while_a_client_is_silent) {
   serve();
   const auto silent = connectTo(place());
   const auto half = connectTo(place());
@@ -155,7 +155,7 @@ TEST_F(ControlSocket, serves_others_beside_those_who_say_nothing) {
   EXPECT_TRUE(silent);
 }
 
-// The main thread is kept from answering, so that those who have asked wait.
+// A main thread that does not answer, so that clients wait.
 struct FullControlSocket : ControlSocket {
   FullControlSocket() {
     serve([this](const std::string& line, const ControlServer::Reply& reply) {
@@ -175,7 +175,7 @@ struct FullControlSocket : ControlSocket {
     std::ranges::generate(crowd, [this] { return connectTo(place()); });
     return crowd;
   }
-  // Each has been heard when this returns.
+  // Returns when the server has read each request.
   std::vector<FileDescriptor> askMany(std::size_t count) {
     const std::size_t before = asked;
     auto crowd = connectMany(count);
@@ -193,7 +193,7 @@ struct FullControlSocket : ControlSocket {
   std::atomic<std::size_t> asked = 0;
 };
 
-TEST_F(FullControlSocket, lets_those_go_who_have_said_nothing_for_the_longest_time) {
+TEST_F(FullControlSocket, drops_the_client_that_has_been_silent_longest) {
   const auto silent = connectMany(room + 1);
   EXPECT_EQ(say("hello"), "heard hello");
   EXPECT_FALSE(receiveMessage(silent.front().get(), timeout)) << "it was let go";
@@ -201,14 +201,14 @@ TEST_F(FullControlSocket, lets_those_go_who_have_said_nothing_for_the_longest_ti
   EXPECT_EQ(receiveMessage(silent.back().get(), timeout)->line, "heard late");
 }
 
-TEST_F(FullControlSocket, has_room_again_when_those_who_asked_have_gone) {
+TEST_F(FullControlSocket, has_room_again_when_clients_have_gone) {
   askMany(room).clear();
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(FullControlSocket, keeps_those_who_wait_for_their_answers) {
+TEST_F(FullControlSocket, keeps_clients_that_wait_for_answers) {
   auto crowd = askMany(room - 1);
-  // One has said all that it will say, and listens still.
+  // This client has shut down its writing side but still reads.
   ::shutdown(crowd.front().get(), SHUT_WR);
   const auto silent = connectMany(1);
   EXPECT_EQ(say("hello"), "heard hello");
@@ -225,7 +225,7 @@ TEST_F(FullControlSocket, keeps_those_who_wait_for_their_answers) {
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(ControlSocket, survives_who_goes_before_the_answer) {
+TEST_F(ControlSocket, survives_a_client_that_leaves_before_the_answer) {
   std::promise<ControlServer::Reply> asked;
   serve([&](const std::string& line, ControlServer::Reply reply) {
     if (line == "first") {
@@ -242,7 +242,7 @@ TEST_F(ControlSocket, survives_who_goes_before_the_answer) {
   EXPECT_EQ(say("second"), "heard second");
 }
 
-TEST_F(ControlSocket, an_answer_after_the_end_of_the_server_goes_nowhere) {
+TEST_F(ControlSocket, ignores_an_answer_after_the_server_has_ended) {
   std::promise<ControlServer::Reply> asked;
   serve([&](const std::string& /*line*/, ControlServer::Reply reply) { asked.set_value(std::move(reply)); });
   const auto socket = connectTo(place());
@@ -253,7 +253,7 @@ TEST_F(ControlSocket, an_answer_after_the_end_of_the_server_goes_nowhere) {
   EXPECT_FALSE(receiveMessage(socket.get(), timeout));
 }
 
-TEST_F(ControlSocket, what_was_answered_is_still_sent_when_the_server_ends) {
+TEST_F(ControlSocket, sends_pending_answers_before_it_ends) {
   serve([this](const std::string& line, const ControlServer::Reply& reply) {
     reply({"heard " + line});
     end();
@@ -262,7 +262,7 @@ TEST_F(ControlSocket, what_was_answered_is_still_sent_when_the_server_ends) {
   loop.join();
 }
 
-TEST_F(ControlSocket, hands_an_open_file_over) {
+TEST_F(ControlSocket, passes_an_open_file) {
   std::ofstream(home.path() / "file") << "text";
   serve([this](const std::string& /*line*/, const ControlServer::Reply& reply) {
     reply({"here", FileDescriptor(::open((home.path() / "file").c_str(), O_RDONLY | O_CLOEXEC))});
@@ -277,14 +277,14 @@ TEST_F(ControlSocket, hands_an_open_file_over) {
   EXPECT_STREQ(text.data(), "text");
 }
 
-TEST_F(ControlSocket, is_gone_with_its_server) {
+TEST_F(ControlSocket, is_removed_with_its_server) {
   serve();
   stop();
   EXPECT_FALSE(fs::exists(place()));
   EXPECT_FALSE(ask(data, {.operation = "status"}, timeout));
 }
 
-TEST_F(ControlSocket, takes_its_folder_with_it_unless_another_stands_there) {
+TEST_F(ControlSocket, removes_its_folder_unless_another_socket_is_in_it) {
   serve();
   {
     AsioDispatch dispatch;
@@ -295,21 +295,21 @@ TEST_F(ControlSocket, takes_its_folder_with_it_unless_another_stands_there) {
   EXPECT_TRUE(fs::is_empty(runtime.path()));
 }
 
-TEST_F(ControlSocket, takes_the_place_that_a_killed_process_left) {
+TEST_F(ControlSocket, replaces_the_socket_of_a_killed_process) {
   fs::create_directories(place().parent_path());
   std::ofstream(place()) << "left";
   serve();
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(ControlSocket, comes_up_again_when_its_directory_was_taken_away) {
+TEST_F(ControlSocket, is_created_again_when_its_directory_was_removed) {
   serve();
   fs::remove_all(place().parent_path());
   onMain([](ControlServer& server) { server.keepReachable(); });
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(ControlSocket, stays_as_it_is_while_it_is_there) {
+TEST_F(ControlSocket, is_kept_while_it_exists) {
   serve();
   struct stat before {};
   ASSERT_EQ(::stat(place().c_str(), &before), 0);
@@ -319,7 +319,7 @@ TEST_F(ControlSocket, stays_as_it_is_while_it_is_there) {
   EXPECT_EQ(before.st_ino, after.st_ino);
 }
 
-TEST_F(ControlSocket, leaves_a_place_that_is_somebody_elses_by_now) {
+TEST_F(ControlSocket, leaves_a_path_that_another_process_has_taken) {
   serve();
   fs::remove(place());
   std::ofstream(place()) << "theirs";
@@ -327,14 +327,14 @@ TEST_F(ControlSocket, leaves_a_place_that_is_somebody_elses_by_now) {
   EXPECT_TRUE(fs::exists(place()));
 }
 
-TEST_F(ControlSocket, stands_in_the_data_directory_where_no_session_has_one) {
+TEST_F(ControlSocket, is_in_the_data_directory_without_a_session_directory) {
   const ScopedEnvironment nowhere("XDG_RUNTIME_DIR", nullptr);
   EXPECT_THAT(localSocketPaths(data), testing::ElementsAre(data / "control.socket"));
   serve();
   EXPECT_EQ(say("hello"), "heard hello");
 }
 
-TEST_F(ControlSocket, is_found_wherever_it_stands) {
+TEST_F(ControlSocket, is_found_in_either_place) {
   {
     const ScopedEnvironment nowhere("XDG_RUNTIME_DIR", nullptr);
     serve([](const std::string& /*line*/, const ControlServer::Reply& reply) {
@@ -346,7 +346,7 @@ TEST_F(ControlSocket, is_found_wherever_it_stands) {
   EXPECT_EQ(answer->reply.worker, "agent");
 }
 
-TEST_F(ControlSocket, may_stand_at_the_end_of_a_long_path) {
+TEST_F(ControlSocket, may_have_a_long_path) {
   const ScopedEnvironment nowhere("XDG_RUNTIME_DIR", nullptr);
   const fs::path deep = home.path() / std::string(150, 'd') / std::string(150, 'e');
   AsioDispatch dispatch;
@@ -354,14 +354,14 @@ TEST_F(ControlSocket, may_stand_at_the_end_of_a_long_path) {
   EXPECT_TRUE(connectTo(deep / "control.socket"));
 }
 
-TEST_F(ControlSocket, two_installations_of_one_user_do_not_meet) {
+TEST_F(ControlSocket, is_separate_for_each_installation_of_a_user) {
   EXPECT_NE(localSocketPaths(data).front(), localSocketPaths(home.path() / "other").front());
   fs::create_directories(data);
   fs::create_directory_symlink(data, home.path() / "link");
   EXPECT_EQ(localSocketPaths(data).front(), localSocketPaths(home.path() / "link").front());
 }
 
-TEST_F(ControlSocket, an_answer_that_makes_no_sense_is_none) {
+TEST_F(ControlSocket, an_invalid_answer_counts_as_none) {
   for (const std::string answer : {"", "garbage", "[]", R"({"worker":7})"}) {
     serve([answer](const std::string& /*line*/, const ControlServer::Reply& reply) { reply({answer}); });
     EXPECT_FALSE(ask(data, {.operation = "status"}, timeout)) << answer;

@@ -26,7 +26,7 @@ using testing::StartsWith;
 
 constexpr const char* type = "live.quillmar.quillmar.PacketTunnel";
 
-// Two directories in which tunnel programs are registered, the administrator's before the system's.
+// The two directories for tunnel programs: the administrator's before the system's.
 struct Registrations : testing::Test {
   Registrations() {
     fs::create_directory(etc);
@@ -58,13 +58,13 @@ TEST_F(Registrations, a_registered_program_is_found_in_either_directory) {
   EXPECT_TRUE(look().works) << look().words;
 }
 
-TEST_F(Registrations, where_none_is_registered_both_directories_are_named) {
+TEST_F(Registrations, without_one_both_directories_are_named) {
   EXPECT_FALSE(look().works);
   EXPECT_EQ(look().words, std::string("none is registered for ") + type + " in " + etc.string() + " or " +
                               lib.string() + ". Install the tunnel program.");
 }
 
-TEST_F(Registrations, others_services_files_and_groups_do_not_count) {
+TEST_F(Registrations, other_services_files_and_groups_do_not_count) {
   write(lib / "other.name", "[VPN Connection]\nservice=other.tunnel\nprogram=/bin/true\n");
   write(lib / "quillmar.name.bak", registration());
   write(lib / "gnome.name", std::string("[GNOME]\nservice=") + type + "\nprogram=" + program.string() + "\n");
@@ -72,7 +72,7 @@ TEST_F(Registrations, others_services_files_and_groups_do_not_count) {
   EXPECT_FALSE(look().works);
 }
 
-TEST_F(Registrations, a_program_that_is_not_there_or_not_executable_is_named) {
+TEST_F(Registrations, a_program_that_is_missing_or_not_executable_is_named) {
   write(etc / "quillmar.name", registration());
   makeProgram(fs::perms::owner_read);
   EXPECT_FALSE(look().works);
@@ -83,7 +83,7 @@ TEST_F(Registrations, a_program_that_is_not_there_or_not_executable_is_named) {
   EXPECT_FALSE(look().works) << "a directory is no program";
 }
 
-TEST_F(Registrations, a_file_without_a_program_or_with_blanks_in_it_is_read_all_the_same) {
+TEST_F(Registrations, a_file_without_a_program_does_not_count_but_one_with_spaces_does) {
   write(lib / "quillmar.name", std::string("[VPN Connection]\nservice=") + type + "\n");
   EXPECT_FALSE(look().works);
   write(lib / "quillmar.name", std::string("# comment\n\n[ other ]\n[VPN Connection]\n service = ") + type +
@@ -91,7 +91,7 @@ TEST_F(Registrations, a_file_without_a_program_or_with_blanks_in_it_is_read_all_
   EXPECT_TRUE(look().works) << look().words;
 }
 
-TEST(DoctorsCamera, is_missing_where_there_is_none) {
+TEST(DoctorsCamera, is_missing_if_there_is_no_device) {
   const TemporaryDirectory directory;
   std::ofstream(directory.path() / "audio0") << "";
   EXPECT_FALSE(lookAtCamera(directory.path()).works);
@@ -99,7 +99,7 @@ TEST(DoctorsCamera, is_missing_where_there_is_none) {
   EXPECT_FALSE(lookAtCamera(directory.path() / "nowhere").works);
 }
 
-TEST(DoctorsCamera, works_if_any_can_be_opened_and_else_says_why_not) {
+TEST(DoctorsCamera, works_if_any_device_can_be_opened_and_otherwise_says_why_not) {
   const TemporaryDirectory directory;
   fs::create_symlink("nowhere", directory.path() / "video0");
   EXPECT_FALSE(lookAtCamera(directory.path()).works);
@@ -110,7 +110,7 @@ TEST(DoctorsCamera, works_if_any_can_be_opened_and_else_says_why_not) {
   EXPECT_THAT(lookAtCamera(directory.path()).words, HasSubstr("video1 can be opened"));
 }
 
-// A keyring that answers as it is told.
+// A keyring whose answers the test sets.
 class ToldKeyring final : public SecureItemStore {
  public:
   ToldKeyring(SecureItemStatus adding, SecureItemStatus removing) : adding_(adding), removing_(removing) {}
@@ -123,7 +123,7 @@ class ToldKeyring final : public SecureItemStore {
   const SecureItemStatus removing_;
 };
 
-TEST(DoctorsCameraModule, is_named_or_its_package_is) {
+TEST(DoctorsCameraModule, is_named_or_its_package_is_suggested) {
   EXPECT_EQ(lookAtCameraModule("/usr/lib/quillmar/quillmar-camera.so").words,
             "/usr/lib/quillmar/quillmar-camera.so is installed.");
   const auto absent = lookAtCameraModule({});
@@ -131,14 +131,14 @@ TEST(DoctorsCameraModule, is_named_or_its_package_is) {
   EXPECT_THAT(absent.words, testing::EndsWith("Install quillmar-camera."));
 }
 
-TEST(DoctorsKeyring, works_and_is_left_as_it_was) {
+TEST(DoctorsKeyring, works_and_is_left_unchanged) {
   MemorySecureItems keyring;
   EXPECT_TRUE(lookAtKeyring(keyring).works);
   EXPECT_TRUE(lookAtKeyring(keyring).works);
   EXPECT_EQ(keyring.copyMatching("live.quillmar.doctor", "probe").status, SecureItemStatus::notFound);
 }
 
-TEST(DoctorsKeyring, that_does_not_work_says_why) {
+TEST(DoctorsKeyring, says_why_it_does_not_work) {
   using Status = SecureItemStatus;
   const auto words = [](Status adding, Status removing) {
     ToldKeyring keyring(adding, removing);
@@ -153,7 +153,7 @@ TEST(DoctorsKeyring, that_does_not_work_says_why) {
   EXPECT_THAT(words(Status::success, Status::notFound), StartsWith("keeps what it should forget."));
 }
 
-TEST(DoctorsBus, that_nobody_serves_is_told_in_words) {
+TEST(DoctorsBus, says_that_no_service_answers) {
   const std::string nowhere = "unix:path=/nowhere/bus";
   EXPECT_FALSE(lookAtNetworkManager(nowhere).works);
   EXPECT_THAT(lookAtNetworkManager(nowhere).words,
@@ -163,7 +163,7 @@ TEST(DoctorsBus, that_nobody_serves_is_told_in_words) {
               HasSubstr("can't be asked (The system's message bus does not answer.)"));
 }
 
-// The doctor and the stand-in service, over the network.
+// The doctor and the stand-in service over the network.
 struct DoctorsService : testing::Test {
   explicit DoctorsService(sandbox::Clock clock = sandbox::systemClock())
       : service(std::move(*sandbox::Service::start({}, std::move(clock)))) {}
@@ -176,7 +176,7 @@ struct DoctorsService : testing::Test {
   const std::unique_ptr<sandbox::Service> service;
 };
 
-TEST_F(DoctorsService, works_when_it_answers_over_tls_and_the_clocks_agree) {
+TEST_F(DoctorsService, works_if_it_answers_over_tls_and_the_clocks_agree) {
   const auto finding = look();
   EXPECT_TRUE(finding.answer.works);
   EXPECT_EQ(finding.answer.words, service->secureUrl() + "/api/v1 answers, over verified TLS.");
@@ -184,7 +184,7 @@ TEST_F(DoctorsService, works_when_it_answers_over_tls_and_the_clocks_agree) {
   EXPECT_LT(std::chrono::abs(*finding.clockLead), std::chrono::minutes(1));
 }
 
-TEST_F(DoctorsService, that_is_not_trusted_is_told_in_the_transports_words) {
+TEST_F(DoctorsService, reports_an_untrusted_certificate_in_the_transports_words) {
   CurlHttpSession http;
   const auto finding = lookAtService(http, service->secureUrl());
   EXPECT_FALSE(finding.answer.works);
@@ -193,7 +193,7 @@ TEST_F(DoctorsService, that_is_not_trusted_is_told_in_the_transports_words) {
   EXPECT_FALSE(finding.clockLead);
 }
 
-TEST_F(DoctorsService, that_fails_is_no_service_but_tells_the_time) {
+TEST_F(DoctorsService, a_server_error_is_a_failure_but_provides_the_time) {
   sandbox::Misbehaviour broken;
   broken.failEverything = true;
   service->misbehave(broken);
@@ -203,7 +203,7 @@ TEST_F(DoctorsService, that_fails_is_no_service_but_tells_the_time) {
   EXPECT_TRUE(finding.clockLead);
 }
 
-TEST_F(DoctorsService, that_nobody_serves_is_told_in_the_transports_words) {
+TEST_F(DoctorsService, reports_a_refused_connection_in_the_transports_words) {
   CurlHttpSession http;
   const auto finding = lookAtService(http, "https://127.0.0.1:1");
   EXPECT_FALSE(finding.answer.works);
@@ -221,7 +221,7 @@ TEST_F(ServiceOfTheFuture, shows_that_this_machines_clock_is_behind) {
   EXPECT_GT(*look().clockLead, -std::chrono::minutes(61));
 }
 
-// All of it, with an installation.
+// The whole doctor, with an installation.
 struct Doctor : DoctorsService {
   std::string report() {
     std::ostringstream output;
@@ -244,26 +244,26 @@ struct Doctor : DoctorsService {
   bool isFit = false;
 };
 
-TEST_F(Doctor, of_a_program_without_a_window_speaks_for_a_childs_device) {
+TEST_F(Doctor, without_a_window_checks_a_childs_device) {
   hasWindow = false;
   EXPECT_THAT(report(), HasSubstr("a child's device needs."));
 }
 
-TEST_F(Doctor, asks_the_service_of_the_command_line_and_makes_no_installation) {
+TEST_F(Doctor, checks_the_service_of_the_command_line_and_creates_no_installation) {
   EXPECT_THAT(report(), HasSubstr("works     Service: " + service->secureUrl() + "/api/v1 answers"));
   EXPECT_THAT(report(), HasSubstr("No role is chosen yet"));
   EXPECT_TRUE(isFit);
   EXPECT_FALSE(fs::exists(data));
 }
 
-TEST_F(Doctor, asks_the_service_that_the_installation_has_enrolled_with) {
+TEST_F(Doctor, checks_the_service_that_the_installation_enrolled_with) {
   store(settings::deviceRole, "parent");
   store(settings::apiBaseURL, "https://127.0.0.1:1");
   EXPECT_THAT(report(), HasSubstr("MISSING   Service: https://127.0.0.1:1/api/v1 can't be reached"));
   EXPECT_FALSE(isFit);
 }
 
-TEST_F(Doctor, knows_the_role_of_the_installation) {
+TEST_F(Doctor, uses_the_role_of_the_installation) {
   store(settings::deviceRole, "child");
   EXPECT_THAT(report(), HasSubstr("a child's device needs."));
   EXPECT_THAT(report(), testing::Not(HasSubstr("optional  Tunnel program")));

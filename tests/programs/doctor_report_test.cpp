@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 
-// A machine of which all is known.
+// A machine whose findings the test sets.
 class MadeUpProbes final : public Probes {
  public:
   bool areForWindow() const override { return hasWindow; }
@@ -37,7 +37,7 @@ class MadeUpProbes final : public Probes {
 
 struct DoctorReport : testing::Test {
   bool isFit(DeviceRole role) { return examine(probes, role).isFit; }
-  // The line about a part.
+  // The report's line about a part.
   std::string line(const std::string& part, DeviceRole role = DeviceRole::child) {
     for (const auto& line : examine(probes, role).lines) {
       if (line.find(" " + part + ": ") != std::string::npos) {
@@ -54,7 +54,7 @@ struct DoctorReport : testing::Test {
   MadeUpProbes probes;
 };
 
-TEST_F(DoctorReport, a_machine_with_everything_is_fit_and_says_so_line_by_line) {
+TEST_F(DoctorReport, a_complete_machine_is_fit_and_has_a_line_for_each_part) {
   const auto report = examine(probes, DeviceRole::child);
   EXPECT_TRUE(report.isFit);
   EXPECT_THAT(report.lines, testing::ElementsAre(
@@ -65,7 +65,7 @@ TEST_F(DoctorReport, a_machine_with_everything_is_fit_and_says_so_line_by_line) 
                                 "This machine has what a child's device needs."));
 }
 
-TEST_F(DoctorReport, for_a_program_without_a_window_leaves_out_what_only_windows_use) {
+TEST_F(DoctorReport, without_a_window_leaves_out_what_only_windows_use) {
   probes.hasWindow = false;
   for (const auto* part : {"Keyring", "Fingerprint reader", "Camera", "Camera module"}) {
     EXPECT_EQ(line(part), "") << part;
@@ -75,7 +75,7 @@ TEST_F(DoctorReport, for_a_program_without_a_window_leaves_out_what_only_windows
   }
 }
 
-TEST_F(DoctorReport, without_keyring_reader_and_camera_every_role_can_live) {
+TEST_F(DoctorReport, no_role_needs_a_keyring_reader_or_camera) {
   probes.keyringFinding = {false, "locked."};
   probes.fingerprintReaderFinding = {false, "none."};
   probes.cameraFinding = {false, "none."};
@@ -113,7 +113,7 @@ TEST_F(DoctorReport, every_device_needs_the_service_even_one_without_a_role) {
   }
 }
 
-TEST_F(DoctorReport, a_clock_that_is_more_than_five_minutes_off_is_a_problem_either_way) {
+TEST_F(DoctorReport, a_clock_more_than_five_minutes_fast_or_slow_is_a_problem) {
   EXPECT_EQ(clockLine(5min), "works     Clock: agrees with the service's.");
   EXPECT_EQ(clockLine(-5min), "works     Clock: agrees with the service's.");
   EXPECT_THAT(clockLine(5min + 1ms), HasSubstr("MISSING   Clock: 5 minutes ahead of the service's."));
@@ -121,20 +121,20 @@ TEST_F(DoctorReport, a_clock_that_is_more_than_five_minutes_off_is_a_problem_eit
   EXPECT_FALSE(isFit(DeviceRole::parent));
 }
 
-TEST_F(DoctorReport, a_clock_that_is_far_off_is_told_in_larger_units) {
+TEST_F(DoctorReport, a_large_clock_difference_is_stated_in_larger_units) {
   EXPECT_THAT(clockLine(119min), HasSubstr("119 minutes ahead"));
   EXPECT_THAT(clockLine(120min), HasSubstr("2 hours ahead"));
   EXPECT_THAT(clockLine(-47h), HasSubstr("47 hours behind"));
   EXPECT_THAT(clockLine(-49h), HasSubstr("2 days behind"));
 }
 
-TEST_F(DoctorReport, a_clock_that_could_not_be_compared_is_not_said_to_be_right) {
+TEST_F(DoctorReport, a_clock_that_could_not_be_compared_is_not_called_right) {
   probes.serviceFinding.clockLead = std::nullopt;
   EXPECT_FALSE(isFit(DeviceRole::parent));
   EXPECT_EQ(line("Clock"), "MISSING   Clock: could not be compared, since the service told no time.");
 }
 
-TEST_F(DoctorReport, without_a_role_it_says_what_a_childs_device_would_need) {
+TEST_F(DoctorReport, without_a_role_states_what_a_childs_device_needs) {
   EXPECT_EQ(examine(probes, DeviceRole::unset).lines.back(),
             "This machine has what a parent's device needs. No role is chosen yet; a child's device needs "
             "NetworkManager and the tunnel program as well.");
@@ -142,7 +142,7 @@ TEST_F(DoctorReport, without_a_role_it_says_what_a_childs_device_would_need) {
             "This machine has what a parent's device needs.");
 }
 
-TEST_F(DoctorReport, a_machine_that_lacks_something_says_so_at_the_end) {
+TEST_F(DoctorReport, a_machine_with_something_missing_ends_with_that) {
   probes.tunnelProgramFinding = {false, "none."};
   EXPECT_EQ(examine(probes, DeviceRole::child).lines.back(),
             "This machine lacks something that a child's device needs.");

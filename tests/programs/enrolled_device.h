@@ -6,11 +6,11 @@
 
 namespace quillmar::test {
 
-// Enrolls a device with the service and leaves what the program would have stored, without its waiting for a
-// parent. Throws where the service refuses.
+// Enrolls a device with the service and stores what the program would, without waiting for a parent. Throws
+// if the service refuses.
 void enrollDevice(sandbox::Service& service, const std::filesystem::path& dataDirectory);
 
-// How often devices have checked in.
+// The number of check-ins that the service has received.
 std::ptrdiff_t checkinsAt(const sandbox::Service& service);
 
 }  // namespace quillmar::test

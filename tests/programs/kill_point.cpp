@@ -1,6 +1,6 @@
-// Put before a program by LD_PRELOAD, this kills it at one of its writes, syncs, sends and the like: the one
-// whose number stands in QUILLMAR_KILL_AT. Without that it says, at the end, how many there were, in the file
-// that QUILLMAR_KILL_COUNT names.
+// Loaded into a program by LD_PRELOAD, this kills it at one of its writes, syncs, sends and the like: at the
+// call with the number in QUILLMAR_KILL_AT. Without that variable it counts the calls, and writes their
+// number at the end to the file named by QUILLMAR_KILL_COUNT.
 
 #include <dlfcn.h>
 #include <sys/socket.h>

@@ -22,10 +22,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Far more than anything takes.
+// Much longer than anything here takes.
 constexpr std::chrono::seconds longTimeout{60};
 
-// One installation, of which somebody else has the lock.
+// An installation whose lock another process holds.
 class LockAttemptTest : public testing::Test {
  protected:
   LockAttemptTest() { fs::permissions(runtime.path(), fs::perms::owner_all); }
@@ -35,7 +35,7 @@ class LockAttemptTest : public testing::Test {
                       [this, show = std::move(show)] { return attemptLock(data, show, longTimeout); });
   }
 
-  // The other process, which answers everything with this line for as long as the test does something.
+  // The other process, which answers every request with this line while `meanwhile` runs.
   void serve(const std::string& line, const std::function<void()>& meanwhile) {
     AsioDispatch dispatch;
     const ControlServer server(data, dispatch,
@@ -64,14 +64,14 @@ class LockAttemptTest : public testing::Test {
   std::vector<std::string> requests;
 };
 
-TEST_F(LockAttemptTest, knows_nothing_new_before_there_is_any) {
+TEST_F(LockAttemptTest, reports_nothing_without_an_event) {
   HolderWatch watch(data);
   watch.listen();
   EXPECT_FALSE(watch.waitUntil(std::chrono::steady_clock::now()));
   EXPECT_FALSE(watch.takeLock());
 }
 
-TEST_F(LockAttemptTest, hears_of_a_socket_that_came_up_since_it_listens) {
+TEST_F(LockAttemptTest, reports_a_socket_created_after_it_started_to_listen) {
   for (const char* directory : {runtime.path().c_str(), static_cast<const char*>(nullptr)}) {
     const ScopedEnvironment variable("XDG_RUNTIME_DIR", directory);
     HolderWatch watch(data);
@@ -83,7 +83,7 @@ TEST_F(LockAttemptTest, hears_of_a_socket_that_came_up_since_it_listens) {
   }
 }
 
-TEST_F(LockAttemptTest, hears_of_a_socket_in_a_directory_that_it_knew_already) {
+TEST_F(LockAttemptTest, reports_a_socket_in_a_directory_that_already_existed) {
   fs::create_directories(localSocketPaths(data).front().parent_path());
   HolderWatch watch(data);
   watch.listen();
@@ -92,7 +92,7 @@ TEST_F(LockAttemptTest, hears_of_a_socket_in_a_directory_that_it_knew_already) {
   EXPECT_TRUE(watch.waitUntil(std::chrono::steady_clock::now() + longTimeout));
 }
 
-TEST_F(LockAttemptTest, hears_that_the_lock_has_become_free) {
+TEST_F(LockAttemptTest, reports_that_the_lock_is_free) {
   HolderWatch watch(data);
   watch.listen();
   held.reset();
@@ -100,24 +100,24 @@ TEST_F(LockAttemptTest, hears_that_the_lock_has_become_free) {
   EXPECT_TRUE(watch.takeLock());
 }
 
-TEST_F(LockAttemptTest, takes_a_lock_that_is_free) {
+TEST_F(LockAttemptTest, takes_a_free_lock) {
   held.reset();
   EXPECT_TRUE(attemptLock(data, {}, std::chrono::seconds(0)).lock);
 }
 
-TEST_F(LockAttemptTest, ends_without_anything_where_nobody_answers_in_time) {
+TEST_F(LockAttemptTest, ends_empty_if_nobody_answers_in_time) {
   const auto result = attemptLock(data, {}, std::chrono::seconds(0));
   EXPECT_FALSE(result.lock);
   EXPECT_FALSE(result.holder);
 }
 
-TEST_F(LockAttemptTest, takes_the_lock_of_one_that_ends_without_a_word) {
+TEST_F(LockAttemptTest, takes_the_lock_of_a_process_that_ends_without_answering) {
   auto result = attempt();
   held.reset();
   EXPECT_TRUE(result.get().lock);
 }
 
-TEST_F(LockAttemptTest, hears_of_one_that_can_be_spoken_to_at_last) {
+TEST_F(LockAttemptTest, finds_a_process_that_answers_only_after_a_while) {
   auto result = attempt();
   serve(R"({"worker":"window"})", [&] {
     const auto answered = result.get();
@@ -126,13 +126,13 @@ TEST_F(LockAttemptTest, hears_of_one_that_can_be_spoken_to_at_last) {
   });
 }
 
-TEST_F(LockAttemptTest, hears_of_one_in_the_data_directory_too) {
+TEST_F(LockAttemptTest, finds_a_process_in_the_data_directory_too) {
   const ScopedEnvironment nowhere("XDG_RUNTIME_DIR", nullptr);
   auto result = attempt();
   serve(R"({"worker":"window"})", [&] { EXPECT_EQ(result.get().holder, Worker::window); });
 }
 
-TEST_F(LockAttemptTest, is_given_the_lock_by_one_that_comes_up_and_yields) {
+TEST_F(LockAttemptTest, gets_the_lock_from_a_process_that_starts_and_yields) {
   givesLock = true;
   auto result = attempt();
   serve(R"({"worker":"agent"})", [&] {
@@ -143,7 +143,7 @@ TEST_F(LockAttemptTest, is_given_the_lock_by_one_that_comes_up_and_yields) {
   });
 }
 
-TEST_F(LockAttemptTest, has_a_window_shown_that_gives_nothing_up) {
+TEST_F(LockAttemptTest, shows_a_window_that_does_not_yield) {
   serve(R"({"worker":"window"})", [&] {
     EXPECT_EQ(attempt(ControlRequest{.operation = "show", .activationToken = "t-1"}).get().holder,
               Worker::window);
@@ -152,7 +152,7 @@ TEST_F(LockAttemptTest, has_a_window_shown_that_gives_nothing_up) {
                                              R"({"operation":"show","activationToken":"t-1"})"));
 }
 
-TEST_F(LockAttemptTest, is_not_put_off_by_an_answer_that_makes_no_sense) {
+TEST_F(LockAttemptTest, ignores_an_invalid_answer) {
   auto result = attempt();
   serve("nonsense", [&] {
     held.reset();
@@ -160,7 +160,7 @@ TEST_F(LockAttemptTest, is_not_put_off_by_an_answer_that_makes_no_sense) {
   });
 }
 
-TEST_F(LockAttemptTest, leaves_the_lock_alone_once_it_has_ended) {
+TEST_F(LockAttemptTest, leaves_the_lock_alone_after_it_has_ended) {
   EXPECT_FALSE(attemptLock(data, {}, std::chrono::seconds(0)).lock);
   held.reset();
   std::promise<std::optional<InstanceLock>> next;

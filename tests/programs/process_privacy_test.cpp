@@ -55,7 +55,7 @@ void expectPrivate(const fs::path& place) {
 }
 
 struct AgentPrivacy : testing::Test {
-  // The shell says which process it has become, and gives it what it was told to.
+  // A shell runs `given`, prints its process id and becomes the program.
   std::unique_ptr<RunningProgram> start(const std::string& given, const Words& before = {}) {
     auto agent = std::make_unique<RunningProgram>(
         before + session.running(Words{"sh", "-c", given + "; echo $$; exec \"$@\"", "-"} +
@@ -70,13 +70,13 @@ struct AgentPrivacy : testing::Test {
   fs::path process;
 };
 
-TEST_F(AgentPrivacy, no_crash_leaves_its_memory_on_the_disk) {
+TEST_F(AgentPrivacy, a_crash_writes_no_memory_to_the_disk) {
   const auto agent = start("ulimit -c $(ulimit -H -c)");
   EXPECT_THAT(agent->readUntil("not enrolled"), HasSubstr("not enrolled"));
   EXPECT_THAT(contents(process / "limits"), testing::ContainsRegex("Max core file size +0 +0 "));
 }
 
-// The kernel gives what lies in /proc of such a process to root.
+// The kernel makes root the owner of such a process's files in /proc.
 TEST_F(AgentPrivacy, its_user_can_not_look_into_it_and_it_works_all_the_same) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can start a program for somebody else";
@@ -97,7 +97,7 @@ TEST_F(AgentPrivacy, its_user_can_not_look_into_it_and_it_works_all_the_same) {
   EXPECT_EQ(agent->end(SIGTERM), 0);
 }
 
-TEST_F(AgentPrivacy, what_it_makes_is_its_users_only_at_any_umask) {
+TEST_F(AgentPrivacy, creates_files_for_its_user_only_at_any_umask) {
   for (const char* mask : {"000", "022", "077"}) {
     fs::remove_all(data.parent_path());
     const auto agent = start("umask " + std::string(mask));
@@ -106,7 +106,7 @@ TEST_F(AgentPrivacy, what_it_makes_is_its_users_only_at_any_umask) {
   }
 }
 
-TEST_F(AgentPrivacy, a_folder_that_stood_open_is_closed) {
+TEST_F(AgentPrivacy, closes_a_folder_that_was_open_to_others) {
   fs::create_directories(data);
   fs::permissions(data, fs::perms::all);
   const auto agent = start("true");
@@ -114,7 +114,7 @@ TEST_F(AgentPrivacy, a_folder_that_stood_open_is_closed) {
   EXPECT_EQ(modeOf(data), 0700U);
 }
 
-TEST_F(AgentPrivacy, a_folder_of_another_user_is_refused_in_a_sentence) {
+TEST_F(AgentPrivacy, refuses_a_folder_of_another_user_with_a_sentence) {
   test::enrollDevice(*service, data);
   if (::chown(data.c_str(), somebody, somebody) != 0) {
     GTEST_SKIP() << "only root can give a folder away";

@@ -13,15 +13,15 @@ using Words = std::vector<std::string>;
 
 Words operator+(Words words, const Words& more);
 
-// A login session of its own, in which programs are started as a person would start them: nothing of the
-// test's environment reaches them.
+// A login session in which programs are started as a person would start them: they get none of the test's
+// environment.
 class ProgramSession {
  public:
   ProgramSession();
 
-  // The variables as "NAME=value": these, and the session's own but for those of the same name.
+  // The environment as "NAME=value": `variables`, and the session's own variables with other names.
   Words environment(Words variables = {}) const;
-  // What to run for these words to run in it.
+  // The command line that runs these words in the session.
   Words running(const Words& words, const Words& variables = {}) const;
 
   const std::filesystem::path& home() const { return home_.path(); }
@@ -32,7 +32,7 @@ class ProgramSession {
   const TemporaryDirectory runtime_;
 };
 
-// A program for an installation that uses this service, on a machine whose network stays as it is.
+// A program for an installation that uses this service, on a machine whose network is not changed.
 Words programFor(const std::string& program, const std::filesystem::path& dataDirectory,
                  const sandbox::Service& service, const Words& command = {});
 

@@ -9,23 +9,23 @@
 
 namespace quillmar::test {
 
-// A program in a terminal of its own, as a person would use it; killed when the object goes.
+// A program in its own terminal; killed when the object is destroyed.
 class PseudoTerminal {
  public:
-  // The words are a program's path and its arguments; the environment is all that it gets.
+  // `words` are the program's path and its arguments; `environment` is its whole environment.
   PseudoTerminal(const std::vector<std::string>& words, const std::vector<std::string>& environment,
                  unsigned short rows = 60);
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
   ~PseudoTerminal();
 
-  // All that was shown up to and with this text, or all that there was when the program ended before.
+  // The output up to and including this text, or all output if the program ended before.
   std::string readUntil(const std::string& text);
   std::string readToEnd() { return readUntil({}); }
   void type(const std::string& keys) const;
-  // Takes the terminal away.
+  // Closes the terminal.
   void hangUp() { terminal_ = FileDescriptor(); }
-  // The exit status, or minus the signal that ended it.
+  // The exit status, or the negated number of the signal that ended it.
   int wait();
 
  private:

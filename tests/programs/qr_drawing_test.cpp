@@ -54,13 +54,13 @@ TEST(QRDrawing, without_colours_is_scanned_from_a_dark_terminal) {
             enrollment);
 }
 
-TEST(QRDrawing, without_colours_sends_none) {
+TEST(QRDrawing, without_colours_contains_no_colour_codes) {
   const auto lines = draw({.isInteractive = false, .columns = 80, .hasUTF8 = true, .hasColour = false});
   ASSERT_TRUE(lines);
   EXPECT_THAT(*lines, Each(Not(HasSubstr("\x1b"))));
 }
 
-TEST(QRDrawing, leaves_every_line_with_the_terminals_own_colours) {
+TEST(QRDrawing, resets_the_colours_at_the_end_of_each_line) {
   for (const bool hasUTF8 : {true, false}) {
     const auto lines = draw({.isInteractive = true, .columns = 80, .hasUTF8 = hasUTF8, .hasColour = true});
     ASSERT_TRUE(lines);
@@ -68,7 +68,7 @@ TEST(QRDrawing, leaves_every_line_with_the_terminals_own_colours) {
   }
 }
 
-TEST(QRDrawing, has_a_narrower_margin_rather_than_none_at_all) {
+TEST(QRDrawing, gets_a_narrower_margin_if_there_is_no_room_for_the_full_one) {
   const auto modules = *QrencodeEncoder().encode(enrollment, QRCorrection::low);
   const Terminal exact{.isInteractive = true,
                        .columns = static_cast<int>(modules.side) + 2,
@@ -80,7 +80,7 @@ TEST(QRDrawing, has_a_narrower_margin_rather_than_none_at_all) {
   EXPECT_FALSE(draw(narrow));
 }
 
-// The rows of most windows, less one for what is written below.
+// The rows of most windows, minus one for the line below the code.
 TEST(QRDrawing, fits_into_a_low_window_and_is_scanned_from_it) {
   const Terminal low{.isInteractive = true, .columns = 80, .rows = 23, .hasUTF8 = true, .hasColour = true};
   ASSERT_TRUE(draw(low));
@@ -92,7 +92,7 @@ TEST(QRDrawing, fits_into_a_low_window_and_is_scanned_from_it) {
   EXPECT_EQ(readFrom(colourless, true), enrollment);
 }
 
-TEST(QRDrawing, says_how_many_rows_it_takes_where_there_are_too_few) {
+TEST(QRDrawing, tells_how_many_rows_it_needs_if_there_are_too_few) {
   Terminal lowest{.isInteractive = true, .columns = 80, .rows = 10, .hasUTF8 = true, .hasColour = true};
   EXPECT_FALSE(draw(lowest));
   const auto rows = rowsForQRCode(QrencodeEncoder(), enrollment, lowest);
@@ -103,18 +103,18 @@ TEST(QRDrawing, says_how_many_rows_it_takes_where_there_are_too_few) {
   EXPECT_FALSE(draw(lowest));
 }
 
-TEST(QRDrawing, has_no_number_of_rows_that_would_help_a_narrow_terminal) {
+TEST(QRDrawing, tells_no_number_of_rows_for_a_narrow_terminal) {
   const Terminal narrow{.isInteractive = true, .columns = 20, .rows = 10, .hasUTF8 = true, .hasColour = true};
   EXPECT_EQ(rowsForQRCode(QrencodeEncoder(), enrollment, narrow), std::nullopt);
 }
 
-TEST(QRDrawing, is_not_tried_where_it_can_not_be_seen) {
+TEST(QRDrawing, is_absent_if_the_terminal_can_not_show_it) {
   EXPECT_FALSE(draw({.isInteractive = true, .columns = 80, .hasUTF8 = false, .hasColour = false}));
   EXPECT_FALSE(draw({.isInteractive = true, .columns = 20, .hasUTF8 = true, .hasColour = true}));
 }
 
-TEST(QRDrawing, of_the_longest_name_that_a_device_may_have_fits_into_eighty_columns) {
-  // A host's pretty name has 64 bytes at most.
+TEST(QRDrawing, fits_into_eighty_columns_with_the_longest_device_name) {
+  // The pretty name of a host has at most 64 bytes.
   std::string text = enrollment;
   text.replace(text.find("Emma's laptop"), 13, std::string(64, 'n'));
   EXPECT_TRUE(draw({.isInteractive = true, .columns = 80, .hasUTF8 = true, .hasColour = true}, text));

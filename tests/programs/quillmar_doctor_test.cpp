@@ -20,7 +20,7 @@ namespace {
 using sandbox::test::runCommand;
 using testing::HasSubstr;
 
-// The program as it is started where there is no display.
+// The program without a display.
 struct QuillmarDoctor : testing::Test {
   sandbox::test::CommandResult run(std::vector<std::string> words) const {
     words.insert(words.begin(), {"env", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "-u", "QT_QPA_PLATFORM",
@@ -33,7 +33,7 @@ struct QuillmarDoctor : testing::Test {
   const std::filesystem::path data = directory.path() / "data";
 };
 
-TEST_F(QuillmarDoctor, looks_at_the_machine_without_a_display) {
+TEST_F(QuillmarDoctor, examines_the_machine_without_a_display) {
   const auto result = run({"--data-dir", data.string(), "--service", service->secureUrl(), "--ca-file",
                            service->caFile().string(), "doctor"});
   EXPECT_EQ(result.status, 0) << result.output << result.errors;
@@ -45,13 +45,13 @@ TEST_F(QuillmarDoctor, looks_at_the_machine_without_a_display) {
   EXPECT_FALSE(std::filesystem::exists(data));
 }
 
-TEST_F(QuillmarDoctor, fails_where_the_service_is_not_trusted) {
+TEST_F(QuillmarDoctor, fails_if_the_service_is_not_trusted) {
   const auto result = run({"doctor", "--data-dir", data.string(), "--service", service->secureUrl()});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.output, HasSubstr("MISSING   Service: "));
 }
 
-TEST_F(QuillmarDoctor, ends_as_the_manual_says) {
+TEST_F(QuillmarDoctor, ends_with_the_status_that_the_manual_states) {
   std::ifstream file(QUILLMAR_PROGRAM_MANUAL);
   const std::string manual{std::istreambuf_iterator<char>(file), {}};
   const std::string section = manual.substr(manual.find(".Sh EXIT STATUS"));
@@ -67,7 +67,7 @@ TEST_F(QuillmarDoctor, ends_as_the_manual_says) {
   }
 }
 
-TEST_F(QuillmarDoctor, explains_itself) {
+TEST_F(QuillmarDoctor, prints_its_help) {
   const auto result = run({"doctor", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, HasSubstr("[doctor]"));

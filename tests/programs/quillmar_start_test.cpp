@@ -20,7 +20,7 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// The program where there is no display, as over a line from afar.
+// The program without a display, as in a remote shell.
 struct QuillmarWithoutDisplay : testing::Test {
   CommandResult run(const Words& words, const Words& variables = {}) const {
     return runCommand(session.running(Words{QUILLMAR_PROGRAM} + words, variables));
@@ -37,7 +37,7 @@ struct QuillmarWithoutDisplay : testing::Test {
   const std::filesystem::path data = session.home() / "data";
 };
 
-TEST_F(QuillmarWithoutDisplay, explains_itself) {
+TEST_F(QuillmarWithoutDisplay, prints_its_help) {
   for (const auto* word : {"--help", "-h", "--help-all"}) {
     const auto result = run({word});
     EXPECT_EQ(result.status, 0) << word;
@@ -48,7 +48,7 @@ TEST_F(QuillmarWithoutDisplay, explains_itself) {
   EXPECT_THAT(run({"--help-all"}).output, HasSubstr("\n  -platform NAME "));
 }
 
-TEST_F(QuillmarWithoutDisplay, says_its_version) {
+TEST_F(QuillmarWithoutDisplay, prints_its_version) {
   for (const auto* word : {"--version", "-v"}) {
     const auto result = run({word});
     EXPECT_EQ(result.status, 0);
@@ -57,7 +57,7 @@ TEST_F(QuillmarWithoutDisplay, says_its_version) {
   }
 }
 
-TEST_F(QuillmarWithoutDisplay, says_what_is_wrong_with_its_options) {
+TEST_F(QuillmarWithoutDisplay, reports_wrong_options) {
   for (const auto& [words, status, problem] : std::vector<std::tuple<Words, int, std::string>>{
            {{"--dance"}, 1, "there is no option '--dance'."},
            {{"--data-dir"}, 1, "the option '--data-dir' needs a value."},
@@ -72,20 +72,20 @@ TEST_F(QuillmarWithoutDisplay, says_what_is_wrong_with_its_options) {
   }
 }
 
-TEST_F(QuillmarWithoutDisplay, says_so_in_one_sentence) {
+TEST_F(QuillmarWithoutDisplay, reports_that_in_one_sentence) {
   expectOneSentence(run({"--data-dir", data.string()}), "there is no display");
 }
 
-TEST_F(QuillmarWithoutDisplay, says_so_where_nobody_made_a_runtime_directory_either) {
+TEST_F(QuillmarWithoutDisplay, reports_that_without_a_runtime_directory_too) {
   expectOneSentence(run({"--data-dir", data.string()}, {"XDG_RUNTIME_DIR="}), "there is no display");
 }
 
-TEST_F(QuillmarWithoutDisplay, says_which_one_does_not_answer) {
+TEST_F(QuillmarWithoutDisplay, names_a_display_that_does_not_answer) {
   expectOneSentence(run({"--data-dir", data.string()}, {"DISPLAY=:987"}),
                     "could not connect to display :987");
 }
 
-TEST_F(QuillmarWithoutDisplay, says_which_way_of_drawing_is_not_there) {
+TEST_F(QuillmarWithoutDisplay, names_a_platform_plugin_that_is_missing) {
   const auto result = run({"--data-dir", data.string()}, {"QT_QPA_PLATFORM=crayon"});
   expectOneSentence(result, R"(Could not find the Qt platform plugin "crayon" in "")");
 }

@@ -41,7 +41,7 @@ ControlReply from(const DeviceStatus& device, std::optional<std::string> worker 
 
 std::string textOf(const ControlReply& reply) { return statusText(reply, now); }
 
-TEST(AgentStatus, of_a_protected_device) {
+TEST(AgentStatus, describes_a_protected_device) {
   const auto reply = from(protectedDevice());
   EXPECT_EQ(exitStatusOf(reply), ExitStatus::done);
   EXPECT_EQ(textOf(reply),
@@ -52,7 +52,7 @@ TEST(AgentStatus, of_a_protected_device) {
             "Kept up by   quillmar-agent (process 77)\n");
 }
 
-TEST(AgentStatus, tells_the_time_of_a_checkin_long_ago_by_this_clock) {
+TEST(AgentStatus, states_an_old_checkin_in_local_time) {
   const ScopedEnvironment zone("TZ", "UTC-2");
   ::tzset();
   auto device = protectedDevice();
@@ -65,7 +65,7 @@ TEST(AgentStatus, names_the_window_that_does_the_work) {
               HasSubstr("Kept up by   the Quillmar window (process 77)\n"));
 }
 
-TEST(AgentStatus, of_a_tunnel_that_is_down) {
+TEST(AgentStatus, describes_a_tunnel_that_is_down) {
   auto device = protectedDevice();
   device.isVPNConnected = false;
   device.vpnStatus = "Disconnected";
@@ -75,20 +75,20 @@ TEST(AgentStatus, of_a_tunnel_that_is_down) {
               HasSubstr("Protection   Disconnected\n             VPN disconnected. Reconnecting...\n"));
 }
 
-TEST(AgentStatus, leaves_out_what_was_true_before_the_tunnel_came_up) {
+TEST(AgentStatus, leaves_out_a_warning_from_before_the_tunnel_came_up) {
   auto device = protectedDevice();
   device.warning = "Connecting to VPN...";
   EXPECT_THAT(textOf(from(device)), Not(HasSubstr("Connecting to VPN...")));
 }
 
-TEST(AgentStatus, of_a_device_that_nobody_looks_after) {
+TEST(AgentStatus, describes_a_device_without_a_worker) {
   const auto reply = from(protectedDevice(), std::nullopt);
   EXPECT_EQ(exitStatusOf(reply), ExitStatus::notProtected);
   EXPECT_THAT(textOf(reply), HasSubstr("Kept up by   nobody; start it by 'quillmar-agent run'\n"));
   EXPECT_THAT(textOf(reply), Not(HasSubstr("Server")));
 }
 
-TEST(AgentStatus, of_devices_that_are_no_enrolled_childs) {
+TEST(AgentStatus, describes_devices_that_are_not_an_enrolled_childs) {
   EXPECT_EQ(exitStatusOf(from({.role = "parent"})), ExitStatus::parentsDevice);
   EXPECT_EQ(textOf(from({.role = "parent"})), "This is a parent's device.\n");
   for (const auto* role : {"child", "unset"}) {

@@ -20,7 +20,7 @@ struct Cell {
   std::uint8_t lower;
 };
 
-// Reads a stream of characters into rows of cells.
+// Interprets a terminal's output as rows of cells.
 class Emulator {
  public:
   explicit Emulator(bool isDark) : ownInk_(isDark ? white : black), ownPaper_(isDark ? black : white) {

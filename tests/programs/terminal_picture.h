@@ -6,9 +6,9 @@
 
 namespace quillmar::agent {
 
-// What a terminal shows of this output, as a camera would see it: cells twice as high as wide, block
-// characters, the colours black and white in both their kinds, and reversed video. Other characters look like
-// a grey cell. The terminal's own colours are light on dark unless told otherwise.
+// Renders this output as a camera would see it in a terminal: cells twice as high as wide, block characters,
+// both kinds of black and white, and reversed video. Any other character becomes a grey cell. The terminal's
+// default colours are light on dark unless `isDarkTerminal` is false.
 GreyCanvas pictureOf(std::string_view output, bool isDarkTerminal = true);
 
 }  // namespace quillmar::agent

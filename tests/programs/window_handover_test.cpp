@@ -37,9 +37,9 @@ struct Desktop : testing::Test {
   std::unique_ptr<RunningProgram> start(const Words& words) const {
     return std::make_unique<RunningProgram>(inSession(words));
   }
-  // Waits for the window; its number on the display.
+  // Waits for the window and returns its number on the display.
   std::string windowNumber() const { return onWindow({}).output; }
-  // The window goes with the first key, so that the tool finds nobody to send the second one to.
+  // The first key closes the window, so the tool fails at the second one; that status is ignored.
   void closeWindow() const { static_cast<void>(onWindow({"windowfocus", "--sync", "key", "ctrl+w"})); }
   CommandResult onWindow(const Words& deed) const {
     return call(Words{"xdotool", "search", "--sync", "--onlyvisible", "--name", "Quillmar"} + deed);
@@ -50,7 +50,7 @@ struct Desktop : testing::Test {
   const std::string display = screen.readLine();
 };
 
-// An enrolled child's device on it.
+// A desktop with an enrolled child's device.
 struct ChildsDesktop : Desktop {
   ChildsDesktop() { test::enrollDevice(*service, data); }
 
@@ -62,7 +62,7 @@ struct ChildsDesktop : Desktop {
   const fs::path data = session.home() / "data";
 };
 
-TEST_F(ChildsDesktop, a_window_takes_the_work_over_and_gives_it_back_when_it_is_closed) {
+TEST_F(ChildsDesktop, a_window_takes_the_work_over_and_gives_it_back_when_closed) {
   const auto agent = start(withOptions(QUILLMAR_AGENT, {"run"}));
   EXPECT_THAT(agent->readUntil("The service is reached."), HasSubstr("Looking after this device."));
   EXPECT_EQ(test::checkinsAt(*service), 1);
@@ -84,19 +84,19 @@ TEST_F(ChildsDesktop, a_window_takes_the_work_over_and_gives_it_back_when_it_is_
   EXPECT_THAT(call(withOptions(QUILLMAR_AGENT, {"status"})).output, HasSubstr("Kept up by   quillmar-agent"));
 }
 
-TEST_F(ChildsDesktop, a_closed_window_goes_on_protecting_where_no_agent_waits) {
+TEST_F(ChildsDesktop, a_closed_window_goes_on_protecting_if_no_agent_waits) {
   const auto window = start(withOptions(QUILLMAR_PROGRAM));
   EXPECT_THAT(window->readUntil("checkin - status: 200"), HasSubstr("checkin - status: 200"));
   const std::string first = windowNumber();
   closeWindow();
   EXPECT_THAT(call(withOptions(QUILLMAR_AGENT, {"status"})).output,
               HasSubstr("Kept up by   the Quillmar window"));
-  // A second start shows it again, as a new window of the same process, and ends.
+  // A second start makes the first process open a new window, and ends.
   EXPECT_EQ(call(withOptions(QUILLMAR_PROGRAM)).status, 0);
   EXPECT_NE(windowNumber(), first);
 }
 
-TEST_F(ChildsDesktop, a_window_comes_up_beside_an_installation_that_can_not_be_written) {
+TEST_F(ChildsDesktop, a_window_opens_with_a_read_only_installation) {
   const fs::path disk = session.home() / "disk";
   fs::create_directories(disk);
   if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "mode=0700") != 0) {
@@ -111,7 +111,7 @@ TEST_F(ChildsDesktop, a_window_comes_up_beside_an_installation_that_can_not_be_w
   ::umount2(disk.c_str(), MNT_DETACH);
 }
 
-TEST_F(ChildsDesktop, a_crash_of_a_window_leaves_no_memory_on_the_disk_and_its_files_are_its_users_only) {
+TEST_F(ChildsDesktop, a_crashed_window_writes_no_memory_to_the_disk_and_its_files_are_its_users_only) {
   const auto window =
       start(Words{"sh", "-c", "ulimit -c $(ulimit -H -c); umask 000; echo $$; exec \"$@\"", "-"} +
             withOptions(QUILLMAR_PROGRAM));
@@ -128,7 +128,7 @@ TEST_F(ChildsDesktop, a_crash_of_a_window_leaves_no_memory_on_the_disk_and_its_f
   }
 }
 
-TEST_F(ChildsDesktop, a_window_refuses_a_folder_of_another_user_in_a_sentence) {
+TEST_F(ChildsDesktop, a_window_refuses_a_folder_of_another_user_with_a_sentence) {
   constexpr uid_t somebody = 65534;
   if (::chown(data.c_str(), somebody, somebody) != 0) {
     GTEST_SKIP() << "only root can give a folder away";
@@ -149,7 +149,7 @@ TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {
   EXPECT_THAT(agent->readUntil("The service is reached."), HasSubstr("Looking after this device."));
 }
 
-// As a session ends it, a terminal that is closed, and Ctrl-C.
+// SIGTERM at the end of a session, SIGHUP of a closed terminal, SIGINT of Ctrl-C.
 TEST_F(ChildsDesktop, a_window_that_is_told_to_end_leaves_nothing_in_the_session) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     const auto window = start(withOptions(QUILLMAR_PROGRAM));
@@ -160,7 +160,7 @@ TEST_F(ChildsDesktop, a_window_that_is_told_to_end_leaves_nothing_in_the_session
   }
 }
 
-// The installation that desktops mean, on a bus of its own: its closed window comes back, as a new one.
+// The default installation, on its own bus. Its closed window comes back as a new one.
 TEST_F(Desktop, shows_the_window_that_is_called_by_its_name_on_the_bus) {
   const auto service = std::move(*sandbox::Service::start({}));
   test::enrollDevice(*service, session.home() / "quillmar");

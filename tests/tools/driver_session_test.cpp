@@ -1,4 +1,4 @@
-// The session in docs/driver.md is what the driver says.
+// Checks that the session in docs/driver.md is what the driver prints.
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 struct Session {
   std::vector<std::string> requests;
-  // Both kinds of lines, in their order.
+  // The lines of both kinds, in order.
   std::vector<std::string> transcript;
 };
 
@@ -47,7 +47,7 @@ TEST(DriverManual, shows_a_session_as_it_runs) {
   EXPECT_EQ(transcript, session.transcript);
 }
 
-// The first cell of each row of the tables, where it is one lower-case word: an operation.
+// The operations in the tables: the first cell of a row, if it is one lower-case word.
 std::vector<std::string> documentedOperations() {
   std::ifstream manual(QUILLMAR_DRIVER_MANUAL);
   std::vector<std::string> operations;
@@ -61,7 +61,7 @@ std::vector<std::string> documentedOperations() {
   return operations;
 }
 
-TEST(DriverManual, tells_only_operations_that_there_are) {
+TEST(DriverManual, lists_only_existing_operations) {
   std::string last;
   Driver driver({.clock = Clock::virtualTime}, [&](const std::string& line) { last = line; });
   const auto operations = documentedOperations();

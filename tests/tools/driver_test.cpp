@@ -13,7 +13,7 @@
 namespace quillmar::driver {
 namespace {
 
-// A driven application in virtual time, without a service unless a test names one.
+// A driven application in virtual time. It has no service unless a test names one.
 struct Driven : testing::Test {
   explicit Driven(Options options = {.clock = Clock::virtualTime}) : options_(std::move(options)) {}
 
@@ -25,7 +25,7 @@ struct Driven : testing::Test {
     return *driver_;
   }
 
-  // The answer to one request: the line that carries its id.
+  // The answer to one request: the line with its id.
   Value ask(const std::string& fields) {
     driver().handle(R"({"id":7,)" + fields + "}");
     const auto answer = parseJson(lines_.back());
@@ -81,7 +81,7 @@ struct DrivenOverService : Driven {
   sandbox::Outcome<std::unique_ptr<sandbox::Service>> service_ = sandbox::Service::start({});
 };
 
-TEST_F(Driven, refuses_what_is_no_request_and_says_why) {
+TEST_F(Driven, refuses_an_invalid_request_and_says_why) {
   driver().handle("not json");
   EXPECT_EQ(lines_.back(), R"({"id":null,"error":"a request is one JSON object"})");
   driver().handle("[1]");
@@ -89,7 +89,7 @@ TEST_F(Driven, refuses_what_is_no_request_and_says_why) {
   EXPECT_EQ(error(R"("op":"fly")"), "no such op: fly");
 }
 
-TEST_F(Driven, an_id_of_any_kind_is_echoed) {
+TEST_F(Driven, echoes_an_id_of_any_type) {
   driver().handle(R"({"op":"haptics","id":{"a":[1]}})");
   EXPECT_EQ(lines_.back(), R"({"id":{"a":[1]},"played":[]})");
 }
@@ -114,7 +114,7 @@ TEST_F(Driven, lists_the_long_lived_objects) {
   EXPECT_EQ(names, "RoleManager AuthState ChildAppState AppearanceManager VPNDNSManager BackgroundService ");
 }
 
-TEST_F(Driven, acts_on_rows_and_screens_and_refuses_controls_out_of_use) {
+TEST_F(Driven, acts_on_rows_and_screens_and_refuses_disabled_controls) {
   EXPECT_EQ(error(R"("op":"act","screen":"RoleSelectionView","row":"cards/parent","action":"action")"), "");
   EXPECT_EQ(screenNames(), "RoleSelectionView CountrySelectionView");
   EXPECT_EQ(error(R"("op":"act","screen":"CountrySelectionView","action":"goBack")"), "");
@@ -131,7 +131,7 @@ TEST_F(Driven, acts_on_rows_and_screens_and_refuses_controls_out_of_use) {
             "the arguments do not fit the action");
 }
 
-TEST_F(Driven, sets_what_a_person_can_set_and_nothing_else) {
+TEST_F(Driven, sets_inputs_and_nothing_else) {
   ask(R"("op":"act","screen":"RoleSelectionView","row":"cards/parent","action":"action")");
   EXPECT_EQ(
       error(R"("op":"set","screen":"CountrySelectionView","field":"selectedRegion","value":"singapore")"),
@@ -145,7 +145,7 @@ TEST_F(Driven, sets_what_a_person_can_set_and_nothing_else) {
   EXPECT_EQ(field("state", "isDetectingLocation"), Value(true));
 }
 
-TEST_F(Driven, moves_virtual_time) {
+TEST_F(Driven, advances_virtual_time) {
   ask(R"("op":"act","screen":"RoleSelectionView","row":"cards/parent","action":"action")");
   EXPECT_EQ(error(R"("op":"advance","seconds":0.5)"), "");
   EXPECT_EQ(field("state", "isDetectingLocation"), Value(false));
@@ -153,7 +153,7 @@ TEST_F(Driven, moves_virtual_time) {
   EXPECT_EQ(error(R"("op":"advance")"), "seconds must be a number that is not negative");
 }
 
-TEST_F(Driven, shows_and_changes_settings_with_their_types) {
+TEST_F(Driven, reads_and_writes_settings_with_their_types) {
   const Value answer = ask(R"("op":"settings","set":{"authToken":"t","child_isEnrolled":true,)"
                            R"("authTokenTimestamp":{"type":"date","value":"2016-10-08T22:31:00Z"}})");
   EXPECT_EQ(writeJson(*answer.find("settings")),
@@ -165,7 +165,7 @@ TEST_F(Driven, shows_and_changes_settings_with_their_types) {
   EXPECT_EQ(error(R"("op":"settings","set":{"x":[1]})"), "not a value of the settings: x");
 }
 
-TEST_F(Driven, steers_the_tunnel_and_shows_what_was_asked_of_it) {
+TEST_F(Driven, steers_the_tunnel_and_shows_its_calls) {
   EXPECT_EQ(error(R"("op":"tunnel","status":"connected")"), "no configuration is saved");
   EXPECT_EQ(error(R"("op":"tunnel","status":"sideways")"), "no such status");
   const Value answer = ask(R"("op":"tunnel","fail":{"save":"permission denied"})");
@@ -182,13 +182,13 @@ TEST_F(Driven, steers_the_biometric_check) {
   EXPECT_EQ(error(R"("op":"biometrics","type":"nose")"), "a type is none, touchID, faceID or a number");
 }
 
-TEST_F(Driven, passes_phases_and_activation_on) {
+TEST_F(Driven, forwards_phases_and_activation) {
   EXPECT_EQ(error(R"("op":"phase","value":"active")"), "");
   EXPECT_EQ(error(R"("op":"phase","value":"asleep")"), "a phase is active, inactive or background");
   EXPECT_EQ(error(R"("op":"activate")"), "");
 }
 
-TEST_F(Driven, log_lines_come_unasked) {
+TEST_F(Driven, log_lines_are_sent_as_events) {
   driver();
   EXPECT_EQ(
       events("log"),
@@ -198,7 +198,7 @@ TEST_F(Driven, log_lines_come_unasked) {
   EXPECT_TRUE(events("changed").empty()) << "changes are told only where they were asked for";
 }
 
-TEST_F(DrivenWithEvents, changes_come_unasked_too) {
+TEST_F(DrivenWithEvents, changes_are_sent_as_events_too) {
   ask(R"("op":"act","screen":"RoleSelectionView","row":"cards/child","action":"action")");
   EXPECT_EQ(events("changed"),
             std::vector<std::string>{R"({"event":"changed","object":"RoleManager","field":"currentRole"})"});
