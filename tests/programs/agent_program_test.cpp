@@ -482,7 +482,7 @@ TEST_F(OnReadOnlyDisk, the_agent_does_not_wait_for_an_impossible_enrollment) {
   EXPECT_EQ(run.errors, "quillmar-agent: " + problem() + '\n');
 }
 
-TEST_F(AgentProgram, can_be_reached_after_its_runtime_directory_was_removed) {
+TEST_F(AgentProgram, status_reports_an_agent_whose_runtime_directory_was_removed) {
   enroll();
   auto run = start({"run"});
   static_cast<void>(run->readUntil("DNS Protection Active"));

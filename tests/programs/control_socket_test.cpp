@@ -115,7 +115,7 @@ TEST_F(ControlSocket, refuses_processes_of_other_users) {
     GTEST_SKIP() << "only root can be somebody else";
   }
   serve();
-  // Opens the file permissions, so that only the server can refuse.
+  // With all file permissions open, only the server itself can refuse.
   const auto path = place();
   fs::permissions(runtime.path(), fs::perms::all);
   fs::permissions(path.parent_path(), fs::perms::all);

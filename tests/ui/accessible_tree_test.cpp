@@ -11,7 +11,7 @@
 #include "identity/login_view.h"
 #include "tests/ui/support/scene_walk.h"
 
-// The window as a screen reader walks it, from the top down.
+// The window's accessibility tree, walked from the root as a screen reader does.
 namespace quillmar::ui {
 namespace {
 
@@ -55,7 +55,7 @@ class AccessibleTree : public testing::TestWithParam<Shot> {
   void TearDown() override { QAccessible::setActive(false); }
 };
 
-TEST_P(AccessibleTree, names_what_lies_in_front_and_nothing_under_it) {
+TEST_P(AccessibleTree, names_what_is_topmost_and_nothing_under_it) {
   UiStage stage({.stored = GetParam().stored});
   play(stage, GetParam());
   const QQuickItem& front = frontOf(stage);
@@ -72,7 +72,7 @@ TEST_P(AccessibleTree, names_what_lies_in_front_and_nothing_under_it) {
   EXPECT_GT(heard, 0);
 }
 
-TEST_P(AccessibleTree, tells_no_hidden_password) {
+TEST_P(AccessibleTree, exposes_no_hidden_password) {
   UiStage stage({.stored = GetParam().stored});
   play(stage, GetParam());
   QSet<QString> secrets;
@@ -108,7 +108,7 @@ const Shot& sceneCalled(const std::string& name) {
   return *std::ranges::find(all, name, &Shot::name);
 }
 
-TEST(AccessibleWindow, hears_bullets_until_a_password_is_shown) {
+TEST(AccessibleWindow, reads_bullets_until_a_password_is_shown) {
   UiStage stage({.stored = sceneCalled("login").stored});
   stage.application.screen<LoginView>().password = std::string("hunter2");
   stage.settle();
@@ -124,7 +124,7 @@ TEST(AccessibleWindow, hears_bullets_until_a_password_is_shown) {
   EXPECT_EQ(box->textInterface()->text(0, 7), "hunter2");
 }
 
-TEST(AccessibleWindow, hears_a_child_its_devices_and_who_is_online) {
+TEST(AccessibleWindow, reads_a_child_its_devices_and_their_online_state) {
   const Shot& shot = sceneCalled("dashboard");
   UiStage stage({.stored = shot.stored});
   play(stage, shot);
@@ -135,7 +135,7 @@ TEST(AccessibleWindow, hears_a_child_its_devices_and_who_is_online) {
   }
 }
 
-TEST(AccessibleWindow, hears_a_sheet_by_its_title) {
+TEST(AccessibleWindow, reads_the_title_of_a_sheet) {
   for (const auto& [scene, title] :
        {std::pair("add-child", "Add Child"), std::pair("parent-settings", "Settings")}) {
     const Shot& shot = sceneCalled(scene);

@@ -69,7 +69,7 @@ TEST(QtWindowStyle, follows_the_desktop_until_a_look_is_forced) {
   EXPECT_TRUE(style.isDark());
 }
 
-TEST(QtWindowStyle, tells_of_a_change_and_of_nothing_else) {
+TEST(QtWindowStyle, reports_changes_only) {
   DesktopSettings desktop;
   QtWindowStyle style(desktop);
   QSignalSpy changed(&style, &QtWindowStyle::changed);
@@ -81,7 +81,7 @@ TEST(QtWindowStyle, tells_of_a_change_and_of_nothing_else) {
   EXPECT_EQ(changed.count(), 2);
 }
 
-TEST(QtScenePhase, a_window_that_can_be_seen_is_active_and_a_hidden_one_in_the_background) {
+TEST(QtScenePhase, a_visible_window_is_active_and_a_hidden_one_in_the_background) {
   QWindow window;
   std::vector<WindowPhase> told;
   const QtScenePhase phases(window, [&](WindowPhase phase) { told.push_back(phase); });

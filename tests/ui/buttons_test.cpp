@@ -13,7 +13,7 @@
 namespace quillmar::ui {
 namespace {
 
-// What stands in a button that is out of use.
+// A disabled button and what it must show.
 struct Idle {
   std::string scene;
   QString button;
@@ -35,7 +35,7 @@ class ButtonOutOfUse : public testing::TestWithParam<Idle> {
   }
 };
 
-TEST_P(ButtonOutOfUse, is_grey_and_says_what_goes_on) {
+TEST_P(ButtonOutOfUse, is_grey_and_states_its_progress) {
   const auto& idle = GetParam();
   const Shot shot = scene();
   for (const bool dark : {false, true}) {

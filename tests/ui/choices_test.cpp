@@ -9,13 +9,13 @@
 
 #include "tests/ui/support/scene_walk.h"
 
-// Of several choices one holds; who uses the keyboard goes among them with the arrows.
+// A single choice among several options; the arrow keys move between them.
 namespace quillmar::ui {
 namespace {
 
 struct Choices {
   std::string scene;
-  std::vector<QString> names;  // in the order in which they stand
+  std::vector<QString> names;  // in the order on screen
 };
 void PrintTo(const Choices& choices, std::ostream* out) { *out << choices.scene; }
 
@@ -35,7 +35,7 @@ class ChoicesTest : public testing::TestWithParam<Choices> {
   Shot shot;
 };
 
-TEST_P(ChoicesTest, follow_the_arrows_and_go_round) {
+TEST_P(ChoicesTest, follow_the_arrow_keys_and_wrap_around) {
   const auto& names = GetParam().names;
   UiStage stage({.stored = shot.stored});
   play(stage, shot);

@@ -17,8 +17,8 @@
 #include "presentation/colors.h"
 #include "tests/ui/support/scene_walk.h"
 
-// Letters and edges stand out from their grounds for weak eyes: as the theme's colours have it, on the
-// grounds on which the screens use them.
+// Text and edges have enough contrast for weak eyes: for the theme's colours, and on the backgrounds where
+// screens use them.
 namespace quillmar::ui {
 namespace {
 
@@ -36,7 +36,7 @@ double contrast(const QColor& one, const QColor& other) {
   return (lighter + 0.05) / (darker + 0.05);
 }
 
-// As it looks on its ground, where it lets that through.
+// The colour that results when it is blended over its background.
 QColor over(const QColor& color, double opacity, const QColor& ground) {
   const auto mixed = [&](float top, float bottom) {
     const auto share = static_cast<float>(color.alphaF() * opacity);
@@ -46,7 +46,7 @@ QColor over(const QColor& color, double opacity, const QColor& ground) {
                           mixed(color.blueF(), ground.blueF()));
 }
 
-// What of an item lies in the window and in whatever cuts it off.
+// The part of an item that lies in the window and in the clipping items around it.
 QRect shownRect(const QQuickItem& item, const QSize& window) {
   QRectF rect = item.mapRectToScene({0, 0, item.width(), item.height()}).intersected(QRectF({}, window));
   for (const auto* above = item.parentItem(); above; above = above->parentItem()) {
@@ -57,7 +57,7 @@ QRect shownRect(const QQuickItem& item, const QSize& window) {
   return rect.toAlignedRect().intersected({{}, window});
 }
 
-// Of a text's place, most is its ground.
+// The background is the most frequent colour around a text.
 QColor groundOf(const QRect& place, const QImage& picture) {
   QHash<QRgb, int> counts;
   for (int y = place.top(); y <= place.bottom(); ++y) {
@@ -69,9 +69,9 @@ QColor groundOf(const QRect& place, const QImage& picture) {
   return QColor::fromRgb(most.key());
 }
 
-// Left out, because their colours are given: letters on the colours of the children, on the button whose
-// ground runs from brandBlue to brandBlueDark, and on what a drawn row uncovers. And cards for the moment in
-// which they are fetched again, when they are out of use and dimmed.
+// Exceptions, whose colours are fixed: text on the children's colours, on the button with the
+// gradient from brandBlue to brandBlueDark, and on what a swiped row uncovers. Also cards that are dimmed
+// while they are loaded again.
 bool isGiven(const QQuickItem& text, const QColor& ground) {
   static const QColor brandRed("#FF3B30");
   for (const auto* above = text.parentItem(); above; above = above->parentItem()) {
@@ -85,7 +85,7 @@ bool isGiven(const QQuickItem& text, const QColor& ground) {
   return ground == brandRed && drawnAside(text) == 0;
 }
 
-// What has an edge by which it is found: a box to write in, a switch, a mark.
+// Controls that are recognised by their edge: a text box, a switch, a checkbox, a selection card.
 bool hasEdge(const QQuickItem& item) {
   return item.inherits("QQuickTextField") || item.inherits("QQuickSwitch") ||
          item.inherits("QQuickCheckBox") ||
@@ -98,13 +98,13 @@ QColor edgeOf(const QQuickItem& item) {
     return Qt::transparent;
   }
   const auto color = border->property("color").value<QColor>();
-  // A rectangle that has no edge says that it is one point wide and black.
+  // A rectangle without an edge reports a black one of one point.
   return color == QColor(Qt::black) ? QColor(Qt::transparent) : color;
 }
 
 class ContrastTest : public testing::TestWithParam<std::tuple<Shot, bool>> {};
 
-TEST_P(ContrastTest, of_letters_can_be_read) {
+TEST_P(ContrastTest, of_text_is_enough_to_read) {
   const auto& [shot, dark] = GetParam();
   UiStage stage({.stored = shot.stored, .desktop = {.dark = dark}});
   play(stage, shot);
@@ -128,7 +128,7 @@ TEST_P(ContrastTest, of_letters_can_be_read) {
   EXPECT_GT(texts, 0);
 }
 
-TEST_P(ContrastTest, of_edges_can_be_seen) {
+TEST_P(ContrastTest, of_edges_is_enough_to_see) {
   const auto& [shot, dark] = GetParam();
   UiStage stage({.stored = shot.stored, .desktop = {.dark = dark}});
   play(stage, shot);
@@ -157,7 +157,7 @@ TEST_P(ContrastTest, of_edges_can_be_seen) {
   });
 }
 
-// Between a box and the page, or the card, that it stands on.
+// The edge between a text box and the page or the card under it.
 TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_grounds) {
   for (const bool dark : {false, true}) {
     UiStage stage({.desktop = {.dark = dark}});
@@ -174,7 +174,7 @@ TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_grounds) {
   }
 }
 
-// By day the chosen tab is the one with an edge.
+// In the light look an edge marks the chosen tab.
 TEST(Contrast, of_a_chosen_tab_is_enough_by_night_for_its_shape_and_its_word) {
   const auto byNight = [](SchemeColor name) {
     const Color& color = colors(name).dark;

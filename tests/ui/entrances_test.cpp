@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Wherever it is, in view or not.
+// Also finds items outside the visible area.
 QQuickItem* findHidden(QQuickItem& root, const QString& text) {
   for (auto* const child : root.childItems()) {
     if (auto* const found = findHidden(*child, text)) {
@@ -52,7 +52,7 @@ struct RegionEntrances : Entrances {
   }
 };
 
-// A spring that, undamped, would swing once in 0.3 s, damped to 0.7: 4.6 % too far, first at its end after
+// A spring with a period of 0.3 s and a damping of 0.7 overshoots by 4.6 % and first reaches its end after
 // 157 ms.
 TEST_F(RegionEntrances, the_mark_of_a_chosen_region_springs) {
   const double from = markScale("Singapore");
@@ -70,7 +70,7 @@ TEST_F(RegionEntrances, the_mark_of_a_chosen_region_springs) {
   EXPECT_EQ(markScale("Australia"), from);
 }
 
-TEST_F(RegionEntrances, the_role_cards_stay_away_when_a_region_is_confirmed) {
+TEST_F(RegionEntrances, the_role_cards_stay_hidden_when_a_region_is_confirmed) {
   ASSERT_EQ(opacity("I'm a Child"), 0);
   auto& child = item("I'm a Child");
   screen().confirmRegion();
@@ -90,7 +90,7 @@ TEST_F(RegionEntrances, the_role_cards_fade_in_when_a_parent_goes_back) {
   EXPECT_EQ(opacity("I'm a Child"), 1);
 }
 
-// A part of a page that comes in: how far it has faded in, and how far it is from its place.
+// A part of a page that enters: its opacity, and its distance from its final place.
 struct Arrival {
   double opacity = 0;
   double distance = 0;
@@ -103,7 +103,7 @@ struct ParentEntrances : Entrances {
     stage.step(0ms);
   }
 
-  // Of the part that this text stands in.
+  // Of the part that contains this text.
   Arrival arrival(const QString& text) {
     const QQuickItem* part = &item(text);
     while (part && !QString(part->metaObject()->className()).startsWith("EntryColumn")) {
@@ -125,7 +125,7 @@ struct ParentEntrances : Entrances {
   }
 };
 
-TEST_F(ParentEntrances, the_form_of_a_sign_in_comes_two_tenths_of_a_second_after_its_header) {
+TEST_F(ParentEntrances, the_form_of_a_sign_in_enters_two_tenths_of_a_second_after_its_header) {
   stage.step(190ms);
   EXPECT_GT(logoOpacity(), 0);
   EXPECT_EQ(arrival("Remember me").opacity, 0);
@@ -141,7 +141,7 @@ TEST_F(ParentEntrances, the_form_of_a_sign_in_comes_two_tenths_of_a_second_after
   EXPECT_EQ(arrival("Remember me").distance, 0);
 }
 
-TEST_F(ParentEntrances, the_form_of_a_registration_comes_after_its_header_and_both_slide) {
+TEST_F(ParentEntrances, the_form_of_a_registration_enters_after_its_header_and_both_slide) {
   stage.settle();
   stage.application.screen<LoginView>().signUp();
   stage.step(0ms);

@@ -22,7 +22,7 @@
 #include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 
-// Every scene of the pictures, with a service that puts into each of its texts what no person would.
+// Every scene of the pictures, with a service that adds hostile characters to each of its texts.
 namespace quillmar::ui {
 namespace {
 
@@ -63,7 +63,7 @@ std::vector<HostileScene> hostileScenes() {
   return all;
 }
 
-// What a scene finds its way by: whose a record is, and in which state.
+// Keys whose values steer a scene, such as ids and states; they are not altered.
 bool isWay(const QString& key) {
   static const QSet<QString> ways{"id", "status", "role", "token", "doh_endpoint", "api_base_url"};
   return ways.contains(key) || key.endsWith(QLatin1String("_id"));
@@ -98,7 +98,7 @@ std::string alteredBody(const std::string& body, const QString& tail) {
              : body;
 }
 
-// What the service has said before the application was last closed.
+// Alters what the service said before the application was last closed.
 StoredSettings altered(StoredSettings stored, const QString& tail) {
   for (const auto key :
        {settings::parentName, settings::parentEmail, settings::childDohEndpoint, settings::childDeviceID}) {
@@ -111,7 +111,7 @@ StoredSettings altered(StoredSettings stored, const QString& tail) {
 
 class HostileSceneTest : public testing::TestWithParam<HostileScene> {
  protected:
-  // An item that a person reads or presses.
+  // Checks an item that a person reads or presses.
   void expectInside(const QQuickItem& item, const std::string& name) const {
     const double left = item.mapToScene({0, 0}).x() - drawnAside(item);
     EXPECT_GE(left, -0.5) << name;
@@ -121,7 +121,7 @@ class HostileSceneTest : public testing::TestWithParam<HostileScene> {
   void expectReadable(const QQuickItem& text) const {
     const QString words = text.property("text").toString();
     const std::string name = words.left(60).toStdString();
-    // A line may be higher than the letters need.
+    // The line height may exceed the height of the letters.
     const double lineRoom = text.property("font").value<QFont>().pixelSize();
     EXPECT_EQ(text.property("textFormat").toInt(), Qt::PlainText) << name;
     EXPECT_FALSE(hasMark(words)) << name;
@@ -130,7 +130,7 @@ class HostileSceneTest : public testing::TestWithParam<HostileScene> {
     EXPECT_LE(text.property("contentHeight").toDouble(), text.height() + lineRoom) << name;
     expectInside(text, name);
   }
-  // As a screen reader hears it.
+  // Checks what a screen reader reads.
   static void expectSayable(const QQuickItem& item) {
     constexpr qsizetype longest = 3 * longestShownText;
     if (auto* const heard = QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item))) {
@@ -143,7 +143,7 @@ class HostileSceneTest : public testing::TestWithParam<HostileScene> {
   }
 };
 
-TEST_P(HostileSceneTest, stays_in_the_window_and_can_be_read) {
+TEST_P(HostileSceneTest, stays_in_the_window_and_is_readable) {
   const auto& [kind, tail, shot, size] = GetParam();
   UiStage stage({.stored = altered(shot.stored, tail),
                  .size = size,
@@ -169,7 +169,7 @@ TEST_P(HostileSceneTest, stays_in_the_window_and_can_be_read) {
 
 INSTANTIATE_TEST_SUITE_P(Scenes, HostileSceneTest, testing::ValuesIn(hostileScenes()));
 
-// Texts are drawn by one component, and written by what a model shows: the bridge leaves no other way.
+// Every text is drawn by one component and converted by the bridge, so no screen can bypass the check.
 TEST(HostileScenes, only_one_component_draws_texts) {
   static const QRegularExpression drawn(
       QStringLiteral(
@@ -194,7 +194,7 @@ TEST(HostileScenes, only_one_component_draws_texts) {
   EXPECT_TRUE(drawn.match("    contentItem: Text {").hasMatch());
 }
 
-TEST(HostileScenes, reach_what_the_service_says) {
+TEST(HostileScenes, alter_the_texts_of_the_service) {
   const QString tail = QStringLiteral("-altered");
   UiStage stage({.stored = signedInParent()});
   stage.application.machine.http.alterBodies(

@@ -29,7 +29,7 @@ class KeyedListModelTest : public testing::Test {
   }
 
   KeyedListModel model;
-  // Checks that every signal tells the truth.
+  // Checks that every signal matches the rows.
   QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Warning};
 };
 
@@ -50,7 +50,7 @@ TEST_F(KeyedListModelTest, reaches_any_order_from_any_other) {
   }
 }
 
-TEST_F(KeyedListModelTest, held_it_gives_newcomers_the_places_of_those_that_went_and_then_the_end) {
+TEST_F(KeyedListModelTest, while_held_new_rows_take_the_places_of_removed_ones_and_then_the_end) {
   struct Case {
     QStringList before, after, held;
   };
@@ -69,7 +69,7 @@ TEST_F(KeyedListModelTest, held_it_gives_newcomers_the_places_of_those_that_went
   }
 }
 
-TEST_F(KeyedListModelTest, held_it_shows_what_is_new_in_a_row_and_lets_it_go_with_that) {
+TEST_F(KeyedListModelTest, while_held_a_row_is_updated_and_keeps_its_data_when_released) {
   model.assign({{"a", 1}, {"b", 2}});
   model.setHeld(true);
   model.assign({{"b", 3}, {"a", 4}});
@@ -78,7 +78,7 @@ TEST_F(KeyedListModelTest, held_it_shows_what_is_new_in_a_row_and_lets_it_go_wit
   EXPECT_EQ(shown(), (QStringList{"3", "4"}));
 }
 
-TEST_F(KeyedListModelTest, held_it_tells_rows_of_one_key_apart) {
+TEST_F(KeyedListModelTest, while_held_rows_with_the_same_key_are_distinct) {
   model.assign(rows({"a", "a", "b"}));
   model.setHeld(true);
   model.assign(rows({"b", "a", "a", "a"}));
@@ -87,7 +87,7 @@ TEST_F(KeyedListModelTest, held_it_tells_rows_of_one_key_apart) {
   EXPECT_EQ(shown(), (QStringList{"b", "a", "a", "a"}));
 }
 
-TEST_F(KeyedListModelTest, tells_of_an_assignment_when_all_of_it_is_done) {
+TEST_F(KeyedListModelTest, announces_an_assignment_after_its_last_change) {
   QStringList seen;
   QObject::connect(&model, &KeyedListModel::assigned, [&] { seen = shown(); });
   model.assign(rows({"a", "b", "c"}));
@@ -96,7 +96,7 @@ TEST_F(KeyedListModelTest, tells_of_an_assignment_when_all_of_it_is_done) {
   EXPECT_EQ(seen, (QStringList{"c", "x"}));
 }
 
-TEST_F(KeyedListModelTest, a_row_that_stays_is_moved_and_not_made_anew) {
+TEST_F(KeyedListModelTest, a_row_that_stays_is_moved_instead_of_recreated) {
   model.assign(rows({"a", "b", "c"}));
   const QPersistentModelIndex c(model.index(2));
   QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
@@ -107,7 +107,7 @@ TEST_F(KeyedListModelTest, a_row_that_stays_is_moved_and_not_made_anew) {
   EXPECT_EQ(removed.count(), 0);
 }
 
-TEST_F(KeyedListModelTest, an_equal_list_says_nothing) {
+TEST_F(KeyedListModelTest, an_equal_list_emits_no_change) {
   model.assign(rows({"a", "b"}));
   QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
   QSignalSpy counted(&model, &KeyedListModel::countChanged);
@@ -116,14 +116,14 @@ TEST_F(KeyedListModelTest, an_equal_list_says_nothing) {
   EXPECT_EQ(counted.count(), 0);
 }
 
-TEST_F(KeyedListModelTest, rows_of_one_key_all_stand) {
+TEST_F(KeyedListModelTest, rows_with_the_same_key_are_all_kept) {
   model.assign(rows({"a", "a", "b", "a"}));
   EXPECT_EQ(shown(), (QStringList{"a", "a", "b", "a"}));
   model.assign(rows({"b", "a"}));
   EXPECT_EQ(shown(), (QStringList{"b", "a"}));
 }
 
-TEST_F(KeyedListModelTest, there_is_nothing_outside_the_list) {
+TEST_F(KeyedListModelTest, an_index_outside_the_list_yields_nothing) {
   model.assign(rows({"a"}));
   EXPECT_FALSE(model.at(-1).isValid());
   EXPECT_FALSE(model.at(1).isValid());

@@ -14,14 +14,14 @@
 #include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 
-// A person who needs letters of twice the size reads every word that we wrote.
+// At twice the text size, every word of our own texts is readable.
 namespace quillmar::ui {
 namespace {
 
 constexpr double twice = 2;
 constexpr double pixel = 1;
 
-// What somebody else wrote. It may be of any length, and is shortened where it has no room.
+// Texts written by other people. They may be of any length, and may be elided.
 class OutsideTexts {
  public:
   explicit OutsideTexts(const StoredSettings& stored) {
@@ -35,7 +35,7 @@ class OutsideTexts {
     const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(body));
     addValue(document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object()));
   }
-  // As it was written, in whatever case, or what is left of a host's name.
+  // True for such a text in any case, and for the end of a host's name.
   bool has(const QString& shown) const {
     const QString wanted = shown.toCaseFolded();
     return texts_.contains(wanted) ||
@@ -54,7 +54,7 @@ class OutsideTexts {
       addValue(entry.value());
     }
   }
-  // A row of one line shows a blank for the end of a line.
+  // A one-line row shows a space instead of a line break.
   void add(const QString& text) {
     const QString shown = shownText(text.toStdString()).toCaseFolded();
     texts_.insert(shown);
@@ -68,7 +68,7 @@ class LargeTextTest : public testing::TestWithParam<SizedScene> {
  protected:
   static double widthOf(const QQuickItem& text) { return text.property("contentWidth").toDouble(); }
   static double heightOf(const QQuickItem& text) { return text.property("contentHeight").toDouble(); }
-  // What stands between two lines is no part of the last one.
+  // The spacing under the last line is not part of it.
   static double underLastLine(const QQuickItem& text) {
     const double spread = text.property("lineHeight").toDouble() - 1;
     return std::max(0.0, spread) * 1.3 * text.property("font").value<QFont>().pixelSize();
@@ -88,7 +88,7 @@ class LargeTextTest : public testing::TestWithParam<SizedScene> {
   }
 };
 
-TEST_P(LargeTextTest, is_nowhere_cut_off) {
+TEST_P(LargeTextTest, is_cut_off_nowhere) {
   const auto& [shot, size] = GetParam();
   UiStage stage({.stored = shot.stored, .size = size, .desktop = {.dark = false, .textScale = twice}});
   OutsideTexts outside(shot.stored);

@@ -44,7 +44,7 @@ class LinkSheetGesture : public LinkSheet, public testing::WithParamInterface<Po
   void drag(int way) { stage.drag(GetParam(), middleOf(row("Old phone")), {way, 0}); }
 };
 
-TEST_P(LinkSheetGesture, a_swipe_offers_the_deletion_that_is_asked_about) {
+TEST_P(LinkSheetGesture, a_swipe_offers_to_delete_and_asks_first) {
   drag(-81);
   ASSERT_TRUE(stage.shows("Delete"));
   EXPECT_FALSE(stage.shows("Delete Device?"));
@@ -89,13 +89,13 @@ TEST_F(LinkSheet, a_row_is_a_button_for_the_keyboard) {
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(LinkSheet, a_row_is_chosen_by_the_space_bar) {
+TEST_F(LinkSheet, the_space_bar_chooses_a_row) {
   stage.tabTo("Living room TV");
   stage.press(Qt::Key_Space);
   EXPECT_FALSE(isUp());
 }
 
-TEST_F(LinkSheet, what_a_swipe_does_has_a_button_and_a_menu) {
+TEST_F(LinkSheet, the_action_of_a_swipe_is_also_a_button_and_a_menu_item) {
   stage.clickAt(middleOf(*stage.control("Delete Old phone")));
   ASSERT_TRUE(stage.shows("Delete Device?"));
   stage.click("Cancel");
@@ -107,7 +107,7 @@ TEST_F(LinkSheet, what_a_swipe_does_has_a_button_and_a_menu) {
   EXPECT_TRUE(stage.shows("Delete Device?"));
 }
 
-TEST_F(LinkSheet, the_focus_stays_when_a_device_is_deleted) {
+TEST_F(LinkSheet, the_list_keeps_the_focus_when_a_device_is_deleted) {
   stage.tabTo("Old phone");
   stage.press(Qt::Key_Delete);
   stage.click("Delete");
@@ -116,7 +116,7 @@ TEST_F(LinkSheet, the_focus_stays_when_a_device_is_deleted) {
   EXPECT_EQ(stage.focusedName(), "Living room TV");
 }
 
-// A name and a type, each of which leaves no room for the other.
+// A name and a type that are each as long as the row.
 TEST(LinkSheetTexts, both_the_name_and_the_type_keep_their_room) {
   for (const int letters : {60, 65000}) {
     UiStage stage({.stored = signedInParent()});

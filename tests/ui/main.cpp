@@ -16,7 +16,7 @@ void collect(QtMsgType type, const QMessageLogContext& /*context*/, const QStrin
   }
 }
 
-// A property that does not exist, a binding that loops, a symbol that nobody drew: QML only warns, we do not.
+// Turns QML's warnings into failures: unknown properties, binding loops, missing symbols.
 class WarningsFail final : public testing::EmptyTestEventListener {
   void OnTestStart(const testing::TestInfo& /*test*/) override { take(); }
   void OnTestEnd(const testing::TestInfo& /*test*/) override {
@@ -36,7 +36,7 @@ class WarningsFail final : public testing::EmptyTestEventListener {
 int main(int count, char** arguments) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
-  // A finger's every step arrives, not only the last before a frame.
+  // Every step of a touch is delivered, not only the last one before a frame.
   qputenv("QML_NO_TOUCH_COMPRESSION", "1");
   testing::InitGoogleTest(&count, arguments);
   const QGuiApplication application(count, arguments);

@@ -11,14 +11,14 @@
 #include "tests/ui/support/scene_walk.h"
 #include "ui/bridge/shown_text.h"
 
-// A QML file reads a member of a screen by its name, which no compiler checks: one that is misspelt, or that
-// the model no longer has, is nothing, and its place on the screen stays empty.
+// QML reads a member of a screen by its name, which no compiler checks: a misspelt or removed name is
+// undefined, and its place on the screen stays empty.
 namespace quillmar::ui {
 namespace {
 
 using Names = QSet<QString>;
 
-// What a screen of some type says, and what the rows on it say.
+// The members of a type of screen, and those of its rows.
 struct Registered {
   Names members;
   Names ofRows;
@@ -52,7 +52,7 @@ void addRow(const ObservableObject& row, Names& names) {
   }
 }
 
-// Of every screen that comes up in any of the scenes.
+// The members of every screen that appears in any scene.
 Registry registerAll() {
   Registry all;
   for (const Shot& shot : scenes()) {
@@ -71,7 +71,7 @@ Registry registerAll() {
 
 using Texts = std::map<QString, QString>;
 
-// Each QML file by its type's name, without its comments.
+// The text of each QML file, without comments, by its type's name.
 Texts readTexts() {
   static const QRegularExpression comment(QStringLiteral("//.*"));
   Texts texts;
@@ -92,7 +92,7 @@ bool uses(const QString& text, const QString& type) {
   return use.match(text).hasMatch();
 }
 
-// The file that draws a screen, and those to which it hands the screen on.
+// Adds the file that draws a screen, and the files that it passes the screen to.
 void addDrawing(const QString& type, const Texts& texts, QSet<QString>& drawing) {
   drawing.insert(type);
   for (const auto& [name, text] : texts) {
@@ -112,7 +112,7 @@ QStringList namesAfter(const char* object, const QString& text) {
 }
 
 QStringList unknownIn(const QString& text, const Registered& screen) {
-  // What the bridge has for every screen.
+  // Members that the bridge adds to every screen.
   static const Names ofTheBridge{"sheet", "typeName", "dismissSheet"};
   QStringList unknown;
   for (const QString& name : namesAfter("screen", text)) {
@@ -128,13 +128,13 @@ QStringList unknownIn(const QString& text, const Registered& screen) {
   return unknown;
 }
 
-TEST(MemberNames, that_the_screens_files_read_are_registered_by_their_models) {
+TEST(MemberNames, that_the_qml_files_read_are_registered_by_their_models) {
   const Texts texts = readTexts();
   const Registry registry = registerAll();
   int read = 0;
   for (const auto& [screen, registered] : registry) {
     if (!texts.contains(screen)) {
-      continue;  // It has no drawing of its own: it is shown within another's.
+      continue;  // It is drawn by another screen's file.
     }
     QSet<QString> drawing;
     addDrawing(screen, texts, drawing);
@@ -147,10 +147,10 @@ TEST(MemberNames, that_the_screens_files_read_are_registered_by_their_models) {
   EXPECT_GT(read, 500);
 }
 
-// A file whose screen comes up in no scene would not have been looked at.
+// A file whose screen appears in no scene would not be checked.
 TEST(MemberNames, are_looked_at_in_every_file_that_is_given_a_screen) {
   const Texts texts = readTexts();
-  QSet<QString> seen{"ScreenView", "ScreenHost", "Sheet"};  // Those draw any screen.
+  QSet<QString> seen{"ScreenView", "ScreenHost", "Sheet"};  // They draw any screen.
   for (const auto& [screen, registered] : registerAll()) {
     if (texts.contains(screen)) {
       addDrawing(screen, texts, seen);

@@ -65,17 +65,17 @@ TEST_F(ModelBridgeTest, follows_a_change_in_the_next_turn) {
   EXPECT_EQ(shown("count"), 7);
 }
 
-TEST_F(ModelBridgeTest, looks_once_at_what_changed_in_one_turn) {
+TEST_F(ModelBridgeTest, reads_what_changed_in_one_turn_once) {
   const int before = model->evaluations;
   for (int i = 0; i < 100; ++i) {
     model->count = i;
   }
   turn();
-  // Once for itself, and once for the action that depends on it.
+  // Once for the value, and once for the action that depends on it.
   EXPECT_EQ(model->evaluations, before + 2);
 }
 
-TEST_F(ModelBridgeTest, says_nothing_of_a_value_that_is_the_same) {
+TEST_F(ModelBridgeTest, an_equal_value_emits_nothing) {
   model->count = 3;
   turn();
   const QMetaObject& meta = *bridge.metaObject();
@@ -91,7 +91,7 @@ TEST_F(ModelBridgeTest, says_nothing_of_a_value_that_is_the_same) {
   EXPECT_EQ(spy.count(), 1);
 }
 
-TEST_F(ModelBridgeTest, an_absent_value_comes_and_goes) {
+TEST_F(ModelBridgeTest, an_optional_value_appears_and_disappears) {
   model->note = "hello";
   turn();
   EXPECT_EQ(shown("note"), "hello");
@@ -107,13 +107,13 @@ TEST_F(ModelBridgeTest, input_reaches_the_model_at_once) {
   EXPECT_EQ(model->share(), 0.5);
 }
 
-TEST_F(ModelBridgeTest, input_of_another_type_changes_nothing) {
+TEST_F(ModelBridgeTest, input_of_another_type_is_ignored) {
   assign("email", 12);
   EXPECT_EQ(model->email(), "");
   EXPECT_EQ(shown("email"), "");
 }
 
-TEST_F(ModelBridgeTest, what_is_no_input_cannot_be_set) {
+TEST_F(ModelBridgeTest, only_inputs_can_be_set) {
   assign("count", 12);
   assign("title", "Other");
   turn();
@@ -122,7 +122,7 @@ TEST_F(ModelBridgeTest, what_is_no_input_cannot_be_set) {
   EXPECT_EQ(shown("title"), "Sign In");
 }
 
-TEST_F(ModelBridgeTest, an_action_tells_whether_it_is_in_use_and_does_nothing_when_not) {
+TEST_F(ModelBridgeTest, an_action_tells_whether_it_is_enabled_and_does_nothing_if_not) {
   QSignalSpy changes(action("signIn"), &ActionBridge::enabledChanged);
   EXPECT_FALSE(action("signIn")->enabled());
   EXPECT_FALSE(action("signIn")->trigger());
@@ -142,7 +142,7 @@ TEST_F(ModelBridgeTest, an_action_takes_its_arguments_and_refuses_others) {
   EXPECT_EQ(model->entries(), (std::vector<Entry>{{"a", 2}}));
 }
 
-TEST_F(ModelBridgeTest, a_list_is_one_model_whose_rows_stay_by_their_id) {
+TEST_F(ModelBridgeTest, a_list_is_one_model_whose_rows_are_kept_by_their_id) {
   KeyedListModel* const entries = list("entries");
   model->entries = {{"a", 1}, {"b", 2}};
   turn();
@@ -169,7 +169,7 @@ TEST_F(ModelBridgeTest, a_part_is_a_bridge_or_null) {
   EXPECT_EQ(nested("part"), nullptr);
 }
 
-TEST_F(ModelBridgeTest, rows_are_a_list_before_the_first_and_whatever_their_keys_are) {
+TEST_F(ModelBridgeTest, rows_are_an_empty_list_at_first_and_their_keys_may_be_anything) {
   ASSERT_NE(list("rows"), nullptr);
   EXPECT_EQ(list("rows")->count(), 0);
   model->rows.assign({{"Child", std::make_shared<Child>()}});
@@ -178,7 +178,7 @@ TEST_F(ModelBridgeTest, rows_are_a_list_before_the_first_and_whatever_their_keys
   EXPECT_EQ(list("rows")->count(), 1);
 }
 
-TEST_F(ModelBridgeTest, rows_keep_their_bridge_for_as_long_as_their_object_is_there) {
+TEST_F(ModelBridgeTest, rows_keep_their_bridge_while_their_object_exists) {
   const auto a = std::make_shared<Child>();
   const auto b = std::make_shared<Child>();
   model->rows.assign({{"a", a}, {"b", b}});
@@ -193,7 +193,7 @@ TEST_F(ModelBridgeTest, rows_keep_their_bridge_for_as_long_as_their_object_is_th
   EXPECT_EQ(list("rows")->count(), 0);
 }
 
-TEST_F(ModelBridgeTest, the_sheet_is_what_is_presented_over_the_screen_and_not_in_its_place) {
+TEST_F(ModelBridgeTest, the_sheet_is_what_is_presented_over_the_screen_but_not_what_replaces_it) {
   model->inPlace.present(true);
   turn();
   EXPECT_NE(nested("inPlace"), nullptr);
@@ -218,7 +218,7 @@ TEST_F(ModelBridgeTest, a_sheet_cannot_be_overwritten_from_outside) {
   EXPECT_NE(nested("showChild"), nullptr);
 }
 
-TEST_F(ModelBridgeTest, a_dismissed_model_ends_at_once_and_its_bridge_keeps_the_last_picture) {
+TEST_F(ModelBridgeTest, a_dismissed_model_is_released_at_once_and_its_bridge_keeps_the_last_values) {
   model->showChild = true;
   turn();
   const std::weak_ptr<ObservableObject> child = nested("sheet")->model();
@@ -234,7 +234,7 @@ TEST_F(ModelBridgeTest, a_dismissed_model_ends_at_once_and_its_bridge_keeps_the_
   EXPECT_EQ(sheet->value("name"), "first");
 }
 
-TEST_F(ModelBridgeTest, presenting_again_makes_a_new_bridge) {
+TEST_F(ModelBridgeTest, presenting_again_creates_a_new_bridge) {
   model->showChild = true;
   turn();
   const auto* const first = nested("sheet");

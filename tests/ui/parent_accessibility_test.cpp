@@ -24,7 +24,7 @@ void forEachControl(UiStage& stage, Check check) {
   });
 }
 
-// Every state of every screen of a parent is for everyone.
+// Checks every state of every screen of a parent.
 class ParentAccessibility : public testing::TestWithParam<Shot> {
  protected:
   static UiStage::Options options(double textScale) {
@@ -46,7 +46,7 @@ class ParentAccessibility : public testing::TestWithParam<Shot> {
   }
 };
 
-TEST_P(ParentAccessibility, every_control_has_a_name_a_role_and_room_to_be_hit) {
+TEST_P(ParentAccessibility, every_control_has_a_name_a_role_and_a_large_enough_target) {
   for (const double textScale : {1.0, 2.0}) {
     UiStage stage(options(textScale));
     play(stage, GetParam());
@@ -61,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(Scenes, ParentAccessibility, testing::ValuesIn(parentSc
                            return name;
                          });
 
-// The page, or the sheet in front of it, in which the focus is.
+// The page, or the topmost sheet, that contains the focus.
 const QQuickItem* front(const UiStage& stage) {
   const QQuickItem* item = stage.window().activeFocusItem();
   while (item->parentItem() != nullptr && !item->parentItem()->inherits("QQuickOverlay")) {
@@ -70,7 +70,7 @@ const QQuickItem* front(const UiStage& stage) {
   return item;
 }
 
-// A control that stands on a screen more than once.
+// A control that occurs more than once on a screen.
 struct Repeated {
   std::string scene;
   QString name;
@@ -79,7 +79,7 @@ void PrintTo(const Repeated& repeated, std::ostream* out) { *out << repeated.sce
 
 class RepeatedControl : public testing::TestWithParam<Repeated> {};
 
-TEST_P(RepeatedControl, says_where_it_stands) {
+TEST_P(RepeatedControl, states_which_one_it_is) {
   const auto scenes = parentScenes();
   const auto scene = std::ranges::find(scenes, GetParam().scene, &Shot::name);
   ASSERT_NE(scene, scenes.end());

@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using Pointer = UiStage::Pointer;
 
-// What every change of the policy is answered with: the sites stay as they are.
+// The answer to every change of the policy; the sites stay the same.
 constexpr auto policy =
     R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":["games.example","video.example"],"allowed_domains":["school.example","Library.example.org"],"created_at":"c","updated_at":"u"})";
 
@@ -22,7 +22,7 @@ constexpr auto allowCall = "POST /children/c1/policy/allow";
 constexpr auto blockCall = "POST /children/c1/policy/block";
 constexpr auto removeCall = "DELETE /children/c1/policy/allow/Library.example.org";
 
-// A window so high that nothing has to scroll.
+// A window that is high enough to need no scrolling.
 struct ParentChildPage : testing::Test {
   explicit ParentChildPage(QSize size = {390, 2600}) : stage({.stored = signedInParent(), .size = size}) {
     openChild(stage);
@@ -38,7 +38,7 @@ struct ParentChildPage : testing::Test {
 
   ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
   ScriptedHttpSession& http() { return stage.application.machine.http; }
-  // Requests that change something.
+  // The requests that change something.
   std::vector<std::string> changes() {
     std::vector<std::string> calls = http().calls();
     std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
@@ -64,7 +64,7 @@ struct ParentChildPage : testing::Test {
     }
     throw std::logic_error("no such row");
   }
-  // How far the row's face has followed.
+  // The distance by which the row's face has moved.
   static double shift(const QQuickItem& item) {
     for (const auto* const child : item.childItems()) {
       if (child->inherits("QQuickMouseArea")) {
@@ -77,7 +77,7 @@ struct ParentChildPage : testing::Test {
 
 class GestureTest : public ParentChildPage, public testing::WithParamInterface<Pointer> {
  protected:
-  // So far from the middle that two touches are not a double one.
+  // Far enough from the centre that two touches are not a double tap.
   static constexpr QPoint beside{60, 0};
   void drag(const QString& name, QPoint way, UiStage::Ending ending = UiStage::Ending::letGo,
             QPoint start = {}) {
@@ -94,7 +94,7 @@ TEST_P(GestureTest, a_site_is_not_allowed_at_80_points_and_is_at_81) {
   EXPECT_EQ(shift(row("games.example")), 0) << "the row stuck";
 }
 
-TEST_P(GestureTest, a_row_follows_the_drag_and_shows_what_it_would_do) {
+TEST_P(GestureTest, a_row_follows_the_drag_and_shows_its_action) {
   EXPECT_FALSE(stage.shows("Allow"));
   drag("games.example", {60, 0}, UiStage::Ending::holdOn);
   EXPECT_EQ(shift(row("games.example")), 60);
@@ -120,7 +120,7 @@ TEST_P(GestureTest, a_drag_the_wrong_way_does_nothing) {
   EXPECT_EQ(changes(), std::vector<std::string>());
 }
 
-TEST_P(GestureTest, a_site_that_is_allowed_already_neither_moves_nor_fires) {
+TEST_P(GestureTest, a_site_that_is_already_allowed_neither_moves_nor_acts) {
   drag("school.example", {120, 0}, UiStage::Ending::holdOn);
   EXPECT_EQ(shift(row("school.example")), 0);
   stage.letGo(GetParam(), middleOf(row("school.example")) + QPoint(120, 0));
@@ -135,7 +135,7 @@ TEST_P(GestureTest, a_visited_site_is_blocked_by_more_than_80_points_to_the_righ
   EXPECT_EQ(changes(), std::vector<std::string>{blockCall});
 }
 
-TEST_P(GestureTest, a_site_allowed_for_good_is_removed_by_more_than_80_points_to_the_left) {
+TEST_P(GestureTest, an_always_allowed_site_is_removed_by_more_than_80_points_to_the_left) {
   choose(ChildDetailTab::sitesAllowed);
   drag("Library.example.org", {-80, 0});
   drag("Library.example.org", {120, 0});
@@ -145,7 +145,7 @@ TEST_P(GestureTest, a_site_allowed_for_good_is_removed_by_more_than_80_points_to
   EXPECT_EQ(changes(), std::vector<std::string>{removeCall});
 }
 
-TEST_P(GestureTest, an_open_device_shows_a_button_that_asks_before_it_unlinks) {
+TEST_P(GestureTest, an_open_device_shows_a_button_that_asks_before_unlinking) {
   drag("Mia's phone", {-150, 0});
   ASSERT_EQ(shift(row("Mia's phone")), -80);
   stage.drag(GetParam(), middleOf(*stage.find("Unlink")), {0, 0});
@@ -176,7 +176,7 @@ TEST_P(GestureTest, an_open_device_is_closed_by_a_drag_to_the_right) {
   EXPECT_EQ(shift(row("Mia's phone")), 0);
 }
 
-TEST_P(GestureTest, a_tick_keeps_the_row_that_is_held) {
+TEST_P(GestureTest, a_tick_keeps_the_row_that_is_dragged) {
   drag("games.example", {60, 0}, UiStage::Ending::holdOn);
   const QPointer<QQuickItem> held = &row("games.example");
   const auto now = stage.application.machine.dispatch.now();
@@ -217,7 +217,7 @@ TEST_P(ScrollTest, a_drag_up_or_down_over_a_row_scrolls_the_page) {
   EXPECT_EQ(changes(), std::vector<std::string>());
 }
 
-TEST_P(ScrollTest, a_row_that_moves_keeps_the_page_where_it_is) {
+TEST_P(ScrollTest, dragging_a_row_does_not_scroll_the_page) {
   const double before = place();
   stage.drag(GetParam(), middleOf(row("Mia's phone")), {-100, -20});
   EXPECT_EQ(place(), before);
@@ -235,7 +235,7 @@ TEST_P(ScrollTest, a_tick_does_not_scroll) {
 
 INSTANTIATE_TEST_SUITE_P(Pointers, ScrollTest, testing::Values(Pointer::mouse, Pointer::finger));
 
-// Each way to a row's context menu.
+// The ways to open a row's context menu.
 struct Opening {
   const char* name;
   std::function<void(UiStage&, const QQuickItem&)> act;
@@ -250,7 +250,7 @@ class ContextMenuTest : public ParentChildPage, public testing::WithParamInterfa
   }
 };
 
-TEST_P(ContextMenuTest, does_what_a_swipe_does) {
+TEST_P(ContextMenuTest, has_the_action_of_a_swipe) {
   open("games.example");
   ASSERT_TRUE(stage.shows("Allow"));
   EXPECT_EQ(changes(), std::vector<std::string>());
@@ -262,7 +262,7 @@ TEST_P(ContextMenuTest, does_what_a_swipe_does) {
   EXPECT_EQ(stage.focusedName(), "games.example");
 }
 
-TEST_P(ContextMenuTest, closes_by_escape_with_nothing_done) {
+TEST_P(ContextMenuTest, escape_closes_it_without_an_action) {
   open("Tablet");
   ASSERT_TRUE(stage.shows("Unlink"));
   stage.press(Qt::Key_Escape);
@@ -271,13 +271,13 @@ TEST_P(ContextMenuTest, closes_by_escape_with_nothing_done) {
   EXPECT_EQ(stage.focusedName(), "Tablet");
 }
 
-TEST_P(ContextMenuTest, acts_by_a_click) {
+TEST_P(ContextMenuTest, a_click_performs_the_action) {
   open("Tablet");
   stage.click("Unlink");
   EXPECT_TRUE(stage.shows("Unlink Device?"));
 }
 
-TEST_P(ContextMenuTest, stays_away_where_there_is_nothing_to_do) {
+TEST_P(ContextMenuTest, does_not_open_without_an_action) {
   open("school.example");
   EXPECT_FALSE(stage.shows("Allow"));
 }
@@ -295,7 +295,7 @@ INSTANTIATE_TEST_SUITE_P(Openings, ContextMenuTest,
                                                    stage.press(Qt::Key_F10, Qt::ShiftModifier);
                                                  }}));
 
-TEST_F(ParentChildPage, rows_act_by_their_key_once) {
+TEST_F(ParentChildPage, rows_perform_their_action_once_by_their_key) {
   stage.focusOn("games.example");
   stage.press(Qt::Key_Delete);
   EXPECT_EQ(changes(), std::vector<std::string>());
@@ -323,13 +323,13 @@ TEST_F(ParentChildPage, rows_act_by_their_key_once) {
   EXPECT_EQ(changes(), std::vector<std::string>{removeCall});
 }
 
-TEST_F(ParentChildPage, a_site_that_is_allowed_already_does_not_answer_to_its_key) {
+TEST_F(ParentChildPage, a_site_that_is_already_allowed_ignores_its_key) {
   stage.focusOn("school.example");
   stage.press(Qt::Key_Return);
   EXPECT_EQ(changes(), std::vector<std::string>());
 }
 
-TEST_F(ParentChildPage, the_tabs_are_one_stop_and_turn_by_the_arrow_keys) {
+TEST_F(ParentChildPage, the_tabs_are_one_tab_stop_and_the_arrow_keys_switch_them) {
   stage.focusOn("Sites Blocked");
   stage.focusOn("Real-Time");
   stage.press(Qt::Key_Right);
@@ -345,7 +345,7 @@ TEST_F(ParentChildPage, the_tabs_are_one_stop_and_turn_by_the_arrow_keys) {
   EXPECT_EQ(screen().selectedTab(), ChildDetailTab::sitesAllowed);
 }
 
-TEST_F(ParentChildPage, the_chips_are_walked_by_the_arrow_keys_and_chosen_by_a_press) {
+TEST_F(ParentChildPage, the_arrow_keys_move_between_the_chips_and_a_press_chooses_one) {
   choose(ChildDetailTab::sitesBlocked);
   stage.focusOn("Last 5 min");
   stage.press(Qt::Key_Right);
@@ -363,7 +363,7 @@ TEST_F(ParentChildPage, the_chips_are_walked_by_the_arrow_keys_and_chosen_by_a_p
   EXPECT_TRUE(stage.control("Today")->property("current").toBool());
 }
 
-TEST_F(ParentChildPage, the_toggle_calls_once_for_each_flip) {
+TEST_F(ParentChildPage, the_toggle_sends_one_request_for_each_flip) {
   stage.focusOn("Block the Internet");
   stage.press(Qt::Key_Space);
   EXPECT_TRUE(screen().policySection.isBlocked());
@@ -385,7 +385,7 @@ TEST_F(ParentChildPage, the_toggle_follows_its_model_after_it_was_flipped_by_han
   EXPECT_FALSE(stage.focused()->property("checked").toBool());
 }
 
-TEST_F(ParentChildPage, the_live_list_is_explained_between_its_title_and_its_rows) {
+TEST_F(ParentChildPage, the_explanation_of_the_live_list_is_between_its_title_and_its_rows) {
   const auto place = [this](const QString& text) { return middleOf(*stage.find(text)).y(); };
   const QString help =
       "Sites visited in the last 60 seconds will appear here. Swipe right to add to allowed list.";
@@ -399,7 +399,7 @@ TEST_F(ParentChildPage, the_live_list_is_explained_between_its_title_and_its_row
   EXPECT_LT(place(help), place("No recent activity"));
 }
 
-TEST_F(ParentChildPage, a_site_is_added_by_its_button_only) {
+TEST_F(ParentChildPage, only_its_button_adds_a_site) {
   stage.focusOn("Add allowed site (e.g., example.com)");
   stage.press(Qt::Key_Tab);
   EXPECT_NE(stage.focusedName(), "Add") << "there is nothing to add yet";
@@ -421,7 +421,7 @@ void PrintTo(const ChildSheet& way, std::ostream* out) { *out << way.control; }
 
 class ChildSheetTest : public ParentChildPage, public testing::WithParamInterface<ChildSheet> {};
 
-TEST_P(ChildSheetTest, opens_closes_and_gives_the_focus_back) {
+TEST_P(ChildSheetTest, opens_closes_and_returns_the_focus) {
   stage.focusOn(GetParam().control);
   for (const bool byKey : {true, false}) {
     stage.press(Qt::Key_Return);

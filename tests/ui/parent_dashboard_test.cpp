@@ -35,7 +35,7 @@ struct ParentDashboard : testing::Test {
   }
 };
 
-TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
+TEST_F(ParentDashboard, the_menu_works_by_keyboard) {
   stage.focusOn("Menu");
   stage.press(Qt::Key_Return);
   ASSERT_TRUE(isMenuOpen());
@@ -53,7 +53,7 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_the_keyboard) {
   EXPECT_EQ(stage.focusedName(), "Menu");
 }
 
-TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_question) {
+TEST_F(ParentDashboard, the_keys_that_close_a_window_work_during_an_open_alert) {
   screen().logout();
   stage.settle();
   ASSERT_TRUE(screen().logoutConfirmation.isShown());
@@ -62,7 +62,7 @@ TEST_F(ParentDashboard, the_keys_that_close_a_window_do_not_wait_for_an_open_que
   EXPECT_FALSE(stage.window().isVisible());
 }
 
-TEST_F(ParentDashboard, the_menu_closes_by_escape_with_nothing_done) {
+TEST_F(ParentDashboard, escape_closes_the_menu_without_an_action) {
   stage.focusOn("Menu");
   stage.press(Qt::Key_Space);
   ASSERT_TRUE(isMenuOpen());
@@ -73,7 +73,7 @@ TEST_F(ParentDashboard, the_menu_closes_by_escape_with_nothing_done) {
   EXPECT_EQ(stage.focusedName(), "Menu");
 }
 
-TEST_F(ParentDashboard, the_menu_opens_and_acts_by_mouse_and_closes_beside_it) {
+TEST_F(ParentDashboard, the_menu_works_by_mouse_and_a_click_beside_it_closes_it) {
   stage.click("AM");
   ASSERT_TRUE(isMenuOpen());
   stage.clickAt({380, 800});
@@ -86,14 +86,14 @@ TEST_F(ParentDashboard, the_menu_opens_and_acts_by_mouse_and_closes_beside_it) {
   EXPECT_TRUE(screen().showFamilyMembers());
 }
 
-TEST_F(ParentDashboard, the_menu_opens_and_acts_by_finger) {
+TEST_F(ParentDashboard, the_menu_works_by_touch) {
   stage.tap(middleOf(*stage.control("Menu")));
   ASSERT_TRUE(isMenuOpen());
   stage.tap(middleOf(*stage.find("Logout")));
   EXPECT_TRUE(screen().logoutConfirmation.isShown());
 }
 
-TEST_F(ParentDashboard, the_logout_is_asked_for_and_return_is_not_its_answer) {
+TEST_F(ParentDashboard, the_logout_asks_first_and_return_does_not_confirm_it) {
   stage.click("AM");
   stage.click("Logout");
   ASSERT_TRUE(stage.shows("Are you sure you want to logout?"));
@@ -112,7 +112,7 @@ TEST_F(ParentDashboard, the_logout_is_asked_for_and_return_is_not_its_answer) {
   EXPECT_TRUE(stage.shows("Sign In"));
 }
 
-TEST_F(ParentDashboard, a_card_opens_its_child_by_click_key_and_finger) {
+TEST_F(ParentDashboard, a_card_opens_its_child_by_click_key_and_touch) {
   stage.click("Mia");
   ASSERT_TRUE(screen().showChildDetail());
   EXPECT_EQ(screen().selectedChild()->id, "c1");
@@ -164,7 +164,7 @@ TEST_F(ParentDashboard, the_button_in_a_card_does_not_open_the_card) {
   }
 }
 
-TEST_F(ParentDashboard, a_silent_refresh_keeps_the_rows_the_focus_and_the_place) {
+TEST_F(ParentDashboard, a_silent_refresh_keeps_the_rows_the_focus_and_the_scroll_position) {
   stage.window().resize(390, 600);
   stage.settle();
   stage.focusOn("Theo, 1 device, 0 online");
@@ -187,7 +187,7 @@ TEST_F(ParentDashboard, a_silent_refresh_keeps_the_rows_the_focus_and_the_place)
   EXPECT_EQ(scrolledBy(), place);
 }
 
-TEST_F(ParentDashboard, a_child_that_comes_in_first_leaves_the_other_rows_as_they_are) {
+TEST_F(ParentDashboard, a_child_added_at_the_top_leaves_the_other_rows_unchanged) {
   stage.focusOn("Theo, 1 device, 0 online");
   const QPointer<QQuickItem> card = stage.control("Theo, 1 device, 0 online");
   std::string more = familyJson();
@@ -199,7 +199,7 @@ TEST_F(ParentDashboard, a_child_that_comes_in_first_leaves_the_other_rows_as_the
   EXPECT_EQ(stage.focusedName(), "Theo, 1 device, 0 online");
 }
 
-TEST_F(ParentDashboard, add_device_stands_above_the_devices_of_a_card) {
+TEST_F(ParentDashboard, add_device_is_above_the_devices_of_a_card) {
   const auto* const card = stage.control("Mia, 5 devices, 2 online");
   double button = 0;
   forEachShown(*card, [&](const QQuickItem& item) {
@@ -211,7 +211,7 @@ TEST_F(ParentDashboard, add_device_stands_above_the_devices_of_a_card) {
   EXPECT_LT(button, stage.find("Mia's phone")->mapToItem(card, {0, 0}).y());
 }
 
-TEST_F(ParentDashboard, goes_on_saying_how_long_ago_it_was_refreshed) {
+TEST_F(ParentDashboard, keeps_updating_how_long_ago_it_was_refreshed) {
   http().hold();
   stage.advance(3s);
   EXPECT_TRUE(stage.shows("Updated 3 sec. ago"));
@@ -222,14 +222,14 @@ TEST_F(ParentDashboard, goes_on_saying_how_long_ago_it_was_refreshed) {
   EXPECT_TRUE(stage.shows("Updated 8 hr. ago"));
 }
 
-// What a reload does to the cards that are there: nothing, and when it takes its time, a little.
+// A reload leaves the existing cards unchanged; if it takes long, it dims them a little.
 
 struct Reload : ParentDashboard {
   Reload() {
     http().hold();
     stage.click("Refresh");
   }
-  // Hidden or not, coming, there or going; null where there is none.
+  // The card of a child, hidden, fading or visible; null if there is none.
   QQuickItem* card(const QString& child) { return search(*stage.window().contentItem(), child); }
   static QQuickItem* search(QQuickItem& in, const QString& child) {
     if (isButton(in) && in.property("text") == child) {
@@ -242,7 +242,7 @@ struct Reload : ParentDashboard {
     }
     return nullptr;
   }
-  // Of the card, with all that it stands in.
+  // The opacity of the card including its ancestors.
   double opacity(const QString& child) {
     double opacity = 1;
     for (const auto* item = card(child); item; item = item->parentItem()) {
@@ -274,7 +274,7 @@ TEST_F(Reload, changes_nothing_at_once) {
   EXPECT_EQ(turn(), 0);
 }
 
-TEST_F(Reload, that_lasts_dims_the_cards_a_little_and_turns_the_symbol) {
+TEST_F(Reload, if_it_takes_long_dims_the_cards_a_little_and_turns_the_symbol) {
   stage.application.advance(300ms);
   stage.step(0ms);
   stage.step(100ms);
@@ -289,7 +289,7 @@ TEST_F(Reload, that_lasts_dims_the_cards_a_little_and_turns_the_symbol) {
   EXPECT_EQ(turn(), 0);
 }
 
-TEST_F(Reload, brings_in_only_the_cards_that_were_not_there) {
+TEST_F(Reload, animates_only_the_new_cards) {
   const QPointer<QQuickItem> mia = card("Mia");
   std::string more = familyJson();
   more.insert(more.find("[") + 1, childJson("c0", "Noor", "") + ",");
@@ -312,10 +312,10 @@ struct SilentRefresh : Reload {
   }
 };
 
-TEST_F(SilentRefresh, puts_other_cards_in_place_within_two_tenths_of_a_second) {
+TEST_F(SilentRefresh, replaces_cards_within_two_tenths_of_a_second) {
   const double from = place("Mia");
   const double gone = place("Ida");
-  // Noor comes in above Mia, Ida goes.
+  // Noor is added above Mia, Ida is removed.
   answerFamily(stage, R"({"children":[)" + childJson("c0", "Noor", "") + "," + miaJson() + "," +
                           childJson("c2", "Theo", deviceJson("d6", "Theo's tablet", "ipad", false)) + "]}");
   stage.application.advance(30s);
@@ -337,7 +337,7 @@ TEST_F(SilentRefresh, puts_other_cards_in_place_within_two_tenths_of_a_second) {
   EXPECT_EQ(place("Noor"), from);
 }
 
-TEST_F(SilentRefresh, leaves_the_cards_in_place_while_the_window_changes_its_size) {
+TEST_F(SilentRefresh, does_not_animate_the_cards_while_the_window_is_resized) {
   stage.window().resize(820, 844);
   stage.step(0ms);
   const double place = this->place("Ida");
@@ -345,7 +345,7 @@ TEST_F(SilentRefresh, leaves_the_cards_in_place_while_the_window_changes_its_siz
   EXPECT_EQ(this->place("Ida"), place);
 }
 
-TEST_F(ParentDashboard, a_refresh_that_fails_takes_nothing_away_and_a_load_that_fails_all) {
+TEST_F(ParentDashboard, a_failed_refresh_keeps_the_content_and_a_failed_load_removes_it) {
   http().answerAlways("GET", "/children", 500, "");
   stage.advance(30s);
   EXPECT_TRUE(stage.shows("Theo"));
@@ -354,7 +354,7 @@ TEST_F(ParentDashboard, a_refresh_that_fails_takes_nothing_away_and_a_load_that_
   EXPECT_TRUE(stage.shows("Welcome to Quillmar"));
 }
 
-TEST(ParentDashboardStart, is_loading_then_empty_then_a_list) {
+TEST(ParentDashboardStart, shows_loading_then_empty_then_a_list) {
   UiStage stage({.stored = signedInParent()});
   EXPECT_TRUE(stage.shows("Welcome to Quillmar"));
   auto& http = stage.application.machine.http;
@@ -376,7 +376,7 @@ TEST(ParentDashboardStart, is_loading_then_empty_then_a_list) {
   EXPECT_FALSE(stage.shows("Add Your First Child"));
 }
 
-TEST(ParentDashboardStart, an_empty_family_begins_at_its_first_child) {
+TEST(ParentDashboardStart, an_empty_family_starts_with_its_first_child) {
   UiStage stage({.stored = signedInParent()});
   stage.press(Qt::Key_Tab);
   stage.tabTo("Add Your First Child");
@@ -387,7 +387,7 @@ TEST(ParentDashboardStart, an_empty_family_begins_at_its_first_child) {
   EXPECT_EQ(stage.focusedName(), "Add Your First Child");
 }
 
-// Which control opens which sheet, by which text one knows it, and which control closes it.
+// The control that opens a sheet, a text that identifies the sheet, and the control that closes it.
 struct Way {
   const char* control;
   const char* shows;
@@ -397,7 +397,7 @@ void PrintTo(const Way& way, std::ostream* out) { *out << way.control; }
 
 class SheetTest : public ParentDashboard, public testing::WithParamInterface<Way> {};
 
-TEST_P(SheetTest, opens_closes_and_gives_the_focus_back) {
+TEST_P(SheetTest, opens_closes_and_returns_the_focus) {
   const auto& way = GetParam();
   const auto open = [&] {
     stage.focusOn(way.control);
@@ -430,7 +430,7 @@ INSTANTIATE_TEST_SUITE_P(Sheets, SheetTest,
 
 class MenuSheetTest : public ParentDashboard, public testing::WithParamInterface<Way> {};
 
-TEST_P(MenuSheetTest, opens_closes_and_gives_the_focus_back) {
+TEST_P(MenuSheetTest, opens_closes_and_returns_the_focus) {
   const auto& way = GetParam();
   stage.focusOn("Menu");
   stage.press(Qt::Key_Return);
@@ -451,7 +451,7 @@ INSTANTIATE_TEST_SUITE_P(Sheets, MenuSheetTest,
                          testing::Values(Way{"Settings", "Appearance", "Done"},
                                          Way{"Family Members", "The Wells Family", "Done"}));
 
-TEST_F(ParentDashboard, the_way_to_a_new_device_goes_down_and_up_again) {
+TEST_F(ParentDashboard, the_sheets_for_a_new_device_open_and_close_in_order) {
   for (const auto* const choice : {"Phone or Tablet", "Game Console or Smart TV"}) {
     stage.focusOn("Mia, 5 devices, 2 online");
     stage.press(Qt::Key_Tab);

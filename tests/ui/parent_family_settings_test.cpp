@@ -16,7 +16,7 @@
 namespace quillmar::ui {
 namespace {
 
-// Requests that change something.
+// The requests that change something.
 std::vector<std::string> changes(UiStage& stage) {
   std::vector<std::string> calls = stage.application.machine.http.calls();
   std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
@@ -34,7 +34,7 @@ struct ParentSettings : ParentFamilySettings {
   SettingsView& screen() { return stage.application.screen<SettingsView>(); }
 };
 
-TEST_F(ParentSettings, every_control_is_reached_in_the_order_that_is_read) {
+TEST_F(ParentSettings, every_control_is_reached_in_reading_order) {
   stage.focusOn("Done");
   for (const auto* const name :
        {"Done", "Family Members", "System", "Light", "Dark", "Delete Account", "Done"}) {
@@ -43,7 +43,7 @@ TEST_F(ParentSettings, every_control_is_reached_in_the_order_that_is_read) {
   }
 }
 
-TEST_F(ParentSettings, the_family_opens_over_the_settings_and_gives_the_focus_back) {
+TEST_F(ParentSettings, the_family_opens_over_the_settings_and_returns_the_focus) {
   stage.tabTo("Family Members");
   stage.press(Qt::Key_Return);
   EXPECT_TRUE(screen().showFamilyMembers());
@@ -53,7 +53,7 @@ TEST_F(ParentSettings, the_family_opens_over_the_settings_and_gives_the_focus_ba
   EXPECT_EQ(stage.focusedName(), "Family Members");
 }
 
-TEST_F(ParentSettings, the_deletion_asks_twice_and_return_is_never_its_answer) {
+TEST_F(ParentSettings, the_deletion_asks_twice_and_return_never_confirms_it) {
   stage.tabTo("Delete Account");
   stage.press(Qt::Key_Return);
   ASSERT_TRUE(stage.shows("Delete Account?"));
@@ -74,7 +74,7 @@ TEST_F(ParentSettings, the_deletion_asks_twice_and_return_is_never_its_answer) {
   EXPECT_EQ(changes(stage), std::vector<std::string>());
 }
 
-TEST_F(ParentSettings, a_wrong_password_is_told_over_the_sheet_and_clears_the_field) {
+TEST_F(ParentSettings, a_wrong_password_is_reported_over_the_sheet_and_clears_the_field) {
   http().answer("DELETE", "/auth/account", 401);
   screen().deleteAccount();
   screen().deletionConfirmation.confirm();
@@ -94,7 +94,7 @@ TEST_F(ParentSettings, a_wrong_password_is_told_over_the_sheet_and_clears_the_fi
   EXPECT_FALSE(stage.focusedName().isEmpty()) << "the keyboard is lost";
 }
 
-TEST_F(ParentSettings, the_account_is_deleted_by_the_keyboard_alone) {
+TEST_F(ParentSettings, the_account_can_be_deleted_by_keyboard_only) {
   http().answer("DELETE", "/auth/account", 200, "{}");
   stage.tabTo("Delete Account");
   stage.press(Qt::Key_Space);
@@ -108,7 +108,7 @@ TEST_F(ParentSettings, the_account_is_deleted_by_the_keyboard_alone) {
   EXPECT_TRUE(stage.shows("Sign In"));
 }
 
-TEST_F(ParentSettings, the_password_sheet_is_left_by_cancel_and_by_escape) {
+TEST_F(ParentSettings, cancel_and_escape_close_the_password_sheet) {
   for (const bool byKey : {true, false}) {
     screen().deleteAccount();
     screen().deletionConfirmation.confirm();
@@ -141,14 +141,14 @@ TEST_F(Family, every_control_is_reached_and_plain_rows_are_not) {
   EXPECT_FALSE(screen().showMemberSheet());
 }
 
-TEST_F(Family, an_invitation_is_revoked_by_its_button_once) {
+TEST_F(Family, an_invitation_is_revoked_once_by_its_button) {
   http().answerAlways("DELETE", "/family/invite/ZZ81PA", 200, "{}");
   stage.tabTo("Revoke Invite: ZZ81PA");
   stage.press(Qt::Key_Space);
   EXPECT_EQ(changes(stage), std::vector<std::string>{"DELETE /family/invite/ZZ81PA"});
 }
 
-TEST_F(Family, an_invitation_is_made_and_its_code_copied) {
+TEST_F(Family, an_invitation_is_created_and_its_code_copied) {
   http().answer("POST", "/family/invite", 200, invitationJson());
   stage.tabTo("Invite");
   stage.press(Qt::Key_Return);
@@ -163,7 +163,7 @@ TEST_F(Family, an_invitation_is_made_and_its_code_copied) {
   EXPECT_EQ(http().count("GET", "/family"), 1U);
 }
 
-TEST_F(Family, the_rights_of_a_member_are_walked_by_the_keyboard) {
+TEST_F(Family, the_rights_of_a_member_are_reached_by_keyboard) {
   stage.tabTo("Tom");
   stage.press(Qt::Key_Return);
   ASSERT_TRUE(stage.shows("Permissions"));
@@ -178,7 +178,7 @@ TEST_F(Family, the_rights_of_a_member_are_walked_by_the_keyboard) {
   EXPECT_EQ(stage.focusedName(), "Tom");
 }
 
-TEST_F(Family, a_toggle_that_is_flipped_twice_at_once_calls_once_and_snaps_back) {
+TEST_F(Family, a_toggle_flipped_twice_sends_one_request_and_snaps_back) {
   http().answerAlways("PUT", "/family/members/m2", 500, R"({"error":"Busy, try later"})");
   stage.tabTo("Tom");
   stage.press(Qt::Key_Return);
@@ -201,7 +201,7 @@ TEST_F(Family, a_toggle_that_is_flipped_twice_at_once_calls_once_and_snaps_back)
   EXPECT_EQ(changes(stage).size(), 2U) << "the toggle is out of use for good";
 }
 
-TEST_F(Family, a_double_click_on_a_toggle_calls_once) {
+TEST_F(Family, a_double_click_on_a_toggle_sends_one_request) {
   stage.tabTo("Tom");
   stage.press(Qt::Key_Return);
   http().hold();
@@ -212,7 +212,7 @@ TEST_F(Family, a_double_click_on_a_toggle_calls_once) {
   EXPECT_EQ(changes(stage), std::vector<std::string>{"PUT /family/members/m2"});
 }
 
-TEST_F(Family, a_member_is_removed_only_after_a_question) {
+TEST_F(Family, a_member_is_removed_only_after_a_confirmation) {
   http().answerAlways("DELETE", "/family/members/m2", 200, "{}");
   const auto ask = [this] {
     stage.focusOn("Tom");
@@ -234,7 +234,7 @@ TEST_F(Family, a_member_is_removed_only_after_a_question) {
   EXPECT_EQ(changes(stage), std::vector<std::string>{"DELETE /family/members/m2"});
 }
 
-TEST_F(ParentFamilySettings, a_family_that_does_not_load_offers_another_try) {
+TEST_F(ParentFamilySettings, a_family_that_fails_to_load_offers_a_retry) {
   showFamily(stage);
   dashboard(stage).openFamilyMembers();
   stage.settle();
@@ -247,7 +247,7 @@ TEST_F(ParentFamilySettings, a_family_that_does_not_load_offers_another_try) {
   EXPECT_TRUE(stage.shows("The Wells Family"));
 }
 
-TEST_F(ParentFamilySettings, a_home_network_is_set_up_only_after_a_question) {
+TEST_F(ParentFamilySettings, a_home_network_is_set_up_only_after_a_confirmation) {
   openHomeNetwork(stage, R"({"current_ip":"203.0.113.7","ip_matches":false})");
   EXPECT_EQ(stage.focusedName(), "Set Up Home Network");
   stage.press(Qt::Key_Return);
@@ -261,7 +261,7 @@ TEST_F(ParentFamilySettings, a_home_network_is_set_up_only_after_a_question) {
   EXPECT_EQ(changes(stage), std::vector<std::string>{"POST /home-network"});
 }
 
-TEST_F(ParentFamilySettings, a_home_networks_address_changes_only_after_a_question) {
+TEST_F(ParentFamilySettings, a_home_networks_address_changes_only_after_a_confirmation) {
   openHomeNetwork(stage, homeNetworkJson("198.51.100.9", false));
   stage.focusOn("Done");
   stage.press(Qt::Key_Tab);
@@ -310,7 +310,7 @@ TEST_F(ParentSettings, the_look_changes_at_once_in_the_open_window) {
   EXPECT_EQ(label->property("color").value<QColor>(), lightInk);
 }
 
-TEST_F(ParentSettings, the_look_follows_the_desktop_only_while_it_is_left_to_it) {
+TEST_F(ParentSettings, the_look_follows_the_desktop_only_in_system_mode) {
   stage.desktop.setWishes({.dark = true});
   EXPECT_LT(ground(stage), 80);
   stage.click("Light");
@@ -323,7 +323,7 @@ TEST_F(ParentSettings, the_look_follows_the_desktop_only_while_it_is_left_to_it)
   EXPECT_GT(ground(stage), 200);
 }
 
-TEST_F(ParentSettings, the_theme_in_the_menu_goes_round_and_colours_the_window) {
+TEST_F(ParentSettings, the_theme_item_of_the_menu_cycles_through_the_looks) {
   stage.press(Qt::Key_Escape);
   for (const auto& [title, next, isDark] :
        {std::tuple("Theme: System", "Theme: Light", false), std::tuple("Theme: Light", "Theme: Dark", true),

@@ -12,7 +12,7 @@
 namespace quillmar::ui {
 namespace {
 
-// As they stand in an answer of the service.
+// JSON, as the service sends it.
 struct HostileText {
   const char* kind;
   std::string json;
@@ -43,7 +43,7 @@ std::vector<HostileText> hostileTexts() {
 
 class HostileTextTest : public testing::TestWithParam<HostileText> {
  protected:
-  // Everything that is written stays in the window, is plain, and turns nothing around.
+  // Every text stays in the window, is plain text, and has no bidi marks.
   static void check(UiStage& stage) {
     int texts = 0;
     forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {

@@ -26,7 +26,7 @@ struct ParentSignIn : testing::Test {
   }
 };
 
-TEST_F(ParentSignIn, goes_from_control_to_control_in_the_order_that_is_read) {
+TEST_F(ParentSignIn, tab_moves_in_reading_order) {
   fillIn();
   for (const auto* name : {"Email", "Password", "Show password", "Remember me", "Sign In", "Sign Up",
                            "Join Existing Family", "Email"}) {
@@ -38,7 +38,7 @@ TEST_F(ParentSignIn, goes_from_control_to_control_in_the_order_that_is_read) {
   EXPECT_EQ(stage.focusedName(), "Join Existing Family");
 }
 
-TEST_F(ParentSignIn, is_done_by_the_keyboard_alone) {
+TEST_F(ParentSignIn, works_by_keyboard_only) {
   http().answer("POST", "/auth/login", 200, account);
   stage.type("ann@example.com");
   EXPECT_EQ(login().email(), "ann@example.com");
@@ -62,7 +62,7 @@ TEST_F(ParentSignIn, is_done_by_the_keyboard_alone) {
   EXPECT_FALSE(stage.shows("Remember me"));
 }
 
-TEST_F(ParentSignIn, says_what_is_ticked) {
+TEST_F(ParentSignIn, states_whether_a_box_is_ticked) {
   auto* const box = stage.control("Remember me");
   ASSERT_NE(box, nullptr);
   EXPECT_FALSE(box->property("checked").toBool());
@@ -71,7 +71,7 @@ TEST_F(ParentSignIn, says_what_is_ticked) {
   EXPECT_TRUE(box->property("checked").toBool());
 }
 
-TEST_F(ParentSignIn, a_button_out_of_use_is_skipped_and_does_nothing) {
+TEST_F(ParentSignIn, a_disabled_button_is_skipped_and_does_nothing) {
   login().email = std::string("ann");
   login().password = std::string("secret");
   stage.settle();
@@ -88,7 +88,7 @@ TEST_F(ParentSignIn, a_button_out_of_use_is_skipped_and_does_nothing) {
 
 class KeyTest : public ParentSignIn, public testing::WithParamInterface<Qt::Key> {};
 
-TEST_P(KeyTest, a_button_that_goes_out_of_use_under_the_keyboard_does_nothing) {
+TEST_P(KeyTest, a_focused_button_that_is_disabled_does_nothing) {
   fillIn();
   stage.tabTo("Sign In");
   login().password = std::string();
@@ -112,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, KeyTest, testing::Values(Qt::Key_Space, Qt::Key_R
 
 class SignInAlertTest : public ParentSignIn, public testing::WithParamInterface<Qt::Key> {};
 
-TEST_P(SignInAlertTest, gives_the_focus_back_to_the_control_it_came_from) {
+TEST_P(SignInAlertTest, returns_the_focus_to_the_control_it_came_from) {
   fillIn();
   for (const auto* origin : {"Password", "Sign In"}) {
     http().answer("POST", "/auth/login", 500, R"({"error":"Busy, try later"})");
@@ -155,7 +155,7 @@ struct Registration : ParentSignIn {
   RegisterView& form() { return stage.application.screen<RegisterView>(); }
 };
 
-TEST_F(Registration, is_filled_in_from_field_to_field_and_sent_by_return) {
+TEST_F(Registration, is_filled_in_field_by_field_and_sent_by_return) {
   http().answer("POST", "/auth/register", 200, account);
   EXPECT_EQ(stage.focusedName(), "Full Name");
   for (const auto* text : {"Ann Lee", "ann@example.com", "+61 412 345 678", "abcdefg8!", "abcdefg8!"}) {
@@ -170,7 +170,7 @@ TEST_F(Registration, is_filled_in_from_field_to_field_and_sent_by_return) {
   EXPECT_TRUE(stage.shows("My Family"));
 }
 
-TEST_F(Registration, tells_at_once_that_two_passwords_differ) {
+TEST_F(Registration, reports_different_passwords_at_once) {
   form().name = std::string("Ann");
   stage.tabTo("Password");
   stage.type("abcdefg8!");
@@ -182,7 +182,7 @@ TEST_F(Registration, tells_at_once_that_two_passwords_differ) {
   EXPECT_EQ(http().count("POST", "/auth/register"), 0U);
 }
 
-TEST_F(Registration, is_closed_by_its_button_and_by_escape) {
+TEST_F(Registration, its_button_and_escape_close_it) {
   stage.type("Ann");
   stage.click("Close");
   EXPECT_FALSE(login().showRegister());
@@ -213,7 +213,7 @@ struct Joining : ParentSignIn {
   int cursor() { return stage.focused()->property("cursorPosition").toInt(); }
 };
 
-TEST_F(Joining, letters_show_in_upper_case_and_the_cursor_stays_where_it_was) {
+TEST_F(Joining, letters_become_upper_case_and_the_cursor_keeps_its_place) {
   ASSERT_EQ(stage.focusedName(), "Invite Code");
   stage.type("ab1");
   EXPECT_EQ(code(), "AB1");
@@ -229,7 +229,7 @@ TEST_F(Joining, letters_show_in_upper_case_and_the_cursor_stays_where_it_was) {
   EXPECT_EQ(join().inviteCode(), "AXB1");
 }
 
-TEST_F(Joining, a_code_too_short_is_not_sent_and_a_good_one_leads_on) {
+TEST_F(Joining, a_short_code_is_not_sent_and_a_valid_one_continues) {
   stage.type("ab12c");
   stage.press(Qt::Key_Return);
   stage.click("Validate Code");
@@ -242,7 +242,7 @@ TEST_F(Joining, a_code_too_short_is_not_sent_and_a_good_one_leads_on) {
   EXPECT_EQ(stage.focusedName(), "Your Name");
 }
 
-TEST_F(Joining, is_closed_by_cancel_and_by_escape) {
+TEST_F(Joining, cancel_and_escape_close_it) {
   stage.click("Cancel");
   EXPECT_FALSE(login().showJoinFamily());
   EXPECT_EQ(stage.focusedName(), "Join Existing Family");

@@ -32,7 +32,7 @@ class PressAreaTest : public testing::Test {
   int clicks = 0;
 };
 
-TEST_F(PressAreaTest, is_clicked_when_it_is_let_go_where_it_was_pressed) {
+TEST_F(PressAreaTest, is_clicked_when_released_where_it_was_pressed) {
   QTest::mousePress(&window, Qt::LeftButton, {}, inside);
   EXPECT_TRUE(area.isDown());
   EXPECT_EQ(clicks, 0);
@@ -41,7 +41,7 @@ TEST_F(PressAreaTest, is_clicked_when_it_is_let_go_where_it_was_pressed) {
   EXPECT_EQ(clicks, 1);
 }
 
-// A finger that is quicker than a double tap.
+// Two touches that are quicker than a double tap.
 TEST_F(PressAreaTest, is_clicked_by_each_of_two_quick_touches) {
   const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
   for (int i = 0; i < 2; ++i) {
@@ -59,7 +59,7 @@ TEST_F(PressAreaTest, is_not_clicked_when_the_pointer_has_left_it) {
   EXPECT_EQ(clicks, 0);
 }
 
-TEST_F(PressAreaTest, does_not_answer_to_other_buttons_or_out_of_use) {
+TEST_F(PressAreaTest, ignores_other_buttons_and_presses_while_disabled) {
   QTest::mouseClick(&window, Qt::RightButton, {}, inside);
   area.setEnabled(false);
   QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
@@ -67,7 +67,7 @@ TEST_F(PressAreaTest, does_not_answer_to_other_buttons_or_out_of_use) {
   EXPECT_EQ(clicks, 0);
 }
 
-TEST_F(PressAreaTest, is_clicked_by_space_let_go_and_by_return) {
+TEST_F(PressAreaTest, is_clicked_by_releasing_space_and_by_return) {
   area.forceActiveFocus(Qt::TabFocusReason);
   QTest::keyPress(&window, Qt::Key_Space);
   EXPECT_TRUE(area.isDown());
@@ -80,7 +80,7 @@ TEST_F(PressAreaTest, is_clicked_by_space_let_go_and_by_return) {
   EXPECT_EQ(clicks, 3);
 }
 
-TEST_F(PressAreaTest, is_let_go_without_a_click_when_it_loses_the_focus_or_its_use) {
+TEST_F(PressAreaTest, is_released_without_a_click_when_it_loses_the_focus_or_is_disabled) {
   area.forceActiveFocus(Qt::TabFocusReason);
   QTest::keyPress(&window, Qt::Key_Space);
   area.setFocus(false);
@@ -93,7 +93,7 @@ TEST_F(PressAreaTest, is_let_go_without_a_click_when_it_loses_the_focus_or_its_u
   EXPECT_EQ(clicks, 0);
 }
 
-TEST_F(PressAreaTest, shows_the_focus_only_where_the_keyboard_brought_it) {
+TEST_F(PressAreaTest, shows_the_focus_only_if_the_keyboard_brought_it) {
   QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
   EXPECT_TRUE(area.hasActiveFocus());
   EXPECT_FALSE(area.hasVisualFocus());
@@ -104,7 +104,7 @@ TEST_F(PressAreaTest, shows_the_focus_only_where_the_keyboard_brought_it) {
   EXPECT_FALSE(area.hasVisualFocus());
 }
 
-TEST_F(PressAreaTest, takes_no_focus_where_its_policy_is_none) {
+TEST_F(PressAreaTest, takes_no_focus_if_its_policy_is_none) {
   area.setFocusPolicy(Qt::NoFocus);
   EXPECT_FALSE(area.activeFocusOnTab());
   QTest::mouseClick(&window, Qt::LeftButton, {}, inside);
@@ -112,7 +112,7 @@ TEST_F(PressAreaTest, takes_no_focus_where_its_policy_is_none) {
   EXPECT_EQ(clicks, 1);
 }
 
-TEST_F(PressAreaTest, knows_the_pointer_over_it_and_forgets_it_out_of_use) {
+TEST_F(PressAreaTest, is_hovered_under_the_pointer_but_not_while_disabled) {
   QTest::mouseMove(&window, inside);
   QCoreApplication::processEvents();
   EXPECT_TRUE(area.isHovered());
@@ -122,7 +122,7 @@ TEST_F(PressAreaTest, knows_the_pointer_over_it_and_forgets_it_out_of_use) {
   EXPECT_EQ(area.cursor().shape(), Qt::ArrowCursor);
 }
 
-TEST_F(PressAreaTest, lays_its_content_within_the_padding_and_its_ground_under_all) {
+TEST_F(PressAreaTest, lays_out_its_content_within_the_padding_and_its_background_behind_all) {
   QQuickItem content;
   QQuickItem ground;
   content.setImplicitWidth(30);

@@ -44,7 +44,7 @@ void qml_register_types_Quillmar();
 
 namespace quillmar::ui {
 
-// Answers every request for a screenshot in the same way, as soon as it is asked.
+// Answers every screenshot request in the same way, at once.
 class FakePortal final : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Screenshot")
@@ -109,7 +109,7 @@ bool waitUntil(const std::function<bool()>& done) {
   return done();
 }
 
-// Shows what a test holds before it.
+// A camera that delivers the pictures of a test.
 class SteeredCamera final : public Camera {
  public:
   CameraState state() const override { return state_; }
@@ -191,7 +191,7 @@ class QtReaderHarness final : public QRReaderHarness {
   std::unique_ptr<PictureWindow> window_;
 };
 
-// What a reader of codes on a desktop says, one text a code or one sentence.
+// A QR reader on a desktop, and its result as one text for each code or as an error's sentence.
 class Reading : public testing::Test {
  protected:
   QRReader::Reply note() {
@@ -253,7 +253,7 @@ const CodeTexts notAPicture{"This file is not a picture. Use a PNG, JPEG, WebP, 
 const CodeTexts damaged{"This picture cannot be read. It may be damaged."};
 const CodeTexts tooLarge{"This picture is too large. Use one of less than 100 megapixels."};
 
-TEST_F(Reading, what_cannot_be_opened_is_said_to_be_so) {
+TEST_F(Reading, a_file_that_cannot_be_opened_is_an_error) {
   EXPECT_EQ(read(file("missing.png")), notOpened);
   EXPECT_EQ(read(directory.path()), notOpened);
   EXPECT_EQ(read(""), notOpened);
@@ -261,7 +261,7 @@ TEST_F(Reading, what_cannot_be_opened_is_said_to_be_so) {
   EXPECT_EQ(read("https://example.com/code.png"), notOpened);
 }
 
-TEST_F(Reading, what_is_no_picture_is_said_to_be_so_whatever_its_name) {
+TEST_F(Reading, a_file_that_is_no_picture_is_an_error_whatever_its_name) {
   EXPECT_EQ(read(write("text.png", "This is no picture.")), notAPicture);
   EXPECT_EQ(read(write("empty.png", "")), notAPicture);
   EXPECT_EQ(read(write("page.png", "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>")),
@@ -269,8 +269,8 @@ TEST_F(Reading, what_is_no_picture_is_said_to_be_so_whatever_its_name) {
   EXPECT_EQ(read(write("short.png", "B")), notAPicture);
 }
 
-TEST_F(Reading, a_damaged_picture_is_said_to_be_so) {
-  // The readers of Qt say it once more, to the log.
+TEST_F(Reading, a_damaged_picture_is_an_error) {
+  // Qt's own image readers log it as well.
   QLoggingCategory::setFilterRules("qt.gui.imageio*=false");
   const QByteArray whole = bytesOf(save("whole.png", imageOf(codeOf(enrollment))));
   EXPECT_EQ(read(write("half.png", whole.first(whole.size() / 2))), damaged);
@@ -280,7 +280,7 @@ TEST_F(Reading, a_damaged_picture_is_said_to_be_so) {
   QLoggingCategory::setFilterRules({});
 }
 
-// A checksum as PNG has it.
+// The checksum of a PNG chunk.
 quint32 checksum(const QByteArray& bytes) {
   quint32 sum = 0xFFFFFFFF;
   for (const char byte : bytes) {
@@ -292,7 +292,7 @@ quint32 checksum(const QByteArray& bytes) {
   return ~sum;
 }
 
-// A small PNG that says it is this large.
+// A small PNG whose header claims this size.
 QByteArray claiming(QByteArray png, quint32 width, quint32 height) {
   constexpr qsizetype header = 12;
   constexpr qsizetype headerLength = 17;
@@ -302,21 +302,21 @@ QByteArray claiming(QByteArray png, quint32 width, quint32 height) {
   return png;
 }
 
-TEST_F(Reading, a_picture_that_says_it_has_100_megapixels_is_not_unpacked) {
+TEST_F(Reading, a_picture_that_claims_100_megapixels_is_not_decoded) {
   const QByteArray small = bytesOf(save("small.png", imageOf(codeOf("small"))));
   EXPECT_EQ(read(write("100.png", claiming(small, 10000, 10000))), tooLarge);
   EXPECT_EQ(read(write("wide.png", claiming(small, 1'000'000, 100))), tooLarge);
   EXPECT_EQ(read(write("vast.png", claiming(small, 0x7FFFFFFF, 0x7FFFFFFF))).size(), 1u);
-  // The claim is all that was wrong with it.
+  // With its true size the picture is read.
   const auto side = static_cast<quint32>(codeOf("small").width);
   EXPECT_EQ(read(write("small.png", claiming(small, side, side))), CodeTexts{"small"});
 }
 
-TEST_F(Reading, the_smallest_picture_holds_nothing) {
+TEST_F(Reading, the_smallest_picture_contains_no_code) {
   EXPECT_EQ(read(save("one.png", QImage(1, 1, QImage::Format_RGB32))), CodeTexts());
 }
 
-TEST_F(Reading, a_picture_is_found_by_its_path_and_by_its_address) {
+TEST_F(Reading, a_picture_is_found_by_its_path_and_by_its_url) {
   const std::string path = save("a code & more.png", imageOf(codeOf(enrollment)));
   EXPECT_EQ(read(path), CodeTexts{enrollment});
   EXPECT_EQ(
@@ -324,7 +324,7 @@ TEST_F(Reading, a_picture_is_found_by_its_path_and_by_its_address) {
       CodeTexts{enrollment});
 }
 
-TEST_F(Reading, a_picture_is_what_its_content_says) {
+TEST_F(Reading, the_content_of_a_picture_decides_its_format) {
   const std::string png = save("code.png", imageOf(codeOf(enrollment)));
   std::filesystem::rename(png, file("code.jpg"));
   EXPECT_EQ(read(file("code.jpg")), CodeTexts{enrollment});
@@ -336,7 +336,7 @@ TEST_F(Reading, reads_every_common_format) {
   }
 }
 
-TEST_F(Reading, what_is_transparent_is_paper) {
+TEST_F(Reading, transparent_pixels_count_as_paper) {
   QImage image = imageOf(codeOf(enrollment)).convertToFormat(QImage::Format_ARGB32);
   for (int y = 0; y < image.height(); ++y) {
     for (int x = 0; x < image.width(); ++x) {
@@ -355,7 +355,7 @@ TEST_F(Reading, reads_a_poor_photograph) {
   EXPECT_EQ(read(save("photograph.jpg", photograph, 60)), CodeTexts{enrollment});
 }
 
-TEST_F(Reading, an_empty_clipboard_is_said_to_be_so) {
+TEST_F(Reading, an_empty_clipboard_is_an_error) {
   QGuiApplication::clipboard()->setText("no picture");
   CodeTexts said;
   reader().readClipboard([&](const Result<RecognisedObjects>& objects) {
@@ -385,7 +385,7 @@ TEST_F(Filming, the_newest_picture_wins) {
   EXPECT_EQ(heard, CodeTexts{"three"});
 }
 
-TEST_F(Filming, searches_five_pictures_in_a_second_and_shows_all) {
+TEST_F(Filming, searches_five_pictures_per_second_and_shows_all) {
   start();
   int shown = 0;
   QObject::connect(&reader().frames(), &CameraFrames::changed, [&] { ++shown; });
@@ -398,7 +398,7 @@ TEST_F(Filming, searches_five_pictures_in_a_second_and_shows_all) {
   EXPECT_EQ(heard.size(), 5u);
 }
 
-TEST_F(Filming, a_picture_that_came_during_a_pause_is_searched_after_it) {
+TEST_F(Filming, a_picture_from_a_pause_is_searched_after_it) {
   start();
   show("one");
   dispatch.settle();
@@ -409,7 +409,7 @@ TEST_F(Filming, a_picture_that_came_during_a_pause_is_searched_after_it) {
   EXPECT_EQ(heard, (CodeTexts{"one", "two"}));
 }
 
-TEST_F(Filming, a_picture_of_a_camera_that_was_stopped_is_neither_shown_nor_searched) {
+TEST_F(Filming, a_picture_of_a_stopped_camera_is_neither_shown_nor_searched) {
   start();
   const auto late = camera.handler();
   reader().stopRunning();
@@ -421,7 +421,7 @@ TEST_F(Filming, a_picture_of_a_camera_that_was_stopped_is_neither_shown_nor_sear
   EXPECT_TRUE(reader().frames().newest().isNull());
 }
 
-TEST_F(Filming, nothing_is_shown_of_a_camera_that_has_stopped) {
+TEST_F(Filming, nothing_is_shown_after_the_camera_stopped) {
   start();
   show("one");
   dispatch.settle();
@@ -430,7 +430,7 @@ TEST_F(Filming, nothing_is_shown_of_a_camera_that_has_stopped) {
   EXPECT_TRUE(reader().frames().newest().isNull());
 }
 
-TEST_F(Filming, pictures_may_come_on_any_thread) {
+TEST_F(Filming, pictures_may_arrive_on_any_thread) {
   start();
   std::thread([this] { show("one"); }).join();
   EXPECT_TRUE(heard.empty());
@@ -451,7 +451,7 @@ QVideoFrame frameOf(const std::string& text) {
 
 class Video : public testing::Test {
  protected:
-  // Where there is no graphics card Qt says so once, and does without.
+  // Without a graphics card Qt prints a warning once; this triggers it before the tests.
   static void SetUpTestSuite() { EXPECT_FALSE(frameOf("first").toImage().isNull()); }
 };
 
@@ -470,11 +470,11 @@ TEST_F(Video, frames_become_pictures_and_the_newest_wins) {
   EXPECT_EQ(pictures, (std::vector{imageOf(codeOf("two")), imageOf(codeOf("three"))}));
 }
 
-// A camera whose device files are a test's.
+// A camera whose device files belong to the test.
 class Devices : public testing::Test {
  protected:
   void plugIn(const std::string& name) { std::ofstream(directory_.path() / name) << "device"; }
-  // Nobody may use it, not even the administrator.
+  // A device that nobody can open, not even root.
   void plugInRefused(const std::string& name) {
     std::filesystem::create_symlink("/nowhere/at/all", directory_.path() / name);
   }
@@ -496,7 +496,7 @@ TEST_F(Devices, without_a_device_there_is_no_camera) {
   camera.stop();
 }
 
-TEST_F(Devices, a_device_that_may_not_be_opened_is_refused) {
+TEST_F(Devices, a_device_that_can_not_be_opened_is_refused) {
   plugInRefused("video0");
   const QtCamera camera(options());
   EXPECT_EQ(camera.state(), CameraState::refused);
@@ -504,7 +504,7 @@ TEST_F(Devices, a_device_that_may_not_be_opened_is_refused) {
   EXPECT_EQ(camera.state(), CameraState::available);
 }
 
-TEST_F(Devices, a_camera_comes_and_goes) {
+TEST_F(Devices, follows_devices_that_are_plugged_in_and_out) {
   QtCamera camera(options());
   std::vector<CameraState> heard;
   const auto subscription = camera.observe([&] { heard.push_back(camera.state()); });
@@ -525,7 +525,7 @@ TEST_F(Devices, without_the_module_there_is_no_camera) {
   EXPECT_EQ(camera.state(), CameraState::absent);
 }
 
-TEST_F(Devices, the_module_finds_no_camera_where_there_is_none) {
+TEST_F(Devices, the_module_reports_a_missing_camera) {
   if (!QDir("/dev").entryList({"video*"}, QDir::System).isEmpty()) {
     GTEST_SKIP() << "this machine has a camera";
   }
@@ -539,7 +539,7 @@ TEST_F(Devices, the_module_finds_no_camera_where_there_is_none) {
   EXPECT_EQ(camera.state(), CameraState::absent);
 }
 
-TEST_F(Devices, a_camera_that_failed_has_another_chance_with_the_next_observer) {
+TEST_F(Devices, a_failed_camera_may_be_tried_again_by_the_next_observer) {
   plugIn("video0");
   QtCamera camera(options());
   int changes = 0;
@@ -551,14 +551,14 @@ TEST_F(Devices, a_camera_that_failed_has_another_chance_with_the_next_observer) 
   EXPECT_EQ(camera.state(), CameraState::available);
 }
 
-TEST_F(Devices, a_stop_wins_over_a_start_that_would_fail) {
+TEST_F(Devices, a_stop_overrides_a_start_that_would_fail) {
   plugIn("video0");
   QtCamera camera(options());
   int changes = 0;
   const auto subscription = camera.observe([&] { ++changes; });
   camera.start([](const QImage&) { FAIL(); });
   camera.stop();
-  // A second start and its failure, after which the first's would long have come.
+  // Once this second start has failed, the first failure would have arrived too.
   camera.start([](const QImage&) { FAIL(); });
   ASSERT_TRUE(waitUntil([&] { return changes > 0; }));
   EXPECT_EQ(changes, 1);
@@ -588,13 +588,13 @@ class WithPortal : public Reading {
   PrivateBus bus_{busDirectory_.path()};
 };
 
-TEST_F(WithPortal, the_persons_picture_of_the_screen_is_read_and_removed) {
+TEST_F(WithPortal, a_screenshot_by_the_person_is_read_and_deleted) {
   EXPECT_EQ(readScreen(), CodeTexts{enrollment});
   EXPECT_TRUE(portal->wasInteractive);
   EXPECT_FALSE(std::filesystem::exists(file("screen.png")));
 }
 
-TEST_F(WithPortal, a_person_may_refuse) {
+TEST_F(WithPortal, the_person_may_refuse) {
   const CodeTexts refused{"No picture of the screen was taken."};
   portal->response = 1;
   EXPECT_EQ(readScreen(), refused);
@@ -606,12 +606,12 @@ TEST_F(WithPortal, a_person_may_refuse) {
   EXPECT_TRUE(std::filesystem::exists(file("screen.png")));
 }
 
-TEST_F(WithPortal, an_answer_that_is_no_file_is_an_error) {
+TEST_F(WithPortal, an_answer_without_a_file_is_an_error) {
   portal->uri = "https://example.com/screen.png";
   EXPECT_EQ(readScreen(), notOpened);
 }
 
-TEST_F(WithPortal, a_portal_that_goes_away_counts_as_a_refusal) {
+TEST_F(WithPortal, a_portal_that_disappears_counts_as_a_refusal) {
   portal->answers = false;
   bool replied = false;
   reader().readScreen([&](const Result<RecognisedObjects>& objects) { replied = !objects.ok(); });
@@ -628,13 +628,13 @@ TEST_F(WithPortal, a_portal_that_goes_away_counts_as_a_refusal) {
   }));
 }
 
-TEST_F(WithPortal, without_a_portal_the_window_system_is_asked) {
+TEST_F(WithPortal, without_a_portal_the_window_system_is_used) {
   QDBusConnection("portal").unregisterService("org.freedesktop.portal.Desktop");
   const PictureWindow window(imageOf(codeOf("on the screen")));
   EXPECT_EQ(readScreen(), CodeTexts{"on the screen"});
 }
 
-TEST(CameraPreview, fills_its_place_with_what_the_camera_sees_as_in_a_mirror) {
+TEST(CameraPreview, fills_its_area_with_the_mirrored_picture_of_the_camera) {
   qml_register_types_Quillmar();
   const QrencodeEncoder encoder;
   DesktopSettings desktop;
@@ -659,7 +659,7 @@ TEST(CameraPreview, fills_its_place_with_what_the_camera_sees_as_in_a_mirror) {
   };
   EXPECT_EQ(colours(), (std::vector<QColor>{Qt::green, Qt::green, Qt::green}));
 
-  // Its outer quarters stand out of a square.
+  // The picture is twice as wide as the square item, so its outer quarters are cropped.
   QImage seen(400, 200, QImage::Format_RGB32);
   const std::vector<QColor> quarters{Qt::black, Qt::red, Qt::blue, Qt::white};
   for (int x = 0; x < seen.width(); ++x) {

@@ -18,7 +18,7 @@ const QString marks = QString::fromUtf16(
     u"\u061C\u200E\u200F\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069\u206A\u206B\u206C\u206D\u206E"
     u"\u206F");
 
-TEST(ShownText, has_no_mark_that_turns_the_direction) {
+TEST(ShownText, has_no_bidi_marks) {
   EXPECT_EQ(shown(marks), "");
   for (const QChar mark : marks) {
     EXPECT_EQ(shown(QString("a") + mark + "b"), "ab");
@@ -26,9 +26,9 @@ TEST(ShownText, has_no_mark_that_turns_the_direction) {
   }
 }
 
-TEST(ShownText, keeps_all_else_to_the_letter) {
-  // Names from right to left, one of them with a mark that keeps letters apart; then people of several code
-  // points, and flags of tags and of letters.
+TEST(ShownText, keeps_everything_else_unchanged) {
+  // Names written from right to left, one with a zero-width non-joiner; then people of several code points,
+  // and flags of tags and of letters.
   const QStringList ordinary{"",
                              "O'Neill & <b>Söhne</b>\n\tend",
                              "שרה בת־אל (8)",
@@ -42,13 +42,13 @@ TEST(ShownText, keeps_all_else_to_the_letter) {
   }
 }
 
-TEST(ShownText, keeps_the_neighbours_of_the_marks_it_takes_out) {
+TEST(ShownText, keeps_the_neighbours_of_removed_marks) {
   const QString neighbours =
       QString::fromUtf16(u"\u2027\u2028\u2029\u202F\u2065\u2070\u200D\u200C\u200B\u2010\u061B\u061D");
   EXPECT_EQ(shown(neighbours), neighbours);
 }
 
-TEST(ShownText, loses_the_middle_where_it_is_too_long) {
+TEST(ShownText, loses_its_middle_if_it_is_too_long) {
   const QString longest(longestShownText, u'w');
   EXPECT_EQ(shown(longest), longest);
   const QString text = "Delete " + QString(65000, u'w') + "? This cannot be undone.";
@@ -60,7 +60,7 @@ TEST(ShownText, loses_the_middle_where_it_is_too_long) {
   EXPECT_EQ(editedText(text.toStdString()), text);
 }
 
-TEST(ShownText, says_that_something_is_missing_of_what_it_does_not_read) {
+TEST(ShownText, marks_the_part_that_it_does_not_decode) {
   const QString text = "begin" + QString(100000, QChar(0x202E)) + "end";
   EXPECT_EQ(shown(text), QStringLiteral("begin…end"));
   for (int before = 0; before < 4; ++before) {
@@ -80,7 +80,7 @@ TEST(ShownText, cuts_no_character_in_two) {
   }
 }
 
-TEST(ShownText, cuts_what_is_no_character_of_any_script) {
+TEST(ShownText, cuts_a_grapheme_that_belongs_to_no_script) {
   const QString endless = QStringLiteral("👩\u200D").repeated(3000);
   for (const QString& text : {endless, u'a' + endless, QStringLiteral("ab") + endless}) {
     const QString rest = shown(text);
@@ -89,7 +89,7 @@ TEST(ShownText, cuts_what_is_no_character_of_any_script) {
   }
 }
 
-TEST(ShownText, piles_up_no_more_marks_on_a_letter_than_a_script_does) {
+TEST(ShownText, keeps_no_more_combining_marks_on_a_letter_than_a_script_uses) {
   const QString most = u'Z' + QString(12, QChar(0x0335)) + u'Z';
   EXPECT_EQ(shown(most), most);
   EXPECT_EQ(shown(u'Z' + QString(500, QChar(0x0335)) + u'Z'), most);
@@ -97,7 +97,7 @@ TEST(ShownText, piles_up_no_more_marks_on_a_letter_than_a_script_does) {
   EXPECT_EQ(shown(u'Z' + astral.repeated(500) + u'Z'), u'Z' + astral.repeated(12) + u'Z');
 }
 
-TEST(ShownText, loses_lines_in_the_middle_where_it_has_too_many) {
+TEST(ShownText, loses_lines_in_the_middle_if_it_has_too_many) {
   for (const QString& lineBreak : {QStringLiteral("\n"), QStringLiteral("\r\n"), QStringLiteral("\r"),
                                    QString(QChar(0x2028)), QString(QChar(0x2029)), QString(QChar(0x0085))}) {
     const auto lines = [&](int count) {
@@ -116,7 +116,7 @@ TEST(ShownText, loses_lines_in_the_middle_where_it_has_too_many) {
   }
 }
 
-TEST(ShownText, is_at_home_with_broken_bytes) {
+TEST(ShownText, accepts_invalid_utf8) {
   EXPECT_EQ(shownText("a\xFF"), QStringLiteral("a�"));
   EXPECT_EQ(shownText(std::string_view("\0", 1)).size(), 1);
 }
@@ -150,13 +150,13 @@ class Screen final : public ScreenModel {
   Published<Entry> qrCode{*this, "qrCode", {hostile}};
 };
 
-// Whatever a model holds, and however deep.
+// A screen with texts in every kind of member, at every depth.
 struct ShownByBridge : BridgedModel<Screen> {
   QVariant firstOf(const char* name) const { return list(name)->at(0); }
   const QString fit = shownText(hostile);
 };
 
-TEST_F(ShownByBridge, every_text_of_a_model_is_fit_to_be_drawn) {
+TEST_F(ShownByBridge, every_text_of_a_model_is_safe_to_draw) {
   ASSERT_EQ(fit.size(), longestShownText);
   for (const bool afterAChange : {false, true}) {
     EXPECT_EQ(shown("name"), fit);
@@ -182,12 +182,12 @@ TEST_F(ShownByBridge, every_text_of_a_model_is_fit_to_be_drawn) {
   }
 }
 
-TEST_F(ShownByBridge, the_models_own_values_stay_as_they_are) {
+TEST_F(ShownByBridge, the_models_own_values_are_unchanged) {
   EXPECT_EQ(model->name(), hostile);
   EXPECT_EQ(model->entry().id, hostile);
 }
 
-TEST_F(ShownByBridge, what_is_in_a_text_box_is_all_there_and_goes_as_typed) {
+TEST_F(ShownByBridge, the_text_of_an_input_is_complete_and_sent_as_typed) {
   EXPECT_EQ(shown("typed"), editedText(hostile));
   EXPECT_EQ(model->typed(), hostile) << "showing is not typing";
   const QString own = QStringLiteral("\u200Fשרה\u200F");
@@ -197,7 +197,7 @@ TEST_F(ShownByBridge, what_is_in_a_text_box_is_all_there_and_goes_as_typed) {
   EXPECT_EQ(shown("typed"), own) << "the box changed under the hands of who types";
 }
 
-TEST_F(ShownByBridge, what_a_machine_reads_is_exact) {
+TEST_F(ShownByBridge, a_text_for_machines_is_exact) {
   EXPECT_EQ(shown("qrCode").toMap().value("id"), QString::fromStdString(hostile));
 }
 

@@ -9,7 +9,7 @@
 
 #include "testing/ui/parent_stage.h"
 
-// Lists that change while somebody is at them.
+// Lists that change while a person uses them.
 namespace quillmar::ui {
 namespace {
 
@@ -26,11 +26,11 @@ struct StillLists : testing::Test {
 
   UiStage stage;
 
-  // Rows move to their places from the frame on in which they are laid out.
+  // Rows start to move in the frame in which they are laid out.
   void comeToRest() { stage.settle(); }
   ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
   ScriptedHttpSession& http() { return stage.application.machine.http; }
-  // The sites of the last minute, newest first, as the next tick finds them.
+  // Sets the sites of the last minute, newest first, which the next tick fetches.
   void visit(const std::vector<std::string>& sites) {
     const auto now = stage.application.machine.dispatch.now();
     std::string logs;
@@ -52,19 +52,19 @@ struct StillLists : testing::Test {
     }
     return *item;
   }
-  // Where it stands in the window.
+  // The row's y coordinate in the window.
   double place(const QString& name) { return row(name).mapToScene({0, 0}).y(); }
   double scrolled() {
     return around(stage.control("Mia's phone"), "QQuickFlickable")->property("contentY").toDouble();
   }
-  // Brings it to the middle of the window, as a wheel does, or as near to it as the page goes.
+  // Scrolls by wheel until it is in the middle of the window, or as near as the page allows.
   void scrollTo(const QString& name) {
     auto* const page = around(&row(name), "QQuickFlickable");
     const double longest = page->property("contentHeight").toDouble() - page->height();
     page->setProperty("contentY", std::clamp(scrolled() + place(name) - page->height() / 2, 0.0, longest));
     stage.settle();
   }
-  // From the top of the window to its bottom.
+  // The sites from the top of the window to its bottom.
   std::vector<std::string> sitesFromTheTop() {
     std::vector<std::pair<double, std::string>> found;
     forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
@@ -84,7 +84,7 @@ struct StillLists : testing::Test {
 
 using Sites = std::vector<std::string>;
 
-TEST_F(StillLists, the_focus_goes_to_the_row_that_takes_the_place_of_one_that_left) {
+TEST_F(StillLists, the_row_that_takes_the_place_of_a_removed_one_gets_the_focus) {
   stage.focusOn("c.test");
   const double before = scrolled();
   const double there = place("c.test");
@@ -95,7 +95,7 @@ TEST_F(StillLists, the_focus_goes_to_the_row_that_takes_the_place_of_one_that_le
   EXPECT_EQ(scrolled(), before) << "the page jumped";
 }
 
-TEST_F(StillLists, the_focus_goes_to_the_last_row_when_the_last_one_left) {
+TEST_F(StillLists, the_last_row_gets_the_focus_when_the_last_one_was_removed) {
   stage.focusOn("e.test");
   const double before = scrolled();
   visit({"a.test", "b.test"});
@@ -103,20 +103,20 @@ TEST_F(StillLists, the_focus_goes_to_the_last_row_when_the_last_one_left) {
   EXPECT_EQ(scrolled(), before) << "the page jumped";
 }
 
-TEST_F(StillLists, the_focus_stays_at_its_place_when_rows_above_it_leave_too) {
+TEST_F(StillLists, the_focus_keeps_its_place_when_rows_above_are_removed_too) {
   stage.focusOn("d.test");
   visit({"a.test", "c.test", "e.test"});
   EXPECT_EQ(stage.focusedName(), "e.test");
 }
 
-TEST_F(StillLists, the_focus_goes_to_the_newcomer_that_takes_the_place) {
+TEST_F(StillLists, a_new_row_in_the_place_of_the_focused_one_gets_the_focus) {
   stage.focusOn("c.test");
   visit({"new.test", "a.test", "b.test", "d.test", "e.test"});
   EXPECT_EQ(stage.focusedName(), "new.test");
   EXPECT_EQ(sitesFromTheTop(), (Sites{"a.test", "b.test", "new.test", "d.test", "e.test"}));
 }
 
-TEST_F(StillLists, the_focus_waits_where_a_list_was_that_is_empty_now) {
+TEST_F(StillLists, the_placeholder_of_an_empty_list_holds_the_focus) {
   stage.focusOn("c.test");
   const double before = scrolled();
   visit({});
@@ -126,7 +126,7 @@ TEST_F(StillLists, the_focus_waits_where_a_list_was_that_is_empty_now) {
   EXPECT_EQ(stage.focusedName(), "x.test");
 }
 
-TEST_F(StillLists, from_an_empty_list_the_focus_goes_on_to_what_follows) {
+TEST_F(StillLists, tab_continues_from_an_empty_list_to_what_follows) {
   stage.focusOn("c.test");
   visit({});
   EXPECT_EQ(stage.focused(), around(stage.find("No recent activity"), "QQuickRectangle"));
@@ -134,14 +134,14 @@ TEST_F(StillLists, from_an_empty_list_the_focus_goes_on_to_what_follows) {
   EXPECT_TRUE(stage.focusedName().startsWith("Remove ")) << stage.focusedName().toStdString();
 }
 
-TEST_F(StillLists, a_focus_elsewhere_stays_there) {
+TEST_F(StillLists, a_focus_elsewhere_is_unchanged) {
   stage.focusOn("Link Device");
   visit({});
   visit({"x.test"});
   EXPECT_EQ(stage.focusedName(), "Link Device");
 }
 
-TEST_F(StillLists, a_site_that_is_taken_out_hands_the_focus_to_the_next_one) {
+TEST_F(StillLists, a_removed_site_passes_the_focus_to_the_next_one) {
   http().answerAlways(
       "DELETE", "/children/c1/policy/allow/school.example", 200,
       R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":[],"allowed_domains":["Library.example.org"],"created_at":"c","updated_at":"u"})");
@@ -150,7 +150,7 @@ TEST_F(StillLists, a_site_that_is_taken_out_hands_the_focus_to_the_next_one) {
   EXPECT_EQ(stage.focusedName(), "Remove Library.example.org");
 }
 
-// In a window that scrolls and in one that needs not.
+// In a window that scrolls, and in one that is high enough.
 class AtAList : public StillLists, public testing::WithParamInterface<QSize> {
  protected:
   AtAList() : StillLists(GetParam()) {}
@@ -180,12 +180,12 @@ TEST_P(AtAList, rows_with_the_focus_stay_and_new_ones_follow) {
   EXPECT_EQ(sitesFromTheTop(), (Sites{"d.test", "x.test", "a.test", "b.test", "c.test", "e.test"}));
 }
 
-TEST_P(AtAList, a_list_that_nobody_is_at_is_in_the_models_order) {
+TEST_P(AtAList, an_unused_list_is_in_the_models_order) {
   visit({"d.test", "x.test", "a.test", "b.test"});
   EXPECT_EQ(sitesFromTheTop(), (Sites{"d.test", "x.test", "a.test", "b.test"}));
 }
 
-TEST_P(AtAList, a_field_below_stays_while_somebody_types_in_it) {
+TEST_P(AtAList, a_text_box_below_stays_in_place_while_a_person_types) {
   stage.focusOn(allowedField);
   stage.type("exam");
   const double before = place(allowedField);
@@ -200,7 +200,7 @@ TEST_P(AtAList, a_field_below_stays_while_somebody_types_in_it) {
   EXPECT_EQ(screen().policySection.newDomain(), "example");
 }
 
-TEST_P(AtAList, a_page_that_was_held_comes_home_when_the_typing_is_over) {
+TEST_P(AtAList, a_shifted_page_returns_to_its_place_after_typing) {
   stage.focusOn(allowedField);
   visit({});
   stage.focusOn("Real-Time");
@@ -214,7 +214,7 @@ TEST_P(AtAList, a_page_that_was_held_comes_home_when_the_typing_is_over) {
 
 INSTANTIATE_TEST_SUITE_P(Windows, AtAList, testing::Values(QSize(390, 844), QSize(390, 2600)));
 
-// A finger that is quicker than a double tap.
+// Two touches that are quicker than a double tap.
 TEST_F(StillLists, the_second_quick_touch_of_a_row_counts) {
   const QPoint there = middleOf(row("Mia's phone"));
   const auto face = [&] {

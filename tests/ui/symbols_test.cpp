@@ -49,7 +49,7 @@ TEST(Symbols, each_can_be_drawn) {
   }
 }
 
-TEST(Symbols, no_file_lies_unused) {
+TEST(Symbols, every_file_is_used) {
   std::set<std::string> used;
   for (const auto& symbol : symbols) {
     used.insert(std::string(symbol.file) + ".svg");
@@ -59,12 +59,12 @@ TEST(Symbols, no_file_lies_unused) {
   }
 }
 
-TEST(Symbols, an_unknown_name_has_none) {
+TEST(Symbols, an_unknown_name_has_no_file) {
   EXPECT_EQ(symbolFile("no.such.symbol"), "");
   EXPECT_EQ(symbolFile(""), "");
 }
 
-TEST(Symbols, everything_that_a_screen_names_is_known) {
+TEST(Symbols, every_name_on_a_screen_is_known) {
   std::set<std::string> named;
   for (const auto& stored : {StoredSettings(), asParent(), asNewChild(), asEnrolledChild()}) {
     TestApplication application(stored);

@@ -17,7 +17,7 @@
 #include "testing/ui/ui_stage.h"
 #include "ui/bridge/shown_text.h"
 
-// What the screens are drawn in and laid out by is what the presentation says, under the same name.
+// Theme.qml has the presentation's colours and measures under the same names.
 namespace quillmar::ui {
 namespace {
 
@@ -53,7 +53,7 @@ TEST_P(ThemeTest, has_every_colour_of_the_look_in_force) {
   }
 }
 
-TEST_P(ThemeTest, has_the_colours_of_the_other_look_when_that_comes) {
+TEST_P(ThemeTest, has_the_colours_of_the_other_look_after_a_change) {
   stage.desktop.setWishes({.dark = !dark()});
   stage.settle();
   for (const auto& [name, text] : rawNames<SchemeColor>) {
@@ -62,7 +62,7 @@ TEST_P(ThemeTest, has_the_colours_of_the_other_look_when_that_comes) {
   }
 }
 
-TEST_P(ThemeTest, gives_a_colour_that_a_screen_names) {
+TEST_P(ThemeTest, has_every_colour_that_a_screen_names) {
   for (const auto& [name, text] : rawNames<SemanticColor>) {
     QVariant given;
     ASSERT_TRUE(QMetaObject::invokeMethod(const_cast<QObject*>(&theme()), "tint",
@@ -71,7 +71,7 @@ TEST_P(ThemeTest, gives_a_colour_that_a_screen_names) {
   }
 }
 
-TEST_P(ThemeTest, has_no_colour_that_is_none) {
+TEST_P(ThemeTest, has_no_invalid_colour) {
   int seen = 0;
   for (int i = theme().metaObject()->propertyOffset(); i < theme().metaObject()->propertyCount(); ++i) {
     const QMetaProperty property = theme().metaObject()->property(i);
@@ -99,11 +99,11 @@ TEST_P(ThemeTest, has_the_presentations_measures) {
 INSTANTIATE_TEST_SUITE_P(Looks, ThemeTest, testing::Bool(),
                          [](const auto& look) { return look.param ? "dark" : "light"; });
 
-// A colour written into a screen would be the same by day and by night, and nobody would check its contrast.
+// A colour literal in a screen would be the same in both looks, and its contrast would not be checked.
 const QRegularExpression ownColour(
     R"re("#[0-9A-Fa-f]{3,8}"|Qt\.(rgba|hsla|hsva|color)\(|color: *"(?!transparent")\w+")re");
 
-TEST(Theme, is_where_every_colour_comes_from) {
+TEST(Theme, is_the_source_of_every_colour) {
   const QDir files(QStringLiteral(":/Quillmar"));
   const auto names = files.entryList({QStringLiteral("*.qml")});
   EXPECT_GT(names.size(), 100);
@@ -119,7 +119,7 @@ TEST(Theme, is_where_every_colour_comes_from) {
   }
 }
 
-TEST(Theme, is_where_every_colour_comes_from_which_is_found_out) {
+TEST(Theme, colour_literals_are_found) {
   for (const char* const text : {R"(color: "#FFFFFF")", R"(color: on ? "#fff" : Theme.text)",
                                  R"(color: "red")", "color: Qt.rgba(0, 0, 0, 0.4)"}) {
     EXPECT_TRUE(ownColour.match(text).hasMatch()) << text;

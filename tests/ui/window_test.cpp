@@ -26,7 +26,7 @@ void openSettings(UiStage& stage) {
   ASSERT_TRUE(stage.shows("Device Information"));
 }
 
-TEST(Window, shows_the_role_cards_at_a_first_start) {
+TEST(Window, shows_the_role_cards_at_the_first_start) {
   UiStage stage;
   EXPECT_TRUE(stage.shows("Welcome to Quillmar"));
   EXPECT_TRUE(stage.shows("I'm a Parent"));
@@ -34,7 +34,7 @@ TEST(Window, shows_the_role_cards_at_a_first_start) {
   EXPECT_EQ(roleOf(stage), DeviceRole::unset);
 }
 
-TEST(Window, a_role_is_chosen_by_the_keyboard_alone) {
+TEST(Window, a_role_is_chosen_by_keyboard_only) {
   UiStage stage;
   EXPECT_EQ(stage.focusedName(), "I'm a Parent");
   stage.press(Qt::Key_Tab);
@@ -88,7 +88,7 @@ TEST(Window, an_enrollment_waits_shows_its_code_and_is_cancelled) {
   EXPECT_FALSE(stage.shows("K7QX2M"));
 }
 
-TEST(Window, the_home_screen_comes_up_when_a_parent_has_finished) {
+TEST(Window, the_home_screen_appears_when_a_parent_has_finished) {
   UiStage stage({.stored = asNewChild()});
   auto& http = stage.application.machine.http;
   http.answer("POST", "/enrollment/init", 200, initAnswer);
@@ -102,7 +102,7 @@ TEST(Window, the_home_screen_comes_up_when_a_parent_has_finished) {
 
 class AlertTest : public testing::TestWithParam<Qt::Key> {};
 
-TEST_P(AlertTest, is_answered_by_the_keyboard_and_gives_the_focus_back) {
+TEST_P(AlertTest, is_answered_by_keyboard_and_returns_the_focus) {
   UiStage stage({.stored = asNewChild()});
   stage.application.machine.http.answer("POST", "/enrollment/init", 500, R"({"error":"Busy, try later"})");
   stage.press(Qt::Key_Return);
@@ -121,7 +121,7 @@ TEST_P(AlertTest, is_answered_by_the_keyboard_and_gives_the_focus_back) {
 
 INSTANTIATE_TEST_SUITE_P(Keys, AlertTest, testing::Values(Qt::Key_Escape, Qt::Key_Return, Qt::Key_Space));
 
-TEST(Window, what_the_service_says_is_shown_as_plain_text) {
+TEST(Window, texts_of_the_service_are_shown_as_plain_text) {
   UiStage stage({.stored = asNewChild()});
   stage.application.machine.http.answer("POST", "/enrollment/init", 500,
                                         R"({"error":"<b>bold</b> <img src=x>"})");
@@ -145,7 +145,7 @@ TEST(Window, the_settings_open_and_close_over_the_home_screen) {
   EXPECT_FALSE(stage.shows("Device Information"));
 }
 
-TEST(Window, the_keyboard_stays_inside_a_sheet) {
+TEST(Window, the_focus_stays_inside_a_sheet) {
   UiStage stage({.stored = asEnrolledChild()});
   openSettings(stage);
   for (int i = 0; i < 12; ++i) {
@@ -187,7 +187,7 @@ TEST(Window, the_endpoint_is_copied) {
   EXPECT_EQ(stage.application.machine.clipboard.string(), "https://dns.example/d7");
 }
 
-TEST(Window, the_simulated_permission_says_what_it_is_and_carries_the_answer) {
+TEST(Window, the_simulated_permission_says_that_it_is_one_and_forwards_the_answer) {
   UiStage stage({.stored = asEnrolledChild()});
   std::vector<bool> answers;
   stage.permissionPrompt.ask([&](bool allowed) { answers.push_back(allowed); });
@@ -213,7 +213,7 @@ QRectF areaOfSettings(QSize window) {
   return {};
 }
 
-TEST(Window, a_sheet_is_a_page_on_a_narrow_window_and_a_card_on_a_wide_one) {
+TEST(Window, a_sheet_is_a_page_in_a_narrow_window_and_a_card_in_a_wide_one) {
   EXPECT_EQ(areaOfSettings({390, 844}), QRectF(0, 0, 390, 844));
   const QRectF card = areaOfSettings({1280, 800});
   EXPECT_EQ(card.width(), 640);
@@ -221,7 +221,7 @@ TEST(Window, a_sheet_is_a_page_on_a_narrow_window_and_a_card_on_a_wide_one) {
   EXPECT_LT(card.height(), 800);
 }
 
-// Everything that can be pressed has a name, a role, and 44 points to hit, at every size.
+// Every control has a name, a role and a target of 44 points, at every text size.
 class AccessibilityTest : public testing::TestWithParam<double> {
  protected:
   static void check(const QQuickItem& item) {
@@ -244,7 +244,7 @@ class AccessibilityTest : public testing::TestWithParam<double> {
       check(*child);
     }
   }
-  // No text is wider or higher than the room it has.
+  // No text is wider or higher than its room.
   static void checkText(const QQuickItem& item) {
     if (!item.isVisible()) {
       return;
@@ -284,7 +284,7 @@ TEST_P(AccessibilityTest, holds_for_every_screen) {
 
 INSTANTIATE_TEST_SUITE_P(TextScales, AccessibilityTest, testing::Values(1.0, 1.5, 2.0));
 
-TEST(Window, every_picture_of_a_look_differs_from_the_other) {
+TEST(Window, pictures_of_the_light_and_the_dark_look_differ) {
   UiStage stage({.desktop = {.dark = true}});
   const QImage dark = stage.picture();
   stage.style.setOverrideUserInterfaceStyle(UserInterfaceStyle::light);

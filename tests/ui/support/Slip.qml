@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// What the checker is tried on.
+// A file with a mistake, which the checker must find.
 Rectangle {
     border.width: Theme.quickly
 }

@@ -13,7 +13,7 @@
 
 namespace quillmar::ui {
 
-// A record as a model holds it.
+// A record in a model.
 struct Entry {
   std::string id;
   int count = 0;
@@ -21,7 +21,7 @@ struct Entry {
   friend bool operator==(const Entry&, const Entry&) = default;
 };
 
-// A model and what QML sees of it.
+// A model and its bridge.
 template <class Model>
 struct BridgedModel : testing::Test {
   static void turn() { QCoreApplication::processEvents(); }
@@ -32,7 +32,7 @@ struct BridgedModel : testing::Test {
   ModelBridge* nested(const char* name) const { return asBridge(shown(name)); }
   KeyedListModel* list(const char* name) const { return shown(name).template value<KeyedListModel*>(); }
   ActionBridge* action(const char* name) const { return shown(name).template value<ActionBridge*>(); }
-  // What QML does when it assigns to a property.
+  // Assigns to a property as QML does.
   void assign(const char* name, const QVariant& value) { bridge.setProperty(name, value); }
 
   std::shared_ptr<Model> model = std::make_shared<Model>();

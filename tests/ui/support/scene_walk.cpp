@@ -19,7 +19,7 @@ std::vector<SizedScene> scenesIn(const std::vector<QSize>& sizes) {
 void play(UiStage& stage, const Shot& shot) {
   shot.play(stage);
   stage.settle();
-  // A box that a frame has found too low has its height in the next one.
+  // A box that was too low in one frame gets its height in the next.
   stage.settle();
 }
 

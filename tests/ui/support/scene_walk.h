@@ -15,7 +15,7 @@ inline void PrintTo(const Shot& shot, std::ostream* out) { *out << shot.name; }
 
 namespace ui {
 
-// A scene in a window of some size.
+// A scene in a window of a given size.
 struct SizedScene {
   Shot shot;
   QSize size;
@@ -30,14 +30,14 @@ std::vector<SizedScene> scenesIn(const std::vector<QSize>& sizes);
 // Plays a scene to its end.
 void play(UiStage& stage, const Shot& shot);
 
-// Visits every text that the window shows, in front or behind.
+// Visits every text in the window, including covered ones.
 void forEachText(const UiStage& stage, const std::function<void(const QQuickItem&)>& visit);
 bool isText(const QQuickItem& item);
 
-// What lies in front of all else: the last popup that is open, or the whole window.
+// The topmost item: the last open popup, or the whole window.
 const QQuickItem& frontOf(const UiStage& stage);
 
-// How far a row that is drawn aside has taken the item along.
+// The distance by which a swiped row has moved the item.
 double drawnAside(const QQuickItem& item);
 
 }  // namespace ui
