@@ -12,7 +12,7 @@ constexpr std::string_view file = "FILE";
 // A short description for a list: the beginning of the help.
 std::string brief(std::string_view help) { return std::string(help.substr(0, help.find_first_of(".:;"))); }
 
-// In single quotes; `quote` is how the shell escapes one inside.
+// Puts a text in single quotes; `quote` is the shell's escape for a single quote inside.
 std::string quoted(const std::string& text, std::string_view quote) {
   std::string result = "'";
   for (const char c : text) {

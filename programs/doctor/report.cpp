@@ -8,7 +8,7 @@
 namespace quillmar::doctor {
 namespace {
 
-// The devices that can't do without a part.
+// The devices that need a part.
 enum class Need { nobody, child, everybody };
 
 struct Part {

@@ -116,7 +116,7 @@ TEST_F(Completions, fish_offers_commands_and_options_with_descriptions) {
 }
 
 // zsh completes in its line editor only, so this checks the script itself.
-TEST_F(Completions, of_zsh_are_understood_and_complete) {
+TEST_F(Completions, the_zsh_script_is_valid_and_complete) {
   const auto text = zshCompletion(program);
   for (const auto* part : {"#compdef bake-cake\n", "'--tray[Where to bake]:DIR:_files -/'\n",
                            "'--recipe[What to bake]:FILE:_files'\n", "'--heat[How hot]:DEGREES:'\n",

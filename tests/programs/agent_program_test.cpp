@@ -521,7 +521,7 @@ TEST_F(AgentProgram, leaves_an_open_window_alone) {
 }
 
 // It keeps the enrollment in memory until there is room, and loses nothing.
-TEST_F(AgentProgram, waits_with_an_enrollment_for_room_on_the_disk) {
+TEST_F(AgentProgram, an_enrollment_waits_until_the_disk_has_room) {
   fs::create_directories(data);
   if (::mount("tmpfs", data.c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
     GTEST_SKIP() << "only root can have a small disk";

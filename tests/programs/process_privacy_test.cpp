@@ -77,7 +77,7 @@ TEST_F(AgentPrivacy, a_crash_writes_no_memory_to_the_disk) {
 }
 
 // The kernel makes root the owner of such a process's files in /proc.
-TEST_F(AgentPrivacy, its_user_can_not_look_into_it_and_it_works_all_the_same) {
+TEST_F(AgentPrivacy, its_user_can_not_inspect_its_process_and_it_still_works) {
   if (::geteuid() != 0) {
     GTEST_SKIP() << "only root can start a program for somebody else";
   }

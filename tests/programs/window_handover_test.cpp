@@ -150,7 +150,7 @@ TEST_F(ChildsDesktop, a_killed_window_gives_the_work_back) {
 }
 
 // SIGTERM at the end of a session, SIGHUP of a closed terminal, SIGINT of Ctrl-C.
-TEST_F(ChildsDesktop, a_window_that_is_told_to_end_leaves_nothing_in_the_session) {
+TEST_F(ChildsDesktop, a_window_ended_by_a_signal_removes_its_socket) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     const auto window = start(withOptions(QUILLMAR_PROGRAM));
     EXPECT_NE(windowNumber(), "");
@@ -161,7 +161,7 @@ TEST_F(ChildsDesktop, a_window_that_is_told_to_end_leaves_nothing_in_the_session
 }
 
 // The default installation, on its own bus. Its closed window comes back as a new one.
-TEST_F(Desktop, shows_the_window_that_is_called_by_its_name_on_the_bus) {
+TEST_F(Desktop, an_activation_over_the_bus_shows_a_closed_window_again) {
   const auto service = std::move(*sandbox::Service::start({}));
   test::enrollDevice(*service, session.home() / "quillmar");
   const std::string script = R"(

@@ -158,7 +158,7 @@ TEST_P(ContrastTest, of_edges_is_enough_to_see) {
 }
 
 // The edge between a text box and the page or the card under it.
-TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_grounds) {
+TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_backgrounds) {
   for (const bool dark : {false, true}) {
     UiStage stage({.desktop = {.dark = dark}});
     QQmlComponent component(qmlEngine(&stage.window()));
@@ -175,7 +175,7 @@ TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_grounds) {
 }
 
 // In the light look an edge marks the chosen tab.
-TEST(Contrast, of_a_chosen_tab_is_enough_by_night_for_its_shape_and_its_word) {
+TEST(Contrast, of_a_chosen_tab_in_the_dark_look_is_enough_for_its_shape_and_its_text) {
   const auto byNight = [](SchemeColor name) {
     const Color& color = colors(name).dark;
     return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),

@@ -23,9 +23,9 @@ namespace {
 using namespace std::chrono_literals;
 using quillmar::ui::UiStage;
 
-// The program's main job without a display: a parent creates an account and a child profile, the child's
-// device enrols, from its first tap to a protected screen, and the parent's screen shows the names that it
-// then asks for. Two real windows use a running service; time is virtual, the requests are real.
+// Performs the program's main job without a display. A parent creates an account and a child profile. The
+// child's device enrols, from its first tap to a protected screen, and asks for a name. The parent's screen
+// then shows that name. Two real windows use a running service; time is virtual, the requests are real.
 class Walk {
  public:
   Walk(UiStage& parent, UiStage& child, const QDir& directory, QString caFile)

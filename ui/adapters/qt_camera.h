@@ -31,7 +31,7 @@ class QtCamera final : public QObject, public Camera {
   ~QtCamera() override;
 
   CameraState state() const override;
-  // Each new observer lets a failed camera be tried again.
+  // A new observer lets a failed camera be tried again.
   Subscription observe(std::function<void()> changed) override;
   void start(PictureHandler handler) override;
   void stop() override;

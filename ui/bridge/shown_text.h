@@ -15,7 +15,7 @@ QString shownText(std::string_view utf8);
 inline constexpr qsizetype longestShownText = 600;
 inline constexpr qsizetype mostShownLines = 16;
 
-// The same for a text that the person edits: nothing is shortened.
+// For a text that the person edits: only the bidi controls are removed.
 QString editedText(std::string_view utf8);
 
 // Unchanged, for what no screen draws: a name, a key, a file, a text to copy or encode.

@@ -8,7 +8,7 @@ Text {
     textFormat: Text.PlainText
     wrapMode: Text.Wrap
     lineHeight: Theme.lineHeight
-    // The line height adds room under the last line, which would move a centred text up.
+    // Cancels the extra line height under the last line, which would move a centred text up.
     bottomPadding: Math.round(font.pixelSize * Theme.faceHeight * (1 - lineHeight))
     Accessible.role: Accessible.StaticText
     Accessible.name: text

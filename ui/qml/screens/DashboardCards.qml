@@ -14,7 +14,7 @@ Item {
     onAnsweredChanged: if (complete) rearranging.restart()
     Component.onCompleted: complete = true
 
-    // The animation of what an answer changes.
+    // How cards change when an answer of the service arrives.
     component Replacement: NumberAnimation {
         duration: 200
         easing.type: Easing.InOutQuad
