@@ -39,7 +39,7 @@ The role is chosen once, when the program first starts.
 The package quillmar-agent keeps a child's computer protected from login on,
 whether this window is open or not.")
 # Loaded at run time, so dpkg-shlibdeps doesn't find them.
-set(qml_modules qt-labs-folderlistmodel qtqml-workerscript qtquick qtquick-controls qtquick-dialogs qtquick-layouts
+set(qml_modules qt-labs-folderlistmodel qtqml qtqml-workerscript qtquick qtquick-controls qtquick-dialogs qtquick-layouts
                 qtquick-templates qtquick-window)
 list(TRANSFORM qml_modules PREPEND qml6-module-)
 list(JOIN qml_modules ", " qml_modules)
