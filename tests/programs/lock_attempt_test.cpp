@@ -45,7 +45,8 @@ class LockAttemptTest : public testing::Test {
                                });
     auto done = std::async(std::launch::async, [&] {
       meanwhile();
-      dispatch.stop();
+      // Through the queue, because a stop before run() would be lost.
+      dispatch.main().async([&dispatch] { dispatch.stop(); });
     });
     dispatch.run();
   }
