@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -16,6 +18,13 @@ inline Seconds cpuTime(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+// How often the threads of the process have waited for something.
+inline long waits() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_nvcsw;
 }
 
 inline Seconds median(std::vector<Seconds> times) {

@@ -171,13 +171,21 @@ int run() {
     };
   };
   std::size_t entries = 0;
-  const auto times = race(rounds, {repeatedly([&] { entries += watch(client, devices).size(); }),
-                                   repeatedly([&] { entries += loop.watch(); }),
-                                   repeatedly([&] { entries += bare.watch().size(); })});
+  const std::vector<std::function<void()>> candidates = {
+      repeatedly([&] { entries += watch(client, devices).size(); }),
+      repeatedly([&] { entries += loop.watch(); }), repeatedly([&] { entries += bare.watch().size(); })};
+  const auto times = race(rounds, candidates);
   const auto tick = [](Seconds time) { return time.count() / ticksARound * 1e6; };
   std::printf("watching %zu devices: %.0f µs of processor time a tick\n", devices.size(), tick(times[0]));
   std::printf("  %.2fx a bare loop (%.0f µs)\n", times[0] / times[1], tick(times[1]));
   std::printf("  %.2fx a program with the same outcome (%.0f µs)\n", times[0] / times[2], tick(times[2]));
+  const auto waitsOf = [](const std::function<void()>& candidate) {
+    const long before = waits();
+    candidate();
+    return static_cast<double>(waits() - before) / ticksARound;
+  };
+  std::printf("  its threads wait %.1f times a tick, the loop's %.1f times, the other program's %.1f times\n",
+              waitsOf(candidates[0]), waitsOf(candidates[1]), waitsOf(candidates[2]));
   return entries > 0 ? 0 : 1;
 }
 

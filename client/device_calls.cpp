@@ -23,16 +23,13 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
     return;
   }
   const DispatchGroup group;
-  const auto queue = dispatch_.makeSerialQueue("com.quillmar.logs-fetch");
   const auto collected = std::make_shared<RecentLogs>(deviceIds.size());
   const auto start = formatISO8601(dispatch_.now() - since);
   for (std::size_t device = 0; device < deviceIds.size(); ++device) {
     group.enter();
-    auto collect = [group, queue, collected, device](Result<DNSLogsResponse> answer) {
-      queue->async([group, collected, device, logs = logsOf(std::move(answer))]() mutable {
-        collected->add(device, std::move(logs));
-        group.leave();
-      });
+    auto collect = [group, collected, device](Result<DNSLogsResponse> answer) {
+      collected->add(device, logsOf(std::move(answer)));
+      group.leave();
     };
     run(calls::getRecentDeviceLogs, {deviceIds[device], limit / deviceIds.size(), start}, NoBody(),
         Completion<DNSLogsResponse>(std::move(collect)));

@@ -21,6 +21,7 @@ bool standsBefore(const Entry& one, const Entry& other) {
 }  // namespace
 
 void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
+  const std::scoped_lock lock(mutex_);
   if (answer.ok()) {
     answers_.at(device) = std::move(answer).value();
   } else if (!firstError_) {
@@ -29,6 +30,7 @@ void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
 }
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
+  const std::scoped_lock lock(mutex_);
   // Entries are large and most are dropped, so only the kept ones are moved.
   std::vector<Entry> entries;
   for (auto& answer : answers_) {

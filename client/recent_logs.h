@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -9,7 +10,8 @@
 
 namespace quillmar {
 
-// Merges the answers of several devices. Any thread, but one at a time.
+// Merges the answers of several devices. Thread-safe, so that the threads on which answers arrive add them
+// at once: handing each to a queue would wake a thread for each.
 class RecentLogs {
  public:
   explicit RecentLogs(std::size_t devices) : answers_(devices) {}
@@ -21,6 +23,7 @@ class RecentLogs {
   Result<std::vector<DNSLog>> takeNewest(std::size_t limit);
 
  private:
+  std::mutex mutex_;
   std::vector<std::vector<DNSLog>> answers_;
   std::optional<Error> firstError_;
 };
