@@ -64,6 +64,19 @@ struct Answer {
   std::string text;
 };
 
+// A parsed command line: what to do, or what to say instead and what to end with.
+template <class Options, class ExitStatus>
+struct Parsed {
+  Parsed(Options given) : options(std::move(given)) {}
+  Parsed(const Answer& answer)
+      : text(answer.text),
+        status(answer.reason == Answer::Reason::asked ? ExitStatus::done : ExitStatus::usage) {}
+
+  std::optional<Options> options;
+  std::string text;
+  ExitStatus status = ExitStatus::done;
+};
+
 // nullopt if the words were parsed; their values are then stored. If an option is repeated, the last value
 // counts; after "--" no word is an option.
 std::optional<Answer> read(const Program& program, std::span<const std::string> words);

@@ -55,11 +55,6 @@ bool takeListen(Options& options, std::string_view text) {
   return address.has_value();
 }
 
-Parsed parsedFrom(const command_line::Answer& answer) {
-  const bool isAskedFor = answer.reason == command_line::Answer::Reason::asked;
-  return {.text = answer.text, .status = isAskedFor ? ExitStatus::done : ExitStatus::usage};
-}
-
 }  // namespace
 
 command_line::Program programFor(Options& options) {
@@ -97,9 +92,9 @@ Parsed parse(const std::vector<std::string>& words) {
   Options options{.listen = *parseListenAddress("127.0.0.1:53")};
   const auto program = programFor(options);
   if (const auto answer = command_line::read(program, words)) {
-    return parsedFrom(*answer);
+    return *answer;
   }
-  return {.options = options};
+  return options;
 }
 
 }  // namespace quillmar::tunnel

@@ -22,12 +22,7 @@ struct Options {
   std::string caFile{};                     // trusted beside the system's authorities
 };
 
-// Either what to do, or what to say instead: a text that was asked for, or what is wrong with the words.
-struct Parsed {
-  std::optional<Options> options{};
-  std::string text{};
-  ExitStatus status = ExitStatus::done;
-};
+using Parsed = command_line::Parsed<Options, ExitStatus>;
 
 // What is understood, and kept in these options.
 command_line::Program programFor(Options& options);

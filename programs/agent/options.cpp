@@ -67,11 +67,6 @@ bool isOrdinary(const Options& options) {
          options.dataDirectory == dataDirectory();
 }
 
-Parsed parsedFrom(const command_line::Answer& answer) {
-  const bool isAskedFor = answer.reason == command_line::Answer::Reason::asked;
-  return {.text = answer.text, .status = isAskedFor ? ExitStatus::done : ExitStatus::usage};
-}
-
 }  // namespace
 
 command_line::Program programFor(Options& options) {
@@ -117,14 +112,14 @@ Parsed parse(const std::vector<std::string>& words) {
   Options options{.dataDirectory = dataDirectory()};
   const auto program = programFor(options);
   if (const auto answer = command_line::read(program, words)) {
-    return parsedFrom(*answer);
+    return *answer;
   }
   if (options.startsWithSession && !isOrdinary(options)) {
-    return parsedFrom(command_line::refusal(
+    return command_line::refusal(
         program, command_line::Answer::Reason::wrongOption,
-        "'--autostart' starts the agent without any options, so it can't be used with others."));
+        "'--autostart' starts the agent without any options, so it can't be used with others.");
   }
-  return {.options = options};
+  return options;
 }
 
 }  // namespace quillmar::agent

@@ -39,12 +39,7 @@ struct Options {
   bool isConfirmed = false;
 };
 
-// What to do, or an answer instead: a requested text, or what is wrong with the command line.
-struct Parsed {
-  std::optional<Options> options = {};
-  std::string text = {};
-  ExitStatus status = ExitStatus::done;
-};
+using Parsed = command_line::Parsed<Options, ExitStatus>;
 
 // The command line of the program, which is parsed into `options`.
 command_line::Program programFor(Options& options);
