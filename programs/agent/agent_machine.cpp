@@ -26,36 +26,20 @@ void AgentLog::print(std::string_view line) {
   }
 }
 
-AgentMachine::AgentMachine(const Options& options, AsioDispatch& dispatch, Log& log)
-    : options_(options),
-      log_(log),
-      dispatch_(dispatch),
-      settings_(options.dataDirectory, log),
-      http_(CurlHttpSession::Options{.extraCaFile = options.caFile}),
-      tunnel_(makeTunnel(options, dispatch)) {}
+AgentMachine::AgentMachine(const Options& options, AsioDispatch& timing, Log& lines)
+    : dispatch(timing),
+      log(lines),
+      settings(options.dataDirectory, log),
+      http(CurlHttpSession::Options{.extraCaFile = options.caFile}),
+      tunnel(makeTunnel(options, dispatch)),
+      dataDirectory_(options.dataDirectory) {}
 
 AgentMachine::~AgentMachine() = default;
 
-Platform AgentMachine::ports() {
-  return {.settings = settings_,
-          .http = http_,
-          .dispatch = dispatch_,
-          .log = log_,
-          .tunnel = *tunnel_,
-          .secureItems = secureItems_,
-          .biometrics = biometrics_,
-          .deviceInfo = deviceInfo_,
-          .clipboard = clipboard_,
-          .haptics = haptics_,
-          .windowStyle = windowStyle_,
-          .qrEncoder = qrEncoder_,
-          .qrReader = qrReader_};
-}
-
 std::optional<std::string> AgentMachine::problemWithSettings() const {
-  return settings_.isReadable()
+  return settings.isReadable()
              ? std::nullopt
-             : std::optional("The settings in " + options_.dataDirectory.string() + " can't be read.");
+             : std::optional("The settings in " + dataDirectory_.string() + " can't be read.");
 }
 
 Deployments deploymentsFor(const Options& options) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@
 #include "platform/platform.h"
 #include "programs/agent/absent_ports.h"
 #include "programs/agent/options.h"
+#include "programs/control/machine_ports.h"
 
 namespace quillmar::agent {
 
@@ -44,30 +46,31 @@ class AgentDeviceInfo final : public DeviceInfo {
 // The adapters of this computer for a program without a window.
 class AgentMachine {
  public:
-  AgentMachine(const Options& options, AsioDispatch& dispatch, Log& log);
+  AgentMachine(const Options& options, AsioDispatch& timing, Log& lines);
   AgentMachine(const AgentMachine&) = delete;
   AgentMachine& operator=(const AgentMachine&) = delete;
   ~AgentMachine();
 
-  Platform ports();
+  Platform ports() { return control::portsOf(*this); }
   // Why the settings can't be read, as a sentence; nullopt if they can.
   std::optional<std::string> problemWithSettings() const;
 
+  AsioDispatch& dispatch;
+  Log& log;
+  SqliteSettingsStore settings;
+  CurlHttpSession http;
+  std::unique_ptr<TunnelService> tunnel;
+  AbsentSecureItems secureItems;
+  AbsentBiometrics biometrics;
+  AgentDeviceInfo deviceInfo;
+  AbsentClipboard clipboard;
+  AbsentHaptics haptics;
+  AbsentWindowStyle windowStyle;
+  QrencodeEncoder qrEncoder;
+  AbsentQRReader qrReader;
+
  private:
-  const Options& options_;
-  Log& log_;
-  AsioDispatch& dispatch_;
-  SqliteSettingsStore settings_;
-  CurlHttpSession http_;
-  std::unique_ptr<TunnelService> tunnel_;
-  AbsentSecureItems secureItems_;
-  AbsentBiometrics biometrics_;
-  AgentDeviceInfo deviceInfo_;
-  AbsentClipboard clipboard_;
-  AbsentHaptics haptics_;
-  AbsentWindowStyle windowStyle_;
-  QrencodeEncoder qrEncoder_;
-  AbsentQRReader qrReader_;
+  const std::filesystem::path dataDirectory_;
 };
 
 Deployments deploymentsFor(const Options& options);

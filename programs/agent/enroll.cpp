@@ -128,7 +128,7 @@ class Enrollment {
   void observe() {
     reactions_.push_back(view_->qrCodeData.onChange([this] {
       if (!view_->qrCodeData().empty()) {
-        screen_.showCode(machine_.ports().qrEncoder);
+        screen_.showCode(machine_.qrEncoder);
       }
     }));
     reactions_.push_back(view_->errorAlert.isShown.onChange([this] { fail(); }));
@@ -162,7 +162,7 @@ class Enrollment {
   }
 
   bool save() {
-    machine_.ports().settings.synchronize();
+    machine_.settings.synchronize();
     const bool isDone = isEnrolledOnDisk(options_, log_);
     if (isDone) {
       writeLine("This device is enrolled.");

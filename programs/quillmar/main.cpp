@@ -106,19 +106,19 @@ int runWindow(const Options& options) {
   QuillmarApp app(machine.ports(), options.service ? quillmar::Deployments::all(*options.service)
                                                    : quillmar::Deployments::builtIn());
   app.launch();
-  const quillmar::SignalWatch signals(machine.ports().dispatch, [](int) { QGuiApplication::exit(0); });
+  const quillmar::SignalWatch signals(machine.dispatch, [](int) { QGuiApplication::exit(0); });
   const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
   quillmar::ui::Window window(
-      app.contentView(), machine.qrEncoder(), machine.windowStyle(),
+      app.contentView(), machine.qrEncoder, machine.windowStyle,
       {.geometryFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string()),
-       .permissionPrompt = &machine.permissionPrompt(),
-       .biometricPrompt = &machine.biometricPrompt(),
-       .cameraFrames = &machine.cameraFrames()});
+       .permissionPrompt = &machine.permissionPrompt,
+       .biometricPrompt = &machine.biometricPrompt,
+       .cameraFrames = &machine.qrReader.frames()});
   const auto show = [&window](const std::string& token) { bringToFront(window, token); };
   control::ControlHandler handler(app.environment(),
                                   {.worker = control::Worker::window, .show = show, .yield = {}});
-  control::ControlServer server(options.dataDirectory, machine.ports().dispatch,
+  control::ControlServer server(options.dataDirectory, machine.dispatch,
                                 [&handler](const std::string& line, control::ControlServer::Reply reply) {
                                   handler.handle(line, std::move(reply));
                                 });

@@ -12,6 +12,7 @@
 #include "platform/linux/system_log.h"
 #include "platform/platform.h"
 #include "platform/simulated/simulated_tunnel.h"
+#include "programs/control/machine_ports.h"
 #include "programs/quillmar/options.h"
 #include "ui/adapters/desktop_portal.h"
 #include "ui/adapters/desktop_settings.h"
@@ -33,40 +34,35 @@ class ProductMachine {
   ProductMachine& operator=(const ProductMachine&) = delete;
   ~ProductMachine();
 
-  Platform ports();
-  const QREncoder& qrEncoder() const { return qrEncoder_; }
-  ui::QtWindowStyle& windowStyle() { return windowStyle_; }
-  // The camera's pictures, which the window draws.
-  ui::CameraFrames& cameraFrames() { return qrReader_.frames(); }
+  Platform ports() { return control::portsOf(*this); }
+
+  SystemLog log;
+  ui::QtDispatch dispatch;
+  SqliteSettingsStore settings;
+  CurlHttpSession http;
   // Shown in the window if the tunnel is simulated.
-  ui::PermissionPrompt& permissionPrompt() { return permissionPrompt_; }
+  ui::PermissionPrompt permissionPrompt;
+  std::unique_ptr<TunnelService> tunnel;
+  LibsecretItemStore secureItems;
+  FprintdCheck biometrics{dispatch};
   // Shown in the window while the fingerprint reader waits for a finger.
-  ui::BiometricPrompt& biometricPrompt() { return biometricPrompt_; }
+  ui::BiometricPrompt biometricPrompt{
+      {.cancel = [this] { biometrics.cancel(); }, .enterPassword = [this] { biometrics.enterPassword(); }}};
+  AbsentHaptics haptics;
+  LinuxDeviceInfo deviceInfo;
+  ui::QtClipboard clipboard;
+  ui::DesktopSettings desktop;
+  ui::QtWindowStyle windowStyle{desktop};
+  QrencodeEncoder qrEncoder;
+  ui::QtCamera camera;
+  ui::QtQRReader qrReader{dispatch, camera};
 
  private:
   std::unique_ptr<TunnelService> makeTunnel(const Options& options);
 
-  SystemLog log_;
-  ui::QtDispatch dispatch_;
-  SqliteSettingsStore settings_;
-  CurlHttpSession http_;
-  ui::PermissionPrompt permissionPrompt_;
-  std::unique_ptr<TunnelService> tunnel_;
-  LibsecretItemStore secureItems_;
-  FprintdCheck biometrics_{dispatch_};
-  ui::BiometricPrompt biometricPrompt_{
-      {.cancel = [this] { biometrics_.cancel(); }, .enterPassword = [this] { biometrics_.enterPassword(); }}};
-  const Subscription promptSubscription_ = biometrics_.observePrompt(
-      [this](const FprintdCheck::Prompt& reason) { biometricPrompt_.setReason(reason); });
-  AbsentHaptics haptics_;
-  LinuxDeviceInfo deviceInfo_;
-  ui::QtClipboard clipboard_;
-  ui::DesktopSettings desktop_;
-  ui::DesktopPortal portal_{desktop_};
-  ui::QtWindowStyle windowStyle_{desktop_};
-  QrencodeEncoder qrEncoder_;
-  ui::QtCamera camera_;
-  ui::QtQRReader qrReader_{dispatch_, camera_};
+  const Subscription promptSubscription_ = biometrics.observePrompt(
+      [this](const FprintdCheck::Prompt& reason) { biometricPrompt.setReason(reason); });
+  ui::DesktopPortal portal_{desktop};
 };
 
 }  // namespace quillmar
