@@ -6,10 +6,10 @@
 #include <string>
 
 #include "command_line/command_line.h"
-#include "platform/common/authority_file.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/system_log.h"
 #include "platform/settings.h"
+#include "tools/common/start.h"
 #include "tools/walk/dns_client.h"
 
 namespace {
@@ -36,7 +36,7 @@ quillmar::command_line::Program programFor(Given& given) {
                .help = "The data directory of the child's installation",
                .take = to(given.dataDirectory),
                .isNeeded = true},
-              {"--ca-file", "FILE", "The service's certificate authority, as PEM", to(given.caFile)},
+              quillmar::authorityOption(given.caFile),
           }};
 }
 
@@ -45,13 +45,8 @@ quillmar::command_line::Program programFor(Given& given) {
 int main(int count, char** arguments) {
   Given given;
   const auto program = programFor(given);
-  if (const auto answer =
-          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
-    return quillmar::command_line::say(program, *answer);
-  }
-  if (const auto problem = quillmar::problemWithAuthorities(given.caFile)) {
-    QTextStream(stderr) << "quillmar-browse: " << problem->c_str() << '\n';
-    return quillmar::unusableAuthorities;
+  if (const auto status = quillmar::endsAtOnce(program, count, arguments, given.caFile)) {
+    return *status;
   }
   const QCoreApplication application(count, arguments);
   quillmar::SystemLog log("quillmar-browse");

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "command_line/command_line.h"
-#include "platform/common/authority_file.h"
+#include "tools/common/start.h"
 #include "tools/driver/driver.h"
 
 namespace {
@@ -21,7 +21,7 @@ quillmar::command_line::Program programFor(Options& options) {
           .options = {
               {"--data-dir", "DIR", "Keep everything in DIR", to(options.dataDirectory)},
               {"--service", "URL", "Use the service at URL for every region", to(options.service)},
-              {"--ca-file", "FILE", "Trust the certificate authorities in FILE too", to(options.caFile)},
+              quillmar::authorityOption(options.caFile),
               {"--clock", "real|virtual", "Whose time it is (real)",
                oneOf(options.clock, {{"real", Clock::real}, {"virtual", Clock::virtualTime}})},
               {"--events", "", "Tell each change as it comes", to(options.events)},
@@ -54,13 +54,8 @@ void driveInRealTime(quillmar::driver::Driver& driver) {
 int main(int count, char** arguments) {
   Options options;
   const auto program = programFor(options);
-  if (const auto answer =
-          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
-    return quillmar::command_line::say(program, *answer);
-  }
-  if (const auto problem = quillmar::problemWithAuthorities(options.caFile)) {
-    std::cerr << "quillmar-driver: " << *problem << '\n';
-    return quillmar::unusableAuthorities;
+  if (const auto status = quillmar::endsAtOnce(program, count, arguments, options.caFile)) {
+    return *status;
   }
   std::signal(SIGPIPE, SIG_IGN);
   quillmar::driver::Driver driver(options, writeLine);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "command_line/command_line.h"
+#include "tools/common/start.h"
 #include "tools/pictures/scenes.h"
 
 namespace {
@@ -60,9 +61,8 @@ bool draw(const quillmar::Shot& scene, const Wish& wish, bool dark, QSize size, 
 int main(int count, char** arguments) {
   Wish wish;
   const auto program = programFor(wish);
-  if (const auto answer =
-          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
-    return quillmar::command_line::say(program, *answer);
+  if (const auto status = quillmar::endsAtOnce(program, count, arguments)) {
+    return *status;
   }
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");

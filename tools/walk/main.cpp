@@ -13,9 +13,9 @@
 #include "console/add_child_view.h"
 #include "console/scanner_view.h"
 #include "identity/register_view.h"
-#include "platform/common/authority_file.h"
 #include "testing/network_session.h"
 #include "testing/ui/ui_stage.h"
+#include "tools/common/start.h"
 #include "tools/walk/dns_client.h"
 
 namespace {
@@ -187,7 +187,7 @@ quillmar::command_line::Program programFor(Given& given) {
                .help = "The root of the service",
                .take = to(given.service),
                .isNeeded = true},
-              {"--ca-file", "FILE", "Its certificate authority, as PEM", to(given.caFile)},
+              quillmar::authorityOption(given.caFile),
           }};
 }
 
@@ -196,13 +196,8 @@ quillmar::command_line::Program programFor(Given& given) {
 int main(int count, char** arguments) {
   Given given;
   const auto program = programFor(given);
-  if (const auto answer =
-          quillmar::command_line::read(program, quillmar::command_line::wordsOf(count, arguments))) {
-    return quillmar::command_line::say(program, *answer);
-  }
-  if (const auto problem = quillmar::problemWithAuthorities(given.caFile)) {
-    QTextStream(stderr) << "quillmar-walk: " << problem->c_str() << '\n';
-    return quillmar::unusableAuthorities;
+  if (const auto status = quillmar::endsAtOnce(program, count, arguments, given.caFile)) {
+    return *status;
   }
   const QDir directory(QString::fromStdString(given.directory));
   if (!directory.mkpath(QStringLiteral("."))) {
