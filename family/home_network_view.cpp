@@ -84,67 +84,52 @@ std::string HomeNetworkView::computeUpdateQuestion() const {
          currentIP() + ") for console filtering.";
 }
 
+template <class T, class Success>
+auto HomeNetworkView::completion(Published<bool>& isBusy, Success success) {
+  return hoppingToMain(dispatch_, weakly([this, &isBusy, success](const Result<T>& result) {
+                         isBusy = false;
+                         if (result.ok()) {
+                           success(result.value());
+                         } else {
+                           errorAlert.show(result.error());
+                         }
+                       }));
+}
+
 void HomeNetworkView::load() {
   isLoading = true;
   environment_.networkService()->send(
       calls::getHomeNetwork,
-      hoppingToMain(dispatch_, weakly([this](const Result<HomeNetworkResponse>& result) {
-                      handleHomeNetwork(result);
-                    })));
-}
-
-void HomeNetworkView::handleHomeNetwork(const Result<HomeNetworkResponse>& result) {
-  isLoading = false;
-  if (!result.ok()) {
-    errorAlert.show(result.error());
-    return;
-  }
-  homeNetwork = result.value().homeNetwork;
-  policy = result.value().policy;
-  currentIP = result.value().currentIP;
-  ipMatches = result.value().ipMatches;
+      completion<HomeNetworkResponse>(isLoading, [this](const HomeNetworkResponse& answer) {
+        homeNetwork = answer.homeNetwork;
+        policy = answer.policy;
+        currentIP = answer.currentIP;
+        ipMatches = answer.ipMatches;
+      }));
 }
 
 void HomeNetworkView::create() {
   isLoading = true;
   environment_.networkService()->send(
       calls::createHomeNetwork, {.name = std::nullopt, .confirm = true},
-      hoppingToMain(dispatch_, weakly([this](const Result<CreateHomeNetworkResponse>& result) {
-                      handleCreation(result);
-                    })));
-}
-
-void HomeNetworkView::handleCreation(const Result<CreateHomeNetworkResponse>& result) {
-  isLoading = false;
-  if (!result.ok()) {
-    errorAlert.show(result.error());
-    return;
-  }
-  homeNetwork = result.value().homeNetwork;
-  policy = result.value().policy;
-  ipMatches = true;
-  showBanner("Home Network created successfully!");
+      completion<CreateHomeNetworkResponse>(isLoading, [this](const CreateHomeNetworkResponse& answer) {
+        homeNetwork = answer.homeNetwork;
+        policy = answer.policy;
+        ipMatches = true;
+        showBanner("Home Network created successfully!");
+      }));
 }
 
 void HomeNetworkView::update() {
   isUpdatingIP = true;
-  environment_.networkService()->send(
-      calls::updateHomeNetworkIP, {.confirm = true},
-      hoppingToMain(dispatch_, weakly([this](const Result<UpdateHomeNetworkIPResponse>& result) {
-                      handleUpdate(result);
-                    })));
-}
-
-void HomeNetworkView::handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result) {
-  isUpdatingIP = false;
-  if (!result.ok()) {
-    errorAlert.show(result.error());
-    return;
-  }
-  load();
-  // Holds until the load's answer replaces it.
-  ipMatches = true;
-  showBanner("IP updated to " + result.value().publicIP);
+  environment_.networkService()->send(calls::updateHomeNetworkIP, {.confirm = true},
+                                      completion<UpdateHomeNetworkIPResponse>(
+                                          isUpdatingIP, [this](const UpdateHomeNetworkIPResponse& answer) {
+                                            load();
+                                            // Holds until the load's answer replaces it.
+                                            ipMatches = true;
+                                            showBanner("IP updated to " + answer.publicIP);
+                                          }));
 }
 
 // The timer of an earlier banner is not cancelled, so it may hide this one early.

@@ -155,12 +155,12 @@ class HomeNetworkView final : public ScreenModel {
   std::string computeCreateQuestion() const;
   std::string computeUpdateQuestion() const;
 
+  // The completion of a call during which `isBusy` is true. Shows a failure in the alert.
+  template <class T, class Success>
+  auto completion(Published<bool>& isBusy, Success success);
   void load();
-  void handleHomeNetwork(const Result<HomeNetworkResponse>& result);
   void create();
-  void handleCreation(const Result<CreateHomeNetworkResponse>& result);
   void update();
-  void handleUpdate(const Result<UpdateHomeNetworkIPResponse>& result);
   void showBanner(const std::string& text);
 
   Environment& environment_;
