@@ -10,11 +10,7 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
 
 // Registration and login differ only in path, body and log lines.
 struct Way {

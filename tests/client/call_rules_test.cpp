@@ -9,11 +9,7 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
 using Headers = std::vector<std::pair<std::string, std::string>>;
 
 class CallRulesTest : public ClientTest, public testing::WithParamInterface<ContractCall> {

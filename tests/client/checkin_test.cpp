@@ -6,11 +6,6 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
-
 class CheckinTest : public ClientTest {
  protected:
   static std::string line(const std::string& rest) { return "[NetworkService] checkin - " + rest; }

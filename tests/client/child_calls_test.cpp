@@ -10,11 +10,7 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
 using Lines = std::vector<std::string>;
 
 // The two calls that write to the system log differ only in what they send and in their last line.

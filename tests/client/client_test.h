@@ -21,6 +21,11 @@
 
 namespace quillmar {
 
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Kind = TransportError::Kind;
+
 inline void PrintTo(const Error& error, std::ostream* out) { *out << error.localizedDescription(); }
 inline void PrintTo(const NetworkError& error, std::ostream* out) { *out << error.errorDescription(); }
 

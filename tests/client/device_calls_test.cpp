@@ -11,10 +11,6 @@ namespace quillmar {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
 using Ids = std::vector<std::string>;
 using Logs = std::vector<DNSLog>;
 

@@ -8,11 +8,6 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-using Kind = TransportError::Kind;
-
 // The child's side.
 
 class ChildEnrollmentCallsTest : public ClientTest {

@@ -8,9 +8,6 @@
 namespace quillmar {
 namespace {
 
-using testing::IsEmpty;
-using testing::SizeIs;
-
 class FamilyCallsTest : public ClientTest {
  protected:
   Outcome<JoinFamilyResponse> joined(DataTaskResult result) {

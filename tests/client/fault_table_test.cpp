@@ -24,7 +24,6 @@ namespace quillmar {
 namespace {
 
 using namespace std::string_literals;
-using Kind = TransportError::Kind;
 
 // What the server does after sending the bytes.
 enum class Then { closes, resets, waits };

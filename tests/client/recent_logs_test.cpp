@@ -12,8 +12,6 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Times = std::vector<std::string>;
 
 const Error timedOut = TransportError{TransportError::Kind::timedOut, {}};

@@ -9,12 +9,8 @@
 namespace quillmar {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::Pair;
-using testing::SizeIs;
 using Answer = NetworkService::Answer;
-using Kind = TransportError::Kind;
 
 class TokenRefreshTest : public ClientTest {
  protected:

@@ -16,6 +16,7 @@
 #include "platform/linux/networkmanager_tunnel.h"
 #include "tests/journeys/real_service.h"
 #include "tests/platform/networkmanager_world.h"
+#include "tests/shared_world.h"
 
 namespace quillmar {
 namespace {
@@ -26,30 +27,8 @@ using testing::HasSubstr;
 const std::string bundleId(VPNDNSManager::tunnelBundleId);
 const std::string description(VPNDNSManager::localizedDescription);
 
-// One NetworkManager serves all tests of this program.
-class World final : public testing::Environment {
- public:
-  void SetUp() override {
-    if (const auto obstacle = NetworkManagerWorld::obstacle(); !obstacle.empty()) {
-      GTEST_SKIP() << obstacle;
-    }
-    world_ = std::make_unique<NetworkManagerWorld>(bundleId);
-    ASSERT_TRUE(world_->running());
-  }
-  void TearDown() override { world_.reset(); }
-  NetworkManagerWorld& operator*() { return *world_; }
-
- private:
-  std::unique_ptr<NetworkManagerWorld> world_;
-};
-
-World& environment() {
-  static auto* const environment = static_cast<World*>(testing::AddGlobalTestEnvironment(new World));
-  return *environment;
-}
-[[maybe_unused]] const World& registered = environment();
-
-NetworkManagerWorld& world() { return *environment(); }
+const auto& world = SharedWorld<NetworkManagerWorld>::forAllTests(
+    [] { return std::make_unique<NetworkManagerWorld>(bundleId); });
 
 // A child's device with the real service, and its tunnel in the real NetworkManager. Tests wait for D-Bus;
 // the application's own time is virtual.

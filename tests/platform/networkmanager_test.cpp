@@ -18,6 +18,7 @@
 #include "programs/doctor/probes.h"
 #include "tests/contracts/tunnel_service_contract.h"
 #include "tests/platform/networkmanager_world.h"
+#include "tests/shared_world.h"
 
 namespace quillmar {
 namespace {
@@ -29,30 +30,7 @@ using std::chrono_literals::operator""s;
 
 using Status = TunnelStatus;
 
-// One NetworkManager for all tests of this program.
-class World final : public testing::Environment {
- public:
-  void SetUp() override {
-    if (const auto obstacle = NetworkManagerWorld::obstacle(); !obstacle.empty()) {
-      GTEST_SKIP() << obstacle;
-    }
-    world_ = std::make_unique<NetworkManagerWorld>();
-    ASSERT_TRUE(world_->running());
-  }
-  void TearDown() override { world_.reset(); }
-  NetworkManagerWorld& operator*() { return *world_; }
-
- private:
-  std::unique_ptr<NetworkManagerWorld> world_;
-};
-
-World& environment() {
-  static auto* const environment = static_cast<World*>(testing::AddGlobalTestEnvironment(new World));
-  return *environment;
-}
-[[maybe_unused]] const World& registered = environment();
-
-NetworkManagerWorld& world() { return *environment(); }
+const auto& world = SharedWorld<NetworkManagerWorld>::forAllTests();
 
 constexpr const char* endpoint = "https://dns.example/q";
 

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <thread>
 
+#include "tests/shared_world.h"
 #include "tests/tunnel/device/device_world.h"
 #include "tests/tunnel/support/messages.h"
 #include "tests/tunnel/support/test_endpoint.h"
@@ -23,29 +24,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-// One machine serves all tests of this program.
-class Machine final : public testing::Environment {
- public:
-  void SetUp() override {
-    if (const auto obstacle = DeviceWorld::obstacle(); !obstacle.empty()) {
-      GTEST_SKIP() << obstacle;
-    }
-    world_ = std::make_unique<DeviceWorld>();
-  }
-  void TearDown() override { world_.reset(); }
-  DeviceWorld& operator*() { return *world_; }
-
- private:
-  std::unique_ptr<DeviceWorld> world_;
-};
-
-Machine& environment() {
-  static auto* const environment = static_cast<Machine*>(testing::AddGlobalTestEnvironment(new Machine));
-  return *environment;
-}
-[[maybe_unused]] const Machine& registered = environment();
-
-DeviceWorld& world() { return *environment(); }
+const auto& world = SharedWorld<DeviceWorld>::forAllTests();
 
 constexpr const char* first = "192.0.2.7";
 constexpr const char* second = "192.0.2.8";
