@@ -2,16 +2,16 @@
 
 namespace quillmar {
 
+sdbus::Error busWentAway() {
+  return sdbus::Error("org.freedesktop.DBus.Error.Disconnected", "The system's message bus went away.");
+}
+
 void BusCalls::left() {
   bus_ = nullptr;
   for (const auto& [id, failed] : std::exchange(pending_, {})) {
-    failed(goneError());
+    failed(busWentAway());
   }
   objects_.clear();
-}
-
-sdbus::Error BusCalls::goneError() {
-  return sdbus::Error("org.freedesktop.DBus.Error.Disconnected", "The system's message bus went away.");
 }
 
 void BusCalls::answered(std::uint64_t id, sdbus::MethodReply& reply, const sdbus::Error* error,

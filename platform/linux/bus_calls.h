@@ -12,7 +12,8 @@
 
 namespace quillmar {
 
-inline constexpr const char* messageBus = "org.freedesktop.DBus";
+// The error of what was under way or is asked for while there is no bus.
+sdbus::Error busWentAway();
 
 // Asynchronous calls while connected to a bus. Bus thread only. Each call ends in exactly one of its two
 // functions; an sdbus::Error thrown by the first one goes to the second.
@@ -35,7 +36,7 @@ class BusCalls {
   void send(const Method& method, std::chrono::milliseconds timeout, Then then, const Failed& failed,
             const Args&... arguments) {
     if (!bus_) {
-      failed(goneError());
+      failed(busWentAway());
       return;
     }
     const auto id = ++lastCall_;
@@ -56,7 +57,6 @@ class BusCalls {
   }
 
  private:
-  static sdbus::Error goneError();
   void answered(std::uint64_t id, sdbus::MethodReply& reply, const sdbus::Error* error, const Then& then);
   void fail(std::uint64_t id, const sdbus::Error& error);
   sdbus::IProxy& lastingObject(const Method& method);

@@ -11,17 +11,14 @@
 
 #include "platform/hop.h"
 #include "platform/linux/bus_calls.h"
+#include "platform/linux/bus_names.h"
+#include "platform/linux/bus_signals.h"
 #include "platform/linux/bus_thread.h"
 
 namespace quillmar {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr const char* service = "net.reactivated.Fprint";
-constexpr const char* managerPath = "/net/reactivated/Fprint/Manager";
-constexpr const char* managerInterface = "net.reactivated.Fprint.Manager";
-constexpr const char* deviceInterface = "net.reactivated.Fprint.Device";
 
 // fprintd takes an empty name for the caller.
 const std::string currentUser;
@@ -103,8 +100,6 @@ class FprintdCheck::Reader final : private BusSession {
 
   void joined(sdbus::IConnection& bus) override;
   void left() override;
-  void watch(sdbus::IConnection& bus, const std::string& rule, void (Reader::*heard)(sdbus::Message&));
-  void ownerChanged(sdbus::Message& message);
   void verifyStatus(sdbus::Message& message);
   void readerGone();
 
@@ -130,7 +125,7 @@ class FprintdCheck::Reader final : private BusSession {
 
   // Bus thread only from here on.
   BusCalls calls_;
-  std::vector<sdbus::Slot> matches_;
+  BusSignals signals_;
   std::optional<Check> check_;
   std::string device_;
   std::string owner_;  // the bus name of the fprintd that granted the claim
@@ -147,7 +142,7 @@ void FprintdCheck::Reader::findOut(const Told& told) {
 
 void FprintdCheck::Reader::askForReader(const Told& told) {
   calls_.send(
-      {service, managerPath, managerInterface, "GetDefaultDevice"}, options_.startupTimeout,
+      {fprint, fprintManagerPath, fprintManager, "GetDefaultDevice"}, options_.startupTimeout,
       [this, told](sdbus::MethodReply& reply) {
         sdbus::ObjectPath device;
         reply >> device;
@@ -158,7 +153,7 @@ void FprintdCheck::Reader::askForReader(const Told& told) {
 
 void FprintdCheck::Reader::askForFingers(const std::string& device, const Told& told) {
   calls_.send(
-      {service, device, deviceInterface, "ListEnrolledFingers"}, options_.startupTimeout,
+      {fprint, device, fprintDevice, "ListEnrolledFingers"}, options_.startupTimeout,
       [told](sdbus::MethodReply& reply) {
         std::vector<std::string> fingers;
         reply >> fingers;
@@ -187,34 +182,22 @@ void FprintdCheck::Reader::concludeAny(BiometricReply outcome) {
 }
 
 void FprintdCheck::Reader::joined(sdbus::IConnection& bus) {
-  const std::string fromIt = "sender='" + std::string(service) + "',interface='" + deviceInterface + "',";
-  const std::string fromBus = "sender='" + std::string(messageBus) + "',interface='" + messageBus + "',";
-  watch(bus, fromIt + "member='VerifyStatus'", &Reader::verifyStatus);
-  watch(bus, fromBus + "member='NameOwnerChanged',arg0='" + service + "'", &Reader::ownerChanged);
+  signals_.joined(bus);
+  signals_.watch(
+      "sender='" + std::string(fprint) + "',interface='" + fprintDevice + "',member='VerifyStatus'",
+      [this](sdbus::Message& message) { verifyStatus(message); });
+  signals_.watchOwner(fprint, [this](const std::string&) {
+    if (!owner_.empty()) {
+      readerGone();
+    }
+  });
   calls_.joined(bus);
 }
 
 void FprintdCheck::Reader::left() {
   readerGone();
   calls_.left();
-  matches_.clear();
-}
-
-void FprintdCheck::Reader::watch(sdbus::IConnection& bus, const std::string& rule,
-                                 void (Reader::*heard)(sdbus::Message&)) {
-  matches_.push_back(bus.addMatch("type='signal'," + rule, [this, heard](sdbus::Message& message) {
-    try {
-      (this->*heard)(message);
-    } catch (const sdbus::Error&) {
-      // Signals with unexpected arguments are ignored.
-    }
-  }));
-}
-
-void FprintdCheck::Reader::ownerChanged(sdbus::Message& message) {
-  if (message.getSender() == messageBus && !owner_.empty()) {
-    readerGone();
-  }
+  signals_.left();
 }
 
 // Anyone can send this program a signal, so it counts only from the fprintd that granted the claim.
@@ -250,14 +233,14 @@ void FprintdCheck::Reader::begin(Check check) {
   check_ = std::move(check);
   const auto device = std::make_shared<sdbus::ObjectPath>();
   call(
-      managerPath, managerInterface, "GetDefaultDevice",
+      fprintManagerPath, fprintManager, "GetDefaultDevice",
       [device](sdbus::MethodReply& reply) { reply >> *device; }, [this, device] { claim(*device); });
 }
 
 void FprintdCheck::Reader::claim(const std::string& device) {
   device_ = device;
   call(
-      device_, deviceInterface, "Claim",
+      device_, fprintDevice, "Claim",
       [this](sdbus::MethodReply& reply) {
         check_->claimed = true;
         owner_ = reply.getSender();
@@ -267,7 +250,7 @@ void FprintdCheck::Reader::claim(const std::string& device) {
 
 void FprintdCheck::Reader::verify() {
   call(
-      device_, deviceInterface, "VerifyStart", [this](sdbus::MethodReply&) { check_->verifying = true; },
+      device_, fprintDevice, "VerifyStart", [this](sdbus::MethodReply&) { check_->verifying = true; },
       [this] {
         check_->prompting = true;
         promptChanged_(check_->reason);
@@ -320,7 +303,7 @@ void FprintdCheck::Reader::call(const std::string& path, const char* interface, 
                                 const Args&... arguments) {
   check_->calling = true;
   calls_.send(
-      {service, path, interface, method}, options_.timeout,
+      {fprint, path, interface, method}, options_.timeout,
       [this, succeeded = std::move(succeeded), next = std::move(next)](sdbus::MethodReply& reply) {
         succeeded(reply);
         check_->calling = false;
@@ -345,7 +328,7 @@ void FprintdCheck::Reader::callBack(const char* method) {
     goBack();
   };
   calls_.send(
-      {service, device_, deviceInterface, method}, options_.timeout, [goOn](sdbus::MethodReply&) { goOn(); },
+      {fprint, device_, fprintDevice, method}, options_.timeout, [goOn](sdbus::MethodReply&) { goOn(); },
       [goOn](const sdbus::Error&) { goOn(); });
 }
 

@@ -11,6 +11,7 @@
 #include "foundation/signal.h"
 #include "platform/biometric_check.h"
 #include "platform/dispatch.h"
+#include "platform/linux/bus_names.h"
 
 namespace quillmar {
 
@@ -25,7 +26,7 @@ class FprintdCheck final : public BiometricCheck {
  public:
   struct Options {
     // Always the system bus, whatever the environment says, because its answers are trusted.
-    std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
+    std::string busAddress = systemBusAddress;
     // For each reply of fprintd during a check.
     std::chrono::milliseconds timeout{1500};
     // For a reply of an fprintd that may have to be started first. Nothing blocks meanwhile.

@@ -26,7 +26,7 @@ std::string askHostnamed(const std::filesystem::path& busSocket, std::chrono::mi
     const auto proxy = sdbus::createProxy(*connection, hostnameService, hostnameObject);
     sdbus::Variant name;
     proxy->callMethod("Get")
-        .onInterface("org.freedesktop.DBus.Properties")
+        .onInterface(propertiesInterface)
         .withTimeout(timeout)
         .withArguments(std::string(hostnameService), std::string("PrettyHostname"))
         .storeResultsTo(name);

@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/linux/bus_names.h"
+
 namespace quillmar {
 
 struct MachineNameSources {
   // The bus with hostnamed, and how long to wait for its reply.
-  std::filesystem::path busSocket = "/run/dbus/system_bus_socket";
+  std::filesystem::path busSocket = systemBusSocket;
   std::chrono::milliseconds timeout{1000};
   std::filesystem::path machineInfo = "/etc/machine-info";
 };

@@ -4,19 +4,17 @@
 #include <array>
 #include <cstdint>
 
+#include "platform/linux/bus_names.h"
+
 namespace quillmar {
 namespace {
 
-constexpr const char* networkManager = "org.freedesktop.NetworkManager";
-constexpr const char* networkManagerPath = "/org/freedesktop/NetworkManager";
 constexpr const char* settingsPath = "/org/freedesktop/NetworkManager/Settings";
 constexpr const char* settingsInterface = "org.freedesktop.NetworkManager.Settings";
 constexpr const char* connectionInterface = "org.freedesktop.NetworkManager.Settings.Connection";
 constexpr const char* activeInterface = "org.freedesktop.NetworkManager.Connection.Active";
-constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* objectManagerInterface = "org.freedesktop.DBus.ObjectManager";
 constexpr const char* objectsPath = "/org/freedesktop";
-constexpr const char* busPath = "/org/freedesktop/DBus";
 
 constexpr std::uint32_t keptOnDisk = 1;
 
@@ -126,45 +124,25 @@ void NetworkManagerClient::start(std::string uuid, const Reply<void>& reply) {
 void NetworkManagerClient::joined(sdbus::IConnection& bus) {
   bus_ = &bus;
   calls_.joined(bus);
+  signals_.joined(bus);
   watchSignals();
-  try {
-    std::string owner;
-    sdbus::createProxy(bus, messageBus, busPath)
-        ->callMethod("GetNameOwner")
-        .onInterface(messageBus)
-        .withArguments(std::string(networkManager))
-        .storeResultsTo(owner);
-    ownerChanged(owner);
-  } catch (const sdbus::Error&) {
-    // NetworkManager is not running. Its start will be announced, and callers get errors until then.
-  }
+  // If it does not run, its start will be announced, and callers get errors until then.
+  ownerChanged(signals_.ownerOf(networkManager));
 }
 
 void NetworkManagerClient::left() {
   ownerChanged({});
   calls_.left();
-  const sdbus::Error gone("org.freedesktop.DBus.Error.Disconnected", "The system's message bus went away.");
   for (const auto& deferred : std::exchange(deferred_, {})) {
-    deferred.failed(gone);
+    deferred.failed(busWentAway());
   }
   isReadingActivations_ = false;
   willReadProfiles_ = false;
-  matches_.clear();
+  signals_.left();
   bus_ = nullptr;
 }
 
 // Anyone can send this program a signal, so it counts only from the owner of the service's name.
-void NetworkManagerClient::watch(const std::string& rule, std::function<void(sdbus::Message&)> heard) {
-  matches_.push_back(
-      bus_->addMatch("type='signal'," + rule, [heard = std::move(heard)](sdbus::Message& message) {
-        try {
-          heard(message);
-        } catch (const sdbus::Error&) {
-          // Signals with unexpected arguments are ignored.
-        }
-      }));
-}
-
 void NetworkManagerClient::watchSignals() {
   const auto fromService = [this](auto handle) {
     return [this, handle](sdbus::Message& message) {
@@ -178,48 +156,41 @@ void NetworkManagerClient::watchSignals() {
   const std::string objects = fromIt + "interface='" + objectManagerInterface + "',";
   const std::string settings = fromIt + "interface='" + settingsInterface + "',";
 
-  watch("sender='" + std::string(messageBus) + "',interface='" + messageBus +
-            "',member='NameOwnerChanged',arg0='" + networkManager + "'",
-        [this](sdbus::Message& message) {
-          std::string name;
-          std::string before;
-          std::string owner;
-          message >> name >> before >> owner;
-          if (message.getSender() == messageBus && name == networkManager) {
-            ownerChanged(owner);
-          }
-        });
-  watch(objects + "member='InterfacesAdded'," + activations, fromService([this](sdbus::Message& message) {
-          Path path;
-          Settings interfaces;
-          message >> path >> interfaces;
-          if (const auto active = interfaces.find(activeInterface); active != interfaces.end()) {
-            add(path, active->second);
-            announceChanges();
-          }
-        }));
-  watch(objects + "member='InterfacesRemoved'," + activations, fromService([this](sdbus::Message& message) {
-          Path path;
-          message >> path;
-          std::erase_if(activations_, [&](const auto& known) { return known.first == path; });
-          announceChanges();
-        }));
-  watch(fromIt + "interface='" + propertiesInterface + "',member='PropertiesChanged',arg0='" +
-            activeInterface + "'",
-        fromService([this](sdbus::Message& message) {
-          std::string interface;
-          Values changed;
-          message >> interface >> changed;
-          activationChanged(Path(message.getPath()), changed);
-          announceChanges();
-        }));
-  watch(settings + "member='NewConnection'", fromService([this](sdbus::Message&) { readProfilesSoon(); }));
-  watch(settings + "member='ConnectionRemoved'", fromService([this](sdbus::Message& message) {
-          Path path;
-          message >> path;
-          saved_.erase(path);
-          announceChanges();
-        }));
+  signals_.watchOwner(networkManager, [this](const std::string& owner) { ownerChanged(owner); });
+  signals_.watch(objects + "member='InterfacesAdded'," + activations,
+                 fromService([this](sdbus::Message& message) {
+                   Path path;
+                   Settings interfaces;
+                   message >> path >> interfaces;
+                   if (const auto active = interfaces.find(activeInterface); active != interfaces.end()) {
+                     add(path, active->second);
+                     announceChanges();
+                   }
+                 }));
+  signals_.watch(objects + "member='InterfacesRemoved'," + activations,
+                 fromService([this](sdbus::Message& message) {
+                   Path path;
+                   message >> path;
+                   std::erase_if(activations_, [&](const auto& known) { return known.first == path; });
+                   announceChanges();
+                 }));
+  signals_.watch(fromIt + "interface='" + propertiesInterface + "',member='PropertiesChanged',arg0='" +
+                     activeInterface + "'",
+                 fromService([this](sdbus::Message& message) {
+                   std::string interface;
+                   Values changed;
+                   message >> interface >> changed;
+                   activationChanged(Path(message.getPath()), changed);
+                   announceChanges();
+                 }));
+  signals_.watch(settings + "member='NewConnection'",
+                 fromService([this](sdbus::Message&) { readProfilesSoon(); }));
+  signals_.watch(settings + "member='ConnectionRemoved'", fromService([this](sdbus::Message& message) {
+                   Path path;
+                   message >> path;
+                   saved_.erase(path);
+                   announceChanges();
+                 }));
 }
 
 void NetworkManagerClient::ownerChanged(const std::string& owner) {

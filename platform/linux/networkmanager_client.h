@@ -12,6 +12,7 @@
 
 #include "foundation/result.h"
 #include "platform/linux/bus_calls.h"
+#include "platform/linux/bus_signals.h"
 #include "platform/linux/bus_thread.h"
 #include "platform/linux/networkmanager_profile.h"
 #include "platform/tunnel.h"
@@ -66,7 +67,6 @@ class NetworkManagerClient final : private BusSession {
   void joined(sdbus::IConnection& bus) override;
   void left() override;
 
-  void watch(const std::string& rule, std::function<void(sdbus::Message&)> heard);
   void watchSignals();
   void ownerChanged(const std::string& owner);
   void add(const Path& path, const Values& properties);
@@ -97,7 +97,7 @@ class NetworkManagerClient final : private BusSession {
 
   // Bus thread only from here on.
   sdbus::IConnection* bus_ = nullptr;
-  std::vector<sdbus::Slot> matches_;
+  BusSignals signals_;
   BusCalls calls_;
   std::string owner_;  // the bus name of the running NetworkManager; empty if there is none
   std::map<Path, std::string> saved_;

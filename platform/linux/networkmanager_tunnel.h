@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/dispatch.h"
+#include "platform/linux/bus_names.h"
 #include "platform/tunnel.h"
 
 namespace quillmar {
@@ -28,7 +29,7 @@ class NetworkManagerTunnel final : public TunnelService {
  public:
   struct Options {
     // Always the system bus, whatever the environment says, because its answers are trusted.
-    std::string busAddress = "unix:path=/run/dbus/system_bus_socket";
+    std::string busAddress = systemBusAddress;
     // For a reply of NetworkManager that needs no authorization.
     std::chrono::milliseconds timeout{5000};
     // For a reply that may wait for the user's authorization.

@@ -17,6 +17,7 @@
 #include "child/vpn_dns_manager.h"
 #include "foundation/text.h"
 #include "platform/common/file_descriptor.h"
+#include "platform/linux/bus_names.h"
 #include "platform/linux/bus_thread.h"
 
 namespace quillmar::doctor {
@@ -24,13 +25,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* systemBus = "unix:path=/run/dbus/system_bus_socket";
 constexpr std::chrono::seconds patience{5};
 constexpr std::chrono::seconds servicePatience{15};
 constexpr int firstFailureOfServer = 500;
-
-const std::string fprint = "net.reactivated.Fprint";
-const std::string networkManagerName = "org.freedesktop.NetworkManager";
 
 class NothingToKeep final : public BusSession {
   void joined(sdbus::IConnection&) override {}
@@ -161,9 +158,9 @@ Finding lookAtKeyring(SecureItemStore& keyring) {
 Finding lookAtNetworkManager(const std::string& busAddress) {
   std::string version;
   const auto error = ask(busAddress, [&](sdbus::IConnection& bus) {
-    version = sdbus::createProxy(bus, networkManagerName, "/org/freedesktop/NetworkManager")
+    version = sdbus::createProxy(bus, networkManager, networkManagerPath)
                   ->getProperty("Version")
-                  .onInterface(networkManagerName)
+                  .onInterface(networkManager)
                   .get<std::string>();
   });
   if (error) {
@@ -177,21 +174,21 @@ Finding lookAtFingerprintReader(const std::string& busAddress) {
   std::vector<std::string> fingers;
   const auto error = ask(busAddress, [&](sdbus::IConnection& bus) {
     sdbus::ObjectPath reader;
-    sdbus::createProxy(bus, fprint, "/net/reactivated/Fprint/Manager")
+    sdbus::createProxy(bus, fprint, fprintManagerPath)
         ->callMethod("GetDefaultDevice")
-        .onInterface(fprint + ".Manager")
+        .onInterface(fprintManager)
         .storeResultsTo(reader);
     sdbus::createProxy(bus, fprint, reader)
         ->callMethod("ListEnrolledFingers")
-        .onInterface(fprint + ".Device")
+        .onInterface(fprintDevice)
         .withArguments(std::string())
         .storeResultsTo(fingers);
   });
   const std::string problem = error ? error->getName() : "";
-  if (problem == fprint + ".Error.NoSuchDevice") {
+  if (problem == "net.reactivated.Fprint.Error.NoSuchDevice") {
     return {false, "none is connected."};
   }
-  if (problem == fprint + ".Error.NoEnrolledPrints" || (!error && fingers.empty())) {
+  if (problem == "net.reactivated.Fprint.Error.NoEnrolledPrints" || (!error && fingers.empty())) {
     return {false, "knows no finger of yours. Enrol one: fprintd-enroll"};
   }
   if (error) {
@@ -260,13 +257,13 @@ ServiceFinding lookAtService(HttpSession& http, const std::string& url) {
           .clockLead = lead};
 }
 
-Finding MachineProbes::networkManager() { return lookAtNetworkManager(systemBus); }
+Finding MachineProbes::networkManager() { return lookAtNetworkManager(systemBusAddress); }
 
 Finding MachineProbes::tunnelProgram() {
   return lookAtTunnelProgram({"/etc/NetworkManager/VPN", "/usr/lib/NetworkManager/VPN"},
                              VPNDNSManager::tunnelBundleId);
 }
 
-Finding MachineProbes::fingerprintReader() { return lookAtFingerprintReader(systemBus); }
+Finding MachineProbes::fingerprintReader() { return lookAtFingerprintReader(systemBusAddress); }
 
 }  // namespace quillmar::doctor

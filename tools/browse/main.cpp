@@ -60,7 +60,7 @@ int main(int count, char** arguments) {
       return;
     }
     const auto* const name = names[next++ % names.size()];
-    const bool answered = quillmar::askOverHttps(*endpoint, name, QString::fromStdString(given.caFile));
+    const bool answered = quillmar::askOverHttps(*endpoint, name, given.caFile);
     QTextStream(stdout) << "The child's device asked for " << name << (answered ? "" : ", and got no answer")
                         << '\n';
   });

@@ -9,14 +9,17 @@
 #include "command_line/command_line.h"
 #include "tools/common/start.h"
 #include "tools/pictures/scenes.h"
+#include "ui/bridge/shown_text.h"
 
 namespace {
+
+using quillmar::ui::exactText;
 
 constexpr auto usualSizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
 
 QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
   return QStringLiteral("%1-%2-%3.png")
-      .arg(QString::fromStdString(scene.name), dark ? QStringLiteral("dark") : QStringLiteral("light"))
+      .arg(exactText(scene.name), dark ? QStringLiteral("dark") : QStringLiteral("light"))
       .arg(size.width());
 }
 
@@ -67,7 +70,7 @@ int main(int count, char** arguments) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("QT_QUICK_BACKEND", "software");
   const QGuiApplication application(count, arguments);
-  const QDir directory(QString::fromStdString(wish.directory));
+  const QDir directory(exactText(wish.directory));
   QTextStream errors(stderr);
   if (!directory.mkpath(QStringLiteral("."))) {
     errors << directory.path() << " cannot be made\n";

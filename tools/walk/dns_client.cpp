@@ -5,6 +5,8 @@
 #include <QStringList>
 #include <sstream>
 
+#include "ui/bridge/shown_text.h"
+
 namespace quillmar {
 namespace {
 
@@ -25,15 +27,15 @@ QByteArray question(const std::string& name) {
 
 }  // namespace
 
-bool askOverHttps(const std::string& endpoint, const std::string& name, const QString& caFile) {
+bool askOverHttps(const std::string& endpoint, const std::string& name, const std::string& caFile) {
   QProcess curl;
   QStringList words{
       "--silent",      "--fail", "--max-time", "10", "--header", "Content-Type: application/dns-message",
       "--data-binary", "@-"};
-  if (!caFile.isEmpty()) {
-    words << "--cacert" << caFile;
+  if (!caFile.empty()) {
+    words << "--cacert" << ui::exactText(caFile);
   }
-  curl.start("curl", words << QString::fromStdString(endpoint));
+  curl.start("curl", words << ui::exactText(endpoint));
   curl.write(question(name));
   curl.closeWriteChannel();
   return curl.waitForFinished() && curl.exitStatus() == QProcess::NormalExit && curl.exitCode() == 0;

@@ -17,10 +17,12 @@
 #include "testing/ui/ui_stage.h"
 #include "tools/common/start.h"
 #include "tools/walk/dns_client.h"
+#include "ui/bridge/shown_text.h"
 
 namespace {
 
 using namespace std::chrono_literals;
+using quillmar::ui::exactText;
 using quillmar::ui::UiStage;
 
 // Performs the program's main job without a display. A parent creates an account and a child profile. The
@@ -28,7 +30,7 @@ using quillmar::ui::UiStage;
 // then shows that name. Two real windows use a running service; time is virtual, the requests are real.
 class Walk {
  public:
-  Walk(UiStage& parent, UiStage& child, const QDir& directory, QString caFile)
+  Walk(UiStage& parent, UiStage& child, const QDir& directory, std::string caFile)
       : parent_{parent, "parent"},
         child_{child, "child"},
         directory_(directory),
@@ -127,7 +129,7 @@ class Walk {
     if (quillmar::askOverHttps(endpoint, name, caFile_)) {
       return true;
     }
-    QTextStream(stdout) << "FAILED to ask " << QString::fromStdString(endpoint) << " for " << name << '\n';
+    QTextStream(stdout) << "FAILED to ask " << exactText(endpoint) << " for " << name << '\n';
     return false;
   }
 
@@ -166,7 +168,7 @@ class Walk {
   Side parent_;
   Side child_;
   const QDir directory_;
-  const QString caFile_;
+  const std::string caFile_;
   int step_ = 0;
 };
 
@@ -199,7 +201,7 @@ int main(int count, char** arguments) {
   if (const auto status = quillmar::endsAtOnce(program, count, arguments, given.caFile)) {
     return *status;
   }
-  const QDir directory(QString::fromStdString(given.directory));
+  const QDir directory(exactText(given.directory));
   if (!directory.mkpath(QStringLiteral("."))) {
     return 1;
   }
@@ -210,5 +212,5 @@ int main(int count, char** arguments) {
   options.network = quillmar::realNetwork(given.service, given.caFile);
   UiStage parent(options);
   UiStage child(options);
-  return Walk(parent, child, directory, QString::fromStdString(given.caFile)).run() ? 0 : 1;
+  return Walk(parent, child, directory, given.caFile).run() ? 0 : 1;
 }

@@ -2,19 +2,16 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusVariant>
 #include <QMap>
 #include <algorithm>
 
 #include "ui/adapters/desktop_settings.h"
+#include "ui/adapters/portal.h"
 
 namespace quillmar::ui {
 namespace {
 
-const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
-const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
 const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
 const auto appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const auto interfaceGroup = QStringLiteral("org.gnome.desktop.interface");
@@ -32,29 +29,29 @@ std::optional<bool> darkFrom(uint preference) {
 DesktopPortal::DesktopPortal(DesktopSettings& settings) : settings_(settings) {
   auto bus = QDBusConnection::sessionBus();
   if (bus.isConnected()) {
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+    bus.connect(portalService, portalPath, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     readAll();
   }
 }
 
 void DesktopPortal::readAll() {
-  auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
-  call << QStringList{appearanceGroup, interfaceGroup};
-  auto* const pending = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
-  connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
-    pending->deleteLater();
-    const QDBusMessage answer = pending->reply();
-    if (pending->isError() || answer.arguments().isEmpty()) {
-      return;
+  const QStringList groups{appearanceGroup, interfaceGroup};
+  callPortal(QDBusConnection::sessionBus(), *this, interface, QStringLiteral("ReadAll"), {groups},
+             [this](const QDBusMessage& answer) {
+               if (answer.type() != QDBusMessage::ErrorMessage && !answer.arguments().isEmpty()) {
+                 takeAll(answer.arguments().constFirst());
+               }
+             });
+}
+
+void DesktopPortal::takeAll(const QVariant& answer) {
+  const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(answer);
+  for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
+    for (auto entry = group->cbegin(); entry != group->cend(); ++entry) {
+      take(group.key(), entry.key(), entry.value());
     }
-    const auto groups = qdbus_cast<QMap<QString, QVariantMap>>(answer.arguments().constFirst());
-    for (auto group = groups.cbegin(); group != groups.cend(); ++group) {
-      for (auto entry = group->cbegin(); entry != group->cend(); ++entry) {
-        take(group.key(), entry.key(), entry.value());
-      }
-    }
-  });
+  }
 }
 
 void DesktopPortal::settingChanged(const QString& group, const QString& name, const QDBusVariant& value) {

@@ -23,6 +23,7 @@ class DesktopPortal final : public QObject {
 
  private:
   void readAll();
+  void takeAll(const QVariant& answer);
   void take(const QString& group, const QString& name, const QVariant& value);
 
   DesktopSettings& settings_;

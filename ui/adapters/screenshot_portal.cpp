@@ -1,19 +1,13 @@
 #include "ui/adapters/screenshot_portal.h"
 
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
 #include <QUuid>
 #include <QVariantMap>
 #include <utility>
 
+#include "ui/adapters/portal.h"
+
 namespace quillmar::ui {
-namespace {
-
-const auto portalService = QStringLiteral("org.freedesktop.portal.Desktop");
-
-}  // namespace
-
 // One request; deletes itself when it is answered.
 class ScreenshotRequest final : public QObject {
   Q_OBJECT
@@ -29,17 +23,14 @@ class ScreenshotRequest final : public QObject {
     // Connected before the call, because the response may arrive before the call's reply.
     bus_.connect(portalService, requestPath(), QStringLiteral("org.freedesktop.portal.Request"),
                  QStringLiteral("Response"), this, SLOT(responded(uint, QVariantMap)));
-    auto call = QDBusMessage::createMethodCall(
-        portalService, QStringLiteral("/org/freedesktop/portal/desktop"),
-        QStringLiteral("org.freedesktop.portal.Screenshot"), QStringLiteral("Screenshot"));
     // Interactive: the person chooses what is captured, which helps when windows cover each other.
-    call << QString() << QVariantMap{{"handle_token", token_}, {"interactive", true}};
-    auto* const pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
-      if (pending->isError()) {
-        finish(ScreenshotOutcome::noPortal);
-      }
-    });
+    callPortal(bus_, *this, QStringLiteral("org.freedesktop.portal.Screenshot"), QStringLiteral("Screenshot"),
+               {QString(), QVariantMap{{"handle_token", token_}, {"interactive", true}}},
+               [this](const QDBusMessage& reply) {
+                 if (reply.type() == QDBusMessage::ErrorMessage) {
+                   finish(ScreenshotOutcome::noPortal);
+                 }
+               });
     auto* const watcher =
         new QDBusServiceWatcher(portalService, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this,
@@ -57,7 +48,7 @@ class ScreenshotRequest final : public QObject {
  private:
   QString requestPath() const {
     const QString sender = bus_.baseService().mid(1).replace('.', '_');
-    return QStringLiteral("/org/freedesktop/portal/desktop/request/%1/%2").arg(sender, token_);
+    return QStringLiteral("%1/request/%2/%3").arg(portalPath, sender, token_);
   }
 
   void finish(ScreenshotOutcome outcome, const QString& file = {}) {

@@ -138,8 +138,4 @@ QString editedText(std::string_view utf8) {
   return text;
 }
 
-QString exactText(std::string_view utf8) {
-  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 }  // namespace quillmar::ui

@@ -19,6 +19,8 @@ inline constexpr qsizetype mostShownLines = 16;
 QString editedText(std::string_view utf8);
 
 // Unchanged, for what no screen draws: a name, a key, a file, a text to copy or encode.
-QString exactText(std::string_view utf8);
+inline QString exactText(std::string_view utf8) {
+  return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
 
 }  // namespace quillmar::ui
