@@ -28,6 +28,25 @@ Answer refusalOfGuessing(std::chrono::seconds pause) {
   return answer;
 }
 
+// Compares a password with the account of this address, as often as the limit against guessing allows.
+// nullopt if it fits.
+std::optional<Answer> refusalOfPassword(Call& call, const std::string& email, const std::string& password,
+                                        const std::string& hash, std::string_view sentence) {
+  const auto address = upperCase(email);
+  auto& guesses = call.world.guesses;
+  if (const auto pause = guesses.pauseFor(address, call.now)) {
+    return refusalOfGuessing(*pause);
+  }
+  if (!passwordFits(password, hash)) {
+    guesses.wrong(address, call.now);
+    return refusal(401, sentence);
+  }
+  guesses.right(address);
+  return std::nullopt;
+}
+
+Answer refusalOfMissingAccount() { return refusal(401, "This account does not exist any more."); }
+
 Answer refusalOfTakenEmail() { return refusal(409, "There is an account with this e-mail address already."); }
 
 // The account of an authenticated parent and a new token.
@@ -46,7 +65,7 @@ Answer signedIn(Call& call, int status, std::string_view parentId) {
                     {"doh_base_url", call.world.addresses.dohBase()}};
       },
       parentId);
-  return body ? json(status, *body) : refusal(401, "This account does not exist any more.");
+  return body ? json(status, *body) : refusalOfMissingAccount();
 }
 
 }  // namespace
@@ -82,11 +101,6 @@ Answer login(Call& call) {
   if (auto refused = input.refusal()) {
     return *refused;
   }
-  const auto address = upperCase(email);
-  auto& guesses = call.world.guesses;
-  if (const auto pause = guesses.pauseFor(address, call.now)) {
-    return refusalOfGuessing(*pause);
-  }
 
   struct Known {
     std::string id;
@@ -99,12 +113,10 @@ Answer login(Call& call) {
       },
       email);
   const auto& dummy = dummyHash();
-  const bool fits = passwordFits(password, known ? known->passwordHash : dummy);
-  if (!known || !fits) {
-    guesses.wrong(address, call.now);
-    return refusal(401, "The e-mail address or the password is not right.");
+  if (auto refused = refusalOfPassword(call, email, password, known ? known->passwordHash : dummy,
+                                       "The e-mail address or the password is not right.")) {
+    return *refused;
   }
-  guesses.right(address);
   return signedIn(call, 200, known->id);
 }
 
@@ -123,11 +135,22 @@ Answer deleteAccount(Call& call) {
     return *refused;
   }
 
-  const auto hash = call.database.first(
-      "SELECT password_hash FROM accounts WHERE id = ?", [](Row row) { return row.text(0); },
+  struct Known {
+    std::string email;
+    std::string passwordHash;
+  };
+  const auto known = call.database.first(
+      "SELECT email, password_hash FROM accounts WHERE id = ?",
+      [](Row row) {
+        return Known{row.text(0), row.text(1)};
+      },
       call.caller.parentId);
-  if (!hash || !passwordFits(password, *hash)) {
-    return refusal(401, "The password is not right.");
+  if (!known) {
+    return refusalOfMissingAccount();
+  }
+  if (auto refused = refusalOfPassword(call, known->email, password, known->passwordHash,
+                                       "The password is not right.")) {
+    return *refused;
   }
   if (!call.caller.primary) {
     handOver(call, call.caller.parentId);

@@ -185,6 +185,25 @@ TEST_F(AccountsTest, deleting_the_account_requires_the_password) {
   EXPECT_EQ(statusOfAnyCall(token), 200);
 }
 
+TEST_F(AccountsTest, the_password_is_no_easier_to_guess_by_deletions_than_by_logins) {
+  const auto ann = givenAccount("ann@example.com");
+  const auto eve = givenAccount("eve@example.com");
+  const auto deleting = [&](const std::string& token, const std::string& word) {
+    return ask("DELETE", "/auth/account", token, Json{{"password", word}}.dump());
+  };
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(deleting(ann, "wrong horse").status, 401);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(loggingIn("ANN@example.com", "wrong horse").status, 401);
+
+  const auto refused = deleting(ann, password);
+  EXPECT_EQ(refused.status, 429);
+  EXPECT_EQ(refused.error(), "There were too many wrong passwords. Please wait a moment and try again.");
+  EXPECT_EQ(statusOfAnyCall(ann), 200) << "the account is still there";
+  EXPECT_EQ(loggingIn("ann@example.com", password).status, 429);
+  EXPECT_EQ(deleting(eve, password).status, 204) << "others may";
+  advance(30s);
+  EXPECT_EQ(deleting(ann, password).status, 204);
+}
+
 TEST_F(AccountsTest, deleting_the_primary_account_deletes_everything) {
   const auto ann = givenAccount("ann@example.com");
   const auto other =
