@@ -43,6 +43,18 @@ struct Command {
   std::vector<Argument> arguments = {};
 };
 
+// A row of a list in the help.
+struct Entry {
+  std::string written = {};
+  std::string_view meaning = {};
+};
+
+// A list of words that are not given on the command line.
+struct Glossary {
+  std::string_view title = {};
+  std::vector<Entry> entries = {};
+};
+
 struct Program {
   std::string_view name;
   std::string_view about;  // a paragraph
@@ -54,6 +66,7 @@ struct Program {
   std::vector<Option> options = {};
   // Parsed by the toolkit itself, with one dash or two. Listed by --help-all.
   std::vector<Option> toolkitOptions = {};
+  Glossary glossary = {};
   std::string_view notes = {};  // the end of the help, in whole lines
 };
 

@@ -9,12 +9,6 @@ constexpr std::size_t lineWidth = 80;
 // A longer entry on the left must not squeeze the text on the right.
 constexpr std::size_t widestLeft = 26;
 
-// A line of a list: the syntax and its meaning.
-struct Entry {
-  std::string written = {};
-  std::string_view meaning = {};
-};
-
 std::string formOf(const Option& option) {
   std::string form = option.letter.empty() ? "" : std::string(option.letter) + ", ";
   form += option.name;
@@ -124,7 +118,8 @@ std::string help(const Program& program, bool withToolkit) {
       {"Commands", commandEntries(program)},
       {"Arguments", argumentEntries(program.arguments)},
       {"Options", sharedEntries(program)},
-      {"Options of the toolkit", withToolkit ? optionEntries(program.toolkitOptions) : std::vector<Entry>()}};
+      {"Options of the toolkit", withToolkit ? optionEntries(program.toolkitOptions) : std::vector<Entry>()},
+      {program.glossary.title, program.glossary.entries}};
   std::size_t column = 0;
   for (const auto& [title, entries] : lists) {
     column = std::max(column, columnFor(entries));

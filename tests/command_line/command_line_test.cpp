@@ -246,6 +246,17 @@ TEST(CommandLine, prints_the_help_of_a_command) {
       << "there is no more to say";
 }
 
+TEST(CommandLine, lists_a_glossary_in_the_column_of_the_options) {
+  bool isLoud = false;
+  const Program program{.name = "sing",
+                        .about = "Sings.",
+                        .options = {{"--loud", "", "Sing loudly", to(isLoud)}},
+                        .glossary = {"Songs", {{"carol LENGTH", "Sing a carol"}}}};
+  EXPECT_THAT(help(program), HasSubstr("  --loud        Sing loudly\n"));
+  EXPECT_THAT(help(program), HasSubstr("\nSongs:\n  carol LENGTH  Sing a carol\n"));
+  EXPECT_EQ(read(program, Words{"carol"})->reason, Reason::wrongWord);
+}
+
 TEST(CommandLine, wraps_long_texts_at_words) {
   bool isSet = false;
   const std::string words =

@@ -62,26 +62,39 @@ std::optional<Result> lookUp(const Table& table, const Value& value) {
 
 struct Driver::Operation {
   std::string_view name;
+  std::string_view fields;
+  std::string_view help;
   Answer (Driver::*run)(const Value& request);
 };
 
 const std::vector<Driver::Operation>& Driver::operations() {
   static const std::vector<Operation> all{
-      {"screens", &Driver::listScreens},
-      {"objects", &Driver::listObjects},
-      {"set", &Driver::set},
-      {"act", &Driver::act},
-      {"advance", &Driver::advance},
-      {"phase", &Driver::phase},
-      {"activate", &Driver::activate},
-      {"settings", &Driver::settings},
-      {"secure", &Driver::secure},
-      {"tunnel", &Driver::tunnel},
-      {"biometrics", &Driver::biometrics},
-      {"clipboard", &Driver::clipboard},
-      {"haptics", &Driver::haptics},
+      {"screens", "", "List the screens that are up, the topmost last, with their members",
+       &Driver::listScreens},
+      {"objects", "", "List the shared objects: role, session, child, tunnel", &Driver::listObjects},
+      {"set", "screen row field value", "Enter a value in a field", &Driver::set},
+      {"act", "screen row action args", "Tap a control", &Driver::act},
+      {"advance", "seconds", "Let virtual time pass", &Driver::advance},
+      {"settle", "timeout", "Wait until nothing is under way, 20 seconds at most", &Driver::settle},
+      {"phase", "value", "The window is active, inactive or in the background", &Driver::phase},
+      {"activate", "", "The application has become active", &Driver::activate},
+      {"settings", "set remove", "Change and list the settings", &Driver::settings},
+      {"secure", "", "List the secret store", &Driver::secure},
+      {"tunnel", "status fail", "Steer the tunnel, list its configurations and calls", &Driver::tunnel},
+      {"biometrics", "type available answer", "Steer the fingerprint reader", &Driver::biometrics},
+      {"clipboard", "", "Show the copied text", &Driver::clipboard},
+      {"haptics", "", "Show the haptic feedback so far", &Driver::haptics},
   };
   return all;
+}
+
+command_line::Glossary Driver::requests() {
+  command_line::Glossary list{.title = "Requests (\"op\"), and their fields"};
+  for (const Operation& each : operations()) {
+    const std::string fields = each.fields.empty() ? "" : ' ' + std::string(each.fields);
+    list.entries.push_back({std::string(each.name) + fields, each.help});
+  }
+  return list;
 }
 
 Driver::Driver(const Options& options, Write write)
@@ -106,10 +119,6 @@ void Driver::handle(std::string_view line) {
     return;
   }
   const std::string& name = text(request.value(), "op");
-  if (name == "settle") {
-    settle(request.value());
-    return;
-  }
   const auto known = std::ranges::find(operations(), name, &Operation::name);
   reply(request.value(),
         known == operations().end() ? Refusal{"no such op: " + name} : (this->*known->run)(request.value()));
@@ -117,6 +126,9 @@ void Driver::handle(std::string_view line) {
 
 void Driver::reply(const Value& request, Answer answer) {
   watch();
+  if (std::holds_alternative<Later>(answer)) {
+    return;
+  }
   const Value* id = request.find("id");
   Value::Map line{{"id", id ? *id : Value()}};
   if (auto* fields = std::get_if<Value::Map>(&answer)) {
@@ -241,18 +253,18 @@ Driver::Answer Driver::advance(const Value& request) {
   return Value::Map{};
 }
 
-void Driver::settle(const Value& request) {
+Driver::Answer Driver::settle(const Value& request) {
   const auto timeout = seconds(number(request, "timeout").value_or(20));
-  if (auto* time = machine_.virtualTime()) {
-    time->setTimeout(timeout);
-    if (time->settle()) {
-      reply(request, Value::Map{});
-    } else {
-      reply(request, Refusal{"a request is still in flight"});
-    }
-    return;
+  auto* const time = machine_.virtualTime();
+  if (!time) {
+    waitUntilIdle(request, std::chrono::steady_clock::now() + timeout, 0);
+    return Later{};
   }
-  waitUntilIdle(request, std::chrono::steady_clock::now() + timeout, 0);
+  time->setTimeout(timeout);
+  if (!time->settle()) {
+    return Refusal{"a request is still in flight"};
+  }
+  return Value::Map{};
 }
 
 // The queues of the real clock can't be asked whether they are empty. Instead this waits until nothing is in

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/quillmar_app.h"
+#include "command_line/command_line.h"
 #include "foundation/value.h"
 #include "tools/driver/machine.h"
 
@@ -25,6 +26,9 @@ class Driver {
   Driver& operator=(const Driver&) = delete;
   ~Driver();
 
+  // The kinds of requests with their fields, and what they do: a list for the help.
+  static command_line::Glossary requests();
+
   // Answers at once; a `settle` by the real clock is answered later.
   void handle(std::string_view line);
   Machine& machine() { return machine_; }
@@ -34,7 +38,9 @@ class Driver {
   struct Refusal {
     std::string words;
   };
-  using Answer = std::variant<Value::Map, Refusal>;
+  // The answer is written once there is one.
+  struct Later {};
+  using Answer = std::variant<Value::Map, Refusal, Later>;
 
   static const std::vector<Operation>& operations();
 
@@ -43,6 +49,7 @@ class Driver {
   Answer set(const Value& request);
   Answer act(const Value& request);
   Answer advance(const Value& request);
+  Answer settle(const Value& request);
   Answer phase(const Value& request);
   Answer activate(const Value& request);
   Answer settings(const Value& request);
@@ -51,7 +58,6 @@ class Driver {
   Answer biometrics(const Value& request);
   Answer clipboard(const Value& request);
   Answer haptics(const Value& request);
-  void settle(const Value& request);
 
   std::vector<std::shared_ptr<ObservableObject>> sharedObjects();
   std::shared_ptr<ObservableObject> findScreen(std::string_view name);

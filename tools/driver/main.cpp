@@ -18,14 +18,16 @@ quillmar::command_line::Program programFor(Options& options) {
           .about =
               "Drives the application by JSON lines: one request a line on standard input, one answer a line "
               "on standard output.",
-          .options = {
-              {"--data-dir", "DIR", "Keep everything in DIR", to(options.dataDirectory)},
-              {"--service", "URL", "Use the service at URL for every region", to(options.service)},
-              quillmar::authorityOption(options.caFile),
-              {"--clock", "real|virtual", "Whose time it is (real)",
-               oneOf(options.clock, {{"real", Clock::real}, {"virtual", Clock::virtualTime}})},
-              {"--events", "", "Tell each change as it comes", to(options.events)},
-          }};
+          .options =
+              {
+                  {"--data-dir", "DIR", "Keep everything in DIR", to(options.dataDirectory)},
+                  {"--service", "URL", "Use the service at URL for every region", to(options.service)},
+                  quillmar::authorityOption(options.caFile),
+                  {"--clock", "real|virtual", "Whose time it is (real)",
+                   oneOf(options.clock, {{"real", Clock::real}, {"virtual", Clock::virtualTime}})},
+                  {"--events", "", "Tell each change as it comes", to(options.events)},
+              },
+          .glossary = quillmar::driver::Driver::requests()};
 }
 
 void writeLine(const std::string& line) { std::cout << line << std::endl; }  // NOLINT(performance-avoid-endl)
