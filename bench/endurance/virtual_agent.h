@@ -1,0 +1,127 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "app/application_environment.h"
+#include "child/background_service.h"
+#include "child/child_app_state.h"
+#include "child/vpn_dns_manager.h"
+#include "platform/common/qrencode_encoder.h"
+#include "platform/log.h"
+#include "platform/platform.h"
+#include "platform/settings.h"
+#include "platform/simulated/simulated_tunnel.h"
+#include "testing/fake_biometrics.h"
+#include "testing/fake_clipboard.h"
+#include "testing/fake_device_info.h"
+#include "testing/fake_haptics.h"
+#include "testing/fake_qr_reader.h"
+#include "testing/fake_window_style.h"
+#include "testing/memory_secure_items.h"
+#include "testing/memory_settings_store.h"
+
+namespace quillmar::endurance {
+
+// Counts what a log file would hold.
+class CountingLog final : public Log {
+ public:
+  void print(std::string_view line) override { bytes_ += line.size() + 1; }
+  void system(std::string_view line) override { print(line); }
+  std::size_t bytes() const { return bytes_; }
+
+ private:
+  std::size_t bytes_ = 0;
+};
+
+// What the agents of one process share.
+struct Surroundings {
+  Dispatch& dispatch;
+  HttpSession& http;
+  Log& log;
+
+  MemorySecureItems secureItems{};
+  FakeBiometrics biometrics{dispatch};
+  FakeDeviceInfo deviceInfo{};
+  FakeClipboard clipboard{};
+  FakeHaptics haptics{};
+  FakeWindowStyle windowStyle{};
+  QrencodeEncoder qrEncoder{};
+  FakeQRReader qrReader{dispatch};
+};
+
+// The agent's program without its process: settings and a tunnel of its own, and the work of a child's
+// device.
+class VirtualAgent {
+ public:
+  explicit VirtualAgent(Surroundings& surroundings) : surroundings_(surroundings), tunnel(surroundings.dispatch) {
+    tunnel.behaveLikePlatform();
+    settings.set(settings::deviceRole, std::string("child"));
+    settings.set(settings::region, std::string("australia"));
+    boot();
+  }
+
+  // As after an enrollment that was stored earlier.
+  void beEnrolled(const std::string& endpoint) {
+    settings.set(settings::childIsEnrolled, true);
+    settings.set(settings::childDeviceID, std::string("device-1234567890"));
+    settings.set(settings::childDohEndpoint, endpoint);
+    settings.set(settings::apiBaseURL, std::string("https://au.example"));
+    restart();
+  }
+
+  // The process ends and starts; what is on the disk and in the system stays.
+  void restart() {
+    environment_.reset();
+    boot();
+    if (child().isEnrolled()) {
+      environment_->backgroundService()->start(environment_->childAppState());
+    }
+  }
+
+  ApplicationEnvironment& environment() { return *environment_; }
+  ChildAppState& child() { return *environment_->childAppState(); }
+
+  bool isProtected() { return environment_->vpnManager()->isConnected(); }
+  bool isReached() { return child().isConnectedToServer(); }
+  // The endpoint that the system's configuration holds.
+  std::string configuredEndpoint() const {
+    const auto saved = tunnel.saved();
+    const std::string key(VPNDNSManager::endpointKey);
+    return saved.size() == 1 ? saved.front().protocolConfiguration->providerConfiguration.at(key) : "";
+  }
+
+ private:
+  void boot() {
+    environment_ = std::make_unique<ApplicationEnvironment>(ports(), Deployments::all("https://au.example"));
+    environment_->childAppState()->loadState();
+  }
+
+  Platform ports() {
+    return {.settings = settings,
+            .http = surroundings_.http,
+            .dispatch = surroundings_.dispatch,
+            .log = surroundings_.log,
+            .tunnel = tunnel,
+            .secureItems = surroundings_.secureItems,
+            .biometrics = surroundings_.biometrics,
+            .deviceInfo = surroundings_.deviceInfo,
+            .clipboard = surroundings_.clipboard,
+            .haptics = surroundings_.haptics,
+            .windowStyle = surroundings_.windowStyle,
+            .qrEncoder = surroundings_.qrEncoder,
+            .qrReader = surroundings_.qrReader};
+  }
+
+  Surroundings& surroundings_;
+
+ public:
+  MemorySettingsStore settings;
+  SimulatedTunnel tunnel;
+
+ private:
+  std::unique_ptr<ApplicationEnvironment> environment_;
+};
+
+}  // namespace quillmar::endurance
