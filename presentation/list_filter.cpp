@@ -1,0 +1,148 @@
+#include "presentation/list_filter.h"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <utility>
+
+#include "foundation/text.h"
+
+namespace quillmar {
+
+ListFilter::ListFilter(ObservableObject& screen)
+    : text(screen, "filterText"),
+      isOpen(screen, "isFilterOpen", false),
+      asks(screen, "filterAsks", 0),
+      placeholder(screen, "filterPlaceholder", "Part of the name"),
+      openTitle(screen, "openFilterTitle", "Find"),
+      closeTitle(screen, "closeFilterTitle", "Show all"),
+      open(
+          screen, "openFilter",
+          [this] {
+            isOpen = true;
+            asks = asks() + 1;
+          },
+          [this] { return isOpen() || hasChoice(); }),
+      close(
+          screen, "closeFilter",
+          [this] {
+            text = std::string();
+            isOpen = false;
+          },
+          [this] { return isOpen(); }),
+      reaction_(text.onChange([this] { take(); })) {}
+
+bool ListFilter::hasChoice() const {
+  const auto rows =
+      std::accumulate(lists_.begin(), lists_.end(), std::size_t{0},
+                      [](std::size_t sum, const FilteredRows* list) { return sum + list->listSize(); });
+  return rows > 1;
+}
+
+void ListFilter::take() {
+  // A space at the end is the start of the next word, not yet a part of the name.
+  SearchKey typed(trimmed(text()));
+  if (!(typed == wanted_)) {
+    wanted_ = std::move(typed);
+    changed_.emit();
+  }
+}
+
+FilteredRows::FilteredRows(ObservableObject& screen, const Names& names, const Member& list,
+                           ListFilter& filter)
+    : Member(screen, names.rows, Kind::rows),
+      noMatch(screen, names.noMatch, [this] { return computeNoMatch(); }),
+      list_(list),
+      filter_(filter),
+      searched_(names.searched),
+      listSize_(list.nested().size()),
+      listReaction_(screen.observe([this](const Member& changed) {
+        if (&changed == &list_) {
+          takeList();
+        }
+      })),
+      filterReaction_(filter.changed_.connect([this] { takeFilter(); })) {
+  filter.lists_.push_back(this);
+}
+
+std::vector<Member::Nested> FilteredRows::nested() const {
+  if (!filter_.isActive()) {
+    return list_.nested();
+  }
+  std::vector<Nested> shown;
+  for (const auto& candidate : candidates_) {
+    if (candidate->isShown) {
+      shown.push_back(candidate->row);
+    }
+  }
+  return shown;
+}
+
+void FilteredRows::takeFilter() {
+  ++revision_;
+  if (!filter_.isActive()) {
+    candidates_.clear();
+  } else if (candidates_.empty()) {
+    updateCandidates(list_.nested());
+  } else {
+    std::ranges::for_each(candidates_, [this](const auto& candidate) { judge(*candidate); });
+  }
+  announce();
+}
+
+void FilteredRows::takeList() {
+  const auto rows = list_.nested();
+  listSize_ = rows.size();
+  if (filter_.isActive()) {
+    updateCandidates(rows);
+  }
+  announce();
+}
+
+void FilteredRows::updateCandidates(const std::vector<Nested>& rows) {
+  std::unordered_map<const ObservableObject*, std::unique_ptr<Candidate>> known;
+  for (auto& candidate : candidates_) {
+    known.emplace(candidate->row.object.get(), std::move(candidate));
+  }
+  candidates_.clear();
+  candidates_.reserve(rows.size());
+  for (const Nested& row : rows) {
+    const auto found = known.find(row.object.get());
+    candidates_.push_back(found == known.end() ? makeCandidate(row) : std::move(found->second));
+  }
+}
+
+std::unique_ptr<FilteredRows::Candidate> FilteredRows::makeCandidate(const Nested& row) {
+  auto candidate = std::make_unique<Candidate>(Candidate{row, row.object->findMember(searched_)});
+  takeName(*candidate);
+  candidate->changes = row.object->observe([this, &renamed = *candidate](const Member& /*changed*/) {
+    const bool wasShown = renamed.isShown;
+    takeName(renamed);
+    if (renamed.isShown != wasShown) {
+      announce();
+    }
+  });
+  return candidate;
+}
+
+void FilteredRows::takeName(Candidate& candidate) {
+  const Value value = candidate.name ? candidate.name->value() : Value();
+  const std::string* const name = value.string();
+  if (name && *name != candidate.written) {
+    candidate.written = *name;
+    candidate.key = SearchKey(*name);
+  }
+  judge(candidate);
+}
+
+void FilteredRows::judge(Candidate& candidate) const {
+  candidate.isShown = candidate.key.contains(filter_.wanted());
+}
+
+std::optional<std::string> FilteredRows::computeNoMatch() const {
+  const bool isNothingShown =
+      std::ranges::none_of(candidates_, [](const auto& candidate) { return candidate->isShown; });
+  return !candidates_.empty() && isNothingShown ? std::optional<std::string>("No match") : std::nullopt;
+}
+
+}  // namespace quillmar

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "foundation/observable.h"
+#include "foundation/search.h"
+
+namespace quillmar {
+
+class FilteredRows;
+
+// What a person looks for in the lists of a screen, without regard to case and accents. Its members are
+// registered on that screen. Without a text all rows are shown.
+class ListFilter {
+ public:
+  explicit ListFilter(ObservableObject& screen);
+
+  Input<std::string> text;       // "filterText"
+  Published<bool> isOpen;        // "isFilterOpen": the field is shown
+  Published<std::int64_t> asks;  // "filterAsks": counts `open`; each puts the cursor into the field
+  Text placeholder;              // "filterPlaceholder"
+  Text openTitle;                // "openFilterTitle"
+  Text closeTitle;               // "closeFilterTitle"
+  Action<> open;                 // "openFilter": only with rows to choose from
+  Action<> close;                // "closeFilter": shows all rows again
+
+  // Empty if all rows are shown.
+  const SearchKey& wanted() const { return wanted_; }
+  bool isActive() const { return !wanted_.isEmpty(); }
+
+ private:
+  friend class FilteredRows;
+
+  bool hasChoice() const;
+  void take();
+
+  SearchKey wanted_;
+  std::vector<const FilteredRows*> lists_;
+  Signal<> changed_;
+  Subscription reaction_;
+};
+
+// The rows of a list that a filter lets through, in the list's order. It is only a view: the list keeps all
+// its rows. A row that is renamed appears or disappears. The list, the filter and the view belong to one
+// screen, and the view is declared last.
+class FilteredRows final : public Member {
+ public:
+  struct Names {
+    std::string_view rows;      // of this member
+    std::string_view noMatch;   // of `noMatch`
+    std::string_view searched;  // of the text in a row
+  };
+
+  FilteredRows(ObservableObject& screen, const Names& names, const Member& list, ListFilter& filter);
+
+  // What is said in place of rows if the filter lets none through; nullopt if it does, or if the list is
+  // empty.
+  Derived<std::optional<std::string>> noMatch;
+
+  std::vector<Nested> nested() const override;
+  // Rises when the person changes the filter; stays the same when only the list changes.
+  std::uint64_t revision() const { return revision_; }
+  // How many rows the list has.
+  std::size_t listSize() const { return listSize_; }
+
+ private:
+  // A row of the list, and its name prepared for searches.
+  struct Candidate {
+    Nested row;
+    const Member* name = nullptr;
+    std::string written{};
+    SearchKey key{};
+    bool isShown = false;
+    Subscription changes{};
+  };
+
+  void takeFilter();
+  void takeList();
+  void updateCandidates(const std::vector<Nested>& rows);
+  std::unique_ptr<Candidate> makeCandidate(const Nested& row);
+  void takeName(Candidate& candidate);
+  void judge(Candidate& candidate) const;
+  std::optional<std::string> computeNoMatch() const;
+
+  const Member& list_;
+  const ListFilter& filter_;
+  const std::string_view searched_;
+  std::size_t listSize_;
+  std::uint64_t revision_ = 0;
+  // Those of the list while the filter is active, else none.
+  std::vector<std::unique_ptr<Candidate>> candidates_;
+  Subscription listReaction_;
+  Subscription filterReaction_;
+};
+
+}  // namespace quillmar
