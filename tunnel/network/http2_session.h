@@ -1,0 +1,63 @@
+#pragma once
+
+#include <nghttp2/nghttp2.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <variant>
+
+#include "tunnel/network/endpoint.h"
+#include "tunnel/resolver/connection.h"
+
+namespace quillmar::tunnel {
+
+// DNS over HTTPS (RFC 8484) in the frames of one HTTP/2 connection. It reads and writes bytes in memory, and
+// the caller carries them.
+class Http2Session {
+ public:
+  // The endpoint and the events have to outlive it. It reports answers, lost requests, PONGs and GOAWAY.
+  Http2Session(const Endpoint& endpoint, ConnectionEvents& events);
+  Http2Session(const Http2Session&) = delete;
+  Http2Session& operator=(const Http2Session&) = delete;
+  ~Http2Session();
+
+  // The reason if the connection takes no more requests.
+  std::optional<Failure> send(Ticket ticket, const std::string& question);
+  void cancel(Ticket ticket);
+  void ping();
+
+  // The reason if the connection has to be closed.
+  std::optional<Failure> receive(std::string_view bytes);
+  // Frames for the endpoint: about as many bytes as asked for, and none once there are no more.
+  std::variant<std::string, Failure> takeOutgoing(std::size_t size);
+  // Both sides have said all.
+  bool isOver() const;
+
+  // Reports nothing from now on.
+  void silence() { events_ = nullptr; }
+
+ private:
+  struct Request;
+  struct Free {
+    void operator()(nghttp2_session* session) const { nghttp2_session_del(session); }
+  };
+
+  static const nghttp2_session_callbacks* callbacks();
+
+  Request* requestOf(std::int32_t stream);
+  void frameCame(const nghttp2_frame& frame);
+  void dataCame(std::int32_t stream, std::string_view data);
+  void streamClosed(std::int32_t stream);
+
+  const Endpoint& endpoint_;
+  ConnectionEvents* events_;
+  std::unordered_map<Ticket, std::unique_ptr<Request>> requests_;
+  std::unique_ptr<nghttp2_session, Free> http_;
+};
+
+}  // namespace quillmar::tunnel
