@@ -7,87 +7,19 @@
 #include <memory>
 #include <set>
 
-#include "tests/sandbox/support/run_command.h"
 #include "tests/tunnel/support/messages.h"
-#include "tests/tunnel/support/running_server.h"
-#include "tests/tunnel/support/test_endpoint.h"
+#include "tests/tunnel/support/served_endpoint.h"
 
 namespace quillmar::tunnel {
 namespace {
 
 using namespace test;
-using sandbox::test::runCommand;
-using testing::AllOf;
-using testing::Contains;
 using testing::ContainsRegex;
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Key;
-using testing::Not;
 using testing::Pair;
 using testing::SizeIs;
-
-// The right answer to what was asked.
-std::string answerTo(const std::string& question, const RecordText& record = {}, std::size_t records = 1) {
-  const auto query = std::get<Query>(parseQuery(question));
-  std::string text;
-  append(text, Header{.flags = flag::response | flag::recursionDesired | flag::recursionAvailable,
-                      .questions = 1,
-                      .answers = static_cast<std::uint16_t>(records)});
-  text += query.question.name;
-  append16(text, query.question.type);
-  append16(text, query.question.klass);
-  for (std::size_t count = 0; count < records; ++count) {
-    text += recordText(record);
-  }
-  return text;
-}
-
-struct TunnelServer : testing::Test {
-  void start(TestEndpoint::Answering answering, TestEndpoint::Speaks speaks = TestEndpoint::Speaks::http2) {
-    endpoint = std::make_unique<TestEndpoint>(std::move(answering), speaks);
-    server = std::make_unique<RunningServer>(endpoint->url(), endpoint->caFile());
-  }
-  void startWell() {
-    start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
-      peer.answer(stream, answerTo(question));
-    });
-  }
-  // Does something with the first question, and then what it should.
-  void startBadly(TestEndpoint::Answering first) {
-    start([first = std::move(first), count = std::make_shared<std::atomic<int>>(0)](
-              TestPeer& peer, std::int32_t stream, const std::string& question) {
-      if ((*count)++ == 0) {
-        return first(peer, stream, question);
-      }
-      peer.answer(stream, answerTo(question));
-    });
-  }
-  std::string ask(const std::string& name, Channel channel = Channel::udp) const {
-    return askServer(server->port(), queryText({.name = name, .payload = 1232}), channel);
-  }
-  bool resolves(const std::string& name) const {
-    const auto reply = ask(name);
-    return readHeader(reply)->rcode() == rcode::noError && readHeader(reply)->answers == 1;
-  }
-  void expectFailure(const std::string& name, const std::string& text) const {
-    const auto reply = ask(name);
-    EXPECT_EQ(readHeader(reply)->rcode(), rcode::servFail);
-    EXPECT_THAT(reply, HasSubstr(text));
-  }
-  std::string kdig(const std::vector<std::string>& words) const {
-    std::vector<std::string> all{"kdig", "@127.0.0.1", "-p", std::to_string(server->port()), "+retry=0"};
-    all.insert(all.end(), words.begin(), words.end());
-    const auto result = runCommand(all);
-    EXPECT_EQ(result.status, 0) << result.output << result.errors;
-    return result.output;
-  }
-
-  std::unique_ptr<TestEndpoint> endpoint;
-  std::unique_ptr<RunningServer> server;
-};
 
 TEST_F(TunnelServer, asks_as_a_dns_client_over_https_does_and_says_no_more) {
   startWell();
@@ -465,66 +397,6 @@ TEST(TunnelTcpListener, lets_go_who_was_silent_for_the_longest_when_there_are_to
   EXPECT_TRUE(clients[1]->seesEnd());
   clients[0]->send("question");
   EXPECT_EQ(clients[0]->receive(), "answer");
-}
-
-TEST_F(TunnelServer, is_understood_by_kdig) {
-  startWell();
-  const auto output = kdig({"www.example.org"});
-  EXPECT_THAT(output, HasSubstr("status: NOERROR"));
-  EXPECT_THAT(output, ContainsRegex("www\\.example\\.org\\.[[:space:]]+60[[:space:]]+IN[[:space:]]+A"));
-  EXPECT_THAT(output, Not(HasSubstr("EDNS")));
-  EXPECT_THAT(kdig({"www.example.org"}), ContainsRegex("[[:space:]]59[[:space:]]+IN[[:space:]]+A"))
-      << "its life runs down";
-  EXPECT_THAT(endpoint->requests(), SizeIs(1));
-}
-
-TEST_F(TunnelServer, gives_kdig_what_it_takes) {
-  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
-    peer.answer(stream, answerTo(question, {.type = 16, .data = "\x04text"s + std::string(200, '\0')}, 5));
-  });
-  EXPECT_THAT(kdig({"TXT", "big.example", "+ignore"}), HasSubstr("Flags: qr tc rd ra"));
-  EXPECT_THAT(kdig({"TXT", "big.example", "+bufsize=600", "+ignore"}), HasSubstr("Flags: qr tc rd ra"));
-  EXPECT_THAT(kdig({"TXT", "big.example", "+bufsize=4096", "+ignore"}), HasSubstr("ANSWER: 5"));
-  const auto overTcp = kdig({"TXT", "big.example"});
-  EXPECT_THAT(overTcp, AllOf(HasSubstr("ANSWER: 5"), HasSubstr("(TCP)"))) << "by itself, where UDP is cut";
-}
-
-TEST_F(TunnelServer, keeps_kdigs_connection_open) {
-  startWell();
-  const auto output = kdig({"+tcp", "+keepopen", "a.example", "b.example", "c.example"});
-  for (const auto* name : {"a.example.", "b.example.", "c.example."}) {
-    EXPECT_THAT(output, ContainsRegex(std::string(name) + "[[:space:]]+60[[:space:]]+IN[[:space:]]+A"));
-  }
-}
-
-TEST_F(TunnelServer, passes_on_whether_kdig_wants_proof) {
-  auto wanted = std::make_shared<std::atomic<bool>>(false);
-  start([wanted](TestPeer& peer, std::int32_t stream, const std::string& question) {
-    const auto query = std::get<Query>(parseQuery(question));
-    *wanted = query.edns && query.edns->dnssecOk;
-    peer.answer(stream, answerTo(question));
-  });
-  EXPECT_THAT(kdig({"+dnssec", "www.example.org"}), HasSubstr("flags: do"));
-  EXPECT_TRUE(*wanted);
-  EXPECT_THAT(kdig({"+edns", "www.example.org"}), Not(HasSubstr("flags: do")));
-  EXPECT_FALSE(*wanted) << "and does not mistake one answer for the other";
-}
-
-TEST_F(TunnelServer, passes_on_types_that_nobody_knows_and_the_longest_names) {
-  start([](TestPeer& peer, std::int32_t stream, const std::string& question) {
-    peer.answer(stream, answerTo(question, {.type = 65'280, .data = "data"}));
-  });
-  EXPECT_THAT(kdig({"-t", "TYPE65280", "www.example.org"}), HasSubstr("\\# 4 64617461"));
-  const std::string label(63, 'x');
-  const auto longest = label + '.' + label + '.' + label + '.' + std::string(61, 'y');
-  EXPECT_THAT(kdig({"-t", "TYPE65280", longest}), HasSubstr("\\# 4 64617461"));
-}
-
-TEST_F(TunnelServer, tells_kdig_why_there_is_no_answer) {
-  start([](TestPeer& peer, std::int32_t stream, const std::string&) { peer.answer(stream, "", {}, "500"); });
-  const auto output = kdig({"+edns", "www.example.org"});
-  EXPECT_THAT(output, HasSubstr("status: SERVFAIL"));
-  EXPECT_THAT(output, HasSubstr("The endpoint refused the question: status 500."));
 }
 
 }  // namespace

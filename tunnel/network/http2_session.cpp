@@ -61,13 +61,10 @@ std::optional<Failure> Http2Session::send(Ticket ticket, const std::string& ques
   request.ticket = ticket;
   request.question = question;
   const auto length = std::to_string(question.size());
-  const std::array fields{field(":method", "POST"),
-                          field(":scheme", "https"),
-                          field(":authority", endpoint_.authority),
-                          field(":path", endpoint_.path),
-                          field("accept", dnsMessage),
-                          field("content-type", dnsMessage),
-                          field("content-length", length)};
+  const std::array fields{
+      field(":method", "POST"),       field(":scheme", "https"),   field(":authority", endpoint_.authority),
+      field(":path", endpoint_.path), field("accept", dnsMessage), field("content-type", dnsMessage),
+      field("content-length", length)};
   nghttp2_data_provider provider{};
   provider.source.ptr = &request;
   provider.read_callback = [](nghttp2_session*, std::int32_t, std::uint8_t* buffer, std::size_t room,

@@ -87,6 +87,7 @@ struct AnswerText {
   std::vector<RecordText> authorities{};
   std::string additionals{};  // as they stand on the wire
   std::uint16_t additionalCount = 0;
+  std::uint16_t klass = internetClass;
 };
 
 inline std::string answerText(const AnswerText& answer) {
@@ -99,7 +100,7 @@ inline std::string answerText(const AnswerText& answer) {
                       .answers = static_cast<std::uint16_t>(answer.answers.size()),
                       .authorities = static_cast<std::uint16_t>(answer.authorities.size()),
                       .additionals = answer.additionalCount});
-  text += questionText(answer.name, answer.type);
+  text += questionText(answer.name, answer.type, answer.klass);
   for (const auto* section : {&answer.answers, &answer.authorities}) {
     for (const auto& record : *section) {
       text += recordText(record);
