@@ -71,7 +71,8 @@ AnswerText answerFor(const std::string& label, const Query& query) {
     return {.rcode = rcode::nxDomain, .answers = {}, .authorities = {soaText(3600, 900)}};
   }
   if (label == "blocked") {
-    return {.answers = {}, .additionals = optText(1232, 0, "\0\x0f\0\x0a\0\x0f"s + "By Mum. "),
+    return {.answers = {},
+            .additionals = optText(1232, 0, "\0\x0f\0\x0a\0\x0f"s + "By Mum. "),
             .additionalCount = 1};
   }
   return query.question.type == nobodyKnows ? AnswerText{.answers = {{.type = nobodyKnows, .data = "data"}}}
@@ -148,16 +149,19 @@ const std::vector<Promise> promises{
     {"the_longest_name_is_passed_on",
      {"-t", "TYPE65280", longestName},
      {'\n' + longestName + ". 60 IN TYPE65280 \\# 4 64617461\n"}},
-    {"other_classes_are_passed_on", {"-c", "CH", "TXT", "version.bind"}, {"status: NOERROR", ";; version.bind. CH TXT\n"}},
+    {"other_classes_are_passed_on",
+     {"-c", "CH", "TXT", "version.bind"},
+     {"status: NOERROR", ";; version.bind. CH TXT\n"}},
     {"dnssec_records_come_to_whom_asks_for_them",
      {"+dnssec", "signed.example.org"},
      {"Flags: qr rd ra ad;", "flags: do", "60 IN RRSIG A 13 2 300 "}},
-    {"dnssec_records_come_to_nobody_else", {"+edns", "signed.example.org"}, {"ANSWER: 1;"}, {"RRSIG", "flags: do"}},
+    {"dnssec_records_come_to_nobody_else",
+     {"+edns", "signed.example.org"},
+     {"ANSWER: 1;"},
+     {"RRSIG", "flags: do"}},
     {"checking_disabled_is_copied", {"+cdflag", "www.example.org"}, {"Flags: qr rd ra cd;"}},
     {"recursion_desired_is_copied", {"+nordflag", "www.example.org"}, {"Flags: qr ra;"}},
-    {"an_absence_lives_for_ten_seconds",
-     {"absent.example.org"},
-     {"status: NXDOMAIN", ". 10 IN SOA "}},
+    {"an_absence_lives_for_ten_seconds", {"absent.example.org"}, {"status: NXDOMAIN", ". 10 IN SOA "}},
     {"extended_errors_of_the_endpoint_are_passed_on",
      {"+edns", "blocked.example.org"},
      {"EDE: 15 (Blocked): 'By Mum. '"}},
@@ -221,8 +225,12 @@ class TunnelKdigAndService : public sandbox::test::ServiceTest {
     server_ = std::make_unique<RunningServer>(url_, service().caFile().string());
   }
   std::string askService(const Words& words) {
-    Words all{"@127.0.0.1", "-p", std::to_string(service().tlsPort()), "+https=" + url_.substr(url_.find("/dns-query")),
-              "+tls-ca=" + service().caFile().string(), "+tls-hostname=localhost"};
+    Words all{"@127.0.0.1",
+              "-p",
+              std::to_string(service().tlsPort()),
+              "+https=" + url_.substr(url_.find("/dns-query")),
+              "+tls-ca=" + service().caFile().string(),
+              "+tls-hostname=localhost"};
     all.insert(all.end(), words.begin(), words.end());
     return kdig(all);
   }
@@ -244,8 +252,8 @@ std::string contentOf(const std::string& output) {
   const auto sections = output.find(";; QUESTION SECTION:");
   const auto end = output.find("\n\n;; Received");
   EXPECT_LT(std::max({status, flags, sections, end}), output.size()) << output;
-  return output.substr(status, output.find("; id", status) - status) + output.substr(flags, output.find(';', flags + 2) - flags) +
-         output.substr(sections, end - sections);
+  return output.substr(status, output.find("; id", status) - status) +
+         output.substr(flags, output.find(';', flags + 2) - flags) + output.substr(sections, end - sections);
 }
 
 TEST_F(TunnelKdigAndService, see_the_same) {

@@ -3,9 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <functional>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "tests/tunnel/support/messages.h"
 #include "tests/tunnel/support/served_endpoint.h"
@@ -346,14 +347,27 @@ TEST_F(TunnelServer, answers_many_questions_that_come_at_once) {
   EXPECT_THAT(ids, SizeIs(500));
 }
 
-// A listener that gives everybody the same answer.
+// A listener that gives everybody the same answer. "slow question" waits for its answer until "release"
+// comes.
 class EchoingListener {
  public:
   explicit EchoingListener(std::chrono::milliseconds idle) {
     auto sockets = std::get<Sockets>(bindSockets(context_, *parseListenAddress("127.0.0.1:0")));
     port = sockets.tcp.local_endpoint().port();
     listener_ = std::make_unique<TcpListener>(
-        std::move(sockets.tcp), [](std::string_view, const auto& reply) { reply("answer"); }, idle);
+        std::move(sockets.tcp),
+        [this](std::string_view message, const auto& reply) {
+          if (message == "slow question") {
+            held_.push_back(reply);
+          } else if (message == "release") {
+            for (const auto& release : std::exchange(held_, {})) {
+              release("late answer");
+            }
+          } else {
+            reply("answer");
+          }
+        },
+        idle);
     thread_ = std::thread([this] { context_.run(); });
   }
   ~EchoingListener() {
@@ -367,6 +381,7 @@ class EchoingListener {
 
  private:
   boost::asio::io_context context_{1};
+  std::vector<std::function<void(std::string)>> held_;
   std::unique_ptr<TcpListener> listener_;
   std::thread thread_;
 };
@@ -397,6 +412,21 @@ TEST(TunnelTcpListener, lets_go_who_was_silent_for_the_longest_when_there_are_to
   EXPECT_TRUE(clients[1]->seesEnd());
   clients[0]->send("question");
   EXPECT_EQ(clients[0]->receive(), "answer");
+}
+
+TEST(TunnelTcpListener, keeps_who_waits_for_an_answer_while_others_open_connections) {
+  const EchoingListener listener(std::chrono::hours(1));
+  ClientSocket waiting(listener.port, Channel::tcp);
+  waiting.send("slow question");
+  std::vector<std::unique_ptr<ClientSocket>> silent;
+  for (std::size_t count = 0; count < 3 * TcpListener::mostConnections; ++count) {
+    silent.push_back(std::make_unique<ClientSocket>(listener.port, Channel::tcp));
+  }
+  ClientSocket last(listener.port, Channel::tcp);
+  last.send("question");
+  EXPECT_EQ(last.receive(), "answer") << "everybody before it was taken in";
+  last.send("release");
+  EXPECT_EQ(waiting.receive(), "late answer");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tunnel/network/tcp_listener.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -40,6 +41,8 @@ class Client : public std::enable_shared_from_this<Client> {
     stayAlive();
     read();
   }
+
+  bool isWaiting() const { return unanswered_ > 0; }
 
   void close() {
     if (clients_ == nullptr) {
@@ -208,11 +211,18 @@ class TcpListener::Acceptance : public std::enable_shared_from_this<Acceptance> 
  private:
   void welcome(tcp::socket socket) {
     if (clients_.size() >= mostConnections) {
-      clients_.front()->close();
+      closeOne();
     }
     ErrorCode ignored;
     socket.set_option(tcp::no_delay(true), ignored);
     std::make_shared<Client>(std::move(socket), answering_, clients_, idle_)->start();
+  }
+
+  // The one that was silent for the longest; one that waits for an answer only if all do.
+  void closeOne() {
+    const auto idle = std::ranges::find_if(clients_, [](const auto& client) { return !client->isWaiting(); });
+    const auto client = idle == clients_.end() ? clients_.front() : *idle;
+    client->close();
   }
 
   // Out of descriptors, for one: it will not be better at once.

@@ -16,7 +16,8 @@ namespace quillmar::tunnel {
 // second one lives only while the first is being given up. Told the time with every call, as the resolver is.
 class DohUpstream final : public Upstream {
  public:
-  static constexpr std::chrono::seconds patienceToConnect{4};
+  // Less than a question waits, so that it learns what was wrong.
+  static constexpr std::chrono::milliseconds patienceToConnect{3500};
   static constexpr std::chrono::seconds pauseBetweenAttempts{1};
   // Without a question for so long the connection may be dead, and one that can't be made is let alone.
   static constexpr std::chrono::seconds idle{10};

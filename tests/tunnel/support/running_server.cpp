@@ -13,19 +13,20 @@
 
 namespace quillmar::tunnel::test {
 
-RunningServer::RunningServer(const std::string& url, const std::string& caFile) {
+RunningServer::RunningServer(const std::string& url, const std::string& caFile, const MakeBootstrap& make) {
   auto sockets = std::get<Sockets>(bindSockets(context_, *parseListenAddress("127.0.0.1:0")));
   port_ = sockets.tcp.local_endpoint().port();
   auto tls = TlsClient::make(caFile);
   std::vector<Sockets> listening;
   listening.push_back(std::move(sockets));
-  server_ = std::make_unique<Server>(context_, std::move(listening),
-                                     Outgoing{std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
-                                              std::make_unique<SystemBootstrap>(context_)},
-                                     [this](const std::string& line) {
-                                       const std::scoped_lock lock(mutex_);
-                                       told_.push_back(line);
-                                     });
+  server_ =
+      std::make_unique<Server>(context_, std::move(listening),
+                               Outgoing{std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
+                                        make ? make(context_) : std::make_unique<SystemBootstrap>(context_)},
+                               [this](const std::string& line) {
+                                 const std::scoped_lock lock(mutex_);
+                                 told_.push_back(line);
+                               });
   server_->take(parseEndpoint(url).value());
   thread_ = std::thread([this] { server_->run(); });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/asio/io_context.hpp>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -14,7 +15,10 @@ namespace quillmar::tunnel::test {
 // The server on a thread of its own, at a free port of this machine.
 class RunningServer {
  public:
-  RunningServer(const std::string& url, const std::string& caFile);
+  using MakeBootstrap = std::function<std::unique_ptr<Bootstrap>(boost::asio::io_context&)>;
+
+  // Asks the system's resolver unless told otherwise.
+  RunningServer(const std::string& url, const std::string& caFile, const MakeBootstrap& make = {});
   ~RunningServer();
   RunningServer(const RunningServer&) = delete;
   RunningServer& operator=(const RunningServer&) = delete;

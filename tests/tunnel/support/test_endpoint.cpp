@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -19,6 +20,7 @@ namespace quillmar::tunnel::test {
 namespace {
 
 struct Use {
+  TestEndpoint* endpoint;
   TestPeer* peer;
   const TestEndpoint::Answering* answering;
 };
@@ -31,11 +33,26 @@ nghttp2_nv field(const std::string& name, const std::string& value) {
 }
 
 int chooseProtocol(SSL*, const unsigned char** chosen, unsigned char* length, const unsigned char*,
-                   unsigned int, void*) {
+                   unsigned int, void* speaks) {
   static constexpr std::array<unsigned char, 2> http2{'h', '2'};
+  if (*static_cast<const std::atomic<TestEndpoint::Speaks>*>(speaks) == TestEndpoint::Speaks::http1) {
+    return SSL_TLSEXT_ERR_NOACK;
+  }
   *chosen = http2.data();
   *length = http2.size();
   return SSL_TLSEXT_ERR_OK;
+}
+
+std::uint16_t freePortAt(std::uint32_t at) {
+  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(at);
+  socklen_t size = sizeof address;
+  ::bind(socket, reinterpret_cast<const sockaddr*>(&address), size);
+  ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+  ::close(socket);
+  return ntohs(address.sin_port);
 }
 
 std::filesystem::path newDirectory() {
@@ -80,14 +97,29 @@ void TestPeer::goAway(std::int32_t lastStream) {
   nghttp2_submit_goaway(http, NGHTTP2_FLAG_NONE, lastStream, NGHTTP2_NO_ERROR, nullptr, 0);
 }
 
+TestEndpoint::TlsContext TestEndpoint::tlsContext(const std::filesystem::path& certificate,
+                                                  const std::filesystem::path& key) {
+  TlsContext made{SSL_CTX_new(TLS_server_method()), &SSL_CTX_free};
+  SSL_CTX_use_certificate_chain_file(made.get(), certificate.c_str());
+  SSL_CTX_use_PrivateKey_file(made.get(), key.c_str(), SSL_FILETYPE_PEM);
+  SSL_CTX_set_session_id_context(made.get(), reinterpret_cast<const unsigned char*>("test"), 4);
+  SSL_CTX_set_alpn_select_cb(made.get(), chooseProtocol, &speaks_);
+  return made;
+}
+
 TestEndpoint::TestEndpoint(Answering answering, Speaks speaks)
     : answering_(std::move(answering)), speaks_(speaks), directory_(newDirectory()) {
   const auto certificates = sandbox::certificatesIn(directory_);
-  if (!certificates) {
+  const auto otherDirectory = directory_ / "other";
+  std::filesystem::create_directory(otherDirectory);
+  const auto others = sandbox::certificatesIn(otherDirectory);
+  if (!certificates || !others) {
     throw std::runtime_error("no certificates");
   }
   authority_ = certificates->authority;
-  start(certificates->certificate, certificates->key, INADDR_LOOPBACK);
+  context_ = tlsContext(certificates->certificate, certificates->key);
+  untrusted_ = tlsContext(others->certificate, others->key);
+  start(INADDR_LOOPBACK);
 }
 
 TestEndpoint::TestEndpoint(Answering answering, const std::string& name)
@@ -101,36 +133,27 @@ TestEndpoint::TestEndpoint(Answering answering, const std::string& name)
   if (made.status != 0) {
     throw std::runtime_error("no certificate: " + made.errors);
   }
-  start(authority_, key, INADDR_ANY);
+  context_ = tlsContext(authority_, key);
+  start(INADDR_ANY);
 }
 
-void TestEndpoint::start(const std::filesystem::path& certificate, const std::filesystem::path& key,
-                         std::uint32_t at) {
+void TestEndpoint::start(std::uint32_t at) {
   std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without asking for silence
-  context_.reset(SSL_CTX_new(TLS_server_method()));
-  SSL_CTX_use_certificate_chain_file(context_.get(), certificate.c_str());
-  SSL_CTX_use_PrivateKey_file(context_.get(), key.c_str(), SSL_FILETYPE_PEM);
-  SSL_CTX_set_session_id_context(context_.get(), reinterpret_cast<const unsigned char*>("test"), 4);
-  if (speaks_ == Speaks::http2) {
-    SSL_CTX_set_alpn_select_cb(context_.get(), chooseProtocol, nullptr);
-  }
   listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(at);
+  address.sin_port = htons(freePortAt(at));  // one that is asked for stays bound while nobody listens
   socklen_t size = sizeof address;
-  if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0 ||
-      ::listen(listener_, 64) != 0) {
+  if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0) {
     throw std::runtime_error("no port");
   }
-  ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
   port_ = ntohs(address.sin_port);
-  accepting_ = std::thread([this] { accept(); });
+  acceptAgain();
 }
 
 TestEndpoint::~TestEndpoint() {
-  ::shutdown(listener_, SHUT_RDWR);
-  accepting_.join();
+  refuse();
   disconnectAll();
   for (auto& thread : threads_) {
     thread.join();
@@ -138,6 +161,31 @@ TestEndpoint::~TestEndpoint() {
   ::close(listener_);
   std::error_code ignored;
   std::filesystem::remove_all(directory_, ignored);
+}
+
+void TestEndpoint::refuse() {
+  ::shutdown(listener_, SHUT_RDWR);
+  if (accepting_.joinable()) {
+    accepting_.join();
+  }
+}
+
+void TestEndpoint::acceptAgain() {
+  if (::listen(listener_, 64) != 0) {
+    throw std::runtime_error("no listener");
+  }
+  accepting_ = std::thread([this] { accept(); });
+}
+
+void TestEndpoint::speak(Speaks speaks) {
+  speaks_ = speaks;
+  disconnectAll();
+}
+
+bool TestEndpoint::awaitFreshConnection() {
+  constexpr std::chrono::seconds patience{30};
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, patience, [this] { return greetings_ > greetingsAtLastRequest_; });
 }
 
 std::string TestEndpoint::url(const std::string& host) const {
@@ -172,18 +220,26 @@ void TestEndpoint::serve(int socket) {
   if (speaks_ == Speaks::plainText) {
     static constexpr std::string_view text = "HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n";
     ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
-  } else {
-    const std::unique_ptr<SSL, void (*)(SSL*)> tls{SSL_new(context_.get()), &SSL_free};
-    SSL_set_fd(tls.get(), socket);
-    if (SSL_accept(tls.get()) == 1) {
-      resumptions_ += SSL_session_reused(tls.get());
-      TestPeer peer;
-      serveHttp(peer, tls.get());
+  } else if (speaks_ == Speaks::nothing) {
+    for (std::array<char, 1024> heard{}; ::recv(socket, heard.data(), heard.size(), 0) > 0;) {
     }
+  } else {
+    serveTls(socket);
   }
   const std::scoped_lock lock(mutex_);
   sockets_.erase(socket);
   ::close(socket);
+}
+
+void TestEndpoint::serveTls(int socket) {
+  auto& context = speaks_ == Speaks::otherAuthority ? untrusted_ : context_;
+  const std::unique_ptr<SSL, void (*)(SSL*)> tls{SSL_new(context.get()), &SSL_free};
+  SSL_set_fd(tls.get(), socket);
+  if (SSL_accept(tls.get()) == 1) {
+    resumptions_ += SSL_session_reused(tls.get());
+    TestPeer peer;
+    serveHttp(peer, tls.get());
+  }
 }
 
 nghttp2_session_callbacks* TestEndpoint::callbacks() {
@@ -209,6 +265,9 @@ nghttp2_session_callbacks* TestEndpoint::callbacks() {
   nghttp2_session_callbacks_set_on_frame_recv_callback(
       made, [](nghttp2_session*, const nghttp2_frame* frame, void* user) {
         const auto& use = *static_cast<Use*>(user);
+        if (frame->hd.type == NGHTTP2_SETTINGS && (frame->hd.flags & NGHTTP2_FLAG_ACK) == 0) {
+          use.endpoint->greeted();
+        }
         if (frame->hd.type == NGHTTP2_DATA && (frame->hd.flags & NGHTTP2_FLAG_END_STREAM) != 0) {
           (*use.answering)(*use.peer, frame->hd.stream_id, use.peer->streams_[frame->hd.stream_id].question);
         }
@@ -217,17 +276,28 @@ nghttp2_session_callbacks* TestEndpoint::callbacks() {
   return made;
 }
 
+void TestEndpoint::greeted() {
+  const std::scoped_lock lock(mutex_);
+  ++greetings_;
+  changed_.notify_all();
+}
+
 void TestEndpoint::serveHttp(TestPeer& peer, SSL* tls) {
   const Answering recording = [this](TestPeer& by, std::int32_t stream, const std::string& question) {
     {
       const std::scoped_lock lock(mutex_);
       requests_.push_back(by.streams_[stream].fields);
+      greetingsAtLastRequest_ = greetings_;
     }
     answering_(by, stream, question);
   };
-  Use use{&peer, &recording};
+  Use use{this, &peer, &recording};
   nghttp2_session_callbacks* const made = callbacks();
-  nghttp2_session_server_new(&peer.http, made, &use);
+  nghttp2_option* options = nullptr;
+  nghttp2_option_new(&options);
+  nghttp2_option_set_max_send_header_block_length(options, 4'000'000);
+  nghttp2_session_server_new2(&peer.http, made, &use, options);
+  nghttp2_option_del(options);
   nghttp2_session_callbacks_del(made);
   nghttp2_submit_settings(peer.http, NGHTTP2_FLAG_NONE, nullptr, 0);
   std::array<char, 16384> buffer{};

@@ -4,6 +4,7 @@
 #include <openssl/ssl.h>
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -51,7 +52,9 @@ class TestEndpoint {
  public:
   using Answering = std::function<void(TestPeer&, std::int32_t stream, const std::string& question)>;
 
-  enum class Speaks { http2, http1, plainText };
+  // `otherAuthority`: TLS with a certificate for localhost that nobody vouches for. `nothing`: it takes
+  // connections and stays silent.
+  enum class Speaks { http2, http1, plainText, otherAuthority, nothing };
 
   // Its certificate is for localhost and 127.0.0.1, where it is.
   explicit TestEndpoint(Answering answering, Speaks speaks = Speaks::http2);
@@ -70,25 +73,41 @@ class TestEndpoint {
   std::vector<Fields> requests() const;
   // Closes what is connected.
   void disconnectAll();
+  // Closes what is connected, too, and speaks so on the next connections.
+  void speak(Speaks speaks);
+  // Connections are refused until they are accepted again.
+  void refuse();
+  void acceptAgain();
+  // Waits for an HTTP/2 connection that began after the last request. False after a timeout.
+  bool awaitFreshConnection();
+  // Called on a connection's own thread when the client has begun to speak HTTP/2.
+  void greeted();
 
  private:
-  void start(const std::filesystem::path& certificate, const std::filesystem::path& key,
-             std::uint32_t address);
+  using TlsContext = std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)>;
+
+  TlsContext tlsContext(const std::filesystem::path& certificate, const std::filesystem::path& key);
+  void start(std::uint32_t address);
   void accept();
   void serve(int socket);
+  void serveTls(int socket);
   void serveHttp(TestPeer& peer, SSL* tls);
   nghttp2_session_callbacks* callbacks();
 
   const Answering answering_;
-  const Speaks speaks_;
+  std::atomic<Speaks> speaks_;
   std::filesystem::path directory_;
   std::filesystem::path authority_;
-  std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context_{nullptr, &SSL_CTX_free};
+  TlsContext context_{nullptr, &SSL_CTX_free};
+  TlsContext untrusted_{nullptr, &SSL_CTX_free};
   int listener_ = -1;
   int port_ = 0;
   std::atomic<int> connections_ = 0;
   std::atomic<int> resumptions_ = 0;
   mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  int greetings_ = 0;  // HTTP/2 connections so far
+  int greetingsAtLastRequest_ = 0;
   std::set<int> sockets_;
   std::vector<Fields> requests_;
   std::vector<std::thread> threads_;

@@ -1,0 +1,95 @@
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <fstream>
+#include <optional>
+
+#include "sandbox/http/certificates.h"
+#include "testing/temporary_directory.h"
+#include "tests/contracts/doh_endpoint_contract.h"
+#include "tests/sandbox/support/household.h"
+#include "tests/sandbox/support/run_command.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+class StandInHarness final : public DohEndpointHarness, private sandbox::test::ServiceTest {
+ public:
+  StandInHarness() {
+    const auto token = givenAccount("ann@example.com");
+    const auto child = givenChild(token);
+    givenDevice(token, child);
+    given("POST", "/children/" + child + "/policy/block", token, {{"domain", "ads.example"}});
+    url_ = given("GET", "/children/" + child, token).at("devices")[0].at("doh_endpoint");
+  }
+  std::string url() override { return url_; }
+  std::string caFile() override { return service().caFile().string(); }
+  void breakConnections() override {
+    service().misbehave({.dropCount = 1, .drop = sandbox::Drop::beforeAnswer});
+  }
+
+ private:
+  void TestBody() override {}
+
+  std::string url_;
+};
+
+int freePort() {
+  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  ::bind(socket, reinterpret_cast<const sockaddr*>(&address), size);
+  ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+  ::close(socket);
+  return ntohs(address.sin_port);
+}
+
+// Answers by its own rules: it asks nobody.
+class DnsdistHarness final : public DohEndpointHarness {
+ public:
+  DnsdistHarness() : port_(std::to_string(freePort())) {
+    const auto certificates = sandbox::certificatesIn(directory_.path());
+    EXPECT_TRUE(certificates);
+    caFile_ = certificates->authority.string();
+    std::ofstream(settings()) << "setSecurityPollSuffix('')\n"
+                              << "setLocal('127.0.0.1:" << freePort() << "')\n"
+                              << "addDOHLocal('127.0.0.1:" << port_ << "', '" << certificates->certificate.string()
+                              << "', '" << certificates->key.string() << "', '/dns-query')\n"
+                              << "addAction('ads.example', RCodeAction(DNSRCode.NXDOMAIN))\n"
+                              << "addAction(QTypeRule(DNSQType.A), SpoofAction({'192.0.2.7'}, {ttl=60}))\n"
+                              << "addAction(AllRule(), RCodeAction(DNSRCode.NOERROR))\n";
+    start();
+  }
+  std::string url() override { return "https://localhost:" + port_ + "/dns-query"; }
+  std::string caFile() override { return caFile_; }
+  void breakConnections() override {
+    program_->end(SIGKILL);
+    start();
+  }
+
+ private:
+  std::string settings() const { return (directory_.path() / "dnsdist.conf").string(); }
+  // It is bound when it says that it comes without a warranty.
+  void start() {
+    program_.emplace(std::vector<std::string>{"dnsdist", "--supervised", "--disable-syslog", "-C", settings()});
+    const auto said = program_->readUntil("ABSOLUTELY NO WARRANTY");
+    EXPECT_THAT(said, testing::HasSubstr("ABSOLUTELY NO WARRANTY"));
+  }
+
+  const TemporaryDirectory directory_;
+  const std::string port_;
+  std::string caFile_;
+  std::optional<sandbox::test::RunningProgram> program_;
+};
+
+INSTANTIATE_TEST_SUITE_P(StandIn, DohEndpointContract,
+                         testing::Values(factory<DohEndpointHarness, StandInHarness>("StandIn")));
+INSTANTIATE_TEST_SUITE_P(Dnsdist, DohEndpointContract,
+                         testing::Values(factory<DohEndpointHarness, DnsdistHarness>("Dnsdist")));
+
+}  // namespace
+}  // namespace quillmar::tunnel
