@@ -260,7 +260,7 @@ std::vector<Contender> contendersFor(const std::string& url, const std::string& 
               "setSecurityPollSuffix('')\nsetLocal('127.0.0.1:25302')\nnewServer({address='127.0.0.1:" +
                   std::to_string(endpointPort) + "', tls='openssl', caStore='" + ca +
                   "', subjectName='localhost', dohPath='/dns-query'})\n"
-                  "getPool(''):setCache(newPacketCache(4096))\n");
+                  "getPool(''):setCache(newPacketCache(100000))\n");
   std::vector<Contender> all;
   all.push_back(
       {"quillmar-tunnel",
