@@ -205,6 +205,8 @@ void UiStage::letGo(Pointer pointer, QPoint at) {
 void UiStage::tap(QPoint point) { drag(Pointer::finger, point, {0, 0}); }
 
 void UiStage::pointAt(QPoint point) {
+  // The window of another stage may have left the mouse there, and then Qt reports no movement.
+  QTest::mouseMove(&window(), point + QPoint(1, 0));
   QTest::mouseMove(&window(), point);
   settle();
 }

@@ -79,6 +79,8 @@ class GestureTest : public ParentChildPage, public testing::WithParamInterface<P
  protected:
   // Far enough from the centre that two touches are not a double tap.
   static constexpr QPoint beside{60, 0};
+  // To where no row shows its button.
+  void pointAway() { stage.pointAt({1, 1}); }
   void drag(const QString& name, QPoint way, UiStage::Ending ending = UiStage::Ending::letGo,
             QPoint start = {}) {
     stage.drag(GetParam(), middleOf(row(name)) + start, way, ending);
@@ -100,6 +102,7 @@ TEST_P(GestureTest, a_row_follows_the_drag_and_shows_its_action) {
   EXPECT_EQ(shift(row("games.example")), 60);
   EXPECT_TRUE(stage.shows("Allow"));
   stage.letGo(GetParam(), middleOf(row("games.example")) + QPoint(60, 0));
+  pointAway();
   EXPECT_FALSE(stage.shows("Allow"));
 }
 
@@ -159,6 +162,7 @@ TEST_P(GestureTest, an_open_device_shows_a_button_that_asks_before_unlinking) {
 TEST_P(GestureTest, a_device_opens_beyond_80_points_and_a_tap_closes_it) {
   drag("Mia's phone", {-80, 0});
   EXPECT_EQ(shift(row("Mia's phone")), 0);
+  pointAway();
   EXPECT_FALSE(stage.shows("Unlink"));
   drag("Mia's phone", {-81, 0}, UiStage::Ending::letGo, beside);
   EXPECT_EQ(shift(row("Mia's phone")), -80);
@@ -167,6 +171,7 @@ TEST_P(GestureTest, a_device_opens_beyond_80_points_and_a_tap_closes_it) {
 
   drag("Mia's phone", {0, 0});
   EXPECT_EQ(shift(row("Mia's phone")), 0);
+  pointAway();
   EXPECT_FALSE(stage.shows("Unlink"));
 }
 
@@ -248,25 +253,32 @@ class ContextMenuTest : public ParentChildPage, public testing::WithParamInterfa
     stage.focusOn(name);
     GetParam().act(stage, row(name));
   }
+  bool menuHas(const QString& text) const {
+    bool has = false;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+      has = has || (item.inherits("QQuickMenuItem") && accessibleName(item) == text);
+    });
+    return has;
+  }
 };
 
 TEST_P(ContextMenuTest, has_the_action_of_a_swipe) {
   open("games.example");
-  ASSERT_TRUE(stage.shows("Allow"));
+  ASSERT_TRUE(menuHas("Allow"));
   EXPECT_EQ(changes(), std::vector<std::string>());
   stage.press(Qt::Key_Down);
   EXPECT_EQ(stage.focusedName(), "Allow");
   stage.press(Qt::Key_Return);
-  EXPECT_FALSE(stage.shows("Allow"));
+  EXPECT_FALSE(menuHas("Allow"));
   EXPECT_EQ(changes(), std::vector<std::string>{allowCall});
   EXPECT_EQ(stage.focusedName(), "games.example");
 }
 
 TEST_P(ContextMenuTest, escape_closes_it_without_an_action) {
   open("Tablet");
-  ASSERT_TRUE(stage.shows("Unlink"));
+  ASSERT_TRUE(menuHas("Unlink"));
   stage.press(Qt::Key_Escape);
-  EXPECT_FALSE(stage.shows("Unlink"));
+  EXPECT_FALSE(menuHas("Unlink"));
   EXPECT_FALSE(stage.shows("Unlink Device?"));
   EXPECT_EQ(stage.focusedName(), "Tablet");
 }
@@ -279,7 +291,7 @@ TEST_P(ContextMenuTest, a_click_performs_the_action) {
 
 TEST_P(ContextMenuTest, does_not_open_without_an_action) {
   open("school.example");
-  EXPECT_FALSE(stage.shows("Allow"));
+  EXPECT_FALSE(menuHas("Allow"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Openings, ContextMenuTest,

@@ -1,3 +1,5 @@
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -60,6 +62,18 @@ ScannerView& review(UiStage& s) {
   scanner.handleScannedCode(
       R"({"enrollment_code":"K7QX2M","device_id":"d","device_name":"Mia's phone","device_type":"ios"})");
   return scanner;
+}
+
+// Under the pointer, the first row that has a button shows it, if it lies in the window. Rows are found by
+// their kind, because their texts may be anything.
+void pointAtFirstRow(UiStage& s) {
+  const QQuickItem* row = nullptr;
+  ui::forEachShown(*s.window().contentItem(), [&](const QQuickItem& item) {
+    row = row == nullptr && item.property("buttonSpace").toDouble() > 0 ? &item : row;
+  });
+  if (row && QRect({}, s.window().size()).contains(ui::middleOf(*row))) {
+    s.pointAt(ui::middleOf(*row));
+  }
 }
 
 std::vector<Shot> identityScenes() {
@@ -241,6 +255,23 @@ std::vector<Shot> childScenes() {
          auto& screen = openChild(s);
          screen.devicesSection.deviceRows[0].dragEnded(-90, 0);
          screen.activitySection.recent.rows[1].dragChanged(70, 0);
+       }},
+      {"child-pointed", signedInParent(),
+       [](UiStage& s) {
+         openChild(s);
+         pointAtFirstRow(s);
+       }},
+      {"child-pointed-text-200", signedInParent(),
+       [](UiStage& s) {
+         openChild(s);
+         pointAtFirstRow(s);
+       },
+       2},
+      {"child-sites-blocked-pointed", signedInParent(),
+       [](UiStage& s) {
+         openChild(s).selectedTab = ChildDetailTab::sitesBlocked;
+         s.settle();
+         pointAtFirstRow(s);
        }},
       {"child-sites-blocked", signedInParent(),
        [](UiStage& s) {

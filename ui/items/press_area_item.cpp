@@ -3,13 +3,10 @@
 #include <QCursor>
 #include <algorithm>
 
+#include "ui/items/key_focus.h"
+
 namespace quillmar::ui {
 namespace {
-
-bool isKeyboards(Qt::FocusReason reason) {
-  return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-         reason == Qt::ShortcutFocusReason;
-}
 
 bool replaces(QPointer<QQuickItem>& member, QQuickItem* item) {
   if (member == item) {

@@ -100,7 +100,12 @@ SwipeRow {
         }
         RowLayout {
             id: markPlace
+            spacing: 0
+            opacity: device.showsButton ? 0 : 1
+            Layout.minimumWidth: device.buttonSpace - Theme.gap
             Layout.rightMargin: Theme.gap
+
+            Item { Layout.fillWidth: true }
         }
     }
 }

@@ -36,7 +36,7 @@ FocusScope {
     function lose(index, item) {
         const control = focusedIn(item)
         if (control) {
-            focusReason = control.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason
+            focusReason = control.keyboardFocus ?? control.visualFocus ? Qt.TabFocusReason : Qt.OtherFocusReason
             lostAt = index
             hadFocus = activeFocus
             page.handingOver = true

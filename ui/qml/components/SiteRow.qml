@@ -52,18 +52,22 @@ SwipeRow {
             tint: site.badgeTint
             ink: site.badgeInk
         }
-        OneLine {
-            visible: text.length > 0
-            line: site.time
-            font: Theme.caption
-            color: Theme.cardSecondaryText
-            Layout.maximumWidth: site.width * 0.35
-            Layout.rightMargin: Theme.gap
-            Accessible.ignored: true
-        }
         Item {
-            visible: site.time.length === 0
-            implicitWidth: Theme.within
+            implicitWidth: Math.max(site.buttonSpace, time.visible ? time.width + Theme.gap : Theme.within)
+            implicitHeight: time.implicitHeight
+
+            OneLine {
+                id: time
+                anchors.right: parent.right
+                anchors.rightMargin: Theme.gap
+                width: Math.min(implicitWidth, site.width * 0.35)
+                visible: text.length > 0
+                opacity: site.showsButton ? 0 : 1
+                line: site.time
+                font: Theme.caption
+                color: Theme.cardSecondaryText
+                Accessible.ignored: true
+            }
         }
     }
 }

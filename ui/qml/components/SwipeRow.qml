@@ -2,13 +2,14 @@ import QtQuick
 import Quillmar
 
 // A list row that is dragged by mouse, finger or trackpad as far as its model allows, and shows behind it what the
-// drag would do. The context menu (right button, menu key or Shift-F10) and `key` do the same.
+// drag would do. The context menu (right button, menu key or Shift-F10), `key` and a button do the same; the button is
+// shown under the pointer and under the keyboard's focus.
 Item {
     id: swipe
 
     // Has `offset`, `minimumDistance`, `dragChanged` and `dragEnded`.
     required property var row
-    // The action of a completed drag, for the menu and the key.
+    // The action of a completed drag, for the menu, the key and the button.
     property var effect: null
     property string actionTitle
     property string actionSymbol
@@ -27,8 +28,16 @@ Item {
     default property alias content: place.data
     readonly property bool mirrored: LayoutMirroring.enabled
     property bool dragging: false
+    // The room that the content leaves for the button at its end, shown or not, so that the button moves no text.
+    readonly property real buttonSpace: hasButton ? button.width + button.anchors.rightMargin : 0
+    // The button is shown. What the content has in that room is hidden meanwhile.
+    readonly property alias showsButton: button.visible
+    // A row with controls of its own needs no other button.
+    readonly property bool hasButton: effect !== null && controlPlace.children.length === 0
     // FocusRing reads it.
     readonly property bool visualFocus: activeFocus
+    // Whether the keyboard brought the focus.
+    readonly property alias keyboardFocus: keyFocus.active
 
     width: parent ? parent.width : 0
     implicitHeight: Math.max(Theme.target + 8, place.childrenRect.height)
@@ -88,7 +97,7 @@ Item {
             anchors.fill: parent
             anchors.margins: 3
             radius: Theme.corner - 3
-            color: Theme.alpha(Theme.text, area.containsMouse ? 0.05 : 0)
+            color: area.containsMouse ? Theme.alpha(Theme.text, 0.05) : Theme.alpha(Theme.page, pointer.hovered ? 0.6 : 0)
             Behavior on color { ColorAnimation { duration: Theme.quick } }
         }
         Item {
@@ -116,7 +125,6 @@ Item {
         x: face.x
         width: face.width
         height: face.height
-        hoverEnabled: true
         acceptedButtons: Qt.LeftButton | Qt.RightButton
         // While the row is dragged, the list does not scroll.
         preventStealing: swipe.dragging && swipe.row.offset !== 0
@@ -184,6 +192,35 @@ Item {
                 swipe.row.dragEnded.trigger(way, 0)
                 way = 0
             }
+        }
+    }
+    HoverHandler {
+        id: pointer
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad | PointerDevice.Stylus
+    }
+    KeyFocus {
+        id: keyFocus
+        target: swipe
+    }
+    RowButton {
+        id: button
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.within
+        anchors.verticalCenter: parent.verticalCenter
+        // Stays as long as it has the focus, which would be lost otherwise.
+        visible: activeFocus || (swipe.hasButton && swipe.effect.enabled && (pointer.hovered || keyFocus.active)
+                                 && !swipe.dragging && face.x === 0)
+        text: swipe.actionTitle + " " + swipe.name
+        label: swipe.actionTitle
+        symbol: swipe.actionSymbol
+        destructive: swipe.destructive
+        room: swipe.width * 0.25
+        inUse: swipe.effect !== null && swipe.effect.enabled
+        onClicked: {
+            if (activeFocus) {
+                swipe.forceActiveFocus(Qt.TabFocusReason)
+            }
+            swipe.act()
         }
     }
     FocusRing {
