@@ -1,7 +1,9 @@
 #include "command_line/command_line.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 namespace quillmar::command_line {
 namespace {
@@ -200,12 +202,18 @@ std::vector<std::string> wordsOf(int count, char** arguments) {
 
 int say(const Program& program, const Answer& answer) {
   constexpr int wrongUsage = 2;
-  if (answer.reason == Reason::asked) {
-    std::fputs(answer.text.c_str(), stdout);
+  const auto complain = [&](const std::string& text) {
+    std::fputs((std::string(program.name) + ": " + text + '\n').c_str(), stderr);
+  };
+  if (answer.reason != Reason::asked) {
+    complain(answer.text);
+    return wrongUsage;
+  }
+  if (std::fputs(answer.text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) {
     return 0;
   }
-  std::fputs((std::string(program.name) + ": " + answer.text + '\n').c_str(), stderr);
-  return wrongUsage;
+  complain("The output can't be written: " + std::generic_category().message(errno) + '.');
+  return 1;
 }
 
 std::vector<Option> allOptions(const Program& program) {

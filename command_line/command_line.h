@@ -100,7 +100,8 @@ Answer refusal(const Program& program, Answer::Reason reason, const std::string&
 // The arguments without the program's name.
 std::vector<std::string> wordsOf(int count, char** arguments);
 
-// Prints an answer to the right stream and returns the exit status: 0, or 2 for wrong usage.
+// Prints an answer to the right stream and returns the exit status: 0, 1 if it can't be written, or 2 for
+// wrong usage.
 int say(const Program& program, const Answer& answer);
 
 // The text of --help or --help-all, or of a command's help.

@@ -1,8 +1,10 @@
 #include <sys/stat.h>
 
+#include "command_line/standard_streams.h"
 #include "sandbox/program.h"
 
 int main(int count, char** words) {
+  quillmar::command_line::holdStandardStreams();
   // Its folder holds a private key and a family's life.
   ::umask(S_IRWXG | S_IRWXO);
   return quillmar::sandbox::runProgram({words + 1, words + count});

@@ -15,6 +15,7 @@
 #include <variant>
 #include <vector>
 
+#include "command_line/standard_streams.h"
 #include "tunnel/link/constants.h"
 #include "tunnel/link/redirection.h"
 #include "tunnel/link/tun_device.h"
@@ -204,4 +205,7 @@ ExitStatus run(const std::vector<std::string>& words) {
 
 }  // namespace
 
-int main(int count, char** words) { return static_cast<int>(run({words + 1, words + count})); }
+int main(int count, char** words) {
+  quillmar::command_line::holdStandardStreams();
+  return static_cast<int>(run({words + 1, words + count}));
+}

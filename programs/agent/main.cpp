@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "command_line/standard_streams.h"
 #include "platform/linux/process_privacy.h"
 #include "programs/agent/commands.h"
 #include "programs/agent/terminal.h"
@@ -37,10 +38,9 @@ ExitStatus carryOut(const Options& options) {
 
 ExitStatus answer(const Parsed& parsed) {
   if (parsed.status == ExitStatus::done) {
-    write(parsed.text);
-  } else {
-    complain(parsed.text);
+    return writeAnswer(parsed.text) ? ExitStatus::done : ExitStatus::failed;
   }
+  complain(parsed.text);
   return parsed.status;
 }
 
@@ -49,6 +49,7 @@ ExitStatus answer(const Parsed& parsed) {
 int main(int count, char** arguments) {
   // A few threads that do little: one malloc arena per thread would be most of the memory.
   mallopt(M_ARENA_MAX, 1);  // NOLINT(concurrency-mt-unsafe): there is no other thread yet
+  quillmar::command_line::holdStandardStreams();
   quillmar::keepNewFilesPrivate();
   quillmar::forbidCoreDumps();
   quillmar::forbidInspection();

@@ -8,6 +8,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <string>
+#include <system_error>
 
 namespace quillmar::agent {
 namespace {
@@ -56,6 +57,14 @@ Terminal Terminal::ofStandardOutput() {
 bool write(std::string_view text) { return writeTo(STDOUT_FILENO, text); }
 
 bool writeLine(std::string_view text) { return write(std::string(text) + '\n'); }
+
+bool writeAnswer(std::string_view text) {
+  if (write(text)) {
+    return true;
+  }
+  complain("The output can't be written: " + std::generic_category().message(errno) + '.');
+  return false;
+}
 
 void complain(std::string_view text) {
   writeTo(STDERR_FILENO, "quillmar-agent: " + std::string(text) + '\n');

@@ -20,6 +20,8 @@ struct Terminal {
 // Writes to the standard output, unbuffered. False if its reader has gone.
 bool write(std::string_view text);
 bool writeLine(std::string_view text);
+// Writes what a command was asked for. Complains if that fails.
+bool writeAnswer(std::string_view text);
 // Writes to the standard error, prefixed with the program's name.
 void complain(std::string_view text);
 

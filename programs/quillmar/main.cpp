@@ -12,6 +12,7 @@
 #include "app/session/role_manager.h"
 #include "child/child_app_state.h"
 #include "command_line/command_line.h"
+#include "command_line/standard_streams.h"
 #include "platform/common/authority_file.h"
 #include "platform/common/private_directory.h"
 #include "platform/linux/autostart.h"
@@ -186,7 +187,7 @@ int runDoctor(const Options& options, int count, char** arguments) {
                                         .keyring = &keyring,
                                         .cameraModule = quillmar::ui::cameraModule().toStdString()},
                                        std::cout);
-  return isFit ? 0 : 1;
+  return isFit && std::cout.flush() ? 0 : 1;
 }
 
 int showWindow(Options options, int count, char** arguments) {
@@ -211,6 +212,7 @@ int showWindow(Options options, int count, char** arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
+  quillmar::command_line::holdStandardStreams();
   quillmar::keepNewFilesPrivate();
   quillmar::forbidCoreDumps();
   QCoreApplication::setApplicationName("quillmar");

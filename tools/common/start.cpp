@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "command_line/standard_streams.h"
 #include "platform/common/authority_file.h"
 
 namespace quillmar {
@@ -12,6 +13,7 @@ command_line::Option authorityOption(std::string& caFile) {
 
 std::optional<int> endsAtOnce(const command_line::Program& program, int count, char** arguments,
                               const std::string& caFile) {
+  command_line::holdStandardStreams();
   if (const auto answer = command_line::read(program, command_line::wordsOf(count, arguments))) {
     return command_line::say(program, *answer);
   }
