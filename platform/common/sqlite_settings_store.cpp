@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -129,6 +130,31 @@ bool isDamage(int result) {
   return result == SQLITE_ERROR || (result & 0xff) == SQLITE_CORRUPT || (result & 0xff) == SQLITE_NOTADB;
 }
 
+// What keeps the disk of this place, which need not exist, from taking anything; nullopt if nothing does.
+std::optional<std::string> stateOfDisk(fs::path place) {
+  struct statvfs disk {};
+  while (::statvfs(place.c_str(), &disk) != 0) {
+    if (!place.has_relative_path()) {
+      return std::nullopt;
+    }
+    place = place.parent_path();
+  }
+  if ((disk.f_flag & ST_RDONLY) != 0) {
+    return "the disk is read-only";
+  }
+  return disk.f_bavail == 0 ? std::optional<std::string>("the disk is full") : std::nullopt;
+}
+
+// On a full or read-only disk SQLite's code depends on the file that it could not make.
+std::string causeOf(int result, const fs::path& directory) {
+  const int kind = result & 0xff;
+  if (kind == SQLITE_FULL) {
+    return "the disk is full";
+  }
+  const bool mayBeDisk = kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN || kind == SQLITE_READONLY;
+  return (mayBeDisk ? stateOfDisk(directory) : std::nullopt).value_or(sqlite3_errstr(result));
+}
+
 sqlite::Handle openDatabase(const std::string& name, int flags) {
   sqlite3* database = nullptr;
   sqlite3_open_v2(name.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
@@ -168,6 +194,16 @@ class SqliteSettingsStore::Impl {
   ~Impl() { saveUnsaved(); }
 
   bool isReadable() const { return isReadable_; }
+
+  bool hasUnsaved() {
+    const std::scoped_lock lock(mutex_);
+    return !unsaved_.empty();
+  }
+
+  void whenUnsaved(std::function<void()> observer) {
+    const std::scoped_lock lock(mutex_);
+    whenUnsaved_ = std::move(observer);
+  }
 
   std::optional<SettingValue> object(std::string_view key) {
     const std::scoped_lock lock(mutex_);
@@ -306,9 +342,18 @@ class SqliteSettingsStore::Impl {
   }
 
   void save() {
-    if (holds_ > 0 || (!database_ && !open())) {
+    if (holds_ > 0) {
       return;
     }
+    if (database_ || open()) {
+      writeUnsaved();
+    }
+    if (!unsaved_.empty() && whenUnsaved_) {
+      whenUnsaved_();
+    }
+  }
+
+  void writeUnsaved() {
     int result = execute(database_.get(), "BEGIN IMMEDIATE");
     for (auto key = unsaved_.begin(); key != unsaved_.end() && result == SQLITE_OK; ++key) {
       result = write(*key);
@@ -318,6 +363,10 @@ class SqliteSettingsStore::Impl {
     }
     if (result == SQLITE_OK) {
       unsaved_.clear();
+      if (!reported_.empty()) {
+        reported_.clear();
+        log_.print("[SettingsStore] Settings are saved again.");
+      }
       if (isScrubDue_) {
         emptyLog();
       }
@@ -352,7 +401,7 @@ class SqliteSettingsStore::Impl {
   // Locked, so that two processes that start together don't both set a damaged file aside.
   bool open() {
     if (!createPrivateDirectory(directory_)) {
-      report("the directory can't be made");
+      report(stateOfDisk(directory_).value_or("the directory can't be made"));
       return false;
     }
     const FileDescriptor lock(::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -461,7 +510,7 @@ class SqliteSettingsStore::Impl {
     return std::nullopt;
   }
 
-  void report(int result) { report(std::string(sqlite3_errstr(result))); }
+  void report(int result) { report(causeOf(result, directory_)); }
 
   void report(const std::string& cause) {
     if (reported_.insert(cause).second) {
@@ -481,6 +530,7 @@ class SqliteSettingsStore::Impl {
   Values cached_;
   std::set<std::string, std::less<>> unsaved_;
   std::set<std::string> reported_;
+  std::function<void()> whenUnsaved_;
   bool isReadable_ = true;
   bool isScrubDue_ = false;
   int holds_ = 0;  // while above 0, values are collected for one write
@@ -504,6 +554,12 @@ void SqliteSettingsStore::set(std::string_view key, SettingValue value) { impl_-
 void SqliteSettingsStore::remove(std::string_view key) { impl_->remove(key); }
 
 void SqliteSettingsStore::writeTogether(const std::function<void()>& writes) { impl_->writeTogether(writes); }
+
+bool SqliteSettingsStore::hasUnsaved() const { return impl_->hasUnsaved(); }
+
+void SqliteSettingsStore::whenUnsaved(std::function<void()> observer) {
+  impl_->whenUnsaved(std::move(observer));
+}
 
 bool SqliteSettingsStore::isReadable() const { return impl_->isReadable(); }
 

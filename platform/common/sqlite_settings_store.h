@@ -34,6 +34,9 @@ class SqliteSettingsStore final : public SettingsStore {
   void synchronize() override;
   void scrub() override;
   std::map<std::string, SettingValue> all() const override;
+  bool hasUnsaved() const;
+  // Called on the thread of a write whose values could not be saved; not to call the store.
+  void whenUnsaved(std::function<void()> observer);
   // False if a file existed at the start but could not be read.
   bool isReadable() const;
 

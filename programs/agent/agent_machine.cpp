@@ -47,7 +47,8 @@ Deployments deploymentsFor(const Options& options) {
 }
 
 bool isEnrolledOnDisk(const Options& options, Log& log) {
-  return SqliteSettingsStore(options.dataDirectory, log).read(settings::childIsEnrolled).value_or(false);
+  return !SqliteSettingsStore::isAbsentFrom(options.dataDirectory) &&
+         SqliteSettingsStore(options.dataDirectory, log).read(settings::childIsEnrolled).value_or(false);
 }
 
 }  // namespace quillmar::agent

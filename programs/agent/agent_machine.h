@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -11,6 +13,7 @@
 #include "platform/common/asio_dispatch.h"
 #include "platform/common/curl_http_session.h"
 #include "platform/common/qrencode_encoder.h"
+#include "platform/common/save_retry.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/machine_name.h"
 #include "platform/linux/system_log.h"
@@ -25,14 +28,18 @@ namespace quillmar::agent {
 // be saved.
 class AgentLog final : public Log {
  public:
-  explicit AgentLog(bool tellsEverything) : tellsEverything_(tellsEverything) {}
+  // An answer on the standard output must stand there alone, so the lines of a command go beside it.
+  AgentLog() = default;
+  // For the program that runs on, whose output are such lines.
+  explicit AgentLog(bool tellsEverything)
+      : tellsEverything_(tellsEverything), log_{"quillmar-agent", STDOUT_FILENO} {}
 
   void print(std::string_view line) override;
   void system(std::string_view line) override { log_.system(line); }
 
  private:
-  const bool tellsEverything_;
-  SystemLog log_{"quillmar-agent"};
+  const bool tellsEverything_ = false;
+  SystemLog log_{"quillmar-agent", STDERR_FILENO};
 };
 
 // The agent shows no dates, so the locale and the time zone are fixed.
@@ -71,6 +78,7 @@ class AgentMachine {
 
  private:
   const std::filesystem::path dataDirectory_;
+  const SaveRetry saveRetry_{settings, dispatch};
 };
 
 Deployments deploymentsFor(const Options& options);

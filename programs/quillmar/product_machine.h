@@ -5,6 +5,7 @@
 #include "platform/common/absent_haptics.h"
 #include "platform/common/curl_http_session.h"
 #include "platform/common/qrencode_encoder.h"
+#include "platform/common/save_retry.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "platform/linux/fprintd_check.h"
 #include "platform/linux/libsecret_item_store.h"
@@ -60,6 +61,7 @@ class ProductMachine {
  private:
   std::unique_ptr<TunnelService> makeTunnel(const Options& options);
 
+  const SaveRetry saveRetry_{settings, dispatch};
   const Subscription promptSubscription_ = biometrics.observePrompt(
       [this](const FprintdCheck::Prompt& reason) { biometricPrompt.setReason(reason); });
   ui::DesktopPortal portal_{desktop};

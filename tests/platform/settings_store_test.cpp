@@ -20,10 +20,12 @@
 #include <vector>
 
 #include "platform/common/file_descriptor.h"
+#include "platform/common/save_retry.h"
 #include "platform/common/sqlite_settings_store.h"
 #include "testing/memory_settings_store.h"
 #include "testing/recording_log.h"
 #include "testing/temporary_directory.h"
+#include "testing/virtual_dispatch.h"
 #include "tests/contracts/settings_store_contract.h"
 #include "tests/platform/steerable_vfs.h"
 
@@ -348,7 +350,8 @@ TEST_F(SqliteSettingsStoreTest, a_first_start_on_a_full_disk_leaves_no_damaged_f
   store.set("other", true);
   EXPECT_THAT(open().all(), SizeIs(2));
   EXPECT_THAT(filesSetAside(), IsEmpty());
-  EXPECT_THAT(log.printed(), SizeIs(1));
+  EXPECT_THAT(log.printed(),
+              ElementsAre(HasSubstr("can't be saved"), "[SettingsStore] Settings are saved again."));
 }
 
 TEST_F(SqliteSettingsStoreTest, a_first_start_that_was_killed_is_repeated) {
@@ -384,8 +387,7 @@ TEST_F(SqliteSettingsStoreTest,
   EXPECT_EQ(store.string("during"), "full");
   EXPECT_EQ(store.integer("also"), 1);
   EXPECT_FALSE(store.boolean("removed"));
-  EXPECT_THAT(log.printed(),
-              ElementsAre("[SettingsStore] Settings can't be saved: database or disk is full"));
+  EXPECT_THAT(log.printed(), ElementsAre("[SettingsStore] Settings can't be saved: the disk is full"));
   {
     disk.setFull(false);
     SqliteSettingsStore onDisk(directory.path(), log);
@@ -394,7 +396,8 @@ TEST_F(SqliteSettingsStoreTest,
   store.set("after", true);
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("after"), testing::Key("also"), testing::Key("before"),
                                         testing::Key("during")));
-  EXPECT_THAT(log.printed(), SizeIs(1));
+  EXPECT_THAT(log.printed(),
+              ElementsAre(HasSubstr("can't be saved"), "[SettingsStore] Settings are saved again."));
 }
 
 TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_by_the_next_read_when_the_disk_has_space) {
@@ -420,6 +423,39 @@ TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_at_the_end_when_the_dis
     disk.setFull(false);
   }
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("during")));
+}
+
+TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_without_a_read_soon_after_the_disk_has_space) {
+  SteerableVfs disk;
+  VirtualDispatch dispatch;
+  SqliteSettingsStore store(directory.path(), log);
+  const SaveRetry retry(store, dispatch);
+  disk.setFull(true);
+  store.set("during", true);
+  dispatch.advance(2 * SaveRetry::period);
+  EXPECT_TRUE(store.hasUnsaved());
+  disk.setFull(false);
+  dispatch.advance(SaveRetry::period);
+  EXPECT_FALSE(store.hasUnsaved());
+  EXPECT_TRUE(open().boolean("during"));
+
+  const int syncs = disk.syncs();
+  dispatch.advance(2 * SaveRetry::period);
+  EXPECT_EQ(disk.syncs(), syncs) << "there is nothing left to do";
+}
+
+TEST_F(SqliteSettingsStoreTest, a_retry_that_has_ended_saves_nothing) {
+  SteerableVfs disk;
+  VirtualDispatch dispatch;
+  SqliteSettingsStore store(directory.path(), log);
+  {
+    const SaveRetry retry(store, dispatch);
+    disk.setFull(true);
+    store.set("during", true);
+  }
+  disk.setFull(false);
+  dispatch.advance(2 * SaveRetry::period);
+  EXPECT_TRUE(store.hasUnsaved());
 }
 
 TEST_F(SqliteSettingsStoreTest, no_file_holds_a_removed_or_replaced_value_after_scrubbing) {
