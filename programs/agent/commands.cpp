@@ -3,6 +3,7 @@
 #include <chrono>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -57,7 +58,7 @@ class OwnHandler {
   }
 
  private:
-  AgentLog log_{false};
+  AgentLog log_;
   AsioDispatch dispatch_;
   AgentMachine machine_;
   ApplicationEnvironment environment_;
@@ -127,14 +128,15 @@ ExitStatus tellStatus(const Options& options) {
   if (!reply) {
     return tellNobodyAnswers();
   }
-  if (options.writesJson) {
-    writeLine(encodeJson(*reply).value());
-  } else if (!reply->device) {
+  if (!options.writesJson && !reply->device) {
     complain(problemIn(*reply));
-  } else {
-    write(statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now())));
+    return exitStatusOf(*reply);
   }
-  return exitStatusOf(*reply);
+  const bool isTold =
+      writeAnswer(options.writesJson
+                      ? encodeJson(*reply).value() + '\n'
+                      : statusText(*reply, std::chrono::floor<Duration>(std::chrono::system_clock::now())));
+  return isTold ? exitStatusOf(*reply) : ExitStatus::failed;
 }
 
 ExitStatus sync(const Options& options) {
@@ -173,8 +175,11 @@ ExitStatus reset(const Options& options) {
     complain(reply->error.value_or("This device could not be reset."));
     return ExitStatus::failed;
   }
-  if (AgentLog log{false}; isEnrolledOnDisk(options, log)) {
-    complain("The enrollment can't be removed from the disk, and comes back with the next start.");
+  if (AgentLog log; isEnrolledOnDisk(options, log)) {
+    complain(reply->worker ? "The enrollment can't be removed from the disk now. It comes back with the next "
+                             "start, unless the disk can be written by then."
+                           : "The enrollment can't be removed from the disk, and comes back with the next "
+                             "start.");
     return ExitStatus::failed;
   }
   if (options.dataDirectory == dataDirectory()) {
@@ -190,10 +195,10 @@ ExitStatus reset(const Options& options) {
 }
 
 ExitStatus examine(const Options& options) {
+  std::ostringstream report;
   const bool isFit = doctor::examineMachine(
-      {.dataDirectory = options.dataDirectory, .service = options.service, .caFile = options.caFile},
-      std::cout);
-  return isFit ? ExitStatus::done : ExitStatus::failed;
+      {.dataDirectory = options.dataDirectory, .service = options.service, .caFile = options.caFile}, report);
+  return writeAnswer(report.str()) && isFit ? ExitStatus::done : ExitStatus::failed;
 }
 
 }  // namespace quillmar::agent

@@ -34,13 +34,15 @@ class EnrollmentScreen {
     write(view_.title() + '\n' + view_.tagline() + "\n\n" + view_.loadingHeading() + '\n');
   }
 
-  void showCode(const QREncoder& encoder) {
-    write('\n' + view_.codeHeading() + '\n' + view_.codeText() + "\n\n" + view_.codeLabel() + ": " +
-          view_.enrollmentCode() + "\n\n");
+  // False if nobody can see it.
+  bool showCode(const QREncoder& encoder) {
+    const bool isShown = write('\n' + view_.codeHeading() + '\n' + view_.codeText() + "\n\n" +
+                               view_.codeLabel() + ": " + view_.enrollmentCode() + "\n\n");
     drawCode(encoder);
     if (!terminal_.isInteractive) {
       writeLine(view_.waitingText());
     }
+    return isShown;
   }
 
   // Redraws the waiting line with its dots in their current state.
@@ -127,8 +129,8 @@ class Enrollment {
  private:
   void observe() {
     reactions_.push_back(view_->qrCodeData.onChange([this] {
-      if (!view_->qrCodeData().empty()) {
-        screen_.showCode(machine_.qrEncoder);
+      if (!view_->qrCodeData().empty() && !screen_.showCode(machine_.qrEncoder)) {
+        dispatch_.main().async([this] { giveUp(); });
       }
     }));
     reactions_.push_back(view_->errorAlert.isShown.onChange([this] { fail(); }));
@@ -144,6 +146,12 @@ class Enrollment {
     const bool isGone = signal == SIGHUP;
     end(isGone || !writeLine("Cancelled. This device is not enrolled.") ? ExitStatus::failed
                                                                         : ExitStatus::cancelled);
+  }
+
+  void giveUp() {
+    complain("The enrollment code can't be shown: the output can't be written.");
+    view_->cancelEnrollment();
+    end(ExitStatus::failed);
   }
 
   void fail() {
@@ -178,7 +186,7 @@ class Enrollment {
   }
 
   const Options& options_;
-  AgentLog log_{false};
+  AgentLog log_;
   AsioDispatch dispatch_;
   AgentMachine machine_;
   ApplicationEnvironment environment_;

@@ -64,6 +64,10 @@ struct AgentProgram : testing::Test {
   CommandResult call(const Words& command, const std::string& input = {}) const {
     return runCommand(session.running(words(command)), input);
   }
+  // A command of the agent with what a shell makes of it.
+  CommandResult callInShell(const std::string& command) const {
+    return runCommand(session.running(Words{"sh", "-c", "\"$0\" \"$@\" " + command} + words({})));
+  }
   std::unique_ptr<RunningProgram> start(const Words& command, const Words& more = {}) const {
     return std::make_unique<RunningProgram>(session.running(words(command), more));
   }
@@ -91,6 +95,31 @@ TEST_F(AgentProgram, prints_its_usage_when_it_is_misused) {
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, "");
   EXPECT_EQ(result.errors, "quillmar-agent: there is no command 'dance'.\nTry 'quillmar-agent --help'.\n");
+}
+
+TEST_F(AgentProgram, fails_if_its_answer_can_not_be_written) {
+  enroll();
+  for (const auto* command : {"status", "status --json", "doctor", "--help"}) {
+    for (const std::string output : {">/dev/full", ">&-"}) {
+      const auto result = callInShell(command + (' ' + output));
+      EXPECT_EQ(result.status, 1) << command << output;
+      EXPECT_THAT(result.errors, HasSubstr("quillmar-agent: The output can't be written: "))
+          << command << output;
+    }
+  }
+}
+
+TEST_F(AgentProgram, writes_no_line_into_a_file_of_its_own_if_it_has_no_output) {
+  EXPECT_EQ(callInShell("enroll >&-").status, 1);
+  EXPECT_EQ(fs::file_size(data / "instance.lock"), 0U);
+}
+
+TEST_F(AgentProgram, does_not_wait_for_a_parent_if_nobody_can_see_the_code) {
+  for (const std::string output : {">/dev/full", ">&-", "| true"}) {
+    const auto result = callInShell("enroll " + output);
+    EXPECT_THAT(result.errors, HasSubstr("The enrollment code can't be shown")) << output;
+    EXPECT_EQ(call({"status"}).status, 3);
+  }
 }
 
 TEST_F(AgentProgram, creates_nothing_on_a_device_that_is_not_enrolled) {
@@ -390,7 +419,7 @@ TEST_F(AgentProgram, reports_a_data_directory_that_is_a_file) {
         std::pair("sync", unreadable), std::pair("reset", unreadable)}) {
     const auto result = call({command});
     EXPECT_EQ(result.status, 1) << command;
-    EXPECT_EQ(result.errors, problem) << command;
+    EXPECT_THAT(result.errors, EndsWith(problem)) << command;
   }
 }
 
@@ -400,7 +429,7 @@ TEST_F(AgentProgram, distinguishes_unreadable_settings_from_a_device_that_is_not
   for (const auto* command : {"run", "enroll", "status", "sync", "reset"}) {
     const auto result = call({command});
     EXPECT_EQ(result.status, 1) << command;
-    EXPECT_EQ(result.errors, problem) << command;
+    EXPECT_THAT(result.errors, EndsWith(problem)) << command;
   }
   EXPECT_THAT(call({"status", "--json"}).output, HasSubstr("can't be read."));
 }
@@ -460,6 +489,14 @@ TEST_F(OnReadOnlyDisk, a_reset_fails_if_it_would_not_last) {
   EXPECT_EQ(call({"status"}).status, 6);
 }
 
+TEST_F(OnReadOnlyDisk, an_answer_for_a_script_stands_alone_and_the_disk_is_named_beside_it) {
+  enroll();
+  makeReadOnly();
+  const auto result = call({"status", "--json"});
+  EXPECT_THAT(result.output, StartsWith("{\"device\":"));
+  EXPECT_EQ(result.errors, "[SettingsStore] Settings can't be saved: the disk is read-only\n");
+}
+
 TEST_F(OnReadOnlyDisk, enroll_reports_why_it_fails) {
   for (const bool hasLocks : {false, true}) {
     if (hasLocks) {
@@ -469,7 +506,7 @@ TEST_F(OnReadOnlyDisk, enroll_reports_why_it_fails) {
     makeReadOnly();
     const auto enrollment = call({"enroll"});
     EXPECT_EQ(enrollment.status, 1);
-    EXPECT_EQ(enrollment.errors, "quillmar-agent: " + problem() + '\n');
+    EXPECT_THAT(enrollment.errors, EndsWith("quillmar-agent: " + problem() + '\n'));
     EXPECT_THAT(enrollment.output, Not(HasSubstr("Enrollment Code")));
     EXPECT_EQ(call({"status"}).status, 3);
   }
@@ -518,6 +555,28 @@ TEST_F(AgentProgram, leaves_an_open_window_alone) {
   EXPECT_EQ(result.errors, "quillmar-agent: The Quillmar window is open. Enroll there, or close it first.\n");
   dispatch->stop();
   window.join();
+}
+
+// The running agent does not wait for an occasion to write.
+TEST_F(AgentProgram, a_reset_lasts_as_soon_as_the_disk_has_room) {
+  fs::create_directories(data);
+  if (::mount("tmpfs", data.c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
+    GTEST_SKIP() << "only root can have a small disk";
+  }
+  enroll();
+  auto run = start({"run"});
+  EXPECT_THAT(run->readUntil("DNS Protection Active"), HasSubstr("Looking after this device."));
+  std::ofstream(data / "filler") << std::string(300 * 1024, 'x');
+  const auto reset = call({"reset", "--yes"});
+  EXPECT_EQ(reset.status, 1);
+  EXPECT_THAT(reset.errors,
+              HasSubstr("It comes back with the next start, unless the disk can be written by then."));
+  EXPECT_THAT(run->readUntil("can't be saved"), HasSubstr("has forgotten its enrollment"));
+  fs::remove(data / "filler");
+  EXPECT_THAT(run->readUntil("saved again"), HasSubstr("Settings are saved again."));
+  EXPECT_EQ(run->end(SIGKILL), -SIGKILL);
+  EXPECT_EQ(call({"status"}).status, 3);
+  ::umount2(data.c_str(), MNT_DETACH);
 }
 
 // It keeps the enrollment in memory until there is room, and loses nothing.
