@@ -257,12 +257,11 @@ void measure(Watcher& watcher, const Command& command, Figures& figures) {
 }
 
 void tell(const char* peer, const Figures& agent, const Figures& bare) {
-  const auto line = [](const char* what, const char* unit, const std::vector<double>& ours,
-                       const std::vector<double>& theirs) {
-    std::printf("  %-34s %8.2f %s, bare %8.2f %s: %.3f times\n", what, median(ours), unit, median(theirs),
-                unit, median(ours) / median(theirs));
+  const auto line = [peer](const char* what, const char* unit, const std::vector<double>& ours,
+                           const std::vector<double>& theirs) {
+    std::printf("%s, against one that %s: %.1f %s to %.1f, %.2f times\n", what, peer, median(ours), unit,
+                median(theirs), median(ours) / median(theirs));
   };
-  std::printf("%s\n", peer);
   line("exec to the check-in's first byte", "ms", agent.milliseconds, bare.milliseconds);
   line("resident memory (RSS) after it", "MiB", agent.resident, bare.resident);
   line("proportional memory (PSS)", "MiB", agent.proportional, bare.proportional);
@@ -338,8 +337,8 @@ void run(int idleSeconds) {
     measure(watcher, agent, ours);
     measure(watcher, thrifty, thrifties);
   }
-  tell("Against one that reads all authorities", ours, theirs);
-  tell("Against one that finds its authority by hash", ours, thrifties);
+  tell("reads all authorities", ours, theirs);
+  tell("finds its authority by hash", ours, thrifties);
   if (idleSeconds > 0) {
     watchIdle(watcher, agent, idleSeconds);
   }
