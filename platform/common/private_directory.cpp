@@ -1,6 +1,7 @@
 #include "platform/common/private_directory.h"
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -58,6 +59,20 @@ bool createPrivateDirectory(const fs::path& directory) {
     ::chmod(directory.c_str(), S_IRWXU);
   }
   return true;
+}
+
+std::optional<std::string> stateOfDisk(fs::path place) {
+  struct statvfs disk {};
+  while (::statvfs(place.c_str(), &disk) != 0) {
+    if (!place.has_relative_path()) {
+      return std::nullopt;
+    }
+    place = place.parent_path();
+  }
+  if ((disk.f_flag & ST_RDONLY) != 0) {
+    return "the disk is read-only";
+  }
+  return disk.f_bavail == 0 ? std::optional<std::string>("the disk is full") : std::nullopt;
 }
 
 }  // namespace quillmar

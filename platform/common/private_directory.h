@@ -1,6 +1,8 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
 
 namespace quillmar {
 
@@ -11,5 +13,8 @@ bool belongsToAnother(const std::filesystem::path& directory);
 // one, except from a shared one like /tmp. Returns false, with `errno` set, if there is then no such
 // directory of this user's.
 bool createPrivateDirectory(const std::filesystem::path& directory);
+
+// What keeps the disk of this place, which need not exist, from taking anything; nullopt if nothing does.
+std::optional<std::string> stateOfDisk(std::filesystem::path place);
 
 }  // namespace quillmar

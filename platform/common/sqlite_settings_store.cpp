@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -128,21 +127,6 @@ int check(sqlite3* database) {
 // A table with another schema counts as damage too.
 bool isDamage(int result) {
   return result == SQLITE_ERROR || (result & 0xff) == SQLITE_CORRUPT || (result & 0xff) == SQLITE_NOTADB;
-}
-
-// What keeps the disk of this place, which need not exist, from taking anything; nullopt if nothing does.
-std::optional<std::string> stateOfDisk(fs::path place) {
-  struct statvfs disk {};
-  while (::statvfs(place.c_str(), &disk) != 0) {
-    if (!place.has_relative_path()) {
-      return std::nullopt;
-    }
-    place = place.parent_path();
-  }
-  if ((disk.f_flag & ST_RDONLY) != 0) {
-    return "the disk is read-only";
-  }
-  return disk.f_bavail == 0 ? std::optional<std::string>("the disk is full") : std::nullopt;
 }
 
 // On a full or read-only disk SQLite's code depends on the file that it could not make.

@@ -47,7 +47,8 @@ bool examineMachine(const Options& options, std::ostream& output) {
   const auto installation = installationIn(
       options.dataDirectory, options.service ? Deployments::all(*options.service) : Deployments::builtIn());
   CurlHttpSession http(CurlHttpSession::Options{.extraCaFile = options.caFile});
-  MachineProbes probes(http, options.keyring, options.cameraModule, installation.serviceRoot + "/api/v1");
+  MachineProbes probes(options.dataDirectory, http, options.keyring, options.cameraModule,
+                       installation.serviceRoot + "/api/v1");
   const bool isAgents = options.keyring == nullptr && installation.role == DeviceRole::unset;
   const Report report = examine(probes, isAgents ? DeviceRole::child : installation.role);
   for (const std::string& line : report.lines) {

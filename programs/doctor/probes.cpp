@@ -17,6 +17,7 @@
 #include "child/vpn_dns_manager.h"
 #include "foundation/text.h"
 #include "platform/common/file_descriptor.h"
+#include "platform/common/private_directory.h"
 #include "platform/linux/bus_names.h"
 #include "platform/linux/bus_thread.h"
 
@@ -128,6 +129,31 @@ Duration leadOver(Date time) {
 }
 
 }  // namespace
+
+Finding lookAtDataFolder(const fs::path& folder) {
+  const auto unusable = [&folder](const std::string& cause) {
+    return Finding{false, folder.string() + " can't be used: " + cause +
+                              ". Mend that, or name another folder by --data-dir."};
+  };
+  if (belongsToAnother(folder)) {
+    return unusable("it belongs to another user");
+  }
+  if (const auto state = stateOfDisk(folder)) {
+    return unusable(*state);
+  }
+  fs::path existing = folder;
+  std::error_code none;
+  while (!fs::exists(existing, none) && existing.has_relative_path()) {
+    existing = existing.parent_path();
+  }
+  if (!fs::is_directory(existing, none)) {
+    return unusable(existing.string() + " is no folder");
+  }
+  if (access(existing.c_str(), W_OK | X_OK) != 0) {
+    return unusable(existing.string() + ": " + std::generic_category().message(errno));
+  }
+  return {true, folder.string() + " can be written."};
+}
 
 Finding lookAtKeyring(SecureItemStore& keyring) {
   constexpr std::string_view service = "live.quillmar.doctor";

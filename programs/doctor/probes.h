@@ -11,6 +11,9 @@
 
 namespace quillmar::doctor {
 
+// Whether an installation can be kept there. Makes nothing.
+Finding lookAtDataFolder(const std::filesystem::path& folder);
+
 // Stores an item and removes it again. Never prompts.
 Finding lookAtKeyring(SecureItemStore& keyring);
 
@@ -36,14 +39,16 @@ ServiceFinding lookAtService(HttpSession& http, const std::string& url);
 class MachineProbes final : public Probes {
  public:
   // `keyring` is null for a program without a window.
-  MachineProbes(HttpSession& http, SecureItemStore* keyring, std::filesystem::path cameraModule,
-                std::string serviceURL)
-      : http_(http),
+  MachineProbes(std::filesystem::path dataFolder, HttpSession& http, SecureItemStore* keyring,
+                std::filesystem::path cameraModule, std::string serviceURL)
+      : dataFolder_(std::move(dataFolder)),
+        http_(http),
         keyring_(keyring),
         cameraModule_(std::move(cameraModule)),
         serviceURL_(std::move(serviceURL)) {}
 
   bool areForWindow() const override { return keyring_ != nullptr; }
+  Finding dataFolder() override { return lookAtDataFolder(dataFolder_); }
   Finding keyring() override { return lookAtKeyring(*keyring_); }
   Finding networkManager() override;
   Finding tunnelProgram() override;
@@ -53,6 +58,7 @@ class MachineProbes final : public Probes {
   ServiceFinding service() override { return lookAtService(http_, serviceURL_); }
 
  private:
+  const std::filesystem::path dataFolder_;
   HttpSession& http_;
   SecureItemStore* const keyring_;
   const std::filesystem::path cameraModule_;

@@ -50,7 +50,7 @@ Finding judgeClock(const ServiceFinding& service) {
 
 std::vector<Part> lookAtAll(Probes& probes) {
   const bool hasWindow = probes.areForWindow();
-  std::vector<Part> parts;
+  std::vector<Part> parts{{"Data folder", Need::everybody, probes.dataFolder()}};
   if (hasWindow) {
     parts.push_back({"Keyring", Need::nobody, probes.keyring()});
   }

@@ -32,6 +32,7 @@ class Probes {
 
   // For a program without a window, keyring, fingerprint reader, camera and camera module are not examined.
   virtual bool areForWindow() const = 0;
+  virtual Finding dataFolder() = 0;
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
   virtual Finding tunnelProgram() = 0;

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <filesystem>
 #include <fstream>
@@ -25,6 +26,35 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr const char* type = "live.quillmar.quillmar.PacketTunnel";
+
+TEST(DataFolder, may_be_missing_if_it_can_be_made) {
+  const TemporaryDirectory directory;
+  const fs::path folder = directory.path() / "share" / "quillmar";
+  EXPECT_TRUE(lookAtDataFolder(folder).works);
+  EXPECT_FALSE(fs::exists(folder.parent_path())) << "nothing is made";
+  fs::create_directories(folder);
+  EXPECT_EQ(lookAtDataFolder(folder).words, folder.string() + " can be written.");
+}
+
+TEST(DataFolder, that_can_not_be_used_is_named_with_the_cause) {
+  const TemporaryDirectory directory;
+  std::ofstream(directory.path() / "file") << "text";
+  const auto inFile = lookAtDataFolder(directory.path() / "file" / "quillmar");
+  EXPECT_FALSE(inFile.works);
+  EXPECT_THAT(inFile.words, HasSubstr("/file/quillmar can't be used: "));
+  EXPECT_THAT(inFile.words, HasSubstr("/file is no folder. "));
+
+  const fs::path disk = directory.path() / "disk";
+  fs::create_directory(disk);
+  if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k,mode=0700") != 0) {
+    GTEST_SKIP() << "only root can have a small disk";
+  }
+  std::ofstream(disk / "filler") << std::string(std::size_t{128} * 1024, 'x');
+  EXPECT_THAT(lookAtDataFolder(disk / "quillmar").words, HasSubstr("can't be used: the disk is full. "));
+  ::mount(nullptr, disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+  EXPECT_THAT(lookAtDataFolder(disk).words, HasSubstr("can't be used: the disk is read-only. "));
+  ::umount2(disk.c_str(), MNT_DETACH);
+}
 
 // The two directories for tunnel programs: the administrator's before the system's.
 struct Registrations : testing::Test {

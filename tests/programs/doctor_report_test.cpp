@@ -17,6 +17,7 @@ using testing::HasSubstr;
 class MadeUpProbes final : public Probes {
  public:
   bool areForWindow() const override { return hasWindow; }
+  Finding dataFolder() override { return dataFolderFinding; }
   Finding keyring() override { return keyringFinding; }
   Finding networkManager() override { return networkManagerFinding; }
   Finding tunnelProgram() override { return tunnelProgramFinding; }
@@ -26,6 +27,7 @@ class MadeUpProbes final : public Probes {
   ServiceFinding service() override { return serviceFinding; }
 
   bool hasWindow = true;
+  Finding dataFolderFinding{true, "can be written."};
   Finding keyringFinding{true, "keeps."};
   Finding networkManagerFinding{true, "runs."};
   Finding tunnelProgramFinding{true, "is there."};
@@ -57,12 +59,13 @@ struct DoctorReport : testing::Test {
 TEST_F(DoctorReport, a_complete_machine_is_fit_and_has_a_line_for_each_part) {
   const auto report = examine(probes, DeviceRole::child);
   EXPECT_TRUE(report.isFit);
-  EXPECT_THAT(report.lines, testing::ElementsAre(
-                                "works     Keyring: keeps.", "works     NetworkManager: runs.",
-                                "works     Tunnel program: is there.", "works     Fingerprint reader: reads.",
-                                "works     Camera: sees.", "works     Camera module: reads codes.",
-                                "works     Service: answers.", "works     Clock: agrees with the service's.",
-                                "This machine has what a child's device needs."));
+  EXPECT_THAT(report.lines,
+              testing::ElementsAre("works     Data folder: can be written.", "works     Keyring: keeps.",
+                                   "works     NetworkManager: runs.", "works     Tunnel program: is there.",
+                                   "works     Fingerprint reader: reads.", "works     Camera: sees.",
+                                   "works     Camera module: reads codes.", "works     Service: answers.",
+                                   "works     Clock: agrees with the service's.",
+                                   "This machine has what a child's device needs."));
 }
 
 TEST_F(DoctorReport, without_a_window_leaves_out_what_only_windows_use) {
@@ -72,6 +75,14 @@ TEST_F(DoctorReport, without_a_window_leaves_out_what_only_windows_use) {
   }
   for (const auto* part : {"NetworkManager", "Tunnel program", "Service", "Clock"}) {
     EXPECT_NE(line(part), "") << part;
+  }
+}
+
+TEST_F(DoctorReport, every_role_needs_a_data_folder) {
+  probes.dataFolderFinding = {false, "is read-only."};
+  for (const auto role : {DeviceRole::unset, DeviceRole::parent, DeviceRole::child}) {
+    EXPECT_FALSE(isFit(role));
+    EXPECT_EQ(line("Data folder", role), "MISSING   Data folder: is read-only.");
   }
 }
 
