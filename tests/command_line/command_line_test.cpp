@@ -1,13 +1,18 @@
 #include "command_line/command_line.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "command_line/standard_streams.h"
 
 namespace quillmar::command_line {
 namespace {
@@ -279,6 +284,29 @@ TEST(CommandLine, wraps_long_texts_at_words) {
     EXPECT_LE(line.size(), 80U) << line;
     EXPECT_THAT(line, Not(testing::EndsWith(" ")));
   }
+}
+
+TEST(CommandLine, fails_if_its_answer_can_not_be_written) {
+  const Program program{.name = "kitchen", .about = "Cooks."};
+  const Answer help{.text = "Usage"};
+  const auto saySomewhereFull = [&] {
+    const auto full = ::open("/dev/full", O_WRONLY);
+    ::dup2(full, STDOUT_FILENO);
+    std::_Exit(say(program, help));
+  };
+  EXPECT_EXIT(saySomewhereFull(), testing::ExitedWithCode(1), "^kitchen: The output can't be written: ");
+}
+
+TEST(StandardStreams, that_are_closed_do_not_become_the_next_file) {
+  const auto openWithoutStreams = [] {
+    ::close(STDIN_FILENO);
+    ::close(STDOUT_FILENO);
+    holdStandardStreams();
+    const bool isBeyond = ::open("/dev/zero", O_RDWR) > STDERR_FILENO;
+    const bool isHeard = ::write(STDOUT_FILENO, "line", 4) > 0;
+    std::_Exit(isBeyond && !isHeard ? 0 : 1);
+  };
+  EXPECT_EXIT(openWithoutStreams(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
