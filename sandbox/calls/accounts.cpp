@@ -28,6 +28,22 @@ Answer refusalOfGuessing(std::chrono::seconds pause) {
   return answer;
 }
 
+struct Account {
+  std::string id;
+  std::string email;
+  std::string passwordHash;
+};
+
+// The account with this text in a column that no two accounts share.
+std::optional<Account> findAccount(Call& call, const std::string& column, std::string_view text) {
+  return call.database.first(
+      "SELECT id, email, password_hash FROM accounts WHERE " + column + " = ?",
+      [](Row row) {
+        return Account{row.text(0), row.text(1), row.text(2)};
+      },
+      text);
+}
+
 // Compares a password with the account of this address, as often as the limit against guessing allows.
 // nullopt if it fits.
 std::optional<Answer> refusalOfPassword(Call& call, const std::string& email, const std::string& password,
@@ -102,16 +118,7 @@ Answer login(Call& call) {
     return *refused;
   }
 
-  struct Known {
-    std::string id;
-    std::string passwordHash;
-  };
-  const auto known = call.database.first(
-      "SELECT id, password_hash FROM accounts WHERE email = ?",
-      [](Row row) {
-        return Known{row.text(0), row.text(1)};
-      },
-      email);
+  const auto known = findAccount(call, "email", email);
   const auto& dummy = dummyHash();
   if (auto refused = refusalOfPassword(call, email, password, known ? known->passwordHash : dummy,
                                        "The e-mail address or the password is not right.")) {
@@ -135,16 +142,7 @@ Answer deleteAccount(Call& call) {
     return *refused;
   }
 
-  struct Known {
-    std::string email;
-    std::string passwordHash;
-  };
-  const auto known = call.database.first(
-      "SELECT email, password_hash FROM accounts WHERE id = ?",
-      [](Row row) {
-        return Known{row.text(0), row.text(1)};
-      },
-      call.caller.parentId);
+  const auto known = findAccount(call, "id", call.caller.parentId);
   if (!known) {
     return refusalOfMissingAccount();
   }

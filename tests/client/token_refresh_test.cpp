@@ -22,6 +22,13 @@ class TokenRefreshTest : public ClientTest {
     service->refreshToken(refreshed.completion());
     return refreshed;
   }
+  // A refresh fails at once, and for this cause.
+  void expectUnsent(const NetworkError& cause) {
+    const auto refreshed = refresh();
+    EXPECT_EQ(refreshed.error(), cause);
+    EXPECT_FALSE(service->isRefreshingToken());
+    EXPECT_THAT(http.requests(), IsEmpty());
+  }
   void answerRefresh(DataTaskResult result) { http.answer("POST", "/auth/refresh", std::move(result)); }
   void answerRefresh(int status, std::string body = {}) {
     answerRefresh(httpAnswer(status, std::move(body)));
@@ -37,28 +44,19 @@ class TokenRefreshTest : public ClientTest {
 
 TEST_F(TokenRefreshTest, without_a_root_nothing_is_sent) {
   removeRoot();
-  const auto refreshed = refresh();
-  EXPECT_EQ(refreshed.error(), NetworkError::noRegionConfigured());
-  EXPECT_FALSE(service->isRefreshingToken());
-  EXPECT_THAT(http.requests(), IsEmpty());
+  expectUnsent(NetworkError::noRegionConfigured());
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] RefreshToken failed: No region configured"));
 }
 
 TEST_F(TokenRefreshTest, with_an_invalid_root_url_nothing_is_sent) {
   breakRoot();
-  const auto refreshed = refresh();
-  EXPECT_EQ(refreshed.error(), NetworkError::invalidResponse());
-  EXPECT_FALSE(service->isRefreshingToken());
-  EXPECT_THAT(http.requests(), IsEmpty());
+  expectUnsent(NetworkError::invalidResponse());
   EXPECT_THAT(printed(), IsEmpty());
 }
 
 TEST_F(TokenRefreshTest, without_a_token_nothing_is_sent) {
   removeToken();
-  const auto refreshed = refresh();
-  EXPECT_EQ(refreshed.error(), NetworkError::unauthorized());
-  EXPECT_FALSE(service->isRefreshingToken());
-  EXPECT_THAT(http.requests(), IsEmpty());
+  expectUnsent(NetworkError::unauthorized());
   EXPECT_THAT(printed(), ElementsAre("[NetworkService] addAuthHeader - NO TOKEN FOUND in UserDefaults"));
 }
 

@@ -45,6 +45,15 @@ class TunnelServiceHarness {
   virtual std::size_t timesAsked() = 0;
 };
 
+// As the application configures its tunnel.
+inline void enable(TunnelConfiguration& configuration, TunnelProtocol protocol) {
+  configuration.protocolConfiguration = std::move(protocol);
+  configuration.localizedDescription = "Protection";
+  configuration.isEnabled = true;
+  configuration.onDemandRules = {{InterfaceType::any}};
+  configuration.isOnDemandEnabled = true;
+}
+
 class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServiceHarness>> {
  protected:
   // The result of a save; nullopt while it is pending.
@@ -69,11 +78,7 @@ class TunnelServiceContract : public testing::TestWithParam<Factory<TunnelServic
 
   std::shared_ptr<TunnelConfiguration> make(const std::string& endpoint = "https://dns.example/q") {
     auto configuration = service().makeConfiguration();
-    configuration->protocolConfiguration = harness_->protocol(endpoint);
-    configuration->localizedDescription = "Protection";
-    configuration->isEnabled = true;
-    configuration->onDemandRules = {{InterfaceType::any}};
-    configuration->isOnDemandEnabled = true;
+    enable(*configuration, harness_->protocol(endpoint));
     return configuration;
   }
   std::optional<Error> save(TunnelConfiguration& configuration) {

@@ -2,21 +2,14 @@
 // answer's own question serves as the question.
 
 #include "tests/fuzz/fuzz.h"
+#include "tests/fuzz/tunnel_question.h"
 #include "tunnel/dns/address_records.h"
 
 using namespace quillmar::tunnel;
+using quillmar::fuzz::questionIn;
 using quillmar::fuzz::require;
 
 namespace {
-
-Question questionIn(std::string_view message) {
-  Reader reader(message, headerSize);
-  Question question;
-  question.name = reader.plainName();
-  question.type = reader.number16();
-  question.klass = reader.number16();
-  return question;
-}
 
 void checkAnswer(std::string_view message) {
   const auto question = questionIn(message);

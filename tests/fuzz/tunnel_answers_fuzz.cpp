@@ -2,22 +2,15 @@
 // query.
 
 #include "tests/fuzz/fuzz.h"
+#include "tests/fuzz/tunnel_question.h"
 #include "tunnel/dns/answer.h"
 #include "tunnel/dns/reply.h"
 
 using namespace quillmar::tunnel;
+using quillmar::fuzz::questionIn;
 using quillmar::fuzz::require;
 
 namespace {
-
-Question questionIn(std::string_view message) {
-  Reader reader(message, headerSize);
-  Question question;
-  question.name = reader.plainName();
-  question.type = reader.number16();
-  question.klass = reader.number16();
-  return question;
-}
 
 void checkLives(const std::string& reply) {
   Reader reader(reply, headerSize);

@@ -126,11 +126,7 @@ class NetworkManagerTest : public testing::Test {
   std::shared_ptr<TunnelConfiguration> make(const std::string& endpoint,
                                             const std::string& service = NetworkManagerWorld::service) {
     auto configuration = machine_->service().makeConfiguration();
-    configuration->protocolConfiguration = protocolOf(service, endpoint);
-    configuration->localizedDescription = "Protection";
-    configuration->isEnabled = true;
-    configuration->onDemandRules = {{InterfaceType::any}};
-    configuration->isOnDemandEnabled = true;
+    enable(*configuration, protocolOf(service, endpoint));
     return configuration;
   }
   std::optional<Error> save(TunnelConfiguration& configuration) {

@@ -425,11 +425,11 @@ TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_at_the_end_when_the_dis
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("during")));
 }
 
-TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_without_a_read_soon_after_the_disk_has_space) {
+TEST_F(SqliteSettingsStoreTest, a_retry_saves_without_a_read_soon_after_the_disk_has_space_and_no_more) {
   SteerableVfs disk;
   VirtualDispatch dispatch;
   SqliteSettingsStore store(directory.path(), log);
-  const SaveRetry retry(store, dispatch);
+  auto retry = std::make_unique<SaveRetry>(store, dispatch);
   disk.setFull(true);
   store.set("during", true);
   dispatch.advance(2 * SaveRetry::period);
@@ -442,17 +442,10 @@ TEST_F(SqliteSettingsStoreTest, unsaved_values_are_saved_without_a_read_soon_aft
   const int syncs = disk.syncs();
   dispatch.advance(2 * SaveRetry::period);
   EXPECT_EQ(disk.syncs(), syncs) << "there is nothing left to do";
-}
 
-TEST_F(SqliteSettingsStoreTest, a_retry_that_has_ended_saves_nothing) {
-  SteerableVfs disk;
-  VirtualDispatch dispatch;
-  SqliteSettingsStore store(directory.path(), log);
-  {
-    const SaveRetry retry(store, dispatch);
-    disk.setFull(true);
-    store.set("during", true);
-  }
+  disk.setFull(true);
+  store.set("after", true);
+  retry.reset();
   disk.setFull(false);
   dispatch.advance(2 * SaveRetry::period);
   EXPECT_TRUE(store.hasUnsaved());

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+#include "tunnel/dns/query.h"
+#include "tunnel/dns/wire.h"
+
+namespace quillmar::fuzz {
+
+// The question that a message repeats, as far as it has one.
+inline tunnel::Question questionIn(std::string_view message) {
+  tunnel::Reader reader(message, tunnel::headerSize);
+  tunnel::Question question;
+  question.name = reader.plainName();
+  question.type = reader.number16();
+  question.klass = reader.number16();
+  return question;
+}
+
+}  // namespace quillmar::fuzz
