@@ -14,19 +14,12 @@
 #include <utility>
 
 #include "foundation/date_format.h"
+#include "foundation/icu_dates.h"
 #include "foundation/icu_text.h"
 
 // A source of its own, so that a program that shows no dates doesn't link ICU's formatting.
 namespace quillmar {
 namespace {
-
-UDate icuDate(Date date) { return static_cast<UDate>(date.time_since_epoch().count()); }
-
-// ICU's factories do not accept a bogus locale.
-icu::Locale localeNamed(const std::string& name) {
-  const icu::Locale locale(name.c_str());
-  return locale.isBogus() ? icu::Locale::getRoot() : locale;
-}
 
 std::string written(Date date, const std::unique_ptr<icu::DateFormat>& format) {
   icu::UnicodeString text;

@@ -29,15 +29,15 @@ constexpr std::array steps = {Step{hour, minute, " min ago", " min ago"},
 
 constexpr std::size_t localFormLength = 19;
 
-std::optional<Date> parse(std::string_view text, const DateStyles& styles) {
+}  // namespace
+
+std::optional<Date> parsedTimestamp(std::string_view text, const DateStyles& styles) {
   const auto date = parseTimestamp(text);
   return date ? date : styles.parseLocal(firstCharacters(text, localFormLength));
 }
 
-}  // namespace
-
 std::string relativeTimestamp(std::string_view text, Date now, const DateStyles& styles) {
-  const auto date = parse(text, styles);
+  const auto date = parsedTimestamp(text, styles);
   if (!date) {
     return std::string(text);
   }
