@@ -7,13 +7,13 @@
 #include <optional>
 #include <utility>
 
+#include "foundation/ascii.h"
 #include "foundation/text.h"
 
 namespace quillmar {
 namespace {
 
 constexpr bool isUpper(char c) { return c >= 'A' && c <= 'Z'; }
-constexpr char lower(char c) { return isUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 
 constexpr std::size_t longestListedLabel = 4;
 
@@ -24,7 +24,7 @@ constexpr std::uint64_t packed(std::string_view label) {
   }
   std::uint64_t number = label.size();
   for (const char c : label) {
-    number = number << 8U | static_cast<unsigned char>(lower(c));
+    number = number << 8U | static_cast<unsigned char>(asciiLowercased(c));
   }
   return number;
 }
@@ -50,8 +50,8 @@ constexpr std::optional<std::size_t> placeOfTwoLetters(std::string_view label) {
   if (label.size() != 2) {
     return std::nullopt;
   }
-  const auto first = static_cast<std::size_t>(lower(label[0]) - 'a');
-  const auto second = static_cast<std::size_t>(lower(label[1]) - 'a');
+  const auto first = static_cast<std::size_t>(asciiLowercased(label[0]) - 'a');
+  const auto second = static_cast<std::size_t>(asciiLowercased(label[1]) - 'a');
   return first < letterCount && second < letterCount ? std::optional(first * letterCount + second)
                                                      : std::nullopt;
 }
@@ -151,7 +151,7 @@ std::string_view siteOf(std::string_view name, const SiteLabels& labels, std::st
   } else {
     storage = relevant;
   }
-  std::ranges::transform(storage, storage.begin(), lower);
+  std::ranges::transform(storage, storage.begin(), asciiLowercased);
   return storage;
 }
 

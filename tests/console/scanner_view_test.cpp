@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "client/records/enrollment.h"
 #include "tests/console/console_test.h"
 
 namespace quillmar {
