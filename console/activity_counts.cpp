@@ -64,8 +64,8 @@ std::vector<SiteCount> ActivityCounts::most(const ActivityLog& log, bool wasBloc
                                             std::size_t limit) const {
   std::vector<SiteCount> sites;
   for (std::uint32_t site = 0; site < sites_.size(); ++site) {
-    const ActivityCount count = wasBlocked ? ActivityCount{0, sites_[site].blocked}
-                                           : ActivityCount{sites_[site].allowed, 0};
+    const ActivityCount count =
+        wasBlocked ? ActivityCount{0, sites_[site].blocked} : ActivityCount{sites_[site].allowed, 0};
     if (count.total() > 0) {
       sites.push_back({site, count});
     }
@@ -74,15 +74,23 @@ std::vector<SiteCount> ActivityCounts::most(const ActivityLog& log, bool wasBloc
   return sites;
 }
 
-std::vector<SiteCount> ActivityCounts::firstSeen(const ActivityLog& log) const {
+std::vector<SiteCount> ActivityCounts::firstSeen(const ActivityLog& log, std::size_t limit) const {
   std::vector<SiteCount> sites;
   for (std::uint32_t site = 0; site < sites_.size(); ++site) {
     if (isFirstSeen(site)) {
       sites.push_back({site, sites_[site]});
     }
   }
-  rank(log, sites, sites.size());
+  rank(log, sites, limit);
   return sites;
+}
+
+std::size_t ActivityCounts::firstSeenCount() const {
+  std::size_t count = 0;
+  for (std::uint32_t site = 0; site < sites_.size(); ++site) {
+    count += isFirstSeen(site) ? 1 : 0;
+  }
+  return count;
 }
 
 bool ActivityCounts::isFirstSeen(std::uint32_t site) const {

@@ -49,10 +49,12 @@ class ActivityCounts {
   ActivityCount day() const { return day_; }
   // Entries without a readable time: they are in no day and no hour.
   std::uint32_t unreadable() const { return unreadable_; }
-  // The sites with most requests of that kind on the day; equal counts by name. Only that kind is in the counts.
+  // The sites with most requests of that kind on the day; equal counts by name. Only that kind is in the
+  // counts.
   std::vector<SiteCount> most(const ActivityLog& log, bool wasBlocked, std::size_t limit) const;
   // The sites with no request before the day, those with most requests first.
-  std::vector<SiteCount> firstSeen(const ActivityLog& log) const;
+  std::vector<SiteCount> firstSeen(const ActivityLog& log, std::size_t limit) const;
+  std::size_t firstSeenCount() const;
   bool isFirstSeen(std::uint32_t site) const;
 
  private:

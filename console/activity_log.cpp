@@ -12,6 +12,8 @@ namespace {
 
 // DNS has no longer names. Of a longer text only the start is kept, or a few answers could fill the memory.
 constexpr std::size_t longestName = 253;
+// How an empty name is written.
+constexpr std::string_view rootName = ".";
 constexpr std::string_view ellipsis = "…";
 
 bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
@@ -53,6 +55,9 @@ bool ActivityLog::isNew(std::int64_t id) {
 std::uint32_t ActivityLog::intern(std::string_view domain) {
   lowerName_ = domain.size() <= longestName ? domain : startOf(domain);
   std::ranges::transform(lowerName_, lowerName_.begin(), asciiLowercased);
+  if (domain.empty()) {
+    lowerName_ = rootName;
+  }
   if (domain.size() > longestName) {
     lowerName_ += ellipsis;
   }

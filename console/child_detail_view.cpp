@@ -45,6 +45,9 @@ ChildDetailView::ChildDetailView(Environment& environment, ChildProfileWithDevic
                          page_.environment(), page_.child().name,
                          weakly([this](const std::string& newName) { saveChildName(newName); }));
                    }),
+      showAllActivity(
+          *this, "showAllActivity",
+          [this] { return std::make_shared<ChildActivityView>(page_, devicesSection, policySection); }),
       onUpdate_(std::move(onUpdate)),
       passingTime_(environment, weakly([this] { showPassingTime(); })),
       tabReaction_(selectedTab.onChange([this] { showTab(); })) {}

@@ -7,6 +7,7 @@
 
 #include "app/session/passing_time.h"
 #include "console/activity_section.h"
+#include "console/child_activity_view.h"
 #include "console/child_detail_tab.h"
 #include "console/child_page.h"
 #include "console/choice_item.h"
@@ -43,6 +44,8 @@ class ChildDetailView final : public ScreenModel {
       {.isShown = "showDeleteConfirmation", .confirm = "deleteChildProfile", .cancel = "cancelDeletion"},
       [this] { deleteChild(); }};
   Sheet<EditChildNameView> showEditName;
+  // It shares the page and two of its sections, so it ends before them.
+  Sheet<ChildActivityView> showAllActivity;
   // The name being saved.
   Published<std::string> editedName{*this, "editedName"};
   Input<ChildDetailTab> selectedTab{*this, "selectedTab", ChildDetailTab::realTime};
@@ -59,6 +62,9 @@ class ChildDetailView final : public ScreenModel {
   Text cancelTitle{*this, "cancelTitle", "Cancel"};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
+  Text allActivityTitle{*this, "allActivityTitle", "See All Activity"};
+  Text allActivityIcon{*this, "allActivityIcon", "chart.bar.fill"};
+  Action<> seeAllActivity{*this, "seeAllActivity", [this] { showAllActivity = true; }};
   Action<> editName{*this, "editName", [this] { showEditName = true; }};
 
   // A placeholder without a function.

@@ -13,4 +13,9 @@ const DateStyles& ChildPage::dateStyles() {
   return *dateStyles_;
 }
 
+Calendar ChildPage::calendar() const {
+  const auto& device = platform().deviceInfo;
+  return {device.locale(), device.timeZone()};
+}
+
 }  // namespace quillmar

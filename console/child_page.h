@@ -7,6 +7,7 @@
 #include "app/session/environment.h"
 #include "client/network_service.h"
 #include "client/records/child.h"
+#include "foundation/calendar.h"
 #include "platform/hop.h"
 #include "presentation/error_alert.h"
 #include "presentation/screen_model.h"
@@ -26,6 +27,7 @@ class ChildPage {
   const Platform& platform() const { return environment_.platform(); }
   Dispatch& dispatch() const { return platform().dispatch; }
   const DateStyles& dateStyles();
+  Calendar calendar() const;
 
   NetworkService& service() const { return *environment_.networkService(); }
   // For calls whose failure is shown in the alert. `success` runs on the main thread, and only if the screen

@@ -10,8 +10,8 @@
 
 namespace quillmar {
 
-// Finds the index of a key in a list that is stored elsewhere. A hash table with open addressing and four bytes
-// a slot; it contains no key.
+// Finds the index of a key in a list that is stored elsewhere. A hash table with open addressing and four
+// bytes a slot; it contains no key.
 class IndexTable {
  public:
   // The index of the key that `isKey` accepts. If there is none, the next index is added for it and returned.

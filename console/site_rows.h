@@ -66,6 +66,8 @@ class LogRow : public SwipeRow {
   Published<DNSLog> log;
   Derived<std::string> site;
   Published<std::string> timeText{*this, "timeText"};
+  // How often, in a list that counts.
+  Published<std::string> countText{*this, "countText"};
 
   void show(const DNSLog& newLog, const std::string& newTimeText);
 

@@ -1,6 +1,8 @@
 #include "testing/ui/parent_stage.h"
 
+#include <array>
 #include <chrono>
+#include <string_view>
 
 #include "client/network_service.h"
 #include "console/add_device_sheet.h"
@@ -90,6 +92,71 @@ ChildDetailView& openChild(UiStage& stage) {
   stage.settle();
   stage.advance(2s);
   return stage.application.screen<ChildDetailView>();
+}
+
+std::string weekJson(Date now, const std::string& device) {
+  struct Habit {
+    const char* domain;
+    int first;  // hours of the day
+    int last;
+    int count;  // requests an hour
+    bool wasBlocked;
+  };
+  static constexpr auto habits = std::to_array<Habit>({{"www.school.example", 9, 14, 6, false},
+                                                       {"api.messages.example.co.uk", 7, 21, 3, false},
+                                                       {"cdn.games.example", 15, 20, 7, true},
+                                                       {"www.video.example", 16, 21, 5, false},
+                                                       {"img.video.example", 18, 21, 4, false},
+                                                       {"music.example.org", 7, 8, 4, false},
+                                                       {"pixel.ads.example", 8, 20, 2, true},
+                                                       {"www.weather.example", 7, 7, 2, false},
+                                                       {"maps.example.com", 12, 15, 1, false},
+                                                       {"news.example.net", 17, 18, 1, false},
+                                                       {"recipes.example.co.nz", 18, 18, 2, false},
+                                                       {"shop.example.com.au", 19, 20, 1, false},
+                                                       {"chat.strangers.example", 20, 21, 1, true}});
+  constexpr int secondsOfHour = 3600;
+  std::string list;
+  int id = device == "d1" ? 0 : 100'000;
+  for (int back = 0; back < 7 * 24; ++back) {
+    const Date start = std::chrono::floor<std::chrono::hours>(now) - std::chrono::hours(back);
+    const auto hour = static_cast<int>((start - std::chrono::floor<std::chrono::days>(start)) / 1h);
+    const int day = back / 24;
+    for (std::size_t i = 0; i < habits.size(); ++i) {
+      const Habit& habit = habits[i];
+      const bool isUsed = habit.first <= hour && hour <= habit.last && (device == "d1" || i % 4 == 3) &&
+                          // Two sites are new today.
+                          (day == 0 || i + 2 < habits.size() || i == 11);
+      const int count = isUsed ? habit.count + (day * 5 + hour * 3 + static_cast<int>(i)) % 4 - 1 : 0;
+      for (int n = 0; n < count; ++n) {
+        const Date time = start + std::chrono::seconds((n * 977 + hour * 61) % secondsOfHour);
+        if (time <= now) {
+          list += (list.empty() ? "" : ",") + logJson(++id, habit.domain, habit.wasBlocked, time);
+        }
+      }
+    }
+  }
+  return R"({"logs":[)" + list + "]}";
+}
+
+void answerWeek(UiStage& stage) {
+  auto& http = stage.application.machine.http;
+  const Date now = stage.application.machine.dispatch.now();
+  for (const auto* const id : {"d1", "d2", "d3", "d4", "d5"}) {
+    const std::string logs = "/devices/" + std::string(id) + "/logs";
+    const bool isUsed = id == std::string_view("d1") || id == std::string_view("d2");
+    http.answerAlways("GET", logs, 200, R"({"logs":[]})");
+    http.answerAlways("GET", logs + "?limit=1000&offset=0", 200,
+                      isUsed ? weekJson(now, id) : R"({"logs":[]})");
+  }
+}
+
+ChildActivityView& openActivity(UiStage& stage) {
+  auto& child = openChild(stage);
+  answerWeek(stage);
+  child.seeAllActivity();
+  stage.settle();
+  return stage.application.screen<ChildActivityView>();
 }
 
 ScannerView& openScanner(UiStage& stage, CameraState camera) {

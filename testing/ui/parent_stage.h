@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "console/child_activity_view.h"
 #include "console/child_detail_view.h"
 #include "console/device_list_view.h"
 #include "console/manual_enrollment_view.h"
@@ -33,6 +34,11 @@ void answerFamily(ui::UiStage& stage, const std::string& body);
 DeviceListView& dashboard(ui::UiStage& stage);
 void showFamily(ui::UiStage& stage);
 ChildDetailView& openChild(ui::UiStage& stage);
+// A week of a device's requests: many of the phone, "d1", and few of any other.
+std::string weekJson(Date now, const std::string& device);
+// Mia's phone and tablet have a week of requests, her other devices none.
+void answerWeek(ui::UiStage& stage);
+ChildActivityView& openActivity(ui::UiStage& stage);
 ScannerView& openScanner(ui::UiStage& stage, CameraState camera);
 ManualEnrollmentView& openManual(ui::UiStage& stage);
 std::string invitationJson();

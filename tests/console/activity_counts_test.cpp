@@ -177,18 +177,20 @@ TEST_F(ActivitySites, are_first_seen_on_the_day_if_no_request_is_older) {
   add("2016-10-08T10:00:00Z", "known.example");
   add("2016-10-08T10:00:00Z", "other.example");
   add("someday", "new.example");
-  EXPECT_THAT(sites(counted(scope()).firstSeen(log)),
+  EXPECT_THAT(sites(counted(scope()).firstSeen(log, 10)),
               ElementsAre("new.example 2", "known.example 1", "other.example 1"));
+  EXPECT_THAT(sites(counted(scope()).firstSeen(log, 1)), ElementsAre("new.example 2"));
+  EXPECT_EQ(counted(scope()).firstSeenCount(), 3U);
   add("2015-01-01T00:00:00Z", "known.example");
-  EXPECT_THAT(sites(counted(scope()).firstSeen(log)), ElementsAre("new.example 2", "other.example 1"));
-  EXPECT_THAT(sites(counted(scope(today - std::chrono::days(1))).firstSeen(log)), IsEmpty());
+  EXPECT_THAT(sites(counted(scope()).firstSeen(log, 10)), ElementsAre("new.example 2", "other.example 1"));
+  EXPECT_THAT(sites(counted(scope(today - std::chrono::days(1))).firstSeen(log, 10)), IsEmpty());
 }
 
 TEST_F(ActivitySites, first_seen_are_those_of_the_device) {
   add("2016-10-08T10:00:00Z", "a.example", false, 0);
   add("2016-10-07T10:00:00Z", "a.example", false, 1);
-  EXPECT_THAT(sites(counted(scope(today, 0)).firstSeen(log)), ElementsAre("a.example 1"));
-  EXPECT_THAT(sites(counted(scope()).firstSeen(log)), IsEmpty());
+  EXPECT_THAT(sites(counted(scope(today, 0)).firstSeen(log, 10)), ElementsAre("a.example 1"));
+  EXPECT_THAT(sites(counted(scope()).firstSeen(log, 10)), IsEmpty());
 }
 
 // Whatever comes, page by page is the same as all at once.
@@ -214,7 +216,7 @@ TEST_F(ActivitySites, counted_page_by_page_are_those_counted_at_once) {
   for (const bool wasBlocked : {false, true}) {
     EXPECT_EQ(sites(paged.most(log, wasBlocked, 10)), sites(whole.most(log, wasBlocked, 10)));
   }
-  EXPECT_EQ(sites(paged.firstSeen(log)), sites(whole.firstSeen(log)));
+  EXPECT_EQ(sites(paged.firstSeen(log, 10)), sites(whole.firstSeen(log, 10)));
   EXPECT_EQ(texts(pagedItems), listed(wholeDay()));
 }
 

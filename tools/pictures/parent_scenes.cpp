@@ -308,6 +308,100 @@ std::vector<Shot> childScenes() {
   };
 }
 
+// A page that waits for the service, with this much of it answered.
+void holdActivity(UiStage& s) {
+  auto& child = openChild(s);
+  s.application.machine.http.hold();
+  child.seeAllActivity();
+  s.settle();
+}
+
+std::string hostileActivity(Date now) {
+  std::string list = logJson(1, std::string(65000, 'w') + ".example", false, now);
+  list += "," + logJson(2, "<b>bold</b>.example", true, now) + "," +
+          logJson(3, "\u202Egro.elpmaxe", false, now) + "," + logJson(4, "", false, now) + "," +
+          logJson(5, std::string(60, 'm') + "." + std::string(60, 'W') + ".example", true, now);
+  std::string unreadable = logJson(6, "clock.example", false, now);
+  unreadable.replace(unreadable.find("2016"), 4, "when");
+  return R"({"logs":[)" + list + "," + unreadable + "]}";
+}
+
+std::vector<Shot> activityScenes() {
+  return {
+      {"activity", signedInParent(), [](UiStage& s) { openActivity(s); }},
+      {"activity-text-200", signedInParent(), [](UiStage& s) { openActivity(s); }, 2},
+      {"activity-waiting", signedInParent(), holdActivity},
+      {"activity-no-devices", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.application.machine.http.answerAlways("GET", "/children/c1", 200, childJson("c1", "Mia", ""));
+         dashboard(s).cards[0].tap();
+         s.settle();
+         s.application.screen<ChildDetailView>().seeAllActivity();
+       }},
+      {"activity-empty", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         for (const auto* const id : {"d1", "d2", "d3", "d4", "d5"}) {
+           s.application.machine.http.answerAlways("GET", "/devices/" + std::string(id) + "/logs", 200,
+                                                   R"({"logs":[]})");
+         }
+         child.seeAllActivity();
+       }},
+      {"activity-loading", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         answerWeek(s);
+         s.application.machine.http.hold("GET", "/devices/d2/logs");
+         child.seeAllActivity();
+       }},
+      {"activity-stopped", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         answerWeek(s);
+         s.application.machine.http.hold("GET", "/devices/d2/logs");
+         child.seeAllActivity();
+         s.settle();
+         s.application.screen<ChildActivityView>().filling.stop();
+       }},
+      {"activity-failed", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         answerWeek(s);
+         s.application.machine.http.answerAlways("GET", "/devices/d2/logs?limit=1000&offset=0", 404);
+         child.seeAllActivity();
+       }},
+      {"activity-hour", signedInParent(),
+       [](UiStage& s) {
+         openActivity(s).hourBars[18].choose();
+         s.settle();
+       }},
+      {"activity-site", signedInParent(),
+       [](UiStage& s) {
+         openActivity(s).visitedBars[0].choose();
+         s.settle();
+       }},
+      {"activity-other-day", signedInParent(),
+       [](UiStage& s) {
+         openActivity(s).dayBars[2].choose();
+         s.settle();
+       }},
+      {"activity-nothing-found", signedInParent(),
+       [](UiStage& s) {
+         openActivity(s).filter = std::string("nowhere");
+         s.settle();
+       }},
+      {"activity-hostile", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         answerWeek(s);
+         s.application.machine.http.answerAlways("GET", "/devices/d1/logs?limit=1000&offset=0", 200,
+                                                 hostileActivity(s.application.machine.dispatch.now()));
+         child.seeAllActivity();
+       }},
+  };
+}
+
 std::vector<Shot> familyScenes() {
   return {
       {"family", signedInParent(), [](UiStage& s) { openFamily(s); }},
@@ -368,7 +462,7 @@ std::vector<Shot> familyScenes() {
 
 std::vector<Shot> parentScenes() {
   std::vector<Shot> all;
-  for (auto* group : {identityScenes, dashboardScenes, childScenes, familyScenes}) {
+  for (auto* group : {identityScenes, dashboardScenes, childScenes, activityScenes, familyScenes}) {
     for (auto& shot : group()) {
       all.push_back(std::move(shot));
     }

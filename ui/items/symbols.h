@@ -20,6 +20,7 @@ inline constexpr auto symbols = std::to_array<Symbol>({
     {"camera", "camera"},
     {"camera.fill", "camera"},
     {"candybarphone", "phone_status_bar"},
+    {"chart.bar.fill", "data_bar_vertical"},
     {"checkmark", "checkmark"},
     {"checkmark.circle", "checkmark_circle"},
     {"checkmark.circle.fill", "checkmark_circle"},

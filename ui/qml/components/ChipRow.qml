@@ -9,6 +9,7 @@ Flow {
     // Items with a `title` and `isSelected`.
     property var options: []
     signal chosen(string option)
+    signal chosenAt(int index)
 
     spacing: Theme.within
     Accessible.role: Accessible.PageTabList
@@ -31,11 +32,15 @@ Flow {
             required property int index
             readonly property bool current: modelData.isSelected
 
+            width: Math.min(implicitWidth, row.width)
             text: modelData.title
             leftPadding: Theme.gap
             rightPadding: Theme.gap
             corner: height / 2
-            onClicked: row.chosen(modelData.title)
+            onClicked: {
+                row.chosen(modelData.title)
+                row.chosenAt(index)
+            }
             Keys.onRightPressed: row.focusOn(index + 1)
             Keys.onLeftPressed: row.focusOn(index - 1)
             Accessible.role: Accessible.RadioButton
@@ -58,6 +63,7 @@ Flow {
                 color: chip.current ? Theme.onBrand : Theme.text
                 lineHeight: 1
                 wrapMode: Text.NoWrap
+                elide: Text.ElideRight
                 horizontalAlignment: Text.AlignHCenter
                 verticalAlignment: Text.AlignVCenter
                 Accessible.ignored: true

@@ -112,6 +112,12 @@ ColumnLayout {
         visible: recent.count === 0
         text: tab.screen.noRecentText
     }
+    SecondaryButton {
+        symbol: tab.screen.allActivityIcon
+        text: tab.screen.allActivityTitle
+        effect: tab.screen.seeAllActivity
+        Layout.fillWidth: true
+    }
 
     SectionTitle {
         text: tab.screen.allowedTitle

@@ -1,0 +1,112 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "client/records/device.h"
+#include "console/activity_log.h"
+#include "console/child_page.h"
+#include "foundation/raw_enum.h"
+
+namespace quillmar {
+
+// loading: there is more to ask for; stopped: by the person; failed: nothing is left but what failed; full: no
+// room for more; complete: everything that the service has is loaded.
+enum class FillingState { loading, stopped, failed, full, complete };
+
+template <>
+inline constexpr std::array rawNames<FillingState> =
+    rawCases<FillingState>({{FillingState::loading, "loading"},
+                            {FillingState::stopped, "stopped"},
+                            {FillingState::failed, "failed"},
+                            {FillingState::full, "full"},
+                            {FillingState::complete, "complete"}});
+
+// Fills a log page by page, each device from its newest entry on, until the service has no more or the log is
+// full. It spares the service: few requests a minute, and one at a time for a device. New entries shift the
+// offsets meanwhile, so a page may repeat entries, but never leaves one out.
+class ActivityFilling {
+  // First: the members register with it.
+  ScreenModel& screen_;
+
+ public:
+  static constexpr std::int64_t pageSize = 1000;
+  static constexpr int requestsPerMinute = 50;
+
+  // `onAnswer` runs after each answer, whether entries have come with it or not.
+  ActivityFilling(ChildPage& page, ScreenModel& screen, const Calendar& calendar, ActivityLog& log,
+                  std::function<void()> onAnswer);
+
+  Published<FillingState> state{screen_, "filling", FillingState::loading};
+  // How many entries, and how far back they reach.
+  Published<std::string> progressText{screen_, "progressText"};
+  // One line for each device that failed.
+  Published<std::optional<std::string>> failureText{screen_, "failureText"};
+  Published<std::optional<std::string>> limitText{screen_, "limitText"};
+  Text stopTitle{screen_, "stopTitle", "Stop"};
+  Text goOnTitle{screen_, "goOnTitle", "Go On"};
+  Text tryAgainTitle{screen_, "tryAgainTitle", "Try Again"};
+
+  Action<> stop{screen_, "stop", [this] { setStopped(true); },
+                [this] { return state() == FillingState::loading; }};
+  Action<> goOn{screen_, "goOn", [this] { setStopped(false); },
+                [this] { return state() == FillingState::stopped; }};
+  Action<> tryAgain{screen_, "tryAgain", [this] { retry(); },
+                    [this] { return isOpen_ && failureText().has_value(); }};
+
+  // Starts to load these devices. The entries of a device that is no longer among them stay.
+  void load(const std::vector<Device>& devices);
+  // After this no request is sent.
+  void close() { isOpen_ = false; }
+
+  // The time from which on nothing is missing, as far as devices have not failed; nullopt if not yet known.
+  std::optional<Date> reached() const;
+  // In the order of the devices' indices in the log.
+  std::vector<std::string> deviceNames() const;
+
+ private:
+  struct DeviceLog {
+    std::string id;
+    std::string name;
+    std::size_t offset = 0;
+    // The time of the last entry so far.
+    std::optional<Date> oldest = std::nullopt;
+    int pagesWithoutNews = 0;
+    bool isLinked = true;
+    bool isAsked = false;
+    bool hasEnded = false;
+    std::optional<std::string> failure = std::nullopt;
+
+    bool hasMore() const { return isLinked && !hasEnded && !failure; }
+  };
+
+  void setStopped(bool isStopped);
+  void retry();
+  void askAll();
+  DeviceLog* nextToAsk();
+  void ask(std::size_t device);
+  void takeBackRequest();
+  void finish(std::size_t device, const Result<DNSLogsResponse>& answer);
+  void take(std::size_t device, const std::vector<DNSLog>& page);
+  void show();
+  FillingState computeState() const;
+  std::string computeProgress() const;
+  std::optional<std::string> computeFailures() const;
+  std::optional<std::string> computeLimit() const;
+
+  ChildPage& page_;
+  ActivityLog& log_;
+  const Calendar calendar_;
+  const std::function<void()> onAnswer_;
+  std::vector<DeviceLog> devices_;
+  int requestsLeft_ = requestsPerMinute;
+  bool isOpen_ = false;
+  bool isStopped_ = false;
+};
+
+}  // namespace quillmar

@@ -1,0 +1,182 @@
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <string>
+
+#include "testing/ui/parent_stage.h"
+
+namespace quillmar::ui {
+namespace {
+
+struct ChildActivityPage : testing::Test {
+  explicit ChildActivityPage(QSize size = {820, 1000}) : stage({.stored = signedInParent(), .size = size}) {}
+  ~ChildActivityPage() override { QGuiApplication::setLayoutDirection(Qt::LayoutDirectionAuto); }
+
+  void open() {
+    openActivity(stage);
+    stage.settle();
+  }
+
+  UiStage stage;
+
+  ChildActivityView& screen() { return stage.application.screen<ChildActivityView>(); }
+  // The bar of a chart or of a site.
+  QQuickItem& item(const QString& name) {
+    const QQuickItem* found = nullptr;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& shown) {
+      const bool isBar = shown.property("bar").isValid() || shown.property("thickness").isValid();
+      if (isBar && accessibleName(shown) == name) {
+        found = &shown;
+      }
+    });
+    if (!found) {
+      throw std::logic_error("no bar is called " + name.toStdString());
+    }
+    return *const_cast<QQuickItem*>(found);
+  }
+  // As the locale writes it, with a space that does not break.
+  static QString hour(const char* text) { return QString::fromUtf8(text).replace("_", "\u202F"); }
+  double top(const QString& control) { return stage.control(control)->mapToScene({0, 0}).y(); }
+  static QString description(QQuickItem& item) {
+    auto* const told = QAccessible::queryAccessibleInterface(&item);
+    return told ? told->text(QAccessible::Description) : QString();
+  }
+};
+
+TEST_F(ChildActivityPage, opens_from_the_childs_page) {
+  openChild(stage);
+  answerWeek(stage);
+  stage.focusOn("See All Activity");
+  stage.press(Qt::Key_Return);
+  EXPECT_NE(stage.application.find<ChildActivityView>(), nullptr);
+  EXPECT_TRUE(stage.shows("Last 7 Days"));
+  stage.press(Qt::Key_Escape);
+  EXPECT_EQ(stage.application.find<ChildActivityView>(), nullptr);
+}
+
+TEST_F(ChildActivityPage, tells_the_name_and_the_number_of_every_bar) {
+  open();
+  QAccessible::setActive(true);
+  for (std::size_t i = 0; i < screen().hourBars.size(); ++i) {
+    auto& bar = screen().hourBars[i];
+    EXPECT_EQ(description(item(QString::fromStdString(bar.name()))).toStdString(), bar.number());
+  }
+  for (std::size_t i = 0; i < screen().visitedBars.size(); ++i) {
+    auto& bar = screen().visitedBars[i];
+    EXPECT_EQ(description(item(QString::fromStdString(bar.name()))).toStdString(), bar.number());
+  }
+  QAccessible::setActive(false);
+}
+
+TEST_F(ChildActivityPage, is_one_stop_of_the_tab_key_for_a_chart_and_arrows_for_its_bars) {
+  open();
+  stage.tabTo("Sunday, October 2");
+  stage.press(Qt::Key_Right);
+  EXPECT_EQ(stage.focusedName(), "Monday, October 3");
+  stage.press(Qt::Key_End);
+  EXPECT_EQ(stage.focusedName(), "Today");
+  stage.press(Qt::Key_Left);
+  EXPECT_EQ(stage.focusedName(), "Yesterday");
+  stage.press(Qt::Key_Tab);
+  EXPECT_EQ(stage.focusedName(), hour("12_AM to 1_AM"));
+  stage.press(Qt::Key_Backtab, Qt::ShiftModifier);
+  EXPECT_EQ(stage.focusedName(), "Yesterday") << "where the focus was";
+}
+
+TEST_F(ChildActivityPage, shows_the_number_of_the_bar_that_has_the_focus) {
+  open();
+  stage.tabTo(hour("12_AM to 1_AM"));
+  for (int i = 0; i < 18; ++i) {
+    stage.press(Qt::Key_Right);
+  }
+  const auto& bar = screen().hourBars[18];
+  EXPECT_TRUE(stage.shows(QString::fromStdString(bar.name() + ": " + bar.number())));
+}
+
+TEST_F(ChildActivityPage, leads_from_a_bar_to_its_rows_by_key) {
+  open();
+  stage.tabTo(hour("12_AM to 1_AM"));
+  stage.press(Qt::Key_Home);
+  for (int i = 0; i < 18; ++i) {
+    stage.press(Qt::Key_Right);
+  }
+  stage.press(Qt::Key_Space);
+  EXPECT_TRUE(screen().hourBars[18].isSelected());
+  EXPECT_EQ(stage.focusedName(), "Show Whole Day");
+  const double y = top("Show Whole Day");
+  EXPECT_GT(y, 0);
+  EXPECT_LT(y, stage.window().height() / 2.0);
+  stage.press(Qt::Key_Space);
+  EXPECT_FALSE(screen().hourBars[18].isSelected());
+}
+
+TEST_F(ChildActivityPage, leads_from_a_bar_to_its_rows_by_pointer) {
+  open();
+  auto& bar = item(hour("6_PM to 7_PM"));
+  const double before = bar.mapToScene({0, 0}).y();
+  stage.clickAt(middleOf(bar));
+  EXPECT_TRUE(screen().hourBars[18].isSelected());
+  EXPECT_LT(bar.mapToScene({0, 0}).y(), before);
+  const double y = top("Show Whole Day");
+  EXPECT_GT(y, 0);
+  EXPECT_LT(y, stage.window().height() / 2.0);
+}
+
+TEST_F(ChildActivityPage, draws_time_from_right_to_left_where_the_language_does) {
+  QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+  open();
+  EXPECT_GT(middleOf(item("Sunday, October 2")).x(), middleOf(item("Today")).x());
+  stage.tabTo("Sunday, October 2");
+  stage.press(Qt::Key_Left);
+  EXPECT_EQ(stage.focusedName(), "Monday, October 3");
+}
+
+TEST_F(ChildActivityPage, draws_a_bar_as_high_as_its_number) {
+  open();
+  const auto heightOf = [&](std::size_t hourOfDay) {
+    double height = 0;
+    forEachShown(item(QString::fromStdString(screen().hourBars[hourOfDay].name())), [&](const QQuickItem& part) {
+      if (part.property("tint").isValid()) {
+        height += part.height();
+      }
+    });
+    return height;
+  };
+  EXPECT_EQ(heightOf(3), 0);
+  const auto& bar = screen().hourBars[18];
+  EXPECT_NEAR(heightOf(18), (bar.allowed() + bar.blocked()) * 140, 1);
+  EXPECT_GT(heightOf(18), heightOf(7));
+}
+
+TEST_F(ChildActivityPage, filters_its_rows_and_allows_one_by_key) {
+  open();
+  stage.application.machine.http.answerAlways(
+      "POST", "/children/c1/policy/allow", 200,
+      R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":[],"allowed_domains":["ads.example"],"created_at":"c","updated_at":"u"})");
+  stage.focusOn("Find a site");
+  stage.type("ads");
+  ASSERT_EQ(screen().siteRows.size(), 1U);
+  EXPECT_TRUE(stage.shows("33 requests"));
+  stage.press(Qt::Key_Tab);
+  stage.press(Qt::Key_Return);
+  EXPECT_EQ(stage.application.machine.http.count("POST", "/children/c1/policy/allow"), 1U);
+  EXPECT_TRUE(stage.shows("Now Allowed"));
+}
+
+TEST_F(ChildActivityPage, shows_the_alert_of_a_refused_change_over_itself) {
+  open();
+  stage.application.machine.http.answerAlways("POST", "/children/c1/policy/allow", 500,
+                                              R"({"error":"Not now"})");
+  dynamic_cast<BlockedSiteRow&>(*screen().siteRows.find("blocked ads.example")).allow();
+  stage.settle();
+  EXPECT_TRUE(stage.shows("Not now"));
+  stage.press(Qt::Key_Return);
+  EXPECT_FALSE(stage.application.screen<ChildDetailView>().errorAlert.isShown());
+  EXPECT_NE(stage.application.find<ChildActivityView>(), nullptr);
+}
+
+}  // namespace
+}  // namespace quillmar::ui

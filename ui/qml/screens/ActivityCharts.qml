@@ -1,0 +1,163 @@
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The charts of a child's activity, and the rows behind the chosen bar.
+ColumnLayout {
+    id: charts
+
+    required property var screen
+    required property Page container
+
+    // Large text leaves no room for them.
+    readonly property bool showsCounts: width > 300 * Theme.textScale
+
+    spacing: Theme.between
+
+    // Brings the rows of the bar that was just chosen into view.
+    function leadToRows(byKey) {
+        if (byKey) {
+            wholeDay.forceActiveFocus(Qt.TabFocusReason)
+        }
+        Qt.callLater(scrollToRows) // qmllint disable type
+    }
+    function scrollToRows() {
+        const way = rowsTitle.mapToItem(container, 0, 0).y - (container.bar ? container.bar.height : 0) - Theme.gap
+        journey.way = way
+        journey.gone = 0
+        journey.restart()
+    }
+    NumberAnimation {
+        id: journey
+
+        property real way: 0
+        property real gone: 0
+        property real travelled: 0
+
+        target: journey
+        property: "travelled"
+        from: 0
+        to: 1
+        duration: Theme.travel
+        easing.type: Easing.InOutQuad
+        onTravelledChanged: {
+            charts.container.scrollBy(way * travelled - gone)
+            gone = way * travelled
+        }
+    }
+
+    ChipRow {
+        visible: charts.screen.hasDeviceChoices
+        options: charts.screen.deviceChoices
+        onChosenAt: index => charts.screen.chooseDevice.trigger(index)
+        Layout.fillWidth: true
+    }
+    ChartCard {
+        title: charts.screen.daysTitle
+        name: charts.screen.daysTitle
+        number: charts.screen.daysNumber
+        bars: charts.screen.dayBars
+        topNumber: charts.screen.daysTop
+        middleNumber: charts.screen.daysMiddle
+        plotHeight: 96
+        fadesOthers: true
+        allowedLegend: charts.screen.allowedLegend
+        blockedLegend: charts.screen.blockedLegend
+    }
+    ChartCard {
+        title: charts.screen.hoursTitle
+        name: charts.screen.hoursTitle
+        number: charts.screen.hoursNumber
+        bars: charts.screen.hourBars
+        topNumber: charts.screen.hoursTop
+        middleNumber: charts.screen.hoursMiddle
+        fadesOthers: charts.screen.hasChosenHour
+        labelSpacing: 6
+        allowedLegend: charts.screen.allowedLegend
+        blockedLegend: charts.screen.blockedLegend
+        onChosen: byKey => charts.leadToRows(byKey)
+    }
+    SiteBars {
+        title: charts.screen.visitedTitle
+        emptyText: charts.screen.noVisitedText
+        bars: charts.screen.visitedBars
+        onChosen: byKey => charts.leadToRows(byKey)
+    }
+    SiteBars {
+        title: charts.screen.blockedTitle
+        emptyText: charts.screen.noBlockedText
+        bars: charts.screen.blockedBars
+        onChosen: byKey => charts.leadToRows(byKey)
+    }
+    SiteBars {
+        title: charts.screen.newSitesTitle
+        caption: charts.screen.newSitesCaption
+        emptyText: charts.screen.noNewSitesText
+        bars: charts.screen.newSiteBars
+        onChosen: byKey => charts.leadToRows(byKey)
+    }
+    SecondaryButton {
+        id: allNewSites
+        visible: text.length > 0
+        text: charts.screen.allNewSitesTitle ?? ""
+        onClicked: {
+            charts.screen.showNewSites.trigger()
+            charts.leadToRows(visualFocus)
+        }
+        Layout.fillWidth: true
+    }
+
+    SectionTitle {
+        id: rowsTitle
+        text: charts.screen.rowsTitle
+        count: charts.screen.rowsCount
+        caption: charts.screen.rowsCaption
+    }
+    SecondaryButton {
+        id: wholeDay
+        visible: effect.enabled
+        text: charts.screen.wholeDayTitle
+        effect: charts.screen.showWholeDay
+        Layout.fillWidth: true
+    }
+    TextBox {
+        placeholderText: charts.screen.filterPlaceholder
+        value: charts.screen.filter
+        inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+        onEdited: text => charts.screen.filter = text
+        Layout.fillWidth: true
+    }
+    RowGround {
+        id: sites
+        model: charts.screen.siteRows
+        placeholder: noSites
+
+        SiteRow {
+            required property var modelData
+            required property int index
+            readonly property bool allowable: modelData.allow !== undefined
+
+            row: modelData
+            first: index === 0
+            title: charts.screen.showsNames ? modelData.log.domain : modelData.site
+            time: modelData.timeText
+            badge: modelData.badge ?? (charts.showsCounts ? modelData.countText : "")
+            badgeSymbol: modelData.badge ? modelData.badgeIcon : ""
+            badgeTint: modelData.badge ? Theme.tint(modelData.badgeColor) : Theme.offline
+            badgeInk: modelData.badge ? Theme.ink(modelData.badgeColor) : Theme.cardSecondaryText
+            effect: allowable ? modelData.allow : modelData.block
+            destructive: !allowable
+        }
+    }
+    QuietNote {
+        id: noSites
+        visible: sites.count === 0
+        text: charts.screen.noRowsText
+    }
+    SecondaryButton {
+        visible: charts.screen.hasMoreRows
+        text: charts.screen.moreRowsTitle
+        effect: charts.screen.showMoreRows
+        Layout.fillWidth: true
+    }
+}
