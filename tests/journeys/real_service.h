@@ -15,7 +15,8 @@ namespace quillmar {
 // The stand-in service on free ports of this machine.
 class RealService {
  public:
-  explicit RealService(sandbox::Clock clock = sandbox::systemClock()) : service_(start(std::move(clock))) {}
+  explicit RealService(sandbox::Clock clock = sandbox::systemClock(), const sandbox::Options& options = {})
+      : service_(start(options, std::move(clock))) {}
 
   sandbox::Service* operator->() const { return service_.get(); }
 
@@ -38,8 +39,8 @@ class RealService {
   }
 
  private:
-  static std::unique_ptr<sandbox::Service> start(sandbox::Clock clock) {
-    auto started = sandbox::Service::start({}, std::move(clock));
+  static std::unique_ptr<sandbox::Service> start(const sandbox::Options& options, sandbox::Clock clock) {
+    auto started = sandbox::Service::start(options, std::move(clock));
     if (!started) {
       throw std::runtime_error(started.failure());
     }
