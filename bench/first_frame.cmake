@@ -11,6 +11,10 @@ quillmar_bench(lists
   SOURCES lists.cpp
   LINK quillmar_ui_testing Qt6::Quick)
 
+quillmar_bench(activity
+  SOURCES activity.cpp
+  LINK quillmar_ui_testing quillmar_live_memory Qt6::Quick)
+
 quillmar_bench(texts
   SOURCES texts.cpp
   LINK quillmar_ui Qt6::Quick)

@@ -1,0 +1,168 @@
+#include <QGuiApplication>
+#include <QTextStream>
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "bench/measure.h"
+#include "console/activity_counts.h"
+#include "console/activity_log.h"
+#include "console/child_activity_view.h"
+#include "console/root_domain.h"
+#include "foundation/calendar.h"
+#include "testing/live_memory.h"
+#include "testing/ui/parent_stage.h"
+
+// Counting a child's activity, against the plainest loop over the same records; and what a keystroke in the
+// filter of its rows costs the main thread.
+namespace {
+
+using namespace quillmar;
+using namespace std::chrono_literals;
+
+constexpr int rounds = 11;
+constexpr int entryCount = 200'000;
+constexpr int pageSize = 1000;
+constexpr int filteredRows = 2000;
+
+using Page = std::vector<DNSLog>;
+
+// A request every three seconds, of 800 sites with five names each.
+std::vector<Page> makePages(Date newest) {
+  std::vector<Page> pages;
+  for (int i = 0; i < entryCount; ++i) {
+    if (i % pageSize == 0) {
+      pages.emplace_back();
+    }
+    const int name = i * 7919 % 4000;
+    pages.back().push_back({.id = entryCount - i,
+                            .deviceId = "8d3c6a3e-2f0f-4a53-9d7e-0d8a4a1f6c55",
+                            .parentId = "0b6f4a52-6c0e-4a8e-8f43-0c5f4a8d7e11",
+                            .domain = "host" + std::to_string(name % 5) + ".site" +
+                                      std::to_string(name / 5) + ".example",
+                            .queryType = "A",
+                            .wasBlocked = i % 5 == 0,
+                            .timestamp = formatISO8601(newest - std::chrono::seconds(3 * i))});
+  }
+  return pages;
+}
+
+ActivityScope scopeOf(const Calendar& calendar, Date now) {
+  const LocalDay today = calendar.dayOf(now);
+  std::vector<Date> days;
+  for (int back = 6; back >= -1; --back) {
+    days.push_back(calendar.startOf(today - std::chrono::days(back)));
+  }
+  return {.device = {}, .days = days, .hours = calendar.hoursOf(today)};
+}
+
+// What a program for one evening would do: no ids, no days, any time zone but UTC left out.
+std::size_t countPlainly(const std::vector<Page>& pages, Date now) {
+  const Date today = std::chrono::floor<std::chrono::days>(now);
+  std::array<ActivityCount, 24> hours{};
+  std::unordered_map<std::string, ActivityCount> sites;
+  for (const Page& page : pages) {
+    for (const DNSLog& log : page) {
+      const auto time = parseTimestamp(log.timestamp);
+      if (time && *time >= today && *time < today + 24h) {
+        hours[static_cast<std::size_t>((*time - today) / 1h)].add(log.wasBlocked);
+      }
+      sites[rootDomain(log)].add(log.wasBlocked);
+    }
+  }
+  return sites.size() + hours[12].total();
+}
+
+std::size_t countAll(const std::vector<Page>& pages, const DateStyles& styles, const ActivityScope& scope) {
+  ActivityLog log(styles);
+  ActivityCounts counts(scope);
+  for (const Page& page : pages) {
+    log.add(0, page);
+    counts.add(log);
+  }
+  return log.siteCount() + counts.hours()[12].total();
+}
+
+void count(QTextStream& out) {
+  const Date now = VirtualDispatch::defaultStart;
+  const auto pages = makePages(now);
+  const Calendar calendar("en_US", "Australia/Sydney");
+  const DateStyles styles("en_US", "Australia/Sydney");
+  const auto scope = scopeOf(calendar, now);
+  std::size_t counted = 0;
+  const auto times = bench::race(rounds, {[&] { counted += countAll(pages, styles, scope); },
+                                          [&] { counted += countPlainly(pages, now); }});
+  out << "200000 entries: " << times[0].count() * 1000 << " ms, the plainest loop "
+      << times[1].count() * 1000 << " ms, " << times[0] / times[1] << " times its time\n";
+
+  const std::size_t before = liveBytes();
+  ActivityLog log(styles);
+  ActivityCounts counts(scope);
+  for (std::size_t i = 0; i + 1 < pages.size(); ++i) {
+    log.add(0, pages[i]);
+    counts.add(log);
+  }
+  const auto start = bench::cpuTime(CLOCK_PROCESS_CPUTIME_ID);
+  log.add(0, pages.back());
+  counts.add(log);
+  const auto last = bench::cpuTime(CLOCK_PROCESS_CPUTIME_ID) - start;
+  out << "the last page of them: " << last.count() * 1000 << " ms\n";
+  out << "memory of an entry: " << static_cast<double>(liveBytes() - before) / entryCount << " bytes\n";
+  if (counted == 0) {
+    out << "nothing was counted\n";
+  }
+}
+
+std::string manySites(Date now) {
+  std::string list;
+  for (int i = 0; i < filteredRows; ++i) {
+    list += (i > 0 ? "," : "") +
+            logJson(i, "www.site" + std::to_string(i) + ".example", i % 3 == 0, now - i * 1s);
+  }
+  return R"({"logs":[)" + list + "]}";
+}
+
+// Each round types a digit more or deletes one.
+void type(QTextStream& out) {
+  ui::UiStage stage({.stored = signedInParent(), .size = {820, 1180}});
+  auto& child = openChild(stage);
+  answerWeek(stage);
+  auto& http = stage.application.machine.http;
+  http.answerAlways("GET", "/devices/d2/logs?limit=1000&offset=0", 200, R"({"logs":[]})");
+  http.answerAlways("GET", "/devices/d1/logs?limit=1000&offset=0", 200,
+                    manySites(stage.application.machine.dispatch.now()));
+  child.seeAllActivity();
+  stage.settle();
+  auto& screen = stage.application.screen<ChildActivityView>();
+  std::vector<bench::Seconds> models;
+  std::vector<bench::Seconds> windows;
+  const std::vector<std::string> typed{"1", "12", "123", "12", "1", "site", ""};
+  for (int round = 0; round < 6; ++round) {
+    for (const std::string& text : typed) {
+      const auto start = bench::cpuTime(CLOCK_THREAD_CPUTIME_ID);
+      screen.filter = text;
+      models.push_back(bench::cpuTime(CLOCK_THREAD_CPUTIME_ID) - start);
+      stage.application.settle();
+      QCoreApplication::processEvents();
+      windows.push_back(bench::cpuTime(CLOCK_THREAD_CPUTIME_ID) - start);
+    }
+  }
+  out << "a keystroke over 2000 rows: " << bench::median(models).count() * 1000
+      << " ms of main thread in the model, " << bench::median(windows).count() * 1000
+      << " ms with the window\n";
+}
+
+}  // namespace
+
+int main(int argumentCount, char** arguments) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QUICK_BACKEND", "software");
+  const QGuiApplication application(argumentCount, arguments);
+  QTextStream out(stdout);
+  count(out);
+  type(out);
+  return 0;
+}
