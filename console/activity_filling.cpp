@@ -66,8 +66,8 @@ ActivityFilling::DeviceLog* ActivityFilling::nextToAsk() {
   DeviceLog* next = nullptr;
   for (DeviceLog& device : devices_) {
     const bool canAsk = device.hasMore() && !device.isAsked;
-    if (canAsk && (next == nullptr || device.oldest.value_or(Date::max()) >
-                                          next->oldest.value_or(Date::max()))) {
+    if (canAsk &&
+        (next == nullptr || device.oldest.value_or(Date::max()) > next->oldest.value_or(Date::max()))) {
       next = &device;
     }
   }

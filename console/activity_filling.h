@@ -15,8 +15,8 @@
 
 namespace quillmar {
 
-// loading: there is more to ask for; stopped: by the person; failed: nothing is left but what failed; full: no
-// room for more; complete: everything that the service has is loaded.
+// loading: there is more to ask for; stopped: by the person; failed: nothing is left but what failed; full:
+// no room for more; complete: everything that the service has is loaded.
 enum class FillingState { loading, stopped, failed, full, complete };
 
 template <>

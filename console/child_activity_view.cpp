@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "console/keyed_rows.h"
-#include "foundation/ascii.h"
 #include "foundation/text.h"
 
 namespace quillmar {
@@ -39,12 +38,6 @@ std::uint32_t largest(const std::vector<ActivityCount>& counts) {
   return most;
 }
 
-std::string searched(const std::string& typed) {
-  std::string text = trimmed(typed);
-  std::ranges::transform(text, text.begin(), asciiLowercased);
-  return text;
-}
-
 void showParts(ActivityBar& bar, const ActivityCount& count, std::uint32_t whole) {
   const auto part = [whole](std::uint32_t number) {
     return whole == 0 ? 0.0 : static_cast<double>(number) / static_cast<double>(whole);
@@ -75,7 +68,7 @@ ChildActivityView::ChildActivityView(ChildPage& page, DevicesSection& devices, P
   })));
   // The policy's own reaction, registered earlier, has already updated its set of allowed sites.
   reactions_.push_back(policy.allowedDomains.onChange(weakly([this] { showRows(); })));
-  reactions_.push_back(filter.onChange([this] {
+  reactions_.push_back(filterText.onChange([this] {
     mostRows_ = rowsAtFirst;
     showRows();
   }));
@@ -127,6 +120,7 @@ void ChildActivityView::choose(const ChosenBar& bar) {
   chosen_ = chosen_ == bar ? ChosenBar() : bar;
   mostRows_ = rowsAtFirst;
   items_.emplace(span());
+  searchKeys_.clear();
   items_->add(log_);
   showCharts();
   showRows();
@@ -157,6 +151,7 @@ void ChildActivityView::recount() {
   mostRows_ = rowsAtFirst;
   counts_.emplace(scope());
   items_.emplace(span());
+  searchKeys_.clear();
   countNews();
 }
 
@@ -260,14 +255,13 @@ void ChildActivityView::showSites(Rows<ActivityBar>& bars, const std::vector<Sit
   showInRows(
       bars, sites, [this](const SiteCount& site) { return std::string(log_.site(site.site)); },
       [&](const SiteCount& site) {
-        return std::make_shared<ActivityBar>(weakly([this, site = site.site, wasBlocked] {
-          choose({.site = site, .wasBlocked = wasBlocked});
-        }));
+        return std::make_shared<ActivityBar>(weakly(
+            [this, site = site.site, wasBlocked] { choose({.site = site, .wasBlocked = wasBlocked}); }));
       },
       [&](ActivityBar& bar, const SiteCount& site) {
         setIfChanged(bar.name, std::string(log_.site(site.site)));
-        setIfChanged(bar.number, requestsText(site.count.total()) + ", " +
-                                     percentText(site.count.total(), whole));
+        setIfChanged(bar.number,
+                     requestsText(site.count.total()) + ", " + percentText(site.count.total(), whole));
         setIfChanged(bar.isSelected, chosen_ == ChosenBar{.site = site.site, .wasBlocked = wasBlocked});
         showParts(bar, site.count, most);
       });
@@ -275,8 +269,7 @@ void ChildActivityView::showSites(Rows<ActivityBar>& bars, const std::vector<Sit
 
 bool ChildActivityView::knowsEarlierDays() const {
   const auto reached = filling.reached();
-  return filling.state() == FillingState::complete ||
-         (reached && *reached < counts_->scope().hours.front());
+  return filling.state() == FillingState::complete || (reached && *reached < counts_->scope().hours.front());
 }
 
 void ChildActivityView::showNewSiteBars() {
@@ -302,10 +295,9 @@ void ChildActivityView::showNewSiteBars() {
 // The rows.
 
 void ChildActivityView::showRows() {
-  const std::string text = searched(filter());
+  const SearchKey part(trimmed(filterText()));
   auto items = items_->matching([&](const ActivityItem& item) {
-    return (!chosen_.isFirstSeen || counts_->isFirstSeen(item.text)) &&
-           items_->textOf(log_, item).find(text) != std::string_view::npos;
+    return (!chosen_.isFirstSeen || counts_->isFirstSeen(item.text)) && matches(item, part);
   });
   setIfChanged(rowsTitle, computeRowsTitle());
   setIfChanged(rowsCount, calendar_.number(std::ssize(items)));
@@ -319,6 +311,18 @@ void ChildActivityView::showRows() {
       },
       [this](const ActivityItem& item) { return makeRow(item); },
       [this](LogRow& row, const ActivityItem& item) { showRow(row, item); });
+}
+
+bool ChildActivityView::matches(const ActivityItem& item, const SearchKey& part) const {
+  if (part.isEmpty()) {
+    return true;
+  }
+  searchKeys_.resize(std::max<std::size_t>(searchKeys_.size(), item.text + 1));
+  SearchKey& key = searchKeys_[item.text];
+  if (key.isEmpty()) {
+    key = SearchKey(items_->textOf(log_, item));
+  }
+  return key.contains(part);
 }
 
 std::shared_ptr<LogRow> ChildActivityView::makeRow(const ActivityItem& item) {

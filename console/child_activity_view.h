@@ -23,6 +23,7 @@
 #include "console/site_rows.h"
 #include "foundation/calendar.h"
 #include "foundation/raw_enum.h"
+#include "foundation/search.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -78,7 +79,8 @@ class ChildActivityView final : public ScreenModel {
   // All devices, then each of them.
   Derived<std::vector<ChoiceItem>> deviceChoices{*this, "deviceChoices",
                                                  [this] { return computeDeviceChoices(); }};
-  Derived<bool> hasDeviceChoices{*this, "hasDeviceChoices", [this] { return filling.deviceNames().size() > 1; }};
+  Derived<bool> hasDeviceChoices{*this, "hasDeviceChoices",
+                                 [this] { return filling.deviceNames().size() > 1; }};
 
   Text daysTitle{*this, "daysTitle", "Last 7 Days"};
   Published<std::string> daysNumber{*this, "daysNumber"};
@@ -113,18 +115,21 @@ class ChildActivityView final : public ScreenModel {
   // What a swipe does.
   Text rowsCaption{*this, "rowsCaption", "Swipe right to allow a blocked site, or to block an allowed one"};
   Text wholeDayTitle{*this, "wholeDayTitle", "Show Whole Day"};
-  Input<std::string> filter{*this, "filter"};
+  // Shows only rows with this part in their names, whatever its case and its accents.
+  Input<std::string> filterText{*this, "filterText"};
+  // Counts `find`; each puts the cursor into the field.
+  Published<std::int64_t> filterAsks{*this, "filterAsks", 0};
   Text filterPlaceholder{*this, "filterPlaceholder", "Find a site"};
   Rows<LogRow> siteRows{*this, "siteRows"};
   // The rows are the names of one site.
   Published<bool> showsNames{*this, "showsNames", false};
   Published<bool> hasMoreRows{*this, "hasMoreRows", false};
   Text moreRowsTitle{*this, "moreRowsTitle", "Show More"};
-  Derived<std::string> noRowsText{*this, "noRowsText", [this] {
-                                    return std::string(filter().empty() ? "No requests" : "Nothing found");
-                                  }};
+  Derived<std::string> noRowsText{
+      *this, "noRowsText", [this] { return std::string(filterText().empty() ? "No requests" : "No match"); }};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
+  Action<> find{*this, "find", [this] { filterAsks = filterAsks() + 1; }};
   // 0: all devices together.
   Action<std::int64_t> chooseDevice{*this, "chooseDevice",
                                     [this](std::int64_t choice) { chooseDeviceAt(choice); }};
@@ -158,6 +163,7 @@ class ChildActivityView final : public ScreenModel {
                  std::optional<bool> wasBlocked);
   void showNewSiteBars();
   void showRows();
+  bool matches(const ActivityItem& item, const SearchKey& part) const;
   void showRow(LogRow& row, const ActivityItem& item) const;
   std::shared_ptr<LogRow> makeRow(const ActivityItem& item);
 
@@ -179,6 +185,8 @@ class ChildActivityView final : public ScreenModel {
   std::optional<std::uint32_t> chosenDevice_;
   ChosenBar chosen_;
   std::size_t mostRows_;
+  // Of the items' texts, as far as they were needed.
+  mutable std::vector<SearchKey> searchKeys_;
   std::vector<LocalDay> days_;
   std::optional<ActivityCounts> counts_;
   std::optional<ActivityItems> items_;

@@ -48,10 +48,9 @@ struct AllActivityJourney : testing::Test {
     std::set<std::int64_t> all;
     for (const Device& device : page().devicesSection.devices()) {
       for (std::size_t offset = 0;;) {
-        const auto answer = service->ask("GET",
-                                         "/api/v1/devices/" + device.id + "/logs?limit=1000&offset=" +
-                                             std::to_string(offset),
-                                         {}, parent.setting(settings::authToken));
+        const auto answer = service->ask(
+            "GET", "/api/v1/devices/" + device.id + "/logs?limit=1000&offset=" + std::to_string(offset), {},
+            parent.setting(settings::authToken));
         const auto page = decodeJson<DNSLogsResponse>(answer.body);
         if (!page.ok() || page.value().logs.empty()) {
           break;

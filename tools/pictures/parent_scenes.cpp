@@ -308,7 +308,7 @@ std::vector<Shot> childScenes() {
   };
 }
 
-// A page that waits for the service, with this much of it answered.
+// A page whose service has not answered yet.
 void holdActivity(UiStage& s) {
   auto& child = openChild(s);
   s.application.machine.http.hold();
@@ -388,7 +388,7 @@ std::vector<Shot> activityScenes() {
        }},
       {"activity-nothing-found", signedInParent(),
        [](UiStage& s) {
-         openActivity(s).filter = std::string("nowhere");
+         openActivity(s).filterText = std::string("nowhere");
          s.settle();
        }},
       {"activity-hostile", signedInParent(),

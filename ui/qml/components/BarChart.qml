@@ -22,10 +22,10 @@ FocusScope {
     readonly property bool labelsFit: widestLabel + Theme.unit <= step * labelSpacing
     // The index of the bar that the Tab key reaches.
     property int current: 0
-    // The bar at which the pointer or the focus is, or null.
-    readonly property Item pointed: buttons.count > 0 ? buttons.itemAt(pointer.index) ?? focused : null
-    readonly property Item focused: activeFocus ? buttons.itemAt(current) : null
-    readonly property string readout: pointed ? pointed.name + ": " + pointed.number : ""
+    // The index of the bar at which the pointer or the focus is, or -1.
+    readonly property int pointed: pointer.index >= 0 ? pointer.index : activeFocus ? current : -1
+    // Its name and its number.
+    readonly property string readout: buttons.itemAt(pointed)?.readout ?? "" // qmllint disable missing-property
     readonly property bool mirrored: LayoutMirroring.enabled
     readonly property real scaleWidth: Math.ceil(Math.max(topText.advanceWidth, middleText.advanceWidth)) + Theme.within
     readonly property real step: buttons.count > 0 ? (width - scaleWidth) / buttons.count : 0
@@ -105,6 +105,7 @@ FocusScope {
                 required property int index
                 readonly property string name: modelData.name
                 readonly property string number: modelData.number
+                readonly property string readout: name + ": " + number
                 // What a person presses for this bar.
                 readonly property Item target: chart
                 readonly property bool visualFocus: activeFocus
@@ -114,7 +115,7 @@ FocusScope {
                 readonly property real strength: chart.fadesOthers && !modelData.isSelected ? 0.4 : 1
 
                 // What there is can be seen, however little it is.
-                function part(share) { return share > 0 ? Math.max(2, share * chart.plotHeight) : 0 }
+                function part(share) { return share > 0 ? Math.max(2, Math.round(share * chart.plotHeight)) : 0 }
                 function choose(byKey) {
                     modelData.choose.trigger()
                     chart.chosen(byKey)

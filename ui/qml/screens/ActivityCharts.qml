@@ -9,6 +9,17 @@ ColumnLayout {
     required property var screen
     required property Page container
 
+    readonly property int asks: screen.filterAsks
+    onAsksChanged: {
+        box.forceActiveFocus(Qt.ShortcutFocusReason)
+        box.selectAll()
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Find]
+        onActivated: charts.screen.find.trigger()
+    }
+
     // Large text leaves no room for them.
     readonly property bool showsCounts: width > 300 * Theme.textScale
 
@@ -121,10 +132,11 @@ ColumnLayout {
         Layout.fillWidth: true
     }
     TextBox {
+        id: box
         placeholderText: charts.screen.filterPlaceholder
-        value: charts.screen.filter
+        value: charts.screen.filterText
         inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
-        onEdited: text => charts.screen.filter = text
+        onEdited: text => charts.screen.filterText = text
         Layout.fillWidth: true
     }
     RowGround {
