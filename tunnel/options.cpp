@@ -18,18 +18,18 @@ constexpr std::string_view notes = R"(Exit status: 0 done; 1 failed; 2 wrong usa
 constexpr std::string_view aboutRun =
     R"(Owns the bus name live.quillmar.quillmar.PacketTunnel, and protects the machine
 when NetworkManager connects a VPN of that type: all DNS, whatever server it is
-for, goes to the connection's dohEndpoint, or nowhere. It has NetworkManager
-connect it by itself. Runs in the foreground until SIGINT or SIGTERM, then takes
-everything away, and writes a line for each event. Needs root.
+for, goes to the connection's dohEndpoint, or nowhere. Asks NetworkManager to
+connect at start. Runs in the foreground until SIGINT or SIGTERM, then removes
+its rules and its device. Writes a line for each event. Needs root.
 
 The endpoint's address is kept in the directory STATE_DIRECTORY of the
 environment, or in /var/lib/quillmar-tunnel.
 )";
 
 constexpr std::string_view aboutRelease =
-    R"(Takes away the rules and the device of 'run': of one that was killed, or of one
-that runs, which then ends its connection. What is not there is no problem.
-Needs root, and no NetworkManager.
+    R"(Removes the rules and the device of 'run', also after it was killed. If it runs,
+it ends its connection. Not an error if there is nothing to remove. Needs root;
+works without NetworkManager.
 )";
 
 constexpr std::string_view aboutServe =
@@ -37,8 +37,8 @@ constexpr std::string_view aboutServe =
 HTTPS. Runs in the foreground until SIGINT or SIGTERM, and writes a line for
 each event. Needs no rights beyond its port.
 
-A name in the URL is looked up by the system's own resolver, which must not ask
-this program in turn. An address, or localhost, needs no resolver.
+A name in the URL is looked up by the system's own resolver, which must not use
+this program. An address, or localhost, needs no resolver.
 
 Any user who can list this machine's processes sees the URL.
 )";
@@ -65,10 +65,11 @@ command_line::Program programFor(Options& options) {
       .name = "quillmar-tunnel",
       .about = about,
       .version = QUILLMAR_VERSION,
-      .commands = {{"run", "Be the VPN service that NetworkManager reaches", aboutRun, choose(Command::run)},
-                   {"release", "Take away what 'run' has put up, whatever has become of it", aboutRelease,
+      .commands = {{"run", "Protect this machine as a VPN service of NetworkManager", aboutRun,
+                    choose(Command::run)},
+                   {"release", "Remove the rules and the device of 'run'", aboutRelease,
                     choose(Command::release)},
-                   {"serve", "Answer at an address, and turn nothing there", aboutServe,
+                   {"serve", "Answer at an address, without changing this machine's DNS", aboutServe,
                     choose(Command::serve)}},
       .needsCommand = true,
       .options =

@@ -10,21 +10,21 @@
 
 namespace quillmar::tunnel {
 
-// What the program ends with. They are part of its interface.
+// Exit statuses. They are part of the program's interface.
 enum class ExitStatus { done = 0, failed = 1, usage = 2 };
 
 enum class Command { serve, run, release };
 
 struct Options {
   Command command = Command::serve;
-  Endpoint endpoint{};                      // to serve
-  boost::asio::ip::tcp::endpoint listen{};  // to serve
-  std::string caFile{};                     // trusted beside the system's authorities
+  Endpoint endpoint{};                      // for serve
+  boost::asio::ip::tcp::endpoint listen{};  // for serve
+  std::string caFile{};                     // trusted besides the system's authorities
 };
 
 using Parsed = command_line::Parsed<Options, ExitStatus>;
 
-// What is understood, and kept in these options.
+// The command line that the program accepts. Reading it fills these options.
 command_line::Program programFor(Options& options);
 
 Parsed parse(const std::vector<std::string>& words);

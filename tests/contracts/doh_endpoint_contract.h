@@ -166,7 +166,8 @@ TEST_P(DohEndpointContract, an_authority_that_is_not_trusted_is_refused) {
   trust("");
   const auto& outcome = outcomeOf(ask("www.site.example"));
   ASSERT_TRUE(std::holds_alternative<std::string>(outcome));
-  EXPECT_THAT(std::get<std::string>(outcome), testing::StartsWith("The endpoint can't be trusted: "));
+  EXPECT_THAT(std::get<std::string>(outcome),
+              testing::StartsWith("The endpoint's certificate can't be verified: "));
 }
 
 }  // namespace quillmar::tunnel

@@ -31,7 +31,7 @@ AnswerFault fault(const std::string& message) {
   return std::get<AnswerFault>(answer);
 }
 
-TEST(TunnelAnswer, is_the_endpoints_with_the_clients_id_case_and_flags) {
+TEST(TunnelAnswer, keeps_the_clients_id_case_and_flags) {
   const auto answer = good({.moreFlags = flag::authenticData});
   const auto reply = answer.toQuery(query({.name = "wWw.eXample.org", .id = 0xabcd, .flags = 0}), 0s);
   const auto read = readByLdns(reply);
@@ -44,7 +44,7 @@ TEST(TunnelAnswer, is_the_endpoints_with_the_clients_id_case_and_flags) {
   EXPECT_THAT(read, Not(HasSubstr("EDNS")));
 }
 
-TEST(TunnelAnswer, has_an_opt_record_if_the_question_had_one) {
+TEST(TunnelAnswer, has_an_opt_record_if_the_query_had_one) {
   const auto answer =
       good({.additionals = optText(4096, 0, extendedError(15, "blocked")), .additionalCount = 1});
   EXPECT_THAT(readByLdns(answer.toQuery(query(), 0s)), Not(HasSubstr("EDNS")));
@@ -53,7 +53,7 @@ TEST(TunnelAnswer, has_an_opt_record_if_the_question_had_one) {
   EXPECT_THAT(reply, testing::EndsWith("blocked"));
 }
 
-TEST(TunnelAnswer, lets_nobody_keep_it_for_longer_than_a_minute) {
+TEST(TunnelAnswer, has_no_ttl_longer_than_a_minute) {
   const auto lives = [](std::uint32_t ttl, std::chrono::seconds age, std::chrono::seconds elapsed) {
     const auto reply = good({.answers = {{.ttl = ttl}}}, age).toQuery(query(), elapsed);
     return get32(reply, reply.size() - 10);
@@ -70,14 +70,14 @@ TEST(TunnelAnswer, lets_nobody_keep_it_for_longer_than_a_minute) {
   EXPECT_EQ(lives(86'400, std::chrono::seconds(1'000'000'000'000), 0s), 0U);
 }
 
-TEST(TunnelAnswer, lives_for_as_long_as_its_shortest_record) {
+TEST(TunnelAnswer, is_kept_for_its_shortest_ttl) {
   EXPECT_EQ(good({.answers = {{.ttl = 300}, {.ttl = 30}}, .authorities = {{.ttl = 40}}}).lifetime(), 30s);
   EXPECT_EQ(good({.answers = {{.ttl = 300}}}).lifetime(), 60s);
   EXPECT_EQ(good({.answers = {{.ttl = 50}}}, 20s).lifetime(), 30s);
   EXPECT_EQ(good({.answers = {{.ttl = 0}}}).lifetime(), 0s);
 }
 
-TEST(TunnelAnswer, that_something_does_not_exist_lives_for_ten_seconds) {
+TEST(TunnelAnswer, without_a_record_is_kept_for_ten_seconds) {
   EXPECT_EQ(good({.rcode = rcode::nxDomain, .answers = {}, .authorities = {soaText(3600, 900)}}).lifetime(),
             10s);
   EXPECT_EQ(good({.answers = {}, .authorities = {soaText(3600, 900)}}).lifetime(), 10s) << "no such type";
@@ -91,16 +91,16 @@ TEST(TunnelAnswer, that_something_does_not_exist_lives_for_ten_seconds) {
   EXPECT_THAT(read, ContainsRegex("[[:space:]]7[[:space:]]+IN[[:space:]]+SOA"));
 }
 
-TEST(TunnelAnswer, is_not_kept_where_it_does_not_say_for_how_long) {
+TEST(TunnelAnswer, without_any_ttl_is_not_kept) {
   EXPECT_EQ(good({.rcode = rcode::nxDomain, .answers = {}}).lifetime(), 0s);
   EXPECT_EQ(good({.answers = {}}).lifetime(), 0s);
 }
 
-TEST(TunnelAnswer, to_a_question_for_everything_exists_with_any_record) {
+TEST(TunnelAnswer, to_type_any_exists_with_any_record) {
   EXPECT_EQ(good({.type = type::any, .answers = {{.ttl = 50}}}).lifetime(), 50s);
 }
 
-TEST(TunnelAnswer, that_is_an_error_says_so_and_why) {
+TEST(TunnelAnswer, with_an_error_code_is_a_failure_with_an_extended_error) {
   for (const std::uint16_t code : {rcode::servFail, rcode::notImp, std::uint16_t{5}}) {
     const auto answer = good({.rcode = code, .answers = {}});
     EXPECT_TRUE(answer.isFailure());
@@ -114,7 +114,7 @@ TEST(TunnelAnswer, that_is_an_error_says_so_and_why) {
   EXPECT_FALSE(good({.rcode = rcode::nxDomain, .answers = {}}).isFailure());
 }
 
-TEST(TunnelAnswer, loses_what_stands_behind_the_opt_record) {
+TEST(TunnelAnswer, loses_the_records_after_its_opt_record) {
   const auto glue = recordText({.ttl = 20});
   const auto answer = good({.additionals = glue + optText(512, 0) + glue, .additionalCount = 3});
   const auto read = readByLdns(answer.toQuery(query(), 0s));
@@ -122,13 +122,13 @@ TEST(TunnelAnswer, loses_what_stands_behind_the_opt_record) {
   EXPECT_EQ(answer.lifetime(), 20s);
 }
 
-TEST(TunnelAnswer, passes_on_no_book_of_errors) {
+TEST(TunnelAnswer, does_not_pass_on_very_long_extended_errors) {
   const auto book = extendedError(15, std::string(2000, 'x'));
   const auto answer = good({.additionals = optText(512, 0, book), .additionalCount = 1});
   EXPECT_LT(answer.toQuery(query({.payload = 1232}), 0s).size(), 200U);
 }
 
-TEST(TunnelAnswer, that_is_cut_anywhere_is_none) {
+TEST(TunnelAnswer, cut_off_anywhere_is_rejected) {
   const auto whole = answerText({.authorities = {soaText(60, 60)}});
   for (std::size_t size = 0; size < whole.size(); ++size) {
     const auto answer = Answer::parse(whole.substr(0, size), query().question, 0s);
@@ -136,7 +136,7 @@ TEST(TunnelAnswer, that_is_cut_anywhere_is_none) {
   }
 }
 
-TEST(TunnelAnswer, to_another_question_is_none) {
+TEST(TunnelAnswer, to_another_question_is_rejected) {
   EXPECT_EQ(fault(answerText({.name = "ww.example.org"})), AnswerFault::ofAnotherQuestion);
   EXPECT_EQ(fault(answerText({.type = type::aaaa})), AnswerFault::ofAnotherQuestion);
   auto none = answerText({.answers = {}});
@@ -147,7 +147,7 @@ TEST(TunnelAnswer, to_another_question_is_none) {
   EXPECT_EQ(fault(chaos), AnswerFault::ofAnotherQuestion);
 }
 
-TEST(TunnelAnswer, has_to_be_one) {
+TEST(TunnelAnswer, that_is_malformed_is_rejected) {
   EXPECT_EQ(fault(""), AnswerFault::malformed);
   EXPECT_EQ(fault(queryText({})), AnswerFault::malformed) << "a question";
   EXPECT_EQ(fault("<html>Sign in to use this network, please.</html>"), AnswerFault::malformed);
@@ -160,7 +160,7 @@ TEST(TunnelAnswer, has_to_be_one) {
   EXPECT_EQ(fault(answerText({.answers = {{.type = type::opt, .name = "\0"s}}})), AnswerFault::malformed);
 }
 
-TEST(TunnelAnswer, may_be_as_long_as_a_message_can_be) {
+TEST(TunnelAnswer, may_have_the_largest_message_size) {
   AnswerText text{.answers = {}};
   const RecordText big{.type = 16, .data = std::string(32'700, 'x')};
   text.answers = {big, big};
@@ -174,7 +174,7 @@ TEST(TunnelAnswer, may_be_as_long_as_a_message_can_be) {
   EXPECT_THAT(cut, HasSubstr(" tc ")) << "no room for the OPT record";
 }
 
-TEST(TunnelReply, over_udp_holds_what_its_client_takes) {
+TEST(TunnelReply, over_udp_is_no_longer_than_its_client_accepts) {
   const auto sized = [](std::size_t size) {
     AnswerText text{.answers = {{.type = 16, .data = ""}}};
     text.answers[0].data.resize(size - answerText(text).size());

@@ -30,7 +30,7 @@ std::string reply(AnswerText text) {
   return answerText(text);
 }
 
-TEST(TunnelAddressRecords, are_those_of_the_type_that_was_asked_for) {
+TEST(TunnelAddressRecords, are_those_of_the_requested_type) {
   const RecordText alias{.type = 5, .ttl = 20, .data = wireName("other.example")};
   const auto read =
       readAddressRecords(reply({.answers = {alias, {}, {.ttl = 30, .data = "\x01\x02\x03\x04"s}}}), asked);
@@ -48,7 +48,7 @@ TEST(TunnelAddressRecords, may_be_none) {
   }
 }
 
-TEST(TunnelAddressRecords, are_not_taken_from_what_answers_no_such_question) {
+TEST(TunnelAddressRecords, are_not_taken_from_an_answer_to_another_question) {
   EXPECT_FALSE(readAddressRecords("", asked));
   EXPECT_FALSE(readAddressRecords(reply({.rcode = rcode::servFail}), asked));
   EXPECT_FALSE(readAddressRecords(answerText({.name = "else.example"}), asked));
@@ -61,13 +61,13 @@ TEST(TunnelAddressRecords, are_not_taken_from_what_answers_no_such_question) {
   EXPECT_TRUE(readAddressRecords(whole, asked));
 }
 
-TEST(TunnelAddressRecords, of_the_wrong_size_are_none) {
+TEST(TunnelAddressRecords, of_the_wrong_size_are_ignored) {
   const auto read = readAddressRecords(reply({.answers = {{.data = "\x01\x02\x03"s}}}), asked);
   ASSERT_TRUE(read);
   EXPECT_THAT(read->addresses, IsEmpty());
 }
 
-TEST(TunnelAddressRecords, are_asked_for_by_names_only_that_can_be) {
+TEST(TunnelAddressRecords, are_requested_for_valid_names_only) {
   EXPECT_EQ(queryFor("doh.example", type::a)->question.name, wireName("doh.example"));
   EXPECT_EQ(queryFor("doh.example.", type::a)->question.name, wireName("doh.example"));
   for (const auto& name :
@@ -77,7 +77,7 @@ TEST(TunnelAddressRecords, are_asked_for_by_names_only_that_can_be) {
   EXPECT_TRUE(queryFor(std::string(63, 'x') + ".example", type::a));
 }
 
-// A plain DNS server on this machine that answers as it is told, to the id that came.
+// A plain DNS server on this machine. It sends the given answers with the query's id.
 class NameServer {
  public:
   using Answering = std::function<std::vector<std::string>(const Query&)>;
@@ -143,7 +143,7 @@ std::vector<std::string> failure(const Query& query) {
 std::vector<std::string> silence(const Query& /*query*/) { return {}; }
 
 struct TunnelLinkBootstrap : testing::Test {
-  // The addresses that are found, as text.
+  // The found addresses as text.
   std::vector<std::string> find() {
     std::optional<std::vector<std::string>> found;
     bootstrap.find(*parseEndpoint("https://doh.example/q"), [&](auto error, const TcpEndpoints& endpoints) {
@@ -197,17 +197,17 @@ TEST_F(TunnelLinkBootstrap, asks_the_next_server_when_one_is_silent_or_fails) {
   }
 }
 
-TEST_F(TunnelLinkBootstrap, is_content_with_one_family) {
+TEST_F(TunnelLinkBootstrap, uses_one_family_if_the_other_is_not_answered) {
   const NameServer server(
       [](const Query& query) { return query.question.type == type::a ? addresses(query) : silence(query); });
   servers = {server.endpoint};
   EXPECT_THAT(find(), ElementsAre("192.0.2.7"));
 }
 
-TEST_F(TunnelLinkBootstrap, does_not_believe_what_answers_another_question) {
+TEST_F(TunnelLinkBootstrap, ignores_answers_to_other_questions) {
   const NameServer server([](const Query& query) {
     auto wrongId = addresses(query)[0];
-    put16(wrongId, 0, 1);  // off by a bit
+    put16(wrongId, 0, 1);  // differs in one bit
     return std::vector{wrongId, answerText({.name = "else.example", .type = query.question.type}),
                        addresses(query)[0]};
   });
@@ -215,7 +215,7 @@ TEST_F(TunnelLinkBootstrap, does_not_believe_what_answers_another_question) {
   EXPECT_THAT(find(), ElementsAre("2001:db8::1", "192.0.2.7"));
 }
 
-TEST_F(TunnelLinkBootstrap, falls_back_on_what_was_good_last) {
+TEST_F(TunnelLinkBootstrap, falls_back_on_the_last_good_address) {
   EXPECT_THAT(find(), IsEmpty());
   reach("198.51.100.1");
   reach("198.51.100.1");

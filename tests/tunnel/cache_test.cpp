@@ -18,7 +18,7 @@ Answer answer(std::size_t size = 4) {
       Answer::parse(answerText({.answers = {{.data = std::string(size, 'x')}}}), asked.question, 0s));
 }
 
-TEST(TunnelCache, gives_what_it_has_until_its_time_is_over) {
+TEST(TunnelCache, returns_an_entry_until_it_expires) {
   Cache cache;
   cache.put(start, "key", answer(), 30s);
   ASSERT_NE(cache.find(start + 29s, "key"), nullptr);
@@ -29,13 +29,13 @@ TEST(TunnelCache, gives_what_it_has_until_its_time_is_over) {
   EXPECT_EQ(cache.bytes(), 0U);
 }
 
-TEST(TunnelCache, does_not_keep_what_has_no_time) {
+TEST(TunnelCache, does_not_keep_an_entry_without_a_lifetime) {
   Cache cache;
   cache.put(start, "key", answer(), 0s);
   EXPECT_EQ(cache.answers(), 0U);
 }
 
-TEST(TunnelCache, is_empty_once_it_was_emptied) {
+TEST(TunnelCache, is_empty_after_clear) {
   Cache cache;
   cache.put(start, "key", answer(), 30s);
   cache.clear();
@@ -54,7 +54,7 @@ TEST(TunnelCache, keeps_the_newer_of_two_answers) {
   EXPECT_TRUE(std::holds_alternative<Failure>(cache.find(start + 1s, "key")->outcome));
 }
 
-TEST(TunnelCache, is_limited_in_number_and_lets_go_what_was_not_asked_for_the_longest) {
+TEST(TunnelCache, drops_the_least_recently_used_entry_when_it_is_full) {
   Cache cache;
   for (std::size_t number = 0; number < Cache::mostAnswers; ++number) {
     cache.put(start, std::to_string(number), Failure{Cause::late}, 60s);

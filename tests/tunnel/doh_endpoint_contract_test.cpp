@@ -49,7 +49,7 @@ int freePort() {
   return ntohs(address.sin_port);
 }
 
-// Answers by its own rules: it asks nobody.
+// dnsdist with rules that answer everything; it has no server behind it.
 class DnsdistHarness final : public DohEndpointHarness {
  public:
   DnsdistHarness() : port_(std::to_string(freePort())) {
@@ -75,7 +75,7 @@ class DnsdistHarness final : public DohEndpointHarness {
 
  private:
   std::string settings() const { return (directory_.path() / "dnsdist.conf").string(); }
-  // It is bound when it says that it comes without a warranty.
+  // Its sockets are bound when it prints the line about its warranty.
   void start() {
     program_.emplace(
         std::vector<std::string>{"dnsdist", "--supervised", "--disable-syslog", "-C", settings()});

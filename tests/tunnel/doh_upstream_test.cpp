@@ -37,7 +37,7 @@ struct TunnelUpstream : testing::Test {
   FakeConnection& latest() { return *made.back(); }
   void open() { latest().events->opened(now); }
   void answer(Ticket ticket, const HttpAnswer& what = good) { latest().events->answered(now, ticket, what); }
-  // Asked, connected and answered.
+  // Opens a connection that has answered a question.
   void settle() {
     ask(1000);
     open();
@@ -77,10 +77,10 @@ TEST_F(TunnelUpstream, judges_answers) {
   settle();
   const std::vector<std::pair<std::variant<HttpAnswer, Failure>, std::string>> cases{
       {HttpAnswer{.status = 200, .isDns = false, .body = "<html>"},
-       "The endpoint answered with something that is not DNS."},
-      {HttpAnswer{.status = 301, .isDns = true}, "The endpoint points elsewhere: status 301."},
-      {HttpAnswer{.status = 404, .isDns = true}, "The endpoint refused the question: status 404."},
-      {HttpAnswer{.status = 503, .isDns = true}, "The endpoint refused the question: status 503."},
+       "The endpoint's answer is not a DNS message."},
+      {HttpAnswer{.status = 301, .isDns = true}, "The endpoint redirects elsewhere: status 301."},
+      {HttpAnswer{.status = 404, .isDns = true}, "The endpoint answered with an HTTP error: status 404."},
+      {HttpAnswer{.status = 503, .isDns = true}, "The endpoint answered with an HTTP error: status 503."},
       {Failure{Cause::tooLong}, "The endpoint's answer is too long."}};
   Ticket ticket = 1;
   for (const auto& [what, text] : cases) {
@@ -90,7 +90,7 @@ TEST_F(TunnelUpstream, judges_answers) {
   }
 }
 
-TEST_F(TunnelUpstream, does_not_ask_before_it_may) {
+TEST_F(TunnelUpstream, does_not_ask_before_retry_after) {
   settle();
   for (const int status : {429, 500, 503}) {
     ask(1);
@@ -98,7 +98,7 @@ TEST_F(TunnelUpstream, does_not_ask_before_it_may) {
     answer(1, {.status = status, .retryAfter = 5s});
     latest().sent.clear();
     ask(3);
-    EXPECT_EQ(outcomes.at(3), "The endpoint asked not to be asked for a while.") << status;
+    EXPECT_EQ(outcomes.at(3), "The endpoint asked for a pause.") << status;
     EXPECT_THAT(latest().sent, IsEmpty());
     answer(2);
     EXPECT_EQ(outcomes.at(2), "answer") << "was under way";
@@ -110,7 +110,7 @@ TEST_F(TunnelUpstream, does_not_ask_before_it_may) {
   }
 }
 
-TEST_F(TunnelUpstream, is_not_sent_away_for_long) {
+TEST_F(TunnelUpstream, obeys_retry_after_for_a_minute_at_most) {
   settle();
   ask(1);
   answer(1, {.status = 503, .retryAfter = 24h});
@@ -122,7 +122,7 @@ TEST_F(TunnelUpstream, is_not_sent_away_for_long) {
   EXPECT_FALSE(outcomes.contains(3)) << "of no meaning with a 404";
 }
 
-TEST_F(TunnelUpstream, while_it_can_not_connect_fails_at_once_and_tries_once_a_second) {
+TEST_F(TunnelUpstream, fails_at_once_and_tries_once_a_second_while_it_cannot_connect) {
   const Failure refused{Cause::unreachable, "Connection refused"};
   ask(1);
   latest().events->ended(now, refused);
@@ -145,7 +145,7 @@ TEST_F(TunnelUpstream, while_it_can_not_connect_fails_at_once_and_tries_once_a_s
   EXPECT_THAT(latest().sent, ElementsAre(13));
 }
 
-TEST_F(TunnelUpstream, stops_trying_when_nobody_asks_and_then_waits_for_the_next_try) {
+TEST_F(TunnelUpstream, stops_trying_while_nobody_asks) {
   ask(1);
   for (int tries = 0; tries < 30; ++tries) {
     if (!alive.empty()) {
@@ -162,7 +162,7 @@ TEST_F(TunnelUpstream, stops_trying_when_nobody_asks_and_then_waits_for_the_next
   EXPECT_THAT(latest().sent, ElementsAre(2));
 }
 
-TEST_F(TunnelUpstream, does_not_wait_for_a_connection_for_ever) {
+TEST_F(TunnelUpstream, gives_up_connecting_before_its_questions_time_out) {
   ask(1);
   pass(DohUpstream::patienceToConnect - 1ms);
   EXPECT_THAT(outcomes, IsEmpty());
@@ -171,7 +171,7 @@ TEST_F(TunnelUpstream, does_not_wait_for_a_connection_for_ever) {
   EXPECT_THAT(alive, SizeIs(testing::Le(1U)));
 }
 
-TEST_F(TunnelUpstream, looks_whether_a_connection_lives_that_was_idle) {
+TEST_F(TunnelUpstream, sends_a_ping_on_a_connection_that_was_idle) {
   settle();
   pass(9999ms);
   ask(1);
@@ -186,7 +186,7 @@ TEST_F(TunnelUpstream, looks_whether_a_connection_lives_that_was_idle) {
   EXPECT_THAT(made, SizeIs(1));
 }
 
-TEST_F(TunnelUpstream, takes_a_new_connection_where_no_pong_comes_and_asks_again_there_once) {
+TEST_F(TunnelUpstream, connects_again_without_a_pong_and_repeats_open_questions_once) {
   settle();
   auto& dead = latest();
   pass(1min);
@@ -207,7 +207,7 @@ TEST_F(TunnelUpstream, takes_a_new_connection_where_no_pong_comes_and_asks_again
   EXPECT_THAT(latest().sent, ElementsAre(2));
 }
 
-TEST_F(TunnelUpstream, becomes_suspicious_of_a_silent_connection) {
+TEST_F(TunnelUpstream, sends_a_ping_when_an_answer_is_late) {
   settle();
   ask(1);
   pass(1499ms);
@@ -224,7 +224,7 @@ TEST_F(TunnelUpstream, becomes_suspicious_of_a_silent_connection) {
   EXPECT_THAT(made, SizeIs(1));
 }
 
-TEST_F(TunnelUpstream, goes_back_to_a_connection_that_was_only_slow) {
+TEST_F(TunnelUpstream, returns_to_a_connection_that_was_only_slow) {
   settle();
   auto& slow = latest();
   pass(1min);
@@ -239,7 +239,7 @@ TEST_F(TunnelUpstream, goes_back_to_a_connection_that_was_only_slow) {
   EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
 }
 
-TEST_F(TunnelUpstream, takes_the_end_of_an_idle_connection_as_usual) {
+TEST_F(TunnelUpstream, does_not_reconnect_when_an_idle_connection_ends) {
   settle();
   latest().events->closing(now);
   latest().events->ended(now, {Cause::broken});
@@ -251,7 +251,7 @@ TEST_F(TunnelUpstream, takes_the_end_of_an_idle_connection_as_usual) {
   EXPECT_THAT(latest().sent, ElementsAre(1));
 }
 
-TEST_F(TunnelUpstream, lets_a_closing_connection_end_what_it_has) {
+TEST_F(TunnelUpstream, lets_a_closing_connection_answer_its_open_questions) {
   settle();
   auto& closing = latest();
   ask(1);
@@ -269,7 +269,7 @@ TEST_F(TunnelUpstream, lets_a_closing_connection_end_what_it_has) {
   EXPECT_THAT(alive, ElementsAre(&latest()));
 }
 
-TEST_F(TunnelUpstream, asks_elsewhere_what_a_second_closing_connection_left) {
+TEST_F(TunnelUpstream, repeats_the_questions_of_a_second_closing_connection) {
   settle();
   ask(1);
   latest().events->closing(now);
@@ -285,7 +285,7 @@ TEST_F(TunnelUpstream, asks_elsewhere_what_a_second_closing_connection_left) {
   EXPECT_THAT(outcomes, SizeIs(2));
 }
 
-TEST_F(TunnelUpstream, asks_again_at_once_where_a_good_connection_broke) {
+TEST_F(TunnelUpstream, repeats_open_questions_when_a_good_connection_breaks) {
   settle();
   ask(1);
   latest().events->ended(now, {Cause::broken});
@@ -320,7 +320,7 @@ TEST_F(TunnelUpstream, does_not_hammer_an_endpoint_that_ends_every_connection) {
   EXPECT_THAT(outcomes, SizeIs(ticket));
 }
 
-TEST_F(TunnelUpstream, flushes_all_that_it_has) {
+TEST_F(TunnelUpstream, flushes_every_connection) {
   upstream.flush();
   settle();
   upstream.flush();
@@ -333,7 +333,7 @@ TEST_F(TunnelUpstream, flushes_all_that_it_has) {
   EXPECT_EQ(latest().flushes, 1);
 }
 
-TEST_F(TunnelUpstream, forgets_what_nobody_waits_for) {
+TEST_F(TunnelUpstream, cancels_the_requests_of_cancelled_questions) {
   settle();
   ask(1);
   upstream.cancel(1);

@@ -35,7 +35,7 @@ TEST(TunnelEndpoint, is_an_https_url_with_a_host) {
   }
 }
 
-TEST(TunnelEndpoint, is_nothing_else) {
+TEST(TunnelEndpoint, is_rejected_otherwise) {
   for (const auto* text : {"",
                            "doh.example",
                            "http://doh.example/",
@@ -65,7 +65,7 @@ TEST(TunnelEndpoint, is_nothing_else) {
   EXPECT_FALSE(parseEndpoint("https://" + std::string(254, 'x') + "/"));
 }
 
-TEST(TunnelListenAddress, has_a_port_or_dns_s_own) {
+TEST(TunnelListenAddress, has_port_53_unless_given) {
   const auto is = [](const char* text, const char* address, int port) {
     const auto parsed = parseListenAddress(text);
     return parsed && parsed->address() == ip::make_address(address) && parsed->port() == port;
@@ -82,7 +82,7 @@ TEST(TunnelListenAddress, has_a_port_or_dns_s_own) {
   }
 }
 
-TEST(TunnelBootstrap, tries_both_families_by_turns) {
+TEST(TunnelBootstrap, alternates_between_both_families) {
   const auto at = [](const char* address) { return ip::tcp::endpoint(ip::make_address(address), 443); };
   EXPECT_EQ(
       byTurns({at("192.0.2.1"), at("192.0.2.2"), at("192.0.2.3"), at("2001:db8::1"), at("2001:db8::2")}),
@@ -92,7 +92,7 @@ TEST(TunnelBootstrap, tries_both_families_by_turns) {
   EXPECT_EQ(byTurns({}), TcpEndpoints{});
 }
 
-TEST(TunnelBootstrap, needs_no_resolver_for_an_address_and_for_localhost) {
+TEST(TunnelBootstrap, needs_no_resolver_for_an_address_or_localhost) {
   boost::asio::io_context context;
   SystemBootstrap bootstrap(context);
   TcpEndpoints found;

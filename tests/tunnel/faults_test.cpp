@@ -1,5 +1,5 @@
-// What goes wrong with the endpoint: every question ends with an explanation, the log names the cause once,
-// and once the cause is gone the next question is answered.
+// Faults of the endpoint. Every query gets an explained SERVFAIL, the log names the cause once, and the next
+// query after the fault is answered.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@ using Speaks = TestEndpoint::Speaks;
 
 constexpr const char* answersAgain = "The endpoint answers.";
 
-// Several clients at once, two of them with the same question.
+// Several clients ask at once, two of them the same question.
 std::vector<std::string> askSeveral(int port) {
   std::vector<std::unique_ptr<ClientSocket>> clients;
   for (const std::string name : {"a.example", "b.example", "c.example", "d.example", "a.example"}) {
@@ -61,7 +61,7 @@ struct Fault {
   TestEndpoint::Answering answering{};
   std::optional<Speaks> speaks{};
   bool refuses = false;
-  // The program connects again by itself.
+  // The tunnel reconnects without being asked.
   bool costsConnection = false;
 };
 
@@ -81,7 +81,7 @@ const std::vector<Fault> faults{
      .speaks = Speaks::plainText,
      .costsConnection = true},
     {.name = "has_a_certificate_of_another_authority",
-     .cause = "The endpoint can't be trusted: ",
+     .cause = "The endpoint's certificate can't be verified: ",
      .speaks = Speaks::otherAuthority,
      .costsConnection = true},
     {.name = "speaks_http1_only",
@@ -92,16 +92,16 @@ const std::vector<Fault> faults{
      .cause = "The endpoint did not answer in time.",
      .answering = [](TestPeer&, std::int32_t, const std::string&) {}},
     {.name = "fails",
-     .cause = "The endpoint refused the question: status 500.",
+     .cause = "The endpoint answered with an HTTP error: status 500.",
      .answering = with("500", "application/dns-message")},
     {.name = "does_not_know_the_path",
-     .cause = "The endpoint refused the question: status 404.",
+     .cause = "The endpoint answered with an HTTP error: status 404.",
      .answering = with("404", "text/html")},
     {.name = "points_elsewhere",
-     .cause = "The endpoint points elsewhere: status 307.",
+     .cause = "The endpoint redirects elsewhere: status 307.",
      .answering = with("307", "text/html")},
     {.name = "answers_html",
-     .cause = "The endpoint answered with something that is not DNS.",
+     .cause = "The endpoint's answer is not a DNS message.",
      .answering = with("200", "text/html", [](const auto&) { return "<html>Sign in, please.</html>"; })},
     {.name = "answers_html_as_dns",
      .cause = "The endpoint's answer is malformed.",
@@ -116,7 +116,7 @@ const std::vector<Fault> faults{
      .cause = "The endpoint's answer is malformed.",
      .answering = withBody([](const std::string& answer) { return answer.substr(0, answer.size() - 1); })},
     {.name = "says_that_its_answers_are_truncated",
-     .cause = "The endpoint's answer is cut short.",
+     .cause = "The endpoint's answer is truncated.",
      .answering = withBody([](const std::string& answer) { return withFlag(answer, flag::truncated); })},
     {.name = "answers_nothing",
      .cause = "The endpoint's answer is malformed.",
@@ -151,7 +151,7 @@ const std::vector<Fault> faults{
 };
 
 struct TunnelFault : TunnelServer, testing::WithParamInterface<Fault> {
-  // While `isThere`, the endpoint has the fault.
+  // The endpoint has the fault while `isThere`.
   void startWith(const Fault& fault) {
     start([this, misbehave = fault.answering](TestPeer& peer, std::int32_t stream,
                                               const std::string& question) {
@@ -195,7 +195,7 @@ TEST_P(TunnelFault, of_the_endpoint_is_explained_and_passes) {
 INSTANTIATE_TEST_SUITE_P(EveryOne, TunnelFault, testing::ValuesIn(faults),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-// Knows the endpoint's address once it is told to.
+// Finds the endpoint's address once `isKnown`.
 class LateBootstrap final : public Bootstrap {
  public:
   LateBootstrap(std::atomic<bool>& isKnown) : isKnown_(isKnown) {}
@@ -211,7 +211,7 @@ class LateBootstrap final : public Bootstrap {
   std::atomic<bool>& isKnown_;
 };
 
-TEST_F(TunnelServer, explains_that_the_endpoints_name_is_not_known_until_it_is) {
+TEST_F(TunnelServer, explains_that_the_endpoints_address_is_not_found_until_it_is) {
   std::atomic<bool> isKnown = false;
   endpoint = std::make_unique<TestEndpoint>(
       [](TestPeer& peer, std::int32_t stream, const std::string& question) {
@@ -221,7 +221,7 @@ TEST_F(TunnelServer, explains_that_the_endpoints_name_is_not_known_until_it_is) 
   server = std::make_unique<RunningServer>(
       endpoint->url("doh.example"), endpoint->caFile(),
       [&](boost::asio::io_context&) { return std::make_unique<LateBootstrap>(isKnown); });
-  const std::string cause = "The endpoint's address is not known: ";
+  const std::string cause = "The endpoint's address can't be found: ";
   expectExplained(askSeveral(server->port()), cause);
   EXPECT_THAT(server->told(), ElementsAre(StartsWith(cause)));
   isKnown = true;

@@ -24,13 +24,13 @@ using Words = std::vector<std::string>;
 
 constexpr const char* busName = "live.quillmar.quillmar.PacketTunnel";
 
-TEST(TunnelUnit, is_understood_by_systemd_and_leaves_little_open) {
+TEST(TunnelUnit, is_accepted_by_systemd_and_grants_few_rights) {
   const TemporaryDirectory directory;
   const auto unit = directory.path() / "quillmar-tunnel.service";
   std::ifstream installed(QUILLMAR_TUNNEL_UNIT);
   std::string text;
   for (std::string line; std::getline(installed, line);) {
-    // Neither the program nor its manual need be installed yet.
+    // The program and its manual page need not be installed.
     if (!line.starts_with("Documentation=")) {
       text += (line.starts_with("ExecStart=") ? "ExecStart=/bin/true" : line) + '\n';
     }
@@ -40,17 +40,17 @@ TEST(TunnelUnit, is_understood_by_systemd_and_leaves_little_open) {
   const auto verified = runCommand({"systemd-analyze", "verify", unit.string()});
   EXPECT_EQ(verified.status, 0);
   EXPECT_EQ(verified.errors, "");
-  // Of a hundred; what remains is root, the network and its administration.
+  // Of 100. What remains is root, the network and its administration.
   EXPECT_EQ(
       runCommand({"systemd-analyze", "security", "--offline=true", "--threshold=35", unit.string()}).status,
       0);
 }
 
-// A system's bus with the policy as it is installed, and the service on it.
+// A system bus with the installed policy, and the service on it.
 struct TunnelBusPolicy : testing::Test {
   void SetUp() override {
     if (::geteuid() != 0 || runCommand({"unshare", "-n", "true"}).status != 0) {
-      GTEST_SKIP() << "Taking the part of several users takes root and namespaces.";
+      GTEST_SKIP() << "Acting as several users needs root and namespaces.";
     }
     std::filesystem::permissions(directory.path(), std::filesystem::perms(0755));
     const auto config = directory.path() / "bus.conf";
@@ -85,14 +85,14 @@ struct TunnelBusPolicy : testing::Test {
   std::unique_ptr<RunningProgram> service;
 };
 
-TEST_F(TunnelBusPolicy, lets_only_root_tell_the_service_what_to_do) {
+TEST_F(TunnelBusPolicy, lets_only_root_call_the_service) {
   EXPECT_EQ(call({}, disconnection).status, 0);
   const auto refused = call(nobody, disconnection);
   EXPECT_NE(refused.status, 0);
   EXPECT_THAT(refused.errors, HasSubstr("org.freedesktop.DBus.Error.AccessDenied"));
 }
 
-TEST_F(TunnelBusPolicy, lets_one_be_the_service) {
+TEST_F(TunnelBusPolicy, lets_one_process_own_the_name) {
   const auto another =
       runCommand({"env", "DBUS_SYSTEM_BUS_ADDRESS=" + address, "unshare", "-n", QUILLMAR_TUNNEL, "run"});
   EXPECT_EQ(another.status, 1);
@@ -101,7 +101,7 @@ TEST_F(TunnelBusPolicy, lets_one_be_the_service) {
   EXPECT_EQ(service->end(0), 1) << "it ends with the bus, and is started again";
 }
 
-TEST_F(TunnelBusPolicy, lets_only_root_be_the_service) {
+TEST_F(TunnelBusPolicy, lets_only_root_own_the_name) {
   EXPECT_EQ(service->end(SIGTERM), 0);
   const auto refused =
       call(nobody, {"--dest", "org.freedesktop.DBus", "--object-path", "/org/freedesktop/DBus", "--method",

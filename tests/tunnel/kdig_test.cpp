@@ -1,4 +1,4 @@
-// kdig as a client that isn't ours.
+// kdig, an independent DNS client.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ RecordText signatureRecord() {
   return {.type = signature, .data = data + wireName("example.org") + std::string(64, 's')};
 }
 
-// What the endpoint answers follows from the first label of the name.
+// The endpoint chooses its answer by the first label of the name.
 AnswerText answerFor(const std::string& label, const Query& query) {
   if (label == "big") {
     return {.answers = std::vector<RecordText>(5, {.type = txt, .data = text(200)})};
@@ -60,7 +60,7 @@ AnswerText answerFor(const std::string& label, const Query& query) {
   if (label == "huge") {
     return {.answers = std::vector<RecordText>(250, {.type = txt, .data = text(240)})};
   }
-  if (label == "compressed") {  // names that point into the question and into each other
+  if (label == "compressed") {  // pointers into the question and into another record
     return {.answers = {{.type = alias, .data = "\x06target\xc0\x17"s},
                         {.type = mail, .data = "\0\x0a\x04mail\xc0\x34"s, .name = "\xc0\x34"s}}};
   }
@@ -167,7 +167,7 @@ const std::vector<Promise> promises{
      {"EDE: 15 (Blocked): 'By Mum. '"}},
     {"a_failure_is_explained",
      {"+edns", "failing.example.org"},
-     {"status: SERVFAIL", "'The endpoint refused the question: status 500.'"}},
+     {"status: SERVFAIL", "'The endpoint answered with an HTTP error: status 500.'"}},
     {"notifications_are_refused", {"-t", "NOTIFY", "example.org"}, {"status: NOTIMPL"}},
 };
 
@@ -213,7 +213,7 @@ TEST_F(TunnelKdigTwice, keeps_its_connection) {
   }
 }
 
-// The same questions to the stand-in service itself and through the program.
+// Asks the stand-in service both directly and through the tunnel.
 class TunnelKdigAndService : public sandbox::test::ServiceTest {
  protected:
   TunnelKdigAndService() {

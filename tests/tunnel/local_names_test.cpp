@@ -20,7 +20,7 @@ std::string read(const std::string& name, std::uint16_t recordType = type::a) {
   return readOf({.name = name, .type = recordType});
 }
 
-TEST(TunnelLocalNames, localhost_is_this_machine) {
+TEST(TunnelLocalNames, localhost_has_the_loopback_addresses) {
   for (const auto* name : {"localhost", "LocalHost", "a.b.localhost"}) {
     EXPECT_THAT(read(name), ContainsRegex("IN[[:space:]]+A[[:space:]]+127\\.0\\.0\\.1")) << name;
     EXPECT_THAT(read(name, type::aaaa), ContainsRegex("IN[[:space:]]+AAAA[[:space:]]+::1")) << name;
@@ -29,7 +29,7 @@ TEST(TunnelLocalNames, localhost_is_this_machine) {
   }
 }
 
-TEST(TunnelLocalNames, what_is_of_no_concern_outside_does_not_exist) {
+TEST(TunnelLocalNames, names_below_local_zones_do_not_exist) {
   for (const auto* name :
        {"invalid", "www.invalid", "x.onion", "printer.local", "nas.home.arpa", "use-application-dns.net",
         "1.1.10.in-addr.arpa", "7.0.168.192.in-addr.arpa", "1.0.16.172.in-addr.arpa",
@@ -40,14 +40,14 @@ TEST(TunnelLocalNames, what_is_of_no_concern_outside_does_not_exist) {
   }
 }
 
-TEST(TunnelLocalNames, zones_themselves_exist_and_are_empty) {
+TEST(TunnelLocalNames, local_zones_themselves_exist_and_are_empty) {
   for (const auto* name : {"home.arpa", "10.in-addr.arpa", "resolver.arpa", "_dns.resolver.arpa"}) {
     EXPECT_THAT(read(name), HasSubstr("rcode: NOERROR")) << name;
     EXPECT_THAT(read(name), HasSubstr("ANSWER: 0, AUTHORITY: 1")) << name;
   }
 }
 
-TEST(TunnelLocalNames, all_else_goes_out) {
+TEST(TunnelLocalNames, other_names_are_sent_to_the_endpoint) {
   for (const auto* name :
        {"", "www.example.org", "localhost.example.org", "notlocalhost", "mylocal", "arpa", "in-addr.arpa",
         "15.172.in-addr.arpa", "32.172.in-addr.arpa", "63.100.in-addr.arpa", "128.100.in-addr.arpa",
@@ -57,18 +57,18 @@ TEST(TunnelLocalNames, all_else_goes_out) {
   EXPECT_EQ(readOf({.name = "localhost", .klass = 3}), "goes out") << "another class";
 }
 
-TEST(TunnelLocalNames, a_dot_within_a_label_makes_no_zone) {
+TEST(TunnelLocalNames, a_dot_within_a_label_is_no_separator) {
   auto message = queryText({.name = "xlocal"});
   message[headerSize + 1] = '.';
   EXPECT_FALSE(localReply(std::get<Query>(parseQuery(message))));
 }
 
-TEST(TunnelLocalNames, whether_a_zone_is_signed_is_asked_above_it) {
+TEST(TunnelLocalNames, ds_records_of_a_local_zone_are_sent_to_the_endpoint) {
   EXPECT_EQ(read("home.arpa", type::ds), "goes out");
   EXPECT_THAT(read("nas.home.arpa", type::ds), HasSubstr("rcode: NXDOMAIN"));
 }
 
-TEST(TunnelLocalNames, an_opt_record_has_one_in_return) {
+TEST(TunnelLocalNames, a_query_with_an_opt_record_is_answered_with_one) {
   EXPECT_THAT(readOf({.name = "localhost", .payload = 1232}), HasSubstr("EDNS: version 0"));
 }
 

@@ -22,7 +22,7 @@ using testing::Not;
 using testing::StartsWith;
 using Words = std::vector<std::string>;
 
-TEST(TunnelOptions, are_usual_ones_unless_told_otherwise) {
+TEST(TunnelOptions, have_defaults) {
   const auto parsed = parse({"serve", "--endpoint", "https://doh.example/q"});
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->endpoint.host, "doh.example");
@@ -31,7 +31,7 @@ TEST(TunnelOptions, are_usual_ones_unless_told_otherwise) {
   EXPECT_EQ(parsed.options->caFile, "");
 }
 
-TEST(TunnelOptions, may_be_written_in_two_ways) {
+TEST(TunnelOptions, may_have_their_value_after_a_blank_or_an_equals_sign) {
   for (const auto& words :
        {Words{"--endpoint=https://a/b", "serve", "--listen=[::1]:5", "--ca-file=/c"},
         Words{"serve", "--endpoint", "https://a/b", "--listen", "[::1]:5", "--ca-file", "/c"}}) {
@@ -43,7 +43,7 @@ TEST(TunnelOptions, may_be_written_in_two_ways) {
   }
 }
 
-TEST(TunnelOptions, of_the_service_are_few) {
+TEST(TunnelOptions, of_run_and_release_are_few) {
   EXPECT_EQ(parse({"run"}).options->command, Command::run);
   EXPECT_EQ(parse({"run", "--ca-file", "/c"}).options->caFile, "/c");
   EXPECT_EQ(parse({"release"}).options->command, Command::release);
@@ -71,7 +71,7 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
   }
 }
 
-TEST(TunnelOptions, explain_themselves_in_eighty_columns_of_ascii) {
+TEST(TunnelOptions, have_a_help_of_eighty_columns_of_ascii) {
   const std::vector<std::pair<Words, std::vector<std::string>>> cases{
       {{"--help"},
        {"Usage: quillmar-tunnel [OPTION]... COMMAND", "  run ", "  release ", "  serve ", "--ca-file FILE",
@@ -96,7 +96,7 @@ TEST(TunnelOptions, explain_themselves_in_eighty_columns_of_ascii) {
   }
 }
 
-// The program as it runs, against the stand-in service over verified TLS.
+// The running program with the stand-in service as its endpoint, over verified TLS.
 class TunnelProgram : public sandbox::test::ServiceTest {
  protected:
   TunnelProgram() {
@@ -135,19 +135,19 @@ TEST_F(TunnelProgram, carries_a_devices_dns_to_the_service) {
   EXPECT_THAT(kdig({"pixel.ads.example"}), HasSubstr("status: NXDOMAIN"));
 }
 
-TEST_F(TunnelProgram, does_not_tell_whose_endpoint_it_asks) {
+TEST_F(TunnelProgram, does_not_log_the_endpoints_path) {
   start(endpoint);
   service().misbehave({.failEverything = true});
   kdig({"www.site.example"});
-  const auto lines = said + program->readUntil("The endpoint refused the question: status 500.");
+  const auto lines = said + program->readUntil("The endpoint answered with an HTTP error: status 500.");
   const auto secret = endpoint.substr(endpoint.rfind('/') + 1);
   ASSERT_GT(secret.size(), 8U);
   EXPECT_THAT(lines, Not(HasSubstr(secret)));
   EXPECT_THAT(lines, HasSubstr("asks 127.0.0.1:"));
 }
 
-// Without a program as the client: it would hold the connections open that this process closes.
-TEST_F(TunnelProgram, meets_a_service_that_misbehaves) {
+// Not with kdig: a child process would inherit the connections that this process closes.
+TEST_F(TunnelProgram, copes_with_a_service_that_misbehaves) {
   start(endpoint);
   const auto ask = [this](const std::string& name) {
     return test::askServer(std::stoi(port), test::queryText({.name = name, .payload = 1232}));
@@ -164,7 +164,7 @@ TEST_F(TunnelProgram, meets_a_service_that_misbehaves) {
   EXPECT_TRUE(resolves("e.example"));
 }
 
-TEST_F(TunnelProgram, ends_well_when_it_is_told_to) {
+TEST_F(TunnelProgram, ends_with_success_on_sigint_and_sigterm) {
   for (const int signal : {SIGINT, SIGTERM}) {
     start(endpoint);
     kdig({"www.site.example"});
@@ -172,15 +172,15 @@ TEST_F(TunnelProgram, ends_well_when_it_is_told_to) {
   }
 }
 
-TEST_F(TunnelProgram, says_that_an_endpoints_address_is_not_known) {
-  // No resolver asks anybody for a name that can't be.
+TEST_F(TunnelProgram, says_that_the_endpoints_address_is_not_found) {
+  // A resolver rejects a label of 64 characters without a query.
   start("https://" + std::string(64, 'x') + ".example/dns-query");
   EXPECT_THAT(kdig({"+edns", "www.site.example"}),
-              AllOf(HasSubstr("status: SERVFAIL"), HasSubstr("The endpoint's address is not known: ")));
+              AllOf(HasSubstr("status: SERVFAIL"), HasSubstr("The endpoint's address can't be found: ")));
   EXPECT_EQ(program->end(SIGTERM), 0);
 }
 
-TEST_F(TunnelProgram, says_what_keeps_it_from_starting) {
+TEST_F(TunnelProgram, says_why_it_does_not_start) {
   const auto run = [](const Words& more) {
     Words words{QUILLMAR_TUNNEL};
     words.insert(words.end(), more.begin(), more.end());

@@ -29,7 +29,7 @@ bool isMetWithSilence(const std::string& message) {
   return std::holds_alternative<Silence>(parseQuery(message));
 }
 
-TEST(TunnelQuery, is_read_with_what_it_asks_for) {
+TEST(TunnelQuery, is_parsed_with_its_flags_and_its_opt_record) {
   const auto query = understood(queryText({.name = "WWW.Example.org",
                                            .type = type::aaaa,
                                            .id = 0xbeef,
@@ -48,7 +48,7 @@ TEST(TunnelQuery, is_read_with_what_it_asks_for) {
   EXPECT_FALSE(understood(queryText({})).edns);
 }
 
-TEST(TunnelQuery, may_have_any_name_that_there_can_be) {
+TEST(TunnelQuery, may_have_any_valid_name) {
   const std::string label(63, 'x');
   const std::string longest = label + '.' + label + '.' + label + '.' + std::string(61, 'y');
   EXPECT_EQ(understood(queryText({.name = longest})).question.name.size(), 255U);
@@ -57,21 +57,21 @@ TEST(TunnelQuery, may_have_any_name_that_there_can_be) {
   EXPECT_EQ(refusedWith(queryText({.name = std::string(64, 'x')})), rcode::formErr);
 }
 
-TEST(TunnelQuery, is_met_with_silence_where_an_answer_could_be_answered_in_turn) {
+TEST(TunnelQuery, is_not_answered_if_it_is_an_answer_or_has_no_header) {
   EXPECT_TRUE(isMetWithSilence(""));
   EXPECT_TRUE(isMetWithSilence(queryText({}).substr(0, headerSize - 1)));
   EXPECT_TRUE(isMetWithSilence(answerText({})));
   EXPECT_TRUE(isMetWithSilence(queryText({.flags = 0xffff})));
 }
 
-TEST(TunnelQuery, that_is_cut_anywhere_is_a_format_error) {
+TEST(TunnelQuery, cut_off_anywhere_is_a_format_error) {
   const auto whole = queryText({.payload = 1232});
   for (std::size_t size = headerSize; size < whole.size(); ++size) {
     EXPECT_EQ(refusedWith(whole.substr(0, size)), rcode::formErr) << size;
   }
 }
 
-TEST(TunnelQuery, has_one_question_and_nothing_that_does_not_belong_to_it) {
+TEST(TunnelQuery, has_one_question_and_no_trailing_bytes) {
   auto none = queryText({});
   put16(none, 4, 0);
   EXPECT_EQ(refusedWith(none), rcode::formErr);
@@ -92,7 +92,7 @@ TEST(TunnelQuery, has_one_question_and_nothing_that_does_not_belong_to_it) {
   EXPECT_EQ(refusedWith(misplaced), rcode::formErr);
 }
 
-TEST(TunnelQuery, of_another_kind_is_not_implemented) {
+TEST(TunnelQuery, of_another_opcode_or_a_zone_transfer_is_not_implemented) {
   EXPECT_EQ(refusedWith(queryText({.type = type::axfr})), rcode::notImp);
   EXPECT_EQ(refusedWith(queryText({.type = type::ixfr})), rcode::notImp);
   for (const int opcode : {1, 2, 4, 5, 6, 15}) {
@@ -102,7 +102,7 @@ TEST(TunnelQuery, of_another_kind_is_not_implemented) {
   EXPECT_EQ(understood(queryText({.type = 65'280})).question.type, 65'280);
 }
 
-TEST(TunnelQuery, is_refused_in_a_message_that_others_understand) {
+TEST(TunnelQuery, is_refused_by_a_valid_message) {
   const auto reply =
       readByLdns(refusalReply({.id = 7, .flags = flag::recursionDesired, .rcode = rcode::formErr}));
   EXPECT_THAT(reply, HasSubstr("rcode: FORMERR, id: 7"));
@@ -115,7 +115,7 @@ TEST(TunnelQuery, is_refused_in_a_message_that_others_understand) {
   EXPECT_EQ(badVersion.at(headerSize + 5), '\1') << "the upper bits";
 }
 
-TEST(TunnelQuery, goes_out_without_a_trace_of_its_client) {
+TEST(TunnelQuery, is_sent_without_data_of_its_client) {
   const auto one = understood(queryText({.name = "WwW.example.org", .id = 1, .payload = 512}));
   const auto other = understood(queryText({.id = 2}));
   EXPECT_EQ(writeQuestion(one), writeQuestion(other));
@@ -126,7 +126,7 @@ TEST(TunnelQuery, goes_out_without_a_trace_of_its_client) {
   EXPECT_THAT(read, Not(HasSubstr("flags: do")));
 }
 
-TEST(TunnelQuery, goes_out_with_what_decides_about_its_answer) {
+TEST(TunnelQuery, is_sent_with_the_flags_that_change_its_answer) {
   const auto query = understood(
       queryText({.flags = flag::authenticData | flag::checkingDisabled, .payload = 1232, .dnssecOk = true}));
   const auto read = readByLdns(writeQuestion(query));
@@ -134,7 +134,7 @@ TEST(TunnelQuery, goes_out_with_what_decides_about_its_answer) {
   EXPECT_THAT(read, HasSubstr("flags: do"));
 }
 
-TEST(TunnelQuery, goes_out_in_lengths_that_tell_little) {
+TEST(TunnelQuery, is_padded) {
   for (std::size_t length = 1; length <= 63; ++length) {
     const auto label = std::string(length, 'x');
     for (const auto& name : {label, label + ".example.org", label + '.' + label + '.' + label}) {

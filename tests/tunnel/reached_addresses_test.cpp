@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 namespace ip = boost::asio::ip;
 
-TEST(TunnelReachedAddresses, are_read_back_and_nobody_elses) {
+TEST(TunnelReachedAddresses, are_read_back_and_readable_by_their_owner_only) {
   const TemporaryDirectory directory;
   const auto kept = directory.path() / "kept";
   {
@@ -30,14 +30,14 @@ TEST(TunnelReachedAddresses, are_read_back_and_nobody_elses) {
   EXPECT_EQ(std::filesystem::status(kept / "addresses").permissions(), std::filesystem::perms(0600));
 }
 
-TEST(TunnelReachedAddresses, that_make_no_sense_are_left_out) {
+TEST(TunnelReachedAddresses, that_are_malformed_are_ignored) {
   const TemporaryDirectory directory;
   std::ofstream(directory.path() / "addresses") << "a.example nonsense\nb.example 192.0.2.7\nc.example";
   EXPECT_THAT(ReachedAddresses(directory.path()).all(),
               ElementsAre(testing::Pair("b.example", ip::make_address("192.0.2.7"))));
 }
 
-TEST(TunnelReachedAddresses, that_cannot_be_kept_are_said_so) {
+TEST(TunnelReachedAddresses, that_cannot_be_written_are_reported) {
   ReachedAddresses addresses("/dev/null/kept");
   EXPECT_EQ(addresses.keep("doh.example", ip::make_address("192.0.2.7")),
             "/dev/null/kept/addresses can't be written: Not a directory");

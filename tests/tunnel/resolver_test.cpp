@@ -20,7 +20,7 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-// Answers when a test says so.
+// Answers when a test calls `answer`.
 class FakeUpstream final : public Upstream {
  public:
   void ask(Time now, Ticket ticket, std::string question, Done done) override {
@@ -34,7 +34,7 @@ class FakeUpstream final : public Upstream {
     open.erase(ticket);
     cancelled.insert(ticket);
   }
-  // The oldest open question.
+  // Answers the oldest open question.
   void answer(Time now, std::variant<Fetched, Failure> outcome) {
     open.extract(open.begin()).mapped()(now, std::move(outcome));
   }
@@ -102,7 +102,7 @@ TEST_F(TunnelResolver, forgets_what_it_has_and_what_is_on_its_way) {
   EXPECT_THAT(readByLdns(replies.back()), HasSubstr("192.0.2.8")) << "the older answer is not kept";
 }
 
-TEST_F(TunnelResolver, asks_nobody_for_what_it_knows_itself) {
+TEST_F(TunnelResolver, answers_local_names_itself) {
   ask({.name = "localhost"});
   ask({.type = type::axfr});
   askRaw(queryText({}).substr(0, 20));
@@ -110,14 +110,14 @@ TEST_F(TunnelResolver, asks_nobody_for_what_it_knows_itself) {
   EXPECT_THAT(upstream.questions, IsEmpty());
 }
 
-TEST_F(TunnelResolver, says_nothing_to_what_is_no_question) {
+TEST_F(TunnelResolver, does_not_answer_what_is_not_a_query) {
   askRaw("x");
   askRaw(answerText({}));
   EXPECT_THAT(replies, IsEmpty());
   EXPECT_THAT(upstream.questions, IsEmpty());
 }
 
-TEST_F(TunnelResolver, gives_an_answer_again_with_what_is_left_of_its_life) {
+TEST_F(TunnelResolver, answers_from_the_cache_with_the_remaining_ttl) {
   ask();
   answer();
   EXPECT_EQ(lastLife(), 60U);
@@ -137,7 +137,7 @@ TEST_F(TunnelResolver, gives_an_answer_again_with_what_is_left_of_its_life) {
   EXPECT_THAT(replies, SizeIs(4)) << "nothing stale";
 }
 
-TEST_F(TunnelResolver, takes_the_time_off_that_an_answer_was_kept_on_its_way) {
+TEST_F(TunnelResolver, subtracts_the_age_of_an_answer) {
   ask();
   answer({}, 280s);
   EXPECT_EQ(lastLife(), 20U);
@@ -146,7 +146,7 @@ TEST_F(TunnelResolver, takes_the_time_off_that_an_answer_was_kept_on_its_way) {
   EXPECT_THAT(upstream.questions, SizeIs(2));
 }
 
-TEST_F(TunnelResolver, keeps_apart_what_has_different_answers) {
+TEST_F(TunnelResolver, keeps_queries_with_different_flags_apart) {
   const std::vector<QueryText> different{{},
                                          {.name = "example.org"},
                                          {.type = type::aaaa},
@@ -188,7 +188,7 @@ TEST_F(TunnelResolver, gives_up_after_four_seconds) {
   EXPECT_EQ(resolver->wakeTime(), std::nullopt) << "nothing wakes an idle machine";
 }
 
-TEST_F(TunnelResolver, who_joins_late_waits_no_longer_than_the_first) {
+TEST_F(TunnelResolver, answers_all_who_asked_at_the_first_ones_deadline) {
   ask({.id = 1});
   pass(3s);
   ask({.id = 2});
@@ -233,7 +233,7 @@ TEST_F(TunnelResolver, holds_the_endpoints_own_failure_for_a_second) {
   EXPECT_THAT(upstream.questions, SizeIs(2));
 }
 
-TEST_F(TunnelResolver, explains_every_failure_to_those_who_can_hear_it) {
+TEST_F(TunnelResolver, explains_every_failure_to_clients_with_edns) {
   for (const auto cause : {Cause::late, Cause::unreachable, Cause::unknownAddress, Cause::untrusted,
                            Cause::noHttp2, Cause::broken, Cause::askedToWait, Cause::refused,
                            Cause::redirected, Cause::notDns, Cause::tooLong}) {
@@ -247,10 +247,10 @@ TEST_F(TunnelResolver, explains_every_failure_to_those_who_can_hear_it) {
   }
 }
 
-TEST_F(TunnelResolver, takes_no_answer_that_is_none) {
+TEST_F(TunnelResolver, rejects_invalid_answers) {
   const std::map<std::string, std::string> bad{{"<html></html>", "malformed"},
                                                {answerText({.name = "bad.example"}), "another question"},
-                                               {answerText({.moreFlags = flag::truncated}), "cut short"},
+                                               {answerText({.moreFlags = flag::truncated}), "truncated"},
                                                {std::string(70'000, 'x'), "malformed"}};
   for (const auto& [message, text] : bad) {
     ask({.payload = 1232});
@@ -261,7 +261,7 @@ TEST_F(TunnelResolver, takes_no_answer_that_is_none) {
   }
 }
 
-TEST_F(TunnelResolver, lets_no_more_than_1024_wait) {
+TEST_F(TunnelResolver, fails_at_once_when_1024_clients_wait) {
   for (int number = 0; number < 1023; ++number) {
     ask({.name = std::to_string(number) + ".example"});
   }
@@ -270,7 +270,7 @@ TEST_F(TunnelResolver, lets_no_more_than_1024_wait) {
   ask({.name = "0.example", .payload = 1232});
   ASSERT_THAT(replies, SizeIs(1)) << "joining counts too";
   EXPECT_EQ(lastCode(), rcode::servFail);
-  EXPECT_THAT(replies[0], HasSubstr("Too many questions"));
+  EXPECT_THAT(replies[0], HasSubstr("Too many queries"));
   answer({.name = "0.example"});
   EXPECT_THAT(replies, SizeIs(3));
   ask({.name = "more.example"});
@@ -281,7 +281,7 @@ TEST_F(TunnelResolver, lets_no_more_than_1024_wait) {
   EXPECT_THAT(replies, SizeIs(3 + 1023));
 }
 
-TEST_F(TunnelResolver, names_a_cause_once_however_often_it_strikes) {
+TEST_F(TunnelResolver, logs_a_cause_once_however_often_it_occurs) {
   upstream.answersAtOnce = Failure{Cause::unreachable, "Connection refused"};
   for (int second = 0; second < 200; ++second) {
     ask();
@@ -294,11 +294,12 @@ TEST_F(TunnelResolver, names_a_cause_once_however_often_it_strikes) {
   upstream.answersAtOnce = Fetched{answerText({})};
   pass(1s);
   ask();
-  EXPECT_THAT(told, ElementsAre("The endpoint can't be reached: Connection refused.",
-                                "The endpoint refused the question: status 500.", "The endpoint answers."));
+  EXPECT_THAT(told,
+              ElementsAre("The endpoint can't be reached: Connection refused.",
+                          "The endpoint answered with an HTTP error: status 500.", "The endpoint answers."));
 }
 
-TEST_F(TunnelResolver, names_a_cause_again_that_had_been_away) {
+TEST_F(TunnelResolver, logs_a_cause_again_after_a_minute_without_it) {
   const auto failOnce = [this] {
     upstream.answersAtOnce = Failure{Cause::late};
     ask({.name = std::to_string(now.time_since_epoch().count()) + ".example"});
@@ -312,7 +313,7 @@ TEST_F(TunnelResolver, names_a_cause_again_that_had_been_away) {
   EXPECT_THAT(told, SizeIs(2));
 }
 
-TEST_F(TunnelResolver, cuts_over_udp_and_not_over_tcp) {
+TEST_F(TunnelResolver, truncates_over_udp_and_not_over_tcp) {
   const AnswerText big{.answers = {{.data = std::string(600, 'x')}}};
   ask({}, Channel::udp);
   ask({}, Channel::tcp);
@@ -323,7 +324,7 @@ TEST_F(TunnelResolver, cuts_over_udp_and_not_over_tcp) {
   EXPECT_EQ(replies[1].size(), answerText(big).size());
 }
 
-TEST_F(TunnelResolver, calls_back_nobody_once_it_is_gone) {
+TEST_F(TunnelResolver, sends_no_reply_after_its_destruction) {
   ask();
   ask({.name = "other.example"});
   resolver.reset();

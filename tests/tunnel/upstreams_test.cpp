@@ -43,9 +43,9 @@ struct TunnelUpstreams : testing::Test {
   std::map<Ticket, std::string> outcomes;
 };
 
-TEST_F(TunnelUpstreams, ask_nobody_before_there_is_somebody) {
+TEST_F(TunnelUpstreams, fail_without_an_endpoint) {
   ask(1);
-  EXPECT_EQ(outcomes[1], "No endpoint is known.");
+  EXPECT_EQ(outcomes[1], "No endpoint is configured.");
   take();
   EXPECT_THAT(connections.made, IsEmpty()) << "nothing to ask yet";
   ask(2);
@@ -55,7 +55,7 @@ TEST_F(TunnelUpstreams, ask_nobody_before_there_is_somebody) {
   EXPECT_EQ(changes, 0);
 }
 
-TEST_F(TunnelUpstreams, ask_the_old_one_until_the_new_ones_connection_stands) {
+TEST_F(TunnelUpstreams, ask_the_old_endpoint_until_the_new_one_is_connected) {
   take();
   ask(1);
   open(0);
@@ -71,7 +71,7 @@ TEST_F(TunnelUpstreams, ask_the_old_one_until_the_new_ones_connection_stands) {
   EXPECT_THAT(made(1).sent, ElementsAre(3));
 }
 
-TEST_F(TunnelUpstreams, let_what_is_open_on_the_old_one_end_there) {
+TEST_F(TunnelUpstreams, finish_open_questions_at_the_old_endpoint) {
   take();
   ask(1);
   ask(2);
@@ -87,7 +87,7 @@ TEST_F(TunnelUpstreams, let_what_is_open_on_the_old_one_end_there) {
   EXPECT_EQ(outcomes[1], "old");
 }
 
-TEST_F(TunnelUpstreams, change_also_to_one_that_cannot_be_reached) {
+TEST_F(TunnelUpstreams, change_to_an_endpoint_that_cannot_be_reached_too) {
   take();
   ask(1);
   open(0);
@@ -104,7 +104,7 @@ TEST_F(TunnelUpstreams, change_also_to_one_that_cannot_be_reached) {
   EXPECT_EQ(outcomes[2], "The endpoint can't be reached.");
 }
 
-TEST_F(TunnelUpstreams, go_to_the_latest_of_several) {
+TEST_F(TunnelUpstreams, change_to_the_latest_of_several_endpoints) {
   take();
   ask(1);
   open(0);
@@ -118,14 +118,14 @@ TEST_F(TunnelUpstreams, go_to_the_latest_of_several) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(TunnelUpstreams, end_with_what_is_open) {
+TEST_F(TunnelUpstreams, finish_open_questions_when_there_is_no_endpoint_any_more) {
   take();
   ask(1);
   open(0);
   upstreams.takeNone();
   EXPECT_EQ(changes, 1);
   ask(2);
-  EXPECT_EQ(outcomes[2], "No endpoint is known.");
+  EXPECT_EQ(outcomes[2], "No endpoint is configured.");
   answer(0, 1, "answer");
   EXPECT_EQ(outcomes[1], "answer");
   EXPECT_THAT(connections.alive, IsEmpty());

@@ -10,16 +10,16 @@
 
 namespace quillmar::tunnel {
 
-// What a server says of a name's addresses.
+// The addresses that a name server gives for a name.
 struct AddressRecords {
-  std::vector<std::string> addresses{};  // as on the wire: 4 or 16 bytes each
-  std::chrono::seconds life{0};          // of all of them
+  std::vector<std::string> addresses{};  // in wire format: 4 or 16 bytes each
+  std::chrono::seconds life{0};          // the shortest TTL
 };
 
-// Nothing for what is no good answer to this question. That the name has no addresses is one.
+// nullopt if the message does not answer this question. An answer without addresses is valid.
 std::optional<AddressRecords> readAddressRecords(std::string_view message, const Question& question);
 
-// A question of this machine's own; nothing for a name that can't be asked for.
+// A query for the host's addresses; nullopt if the host is not a valid name.
 std::optional<Query> queryFor(std::string_view host, std::uint16_t type);
 
 }  // namespace quillmar::tunnel

@@ -10,10 +10,10 @@ namespace {
 
 using std::chrono::seconds;
 
-// Mostly for texts that say what was blocked; an endpoint that writes a book here is not passed on.
+// Enough for a text that says what was blocked. Longer ones are not passed on.
 constexpr std::size_t largestExtendedErrors = 512;
 
-// Of the options in an OPT record those with extended errors.
+// The extended errors among the options of an OPT record.
 std::string extendedErrorsIn(std::string_view options) {
   std::string errors;
   for (Reader reader(options, 0); reader.ok() && !reader.atEnd();) {
@@ -27,10 +27,10 @@ std::string extendedErrorsIn(std::string_view options) {
   return errors.size() <= largestExtendedErrors ? errors : std::string();
 }
 
-// RFC 2181: a TTL with the top bit is zero.
+// RFC 2181: a TTL with the top bit set counts as zero.
 seconds lifeOf(std::uint32_t ttl) { return seconds(ttl > 0x7fffffffU ? 0 : ttl); }
 
-// RFC 2308: the last number of an SOA is for how long its zone's gaps are known.
+// RFC 2308: the last number of an SOA limits how long the absence of a name is kept.
 seconds lifeOf(const Record& record) {
   constexpr std::size_t fiveNumbers = 20;
   const auto life = lifeOf(record.ttl);
@@ -49,7 +49,7 @@ bool isOf(const Question& question, Reader& reader) {
 
 }  // namespace
 
-// What is learnt on the way through the records.
+// What the records say, collected in one pass.
 struct Answer::Survey {
   bool answersQuestion = false;
   bool namesZone = false;
@@ -103,7 +103,8 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
     }
     answer.take(record, survey);
     if (survey.opt) {
-      break;  // What stands behind it may point past it, and it goes. Nobody needs more of this section.
+      // The OPT record is removed, and names in later records may point past it. Nobody needs those records.
+      break;
     }
     survey.answersQuestion =
         survey.answersQuestion ||
@@ -113,7 +114,7 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
   std::uint16_t code = header->rcode();
   if (survey.opt) {
     answer.extendedErrors_ = extendedErrorsIn(survey.opt->data);
-    // A client without an OPT record of its own could not be told the upper bits.
+    // A client that sent no OPT record can't receive the upper bits.
     code = survey.opt->ttl >> 24U != 0 ? rcode::servFail : code;
   }
   answer.isFailure_ = code != rcode::noError && code != rcode::nxDomain;

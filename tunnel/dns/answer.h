@@ -13,26 +13,27 @@ namespace quillmar::tunnel {
 
 enum class AnswerFault { malformed, cutShort, ofAnotherQuestion };
 
-// What the endpoint said to one question, ready to be handed to everybody who asks the same.
+// The endpoint's answer to a question, which can be given to every client that asks it.
 //
-// Clients keep an answer for as long as its records say. So that a change at the service acts within a minute
-// for them too, no record says more than `longestLife`, and `longestAbsence` where something does not exist.
+// Clients keep an answer for as long as its TTLs say. No TTL is longer than `longestLife`, so that a change
+// at the service reaches them within a minute. If the answer says that something does not exist, no TTL is
+// longer than `longestAbsence`.
 class Answer {
  public:
   static constexpr std::chrono::seconds longestLife{60};
   static constexpr std::chrono::seconds longestAbsence{10};
 
-  // `age` is for how long it has been kept on its way here.
+  // `age`: how long caches on the way have kept it.
   static std::variant<Answer, AnswerFault> parse(std::string message, const Question& question,
                                                  std::chrono::seconds age);
 
-  // For how long it may be given again. Zero for what says nothing about that.
+  // How long it may be kept here. Zero if it does not say.
   std::chrono::seconds lifetime() const { return lifetime_; }
-  // The endpoint could not or would not answer.
+  // The response code is an error other than NXDOMAIN.
   bool isFailure() const { return isFailure_; }
   std::size_t size() const;
 
-  // The answer to this query for the same question, `elapsed` after it came.
+  // The reply to a query for the same question, `elapsed` after the answer arrived.
   std::string toQuery(const Query& query, std::chrono::seconds elapsed) const;
 
  private:
@@ -42,9 +43,9 @@ class Answer {
   void take(const Record& record, Survey& survey);
   void limitLives(const Survey& survey, std::chrono::seconds age);
 
-  std::string message_;               // up to its OPT record
-  std::vector<std::uint16_t> lives_;  // where its TTLs stand
-  std::string extendedErrors_;        // options as they came
+  std::string message_;               // without its OPT record
+  std::vector<std::uint16_t> lives_;  // offsets of the TTLs
+  std::string extendedErrors_;        // as options of an OPT record
   std::chrono::seconds lifetime_{0};
   bool isFailure_ = false;
 };

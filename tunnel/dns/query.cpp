@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::size_t paddedTo = 128;
 constexpr std::uint16_t paddingOption = 12;
-// Over HTTPS there is no such limit; servers behind the endpoint may take it for theirs.
+// HTTPS has no such limit, but the endpoint may pass this on to other servers.
 constexpr std::uint16_t takenPayload = 4096;
 
 struct Opt {
@@ -18,7 +18,8 @@ Opt optOf(const Record& record) {
           .edns = {.payload = record.klass, .dnssecOk = (record.ttl & dnssecOk) != 0}};
 }
 
-// The records behind the question: false if they can't be read to the message's end or have two OPT.
+// Reads the records after the question. False if they are malformed, if bytes follow them, or if an OPT
+// record is misplaced or the second one.
 bool readRecords(Reader& reader, const Header& header, std::optional<Opt>& opt) {
   const unsigned ordinary = header.answers + unsigned{header.authorities};
   const unsigned all = ordinary + header.additionals;

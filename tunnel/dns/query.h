@@ -11,18 +11,18 @@
 namespace quillmar::tunnel {
 
 struct Question {
-  std::string name{};  // as it was written
+  std::string name{};  // in the client's upper and lower case
   std::uint16_t type = 0;
   std::uint16_t klass = internetClass;
 };
 
-// What an OPT record says (RFC 6891).
+// The content of an OPT record (RFC 6891).
 struct Edns {
-  std::uint16_t payload = 0;  // the largest answer that its sender takes over UDP
+  std::uint16_t payload = 0;  // the largest UDP message that the sender accepts
   bool dnssecOk = false;
 };
 
-// A question of a client.
+// A client's query.
 struct Query {
   std::uint16_t id = 0;
   bool recursionDesired = false;
@@ -32,20 +32,21 @@ struct Query {
   std::optional<Edns> edns{};
 };
 
-// A message that gets an error without being asked anywhere.
+// A message that is answered with an error right away.
 struct Refusal {
   std::uint16_t id = 0;
-  std::uint16_t flags = 0;  // as they came
+  std::uint16_t flags = 0;  // of the message
   std::uint16_t rcode = 0;
 };
 
-// What must not be answered: an answer to it would be answered in turn, or there is nobody to answer.
+// A message that must not be answered: it has no whole header, or it is an answer itself. Two servers would
+// otherwise answer each other forever.
 struct Silence {};
 
 std::variant<Query, Refusal, Silence> parseQuery(std::string_view message);
 
-// The question as it goes to the endpoint. It tells nothing of its client: the id is 0 (RFC 8484), the name
-// in lower case, the length rounded up (RFC 8467), the OPT record our own.
+// The message for the endpoint. It shows nothing of the client: the id is 0 (RFC 8484), the name is in lower
+// case, the length is padded (RFC 8467), and the OPT record is our own.
 std::string writeQuestion(const Query& query);
 
 }  // namespace quillmar::tunnel

@@ -5,7 +5,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-// More than this is cut into pieces on its way through some networks (RFC 9715).
+// Longer datagrams are fragmented in some networks (RFC 9715).
 constexpr std::uint16_t largestUdpReply = 1232;
 constexpr std::uint16_t largestPlainUdpReply = 512;
 

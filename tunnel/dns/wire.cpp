@@ -13,7 +13,7 @@ std::uint8_t byteAt(std::string_view message, std::size_t at) {
   return static_cast<std::uint8_t>(message[at]);
 }
 
-// The bytes of a name are letters or not whatever the locale.
+// Names are compared as ASCII, independent of the locale.
 char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
@@ -105,7 +105,8 @@ std::string_view Reader::plainName() {
   return {};
 }
 
-// A name may end in a pointer to one before it. Where that leads is not looked at: names are passed on.
+// A name may end in a pointer to an earlier name. The pointer is not followed, because names are only passed
+// on.
 void Reader::skipName() {
   const std::size_t start = at_;
   while (has(1)) {
@@ -137,7 +138,7 @@ Record Reader::record() {
 
 std::string lowerCased(std::string_view name) {
   std::string lower(name);
-  // A length is at most 63 and so never taken for a letter.
+  // A label's length is at most 63 and therefore never an upper-case letter.
   std::ranges::transform(lower, lower.begin(), [](char c) { return lowerCased(c); });
   return lower;
 }

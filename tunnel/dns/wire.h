@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// What a DNS message is made of (RFC 1035), for messages that are looked at and passed on rather than taken
-// apart. A name stands as its labels on the wire, each behind its length, the root's empty one last.
+// The parts of a DNS message (RFC 1035). Messages are checked and passed on, not decoded into objects. Names
+// are in wire format: each label after its length, and the empty label of the root at the end.
 namespace quillmar::tunnel {
 
 namespace type {
@@ -29,10 +29,10 @@ inline constexpr std::uint16_t formErr = 1;
 inline constexpr std::uint16_t servFail = 2;
 inline constexpr std::uint16_t nxDomain = 3;
 inline constexpr std::uint16_t notImp = 4;
-inline constexpr std::uint16_t badVers = 16;  // its upper bits stand in the OPT record
+inline constexpr std::uint16_t badVers = 16;  // the upper bits are in the OPT record
 }  // namespace rcode
 
-// The header's second word.
+// Bits of the header's second word.
 namespace flag {
 inline constexpr std::uint16_t response = 0x8000;
 inline constexpr std::uint16_t opcode = 0x7800;
@@ -44,7 +44,7 @@ inline constexpr std::uint16_t checkingDisabled = 0x0010;
 inline constexpr std::uint16_t rcode = 0x000f;
 }  // namespace flag
 
-// The DO bit of an OPT record's TTL.
+// The DO bit in the TTL field of an OPT record.
 inline constexpr std::uint32_t dnssecOk = 0x8000;
 
 inline constexpr std::size_t headerSize = 12;
@@ -72,7 +72,7 @@ std::optional<Header> readHeader(std::string_view message);
 void append(std::string& message, const Header& header);
 void putAdditionals(std::string& message, std::uint16_t count);
 
-// A resource record where it stands in a message.
+// A resource record and its position in the message.
 struct Record {
   std::size_t start = 0;
   bool ofRoot = false;
@@ -83,8 +83,8 @@ struct Record {
   std::string_view data{};
 };
 
-// Reads a message from front to back. Once it has met something that can't be, everything that it gives is
-// empty and `ok` says so; nothing outside of the message is ever read.
+// Reads a message from front to back, and never outside of it. After the first malformed part `ok` is false,
+// and everything that it returns is empty.
 class Reader {
  public:
   Reader(std::string_view message, std::size_t at) : message_(message), at_(at) {}
@@ -96,7 +96,7 @@ class Reader {
   std::uint16_t number16();
   std::uint32_t number32();
   std::string_view bytes(std::size_t count);
-  // One that points nowhere else, as the first name of a message has to be.
+  // A name without a pointer. The first name of a message has to be one.
   std::string_view plainName();
   Record record();
 
@@ -109,10 +109,10 @@ class Reader {
   bool ok_ = true;
 };
 
-// The same name in lower case.
+// The name in lower case.
 std::string lowerCased(std::string_view name);
 
-// "www.example.org" as it stands on the wire; made for names that stand in the program.
+// "www.example.org" in wire format. The name has to be valid.
 std::string wireName(std::string_view dotted);
 
 }  // namespace quillmar::tunnel

@@ -36,7 +36,7 @@ bool isDns(std::string_view originalTuple) {
   return ntohs(number) == dns || ntohs(number) == dnsOverTls;
 }
 
-// What names the flow in a request to delete it.
+// The request to delete a flow.
 std::string deletionOf(std::string_view flow) {
   std::string payload;
   netlink::appendStruct(payload, ofFamily(static_cast<std::uint8_t>(flow.front())));
@@ -68,12 +68,12 @@ std::string forgetDnsFlows() {
   });
   for (const auto& deletion : deletions) {
     const int failed = requests.request(messageType(IPCTNL_MSG_CT_DELETE), deletion);
-    if (failed != 0 && failed != ENOENT) {  // it ended by itself
+    if (failed != 0 && failed != ENOENT) {  // it has ended meanwhile
       error = failed;
     }
   }
   return error == 0 ? std::string()
-                    : "flows that began before go on as they were: " + std::system_category().message(error);
+                    : "existing flows are not redirected: " + std::system_category().message(error);
 }
 
 }  // namespace quillmar::tunnel

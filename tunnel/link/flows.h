@@ -4,8 +4,8 @@
 
 namespace quillmar::tunnel {
 
-// The kernel goes on translating a flow as it did when the flow began. Makes it look anew at those of DNS.
-// The problem, if there is one.
+// Deletes the connection tracking entries of DNS, since the kernel applies new rules to new flows only.
+// Returns the problem, or an empty text.
 std::string forgetDnsFlows();
 
 }  // namespace quillmar::tunnel

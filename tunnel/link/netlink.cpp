@@ -73,7 +73,7 @@ int Requests::send(std::uint16_t type, std::uint16_t flags, const std::string& p
   return ::send(socket_.get(), message.data(), message.size(), 0) < 0 ? errno : 0;
 }
 
-// Up to the end of the answer.
+// Reads messages up to the end of the answer, and returns its error.
 int Requests::receive(const Visit& visit) {
   std::vector<char> buffer(largestRead);
   std::optional<int> end;

@@ -9,15 +9,15 @@
 
 #include "tunnel/link/open_file.h"
 
-// As much of netlink(7) as is needed here.
+// The part of netlink(7) that the tunnel needs.
 namespace quillmar::tunnel::netlink {
 
-// No message of the kernel's is longer than this.
+// The kernel sends no longer messages.
 inline constexpr std::size_t largestRead = std::size_t{64} * 1024;
 
-// Behind a message's header.
+// Appends to a message's payload.
 void appendAttribute(std::string& payload, std::uint16_t type, std::string_view value);
-// The value of the first one of this type.
+// The value of the first attribute of this type.
 std::optional<std::string_view> attribute(std::string_view attributes, std::uint16_t type);
 
 template <class T>
@@ -25,13 +25,13 @@ void appendStruct(std::string& payload, const T& value) {
   payload.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-// The type and the payload of each message in what was received.
+// Called with the type and the payload of each received message.
 using Visit = std::function<void(std::uint16_t type, std::string_view payload)>;
 void visit(std::string_view received, const Visit& visit);
 
 OpenFile open(int protocol, std::uint32_t groups, bool waits);
 
-// Requests, each with what became of it as an errno; zero is success.
+// Sends requests. Each returns an errno, or zero for success.
 class Requests {
  public:
   explicit Requests(int protocol) : socket_(open(protocol, 0, true)) {}

@@ -6,7 +6,7 @@
 
 namespace quillmar::tunnel {
 
-// Owns one open file.
+// Owns a file descriptor.
 class OpenFile {
  public:
   OpenFile() = default;

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint32_t nftablesGroup = 1U << (NFNLGRP_NFTABLES - 1U);
 
-// The first attribute of tables, chains, rules and sets alike.
+// The first attribute of tables, chains, rules and sets.
 std::string_view tableOf(std::string_view payload) {
   if (payload.size() < sizeof(nfgenmsg)) {
     return {};
@@ -35,7 +35,7 @@ std::vector<RulesetChange> RulesetReader::read(std::string_view notifications) {
     if (type >> 8U != NFNL_SUBSYS_NFTABLES) {
       return;
     }
-    if ((type & 0xffU) != NFT_MSG_NEWGEN) {  // which ends a transaction
+    if ((type & 0xffU) != NFT_MSG_NEWGEN) {  // the end of a transaction
       return take(type & 0xffU, tableOf(payload));
     }
     const auto [touched, made, released] = std::exchange(*this, {});
@@ -78,7 +78,7 @@ void RulesetWatch::read() {
   std::vector<char> buffer(netlink::largestRead);
   for (;;) {
     const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (size < 0 && errno == ENOBUFS) {  // something was missed
+    if (size < 0 && errno == ENOBUFS) {  // notifications were lost
       changed_(RulesetChange::redirectionTouched);
     } else if (size <= 0) {
       return;

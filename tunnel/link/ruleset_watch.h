@@ -11,12 +11,12 @@
 namespace quillmar::tunnel {
 
 enum class RulesetChange {
-  redirectionTouched,  // by somebody else
+  redirectionTouched,  // by another program
   released,
 };
 
-// Reads the kernel's notifications of nftables, which come by transaction. One that changes our table and
-// does not make it anew was not ours.
+// Reads the kernel's notifications about nftables. A transaction that changes our table without creating it
+// again was made by another program.
 class RulesetReader {
  public:
   std::vector<RulesetChange> read(std::string_view notifications);
@@ -35,7 +35,7 @@ class RulesetWatch {
 
   RulesetWatch(boost::asio::io_context& context, Changed changed);
 
-  // Whether this machine tells.
+  // Whether this machine sends notifications.
   bool works() const { return socket_.is_open(); }
 
  private:

@@ -7,14 +7,15 @@
 
 namespace quillmar::tunnel {
 
-// A network device that carries nothing: what is sent to its own address stays in this machine, and nothing
-// is routed through it. It lives as long as its file.
+// A network device for the tunnel's addresses. No packet passes through it: packets to its own addresses stay
+// in this machine, and nothing is routed to it. It exists as long as its file is open.
 using TunDevice = OpenFile;
 
-// Or what kept it from being made.
+// The device, or the problem.
 std::variant<TunDevice, std::string> openTunDevice(const std::string& name);
 
-// Whoever made it; one that is not there is no problem. The problem, if there is one.
+// Removes the device, whoever made it. Returns the problem, or an empty text; a device that does not exist is
+// none.
 std::string removeDevice(const std::string& name);
 
 }  // namespace quillmar::tunnel

@@ -10,7 +10,7 @@ namespace quillmar::tunnel {
 
 using TcpEndpoints = std::vector<boost::asio::ip::tcp::endpoint>;
 
-// Finds the endpoint's addresses, in the order in which they are to be tried.
+// Finds the endpoint's addresses. They are in the order in which to try them.
 class Bootstrap {
  public:
   using Found = std::function<void(boost::system::error_code, TcpEndpoints)>;
@@ -20,19 +20,19 @@ class Bootstrap {
   Bootstrap& operator=(const Bootstrap&) = delete;
   virtual ~Bootstrap() = default;
 
-  // An address in the URL is used as it is, and localhost is this machine; any other name is looked up.
-  // `found` may be called at once.
+  // An address in the URL is used as it is, and localhost is this machine. Any other name is looked up.
+  // `found` may be called before this returns.
   void find(const Endpoint& endpoint, Found found);
-  // A connection there stands, and its certificate is the right one.
+  // A connection to this address was made and its certificate verified.
   virtual void reached(const Endpoint& /*endpoint*/, const boost::asio::ip::address& /*address*/) {}
-  // None of the addresses that were found took a connection.
+  // None of the found addresses accepted a connection.
   virtual void missed(const Endpoint& /*endpoint*/) {}
 
  private:
   virtual void lookUp(const Endpoint& endpoint, Found found) = 0;
 };
 
-// Asks the system's resolver: on a thread of its library's, for it blocks.
+// Asks the system's resolver, which blocks, on a thread of Asio's.
 class SystemBootstrap final : public Bootstrap {
  public:
   explicit SystemBootstrap(boost::asio::io_context& context) : resolver_(context) {}
@@ -43,7 +43,7 @@ class SystemBootstrap final : public Bootstrap {
   boost::asio::ip::tcp::resolver resolver_;
 };
 
-// IPv6 and IPv4 by turns, each in its order; IPv6 first (RFC 8305).
+// IPv6 and IPv4 addresses alternate, IPv6 first (RFC 8305). Each family keeps its order.
 TcpEndpoints byTurns(const TcpEndpoints& endpoints);
 
 }  // namespace quillmar::tunnel

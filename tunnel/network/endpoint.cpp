@@ -31,7 +31,7 @@ bool isAddress6(std::string_view host) {
   return !error;
 }
 
-// Of what stands behind the host.
+// The port in the text after the host.
 std::optional<std::uint16_t> portOf(std::string_view text) {
   if (text.empty() || text == ":") {
     return httpsPort;
@@ -55,7 +55,7 @@ std::optional<Endpoint> parseEndpoint(std::string_view text) {
   const bool inBrackets = authority.starts_with('[');
   const auto host = lowerCased(*url->host());
   const auto port = portOf(authority.substr(std::min(authority.size(), host.size() + (inBrackets ? 2 : 0))));
-  // A user's name would have moved the host away from the front.
+  // With a user name the authority would not begin with the host.
   const auto front = lowerCased(std::string(authority.substr(inBrackets ? 1 : 0, host.size())));
   if (!port || front != host || !(inBrackets ? isAddress6(host) : isName(host))) {
     return std::nullopt;

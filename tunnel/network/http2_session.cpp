@@ -10,7 +10,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-// Enough for sixteen of the longest answers at once.
+// For sixteen of the longest answers at once.
 constexpr std::int32_t connectionWindow = 1024 * 1024;
 constexpr std::uint32_t largestHeaderList = 16 * 1024;
 constexpr std::string_view dnsMessage = "application/dns-message";
@@ -19,7 +19,7 @@ std::string_view text(const std::uint8_t* data, std::size_t length) {
   return {reinterpret_cast<const char*>(data), length};
 }
 
-// nghttp2 copies both, though it asks for them unconst.
+// nghttp2 takes non-const pointers but only copies the texts.
 nghttp2_nv field(std::string_view name, std::string_view value) {
   const auto bytes = [](std::string_view given) {
     return reinterpret_cast<std::uint8_t*>(const_cast<char*>(given.data()));  // NOLINT(*-const-cast)
@@ -80,7 +80,7 @@ std::optional<Failure> Http2Session::send(Ticket ticket, const std::string& ques
   };
   request.stream =
       nghttp2_submit_request(http_.get(), nullptr, fields.data(), fields.size(), &provider, &request);
-  // All numbers of streams may be used up.
+  // All stream ids may be used up.
   return request.stream < 0 ? std::optional(broken(request.stream)) : std::nullopt;
 }
 

@@ -16,8 +16,7 @@
 
 namespace quillmar::tunnel {
 
-// DNS over HTTPS (RFC 8484) in the frames of one HTTP/2 connection. It reads and writes bytes in memory, and
-// the caller carries them.
+// DNS over HTTPS (RFC 8484) on one HTTP/2 connection. It works on bytes in memory; the caller transfers them.
 class Http2Session {
  public:
   // The endpoint and the events have to outlive it. It reports answers, lost requests, PONGs and GOAWAY.
@@ -33,9 +32,9 @@ class Http2Session {
 
   // The reason if the connection has to be closed.
   std::optional<Failure> receive(std::string_view bytes);
-  // Frames for the endpoint: about as many bytes as asked for, and none once there are no more.
+  // The next frames for the endpoint, about `size` bytes. Empty if there are none.
   std::variant<std::string, Failure> takeOutgoing(std::size_t size);
-  // Both sides have said all.
+  // Neither side has anything left to send.
   bool isOver() const;
 
   // Reports nothing from now on.

@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// Longer than anything is kept or waited for here, and far from any overflow.
+// Longer than any wait or lifetime here, and far from an overflow.
 constexpr seconds longest{std::chrono::hours(24 * 365)};
 
 std::optional<seconds> secondsIn(std::string_view value) {
@@ -35,7 +35,7 @@ bool isDnsMessage(std::string_view contentType) {
   });
 }
 
-// A moment is as far away as the endpoint itself sees it, whatever time this machine has.
+// A date is relative to the endpoint's own clock, since this machine's may be wrong.
 std::optional<seconds> waitOf(const std::string& retryAfter, const std::string& date) {
   if (retryAfter.empty()) {
     return std::nullopt;
@@ -53,7 +53,7 @@ std::optional<seconds> waitOf(const std::string& retryAfter, const std::string& 
 
 }  // namespace
 
-// A second status comes after an informational one, which has said nothing of the answer.
+// A second status follows an informational response, whose fields don't belong to the answer.
 void HttpFields::takeStatus(std::string_view value) {
   *this = {};
   std::from_chars(value.data(), value.data() + value.size(), answer_.status);

@@ -9,12 +9,11 @@
 
 namespace quillmar::tunnel {
 
-// The header fields of an answer, one by one as they come. Those that don't matter, or can't be understood,
-// leave no trace.
+// Collects the header fields of an answer. Unknown and malformed ones are ignored.
 class HttpFields {
  public:
   void take(std::string_view name, std::string_view value);
-  // What they have said, once all have come.
+  // To be called after the last field.
   HttpAnswer answer() const;
 
  private:

@@ -20,10 +20,10 @@ std::optional<std::uint16_t> portIn(std::string_view text) {
   return isWhole ? std::optional(port) : std::nullopt;
 }
 
-// A burst of questions waits there while others are answered.
+// For bursts of queries.
 constexpr int receiveBuffer = 512 * 1024;
 
-// Also for IPv6: the option of that name concerns any socket.
+// IP_FREEBIND works for IPv6 sockets too.
 using FreeBind = boost::asio::detail::socket_option::boolean<IPPROTO_IP, IP_FREEBIND>;
 
 ErrorCode bindBoth(Sockets& sockets, const ip::tcp::endpoint& address, Presence presence) {
@@ -74,7 +74,7 @@ std::optional<ip::tcp::endpoint> parseListenAddress(std::string_view text) {
 
 std::variant<Sockets, ErrorCode> bindSockets(boost::asio::io_context& context,
                                              const ip::tcp::endpoint& address, Presence presence) {
-  // A port that is free for TCP may be taken for UDP.
+  // A port that is free for TCP may be in use for UDP.
   const int attempts = address.port() == 0 ? 16 : 1;
   ErrorCode error;
   for (int attempt = 0; attempt < attempts; ++attempt) {

@@ -12,15 +12,15 @@ namespace quillmar::tunnel {
 using TcpAcceptor = boost::asio::ip::tcp::acceptor;
 using UdpSocket = boost::asio::ip::udp::socket;
 
-// "127.0.0.1", "127.0.0.1:5353", "::1", "[::1]:5353"; without a port DNS's own.
+// "127.0.0.1", "127.0.0.1:5353", "::1", "[::1]:5353". The port is 53 unless given.
 std::optional<boost::asio::ip::tcp::endpoint> parseListenAddress(std::string_view text);
 
-// Both on the same port, a free one where it is 0.
+// Both are bound to the same port. Port 0 chooses a free one.
 struct Sockets {
   UdpSocket udp;
   TcpAcceptor tcp;
 };
-// Whether the address has to be one of this machine's already.
+// Whether the address has to exist already when the sockets are bound.
 enum class Presence { now, later };
 std::variant<Sockets, boost::system::error_code> bindSockets(boost::asio::io_context& context,
                                                              const boost::asio::ip::tcp::endpoint& address,

@@ -9,14 +9,14 @@
 
 namespace quillmar::tunnel {
 
-// Takes questions over TCP (RFC 7766): as many as a client likes on one connection, each answered as soon as
-// its answer is there.
+// Receives queries over TCP (RFC 7766). A connection may carry any number of them, and each is answered as
+// soon as its reply is ready.
 class TcpListener {
  public:
   static constexpr std::size_t mostConnections = 64;
   static constexpr std::chrono::seconds usualIdle{10};
 
-  // A client that has asked nothing whole for so long is let go.
+  // A connection is closed after this time without a complete query.
   TcpListener(TcpAcceptor acceptor, Answering answering, std::chrono::milliseconds idle = usualIdle);
   TcpListener(const TcpListener&) = delete;
   TcpListener& operator=(const TcpListener&) = delete;

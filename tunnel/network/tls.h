@@ -17,7 +17,8 @@ namespace quillmar::tunnel {
 
 struct OpenSslFree {
   void operator()(SSL* tls) const {
-    // Else a connection that was cut would take its session along, and that is just when it is needed.
+    // OpenSSL would otherwise discard the session of a connection that broke, which is needed to connect
+    // again.
     SSL_set_shutdown(tls, SSL_SENT_SHUTDOWN | SSL_RECEIVED_SHUTDOWN);
     SSL_free(tls);
   }
@@ -27,44 +28,44 @@ struct OpenSslFree {
 template <class T>
 using OpenSslPointer = std::unique_ptr<T, OpenSslFree>;
 
-// TLS between two byte streams that others carry. Only HTTP/2 is spoken inside.
+// TLS on bytes in memory; the caller transfers them. It offers HTTP/2 only.
 class TlsConnection {
  public:
   explicit TlsConnection(OpenSslPointer<SSL> tls);
 
-  // Bytes from the network.
+  // Takes bytes from the network.
   void received(std::string_view bytes);
   // Bytes for the network.
   std::string takeOutgoing();
 
   enum class Handshake { goesOn, done, failed };
   Handshake shakeHands();
-  // Why it failed.
+  // Why the handshake failed.
   Failure failure() const;
   bool speaksHttp2() const;
 
   void write(std::string_view text);
-  // How much was put into the buffer; zero where there is no more for now, nothing once it has ended.
+  // The number of bytes put into the buffer: zero if there are none now, nullopt after the end.
   std::optional<std::size_t> read(std::span<char> buffer);
 
  private:
   OpenSslPointer<SSL> tls_;
 };
 
-// What all connections to the endpoint share: whom it trusts, and the session to resume.
+// What the connections to one endpoint share: the trusted authorities, and the session to resume.
 class TlsClient {
  public:
-  // The system's authorities are trusted, and those in the file if one is named. Else what is wrong with it.
+  // Trusts the system's authorities and those in the file, if one is given. Returns the problem if it can't.
   static std::variant<std::unique_ptr<TlsClient>, std::string> make(const std::string& caFile);
 
   TlsClient(const TlsClient&) = delete;
   TlsClient& operator=(const TlsClient&) = delete;
 
-  // A client for another endpoint, which trusts the same authorities and knows nothing of this one's
-  // sessions: who resumes one does not look at the certificate again.
+  // A client for another endpoint, with the same authorities and without a session: the certificate is not
+  // verified again when a session is resumed.
   std::unique_ptr<TlsClient> another() const;
 
-  // Its certificate has to be one for this host.
+  // The certificate has to be valid for this host.
   TlsConnection connectionTo(const std::string& host);
 
  private:

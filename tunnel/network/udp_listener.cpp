@@ -10,11 +10,11 @@
 namespace quillmar::tunnel {
 namespace {
 
-// A question hardly ever has more than 300 bytes; what is longer than this is left alone.
+// Queries hardly ever have more than 300 bytes. Longer datagrams than this are dropped.
 constexpr std::size_t largestQuestion = 2048;
 constexpr std::size_t mostAtOnce = 16;
 
-// Room for several datagrams that one system call fills.
+// Several datagrams, received by one system call.
 class Batch {
  public:
   Batch() {
@@ -29,7 +29,7 @@ class Batch {
   Batch(const Batch&) = delete;
   Batch& operator=(const Batch&) = delete;
 
-  // How many there were.
+  // Returns their number.
   std::size_t receive(int socket) {
     for (auto& message : messages_) {
       message.msg_hdr.msg_namelen = sizeof(sockaddr_storage);
@@ -43,7 +43,7 @@ class Batch {
   }
   boost::asio::ip::udp::endpoint sender(std::size_t index) const {
     boost::asio::ip::udp::endpoint sender;
-    // Its size follows from the family, which comes with the bytes.
+    // The endpoint's size follows from the family in the copied bytes.
     std::memcpy(sender.data(), &senders_[index],
                 std::min<std::size_t>(messages_[index].msg_hdr.msg_namelen, sender.capacity()));
     return sender;
@@ -89,7 +89,7 @@ class UdpListener::Receiver : public std::enable_shared_from_this<Receiver> {
     }
   }
 
-  // One that finds no room is lost, as any datagram may be.
+  // A reply that does not fit into the socket's buffer is lost, as any datagram may be.
   void send(const std::string& reply, const boost::asio::ip::udp::endpoint& client) {
     boost::system::error_code ignored;
     socket_.send_to(boost::asio::buffer(reply), client, 0, ignored);

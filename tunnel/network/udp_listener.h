@@ -9,11 +9,10 @@
 
 namespace quillmar::tunnel {
 
-// Whoever answers a message; the reply may come at once, later or never.
+// Answers a message. The reply may come before this returns, later, or never.
 using Answering = std::function<void(std::string_view message, std::function<void(std::string)> reply)>;
 
-// Takes questions as datagrams and sends each reply to where its question came from. What is under way when
-// it goes is not sent any more.
+// Receives queries over UDP and sends the replies to their senders. After its destruction no reply is sent.
 class UdpListener {
  public:
   UdpListener(UdpSocket socket, Answering answering);

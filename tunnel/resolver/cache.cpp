@@ -3,7 +3,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-// Of the list's node, the map's node and the map's bucket, beside what they hold.
+// What the list's node, the map's node and the map's bucket take beside their content.
 constexpr std::size_t bookkeeping = 10 * sizeof(void*);
 
 }  // namespace

@@ -15,8 +15,8 @@ namespace quillmar::tunnel {
 
 using Outcome = std::variant<Answer, Failure>;
 
-// What was answered lately, each for as long as it may be given again; when there is no more room, what was
-// not asked for the longest goes.
+// Keeps answers and failures until they expire. A full cache drops the entry that was not asked for the
+// longest.
 class Cache {
  public:
   static constexpr std::size_t mostAnswers = 4096;
@@ -29,7 +29,7 @@ class Cache {
     Time ends;
   };
 
-  // Valid until the next change of the cache.
+  // The entry is valid until the next call.
   const Entry* find(Time now, std::string_view key);
   void put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life);
 
@@ -44,8 +44,8 @@ class Cache {
   static std::size_t sizeOf(const Entry& entry);
   void remove(Entries::iterator entry);
 
-  Entries entries_;                                                // what was asked for last stands first
-  std::unordered_map<std::string_view, Entries::iterator> byKey_;  // the keys are those of the entries
+  Entries entries_;                                                // the one used last is first
+  std::unordered_map<std::string_view, Entries::iterator> byKey_;  // keys belong to the entries
   std::size_t bytes_ = 0;
 };
 

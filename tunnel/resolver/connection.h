@@ -11,16 +11,16 @@
 
 namespace quillmar::tunnel {
 
-// What the endpoint said to one request, as far as it matters.
+// The endpoint's HTTP answer to one request.
 struct HttpAnswer {
   int status = 0;
-  bool isDns = false;  // says the content type
+  bool isDns = false;  // by its content type
   std::chrono::seconds age{0};
   std::optional<std::chrono::seconds> retryAfter{};
   std::string body{};
 };
 
-// What a connection tells of itself. Nothing comes after `ended`.
+// Reports of a connection. `ended` is the last one.
 class ConnectionEvents {
  public:
   ConnectionEvents() = default;
@@ -28,18 +28,18 @@ class ConnectionEvents {
   ConnectionEvents& operator=(const ConnectionEvents&) = delete;
   virtual ~ConnectionEvents() = default;
 
-  // It takes requests from now on.
+  // It accepts requests from now on.
   virtual void opened(Time now) = 0;
   virtual void answered(Time now, Ticket ticket, std::variant<HttpAnswer, Failure> answer) = 0;
-  // The request ended without an answer; on another connection it may get one.
+  // The request ended without an answer. It may be sent again on another connection.
   virtual void dropped(Time now, Ticket ticket) = 0;
   virtual void ponged(Time now) = 0;
-  // It takes no more requests; those under way go on.
+  // It accepts no more requests; the open ones go on.
   virtual void closing(Time now) = 0;
   virtual void ended(Time now, const Failure& failure) = 0;
 };
 
-// One connection to the endpoint. Its end is the end of its object; what is under way then is not told of.
+// One connection to the endpoint. The destructor closes it without any further report.
 class Connection {
  public:
   Connection() = default;
@@ -47,14 +47,14 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
   virtual ~Connection() = default;
 
-  // What these ask for goes out with the next flush: questions that come together go out together.
+  // These take effect with the next flush, so that questions that arrive together are sent together.
   virtual void send(Ticket ticket, const std::string& question) = 0;
   virtual void cancel(Ticket ticket) = 0;
   virtual void ping() = 0;
   virtual void flush() = 0;
 };
 
-// Begins to connect. Nothing is told before it has returned.
+// Begins to connect. No event comes before it has returned.
 using Connect = std::function<std::unique_ptr<Connection>(ConnectionEvents&)>;
 
 }  // namespace quillmar::tunnel

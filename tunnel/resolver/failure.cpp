@@ -19,21 +19,21 @@ struct Description {
 };
 
 constexpr auto descriptions = std::to_array<Description>({
-    {Cause::noEndpoint, notReady, "No endpoint is known"},
-    {Cause::tooMany, notReady, "Too many questions are waiting for an answer"},
+    {Cause::noEndpoint, notReady, "No endpoint is configured"},
+    {Cause::tooMany, notReady, "Too many queries are waiting for an answer"},
     {Cause::late, noReachableAuthority, "The endpoint did not answer in time"},
     {Cause::unreachable, networkError, "The endpoint can't be reached"},
-    {Cause::unknownAddress, networkError, "The endpoint's address is not known"},
-    {Cause::untrusted, networkError, "The endpoint can't be trusted"},
+    {Cause::unknownAddress, networkError, "The endpoint's address can't be found"},
+    {Cause::untrusted, networkError, "The endpoint's certificate can't be verified"},
     {Cause::noHttp2, networkError, "The endpoint does not speak HTTP/2"},
     {Cause::broken, networkError, "The connection to the endpoint broke"},
-    {Cause::askedToWait, notReady, "The endpoint asked not to be asked for a while"},
-    {Cause::refused, otherError, "The endpoint refused the question"},
-    {Cause::redirected, otherError, "The endpoint points elsewhere"},
-    {Cause::notDns, otherError, "The endpoint answered with something that is not DNS"},
+    {Cause::askedToWait, notReady, "The endpoint asked for a pause"},
+    {Cause::refused, otherError, "The endpoint answered with an HTTP error"},
+    {Cause::redirected, otherError, "The endpoint redirects elsewhere"},
+    {Cause::notDns, otherError, "The endpoint's answer is not a DNS message"},
     {Cause::tooLong, otherError, "The endpoint's answer is too long"},
     {Cause::malformed, otherError, "The endpoint's answer is malformed"},
-    {Cause::cutShort, otherError, "The endpoint's answer is cut short"},
+    {Cause::cutShort, otherError, "The endpoint's answer is truncated"},
     {Cause::ofAnotherQuestion, otherError, "The endpoint answered another question"},
 });
 

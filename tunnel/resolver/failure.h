@@ -6,7 +6,7 @@
 
 namespace quillmar::tunnel {
 
-// Why a question got no answer.
+// Why there is no answer to a question.
 enum class Cause {
   noEndpoint,
   tooMany,
@@ -28,14 +28,14 @@ enum class Cause {
 
 struct Failure {
   Cause cause{};
-  std::string detail{};  // from this machine, never the endpoint's own words
+  std::string detail{};  // a text of this machine, never one of the endpoint
 
   friend bool operator==(const Failure&, const Failure&) = default;
 };
 
-// What it means, as a sentence for a log and for whoever asked.
+// A sentence for the log and for the extended error.
 std::string sentence(const Failure& failure);
-// By its number in RFC 8914.
+// The info code of RFC 8914.
 std::uint16_t extendedErrorCode(Cause cause);
 
 }  // namespace quillmar::tunnel

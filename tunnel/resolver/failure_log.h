@@ -10,7 +10,7 @@
 
 namespace quillmar::tunnel {
 
-// Names each cause once, however many questions it strikes; again only when it has been away for a while.
+// Logs each cause once, however many questions fail. A cause that was absent for a while is logged again.
 class FailureLog {
  public:
   static constexpr std::chrono::seconds away{60};

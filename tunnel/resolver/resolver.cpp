@@ -10,7 +10,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// Questions with the same key have the same answer but for its id and the letters' case.
+// Queries with the same key get the same answer, apart from its id and the case of its name.
 std::string keyOf(const Query& query) {
   auto key = lowerCased(query.question.name);
   append16(key, query.question.type);
@@ -45,7 +45,7 @@ Outcome outcomeOf(std::variant<Fetched, Failure> result, const Question& questio
   return std::get<Answer>(std::move(parsed));
 }
 
-// Begun seconds count: what is kept elsewhere must not outlive what is kept here.
+// Rounded up, so that a client never keeps an answer longer than the cache does.
 seconds elapsedBetween(Time start, Time now) { return std::chrono::ceil<seconds>(now - start); }
 
 std::string replyFor(const Query& query, const Outcome& outcome, seconds elapsed) {

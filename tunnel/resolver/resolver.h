@@ -17,8 +17,8 @@
 
 namespace quillmar::tunnel {
 
-// One message of a client in, one reply out, four seconds later at most. It has no clock: it is told the time
-// with every call, and says when it wants to be called again.
+// Answers each message of a client within four seconds. It has no clock: every call gets the time, and
+// `wakeTime` says when it wants to be called again.
 class Resolver {
  public:
   using Reply = std::function<void(std::string)>;
@@ -30,14 +30,14 @@ class Resolver {
   Resolver(Upstream& upstream, FailureLog& log) : upstream_(upstream), log_(log) {}
   Resolver(const Resolver&) = delete;
   Resolver& operator=(const Resolver&) = delete;
-  // Nobody who waits is answered any more.
+  // Clients that wait get no reply.
   ~Resolver();
 
-  // `reply` may be called at once, and is not called for what has to be met with silence.
+  // `reply` may be called before this returns. It is not called for messages that must not be answered.
   void ask(Time now, std::string_view message, Channel channel, Reply reply);
 
-  // What was answered so far is not given again. Who waits still gets the answer that is on its way; who
-  // asks from now on does not.
+  // Empties the cache. Clients that wait still get the answer that is on its way. It is not kept, and later
+  // clients don't get it.
   void forget();
 
   std::optional<Time> wakeTime() const;
@@ -65,7 +65,7 @@ class Resolver {
   Upstream& upstream_;
   FailureLog& log_;
   Cache cache_;
-  std::map<Ticket, UnderWay> underWay_;  // and so in the order of their deadlines
+  std::map<Ticket, UnderWay> underWay_;  // in the order of their deadlines
   std::unordered_map<std::string, Ticket> ticketByKey_;
   std::size_t waiting_ = 0;
   Ticket lastTicket_ = 0;

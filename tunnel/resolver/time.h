@@ -4,8 +4,8 @@
 
 namespace quillmar::tunnel {
 
-// Time that goes on while the machine sleeps: an answer does not get younger over night. Whoever decides by
-// it is told the time, only programs look at the clock.
+// Time that goes on while the machine sleeps (CLOCK_BOOTTIME), since answers expire during sleep too. The
+// resolver, the cache and the policy are passed the time; they never call `now`.
 struct BootClock {
   using duration = std::chrono::nanoseconds;
   using rep = duration::rep;

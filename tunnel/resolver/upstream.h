@@ -11,16 +11,16 @@
 
 namespace quillmar::tunnel {
 
-// The body of an answer, and for how long it had been kept on its way.
+// The body of an answer, and how long caches on the way had kept it.
 struct Fetched {
   std::string message{};
   std::chrono::seconds age{0};
 };
 
-// Chosen by whoever asks; the later question has the higher one.
+// Identifies a question. The caller chooses it; later questions have higher ones.
 using Ticket = std::uint64_t;
 
-// Whoever answers questions.
+// Answers questions.
 class Upstream {
  public:
   using Done = std::function<void(Time now, std::variant<Fetched, Failure>)>;
@@ -30,9 +30,9 @@ class Upstream {
   Upstream& operator=(const Upstream&) = delete;
   virtual ~Upstream() = default;
 
-  // `done` may be called at once, and is called once at most.
+  // `done` is called once at most, maybe before this returns.
   virtual void ask(Time now, Ticket ticket, std::string question, Done done) = 0;
-  // Nobody waits for it any more: `done` will not be called.
+  // `done` will not be called.
   virtual void cancel(Ticket ticket) = 0;
 };
 

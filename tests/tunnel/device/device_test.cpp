@@ -88,7 +88,7 @@ struct TunnelDevice : testing::Test {
   std::unique_ptr<RunningProgram> program;
 };
 
-TEST_F(TunnelDevice, is_seen_in_clear_without_protection) {
+TEST_F(TunnelDevice, sends_dns_in_clear_without_protection) {
   EXPECT_EQ(askAt(server4, "a.example"), Outside::answer);
   EXPECT_EQ(askAt(server6, "b.example"), Outside::answer);
   askAt(server4, "c.example", Channel::tcp);
@@ -116,7 +116,7 @@ TEST_F(TunnelDevice, asks_its_endpoint_for_every_program) {
 }
 
 // A container, say, whose way out leads through this machine.
-TEST_F(TunnelDevice, turns_what_it_routes_for_others) {
+TEST_F(TunnelDevice, redirects_dns_that_it_routes_for_others) {
   ASSERT_EQ(
       runCommand(
           {"sh", "-ec",
@@ -145,7 +145,7 @@ TEST_F(TunnelDevice, turns_what_it_routes_for_others) {
   EXPECT_EQ(runCommand({"sh", "-ec", "ip link delete c0; ip netns delete container"}).status, 0);
 }
 
-TEST_F(TunnelDevice, turns_a_conversation_that_began_before) {
+TEST_F(TunnelDevice, redirects_a_flow_that_began_before) {
   start();
   readUntil("No connection is to be protected.");
   // As on any machine with a firewall: from here on the kernel knows each flow.
@@ -170,7 +170,7 @@ TEST_F(TunnelDevice, turns_a_conversation_that_began_before) {
   EXPECT_EQ(runCommand({"nft", "delete", "table", "inet", "others"}).status, 0);
 }
 
-TEST_F(TunnelDevice, activates_its_connection_by_itself) {
+TEST_F(TunnelDevice, activates_its_connection_at_start) {
   world().addProfile(endpoint.url());
   const auto changes = world().addressChanges();
   start();
@@ -179,7 +179,7 @@ TEST_F(TunnelDevice, activates_its_connection_by_itself) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, leaves_a_connection_alone_that_is_switched_off) {
+TEST_F(TunnelDevice, does_not_activate_a_disabled_connection) {
   world().addProfile(endpoint.url());
   world().nmcli({"connection", "modify", DeviceWorld::profile, "connection.autoconnect", "no"});
   start();
@@ -187,7 +187,7 @@ TEST_F(TunnelDevice, leaves_a_connection_alone_that_is_switched_off) {
   EXPECT_THAT(rules(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, takes_another_endpoint_without_a_gap) {
+TEST_F(TunnelDevice, changes_its_endpoint_without_a_gap) {
   TestEndpoint other(always(8));
   std::ofstream(world().file("both.pem"))
       << std::ifstream(endpoint.caFile()).rdbuf() << std::ifstream(other.caFile()).rdbuf();
@@ -215,7 +215,7 @@ TEST_F(TunnelDevice, takes_another_endpoint_without_a_gap) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, keeps_its_endpoint_when_the_new_one_is_none) {
+TEST_F(TunnelDevice, keeps_its_endpoint_when_the_new_one_is_invalid) {
   protect();
   world().changeEndpoint("http://doh.example/");
   readUntil("no https URL as its dohEndpoint any more");
@@ -255,7 +255,7 @@ TEST_F(TunnelDevice, outlives_its_link) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, serves_on_without_networkmanager_and_comes_back_with_it) {
+TEST_F(TunnelDevice, answers_without_networkmanager_and_reconnects_when_it_returns) {
   protect();
   world().stopManager();
   readUntil("NetworkManager went away.");
@@ -270,7 +270,7 @@ TEST_F(TunnelDevice, serves_on_without_networkmanager_and_comes_back_with_it) {
   EXPECT_THAT(rules(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_and_lets_go_when_it_is_told_to) {
+TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_until_it_is_released) {
   protect();
   DnsClient before(server4, Channel::udp);
   EXPECT_EQ(before.ask(newName()), DnsClient::Outcome::answered);
@@ -299,7 +299,7 @@ TEST_F(TunnelDevice, comes_back_when_it_is_started_again) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, takes_rules_away_that_an_earlier_run_has_left_and_nobody_wants) {
+TEST_F(TunnelDevice, removes_rules_of_an_earlier_run_if_no_connection_is_enabled) {
   protect();
   EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
   world().nmcli({"connection", "delete", DeviceWorld::profile});
@@ -309,7 +309,7 @@ TEST_F(TunnelDevice, takes_rules_away_that_an_earlier_run_has_left_and_nobody_wa
   EXPECT_THAT(rules(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, finds_its_endpoint_by_the_links_servers_and_later_by_what_it_has_kept) {
+TEST_F(TunnelDevice, finds_its_endpoint_through_the_links_servers_or_the_last_address) {
   TestEndpoint named(always(9), "doh.example");
   world().outside().give("doh.example", "10.9.9.2");
   program = world().run(named.caFile());
@@ -351,7 +351,7 @@ TEST_F(TunnelDevice, puts_its_rules_back) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, leaves_the_rules_of_others_alone) {
+TEST_F(TunnelDevice, does_not_change_rules_of_others) {
   EXPECT_EQ(runCommand({"nft", "add", "table", "inet", "others"}).status, 0);
   protect();
   disconnect();
@@ -359,7 +359,7 @@ TEST_F(TunnelDevice, leaves_the_rules_of_others_alone) {
   EXPECT_EQ(runCommand({"nft", "delete", "table", "inet", "others"}).status, 0);
 }
 
-TEST_F(TunnelDevice, ends_its_work_when_it_is_released) {
+TEST_F(TunnelDevice, ends_its_connection_when_it_is_released) {
   protect();
   EXPECT_EQ(world().tunnel({"release"}).status, 0);
   readUntil("Protects no more: it was released.");
@@ -370,13 +370,13 @@ TEST_F(TunnelDevice, ends_its_work_when_it_is_released) {
   EXPECT_EQ(askAt(server4, newName()), first);
 }
 
-TEST_F(TunnelDevice, is_removed_whoever_made_it) {
+TEST_F(TunnelDevice, is_removed_by_release_whoever_made_it) {
   EXPECT_EQ(runCommand({"ip", "tuntap", "add", "dev", "quillmar0", "mode", "tun"}).status, 0);
   EXPECT_EQ(world().tunnel({"release"}).status, 0);
   EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
 }
 
-TEST_F(TunnelDevice, takes_everything_away_when_it_ends) {
+TEST_F(TunnelDevice, removes_rules_and_device_when_it_ends) {
   protect();
   EXPECT_EQ(program->end(SIGTERM), 0);
   EXPECT_THAT(rules(), IsEmpty());

@@ -9,7 +9,7 @@
 
 namespace quillmar::tunnel::test {
 
-// A connection that does nothing by itself and keeps what it was told.
+// A connection that records its calls.
 struct FakeConnection final : Connection {
   explicit FakeConnection(std::set<FakeConnection*>& all) : alive(all) { alive.insert(this); }
   ~FakeConnection() override { alive.erase(this); }
@@ -26,7 +26,7 @@ struct FakeConnection final : Connection {
   int flushes = 0;
 };
 
-// All connections that were made, the latest one last.
+// Creates connections and keeps all of them, the latest last.
 struct FakeConnections {
   Connect connect() {
     return [this](ConnectionEvents& events) {

@@ -12,13 +12,13 @@ namespace quillmar::tunnel::test {
 
 using namespace std::string_literals;
 
-// A message of a client, or of the endpoint, put together by hand so that it can be wrong as well.
+// Messages of a client or of the endpoint, written by hand so that they can be malformed too.
 struct QueryText {
   std::string name = "www.example.org";
   std::uint16_t type = type::a;
   std::uint16_t id = 0x1234;
   std::uint16_t flags = flag::recursionDesired;
-  std::optional<std::uint16_t> payload{};  // an OPT record with it
+  std::optional<std::uint16_t> payload{};  // adds an OPT record
   bool dnssecOk = false;
   std::uint8_t version = 0;
   std::uint16_t klass = internetClass;
@@ -58,7 +58,7 @@ struct RecordText {
   std::uint16_t type = type::a;
   std::uint32_t ttl = 300;
   std::string data = "\xc0\x00\x02\x07"s;
-  std::string name = "\xc0\x0c"s;  // as the question's
+  std::string name = "\xc0\x0c"s;  // a pointer to the question's name
 };
 
 inline std::string recordText(const RecordText& record) {
@@ -85,7 +85,7 @@ struct AnswerText {
   std::uint16_t moreFlags = 0;
   std::vector<RecordText> answers{{}};
   std::vector<RecordText> authorities{};
-  std::string additionals{};  // as they stand on the wire
+  std::string additionals{};  // in wire format
   std::uint16_t additionalCount = 0;
   std::uint16_t klass = internetClass;
 };
@@ -109,7 +109,7 @@ inline std::string answerText(const AnswerText& answer) {
   return text + answer.additionals;
 }
 
-// What a reader that is not ours makes of a message; empty if it makes nothing of it.
+// The message as text by an independent parser; empty if it can't be parsed.
 std::string readByLdns(const std::string& message);
 
 }  // namespace quillmar::tunnel::test

@@ -12,12 +12,12 @@
 
 namespace quillmar::tunnel::test {
 
-// The server on a thread of its own, at a free port of this machine.
+// The server on its own thread, at a free port of this machine.
 class RunningServer {
  public:
   using MakeBootstrap = std::function<std::unique_ptr<Bootstrap>(boost::asio::io_context&)>;
 
-  // Asks the system's resolver unless told otherwise.
+  // Uses SystemBootstrap unless another one is given.
   RunningServer(const std::string& url, const std::string& caFile, const MakeBootstrap& make = {});
   ~RunningServer();
   RunningServer(const RunningServer&) = delete;
@@ -35,7 +35,7 @@ class RunningServer {
   std::thread thread_;
 };
 
-// A client's socket; waits for answers for a while that no test reaches.
+// A client's socket. Its receive timeout is longer than any test.
 class ClientSocket {
  public:
   ClientSocket(int port, Channel channel);
@@ -43,13 +43,13 @@ class ClientSocket {
   ClientSocket(const ClientSocket&) = delete;
   ClientSocket& operator=(const ClientSocket&) = delete;
 
-  // As they are, without a length.
+  // Sends the bytes without a length.
   bool sendRaw(const std::string& bytes);
   void send(const std::string& message);
-  // Empty where the other side has closed.
+  // Empty if the other side has closed the connection.
   std::string receive();
   void endSending();
-  // Whether the other side closes, rather than to say something or nothing.
+  // Whether the other side closes the connection without sending anything.
   bool seesEnd();
 
  private:
@@ -59,7 +59,7 @@ class ClientSocket {
   int socket_ = -1;
 };
 
-// One question over a new socket.
+// Sends a query on a new socket and returns the reply.
 std::string askServer(int port, const std::string& message, Channel channel = Channel::udp);
 
 }  // namespace quillmar::tunnel::test

@@ -14,10 +14,10 @@
 
 namespace quillmar::tunnel::test {
 
-// The right answer to a question, with this record as often as wanted.
+// A correct answer to a question, with `records` copies of the record.
 std::string answerTo(const std::string& question, const RecordText& record = {}, std::size_t records = 1);
 
-// The server, and the endpoint that it asks.
+// The server and its endpoint.
 struct TunnelServer : testing::Test {
   void start(TestEndpoint::Answering answering, TestEndpoint::Speaks speaks = TestEndpoint::Speaks::http2) {
     endpoint = std::make_unique<TestEndpoint>(std::move(answering), speaks);
@@ -28,7 +28,7 @@ struct TunnelServer : testing::Test {
       peer.answer(stream, answerTo(question));
     });
   }
-  // Does something with the first question, and then what it should.
+  // Handles the first question with `first` and answers all others correctly.
   void startBadly(TestEndpoint::Answering first) {
     start([first = std::move(first), count = std::make_shared<std::atomic<int>>(0)](
               TestPeer& peer, std::int32_t stream, const std::string& question) {

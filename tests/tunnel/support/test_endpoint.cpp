@@ -138,12 +138,12 @@ TestEndpoint::TestEndpoint(Answering answering, const std::string& name)
 }
 
 void TestEndpoint::start(std::uint32_t at) {
-  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without asking for silence
+  std::signal(SIGPIPE, SIG_IGN);  // OpenSSL writes without MSG_NOSIGNAL
   listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(at);
-  address.sin_port = htons(freePortAt(at));  // one that is asked for stays bound while nobody listens
+  address.sin_port = htons(freePortAt(at));  // an explicit port stays bound while not listening
   socklen_t size = sizeof address;
   if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0) {
     throw std::runtime_error("no port");

@@ -21,15 +21,15 @@ namespace quillmar::tunnel::test {
 
 using Fields = std::vector<std::pair<std::string, std::string>>;
 
-// One connection of a client, as whoever answers it sees it. All on the connection's own thread.
+// A client's connection, for the code that answers it. Used on the connection's thread only.
 class TestPeer {
  public:
   void answer(std::int32_t stream, const std::string& body, const Fields& more = {},
               const std::string& status = "200", const std::string& contentType = "application/dns-message");
   void reset(std::int32_t stream, std::uint32_t code = NGHTTP2_INTERNAL_ERROR);
-  // Takes no stream after the last one that it has seen, or after this one.
+  // Sends GOAWAY: streams after this one are not processed.
   void goAway(std::int32_t lastStream);
-  // Nothing more is said or heard.
+  // Closes the connection without another frame.
   void hangUp() { hasHungUp_ = true; }
 
   nghttp2_session* http = nullptr;
@@ -47,18 +47,18 @@ class TestPeer {
   bool hasHungUp_ = false;
 };
 
-// An endpoint that does with each question what a test wants.
+// An endpoint whose answers are chosen by a test.
 class TestEndpoint {
  public:
   using Answering = std::function<void(TestPeer&, std::int32_t stream, const std::string& question)>;
 
-  // `otherAuthority`: TLS with a certificate for localhost that nobody vouches for. `nothing`: it takes
-  // connections and stays silent.
+  // `otherAuthority`: its certificate is of an unknown authority. `nothing`: it accepts connections and sends
+  // nothing.
   enum class Speaks { http2, http1, plainText, otherAuthority, nothing };
 
-  // Its certificate is for localhost and 127.0.0.1, where it is.
+  // Listens at 127.0.0.1, with a certificate for localhost and 127.0.0.1.
   explicit TestEndpoint(Answering answering, Speaks speaks = Speaks::http2);
-  // Its certificate is for that name, and it is at every address of this machine.
+  // Listens at every address of this machine, with a certificate for this name.
   TestEndpoint(Answering answering, const std::string& name);
   ~TestEndpoint();
   TestEndpoint(const TestEndpoint&) = delete;
@@ -69,18 +69,18 @@ class TestEndpoint {
   int port() const { return port_; }
   int connections() const { return connections_; }
   int resumptions() const { return resumptions_; }
-  // Of all requests so far.
+  // The header fields of all requests so far.
   std::vector<Fields> requests() const;
-  // Closes what is connected.
+  // Closes all connections.
   void disconnectAll();
-  // Closes what is connected, too, and speaks so on the next connections.
+  // Closes all connections, and uses this protocol on new ones.
   void speak(Speaks speaks);
-  // Connections are refused until they are accepted again.
+  // Refuses connections until `acceptAgain`.
   void refuse();
   void acceptAgain();
   // Waits for an HTTP/2 connection that began after the last request. False after a timeout.
   bool awaitFreshConnection();
-  // Called on a connection's own thread when the client has begun to speak HTTP/2.
+  // Called on a connection's thread when the client's HTTP/2 settings have arrived.
   void greeted();
 
  private:
