@@ -11,7 +11,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-// What was written. The ports are the usual ones where nothing was.
+// The values of the command line.
 struct Given {
   Options options{.port = 8790, .tlsPort = 8791};
   bool keepsNothing = false;
@@ -40,11 +40,11 @@ command_line::Program programFor(Given& given) {
               {"--tls-port", "PORT", "Answer HTTPS there (8791); 0 for any free one",
                within(options.tlsPort, 0, highestPort)},
               {"--data", "DIR", "Keep the database and the certificates in DIR", to(options.data)},
-              {"--memory", "", "Keep nothing, as without --data", to(given.keepsNothing)},
+              {"--memory", "", "Keep everything in memory, as without --data", to(given.keepsNothing)},
               {"--seed", "demo|empty", "What a new database starts with (empty)",
                oneOf(options.seed, {{"demo", Seed::demo}, {"empty", Seed::empty}})},
-              {"--traffic", "", "Go on inventing what devices that are online ask for", to(options.traffic)},
-              {"--upstream", "ADDRESS", "Ask the DNS server at ADDRESS for names that are allowed",
+              {"--traffic", "", "Invent DNS queries of the devices that are online", to(options.traffic)},
+              {"--upstream", "ADDRESS", "Look up allowed names at the DNS server ADDRESS",
                to(options.upstream)},
           },
   };
@@ -57,9 +57,13 @@ int complain(const std::string& text) {
 
 int approve(int port, const std::string& code) {
   const auto answer = post(port, "/sandbox/approve", Json{{"enrollment_code", code}}.dump());
-  if (!answer) return complain(answer.failure());
+  if (!answer) {
+    return complain(answer.failure());
+  }
   const auto body = Json::parse(answer->body, nullptr, false);
-  if (answer->status >= 400) return complain(body.is_object() ? body.value("error", "Refused.") : "Refused.");
+  if (answer->status >= 400) {
+    return complain(body.is_object() ? body.value("error", "Refused.") : "Refused.");
+  }
   std::cout << body.value("message", "") << '\n';
   return 0;
 }
@@ -75,7 +79,9 @@ int serve(const Options& options) {
   std::signal(SIGPIPE, SIG_IGN);
 
   const auto service = Service::start(options);
-  if (!service) return complain(service.failure());
+  if (!service) {
+    return complain(service.failure());
+  }
   std::cout << "quillmar-sandbox " << (*service)->url() << ' ' << (*service)->secureUrl()
             << " ca=" << (*service)->caFile().string() << std::endl;
   int received = 0;
@@ -88,8 +94,12 @@ int serve(const Options& options) {
 int runProgram(const std::vector<std::string>& words) {
   Given given;
   const auto program = programFor(given);
-  if (const auto answer = command_line::read(program, words)) return command_line::say(program, *answer);
-  if (given.approves) return approve(given.options.port, given.code);
+  if (const auto answer = command_line::read(program, words)) {
+    return command_line::say(program, *answer);
+  }
+  if (given.approves) {
+    return approve(given.options.port, given.code);
+  }
   if (given.keepsNothing && given.options.data) {
     return command_line::say(program,
                              command_line::refusal(program, command_line::Answer::Reason::wrongOption,

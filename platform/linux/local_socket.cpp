@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-// A number of FNV-1a: two installations of one user must not meet, that is all.
+// A name from the directory's FNV-1a hash. It only has to differ between the installations of one user.
 std::string nameFor(const fs::path& directory) {
   constexpr std::uint64_t prime = 0x100000001b3;
   constexpr std::string_view digits = "0123456789abcdef";
@@ -32,7 +32,7 @@ std::string nameFor(const fs::path& directory) {
   return name + ".socket";
 }
 
-// Room for one file beside a line.
+// A control message with one file descriptor.
 union FileNote {
   cmsghdr header;
   std::array<char, CMSG_SPACE(sizeof(int))> bytes;
@@ -56,7 +56,7 @@ bool awaitInput(int socket, Clock::time_point deadline) {
   return pollUntil(input, deadline);
 }
 
-// Adds what has come to the message; false when nothing comes any more.
+// Appends received bytes to the message. False when the connection has ended.
 bool receiveSome(int socket, LocalMessage& message) {
   std::array<char, localLineLimit> buffer{};
   iovec part{buffer.data(), buffer.size()};

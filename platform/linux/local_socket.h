@@ -13,27 +13,27 @@
 
 #include "platform/common/file_descriptor.h"
 
-// Lines between two processes of one user, on sockets in the file system.
+// Sends lines between two processes of one user, over sockets in the file system.
 namespace quillmar {
 
-// The longest line that is read, its end included.
+// The longest line that is read, including its newline.
 inline constexpr std::size_t localLineLimit = 4096;
 
-// A line, and the open file that came or goes with it, if any.
+// A line, and the file descriptor sent with it, if any.
 struct LocalMessage {
   std::string line;
   FileDescriptor file = {};
 };
 
-// Where the process that does the work of an installation can be spoken to, the best place first: the runtime
-// directory of the session, under a name made from the data directory's, and the data directory itself, as a
-// session's directory may be missing or go at any time.
+// The paths of the socket at which the working process of an installation listens, the preferred one first.
+// The first one is in the session's runtime directory, with a name derived from the data directory. That
+// directory may be missing or be removed at any time, so the second one is in the data directory itself.
 std::vector<std::filesystem::path> localSocketPaths(const std::filesystem::path& dataDirectory);
 
-// The name of a socket, however long its path is: it is reached through its open directory.
+// The address of a socket whose path may be longer than an address holds. It refers to the open directory.
 class LocalSocketAddress {
  public:
-  // Nothing where the directory can't be opened.
+  // nullopt if the directory can't be opened.
   static std::optional<LocalSocketAddress> of(const std::filesystem::path& socketPath);
 
   const sockaddr* address() const { return reinterpret_cast<const sockaddr*>(&address_); }
@@ -47,12 +47,12 @@ class LocalSocketAddress {
   sockaddr_un address_;
 };
 
-// Whether the process at the other end is one of this user's.
+// Whether the process at the other end runs as this user.
 bool isProcessOfThisUser(int socket);
 
-// In one piece, or not at all.
+// Sends the whole message, or returns false.
 bool sendMessage(int socket, const LocalMessage& message);
-// Nothing when the other end goes, says too much, or nothing within `timeout`.
+// nullopt if the connection ends, if the line is too long, or if it is not complete within `timeout`.
 std::optional<LocalMessage> receiveMessage(int socket, std::chrono::milliseconds timeout);
 
 }  // namespace quillmar

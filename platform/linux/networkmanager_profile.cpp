@@ -15,7 +15,7 @@ using Data = std::map<std::string, std::string>;
 
 constexpr const char* vpnType = "vpn";
 
-// NetworkManager leaves out what has its default.
+// NetworkManager omits values that are the default.
 template <class T>
 T valueOr(const Section& section, const std::string& key, T standard) {
   const auto found = section.find(key);
@@ -27,8 +27,8 @@ Section sectionOf(const NetworkManagerSettings& settings, const std::string& nam
   return found == settings.end() ? Section() : found->second;
 }
 
-// So that NetworkManager has all names looked up where the tunnel says, by no other connection's servers, and
-// sends nothing else there. Whatever else somebody has set stays.
+// Makes NetworkManager send all DNS queries to the tunnel's server, but no other traffic to the tunnel. Other
+// settings of the user stay.
 void claimNames(Section& family) {
   constexpr std::int32_t beforeAllOthers = -100;
   const std::string allNames = "~.";

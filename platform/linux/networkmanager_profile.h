@@ -10,18 +10,20 @@
 
 namespace quillmar {
 
-// A connection of NetworkManager as its D-Bus interface carries it: values by key by setting.
+// A connection of NetworkManager as on D-Bus: values by key, by setting.
 using NetworkManagerSettings = std::map<std::string, std::map<std::string, sdbus::Variant>>;
 
-// The properties of a tunnel configuration, and what NetworkManager keeps them as:
-// - the name of the connection is the localized description,
-// - the type of the VPN service is the provider's bundle identifier, its data the provider's configuration,
-// - "connect automatically" is whether the configuration is enabled: NetworkManager gives it no meaning for a
-//   VPN, and every tool shows it and lets a person change it,
-// - a persistent VPN is on demand on any interface, the one rule that NetworkManager can keep.
-// Beside them stands that the tunnel is asked for all names, and carries nothing else.
-// There is no place for the server's address, which is for display: read back, it is the host of the first
-// URL among the data.
+// The properties of a tunnel configuration, and how NetworkManager stores them:
+// - The connection's name is the localized description.
+// - The VPN's service type is the provider's bundle identifier. The VPN's data are the provider's
+// configuration.
+// - "Connect automatically" says whether the configuration is enabled. It has no effect on a VPN in
+// NetworkManager, and
+//   every tool shows it and can change it.
+// - A persistent VPN is on demand on any interface, the only rule that NetworkManager can store.
+// The connection also says that all DNS queries, and no other traffic, go to the tunnel.
+// The server's address, which is only displayed, is not stored. It is read as the host of the first URL among
+// the data.
 struct NetworkManagerProfile {
   std::string uuid;
   TunnelProtocol protocol;
@@ -35,12 +37,11 @@ NetworkManagerProfile profileOf(const TunnelConfiguration& configuration, const 
                                 const std::string& uuid);
 void assign(TunnelConfiguration& configuration, const NetworkManagerProfile& profile);
 
-// Nothing where the connection is no VPN of this service type. Throws sdbus::Error where it is one but of
-// unexpected shape.
+// nullopt if the connection is not a VPN of this service type. Throws sdbus::Error if it is one but a value
+// has an unexpected type.
 std::optional<NetworkManagerProfile> profileFrom(const NetworkManagerSettings& settings,
                                                  const std::string& serviceType);
-// Leaves all else in the settings as it is; a connection that an earlier version wrote is brought up to this
-// one.
+// Keeps all other settings. A connection written by an earlier version gets the current form.
 void write(const NetworkManagerProfile& profile, NetworkManagerSettings& settings);
 
 }  // namespace quillmar
