@@ -37,6 +37,23 @@ class DohEndpointHarness {
   virtual void breakConnections() = 0;
 };
 
+// Sends a PING once the connection is open.
+class PingingEvents final : public ConnectionEvents {
+ public:
+  void opened(Time) override {
+    connection->ping();
+    connection->flush();
+  }
+  void answered(Time, Ticket, std::variant<HttpAnswer, Failure>) override {}
+  void dropped(Time, Ticket) override {}
+  void ponged(Time) override { hasPong = true; }
+  void closing(Time) override {}
+  void ended(Time, const Failure& failure) override { ADD_FAILURE() << sentence(failure); }
+
+  std::unique_ptr<Connection> connection;
+  bool hasPong = false;
+};
+
 class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHarness>> {
  protected:
   using Outcome = std::variant<Answer, std::string>;  // or why there is none
@@ -50,9 +67,7 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
     route_ = std::make_shared<const Route>(Route{.endpoint = parseEndpoint(harness_->url()).value(),
                                                  .tls = std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
                                                  .bootstrap = bootstrap_});
-    upstream_ = std::make_unique<DohUpstream>([this](ConnectionEvents& events) {
-      return std::make_unique<Http2Connection>(context_, route_, events);
-    });
+    upstream_ = std::make_unique<DohUpstream>([this](ConnectionEvents& events) { return connect(events); });
   }
 
   Ticket ask(const std::string& name, std::uint16_t recordType = type::a) {
@@ -68,14 +83,20 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
 
   // Runs until so many questions have an outcome. False after a timeout.
   bool runUntil(std::size_t count) {
+    return runUntil([this, count] { return outcomes_.size() >= count; });
+  }
+  bool runUntil(const std::function<bool()>& isDone) {
     bool isLate = false;
-    boost::asio::steady_timer patience(context_, std::chrono::seconds(30));
-    patience.async_wait([&](boost::system::error_code error) { isLate = !error; });
-    for (upstream_->flush(); outcomes_.size() < count && !isLate; upstream_->flush()) {
+    boost::asio::steady_timer timeout(context_, std::chrono::seconds(30));
+    timeout.async_wait([&](boost::system::error_code error) { isLate = !error; });
+    for (upstream_->flush(); !isDone() && !isLate; upstream_->flush()) {
       context_.run_one();
       upstream_->wake(BootClock::now());
     }
     return !isLate;
+  }
+  std::unique_ptr<Connection> connect(ConnectionEvents& events) {
+    return std::make_unique<Http2Connection>(context_, route_, events);
   }
   const Outcome& outcomeOf(Ticket ticket) {
     EXPECT_TRUE(runUntil(outcomes_.size() + (outcomes_.contains(ticket) ? 0 : 1)));
@@ -160,6 +181,12 @@ TEST_P(DohEndpointContract, a_connection_that_breaks_costs_no_question) {
   EXPECT_EQ(answerTo("first.site.example"), oneAddress);
   harness().breakConnections();
   EXPECT_EQ(answerTo("next.site.example"), oneAddress);
+}
+
+TEST_P(DohEndpointContract, a_ping_is_answered) {
+  PingingEvents events;
+  events.connection = connect(events);
+  EXPECT_TRUE(runUntil([&] { return events.hasPong; }));
 }
 
 TEST_P(DohEndpointContract, an_authority_that_is_not_trusted_is_refused) {
