@@ -30,7 +30,7 @@ constexpr std::uint16_t dnsPort = 53;
 using Path = sdbus::ObjectPath;
 namespace ip = boost::asio::ip;
 
-// NetworkManager leaves out what has its default.
+// NetworkManager omits values that are the default.
 template <class T>
 T valueOr(const BusValues& values, const std::string& key, T standard) {
   const auto found = values.find(key);
@@ -75,7 +75,7 @@ std::optional<Profile> profileFrom(const ConnectionSettings& settings) {
 NetworkManager::NetworkManager(sdbus::IConnection& bus, Events events)
     : bus_(bus), events_(std::move(events)) {}
 
-// A signal could also be sent to this program alone, by anybody: it counts if it comes from the owner of
+// Any program can send this one a signal directly. A signal counts only if it comes from the owner of
 // NetworkManager's name.
 void NetworkManager::watch(const std::string& rule, std::function<void(sdbus::Message&)> heard) {
   matches_.push_back(bus_.addMatch("type='signal',sender='" + std::string(networkManager) + "'," + rule,
@@ -125,7 +125,7 @@ void NetworkManager::begin() {
         .storeResultsTo(owner);
     ownerChanged(owner);
   } catch (const sdbus::Error&) {
-    // It isn't running. Its arrival will be heard of.
+    // It isn't running. A signal will report its start.
   }
 }
 

@@ -12,44 +12,44 @@
 
 namespace quillmar::tunnel {
 
-// A connection of NetworkManager that this program is for.
+// A NetworkManager connection of this program's service type.
 struct Profile {
-  std::string path;  // on the bus
+  std::string path;  // on D-Bus
   std::string uuid;
   bool isEnabled = false;
   std::optional<std::string> endpoint{};
 };
 
-// Nothing for what is for another program, or not of the shape that it should have.
+// nullopt if the connection is of another type or malformed.
 std::optional<Profile> profileFrom(const ConnectionSettings& settings);
 
-// What this program asks NetworkManager for, and hears of it. On the bus's thread. What NetworkManager does
-// not answer is empty.
+// The calls to NetworkManager and its signals. Used on the bus's thread. If NetworkManager does not answer,
+// results are empty.
 class NetworkManager {
  public:
   struct Events {
     std::function<void()> came;
     std::function<void()> went;
-    // Something that decides whether a profile can be activated.
+    // A change after which a profile may be activated.
     std::function<void()> changed;
     std::function<void(const Profile&)> profileUpdated;
   };
 
   NetworkManager(sdbus::IConnection& bus, Events events);
 
-  // Looks whether it is there already.
+  // Reports NetworkManager if it is running already.
   void begin();
 
   bool isThere() const { return !owner_.empty(); }
-  // It has read its connections.
+  // Whether it has read its connections.
   bool hasStarted();
-  // Whether a link leads out, which a VPN needs.
+  // Whether there is a link to the outside, which a VPN needs.
   bool isOnline();
-  // Nothing where it does not say.
+  // nullopt if it does not answer.
   std::optional<std::vector<Profile>> profiles();
-  // The problem, if there is one.
+  // Returns the problem, or an empty text.
   std::string activate(const Profile& profile);
-  // Those of the link below.
+  // The name servers of the link that the VPN uses.
   NameServers nameServers();
 
  private:

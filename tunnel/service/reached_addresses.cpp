@@ -41,7 +41,7 @@ std::string ReachedAddresses::keep(const std::string& host, const boost::asio::i
   return write();
 }
 
-// Another file first: one that is cut short would be read as another address.
+// Writes another file and renames it, because a partly written file could contain a wrong address.
 std::string ReachedAddresses::write() const {
   std::string text;
   for (const auto& [host, address] : addresses_) {

@@ -7,14 +7,14 @@
 
 namespace quillmar::tunnel {
 
-// The address at which each endpoint was reached last, in a file that only its owner reads: with it a machine
-// starts where nobody else tells the endpoint's address.
+// Keeps the last address that worked for each endpoint's host, in a file that only its owner can read. With
+// it a machine finds its endpoint on a network whose name servers don't answer.
 class ReachedAddresses {
  public:
   explicit ReachedAddresses(std::filesystem::path directory);
 
   const LinkBootstrap::LastGood& all() const { return addresses_; }
-  // The problem, if there is one.
+  // Returns the problem, or an empty text.
   std::string keep(const std::string& host, const boost::asio::ip::address& address);
 
  private:

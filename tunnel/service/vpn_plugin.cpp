@@ -14,13 +14,13 @@ namespace {
 constexpr const char* objectPath = "/org/freedesktop/NetworkManager/VPN/Plugin";
 constexpr const char* pluginInterface = "org.freedesktop.NetworkManager.VPN.Plugin";
 
-// There has to be one. An ordinary address would get routes of its own on the link below, which outlive its
-// cable; one of a group gets none.
+// NetworkManager requires a gateway. It adds routes to an ordinary address on the link, which stay when the
+// cable is unplugged. It adds none to a multicast address.
 constexpr const char* gateway = "224.0.0.1";
 
 constexpr std::uint32_t connectFailed = 1;
 
-// As it stands on the wire.
+// In network byte order.
 std::uint32_t address4(const char* text) {
   in_addr address{};
   inet_pton(AF_INET, text, &address);
@@ -93,7 +93,7 @@ void VpnPlugin::announceConfiguration(bool hasIp6) {
                                {"never-default", true},
                                {"dns", std::vector{address4(tunnelAddress4)}},
                                {"domains", std::vector<std::string>{"~."}}});
-  // Without a server: with two of them each failure would take twice as long.
+  // Without a name server, since with two of them each failure would take twice as long.
   if (hasIp6) {
     announceValues(
         "Ip6Config",

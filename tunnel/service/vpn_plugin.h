@@ -13,28 +13,28 @@ namespace quillmar::tunnel {
 inline constexpr const char* serviceName = "live.quillmar.quillmar.PacketTunnel";
 
 using BusValues = std::map<std::string, sdbus::Variant>;
-// A connection of NetworkManager: values by key by section.
+// A NetworkManager connection: values by key, by section.
 using ConnectionSettings = std::map<std::string, BusValues>;
 
-// The interface through which NetworkManager connects a VPN.
+// The D-Bus interface that NetworkManager calls to connect a VPN.
 class VpnPlugin {
  public:
   enum class State : std::uint32_t { initial = 1, starting = 3, started = 4, stopped = 6 };
 
   struct Events {
-    // Throws what `refusal` makes if it can't.
+    // Throws a `refusal` if it fails.
     std::function<void(const ConnectionSettings&)> connect;
     std::function<void()> disconnect;
   };
 
   VpnPlugin(sdbus::IConnection& bus, Events events);
 
-  // Why a connection is not made, as NetworkManager shows it.
+  // An error whose text NetworkManager shows.
   static sdbus::Error refusal(const std::string& problem);
 
   State state() const { return state_; }
   void announce(State state);
-  // Nothing is said: a word behind a disconnection would reach the next connection.
+  // Sends no signal: NetworkManager would apply one that follows a disconnection to the next connection.
   void stopSilently() { state_ = State::stopped; }
   void announceConfiguration(bool hasIp6);
   void announceFailure();
