@@ -33,7 +33,7 @@ class DohEndpointHarness {
 
   virtual std::string url() = 0;
   virtual std::string caFile() = 0;
-  // The connections so far end without another answer; new ones are answered.
+  // Existing connections end without another answer. New ones work.
   virtual void breakConnections() = 0;
 };
 
@@ -56,11 +56,11 @@ class PingingEvents final : public ConnectionEvents {
 
 class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHarness>> {
  protected:
-  using Outcome = std::variant<Answer, std::string>;  // or why there is none
+  using Outcome = std::variant<Answer, std::string>;  // an answer, or the cause of the failure
 
   DohEndpointContract() { trust(harness_->caFile()); }
 
-  // The authorities in this file, beside the system's.
+  // Connects anew with the system's authorities and those in this file.
   void trust(const std::string& caFile) {
     upstream_.reset();
     auto tls = TlsClient::make(caFile);
@@ -81,7 +81,7 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
   }
   void cancel(Ticket ticket) { upstream_->cancel(ticket); }
 
-  // Runs until so many questions have an outcome. False after a timeout.
+  // Runs until this number of questions has an outcome. False after a timeout.
   bool runUntil(std::size_t count) {
     return runUntil([this, count] { return outcomes_.size() >= count; });
   }
@@ -102,7 +102,7 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
     EXPECT_TRUE(runUntil(outcomes_.size() + (outcomes_.contains(ticket) ? 0 : 1)));
     return outcomes_.at(ticket);
   }
-  // The status of the answer, and how many records it has.
+  // The response code and the number of answer records.
   std::pair<std::uint16_t, std::uint16_t> answerTo(const std::string& name,
                                                    std::uint16_t recordType = type::a) {
     const auto& outcome = outcomeOf(ask(name, recordType));
@@ -145,9 +145,9 @@ TEST_P(DohEndpointContract, a_name_that_does_not_exist_is_an_answer) {
   EXPECT_EQ(answerTo("www.ads.example").first, rcode::nxDomain);
 }
 
-TEST_P(DohEndpointContract, a_type_that_nobody_knows_is_answered) {
-  constexpr std::uint16_t nobodyKnows = 65'280;
-  EXPECT_EQ(answerTo("www.site.example", nobodyKnows),
+TEST_P(DohEndpointContract, an_unknown_type_is_answered) {
+  constexpr std::uint16_t unknownType = 65'280;
+  EXPECT_EQ(answerTo("www.site.example", unknownType),
             (std::pair<std::uint16_t, std::uint16_t>(rcode::noError, 0)));
 }
 
@@ -168,7 +168,7 @@ TEST_P(DohEndpointContract, more_questions_than_an_endpoint_takes_at_once_are_al
   }
 }
 
-TEST_P(DohEndpointContract, a_cancelled_question_has_no_outcome_and_disturbs_no_other) {
+TEST_P(DohEndpointContract, a_cancelled_question_has_no_outcome_and_others_have) {
   EXPECT_EQ(answerTo("first.site.example"), oneAddress);
   const auto cancelled = ask("cancelled.site.example");
   cancel(cancelled);
@@ -177,7 +177,7 @@ TEST_P(DohEndpointContract, a_cancelled_question_has_no_outcome_and_disturbs_no_
   EXPECT_EQ(outcomes(), 3U);
 }
 
-TEST_P(DohEndpointContract, a_connection_that_breaks_costs_no_question) {
+TEST_P(DohEndpointContract, a_broken_connection_loses_no_question) {
   EXPECT_EQ(answerTo("first.site.example"), oneAddress);
   harness().breakConnections();
   EXPECT_EQ(answerTo("next.site.example"), oneAddress);
@@ -189,7 +189,7 @@ TEST_P(DohEndpointContract, a_ping_is_answered) {
   EXPECT_TRUE(runUntil([&] { return events.hasPong; }));
 }
 
-TEST_P(DohEndpointContract, an_authority_that_is_not_trusted_is_refused) {
+TEST_P(DohEndpointContract, an_unknown_authority_is_rejected) {
   trust("");
   const auto& outcome = outcomeOf(ask("www.site.example"));
   ASSERT_TRUE(std::holds_alternative<std::string>(outcome));

@@ -25,7 +25,7 @@ constexpr std::uint16_t txt = 16;
 constexpr std::uint16_t alias = 5;
 constexpr std::uint16_t mail = 15;
 constexpr std::uint16_t signature = 46;
-constexpr std::uint16_t nobodyKnows = 65'280;
+constexpr std::uint16_t unknownType = 65'280;
 
 std::string withSingleBlanks(const std::string& output) {
   static const std::regex blanks("[ \\t]+");
@@ -75,7 +75,7 @@ AnswerText answerFor(const std::string& label, const Query& query) {
             .additionals = optText(1232, 0, "\0\x0f\0\x0a\0\x0f"s + "By Mum. "),
             .additionalCount = 1};
   }
-  return query.question.type == nobodyKnows ? AnswerText{.answers = {{.type = nobodyKnows, .data = "data"}}}
+  return query.question.type == unknownType ? AnswerText{.answers = {{.type = unknownType, .data = "data"}}}
                                             : AnswerText{};
 }
 
@@ -125,10 +125,10 @@ const std::vector<Promise> promises{
      {"+cookie=0123456789abcdef", "+nsid", "+subnet=192.0.2.0/24", "+padding=64", "www.example.org"},
      {"status: NOERROR", "UDP size: 1232 B"},
      {"COOKIE", "NSID", "CLIENT-SUBNET", "PADDING"}},
-    {"without_edns_an_answer_has_512_bytes",
+    {"without_edns_an_answer_has_at_most_512_bytes",
      {"TXT", "big.example.org", "+ignore"},
      {"Flags: qr tc rd ra;", "ANSWER: 0"}},
-    {"an_answer_is_no_longer_than_its_client_takes",
+    {"an_answer_is_no_longer_than_its_client_accepts",
      {"TXT", "big.example.org", "+bufsize=600", "+ignore"},
      {"Flags: qr tc rd ra;", "ANSWER: 0"}},
     {"an_answer_that_fits_is_whole",
@@ -152,16 +152,18 @@ const std::vector<Promise> promises{
     {"other_classes_are_passed_on",
      {"-c", "CH", "TXT", "version.bind"},
      {"status: NOERROR", ";; version.bind. CH TXT\n"}},
-    {"dnssec_records_come_to_whom_asks_for_them",
+    {"dnssec_records_are_sent_with_do",
      {"+dnssec", "signed.example.org"},
      {"Flags: qr rd ra ad;", "flags: do", "60 IN RRSIG A 13 2 300 "}},
-    {"dnssec_records_come_to_nobody_else",
+    {"dnssec_records_are_not_sent_without_do",
      {"+edns", "signed.example.org"},
      {"ANSWER: 1;"},
      {"RRSIG", "flags: do"}},
     {"checking_disabled_is_copied", {"+cdflag", "www.example.org"}, {"Flags: qr rd ra cd;"}},
     {"recursion_desired_is_copied", {"+nordflag", "www.example.org"}, {"Flags: qr ra;"}},
-    {"an_absence_lives_for_ten_seconds", {"absent.example.org"}, {"status: NXDOMAIN", ". 10 IN SOA "}},
+    {"a_negative_answer_has_a_ttl_of_ten_seconds",
+     {"absent.example.org"},
+     {"status: NXDOMAIN", ". 10 IN SOA "}},
     {"extended_errors_of_the_endpoint_are_passed_on",
      {"+edns", "blocked.example.org"},
      {"EDE: 15 (Blocked): 'By Mum. '"}},
