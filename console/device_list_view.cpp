@@ -35,17 +35,17 @@ DeviceListView::DeviceListView(Environment& environment)
           },
           [this] {
             selectedChild = std::nullopt;
-            comeBack();
+            comeBackIfCovered();
           }),
       showSettings(
           *this, "showSettings", [this] { return std::make_shared<SettingsView>(environment_); },
-          [this] { comeBack(); }),
+          [this] { comeBackIfCovered(); }),
       showHomeNetwork(
           *this, "showHomeNetwork", [this] { return std::make_shared<HomeNetworkView>(environment_); },
-          [this] { comeBack(); }),
+          [this] { comeBackIfCovered(); }),
       showFamilyMembers(
           *this, "showFamilyMembers", [this] { return std::make_shared<FamilyMembersView>(environment_); },
-          [this] { comeBack(); }),
+          [this] { comeBackIfCovered(); }),
       showAddDevice(
           *this, "showAddDevice",
           [this] {
@@ -79,6 +79,12 @@ void DeviceListView::comeBack() {
   // After the account was deleted in a sheet there is nothing to load.
   if (isOnScreen() && authState_->isLoggedIn()) {
     onAppear();
+  }
+}
+
+void DeviceListView::comeBackIfCovered() {
+  if (!arePagesBeside()) {
+    comeBack();
   }
 }
 
@@ -173,6 +179,9 @@ std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileW
 }
 
 void DeviceListView::select(const ChildProfileWithDevices& child) {
+  if (arePagesBeside() && selectedChild() && selectedChild()->id != child.id) {
+    showChildDetail = false;
+  }
   if (!showChildDetail()) {
     selectedChild = child;
     showChildDetail = true;

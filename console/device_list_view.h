@@ -64,10 +64,10 @@ class DeviceListView final : public ScreenModel {
 
   Sheet<AddChildView> showAddChild;
   // Shown exactly while a child is selected.
-  Sheet<ChildDetailView> showChildDetail;
-  Sheet<SettingsView> showSettings;
-  Sheet<HomeNetworkView> showHomeNetwork;
-  Sheet<FamilyMembersView> showFamilyMembers;
+  Page<ChildDetailView> showChildDetail;
+  Page<SettingsView> showSettings;
+  Page<HomeNetworkView> showHomeNetwork;
+  Page<FamilyMembersView> showFamilyMembers;
   // Not shown without a selected child.
   Sheet<AddDeviceSheet> showAddDevice;
 
@@ -145,6 +145,8 @@ class DeviceListView final : public ScreenModel {
   void onDisappear() override;
   // Called when a sheet was dismissed.
   void comeBack();
+  // Called when a page was dismissed.
+  void comeBackIfCovered();
   void followScene(ScenePhase phase);
 
   void load();

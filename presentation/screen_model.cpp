@@ -46,12 +46,26 @@ void Presentation::show() {
     announce();
     return;
   }
+  makeRoom();
   model_ = model;
   model->setDismissHandler(owner().weakly([this] { present(false); }));
   announce();
   // A listener may already have dismissed it.
   if (model_ == model) {
     model->appear();
+  }
+}
+
+void Presentation::makeRoom() {
+  const auto* const screen = dynamic_cast<const ScreenModel*>(&owner());
+  if (!isPage() || !screen || !screen->arePagesBeside()) {
+    return;
+  }
+  for (Member* member : owner().members()) {
+    auto* const other = dynamic_cast<Presentation*>(member);
+    if (other && other->isPage() && other->model_) {
+      other->takeAway();
+    }
   }
 }
 

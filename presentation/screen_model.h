@@ -21,6 +21,11 @@ class ScreenModel : public ObservableObject {
   void disappear();
   bool isOnScreen() const { return isOnScreen_; }
 
+  // The front end reports whether it has room to draw the pages of this screen beside it. Until then they
+  // cover it.
+  void setPagesBeside(bool beside) { arePagesBeside_ = beside; }
+  bool arePagesBeside() const { return arePagesBeside_; }
+
   // Asks the presenter to dismiss this screen; does nothing without a presenter.
   void dismiss();
   void setDismissHandler(std::function<void()> handler) { dismissHandler_ = std::move(handler); }
@@ -31,6 +36,7 @@ class ScreenModel : public ObservableObject {
 
  private:
   bool isOnScreen_ = false;
+  bool arePagesBeside_ = false;
   std::function<void()> dismissHandler_;
 };
 
@@ -41,6 +47,8 @@ class ScreenModel : public ObservableObject {
 class Presentation : public Member {
  public:
   std::vector<Nested> nested() const override;
+  // May stand beside its owner.
+  virtual bool isPage() const { return false; }
 
  protected:
   using Make = std::function<std::shared_ptr<ScreenModel>()>;
@@ -53,6 +61,7 @@ class Presentation : public Member {
 
  private:
   void show();
+  void makeRoom();
   void takeAway();
   void withdraw();
   static void withdrawAllOf(const ObservableObject& object);
@@ -77,7 +86,7 @@ class PresentationOf : public Presentation {
 // A screen presented over its owner's. It is also a Bool state of that name, which a person can set too (by
 // swiping the sheet away or by opening a link).
 template <class T>
-class Sheet final : public PresentationOf<T> {
+class Sheet : public PresentationOf<T> {
  public:
   Sheet(ObservableObject& owner, std::string_view name, std::function<std::shared_ptr<T>()> make,
         std::function<void()> onDismiss = {})
@@ -98,6 +107,17 @@ class Sheet final : public PresentationOf<T> {
     }
     return shown != nullptr;
   }
+};
+
+// A sheet that may stand beside its owner's screen. There is room for one: presenting it there dismisses the
+// page that stands there.
+template <class T>
+class Page final : public Sheet<T> {
+ public:
+  using Sheet<T>::Sheet;
+  using Sheet<T>::operator=;
+
+  bool isPage() const override { return true; }
 };
 
 // A screen shown instead of its owner's content; only the owner presents it.

@@ -59,6 +59,18 @@ using DashboardLoad = Dashboard;
 using DashboardRefresh = Dashboard;
 using DashboardScene = Dashboard;
 using DashboardSheets = Dashboard;
+// A dashboard whose pages stand beside it.
+struct DashboardPages : Dashboard {
+  DashboardPages() {
+    answerWith({makeChild("c1", "Mia"), makeChild("c2", "Zoe")});
+    load();
+    screen().setPagesBeside(true);
+  }
+
+  std::size_t loadsOf(const std::string& child) {
+    return app.machine.http.count("GET", "/children/" + child);
+  }
+};
 using DashboardCards = Dashboard;
 using DashboardMenu = Dashboard;
 
@@ -660,6 +672,117 @@ TEST_F(DashboardSheets, a_refresh_beneath_a_detail_keeps_the_detail) {
   app.advance(30s);
   EXPECT_EQ(screen().cards.size(), 0U);
   EXPECT_EQ(screen().showChildDetail.get(), before);
+}
+
+TEST_F(DashboardPages, neither_load_nor_restart_the_timer_when_they_close) {
+  using Open = std::function<void(DeviceListView&)>;
+  const std::vector<std::pair<Open, Open>> ways{
+      {[](auto& on) { on.openSettings(); }, [](auto& on) { on.showSettings = false; }},
+      {[](auto& on) { on.openFamilyMembers(); }, [](auto& on) { on.showFamilyMembers = false; }},
+      {[](auto& on) { on.openHomeNetwork(); }, [](auto& on) { on.showHomeNetwork = false; }},
+      {[](auto& on) { on.cards[0].tap(); }, [](auto& on) { on.showChildDetail = false; }}};
+  app.advance(29s);
+  for (const auto& [open, close] : ways) {
+    open(screen());
+    app.settle();
+    close(screen());
+    EXPECT_TRUE(screen().isOnScreen());
+    EXPECT_TRUE(screen().cardsAppeared());
+    app.settle();
+  }
+  EXPECT_EQ(loads(), 0U);
+  app.advance(1s);
+  EXPECT_EQ(loads(), 1U) << "the timer kept its schedule";
+}
+
+TEST_F(DashboardPages, open_by_themselves_never) {
+  app.advance(5min);
+  EXPECT_EQ(app.screenNames(), Names{"DeviceListView"});
+  EXPECT_EQ(loadsOf("c1"), 0U);
+}
+
+TEST_F(DashboardPages, of_another_child_replaces_the_first) {
+  screen().cards[0].tap();
+  app.settle();
+  const std::weak_ptr<ChildDetailView> first = app.find<ChildDetailView>();
+  screen().cards[1].tap();
+  EXPECT_TRUE(first.expired());
+  EXPECT_EQ(screen().selectedChild(), makeChild("c2", "Zoe"));
+  app.settle();
+  EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "ChildDetailView"}));
+  EXPECT_EQ(app.screen<ChildDetailView>().name(), "Zoe");
+  EXPECT_EQ(loadsOf("c2"), 1U);
+  app.machine.http.forgetRequests();
+  app.advance(15s);
+  EXPECT_EQ(loadsOf("c1"), 0U) << "the first page's timer still runs";
+  EXPECT_EQ(loadsOf("c2"), 1U);
+}
+
+TEST_F(DashboardPages, of_the_same_child_stays) {
+  screen().cards[0].tap();
+  const auto before = app.find<ChildDetailView>();
+  screen().cards[0].tap();
+  app.settle();
+  EXPECT_EQ(app.find<ChildDetailView>(), before);
+  EXPECT_EQ(loadsOf("c1"), 1U);
+}
+
+TEST_F(DashboardPages, take_each_others_place) {
+  screen().cards[0].tap();
+  screen().openSettings();
+  EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "SettingsView"}));
+  EXPECT_EQ(screen().selectedChild(), std::nullopt);
+  screen().openHomeNetwork();
+  EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "HomeNetworkView"}));
+  screen().cards[1].tap();
+  EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "ChildDetailView"}));
+}
+
+TEST_F(DashboardPages, stay_if_what_was_asked_for_cannot_be_shown) {
+  screen().openSettings();
+  screen().showChildDetail = true;
+  EXPECT_EQ(app.screenNames(), (Names{"DeviceListView", "SettingsView"}));
+}
+
+TEST_F(DashboardPages, stay_under_a_sheet_which_still_covers_the_dashboard) {
+  screen().cards[0].tap();
+  screen().addChild();
+  EXPECT_TRUE(screen().showChildDetail());
+  screen().showAddChild = false;
+  app.settle();
+  EXPECT_EQ(loads(), 1U);
+  EXPECT_TRUE(screen().showChildDetail());
+}
+
+TEST_F(DashboardPages, count_as_covering_by_where_they_stand_when_they_close) {
+  screen().openSettings();
+  screen().setPagesBeside(false);
+  EXPECT_EQ(app.screenNames().back(), "SettingsView");
+  app.settle();
+  EXPECT_EQ(loads(), 0U) << "more or less room sends nothing";
+  screen().showSettings = false;
+  app.settle();
+  EXPECT_EQ(loads(), 1U);
+
+  screen().openSettings();
+  screen().setPagesBeside(true);
+  screen().showSettings = false;
+  app.settle();
+  EXPECT_EQ(loads(), 1U);
+}
+
+TEST_F(DashboardPages, end_with_the_session) {
+  screen().cards[0].tap();
+  app.settle();
+  const std::weak_ptr<ChildDetailView> page = app.find<ChildDetailView>();
+  screen().logout();
+  screen().logoutConfirmation.confirm();
+  app.settle();
+  EXPECT_EQ(app.screenNames(), Names{"LoginView"});
+  EXPECT_TRUE(page.expired());
+  app.machine.http.forgetRequests();
+  app.advance(5min);
+  EXPECT_EQ(app.machine.http.calls(), Names());
 }
 
 TEST_F(DashboardCards, show_counts_with_the_right_plurals) {

@@ -75,6 +75,21 @@ class Root final : public ObservableObject {
                          [this] { diary_.push_back("root is back"); }};
 };
 
+// A screen with room for pages, and a sheet that is none.
+class Desk final : public Page {
+ public:
+  explicit Desk(Diary& diary) : Page(diary, "desk") {}
+
+  std::shared_ptr<ScreenModel> make(const char* name) { return std::make_shared<Page>(diary(), name); }
+
+  quillmar::Page<ScreenModel> first{*this, "first", [this] { return make("first"); },
+                                    [this] { note("sees the first go"); }};
+  quillmar::Page<ScreenModel> second{*this, "second", [this] { return make("second"); },
+                                     [this] { note("sees the second go"); }};
+  quillmar::Page<ScreenModel> missing{*this, "missing", [] { return nullptr; }};
+  Sheet<ScreenModel> sheet{*this, "sheet", [this] { return make("sheet"); }};
+};
+
 class ScreenModelTest : public testing::Test {
  protected:
   // Returns and clears the recorded entries.
@@ -82,11 +97,13 @@ class ScreenModelTest : public testing::Test {
 
   Diary diary;
   std::shared_ptr<Outer> outer = std::make_shared<Outer>(diary);
+  std::shared_ptr<Desk> desk = std::make_shared<Desk>(diary);
   void SetUp() override { diary.clear(); }
 };
 
 using AScreen = ScreenModelTest;
 using ASheet = ScreenModelTest;
+using APage = ScreenModelTest;
 using APresentedScreen = ScreenModelTest;
 
 TEST_F(AScreen, is_not_on_screen_before_it_appears) { EXPECT_FALSE(outer->isOnScreen()); }
@@ -368,6 +385,47 @@ TEST_F(ASheet, can_be_presented_again_in_on_dismiss) {
   again = false;
   EXPECT_TRUE(again());
   EXPECT_EQ(dismissals, 1);
+}
+
+TEST_F(APage, beside_its_owner_dismisses_the_page_that_stands_there) {
+  desk->setPagesBeside(true);
+  desk->first = true;
+  news();
+  desk->second = true;
+  EXPECT_THAT(news(), ElementsAre("second made", "first disappears", "first gone", "desk sees the first go",
+                                  "second appears"));
+  EXPECT_FALSE(desk->first());
+}
+
+TEST_F(APage, that_a_person_opens_takes_the_place_too) {
+  desk->setPagesBeside(true);
+  desk->first = true;
+  desk->second.input(true);
+  EXPECT_FALSE(desk->first());
+  EXPECT_TRUE(desk->second());
+}
+
+TEST_F(APage, that_covers_its_owner_leaves_others_alone) {
+  desk->first = true;
+  desk->second = true;
+  EXPECT_TRUE(desk->first());
+  EXPECT_TRUE(desk->second());
+}
+
+TEST_F(APage, without_a_model_takes_no_place) {
+  desk->setPagesBeside(true);
+  desk->first = true;
+  desk->missing = true;
+  EXPECT_TRUE(desk->first());
+}
+
+TEST_F(APage, and_a_sheet_leave_each_other_alone) {
+  desk->setPagesBeside(true);
+  desk->first = true;
+  desk->sheet = true;
+  EXPECT_TRUE(desk->first());
+  desk->second = true;
+  EXPECT_TRUE(desk->sheet());
 }
 
 TEST_F(APresentedScreen, is_controlled_only_by_its_owner) {

@@ -47,7 +47,18 @@ class Model final : public ScreenModel {
   int evaluations = 0;
 };
 
+// Presents two pages and a sheet.
+class Desk final : public ScreenModel {
+ public:
+  Desk() : ScreenModel("Desk") {}
+
+  Page<Child> first{*this, "first", [] { return std::make_shared<Child>(); }};
+  Page<Child> second{*this, "second", [] { return std::make_shared<Child>(); }};
+  Sheet<Child> over{*this, "over", [] { return std::make_shared<Child>(); }};
+};
+
 using ModelBridgeTest = BridgedModel<Model>;
+using DeskBridge = BridgedModel<Desk>;
 
 TEST_F(ModelBridgeTest, shows_what_the_model_holds) {
   EXPECT_EQ(shown("typeName"), "Model");
@@ -207,6 +218,49 @@ TEST_F(ModelBridgeTest, the_sheet_is_what_is_presented_over_the_screen_but_not_w
   turn();
   EXPECT_EQ(nested("sheet"), nullptr);
   EXPECT_NE(nested("inPlace"), nullptr);
+}
+
+TEST_F(ModelBridgeTest, a_screen_that_presents_no_pages_has_no_page) {
+  EXPECT_FALSE(bridge.contains("page"));
+  bridge.dismissPage();
+  bridge.setPagesBeside(true);
+}
+
+TEST_F(DeskBridge, a_page_is_no_sheet) {
+  EXPECT_TRUE(bridge.contains("page"));
+  EXPECT_EQ(nested("page"), nullptr);
+  model->second = true;
+  turn();
+  EXPECT_NE(nested("page"), nullptr);
+  EXPECT_EQ(nested("page"), nested("second"));
+  EXPECT_EQ(nested("sheet"), nullptr);
+  model->over = true;
+  turn();
+  EXPECT_EQ(nested("sheet"), nested("over"));
+  EXPECT_EQ(nested("page"), nested("second"));
+
+  bridge.dismissPage();
+  EXPECT_FALSE(model->second());
+  EXPECT_TRUE(model->over());
+  bridge.dismissSheet();
+  turn();
+  EXPECT_FALSE(model->over());
+  EXPECT_EQ(nested("page"), nullptr);
+}
+
+TEST_F(DeskBridge, tells_the_model_where_its_pages_are_drawn) {
+  EXPECT_FALSE(model->arePagesBeside());
+  bridge.setPagesBeside(true);
+  EXPECT_TRUE(model->arePagesBeside());
+  model->first = true;
+  turn();
+  const auto* const first = nested("page");
+  model->second = true;
+  turn();
+  EXPECT_NE(nested("page"), first);
+  EXPECT_EQ(nested("page"), nested("second"));
+  bridge.setPagesBeside(false);
+  EXPECT_FALSE(model->arePagesBeside());
 }
 
 TEST_F(ModelBridgeTest, a_sheet_cannot_be_overwritten_from_outside) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "presentation/screen_model.h"
 #include "ui/bridge/keyed_list_model.h"
 #include "ui/bridge/shown_text.h"
 #include "ui/bridge/variants.h"
@@ -39,6 +40,14 @@ std::vector<KeyedListModel::Row> rowsOf(const Value::List& list, TextForm form) 
     rows.push_back({rowKey(element, rows.size()), toVariant(element, form)});
   }
   return rows;
+}
+
+const auto sheetKey = QStringLiteral("sheet");
+const auto pageKey = QStringLiteral("page");
+
+bool isPage(const Member& member) {
+  const auto* const presentation = dynamic_cast<const Presentation*>(&member);
+  return presentation && presentation->isPage();
 }
 
 }  // namespace
@@ -80,7 +89,7 @@ struct ModelBridge::Entry {
 ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* parent)
     : QQmlPropertyMap(this, parent), model_(std::move(model)) {
   insert(QStringLiteral("typeName"), exactText(model_->typeName()));
-  insert(QStringLiteral("sheet"), QVariant::fromValue<QObject*>(nullptr));
+  insert(sheetKey, QVariant::fromValue<QObject*>(nullptr));
   for (Member* const member : model_->members()) {
     addEntry(*member);
   }
@@ -194,7 +203,7 @@ void ModelBridge::showNested(Entry& entry) {
     insert(entry.name, shown.empty() ? QVariant::fromValue<QObject*>(nullptr) : shown.front().data);
   }
   if (entry.member.kind() == Member::Kind::sheet) {
-    showSheet();
+    showPresented(isPage(entry.member) ? Kind::page : Kind::sheet);
   }
   for (ModelBridge* const gone : former) {
     if (std::ranges::find(entry.bridges, gone) == entry.bridges.end()) {
@@ -203,22 +212,37 @@ void ModelBridge::showNested(Entry& entry) {
   }
 }
 
-// A sheet that the person can't dismiss replaces the screen instead of lying over it.
-bool ModelBridge::isSheetUp(const Entry& entry) {
-  return entry.member.kind() == Member::Kind::sheet && entry.member.isInput() && !entry.bridges.empty();
+// What is presented in this way; null if nothing is. A sheet that the person can't dismiss replaces the
+// screen instead of lying over it.
+ModelBridge::Entry* ModelBridge::presented(Kind kind) const {
+  const auto up = std::ranges::find_if(entries_, [kind](const auto& entry) {
+    return entry->member.kind() == Member::Kind::sheet && entry->member.isInput() &&
+           !entry->bridges.empty() && isPage(entry->member) == (kind == Kind::page);
+  });
+  return up == entries_.end() ? nullptr : up->get();
 }
 
-void ModelBridge::showSheet() {
-  const auto up = std::ranges::find_if(entries_, [](const auto& entry) { return isSheetUp(*entry); });
-  insert(QStringLiteral("sheet"),
-         QVariant::fromValue<QObject*>(up == entries_.end() ? nullptr : (*up)->bridges.back()));
+void ModelBridge::showPresented(Kind kind) {
+  const Entry* const up = presented(kind);
+  insert(kind == Kind::page ? pageKey : sheetKey,
+         QVariant::fromValue<QObject*>(up ? up->bridges.back() : nullptr));
 }
 
-void ModelBridge::dismissSheet() {
-  const auto up = std::ranges::find_if(entries_, [](const auto& entry) { return isSheetUp(*entry); });
-  if (model_ && up != entries_.end()) {
+void ModelBridge::dismiss(Kind kind) {
+  Entry* const up = presented(kind);
+  if (model_ && up) {
     const auto alive = model_;
-    (*up)->member.input(false);
+    up->member.input(false);
+  }
+}
+
+void ModelBridge::dismissSheet() { dismiss(Kind::sheet); }
+
+void ModelBridge::dismissPage() { dismiss(Kind::page); }
+
+void ModelBridge::setPagesBeside(bool beside) {
+  if (auto* const screen = dynamic_cast<ScreenModel*>(model_.get())) {
+    screen->setPagesBeside(beside);
   }
 }
 

@@ -53,7 +53,9 @@ class ActionBridge final : public QObject {
 //   an input is not shortened;
 // - actions are ActionBridges;
 // - a part or a sheet is a nested bridge, or null; rows are a KeyedListModel of bridges;
-// - `typeName` is the object's type, and `sheet` is what is presented over this screen, or null.
+// - `typeName` is the object's type, `sheet` is what is presented over this screen, or null, and `page` is
+// the
+//   page that is presented, or null. A screen that presents no pages has no `page`.
 // Changes are batched: what changes in one turn of the event loop is read once, in the next turn.
 class ModelBridge final : public QQmlPropertyMap {
   Q_OBJECT
@@ -67,6 +69,9 @@ class ModelBridge final : public QQmlPropertyMap {
 
   // Asks the model to dismiss the open sheet, as swiping it down does.
   Q_INVOKABLE void dismissSheet();
+  Q_INVOKABLE void dismissPage();
+  // Tells the model whether its pages are drawn beside it.
+  Q_INVOKABLE void setPagesBeside(bool beside);
 
  protected:
   QVariant updateValue(const QString& key, const QVariant& input) override;
@@ -81,8 +86,10 @@ class ModelBridge final : public QQmlPropertyMap {
   void show(Entry& entry);
   void showValue(Entry& entry);
   void showNested(Entry& entry);
-  static bool isSheetUp(const Entry& entry);
-  void showSheet();
+  enum class Kind { sheet, page };
+  Entry* presented(Kind kind) const;
+  void showPresented(Kind kind);
+  void dismiss(Kind kind);
   void retire();
 
   // Destroyed after the entries, which refer to the model's members.
