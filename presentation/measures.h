@@ -21,6 +21,11 @@ struct Measures {
   int contentWidth = 600;
   int wideContentWidth = 700;  // the dashboard's list and a few others
   int sheetWidth = 640;
+  int deskWidth = 900;          // windows at least this wide show a page beside the dashboard
+  int twoColumnWidth = 1200;    // windows at least this wide show a child's page in two columns
+  double dashboardShare = 0.3;  // of a window with a page beside the dashboard
+  int dashboardMinimum = 360;
+  int dashboardMaximum = 520;
 
   // Parts
   int target = 44;  // minimum size of what can be pressed
@@ -58,17 +63,20 @@ inline constexpr auto wire<Measures> = record(
     required("regularMargin", &Measures::regularMargin), required("regularWidth", &Measures::regularWidth),
     required("contentWidth", &Measures::contentWidth),
     required("wideContentWidth", &Measures::wideContentWidth), required("sheetWidth", &Measures::sheetWidth),
-    required("target", &Measures::target), required("primaryTarget", &Measures::primaryTarget),
-    required("barHeight", &Measures::barHeight), required("corner", &Measures::corner),
-    required("sheetCorner", &Measures::sheetCorner), required("haloOpacity", &Measures::haloOpacity),
-    required("largeTitleSize", &Measures::largeTitleSize), required("titleSize", &Measures::titleSize),
-    required("subtitleSize", &Measures::subtitleSize), required("headlineSize", &Measures::headlineSize),
-    required("bodySize", &Measures::bodySize), required("calloutSize", &Measures::calloutSize),
-    required("footnoteSize", &Measures::footnoteSize), required("captionSize", &Measures::captionSize),
-    required("codeSize", &Measures::codeSize), required("largeCodeSize", &Measures::largeCodeSize),
-    required("lineHeight", &Measures::lineHeight), required("faceHeight", &Measures::faceHeight),
-    required("quick", &Measures::quick), required("moderate", &Measures::moderate),
-    required("rerouting", &Measures::rerouting));
+    required("deskWidth", &Measures::deskWidth), required("twoColumnWidth", &Measures::twoColumnWidth),
+    required("dashboardShare", &Measures::dashboardShare),
+    required("dashboardMinimum", &Measures::dashboardMinimum),
+    required("dashboardMaximum", &Measures::dashboardMaximum), required("target", &Measures::target),
+    required("primaryTarget", &Measures::primaryTarget), required("barHeight", &Measures::barHeight),
+    required("corner", &Measures::corner), required("sheetCorner", &Measures::sheetCorner),
+    required("haloOpacity", &Measures::haloOpacity), required("largeTitleSize", &Measures::largeTitleSize),
+    required("titleSize", &Measures::titleSize), required("subtitleSize", &Measures::subtitleSize),
+    required("headlineSize", &Measures::headlineSize), required("bodySize", &Measures::bodySize),
+    required("calloutSize", &Measures::calloutSize), required("footnoteSize", &Measures::footnoteSize),
+    required("captionSize", &Measures::captionSize), required("codeSize", &Measures::codeSize),
+    required("largeCodeSize", &Measures::largeCodeSize), required("lineHeight", &Measures::lineHeight),
+    required("faceHeight", &Measures::faceHeight), required("quick", &Measures::quick),
+    required("moderate", &Measures::moderate), required("rerouting", &Measures::rerouting));
 
 inline constexpr Measures measures;
 

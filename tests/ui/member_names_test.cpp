@@ -113,7 +113,8 @@ QStringList namesAfter(const char* object, const QString& text) {
 
 QStringList unknownIn(const QString& text, const Registered& screen) {
   // Members that the bridge adds to every screen.
-  static const Names ofTheBridge{"sheet", "typeName", "dismissSheet"};
+  static const Names ofTheBridge{"sheet",        "page",        "typeName",
+                                 "dismissSheet", "dismissPage", "setPagesBeside"};
   QStringList unknown;
   for (const QString& name : namesAfter("screen", text)) {
     if (!screen.members.contains(name) && !ofTheBridge.contains(name)) {
@@ -150,7 +151,7 @@ TEST(MemberNames, that_the_qml_files_read_are_registered_by_their_models) {
 // A file whose screen appears in no scene would not be checked.
 TEST(MemberNames, are_looked_at_in_every_file_that_is_given_a_screen) {
   const Texts texts = readTexts();
-  QSet<QString> seen{"ScreenView", "ScreenHost", "Sheet"};  // They draw any screen.
+  QSet<QString> seen{"ScreenView", "ScreenHost", "Sheet", "SidePane"};  // They draw any screen.
   for (const auto& [screen, registered] : registerAll()) {
     if (texts.contains(screen)) {
       addDrawing(screen, texts, seen);

@@ -86,12 +86,19 @@ QtObject {
     readonly property int regularWidth: measures.regularWidth
     readonly property int contentWidth: measures.contentWidth
     readonly property int sheetWidth: measures.sheetWidth
+    readonly property int deskWidth: measures.deskWidth
+    readonly property int twoColumnWidth: measures.twoColumnWidth
     readonly property int target: measures.target
     readonly property int primaryTarget: measures.primaryTarget
     readonly property int corner: measures.corner
     readonly property int sheetCorner: measures.sheetCorner
     readonly property int barHeight: measures.barHeight
     readonly property real haloOpacity: measures.haloOpacity
+    // The width of the dashboard in a window with a page beside it
+    function dashboardWidth(width) {
+        return Math.round(Math.max(measures.dashboardMinimum,
+                                   Math.min(measures.dashboardShare * width, measures.dashboardMaximum)))
+    }
     function margin(width) { return width < regularWidth ? measures.margin : measures.regularMargin }
 
     // Motion. With reduced motion things fade, but do not move, grow or pulse.

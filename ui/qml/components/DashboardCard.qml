@@ -7,6 +7,8 @@ Pressable {
     id: card
 
     required property var child
+    // Its child's page stands beside the cards.
+    property bool chosen: false
 
     text: child.name
     effect: child.tap
@@ -14,12 +16,14 @@ Pressable {
     padding: Theme.gap
     pressedScale: 0.99
     Accessible.name: child.spokenName
+    Accessible.selected: chosen
 
     background: Rectangle {
         radius: card.corner
         color: Theme.raised
-        border.width: 1
-        border.color: card.hovered || card.visualFocus ? Theme.alpha(Theme.blue, 0.5) : Theme.separator
+        border.width: card.chosen ? 2 : 1
+        border.color: card.chosen ? Theme.blue
+                    : card.hovered || card.visualFocus ? Theme.alpha(Theme.blue, 0.5) : Theme.separator
         Behavior on border.color { ColorAnimation { duration: Theme.quick } }
 
         Elevation {

@@ -29,7 +29,8 @@ ColumnLayout {
         Accessible.role: Accessible.Heading
     }
     Rectangle {
-        implicitHeight: column.implicitHeight
+        // A layout may forget an item that once had no height.
+        implicitHeight: Math.max(1, column.implicitHeight)
         radius: Theme.corner
         color: section.ground
         Layout.fillWidth: true

@@ -15,16 +15,20 @@ FocusScope {
     property real bottomSpace: 40
     property bool tinted: false
     property alias spacing: column.spacing
+    implicitHeight: barPlace.height + column.implicitHeight + topSpace + bottomSpace
     readonly property real margin: Theme.margin(width)
     readonly property bool regular: width >= Theme.regularWidth
     readonly property real contentWidth: column.width
     // The anchor keeps its place in the window when content above it changes: the focused text box, otherwise the
     // list that the person uses.
     property Item list: null
-    // True while a list moves the focus between its rows; the page does not scroll for that.
+    // True while the focus moves for another reason than that the person moves it, such as a change of a list's rows; the
+    // page does not scroll for that.
     property bool handingOver: false
     readonly property Item anchor: focused instanceof TextBox && isWithin(focused) ? focused : list
     property real anchorPlace: NaN
+    // Everything got another place since the last frame.
+    property bool rearranged: false
     // The part of a correction that scrolling can't do: the content's offset beyond the top or the end.
     property real shift: 0
 
@@ -84,9 +88,11 @@ FocusScope {
     // The focused control is scrolled into view.
     readonly property Item focused: Window.activeFocusItem
     onFocusedChanged: {
-        if (!focused || !isWithin(focused) || handingOver) {
-            return
+        if (focused && isWithin(focused) && !handingOver) {
+            showFocused()
         }
+    }
+    function showFocused() {
         const top = focused.mapToItem(column, 0, 0).y + column.y
         const room = 24
         if (top - room < flickable.contentY) {
@@ -122,7 +128,11 @@ FocusScope {
     }
     function keepStill() {
         const place = placeOf(anchor)
-        const way = isNaN(anchorPlace) ? 0 : place - anchorPlace
+        const way = isNaN(anchorPlace) || rearranged ? 0 : place - anchorPlace
+        if (rearranged && anchor === focused) {
+            showFocused()
+        }
+        rearranged = false
         anchorPlace = place
         if (way !== 0) {
             const wanted = flickable.contentY - shift + way
@@ -140,7 +150,7 @@ FocusScope {
     }
     // In a window of another size every place is different.
     function forgetPlace() {
-        anchorPlace = NaN
+        rearranged = true
         shift = 0
     }
     onWidthChanged: forgetPlace()

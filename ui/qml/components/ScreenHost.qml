@@ -6,14 +6,20 @@ FocusScope {
     id: host
 
     property var screen: null
+    property Item ground: null
     property Item current: null
+    // False in a popup, which takes the focus itself.
+    property bool takesFocus: true
+    property bool fadesFirst: false
+
+    implicitHeight: current ? current.implicitHeight : 0
 
     onScreenChanged: {
         const former = current
         current = screen ? view.createObject(host, { screen: screen }) : null
         if (current) {
-            current.forceActiveFocus()
-            if (former) {
+            takesFocus ? current.forceActiveFocus() : current.focus = true
+            if (former || fadesFirst) {
                 current.fadeIn()
             }
         }
@@ -22,11 +28,19 @@ FocusScope {
         }
     }
 
+    function holdStill(held) {
+        if (current) {
+            current.holdStill(held) // qmllint disable type
+        }
+    }
+
     Component {
         id: view
 
         ScreenView {
             id: shown
+
+            ground: host.ground // qmllint disable unqualified
 
             function fadeIn() { entering.start() }
             function fadeOut() {

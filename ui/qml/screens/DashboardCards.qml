@@ -7,6 +7,7 @@ Item {
     id: list
 
     required property var screen
+    property string chosen
     readonly property var answered: screen.lastRefreshTime
     property bool complete: false
 
@@ -64,6 +65,7 @@ Item {
                 Component.onCompleted: entered = true
 
                 child: modelData
+                chosen: list.chosen === modelData.child.id
                 width: cards.width
                 opacity: entered ? 1 : 0
                 transform: Translate {

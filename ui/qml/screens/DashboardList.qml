@@ -7,6 +7,8 @@ ColumnLayout {
     id: list
 
     required property var screen
+    // The id of the child whose page stands beside the list
+    property string chosen
 
     spacing: Theme.gap
 
@@ -115,6 +117,7 @@ ColumnLayout {
 
     DashboardCards {
         screen: list.screen
+        chosen: list.chosen
         Layout.fillWidth: true
     }
 

@@ -7,6 +7,9 @@ Page {
 
     required property var screen
     readonly property bool showsList: screen.content === "list"
+    // Whether what it opens stands beside it, and what stands there otherwise
+    property bool beside: false
+    readonly property string rest: "DashboardRest.qml"
 
     centered: !showsList
     maximumWidth: screen.maximumContentWidth
@@ -67,6 +70,7 @@ Page {
         active: wanted.length > 0
         Layout.fillWidth: true
         onWantedChanged: if (wanted.length > 0) setSource(wanted, { screen: page.screen })
+        onLoaded: if (wanted === sources.list) item.chosen = Qt.binding(() => page.beside ? page.screen.selectedChild?.id ?? "" : "")
     }
 
     Alert {
