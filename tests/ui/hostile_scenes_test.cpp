@@ -55,7 +55,7 @@ std::vector<HostileScene> hostileScenes() {
       {"200 lines", QStringLiteral("\nline").repeated(200)}};
   for (const auto& shot : scenes()) {
     for (const auto& [kind, tail] : tails) {
-      for (const QSize size : {QSize(390, 844), QSize(1280, 800)}) {
+      for (const QSize size : {QSize(390, 844), QSize(900, 800), QSize(1280, 800)}) {
         all.push_back({kind, tail, shot, size});
       }
     }

@@ -6,7 +6,11 @@ Page {
     id: page
 
     required property var screen
+    // Larger texts need wider columns.
+    readonly property bool twoColumns: Window.width >= Theme.twoColumnWidth * Math.max(1, Theme.textScale)
+    readonly property bool showsControls: twoColumns || screen.selectedTab === "Real-Time"
 
+    maximumWidth: twoColumns ? 2 * Theme.contentWidth + Theme.section : Theme.contentWidth
     topSpace: Theme.gap
     spacing: Theme.gap
     bar: NavigationBar {
@@ -21,6 +25,28 @@ Page {
             text: page.screen.doneTitle
             strong: true
             effect: page.screen.done
+        }
+    }
+
+    component Part: Loader {
+        width: parent ? parent.width : 0
+        visible: active
+    }
+
+    onTwoColumnsChanged: arrange()
+    Component.onCompleted: if (twoColumns) arrange()
+
+    // The parts move to their columns, so that they keep their state. A column shows its items in the order in which
+    // they came, and Tab follows it.
+    function arrange() {
+        const focused = Window.activeFocusItem
+        forgetPlace()
+        for (const [part, place] of twoColumns ? [[controls, left], [sites, left], [tabs, right], [activity, right]]
+                                               : [[tabs, top], [controls, below], [activity, below], [sites, below]]) {
+            part.parent = place
+        }
+        if (focused && isWithin(focused)) {
+            focused.forceActiveFocus()
         }
     }
 
@@ -73,17 +99,70 @@ Page {
         }
     }
 
-    SegmentedTabs {
-        focus: true
-        options: page.screen.tabs
-        onChosen: option => page.screen.selectedTab = option
-        Layout.fillWidth: true
-    }
+    // In one column the controls stand around the activity of the tab "Real-Time". In two they stand at the left,
+    // whatever the tab.
+    Item {
+        id: parts
 
-    Loader {
+        readonly property real columnWidth: (page.contentWidth - Theme.section) / 2
+
+        implicitHeight: Math.max(1, page.twoColumns ? Math.max(left.height, right.height) : only.height)
         Layout.fillWidth: true
-        sourceComponent: ({ "Real-Time": realTime, "Sites Blocked": sitesBlocked,
-                            "Sites Allowed": sitesAllowed })[page.screen.selectedTab]
+
+        Column {
+            id: only
+            width: page.contentWidth
+            visible: !page.twoColumns
+            spacing: Theme.gap
+
+            Column {
+                id: top
+                width: page.contentWidth
+
+                SegmentedTabs {
+                    id: tabs
+                    width: parent ? parent.width : 0
+                    focus: true
+                    options: page.screen.tabs
+                    onChosen: option => page.screen.selectedTab = option
+                }
+            }
+            Column {
+                id: below
+                width: page.contentWidth
+                spacing: Theme.between
+
+                Part {
+                    id: controls
+                    active: page.showsControls
+                    sourceComponent: ChildControls { screen: page.screen } // qmllint disable unqualified
+                }
+                Part {
+                    id: activity
+                    sourceComponent: ({ "Real-Time": realTime, "Sites Blocked": sitesBlocked,
+                                        "Sites Allowed": sitesAllowed })[page.screen.selectedTab]
+                }
+                Part {
+                    id: sites
+                    active: page.showsControls
+                    sourceComponent: ChildSites { screen: page.screen } // qmllint disable unqualified
+                }
+            }
+        }
+        Column {
+            id: left
+            anchors.left: parts.left
+            width: parts.columnWidth
+            visible: page.twoColumns
+            spacing: Theme.between
+        }
+        Column {
+            id: right
+            anchors.right: parts.right
+            width: parts.columnWidth
+            visible: page.twoColumns
+            spacing: Theme.gap
+        }
     }
 
     Component {
