@@ -15,7 +15,7 @@ namespace {
 
 using quillmar::ui::exactText;
 
-constexpr auto usualSizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}});
+constexpr auto usualSizes = std::to_array<QSize>({{390, 844}, {820, 1180}, {1280, 800}, {1920, 1080}});
 
 QString fileName(const quillmar::Shot& scene, bool dark, QSize size) {
   return QStringLiteral("%1-%2-%3.png")
