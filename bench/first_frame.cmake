@@ -15,6 +15,10 @@ quillmar_bench(activity
   SOURCES activity.cpp
   LINK quillmar_ui_testing quillmar_live_memory Qt6::Quick)
 
+quillmar_bench(resize
+  SOURCES resize.cpp
+  LINK quillmar_ui_testing Qt6::Quick)
+
 quillmar_bench(texts
   SOURCES texts.cpp
   LINK quillmar_ui Qt6::Quick)
