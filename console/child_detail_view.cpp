@@ -62,6 +62,7 @@ void ChildDetailView::onAppear() {
 void ChildDetailView::onDisappear() {
   activitySection.stop();
   devicesSection.stop();
+  policySection.stop();
   passingTime_.stop();
 }
 
@@ -84,9 +85,7 @@ void ChildDetailView::reloadChild() {
 
 void ChildDetailView::show(const ChildProfileWithDevices& answer) {
   devicesSection.show(answer.devices);
-  if (answer.policy) {
-    policySection.show(*answer.policy);
-  }
+  policySection.show(answer.policy);
 }
 
 void ChildDetailView::saveChildName(const std::string& newName) {

@@ -7,6 +7,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "console/added_sites.h"
 #include "console/child_page.h"
 #include "console/site_rows.h"
 
@@ -37,6 +38,8 @@ class PolicySection {
   Rows<PolicySiteRow> blockedRows{screen_, "blockedRows"};
   // The allowed sites, shown among the visited ones.
   Rows<PermanentAllowedSiteRow> permanentAllowedSiteRows{screen_, "permanentAllowedSiteRows"};
+  // The sites that can still be taken back.
+  AddedSites addedSites;
   Derived<std::int64_t> allowedCount{screen_, "allowedCount",
                                      [this] { return std::ssize(allowedDomains()); }};
   Derived<std::int64_t> blockedCount{screen_, "blockedCount",
@@ -74,13 +77,20 @@ class PolicySection {
   Action<std::string> removeBlockedSite{screen_, "removeBlockedSite",
                                         [this](const std::string& domain) { removeBlocked(domain); }};
 
-  void show(const ChildPolicy& answer);
+  // Without a policy, nothing is in force and the lists stay as they are.
+  void show(const std::optional<ChildPolicy>& answer);
+  // Ends what only lasts while the page is visible.
+  void stop() { addedSites.clear(); }
   bool isDomainAllowed(std::string_view domain) const;
   void allowFromLog(const DNSLog& log);
   void blockFromLog(const DNSLog& log);
 
  private:
+  struct ListPlace;
+
   void update();
+  void takeAddition(const ListPlace& place, const std::string& site, const ChildPolicy& answer);
+  void takeBack(PolicyList list, const std::string& domain);
   void addAllowed();
   void addBlocked();
   void removeAllowed(const std::string& domain);
@@ -92,6 +102,8 @@ class PolicySection {
 
   // The allowed sites in lower case.
   std::unordered_set<std::string> allowed_;
+  // The service has told the lists.
+  bool isLoaded_ = false;
   std::vector<Subscription> reactions_;
 };
 

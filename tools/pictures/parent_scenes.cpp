@@ -283,6 +283,12 @@ std::vector<Shot> childScenes() {
          openChild(s).selectedTab = ChildDetailTab::sitesAllowed;
          s.settle();
        }},
+      {"child-undo", signedInParent(),
+       [](UiStage& s) {
+         auto& policy = openChild(s).policySection;
+         policy.addedSites.add(PolicyList::allowed, "homework.example");
+         policy.addedSites.add(PolicyList::blocked, std::string(250, 'w') + ".example");
+       }},
       {"child-unlink", signedInParent(),
        [](UiStage& s) { openChild(s).devicesSection.deviceRows[0].unlink(); }},
       {"child-edit-name", signedInParent(), [](UiStage& s) { openChild(s).editName(); }},

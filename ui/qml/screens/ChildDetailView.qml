@@ -12,7 +12,13 @@ Page {
 
     maximumWidth: twoColumns ? 2 * Theme.contentWidth + Theme.section : Theme.contentWidth
     topSpace: Theme.gap
+    bottomSpace: 40 + addedSites.space
     spacing: Theme.gap
+    readonly property AddedSites addedSites: AddedSites {
+        parent: page
+        rows: page.screen.addedSites
+        contentWidth: page.contentWidth
+    }
     bar: NavigationBar {
         title: page.screen.name
         leading: IconButton {

@@ -1,0 +1,75 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Layouts
+import Quillmar
+
+// The sites that were just added, over the end of a page, each with a button that takes it back.
+Column {
+    id: list
+
+    property alias rows: repeater.model
+    property real contentWidth
+    // The page leaves so much room under its content.
+    readonly property real space: repeater.count > 0 ? height + Theme.between : 0
+
+    anchors.bottom: parent.bottom
+    anchors.bottomMargin: Theme.gap
+    anchors.horizontalCenter: parent.horizontalCenter
+    width: contentWidth
+    spacing: Theme.within
+
+    Repeater {
+        id: repeater
+
+        Rectangle {
+            id: site
+
+            required property var modelData
+
+            width: list.width
+            height: Math.max(Theme.target + 4, line.implicitHeight)
+            radius: Theme.corner
+            color: Theme.raised
+            border.width: 1
+            border.color: Theme.separator
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: modelData.text
+
+            Elevation {
+                z: -1
+                anchors.fill: parent
+            }
+            // What lies under it is not pressed through it.
+            MouseArea {
+                anchors.fill: parent
+                hoverEnabled: true
+            }
+            RowLayout {
+                id: line
+                anchors.fill: parent
+                anchors.leftMargin: Theme.gap
+                anchors.rightMargin: Theme.within
+                spacing: Theme.between
+
+                Symbol {
+                    name: site.modelData.icon
+                    color: Theme.tint(site.modelData.iconColor)
+                    Layout.preferredWidth: 22
+                    Layout.preferredHeight: 22
+                }
+                OneLine {
+                    line: site.modelData.text
+                    font: Theme.callout
+                    elide: Text.ElideMiddle
+                    Layout.fillWidth: true
+                    Accessible.ignored: true
+                }
+                RowButton {
+                    text: site.modelData.undoTitle + ": " + site.modelData.text
+                    label: site.modelData.undoTitle
+                    effect: site.modelData.undo
+                }
+            }
+        }
+    }
+}
