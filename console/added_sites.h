@@ -38,8 +38,8 @@ class AddedSiteRow final : public ObservableObject {
   const std::unique_ptr<Timer> timer_;
 };
 
-// The sites that were just added, the newest last. A site is gone once it is taken back, even before the service has
-// answered, so that a second tap sends nothing; and once it leaves its list in another way.
+// The sites that were just added, the newest last. A site is gone once it is taken back, even before the
+// service has answered, so that a second tap sends nothing; and once it leaves its list in another way.
 class AddedSites {
  public:
   // `takeBack` removes a site from a list.

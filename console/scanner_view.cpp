@@ -60,6 +60,9 @@ ScannerStage ScannerView::computeStage() const {
   if (isScanning()) {
     return ScannerStage::scanning;
   }
+  if (isTyped() && scannedCode().empty()) {
+    return ScannerStage::typing;
+  }
   return enrollmentSuccess() ? ScannerStage::success : ScannerStage::review;
 }
 
@@ -105,6 +108,22 @@ void ScannerView::hideCamera() {
 void ScannerView::received(std::string_view notification, const std::string& object) {
   if (notification == QRScannerViewController::qrCodeScanned && !object.empty()) {
     handleScannedCode(object);
+  }
+}
+
+void ScannerView::startTyping() {
+  isTyped = true;
+  isScanning = false;
+}
+
+// The same code as in the picture, without what a person can't know.
+void ScannerView::reviewTypedCode() {
+  const auto code = encodeJson(QRCodeData{
+      .enrollmentCode = typedCode(), .deviceId = {}, .deviceName = deviceName(), .deviceType = {}});
+  if (code.ok()) {
+    handleScannedCode(code.value());
+  } else {
+    errorAlert.show(code.error());
   }
 }
 
@@ -189,6 +208,7 @@ void ScannerView::handleCompletion(const Result<CompleteEnrollmentResponse>& res
 
 void ScannerView::restart() {
   scannedCode = std::string();
+  isTyped = false;
   isScanning = true;
 }
 

@@ -15,17 +15,18 @@ namespace quillmar {
 
 struct CompleteEnrollmentResponse;
 
-enum class ScannerStage { scanning, success, review };
+enum class ScannerStage { scanning, typing, success, review };
 
 template <>
 inline constexpr std::array rawNames<ScannerStage> =
     rawCases<ScannerStage>({{ScannerStage::scanning, "scanning"},
+                            {ScannerStage::typing, "typing"},
                             {ScannerStage::success, "success"},
                             {ScannerStage::review, "review"}});
 
 // The parent's side of an enrollment: reads the QR code on the child's device and completes the enrollment
 // with the service. The two devices do not communicate directly. Without a camera, the code comes from a
-// picture, the clipboard or the screen.
+// picture, the clipboard or the screen, or a person types the one that stands under it.
 class ScannerView final : public ScreenModel {
  public:
   // Without a child the device is not linked. `onEnrollmentComplete` runs when the person leaves the success
@@ -40,6 +41,10 @@ class ScannerView final : public ScreenModel {
   // The scanned text, valid or not.
   Published<std::string> scannedCode{*this, "scannedCode"};
   Input<std::string> deviceName{*this, "deviceName"};
+  // A person types the code, or typed the one under review.
+  Published<bool> isTyped{*this, "isTyped", false};
+  // Sent as typed.
+  Input<std::string> typedCode{*this, "typedCode"};
   Published<bool> isProcessing{*this, "isProcessing", false};
   ErrorAlert errorAlert{*this};
   Published<bool> enrollmentSuccess{*this, "enrollmentSuccess", false};
@@ -62,8 +67,15 @@ class ScannerView final : public ScreenModel {
   Text pasteCodeIcon{*this, "pasteCodeIcon", "doc.on.doc"};
   Text readScreenTitle{*this, "readScreenTitle", "Read From Screen"};
   Text readScreenIcon{*this, "readScreenIcon", "desktopcomputer"};
+  Text enterCodeTitle{*this, "enterCodeTitle", "Enter Code"};
+  Text enterCodeIcon{*this, "enterCodeIcon", "pencil"};
 
-  Text reviewHeading{*this, "reviewHeading", "QR Code Scanned"};
+  Text typingText{*this, "typingText", "Type the code that stands under the QR code on the child's device."};
+  Text codeLabel{*this, "codeLabel", "Enrollment Code"};
+  Text continueTitle{*this, "continueTitle", "Continue"};
+
+  Derived<std::string> reviewHeading{
+      *this, "reviewHeading", [this] { return std::string(isTyped() ? "Code Entered" : "QR Code Scanned"); }};
   Text nameLabel{*this, "nameLabel", "Device Name (optional)"};
   Text namePlaceholder{*this, "namePlaceholder", "e.g., John's iPhone"};
   Text completeTitle{*this, "completeTitle", "Complete Enrollment"};
@@ -79,10 +91,13 @@ class ScannerView final : public ScreenModel {
   // Text on the clipboard is used as the code; a picture is searched for one.
   Action<> pasteCode{*this, "pasteCode", [this] { paste(); }, [this] { return canRead(); }};
   Action<> readScreen{*this, "readScreen", [this] { lookAtScreen(); }, [this] { return canRead(); }};
+  Action<> enterCode{*this, "enterCode", [this] { startTyping(); }, [this] { return canRead(); }};
+  Action<> useTypedCode{*this, "useTypedCode", [this] { reviewTypedCode(); },
+                        [this] { return stage() == ScannerStage::typing && !typedCode().empty(); }};
   Action<> completeEnrollment{*this, "completeEnrollment", [this] { complete(); },
                               [this] { return stage() == ScannerStage::review && !isProcessing(); }};
   Action<> scanAgain{*this, "scanAgain", [this] { restart(); },
-                     [this] { return stage() == ScannerStage::review; }};
+                     [this] { return stage() == ScannerStage::review || stage() == ScannerStage::typing; }};
   Action<> done{*this, "done", [this] { finish(); }, [this] { return stage() == ScannerStage::success; }};
 
   // Takes the text from a camera, a picture or a person.
@@ -104,6 +119,8 @@ class ScannerView final : public ScreenModel {
   void received(std::string_view notification, const std::string& object);
 
   bool canRead() const { return isScanning() && !isReading(); }
+  void startTyping();
+  void reviewTypedCode();
   void look(const std::string& path);
   void paste();
   void lookAtScreen();

@@ -73,6 +73,16 @@ struct Scanning : testing::Test {
 using Completing = Scanning;
 using WithoutACamera = Scanning;
 
+struct Typing : Scanning {
+  void type(const std::string& typed, const std::string& name = {}) {
+    screen().enterCode();
+    screen().typedCode.input(typed);
+    screen().deviceName.input(name);
+    screen().useTypedCode();
+    app.settle();
+  }
+};
+
 TEST_F(Scanning, begins_with_the_camera_and_sends_nothing) {
   open();
   EXPECT_TRUE(screen().isScanning());
@@ -485,6 +495,10 @@ TEST_F(Scanning, the_texts_are_exact) {
   EXPECT_EQ(screen().cancelTitle(), "Cancel");
   EXPECT_EQ(screen().scanLine(), "Point camera at QR code on child's device");
   EXPECT_EQ(screen().reviewHeading(), "QR Code Scanned");
+  EXPECT_EQ(screen().enterCodeTitle(), "Enter Code");
+  EXPECT_EQ(screen().codeLabel(), "Enrollment Code");
+  EXPECT_EQ(screen().typingText(), "Type the code that stands under the QR code on the child's device.");
+  EXPECT_EQ(screen().continueTitle(), "Continue");
   EXPECT_EQ(screen().nameLabel(), "Device Name (optional)");
   EXPECT_EQ(screen().namePlaceholder(), "e.g., John's iPhone");
   EXPECT_EQ(screen().completeTitle(), "Complete Enrollment");
@@ -494,6 +508,120 @@ TEST_F(Scanning, the_texts_are_exact) {
   EXPECT_EQ(screen().doneTitle(), "Done");
   EXPECT_EQ(screen().errorAlert.title(), "Error");
   EXPECT_EQ(screen().errorAlert.okTitle(), "OK");
+}
+
+TEST_F(Typing, stops_the_camera_and_sends_nothing) {
+  open();
+  EXPECT_FALSE(screen().useTypedCode());
+  EXPECT_TRUE(screen().enterCode());
+  app.settle();
+  EXPECT_EQ(screen().stage(), ScannerStage::typing);
+  EXPECT_FALSE(reader().isRunning());
+  EXPECT_FALSE(screen().enterCode());
+  EXPECT_FALSE(screen().pasteCode());
+  EXPECT_FALSE(screen().completeEnrollment());
+  EXPECT_EQ(calls(), 0U);
+}
+
+TEST_F(Typing, an_empty_code_cannot_be_used) {
+  open();
+  screen().enterCode();
+  EXPECT_FALSE(screen().useTypedCode());
+  screen().typedCode.input(std::string("A"));
+  EXPECT_TRUE(screen().useTypedCode.isEnabled());
+  screen().typedCode.input(std::string());
+  EXPECT_FALSE(screen().useTypedCode());
+  EXPECT_EQ(screen().stage(), ScannerStage::typing);
+}
+
+TEST_F(Typing, leads_to_the_same_review_and_the_same_call) {
+  open();
+  type("ABC123", "Mia's laptop");
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  EXPECT_EQ(screen().reviewHeading(), "Code Entered");
+  EXPECT_EQ(screen().deviceName(), "Mia's laptop");
+  EXPECT_EQ(screen().scannedCode(),
+            R"({"enrollment_code":"ABC123","device_id":"","device_name":"Mia's laptop","device_type":""})");
+  EXPECT_FALSE(screen().errorAlert.isShown());
+  EXPECT_EQ(calls(), 0U);
+  complete();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"Mia's laptop","child_id":"c1"})");
+  EXPECT_EQ(screen().stage(), ScannerStage::success);
+}
+
+TEST_F(Typing, without_a_name_sends_an_empty_one) {
+  open();
+  type("ABC123");
+  complete();
+  EXPECT_EQ(lastBody(), R"({"enrollment_code":"ABC123","device_name":"","child_id":"c1"})");
+}
+
+TEST_F(Typing, sends_any_code_and_name_as_typed) {
+  for (const auto& typed :
+       Names{" ABC123 ", "\tabc 123\n", "   ", std::string(1'000'000, 'x'), "\u05D0\u05D1\u05D2",
+             "\u202Eevil\u202C", R"(","device_id":"d9","x":")", R"({"enrollment_code":"Z"})",
+             std::string("a\0b", 3), "\\\"\x01\x7F", "\U0001F468\u200D\U0001F469"}) {
+    open();
+    type(typed, typed);
+    ASSERT_EQ(screen().stage(), ScannerStage::review) << typed.substr(0, 40);
+    EXPECT_EQ(screen().deviceName(), typed);
+    complete();
+    EXPECT_EQ(lastBody(), jsonOf(CompleteEnrollmentRequest{
+                              .enrollmentCode = typed, .deviceName = typed, .childId = "c1"}));
+    presenter.sheet = false;
+  }
+}
+
+TEST_F(Typing, a_text_that_is_no_text_is_reported) {
+  open();
+  screen().enterCode();
+  screen().typedCode.input(std::string("\xFF\xFE"));
+  screen().useTypedCode();
+  app.settle();
+  EXPECT_TRUE(screen().errorAlert.isShown());
+  EXPECT_EQ(screen().stage(), ScannerStage::typing);
+}
+
+TEST_F(Typing, a_wrong_code_can_be_corrected) {
+  open();
+  type("ABC12", "Laptop");
+  app.machine.http.answer("POST", completePath, 400, R"({"error":"No such code"})");
+  complete();
+  EXPECT_EQ(screen().errorAlert.message(), "No such code\n\n[Debug: Token: Yes, Region: Yes]");
+  EXPECT_EQ(screen().stage(), ScannerStage::review);
+  screen().errorAlert.dismiss();
+  screen().scanAgain();
+  app.settle();
+  EXPECT_TRUE(reader().isRunning());
+  screen().enterCode();
+  EXPECT_EQ(screen().typedCode(), "ABC12");
+  EXPECT_EQ(screen().deviceName(), "Laptop");
+}
+
+TEST_F(Typing, scanning_again_is_the_way_back_to_the_camera) {
+  open();
+  screen().enterCode();
+  EXPECT_TRUE(screen().scanAgain());
+  app.settle();
+  EXPECT_EQ(screen().stage(), ScannerStage::scanning);
+  EXPECT_TRUE(reader().isRunning());
+  scan(code());
+  EXPECT_EQ(screen().reviewHeading(), "QR Code Scanned");
+}
+
+TEST_F(Typing, is_not_begun_while_a_picture_is_read) {
+  open();
+  reader().picture = RecognisedObjects{{.isQRCode = true, .text = code()}};
+  screen().choosePicture("/tmp/a picture.png");
+  EXPECT_FALSE(screen().enterCode());
+}
+
+TEST_F(Typing, cancel_dismisses_without_notifying) {
+  open();
+  screen().enterCode();
+  screen().cancel();
+  EXPECT_FALSE(presenter.sheet());
+  EXPECT_TRUE(presenter.wasUp.empty());
 }
 
 }  // namespace

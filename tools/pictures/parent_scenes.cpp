@@ -202,6 +202,15 @@ std::vector<Shot> dashboardScenes() {
       {"scanner-no-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::absent); }},
       {"scanner-refused", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::refused); }},
       {"scanner-camera", signedInParent(), [](UiStage& s) { openScanner(s, CameraState::available); }},
+      {"scanner-typing", signedInParent(),
+       [](UiStage& s) { openScanner(s, CameraState::absent).enterCode(); }},
+      {"scanner-typed", signedInParent(),
+       [](UiStage& s) {
+         auto& scanner = openScanner(s, CameraState::absent);
+         scanner.enterCode();
+         scanner.typedCode = std::string("K7QX2M");
+         scanner.deviceName = std::string("Mia's phone");
+       }},
       {"scanner-review", signedInParent(), [](UiStage& s) { review(s); }},
       {"scanner-running", signedInParent(),
        [](UiStage& s) {

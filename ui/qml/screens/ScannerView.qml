@@ -99,10 +99,66 @@ Page {
                 text: page.screen.readScreenTitle
                 effect: page.screen.readScreen
             }
+            ActionRow {
+                symbol: page.screen.enterCodeIcon
+                text: page.screen.enterCodeTitle
+                effect: page.screen.enterCode
+            }
         }
         PicturePicker {
             id: picker
             onPicked: path => page.screen.choosePicture.trigger(path)
+        }
+    }
+
+    Stage {
+        shown: page.screen.stage === "typing"
+        first: code.box
+        spacing: Theme.gap
+
+        SymbolTile {
+            symbol: page.screen.enterCodeIcon
+            size: 72
+            radius: 36
+            Layout.alignment: Qt.AlignHCenter
+            Layout.topMargin: Theme.gap
+        }
+        Label {
+            text: page.screen.enterCodeTitle
+            font: Theme.title
+            horizontalAlignment: Text.AlignHCenter
+            Layout.fillWidth: true
+            Accessible.role: Accessible.Heading
+        }
+        LabelledField {
+            id: code
+            title: page.screen.codeLabel
+            hint: page.screen.typingText
+            code: true
+            inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
+            value: page.screen.typedCode
+            onEdited: text => page.screen.typedCode = text
+            onAccepted: page.screen.useTypedCode.trigger()
+            Layout.topMargin: Theme.within
+        }
+        LabelledField {
+            title: page.screen.nameLabel
+            placeholder: page.screen.namePlaceholder
+            value: page.screen.deviceName
+            onEdited: text => page.screen.deviceName = text
+            onAccepted: page.screen.useTypedCode.trigger()
+        }
+        PrimaryButton {
+            text: page.screen.continueTitle
+            effect: page.screen.useTypedCode
+            Layout.fillWidth: true
+        }
+        SecondaryButton {
+            text: page.screen.scanAgainTitle
+            symbol: "qrcode.viewfinder"
+            effect: page.screen.scanAgain
+            Layout.minimumHeight: Theme.primaryTarget
+            Layout.fillWidth: true
         }
     }
 
