@@ -1,7 +1,5 @@
 #include "tunnel/network/alarm.h"
 
-#include <algorithm>
-
 namespace quillmar::tunnel {
 
 void Alarm::setFor(Time now, std::optional<Time> time) {
@@ -9,12 +7,7 @@ void Alarm::setFor(Time now, std::optional<Time> time) {
     return;
   }
   goesOff_ = time;
-  timer_.expires_after(std::max(*time - now, BootClock::duration::zero()));
-  timer_.async_wait([this](boost::system::error_code error) {
-    if (!error) {
-      goesOff_.reset();
-    }
-  });
+  timer_.start(*time - now, [this] { goesOff_.reset(); });
 }
 
 }  // namespace quillmar::tunnel

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <optional>
 
+#include "tunnel/network/timer.h"
 #include "tunnel/resolver/time.h"
 
 namespace quillmar::tunnel {
@@ -18,7 +18,7 @@ class Alarm {
   void setFor(Time now, std::optional<Time> time);
 
  private:
-  boost::asio::steady_timer timer_;
+  Timer timer_;
   std::optional<Time> goesOff_;
 };
 

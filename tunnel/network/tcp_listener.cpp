@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <boost/asio/buffer.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <boost/asio/write.hpp>
 #include <chrono>
 #include <list>
 #include <utility>
 
 #include "tunnel/dns/wire.h"
+#include "tunnel/network/timer.h"
 
 namespace quillmar::tunnel {
 namespace {
@@ -60,12 +60,7 @@ class Client : public std::enable_shared_from_this<Client> {
 
   void stayAlive() {
     clients_->splice(clients_->end(), *clients_, place_);
-    timer_.expires_after(idle_);
-    timer_.async_wait([self = shared_from_this()](ErrorCode error) {
-      if (!error) {
-        self->close();
-      }
-    });
+    timer_.start(idle_, [self = shared_from_this()] { self->close(); });
   }
 
   bool isBusy() const { return unanswered_ >= mostUnanswered || unsent_.size() >= mostUnsent; }
@@ -161,7 +156,7 @@ class Client : public std::enable_shared_from_this<Client> {
   }
 
   tcp::socket socket_;
-  boost::asio::steady_timer timer_;
+  Timer timer_;
   const Answering answering_;
   Clients* clients_;
   Clients::iterator place_;
@@ -227,16 +222,11 @@ class TcpListener::Acceptance : public std::enable_shared_from_this<Acceptance> 
 
   // Out of descriptors, for one: it will not be better at once.
   void acceptLater() {
-    pause_.expires_after(pauseOfAccepting);
-    pause_.async_wait([self = shared_from_this()](ErrorCode error) {
-      if (!error) {
-        self->accept();
-      }
-    });
+    pause_.start(pauseOfAccepting, [self = shared_from_this()] { self->accept(); });
   }
 
   TcpAcceptor acceptor_;
-  boost::asio::steady_timer pause_;
+  Timer pause_;
   const Answering answering_;
   const std::chrono::milliseconds idle_;
   Clients clients_;

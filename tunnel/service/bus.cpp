@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
 
 namespace quillmar::tunnel {
 namespace {
@@ -34,15 +35,11 @@ void Bus::process() {
   if ((wanted.events & POLLOUT) != 0) {
     await(Descriptor::wait_write, awaitsWrite_);
   }
+  constexpr auto never = std::numeric_limits<std::uint64_t>::max();
   const auto time = wanted.getRelativeTimeout();
-  if (time && timeout_ != wanted.timeout_usec) {
+  if (time && wanted.timeout_usec != never && timeout_ != wanted.timeout_usec) {
     timeout_ = wanted.timeout_usec;
-    timer_.expires_after(*time);
-    timer_.async_wait([this](boost::system::error_code error) {
-      if (!error) {
-        timeout_.reset();
-      }
-    });
+    timer_.start(*time, [this] { timeout_.reset(); });
   }
 }
 

@@ -4,10 +4,11 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <cstdint>
 #include <memory>
 #include <optional>
+
+#include "tunnel/network/timer.h"
 
 namespace quillmar::tunnel {
 
@@ -29,7 +30,7 @@ class Bus {
 
   const std::unique_ptr<sdbus::IConnection> connection_;
   Descriptor descriptor_;
-  boost::asio::steady_timer timer_;
+  Timer timer_;
   bool awaitsRead_ = false;
   bool awaitsWrite_ = false;
   std::optional<std::uint64_t> timeout_;

@@ -1,0 +1,82 @@
+#include "tunnel/network/timer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "tunnel/network/alarm.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::Each;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+// What the kernel says of each of this process's timers.
+std::vector<std::string> timers() {
+  std::vector<std::string> all;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
+    auto text = (std::ostringstream() << std::ifstream(entry.path()).rdbuf()).str();
+    if (text.find("it_value") != std::string::npos) {
+      all.push_back(std::move(text));
+    }
+  }
+  return all;
+}
+
+TEST(TunnelTimer, goes_off_once) {
+  boost::asio::io_context context;
+  Timer timer(context);
+  int ended = 0;
+  timer.start(1ms, [&] { ++ended; });
+  context.run();
+  EXPECT_EQ(ended, 1);
+  context.restart();
+  timer.start(-1s, [&] { ++ended; });
+  context.run();
+  EXPECT_EQ(ended, 2) << "what is late is at once";
+}
+
+TEST(TunnelTimer, waits_for_what_it_was_started_for_last) {
+  boost::asio::io_context context;
+  Timer timer(context);
+  std::string ended;
+  timer.start(0ms, [&] { ended += "first"; });
+  timer.start(1ms, [&] { ended += "second"; });
+  context.run();
+  EXPECT_EQ(ended, "second");
+  context.restart();
+  timer.start(0ms, [&] { ended += "third"; });
+  timer.cancel();
+  context.run();
+  {
+    context.restart();
+    Timer gone(context);
+    gone.start(0ms, [&] { ended += "fourth"; });
+  }
+  context.run();
+  EXPECT_EQ(ended, "second");
+}
+
+// Even one that nobody waits for would wake the process some day.
+TEST(TunnelTimer, leaves_nothing_armed_behind) {
+  boost::asio::io_context context;
+  Alarm alarm(context);
+  alarm.setFor(BootClock::now(), BootClock::now() + 1h);
+  EXPECT_THAT(timers(), testing::Contains(HasSubstr("it_value: (3599,")));
+  alarm.setFor(BootClock::now(), BootClock::now());
+  context.run_one();  // what was not waited for to the end
+  context.run_one();
+  alarm.setFor(BootClock::now(), std::nullopt);
+  EXPECT_THAT(timers(), AllOf(Not(IsEmpty()), Each(HasSubstr("it_value: (0, 0)"))));
+}
+
+}  // namespace
+}  // namespace quillmar::tunnel
