@@ -7,6 +7,8 @@
 #include <boost/asio/ip/address.hpp>
 #include <cstring>
 
+#include "tunnel/network/authorities.h"
+
 namespace quillmar::tunnel {
 namespace {
 
@@ -105,8 +107,7 @@ TlsClient::TlsClient(OpenSslPointer<SSL_CTX> context) : context_(std::move(conte
 
 std::variant<std::unique_ptr<TlsClient>, std::string> TlsClient::make(const std::string& caFile) {
   OpenSslPointer<SSL_CTX> context(SSL_CTX_new(TLS_client_method()));
-  // Of the folder one authority is read, when it is needed; the file beside it would be read whole, and kept.
-  if (!context || SSL_CTX_set_default_verify_dir(context.get()) != 1) {
+  if (!context || !trustAuthorities(SSL_CTX_get_cert_store(context.get()), authoritiesDirectory())) {
     return "TLS can't be used: " + lastError();
   }
   if (!caFile.empty() && SSL_CTX_load_verify_file(context.get(), caFile.c_str()) != 1) {
