@@ -345,5 +345,62 @@ TEST_F(TunnelUpstream, cancels_the_requests_of_cancelled_questions) {
   upstream.cancel(77);
 }
 
+TEST_F(TunnelUpstream, connects_anew_when_the_network_has_changed_and_its_connection_is_dead) {
+  settle();
+  ask(1);
+  upstream.networkChanged(now);
+  ASSERT_THAT(made, SizeIs(2));
+  EXPECT_EQ(made.front()->pings, 1);
+  open();
+  EXPECT_THAT(latest().sent, ElementsAre(1)) << "asked again there";
+  answer(1);
+  EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
+  EXPECT_THAT(alive, ElementsAre(&latest()));
+}
+
+TEST_F(TunnelUpstream, keeps_its_connection_when_the_network_has_changed_and_it_lives) {
+  settle();
+  ask(1);
+  auto* const first = made.front();
+  upstream.networkChanged(now);
+  first->events->ponged(now);
+  EXPECT_THAT(alive, ElementsAre(first));
+  first->events->answered(now, 1, good);
+  EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
+}
+
+TEST_F(TunnelUpstream, connects_at_once_when_the_network_is_back) {
+  ask(1);
+  latest().events->ended(now, {Cause::unreachable, "Network is unreachable"});
+  EXPECT_THAT(alive, IsEmpty());
+  upstream.networkChanged(now);
+  ASSERT_THAT(alive, SizeIs(1)) << "before the second is over";
+  ask(2);
+  open();
+  EXPECT_THAT(latest().sent, ElementsAre(2));
+}
+
+TEST_F(TunnelUpstream, does_not_wait_for_a_connection_that_was_begun_on_another_network) {
+  ask(1);
+  pass(3s);
+  upstream.networkChanged(now);
+  ASSERT_THAT(made, SizeIs(2));
+  EXPECT_THAT(alive, ElementsAre(&latest()));
+  pass(3s);
+  EXPECT_THAT(outcomes, IsEmpty()) << "it has its own four seconds";
+  open();
+  EXPECT_THAT(latest().sent, ElementsAre(1));
+}
+
+TEST_F(TunnelUpstream, makes_no_connection_on_another_network_before_somebody_asks) {
+  settle();
+  pass(DohUpstream::idle);
+  upstream.networkChanged(now);
+  EXPECT_THAT(alive, IsEmpty());
+  EXPECT_EQ(upstream.wakeTime(), std::nullopt);
+  ask(1);
+  EXPECT_THAT(alive, SizeIs(1)) << "a new one, without a doubt";
+}
+
 }  // namespace
 }  // namespace quillmar::tunnel

@@ -99,6 +99,26 @@ void DohUpstream::prepare(Time now) {
   }
 }
 
+void DohUpstream::networkChanged(Time now) {
+  failed_.reset();
+  if (isPreparing()) {
+    return connect(now);
+  }
+  if (open_.empty() && now - lastAsked_ >= idle) {
+    current_.reset();
+    old_.reset();
+    return;
+  }
+  // One that answers before a new one stands was not dead, and is kept.
+  if (current_) {
+    current_->ping(now);
+    retire(now);
+  }
+  if (!current_) {
+    connect(now);
+  }
+}
+
 bool DohUpstream::isPreparing() const { return current_ && current_->state == Link::State::connecting; }
 
 void DohUpstream::connect(Time now) { current_ = std::make_unique<Link>(*this, now); }

@@ -34,6 +34,10 @@ class DohUpstream final : public Upstream {
   // Sends what was asked since the last time.
   void flush();
 
+  // What is connected may lead nowhere now, and what could not be connected may lead somewhere. Makes a new
+  // connection where somebody asks; else the next question does.
+  void networkChanged(Time now);
+
   // Connects before there is a question.
   void prepare(Time now);
   // Whether the first connection is still being made.

@@ -19,6 +19,14 @@ void Upstreams::takeNone() {
   retire();
 }
 
+void Upstreams::networkChanged(Time now) {
+  for (auto* const upstream : {current_.get(), next_.get()}) {
+    if (upstream != nullptr) {
+      upstream->networkChanged(now);
+    }
+  }
+}
+
 void Upstreams::retire() {
   if (current_) {
     retired_.push_back(std::move(current_));

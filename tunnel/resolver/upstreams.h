@@ -21,6 +21,7 @@ class Upstreams final : public Upstream {
   void take(Time now, Connect connect);
   // Asks nobody any more; what is open ends where it is.
   void takeNone();
+  void networkChanged(Time now);
 
   void ask(Time now, Ticket ticket, std::string question, Done done) override;
   void cancel(Ticket ticket) override;
