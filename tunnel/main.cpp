@@ -2,7 +2,6 @@
 
 #include <boost/asio/error.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
-#include <boost/asio/post.hpp>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,17 +16,23 @@
 
 #include "command_line/standard_streams.h"
 #include "tunnel/link/constants.h"
+#include "tunnel/link/open_file.h"
 #include "tunnel/link/redirection.h"
 #include "tunnel/link/tun_device.h"
 #include "tunnel/options.h"
+#include "tunnel/service/network_watch.h"
 #include "tunnel/service/reached_addresses.h"
 #include "tunnel/service/service.h"
+#include "tunnel/service/worker_process.h"
 #include "tunnel/worker/server.h"
 #include "tunnel/worker/worker.h"
 
 namespace {
 
 using namespace quillmar::tunnel;
+
+// Of the service to itself: for the worker's process, and for nobody else.
+constexpr const char* workersCommand = "worker";
 
 void write(const std::string& text) {
   std::fputs(text.c_str(), stdout);
@@ -104,13 +109,16 @@ std::filesystem::path stateDirectory() {
   return named != nullptr ? named : "/var/lib/quillmar-tunnel";
 }
 
-// At the tunnel's addresses, which come with the device. A machine without IPv6 does without.
-std::variant<std::vector<Sockets>, std::string> bindTunnelSockets(boost::asio::io_context& context) {
-  std::vector<Sockets> all;
+// At the tunnel's addresses, which come with the device. A machine without IPv6 does without. UDP before TCP,
+// pair by pair.
+std::variant<std::vector<OpenFile>, std::string> bindTunnelSockets() {
+  boost::asio::io_context context;
+  std::vector<OpenFile> all;
   for (const std::string address : {tunnelAddress4, tunnelAddress6}) {
     auto sockets = bindSockets(context, *parseListenAddress(address), Presence::later);
     if (auto* bound = std::get_if<Sockets>(&sockets)) {
-      all.push_back(std::move(*bound));
+      all.emplace_back(bound->udp.release());
+      all.emplace_back(bound->tcp.release());
       continue;
     }
     const auto error = std::get<boost::system::error_code>(sockets);
@@ -123,42 +131,40 @@ std::variant<std::vector<Sockets>, std::string> bindTunnelSockets(boost::asio::i
 
 ExitStatus runService(boost::asio::io_context& context, const std::string& caFile) {
   const Endings endings(context);
-  auto tls = TlsClient::make(caFile);
-  if (const auto* problem = std::get_if<std::string>(&tls)) {
-    return complain(*problem + '.', ExitStatus::failed);
-  }
-  auto workersContext = std::make_unique<boost::asio::io_context>(1);
-  auto sockets = bindTunnelSockets(*workersContext);
+  auto sockets = bindTunnelSockets();
   if (const auto* problem = std::get_if<std::string>(&sockets)) {
     return complain(*problem + '.', ExitStatus::failed);
   }
+  auto& listeners = std::get<std::vector<OpenFile>>(sockets);
+  const bool hasIp6 = listeners.size() > 2;
+  const auto user = workersUser();
   ReachedAddresses addresses(stateDirectory());
-  const bool hasIp6 = std::get<std::vector<Sockets>>(sockets).size() > 1;
 
   std::optional<Service> service;
-  const WorkerEvents events{
-      .tell = tell,
-      .servers =
-          [&](std::function<void(NameServers)> take) {
-            boost::asio::post(context, [&, take = std::move(take)] { take(service->nameServers()); });
-          },
-      .reached =
-          [&](const std::string& host, const boost::asio::ip::address& address) {
-            boost::asio::post(context, [&addresses, host, address] {
-              if (const auto problem = addresses.keep(host, address); !problem.empty()) {
-                tell(problem + '.');
-              }
-            });
-          }};
-  Worker worker({.context = std::move(workersContext),
-                 .sockets = std::get<std::vector<Sockets>>(std::move(sockets)),
-                 .tls = std::get<std::unique_ptr<TlsClient>>(std::move(tls)),
-                 .mark = SocketMark(ownMark),
-                 .lastGood = addresses.all()},
-                events);
+  WorkerProcess worker(context,
+                       // Also when another version has taken this one's place on the disk.
+                       {.program = "/proc/self/exe",
+                        .words = {"quillmar-tunnel", workersCommand},
+                        .listeners = std::move(listeners),
+                        .user = user,
+                        .caFile = caFile},
+                       {.tell = tell,
+                        .servers = [&] { return service->nameServers(); },
+                        .reached =
+                            [&addresses](const std::string& host, const boost::asio::ip::address& address) {
+                              if (const auto problem = addresses.keep(host, address); !problem.empty()) {
+                                tell(problem + '.');
+                              }
+                            },
+                        .lastGood = [&addresses] { return addresses.all(); }});
+  const NetworkWatch network(context, [&worker] {
+    tell("The network has changed.");
+    worker.networkChanged();
+  });
   try {
     service.emplace(
-        context, hasIp6, [&](const std::optional<Endpoint>& endpoint) { worker.take(endpoint); }, tell);
+        context, Service::Machine{.hasIp6 = hasIp6, .passes = user.user},
+        [&](const std::string& endpoint) { worker.take(endpoint); }, tell);
     service->run();
   } catch (const sdbus::Error& error) {
     // What is up stays up: nobody said that this machine is to be protected no more.
@@ -206,6 +212,9 @@ ExitStatus run(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int count, char** words) {
-  quillmar::command_line::holdStandardStreams();
-  return static_cast<int>(run({words + 1, words + count}));
+  const std::vector<std::string> said(words + 1, words + count);
+  if (said == std::vector<std::string>{workersCommand} && isWorkersProcess()) {
+    std::_Exit(runWorker());
+  }
+  return static_cast<int>(run(said));
 }

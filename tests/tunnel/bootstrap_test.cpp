@@ -167,7 +167,6 @@ struct TunnelLinkBootstrap : testing::Test {
   NameServers servers;
   std::vector<std::string> kept;
   LinkBootstrap bootstrap{context,
-                          SocketMark(),
                           [this](const auto& take) { take(servers); },
                           {},
                           [this](const std::string& host, const ip::address& address) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-
 namespace quillmar::tunnel {
 
 inline constexpr const char* deviceName = "quillmar0";
@@ -9,8 +7,5 @@ inline constexpr const char* deviceName = "quillmar0";
 // Of no network (RFC 2544, RFC 4193): the listener has them on the tunnel's device.
 inline constexpr const char* tunnelAddress4 = "198.18.53.53";
 inline constexpr const char* tunnelAddress6 = "fd71:7569:6c6c:53::53";
-
-// On what this program sends by itself.
-inline constexpr std::uint32_t ownMark = 0x7175696c;
 
 }  // namespace quillmar::tunnel

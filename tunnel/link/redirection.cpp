@@ -28,11 +28,11 @@ table inet quillmar_tunnel_release
 delete table inet quillmar_tunnel_release
 )";
 
-// Numbers: the mark and the addresses of constants.h.
+// Numbers: the addresses of constants.h. WORKER stands for a user's.
 //
 // - What goes to an address of this machine stays as it is: resolvers here keep their clients, and what they
 //   ask outside is turned.
-// - What this program sends passes, whatever its port.
+// - What the worker sends passes, whatever its port.
 // - The translation alone would not do: once the tunnel's address is gone its packets would be routed like
 //   any others, and some flows are not translated at all. So what is still on its way out after it is
 //   refused.
@@ -47,13 +47,13 @@ table inet quillmar_tunnel {
   }
   chain link_local {
     type filter hook output priority -150; policy accept;
-    meta mark 0x7175696c accept
+    meta skuid WORKER accept
     ip6 daddr fe80::/10 fib daddr type != local tcp dport 53 reject with tcp reset
     ip6 daddr fe80::/10 fib daddr type != local udp dport 53 reject
   }
   chain out {
     type nat hook output priority -110; policy accept;
-    meta mark 0x7175696c accept
+    meta skuid WORKER accept
     fib daddr type local accept
     meta l4proto { tcp, udp } th dport 53 jump turn
   }
@@ -65,7 +65,7 @@ table inet quillmar_tunnel {
   chain shut {
     type filter hook output priority 10; policy accept;
     fib daddr type local accept
-    meta mark 0x7175696c accept
+    meta skuid WORKER accept
     tcp dport { 53, 853 } reject with tcp reset
     udp dport { 53, 853 } reject
   }
@@ -76,6 +76,8 @@ table inet quillmar_tunnel {
   }
 }
 )";
+
+constexpr std::string_view worker = "WORKER";
 
 // A file without a name, in memory.
 OpenFile memoryFile(std::string_view text) {
@@ -121,7 +123,14 @@ std::string applied(const std::string& script) {
 
 }  // namespace
 
-std::string putRedirection() { return applied(std::string(removal).append(rules)); }
+std::string putRedirection(uid_t passes) {
+  auto script = std::string(removal).append(rules);
+  const auto number = std::to_string(passes);
+  for (auto at = script.find(worker); at != std::string::npos; at = script.find(worker, at)) {
+    script.replace(at, worker.size(), number);
+  }
+  return applied(script);
+}
 
 std::string liftRedirection() { return applied(std::string(removal)); }
 

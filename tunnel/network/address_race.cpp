@@ -4,11 +4,10 @@
 
 namespace quillmar::tunnel {
 
-AddressRace::AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, SocketMark mark, Won won)
+AddressRace::AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won)
     : context_(context),
       timer_(context),
       endpoints_(std::move(endpoints)),
-      mark_(mark),
       next_(endpoints_.begin()),
       won_(std::move(won)) {}
 
@@ -26,9 +25,6 @@ void AddressRace::startNext() {
   const auto& endpoint = *next_++;
   boost::system::error_code problem;
   runner->open(endpoint.protocol(), problem);
-  if (!problem) {
-    problem = mark_.put(*runner);
-  }
   if (problem) {
     return ended(runner, problem);
   }
@@ -37,12 +33,7 @@ void AddressRace::startNext() {
       self->ended(runner, error);
     }
   });
-  timer_.expires_after(headStart);
-  timer_.async_wait([self = shared_from_this()](boost::system::error_code error) {
-    if (!error) {
-      self->startNext();
-    }
-  });
+  timer_.start(headStart, [self = shared_from_this()] { self->startNext(); });
 }
 
 void AddressRace::ended(std::list<Socket>::iterator runner, boost::system::error_code error) {

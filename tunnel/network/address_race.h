@@ -2,14 +2,13 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
 #include <list>
 #include <memory>
 
 #include "tunnel/network/bootstrap.h"
-#include "tunnel/network/socket_mark.h"
+#include "tunnel/network/timer.h"
 
 namespace quillmar::tunnel {
 
@@ -20,7 +19,7 @@ class AddressRace : public std::enable_shared_from_this<AddressRace> {
   static constexpr std::chrono::milliseconds headStart{250};
   using Won = std::function<void(boost::system::error_code, boost::asio::ip::tcp::socket)>;
 
-  AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, SocketMark mark, Won won);
+  AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won);
 
   void start() { startNext(); }
   // Nobody is told how it ends.
@@ -33,9 +32,8 @@ class AddressRace : public std::enable_shared_from_this<AddressRace> {
   void ended(std::list<Socket>::iterator runner, boost::system::error_code error);
 
   boost::asio::io_context& context_;
-  boost::asio::steady_timer timer_;
+  Timer timer_;
   const TcpEndpoints endpoints_;
-  const SocketMark mark_;
   TcpEndpoints::const_iterator next_;
   std::list<Socket> runners_;
   Won won_;

@@ -82,7 +82,7 @@ void Http2Connection::Session::race(TcpEndpoints endpoints) {
   if (events_ == nullptr) {
     return;
   }
-  race_ = std::make_shared<AddressRace>(context_, std::move(endpoints), route_->mark,
+  race_ = std::make_shared<AddressRace>(context_, std::move(endpoints),
                                         [self = shared_from_this()](ErrorCode error, tcp::socket socket) {
                                           if (error) {
                                             self->route_->bootstrap.missed(self->route_->endpoint);
@@ -94,6 +94,7 @@ void Http2Connection::Session::race(TcpEndpoints endpoints) {
 }
 
 void Http2Connection::Session::connected(tcp::socket socket) {
+  race_.reset();
   socket_ = std::move(socket);
   ErrorCode ignored;
   socket_.set_option(tcp::no_delay(true), ignored);

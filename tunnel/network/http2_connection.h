@@ -6,7 +6,6 @@
 
 #include "tunnel/network/bootstrap.h"
 #include "tunnel/network/endpoint.h"
-#include "tunnel/network/socket_mark.h"
 #include "tunnel/network/tls.h"
 #include "tunnel/resolver/connection.h"
 
@@ -17,7 +16,6 @@ struct Route {
   Endpoint endpoint;
   std::unique_ptr<TlsClient> tls;
   Bootstrap& bootstrap;
-  SocketMark mark{};
 };
 
 // DNS over HTTPS (RFC 8484) on one HTTP/2 connection over TLS. The context and the route's bootstrap have to

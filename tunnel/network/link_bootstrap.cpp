@@ -8,10 +8,9 @@ namespace quillmar::tunnel {
 
 namespace ip = boost::asio::ip;
 
-LinkBootstrap::LinkBootstrap(boost::asio::io_context& context, SocketMark mark, Servers servers,
-                             LastGood lastGood, Reached reached)
+LinkBootstrap::LinkBootstrap(boost::asio::io_context& context, Servers servers, LastGood lastGood,
+                             Reached reached)
     : context_(context),
-      mark_(mark),
       servers_(std::move(servers)),
       lastGood_(std::move(lastGood)),
       reached_(std::move(reached)) {}
@@ -33,7 +32,7 @@ void LinkBootstrap::lookUp(const Endpoint& endpoint, Found found) {
   }
   servers_([this, endpoint, found = std::move(found)](NameServers servers) {
     const auto lookup = std::make_shared<ServerLookup>(
-        context_, std::move(servers), mark_, [this, endpoint, found](const ServerLookup::Result& result) {
+        context_, std::move(servers), [this, endpoint, found](const ServerLookup::Result& result) {
           if (result.life > std::chrono::seconds::zero()) {
             known_[endpoint.host] = {result.addresses, BootClock::now() + result.life};
           }

@@ -23,8 +23,7 @@ class LinkBootstrap final : public Bootstrap {
   using LastGood = std::map<std::string, boost::asio::ip::address>;
   using Reached = std::function<void(const std::string& host, const boost::asio::ip::address&)>;
 
-  LinkBootstrap(boost::asio::io_context& context, SocketMark mark, Servers servers, LastGood lastGood,
-                Reached reached);
+  LinkBootstrap(boost::asio::io_context& context, Servers servers, LastGood lastGood, Reached reached);
 
   void reached(const Endpoint& endpoint, const boost::asio::ip::address& address) override;
   void missed(const Endpoint& endpoint) override;
@@ -40,7 +39,6 @@ class LinkBootstrap final : public Bootstrap {
               const Found& found);
 
   boost::asio::io_context& context_;
-  const SocketMark mark_;
   const Servers servers_;
   LastGood lastGood_;
   const Reached reached_;

@@ -48,11 +48,10 @@ struct ServerLookup::Asked {
   std::array<char, largestReply> buffer{};
 };
 
-ServerLookup::ServerLookup(boost::asio::io_context& context, NameServers servers, SocketMark mark, Done done)
+ServerLookup::ServerLookup(boost::asio::io_context& context, NameServers servers, Done done)
     : context_(context),
       servers_(std::move(servers)),
       next_(servers_.begin()),
-      mark_(mark),
       done_(std::move(done)),
       turn_(context),
       end_(context) {}
@@ -64,12 +63,7 @@ void ServerLookup::start(const std::string& host) {
     }
   }
   const bool canBeAsked = !queries_.empty() && !servers_.empty();
-  end_.expires_after(canBeAsked ? patience : std::chrono::seconds(0));
-  end_.async_wait([self = shared_from_this()](error_code error) {
-    if (!error) {
-      self->end({});
-    }
-  });
+  end_.start(canBeAsked ? patience : std::chrono::seconds(0), [self = shared_from_this()] { self->end({}); });
   if (canBeAsked) {
     askNext();
   }
@@ -85,20 +79,12 @@ void ServerLookup::askNext() {
   }
   asked_.push_back(asked);
   receive(asked);
-  turn_.expires_after(headStart);
-  turn_.async_wait([self = shared_from_this()](error_code error) {
-    if (!error) {
-      self->askNext();
-    }
-  });
+  turn_.start(headStart, [self = shared_from_this()] { self->askNext(); });
 }
 
 bool ServerLookup::send(Asked& asked) {
   error_code error;
   asked.socket.open(asked.server.protocol(), error);
-  if (!error) {
-    error = mark_.put(asked.socket);
-  }
   if (!error) {
     asked.socket.connect(asked.server, error);
   }

@@ -2,7 +2,6 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/udp.hpp>
-#include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -11,7 +10,7 @@
 
 #include "tunnel/dns/address_records.h"
 #include "tunnel/network/bootstrap.h"
-#include "tunnel/network/socket_mark.h"
+#include "tunnel/network/timer.h"
 
 namespace quillmar::tunnel {
 
@@ -30,7 +29,7 @@ class ServerLookup : public std::enable_shared_from_this<ServerLookup> {
   static constexpr std::chrono::milliseconds headStart{400};
   static constexpr std::chrono::seconds patience{2};
 
-  ServerLookup(boost::asio::io_context& context, NameServers servers, SocketMark mark, Done done);
+  ServerLookup(boost::asio::io_context& context, NameServers servers, Done done);
 
   // `done` is not called before this has returned.
   void start(const std::string& host);
@@ -47,12 +46,11 @@ class ServerLookup : public std::enable_shared_from_this<ServerLookup> {
   boost::asio::io_context& context_;
   const NameServers servers_;
   NameServers::const_iterator next_;
-  const SocketMark mark_;
   Done done_;
   std::vector<Query> queries_;
   std::vector<std::shared_ptr<Asked>> asked_;
-  boost::asio::steady_timer turn_;
-  boost::asio::steady_timer end_;
+  Timer turn_;
+  Timer end_;
 };
 
 }  // namespace quillmar::tunnel

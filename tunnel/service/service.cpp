@@ -6,12 +6,13 @@
 
 #include "tunnel/link/constants.h"
 #include "tunnel/link/redirection.h"
+#include "tunnel/network/endpoint.h"
 
 namespace quillmar::tunnel {
 
-Service::Service(boost::asio::io_context& context, bool hasIp6, Take take, Tell tell)
+Service::Service(boost::asio::io_context& context, Machine machine, Take take, Tell tell)
     : context_(context),
-      hasIp6_(hasIp6),
+      machine_(machine),
       take_(std::move(take)),
       tell_(std::move(tell)),
       bus_(context),
@@ -53,10 +54,10 @@ void Service::connect(const ConnectionSettings& settings) {
     throw VpnPlugin::refusal(problem);
   }
   profile_ = profile->uuid;
-  if (std::exchange(endpoint_, *profile->endpoint) != *profile->endpoint) {
-    take(*endpoint);
+  if (endpoint_ != *profile->endpoint) {
+    ask(*profile->endpoint, endpoint->authority);
   }
-  plugin_.announceConfiguration(hasIp6_);
+  plugin_.announceConfiguration(machine_.hasIp6);
   plugin_.announce(VpnPlugin::State::started);
   tell_("Protects this machine.");
 }
@@ -70,12 +71,13 @@ std::string Service::protect() {
     return *problem;
   }
   device_ = std::get<TunDevice>(std::move(device));
-  return putRedirection();
+  return putRedirection(machine_.passes);
 }
 
-void Service::take(const Endpoint& endpoint) {
+void Service::ask(const std::string& endpoint, const std::string& authority) {
+  endpoint_ = endpoint;
   take_(endpoint);
-  tell_("Asks " + endpoint.authority + '.');
+  tell_("Asks " + authority + '.');
 }
 
 void Service::lift() {
@@ -84,8 +86,8 @@ void Service::lift() {
     tell_("The rules can't be lifted: " + problem + '.');
   }
   device_.reset();
-  take_(std::nullopt);
   endpoint_.clear();
+  take_(endpoint_);
   profile_.clear();
 }
 
@@ -109,7 +111,7 @@ void Service::rulesetChanged(RulesetChange change) {
     lift();
     return tell_("Protects no more: it was released.");
   }
-  const auto problem = putRedirection();
+  const auto problem = putRedirection(machine_.passes);
   tell_(problem.empty() ? "Another program changed the rules; they are put back."
                         : "Another program changed the rules, and they can't be put back: " + problem + '.');
 }
@@ -158,8 +160,7 @@ void Service::profileUpdated(const Profile& profile) {
   if (!endpoint) {
     return tell_("The connection has no https URL as its dohEndpoint any more: the one before is kept.");
   }
-  endpoint_ = *profile.endpoint;
-  take(*endpoint);
+  ask(*profile.endpoint, endpoint->authority);
 }
 
 NameServers Service::nameServers() {

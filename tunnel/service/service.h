@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <boost/asio/io_context.hpp>
 #include <functional>
 #include <optional>
@@ -7,7 +9,6 @@
 
 #include "tunnel/link/ruleset_watch.h"
 #include "tunnel/link/tun_device.h"
-#include "tunnel/network/endpoint.h"
 #include "tunnel/service/bus.h"
 #include "tunnel/service/network_manager.h"
 #include "tunnel/service/vpn_plugin.h"
@@ -19,10 +20,15 @@ namespace quillmar::tunnel {
 class Service {
  public:
   using Tell = std::function<void(const std::string&)>;
-  using Take = std::function<void(const std::optional<Endpoint>&)>;
+  // The endpoint as it was written; no text is none.
+  using Take = std::function<void(const std::string&)>;
+  struct Machine {
+    bool hasIp6 = false;
+    uid_t passes = 0;  // the user whose own DNS the rules let out
+  };
 
   // Throws sdbus::Error where there is no bus, or the name is another's.
-  Service(boost::asio::io_context& context, bool hasIp6, Take take, Tell tell);
+  Service(boost::asio::io_context& context, Machine machine, Take take, Tell tell);
 
   // Until the context is stopped. Throws sdbus::Error once the bus is gone.
   void run();
@@ -37,7 +43,7 @@ class Service {
   void disconnect();
   // The problem, if there is one.
   std::string protect();
-  void take(const Endpoint& endpoint);
+  void ask(const std::string& endpoint, const std::string& authority);
   void lift();
   void rulesetChanged(RulesetChange change);
   void managerCame();
@@ -45,7 +51,7 @@ class Service {
   void profileUpdated(const Profile& profile);
 
   boost::asio::io_context& context_;
-  const bool hasIp6_;
+  const Machine machine_;
   const Take take_;
   const Tell tell_;
   Bus bus_;

@@ -28,12 +28,14 @@ void Server::take(const std::optional<Endpoint>& endpoint) {
   if (!endpoint) {
     return upstreams_.takeNone();
   }
-  const auto route = std::make_shared<const Route>(
-      Route{*endpoint, outgoing_.tls->another(), *outgoing_.bootstrap, outgoing_.mark});
+  const auto route =
+      std::make_shared<const Route>(Route{*endpoint, outgoing_.tls->another(), *outgoing_.bootstrap});
   upstreams_.take(BootClock::now(), [this, route](ConnectionEvents& events) {
     return std::make_unique<Http2Connection>(context_, route, events);
   });
 }
+
+void Server::networkChanged() { upstreams_.networkChanged(BootClock::now()); }
 
 Answering Server::answeringOn(Channel channel) {
   return [this, channel](std::string_view message, Resolver::Reply reply) {

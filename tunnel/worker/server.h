@@ -9,7 +9,6 @@
 #include "tunnel/network/alarm.h"
 #include "tunnel/network/bootstrap.h"
 #include "tunnel/network/endpoint.h"
-#include "tunnel/network/socket_mark.h"
 #include "tunnel/network/sockets.h"
 #include "tunnel/network/tcp_listener.h"
 #include "tunnel/network/tls.h"
@@ -23,7 +22,6 @@ namespace quillmar::tunnel {
 struct Outgoing {
   std::unique_ptr<TlsClient> tls;
   std::unique_ptr<Bootstrap> bootstrap;
-  SocketMark mark{};
 };
 
 // Listeners, resolver and upstream put together, on one thread. It opens nothing but connections to the
@@ -37,6 +35,8 @@ class Server {
 
   // Asks this endpoint from now on; nobody, if there is none.
   void take(const std::optional<Endpoint>& endpoint);
+  // Does not wait until connections that may be dead are missed.
+  void networkChanged();
 
   // Serves until the context is stopped.
   void run();

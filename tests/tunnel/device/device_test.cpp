@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csignal>
@@ -79,6 +82,25 @@ struct TunnelDevice : testing::Test {
     readUntil("Protects no more, as NetworkManager wants it.");
   }
   static std::string rules() { return runCommand({"nft", "list", "ruleset"}).output; }
+  static std::string textOf(const std::string& path) {
+    return (std::ostringstream() << std::ifstream(path).rdbuf()).str();
+  }
+  static pid_t childOf(pid_t process, const std::string& name) {
+    std::istringstream children(
+        textOf("/proc/" + std::to_string(process) + "/task/" + std::to_string(process) + "/children"));
+    for (pid_t child = 0; children >> child;) {
+      if (textOf("/proc/" + std::to_string(child) + "/comm").starts_with(name)) {
+        return child;
+      }
+    }
+    return 0;
+  }
+  static pid_t worker() { return childOf(childOf(::getpid(), "quillmar-tunnel"), "quillmar-worker"); }
+  static void killWorker() {
+    const auto process = worker();
+    ASSERT_GT(process, 0) << "everything else would be killed";
+    EXPECT_EQ(::kill(process, SIGKILL), 0);
+  }
   static std::string newName() {
     static int last = 0;
     return "name" + std::to_string(++last) + ".example";
@@ -287,6 +309,65 @@ TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_until_it_is_released) {
   EXPECT_EQ(askAt(server4, newName()), Outside::answer);
   EXPECT_EQ(world().tunnel({"release"}).status, 0) << "once more is no problem";
   program.reset();
+}
+
+TEST_F(TunnelDevice, shuts_its_worker_in) {
+  protect();
+  EXPECT_EQ(askAt(server4, newName()), first);
+  const auto shown = textOf("/proc/" + std::to_string(worker()) + "/status");
+  EXPECT_THAT(shown, HasSubstr("\nUid:\t60853\t60853\t60853\t60853\n"));
+  EXPECT_THAT(shown, HasSubstr("\nCapEff:\t0000000000000000\n"));
+  EXPECT_THAT(shown, HasSubstr("\nCapBnd:\t0000000000000000\n"));
+  EXPECT_THAT(shown, HasSubstr("\nNoNewPrivs:\t1\n"));
+}
+
+TEST_F(TunnelDevice, lets_only_its_worker_out) {
+  protect();
+  const auto ask = [](const std::string& user) {
+    return runCommand({"setpriv", "--reuid", user, "--regid", user, "--clear-groups", "kdig", "@192.0.2.53",
+                       "+retry=0", "+time=1", newName()})
+        .output;
+  };
+  for (const auto* user : {"0", "65534", "60852"}) {
+    EXPECT_THAT(ask(user), HasSubstr(first)) << user;
+  }
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  EXPECT_THAT(ask("60853"), HasSubstr(Outside::answer));
+}
+
+TEST_F(TunnelDevice, answers_again_when_its_worker_was_killed) {
+  protect();
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_EQ(askAt(server4, newName()), first);
+    ASSERT_NO_FATAL_FAILURE(killWorker());
+    for (const auto channel : {Channel::udp, Channel::tcp}) {
+      EXPECT_EQ(askAt(server4, newName(), channel), first);
+    }
+    readUntil("The worker was killed by signal 9; it is started again.");
+  }
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, takes_its_worker_along_when_it_is_killed) {
+  protect();
+  const auto process = static_cast<int>(::syscall(SYS_pidfd_open, worker(), 0));
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  pollfd ended{process, POLLIN, 0};
+  EXPECT_EQ(::poll(&ended, 1, 30'000), 1);
+  ::close(process);
+  EXPECT_EQ(askAt(server4, newName()), "refused");
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  program.reset();
+}
+
+TEST_F(TunnelDevice, notices_that_its_network_is_back) {
+  protect();
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_EQ(runCommand({"ip", "link", "set", "v0", "down"}).status, 0);
+  EXPECT_EQ(runCommand({"ip", "link", "set", "v0", "up"}).status, 0);
+  readUntil("The network has changed.");
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
 TEST_F(TunnelDevice, comes_back_when_it_is_started_again) {

@@ -178,9 +178,10 @@ void DeviceWorld::tidy() {
 
 std::unique_ptr<RunningProgram> DeviceWorld::run(const std::string& caFile) const {
   // No more rights than its unit leaves it.
-  return std::make_unique<RunningProgram>(endingWithTheTest(bus_.joining(
-      {"env", "STATE_DIRECTORY=" + file("kept").string(), "setpriv", "--no-new-privs", "--bounding-set",
-       "-all,+net_admin,+net_bind_service", QUILLMAR_TUNNEL, "run", "--ca-file", caFile})));
+  return std::make_unique<RunningProgram>(endingWithTheTest(
+      bus_.joining({"env", "STATE_DIRECTORY=" + file("kept").string(), "setpriv", "--no-new-privs",
+                    "--bounding-set", "-all,+net_admin,+net_bind_service,+setuid,+setgid,+setpcap,+kill",
+                    QUILLMAR_TUNNEL, "run", "--ca-file", caFile})));
 }
 
 CommandResult DeviceWorld::tunnel(std::vector<std::string> words) const {

@@ -1,0 +1,158 @@
+#include "tunnel/service/worker_process.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+#include "tunnel/network/endpoint.h"
+#include "tunnel/worker/worker.h"
+
+namespace quillmar::tunnel {
+namespace {
+
+constexpr const char* userName = "quillmar-tunnel";
+// Neither a person's nor a service's: systemd and Debian leave these numbers alone.
+constexpr WorkerUser userWithoutName{60853, 60853};
+
+// What the worker gets stands at fixed numbers. None of these may be overwritten by another on its way.
+constexpr int beyondTheWorkers = 16;
+
+OpenFile movedAside(const OpenFile& file) {
+  return OpenFile(::fcntl(file.get(), F_DUPFD_CLOEXEC, beyondTheWorkers));
+}
+
+std::string descriptionOf(int status) {
+  return WIFSIGNALED(status) ? "was killed by signal " + std::to_string(WTERMSIG(status))
+                             : "ended with status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+WorkerUser workersUser() {
+  const passwd* const known = ::getpwnam(userName);  // NOLINT(concurrency-mt-unsafe): there is one thread
+  return known != nullptr ? WorkerUser{known->pw_uid, known->pw_gid} : userWithoutName;
+}
+
+WorkerProcess::WorkerProcess(boost::asio::io_context& context, Given given, Events events)
+    : context_(context),
+      given_(std::move(given)),
+      events_(std::move(events)),
+      guard_({.tell = events_.tell,
+              .serversWanted = [this] { say(TakeServers{events_.servers()}); },
+              .reached = events_.reached}),
+      pause_(context) {
+  for (OpenFile& listener : given_.listeners) {
+    listener = movedAside(listener);
+  }
+  start();
+}
+
+WorkerProcess::~WorkerProcess() {
+  if (process_ > 0) {
+    ::kill(process_, SIGKILL);
+    ::waitpid(process_, nullptr, 0);
+  }
+}
+
+void WorkerProcess::start() {
+  started_ = BootClock::now();
+  guard_.startAnew();
+  std::array<int, 2> ends{-1, -1};
+  ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data());
+  OpenFile ours(ends[0]);
+  const int error = ours ? spawn(OpenFile(ends[1])) : errno;
+  if (error != 0) {
+    return startLater("The worker can't be started: " + std::system_category().message(error));
+  }
+  messages_.emplace(context_, ours.release(),
+                    MessageSocket::Events{.came = [this](std::string_view message) { came(message); },
+                                          .isGone = [this] { ended(); }});
+  say(Begin{.user = given_.user.user,
+            .group = given_.user.group,
+            .listeners = static_cast<std::uint16_t>(given_.listeners.size() / 2),
+            .caFile = given_.caFile,
+            .url = endpoint_,
+            .lastGood = events_.lastGood()});
+}
+
+int WorkerProcess::spawn(OpenFile itsEnd) {
+  const auto messages = movedAside(itsEnd);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    posix_spawn_file_actions_addopen(&actions, standard, "/dev/null", O_RDWR, 0);
+  }
+  posix_spawn_file_actions_adddup2(&actions, messages.get(), messagesDescriptor);
+  int next = firstListenerDescriptor;
+  for (const OpenFile& listener : given_.listeners) {
+    posix_spawn_file_actions_adddup2(&actions, listener.get(), next++);
+  }
+  posix_spawn_file_actions_addclosefrom_np(&actions, next);
+  std::vector<char*> words;
+  for (std::string& word : given_.words) {
+    words.push_back(word.data());
+  }
+  words.push_back(nullptr);
+  const int error =
+      ::posix_spawn(&process_, given_.program.c_str(), &actions, nullptr, words.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  process_ = error == 0 ? process_ : -1;
+  return error;
+}
+
+void WorkerProcess::take(const std::string& endpoint) {
+  endpoint_ = endpoint;
+  const auto parsed = parseEndpoint(endpoint);
+  guard_.expect(parsed ? parsed->host : std::string());
+  say(TakeEndpoint{endpoint});
+}
+
+void WorkerProcess::networkChanged() { say(NetworkChanged{}); }
+
+// One that has died is told when it is back.
+void WorkerProcess::say(const ToWorker& message) {
+  if (process_ > 0 && !messages_->send(encode(message)) && (errno == EAGAIN || errno == ENOBUFS)) {
+    misbehaved("does not listen");
+  }
+}
+
+void WorkerProcess::came(std::string_view message) {
+  if (process_ > 0 && !guard_.take(BootClock::now(), message)) {
+    misbehaved("says what it may not");
+  }
+}
+
+void WorkerProcess::misbehaved(const std::string& how) {
+  events_.tell("The worker " + how + ": it is ended.");
+  ended();
+}
+
+// Its end of the socket is closed when it dies, and by nobody else who is well.
+void WorkerProcess::ended() {
+  if (process_ <= 0) {
+    return;
+  }
+  ::kill(process_, SIGKILL);
+  int status = 0;
+  ::waitpid(std::exchange(process_, -1), &status, 0);
+  startLater("The worker " + descriptionOf(status));
+}
+
+void WorkerProcess::startLater(const std::string& cause) {
+  const auto pause = restarts_.died(BootClock::now(), started_);
+  events_.tell(cause + (pause.count() == 0 ? "; it is started again."
+                                           : "; it is started again in " + std::to_string(pause.count()) +
+                                                 " milliseconds."));
+  pause_.start(pause, [this] { start(); });
+}
+
+}  // namespace quillmar::tunnel
