@@ -69,7 +69,8 @@ server a program asks, and lets none of it out another way.
 .
 The packages quillmar and quillmar-agent tell it where to ask. Without it a
 child's computer is set up but not protected.")
-set(CPACK_DEBIAN_TUNNEL_PACKAGE_DEPENDS "ca-certificates, dbus | dbus-broker, network-manager, nftables")
+set(CPACK_DEBIAN_TUNNEL_PACKAGE_DEPENDS
+    "ca-certificates, dbus | dbus-broker, network-manager, nftables, systemd | systemd-standalone-sysusers | systemd-sysusers")
 set(CPACK_DEBIAN_TUNNEL_PACKAGE_CONTROL_EXTRA
     "${CMAKE_CURRENT_LIST_DIR}/tunnel/postinst;${CMAKE_CURRENT_LIST_DIR}/tunnel/prerm;${CMAKE_CURRENT_LIST_DIR}/tunnel/postrm")
 

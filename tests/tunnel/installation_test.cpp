@@ -5,7 +5,11 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -46,7 +50,86 @@ TEST(TunnelUnit, is_accepted_by_systemd_and_grants_few_rights) {
       0);
 }
 
-// A system bus with the installed policy, and the service on it.
+// The calls that a unit leaves its processes: its lists, one after the other, of calls and of systemd's
+// groups.
+class AllowedCalls {
+ public:
+  explicit AllowedCalls(const std::string& unit) {
+    readGroups();
+    std::ifstream file(unit);
+    for (std::string line; std::getline(file, line);) {
+      constexpr std::string_view key = "SystemCallFilter=";
+      if (line.starts_with(key)) {
+        const bool isDenial = line[key.size()] == '~';
+        std::istringstream names(line.substr(key.size() + (isDenial ? 1 : 0)));
+        for (std::string name; names >> name;) {
+          apply(name, !isDenial);
+        }
+      }
+    }
+  }
+  const std::set<std::string>& all() const { return calls_; }
+
+ private:
+  void readGroups() {
+    std::istringstream text(runCommand({"systemd-analyze", "syscall-filter"}).output);
+    std::string group;
+    for (std::string line; std::getline(text, line);) {
+      if (line.starts_with('@')) {
+        group = line;
+      } else if (line.starts_with("    ") && line[4] != '#') {
+        groups_[group].push_back(line.substr(4));
+      }
+    }
+  }
+  void apply(const std::string& name, bool isAllowed) {
+    if (name.starts_with('@')) {
+      for (const auto& each : groups_.at(name)) {
+        apply(each, isAllowed);
+      }
+    } else if (isAllowed) {
+      calls_.insert(name);
+    } else {
+      calls_.erase(name);
+    }
+  }
+
+  std::map<std::string, std::vector<std::string>> groups_;
+  std::set<std::string> calls_;
+};
+
+TEST(TunnelUnit, leaves_what_it_takes_to_shut_the_worker_in) {
+  const AllowedCalls allowed(QUILLMAR_TUNNEL_UNIT);
+  EXPECT_THAT(allowed.all(), testing::IsSupersetOf({"prctl", "setgroups", "setresgid", "setresuid", "capset",
+                                                    "prlimit64", "seccomp", "execve", "kill", "socketpair",
+                                                    "timerfd_create", "timerfd_settime"}));
+  EXPECT_THAT(allowed.all(),
+              testing::Not(testing::Contains(testing::AnyOf("mount", "ptrace", "bpf", "chroot"))));
+  std::ifstream unit(QUILLMAR_TUNNEL_UNIT);
+  EXPECT_THAT(
+      std::string(std::istreambuf_iterator<char>(unit), {}),
+      HasSubstr(
+          "\nCapabilityBoundingSet=CAP_NET_ADMIN CAP_NET_BIND_SERVICE CAP_SETUID CAP_SETGID CAP_SETPCAP "
+          "CAP_KILL\n"))
+      << "no less than the tests with a device have, and no more";
+}
+
+TEST(TunnelSystemUser, is_made_with_the_package) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "Making a user takes root.";
+  }
+  const TemporaryDirectory root;
+  std::filesystem::create_directory(root.path() / "etc");
+  const auto made =
+      runCommand({"systemd-sysusers", "--root=" + root.path().string(), QUILLMAR_TUNNEL_SYSUSERS});
+  EXPECT_EQ(made.status, 0) << made.errors;
+  std::ifstream users(root.path() / "etc/passwd");
+  EXPECT_THAT(
+      std::string(std::istreambuf_iterator<char>(users), {}),
+      testing::ContainsRegex("quillmar-tunnel:[^:]*:[0-9]+:[0-9]+:Quillmar tunnel:/:/usr/sbin/nologin"));
+}
+
+// A system's bus with the policy as it is installed, and the service on it.
 struct TunnelBusPolicy : testing::Test {
   void SetUp() override {
     if (::geteuid() != 0 || runCommand({"unshare", "-n", "true"}).status != 0) {
