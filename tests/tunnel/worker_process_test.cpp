@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pwd.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -206,7 +208,10 @@ class TunnelWorker : public testing::Test {
   static void killWorker() {
     const auto worker = process();
     ASSERT_GT(worker, 0) << "everything else would be killed";
+    pollfd death{static_cast<int>(::syscall(SYS_pidfd_open, worker, 0)), POLLIN, 0};
     EXPECT_EQ(::kill(worker, SIGKILL), 0);
+    EXPECT_EQ(::poll(&death, 1, 30'000), 1);
+    ::close(death.fd);
   }
   static std::map<std::string, std::string> status(pid_t process) {
     std::map<std::string, std::string> fields;

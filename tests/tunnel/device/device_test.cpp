@@ -99,7 +99,15 @@ struct TunnelDevice : testing::Test {
   static void killWorker() {
     const auto process = worker();
     ASSERT_GT(process, 0) << "everything else would be killed";
+    const auto file = openProcess(process);
     EXPECT_EQ(::kill(process, SIGKILL), 0);
+    awaitDeath(file);
+  }
+  static int openProcess(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
+  static void awaitDeath(int process) {
+    pollfd death{process, POLLIN, 0};
+    EXPECT_EQ(::poll(&death, 1, 30'000), 1);
+    ::close(process);
   }
   static std::string newName() {
     static int last = 0;
@@ -350,11 +358,9 @@ TEST_F(TunnelDevice, answers_again_when_its_worker_was_killed) {
 
 TEST_F(TunnelDevice, takes_its_worker_along_when_it_is_killed) {
   protect();
-  const auto process = static_cast<int>(::syscall(SYS_pidfd_open, worker(), 0));
+  const auto process = openProcess(worker());
   EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
-  pollfd ended{process, POLLIN, 0};
-  EXPECT_EQ(::poll(&ended, 1, 30'000), 1);
-  ::close(process);
+  awaitDeath(process);
   EXPECT_EQ(askAt(server4, newName()), "refused");
   EXPECT_THAT(world().seenInClear(), IsEmpty());
   program.reset();
