@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <filesystem>
 #include <fstream>
@@ -63,6 +64,23 @@ TEST(TunnelTimer, waits_for_what_it_was_started_for_last) {
   }
   context.run();
   EXPECT_EQ(ended, "second");
+}
+
+TEST(TunnelTimer, never_goes_off_where_no_more_files_may_be_open) {
+  boost::asio::io_context context;
+  const Timer opensWhatTheContextNeeds(context);
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  Timer timer(context);
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  bool hasEnded = false;
+  timer.start(0ms, [&] { hasEnded = true; });
+  timer.cancel();
+  timer.start(0ms, [&] { hasEnded = true; });
+  context.run();
+  EXPECT_FALSE(hasEnded);
 }
 
 // Even one that nobody waits for would wake the process some day.

@@ -17,11 +17,14 @@ itimerspec once(std::chrono::nanoseconds after) {
 
 }  // namespace
 
-Timer::Timer(const boost::asio::any_io_executor& executor)
-    : descriptor_(executor, ::timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK)) {}
+Timer::Timer(const boost::asio::any_io_executor& executor) : descriptor_(executor) {
+  boost::system::error_code ignored;
+  descriptor_.assign(::timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK), ignored);
+}
 
 void Timer::start(std::chrono::nanoseconds after, std::function<void()> ended) {
-  descriptor_.cancel();
+  boost::system::error_code ignored;
+  descriptor_.cancel(ignored);
   // Zero would disarm it.
   const auto time = once(std::max(after, std::chrono::nanoseconds(1)));
   ::timerfd_settime(descriptor_.native_handle(), 0, &time, nullptr);
@@ -36,7 +39,8 @@ void Timer::start(std::chrono::nanoseconds after, std::function<void()> ended) {
 
 void Timer::cancel() {
   ++*turn_;
-  descriptor_.cancel();
+  boost::system::error_code ignored;
+  descriptor_.cancel(ignored);
   const itimerspec never{};
   ::timerfd_settime(descriptor_.native_handle(), 0, &never, nullptr);
 }

@@ -10,7 +10,8 @@
 namespace quillmar::tunnel {
 
 // A timer of the kernel's own, whose time goes on while the machine sleeps. Asio's timers share one that
-// wakes an idle process every five minutes.
+// wakes an idle process every five minutes. It takes a descriptor, and never goes off where there is none
+// left.
 class Timer {
  public:
   explicit Timer(const boost::asio::any_io_executor& executor);
