@@ -109,11 +109,11 @@ void RouteWatch::read() {
   std::vector<char> buffer(netlink::largestRead);
   for (;;) {
     const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (size < 0 && errno == ENOBUFS) {  // something was missed
-      changed_();
-    } else if (size <= 0) {
+    const bool isMissed = size < 0 && errno == ENOBUFS;
+    if (size <= 0 && !isMissed) {
       return;
-    } else if (reader_.read({buffer.data(), static_cast<std::size_t>(size)})) {
+    }
+    if (isMissed || reader_.read({buffer.data(), static_cast<std::size_t>(size)})) {
       changed_();
     }
   }

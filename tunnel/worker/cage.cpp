@@ -67,7 +67,7 @@ struct Limit {
   rlim_t most;
 };
 
-constexpr rlim_t mebibyte = 1024 * 1024;
+constexpr rlim_t mebibyte = rlim_t{1024} * 1024;
 constexpr std::array limits{
     Limit{RLIMIT_CORE, 0}, Limit{RLIMIT_FSIZE, 0}, Limit{RLIMIT_MEMLOCK, 0}, Limit{RLIMIT_NPROC, 0},
     // 64 clients over TCP with a timer each, connections, the servers of a link, and what is open anyway.

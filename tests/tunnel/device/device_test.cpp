@@ -329,6 +329,16 @@ TEST_F(TunnelDevice, shuts_its_worker_in) {
   EXPECT_THAT(shown, HasSubstr("\nNoNewPrivs:\t1\n"));
 }
 
+TEST_F(TunnelDevice, runs_its_worker_as_the_user_that_is_made_for_it) {
+  std::ofstream("/etc/passwd", std::ios::app) << "quillmar-tunnel:x:977:978::/:/usr/sbin/nologin\n";
+  protect();
+  EXPECT_EQ(askAt(server4, newName()), first);
+  const auto shown = textOf("/proc/" + std::to_string(worker()) + "/status");
+  EXPECT_THAT(shown, AllOf(HasSubstr("\nUid:\t977\t"), HasSubstr("\nGid:\t978\t")));
+  EXPECT_THAT(rules(), AllOf(HasSubstr("skuid 977 "), Not(HasSubstr("60853"))));
+  EXPECT_EQ(runCommand({"sed", "-i", "/^quillmar-tunnel:/d", "/etc/passwd"}).status, 0);
+}
+
 TEST_F(TunnelDevice, lets_only_its_worker_out) {
   protect();
   const auto ask = [](const std::string& user) {

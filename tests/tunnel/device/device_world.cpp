@@ -38,6 +38,7 @@ mkdir /run/NetworkManager/etc/upper /run/NetworkManager/etc/work
 mount -t overlay overlay -o lowerdir=/etc,upperdir=/run/NetworkManager/etc/upper,workdir=/run/NetworkManager/etc/work /etc
 mkdir -p /etc/NetworkManager/VPN
 rm -f /etc/resolv.conf
+sed -i /^quillmar-tunnel:/d /etc/passwd
 echo 'hosts: files dns' >/etc/nsswitch.conf
 for each in all default; do echo 0 >/proc/sys/net/ipv6/conf/$each/accept_dad; done
 ip link set lo up
