@@ -19,15 +19,16 @@ namespace {
 struct Installation {
   DeviceRole role = DeviceRole::unset;
   std::string serviceRoot;
+  bool isEnrolled = false;
 };
 
 Installation installationWith(const SettingsStore& settings, const Deployments& deployments) {
   const auto role = settings.read(settings::deviceRole);
   const auto region = settings.read(settings::region);
   const auto root = settings.read(settings::apiBaseURL);
-  return {
-      .role = fromRawValue<DeviceRole>(role.value_or("")).value_or(DeviceRole::unset),
-      .serviceRoot = root ? *root : deployments.root(region.value_or("")).value_or(deployments.australia)};
+  return {.role = fromRawValue<DeviceRole>(role.value_or("")).value_or(DeviceRole::unset),
+          .serviceRoot = root ? *root : deployments.root(region.value_or("")).value_or(deployments.australia),
+          .isEnrolled = settings.read(settings::childIsEnrolled).value_or(false)};
 }
 
 // Reads the installation without creating anything.
@@ -48,7 +49,7 @@ bool examineMachine(const Options& options, std::ostream& output) {
       options.dataDirectory, options.service ? Deployments::all(*options.service) : Deployments::builtIn());
   CurlHttpSession http(CurlHttpSession::Options{.extraCaFile = options.caFile});
   MachineProbes probes(options.dataDirectory, http, options.keyring, options.cameraModule,
-                       installation.serviceRoot + "/api/v1");
+                       installation.serviceRoot + "/api/v1", installation.isEnrolled);
   const bool isAgents = options.keyring == nullptr && installation.role == DeviceRole::unset;
   const Report report = examine(probes, isAgents ? DeviceRole::child : installation.role);
   for (const std::string& line : report.lines) {

@@ -20,35 +20,16 @@
 #include "platform/common/private_directory.h"
 #include "platform/linux/bus_names.h"
 #include "platform/linux/bus_thread.h"
+#include "programs/doctor/bus_question.h"
+#include "programs/doctor/tunnel_state.h"
 
 namespace quillmar::doctor {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::chrono::seconds patience{5};
 constexpr std::chrono::seconds servicePatience{15};
 constexpr int firstFailureOfServer = 500;
-
-class NothingToKeep final : public BusSession {
-  void joined(sdbus::IConnection&) override {}
-  void left() override {}
-};
-
-// The error of a bus call; nullopt if it was answered.
-std::optional<sdbus::Error> ask(const std::string& busAddress,
-                                const std::function<void(sdbus::IConnection&)>& question) {
-  std::promise<std::optional<sdbus::Error>> asked;
-  NothingToKeep session;
-  BusThread bus(busAddress, patience, session);
-  bus.post(
-      [&](sdbus::IConnection& connection) {
-        question(connection);
-        asked.set_value(std::nullopt);
-      },
-      [&](const sdbus::Error& error) { asked.set_value(error); });
-  return asked.get_future().get();
-}
 
 std::string inBrackets(const std::string& words) { return " (" + words + ")"; }
 
@@ -288,6 +269,17 @@ Finding MachineProbes::networkManager() { return lookAtNetworkManager(systemBusA
 Finding MachineProbes::tunnelProgram() {
   return lookAtTunnelProgram({"/etc/NetworkManager/VPN", "/usr/lib/NetworkManager/VPN"},
                              VPNDNSManager::tunnelBundleId);
+}
+
+std::optional<TunnelFindings> MachineProbes::tunnel() {
+  auto state = readTunnelConnection(systemBusAddress, std::string(VPNDNSManager::tunnelBundleId));
+  using Connection = TunnelState::Connection;
+  const bool isSetUp = state.connection != Connection::absent && state.connection != Connection::unknown;
+  if (!isSetUp && !isEnrolled_) {
+    return std::nullopt;
+  }
+  askQuestions(state);
+  return judge(state);
 }
 
 Finding MachineProbes::fingerprintReader() { return lookAtFingerprintReader(systemBusAddress); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,18 +41,20 @@ class MachineProbes final : public Probes {
  public:
   // `keyring` is null for a program without a window.
   MachineProbes(std::filesystem::path dataFolder, HttpSession& http, SecureItemStore* keyring,
-                std::filesystem::path cameraModule, std::string serviceURL)
+                std::filesystem::path cameraModule, std::string serviceURL, bool isEnrolled)
       : dataFolder_(std::move(dataFolder)),
         http_(http),
         keyring_(keyring),
         cameraModule_(std::move(cameraModule)),
-        serviceURL_(std::move(serviceURL)) {}
+        serviceURL_(std::move(serviceURL)),
+        isEnrolled_(isEnrolled) {}
 
   bool areForWindow() const override { return keyring_ != nullptr; }
   Finding dataFolder() override { return lookAtDataFolder(dataFolder_); }
   Finding keyring() override { return lookAtKeyring(*keyring_); }
   Finding networkManager() override;
   Finding tunnelProgram() override;
+  std::optional<TunnelFindings> tunnel() override;
   Finding fingerprintReader() override;
   Finding camera() override { return lookAtCamera("/dev"); }
   Finding cameraModule() override { return lookAtCameraModule(cameraModule_); }
@@ -63,6 +66,7 @@ class MachineProbes final : public Probes {
   SecureItemStore* const keyring_;
   const std::filesystem::path cameraModule_;
   const std::string serviceURL_;
+  const bool isEnrolled_;
 };
 
 }  // namespace quillmar::doctor

@@ -56,6 +56,13 @@ std::vector<Part> lookAtAll(Probes& probes) {
   }
   parts.push_back({"NetworkManager", Need::child, probes.networkManager()});
   parts.push_back({"Tunnel program", Need::child, probes.tunnelProgram()});
+  if (const auto tunnel = probes.tunnel()) {
+    parts.push_back({"Tunnel", Need::child, tunnel->connection});
+    parts.push_back({"Redirection of DNS", Need::child, tunnel->redirection});
+    parts.push_back({"Lookup of names", Need::child, tunnel->nameLookup});
+    parts.push_back({"Endpoint", Need::child, tunnel->endpoint});
+    parts.push_back({"Network", Need::child, tunnel->network});
+  }
   if (hasWindow) {
     parts.push_back({"Fingerprint reader", Need::nobody, probes.fingerprintReader()});
     parts.push_back({"Camera", Need::nobody, probes.camera()});

@@ -22,6 +22,15 @@ struct ServiceFinding {
   std::optional<Duration> clockLead = std::nullopt;
 };
 
+// The parts of a protection that is set up.
+struct TunnelFindings {
+  Finding connection;
+  Finding redirection;
+  Finding nameLookup;
+  Finding endpoint;
+  Finding network;
+};
+
 // Examines a machine. Each call may take some seconds and leaves the machine unchanged.
 class Probes {
  public:
@@ -36,6 +45,8 @@ class Probes {
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
   virtual Finding tunnelProgram() = 0;
+  // Nothing on a machine that is not enrolled and has no tunnel set up.
+  virtual std::optional<TunnelFindings> tunnel() = 0;
   virtual Finding fingerprintReader() = 0;
   virtual Finding camera() = 0;
   virtual Finding cameraModule() = 0;

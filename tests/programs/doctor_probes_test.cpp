@@ -23,6 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr const char* type = "live.quillmar.quillmar.PacketTunnel";
@@ -262,7 +263,7 @@ struct Doctor : DoctorsService {
                            output);
     return output.str();
   }
-  void store(std::string_view key, const std::string& value) {
+  void store(std::string_view key, const SettingValue& value) {
     RecordingLog log;
     SqliteSettingsStore(data, log).set(key, value);
   }
@@ -287,16 +288,26 @@ TEST_F(Doctor, checks_the_service_of_the_command_line_and_creates_no_installatio
 }
 
 TEST_F(Doctor, checks_the_service_that_the_installation_enrolled_with) {
-  store(settings::deviceRole, "parent");
-  store(settings::apiBaseURL, "https://127.0.0.1:1");
+  store(settings::deviceRole, std::string("parent"));
+  store(settings::apiBaseURL, std::string("https://127.0.0.1:1"));
   EXPECT_THAT(report(), HasSubstr("MISSING   Service: https://127.0.0.1:1/api/v1 can't be reached"));
   EXPECT_FALSE(isFit);
 }
 
+TEST_F(Doctor, looks_at_the_tunnel_of_an_enrolled_device_only) {
+  store(settings::deviceRole, std::string("child"));
+  EXPECT_THAT(report(), Not(HasSubstr(" Tunnel: ")));
+  store(settings::childIsEnrolled, true);
+  const auto ofEnrolled = report();
+  for (const auto* part : {"Tunnel", "Redirection of DNS", "Lookup of names", "Endpoint", "Network"}) {
+    EXPECT_THAT(ofEnrolled, HasSubstr(" " + std::string(part) + ": "));
+  }
+}
+
 TEST_F(Doctor, uses_the_role_of_the_installation) {
-  store(settings::deviceRole, "child");
+  store(settings::deviceRole, std::string("child"));
   EXPECT_THAT(report(), HasSubstr("a child's device needs."));
-  EXPECT_THAT(report(), testing::Not(HasSubstr("optional  Tunnel program")));
+  EXPECT_THAT(report(), Not(HasSubstr("optional  Tunnel program")));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "programs/doctor/report.h"
 
@@ -21,6 +22,7 @@ class MadeUpProbes final : public Probes {
   Finding keyring() override { return keyringFinding; }
   Finding networkManager() override { return networkManagerFinding; }
   Finding tunnelProgram() override { return tunnelProgramFinding; }
+  std::optional<TunnelFindings> tunnel() override { return tunnelFindings; }
   Finding fingerprintReader() override { return fingerprintReaderFinding; }
   Finding camera() override { return cameraFinding; }
   Finding cameraModule() override { return cameraModuleFinding; }
@@ -31,6 +33,7 @@ class MadeUpProbes final : public Probes {
   Finding keyringFinding{true, "keeps."};
   Finding networkManagerFinding{true, "runs."};
   Finding tunnelProgramFinding{true, "is there."};
+  std::optional<TunnelFindings> tunnelFindings;
   Finding fingerprintReaderFinding{true, "reads."};
   Finding cameraFinding{true, "sees."};
   Finding cameraModuleFinding{true, "reads codes."};
@@ -114,6 +117,22 @@ TEST_F(DoctorReport, only_a_childs_device_needs_the_tunnel_program) {
   EXPECT_FALSE(isFit(DeviceRole::child));
   EXPECT_TRUE(isFit(DeviceRole::parent));
   EXPECT_TRUE(isFit(DeviceRole::unset));
+}
+
+TEST_F(DoctorReport, a_tunnel_that_is_set_up_has_a_line_for_each_of_its_parts) {
+  probes.tunnelFindings = {.connection = {true, "is on."},
+                           .redirection = {false, "is missing."},
+                           .nameLookup = {true, "goes through."},
+                           .endpoint = {true, "answers."},
+                           .network = {true, "leads out."}};
+  const auto lines = examine(probes, DeviceRole::child).lines;
+  ASSERT_GT(lines.size(), 8);
+  EXPECT_THAT(std::vector(lines.begin() + 3, lines.begin() + 8),
+              testing::ElementsAre("works     Tunnel: is on.", "MISSING   Redirection of DNS: is missing.",
+                                   "works     Lookup of names: goes through.", "works     Endpoint: answers.",
+                                   "works     Network: leads out."));
+  EXPECT_FALSE(isFit(DeviceRole::child));
+  EXPECT_TRUE(isFit(DeviceRole::parent)) << "one that was a child's device before";
 }
 
 TEST_F(DoctorReport, every_device_needs_the_service_even_one_without_a_role) {

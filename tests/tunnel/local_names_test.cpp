@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/tunnel/support/messages.h"
+#include "tunnel/link/constants.h"
 
 namespace quillmar::tunnel {
 namespace {
@@ -27,6 +28,17 @@ TEST(TunnelLocalNames, localhost_has_the_loopback_addresses) {
     EXPECT_THAT(read(name, 16), HasSubstr("rcode: NOERROR"));
     EXPECT_THAT(read(name, 16), HasSubstr("ANSWER: 0, AUTHORITY: 1"));
   }
+}
+
+// Whoever gets its address has asked this program, now.
+TEST(TunnelLocalNames, the_program_itself_is_at_the_tunnels_address_and_is_not_kept) {
+  const std::string address(tunnelAddress4);
+  EXPECT_THAT(read("tunnel.quillmar.live"),
+              ContainsRegex("[[:space:]]0[[:space:]]+IN[[:space:]]+A[[:space:]]+" + address));
+  EXPECT_THAT(read("tunnel.quillmar.live", type::aaaa), HasSubstr("rcode: NOERROR"));
+  EXPECT_THAT(read("tunnel.quillmar.live", type::aaaa), HasSubstr("ANSWER: 0, AUTHORITY: 1"));
+  EXPECT_THAT(read("x.tunnel.quillmar.live"), HasSubstr("rcode: NXDOMAIN"));
+  EXPECT_EQ(read("quillmar.live"), "goes out");
 }
 
 TEST(TunnelLocalNames, names_below_local_zones_do_not_exist) {

@@ -12,12 +12,15 @@ namespace {
 
 constexpr std::uint32_t lifeOfAddress = 60;
 constexpr std::uint32_t lifeOfAbsence = 10;
+// What is kept would still be said when the tunnel is gone.
+constexpr std::uint32_t lifeOfOwn = 0;
 
 enum class Kind {
   loopback,  // this machine
   absent,    // does not exist, nor does anything below
   empty,     // exists, and has nothing in it
   bare,      // exists and has nothing in it, as has everything below
+  own,       // this program
 };
 
 struct Zone {
@@ -32,6 +35,8 @@ constexpr auto zones = std::to_array<Zone>({
     {"local", Kind::absent},
     // Asked by browsers that would else take their DNS past this machine's.
     {"use-application-dns.net", Kind::absent},
+    // Nobody else answers for it: a diagnosis sees by it who was asked.
+    {"tunnel.quillmar.live", Kind::own},
     {"home.arpa", Kind::empty},
     {"resolver.arpa", Kind::bare},
     {"10.in-addr.arpa", Kind::empty},
@@ -107,10 +112,10 @@ void appendRecord(std::string& message, std::string_view owner, std::uint16_t re
   message += data;
 }
 
-std::string addressReply(const Query& query, std::string_view address) {
+std::string addressReply(const Query& query, std::string_view address, std::uint32_t life) {
   constexpr std::size_t answersAt = 6;
   auto reply = emptyReply(query, rcode::noError);
-  appendRecord(reply, query.question.name, query.question.type, lifeOfAddress, address);
+  appendRecord(reply, query.question.name, query.question.type, life, address);
   put16(reply, answersAt, 1);
   return reply;
 }
@@ -132,15 +137,19 @@ std::string absenceReply(const Query& query, std::uint16_t code, std::string_vie
 std::string replyIn(const Place& place, const Query& query) {
   using namespace std::string_view_literals;
   constexpr auto loopback4 = "\x7f\0\0\1"sv;
+  constexpr auto tunnelAddress = "\xc6\x12\x35\x35"sv;
   constexpr auto loopback6 = "\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\1"sv;
   if (place.kind == Kind::loopback && query.question.type == type::a) {
-    return addressReply(query, loopback4);
+    return addressReply(query, loopback4, lifeOfAddress);
   }
   if (place.kind == Kind::loopback && query.question.type == type::aaaa) {
-    return addressReply(query, loopback6);
+    return addressReply(query, loopback6, lifeOfAddress);
   }
-  const bool exists =
-      place.kind == Kind::loopback || place.kind == Kind::bare || (place.kind == Kind::empty && place.isApex);
+  if (place.kind == Kind::own && place.isApex && query.question.type == type::a) {
+    return addressReply(query, tunnelAddress, lifeOfOwn);
+  }
+  const bool exists = place.kind == Kind::loopback || place.kind == Kind::bare ||
+                      (place.isApex && (place.kind == Kind::empty || place.kind == Kind::own));
   return absenceReply(query, exists ? rcode::noError : rcode::nxDomain, place.zone);
 }
 

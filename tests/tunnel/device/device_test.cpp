@@ -10,6 +10,8 @@
 #include <sstream>
 #include <thread>
 
+#include "child/vpn_dns_manager.h"
+#include "programs/doctor/tunnel_state.h"
 #include "tests/shared_world.h"
 #include "tests/tunnel/device/device_world.h"
 #include "tests/tunnel/support/messages.h"
@@ -428,6 +430,62 @@ TEST_F(TunnelDevice, finds_its_endpoint_through_the_links_servers_or_the_last_ad
   const auto changes = world().addressChanges();
   EXPECT_THAT(changes->readUntil("198.18.53.53"), HasSubstr("198.18.53.53"));
   EXPECT_EQ(askAt(server4, newName()), "192.0.2.9");
+}
+
+TEST_F(TunnelDevice, is_seen_by_the_doctor_in_each_of_its_states) {
+  using doctor::Asked;
+  using Connection = doctor::TunnelState::Connection;
+  const std::string serviceType(VPNDNSManager::tunnelBundleId);
+  const auto expect = [&](const std::string& when, Connection connection, Asked atTunnel, Asked elsewhere,
+                          Asked bySystem, bool endpointAnswers) {
+    auto state = doctor::readTunnelConnection(world().bus().address(), serviceType);
+    doctor::askQuestions(state);
+    EXPECT_EQ(state.connection, connection) << when;
+    EXPECT_EQ(state.atTunnel, atTunnel) << when;
+    EXPECT_EQ(state.elsewhere, elsewhere) << when;
+    EXPECT_EQ(state.bySystem, bySystem) << when;
+    EXPECT_EQ(state.endpointAnswers, endpointAnswers) << when;
+  };
+  start();
+  readUntil("No connection is to be protected.");
+  world().outside().give("tunnel.quillmar.live", Outside::answer);
+  EXPECT_TRUE(DeviceWorld::resolvConfBecomes("nameserver 10.9.9.1\n"));
+  expect("not set up", Connection::absent, Asked::silent, Asked::silent, Asked::anotherAnswers, false);
+  world().addProfile(endpoint.url());
+  expect("off", Connection::off, Asked::silent, Asked::silent, Asked::anotherAnswers, false);
+  world().nmcli({"connection", "up", DeviceWorld::profile});
+  EXPECT_TRUE(DeviceWorld::resolvConfBecomes("nameserver 198.18.53.53\n"));
+  expect("on", Connection::on, Asked::tunnelAnswers, Asked::tunnelAnswers, Asked::tunnelAnswers, true);
+  world().changeEndpoint("https://127.0.0.1:1/");
+  readUntil("Asks 127.0.0.1:1.");
+  expect("no endpoint", Connection::on, Asked::tunnelAnswers, Asked::tunnelAnswers, Asked::tunnelAnswers,
+         false);
+  EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
+  auto killed = doctor::readTunnelConnection(world().bus().address(), serviceType);
+  doctor::askQuestions(killed);
+  EXPECT_EQ(killed.atTunnel, Asked::refused);
+  EXPECT_EQ(killed.elsewhere, Asked::refused);
+  EXPECT_EQ(killed.bySystem, Asked::silent);
+}
+
+TEST_F(TunnelDevice, lets_the_doctor_see_the_network_below) {
+  using Network = doctor::TunnelState::Network;
+  const auto network = [] {
+    world().nmcli({"networking", "connectivity", "check"});
+    return doctor::readTunnelConnection(world().bus().address(), "any.tunnel").network;
+  };
+  EXPECT_EQ(network(), Network::limited) << "nobody is at the address of the check";
+  {
+    RunningProgram portal(
+        endingWithTheTest({"ip", "netns", "exec", "outside", "python3", "-uc",
+                           "from http.server import *\n"
+                           "server = HTTPServer(('10.9.9.1', 8080), SimpleHTTPRequestHandler)\n"
+                           "print('serves')\nserver.serve_forever()"}));
+    EXPECT_EQ(portal.readLine(), "serves");
+    EXPECT_EQ(network(), Network::portal);
+  }
+  world().nmcli({"connection", "down", "wire"});
+  EXPECT_EQ(network(), Network::none);
 }
 
 TEST_F(TunnelDevice, puts_its_rules_back) {

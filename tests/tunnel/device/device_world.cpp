@@ -141,7 +141,8 @@ void DeviceWorld::writeFiles() const {
   writePrivately(file("profiles") / "wire.nmconnection", wireProfile);
   std::ofstream(file("manager.conf"))
       << "[main]\nplugins=keyfile\ndns=default\nno-auto-default=*\nrc-manager=file\nauth-polkit=false\n"
-      << "[keyfile]\nunmanaged-devices=interface-name:c0\npath=" << file("profiles").string() << "\n";
+      << "[keyfile]\nunmanaged-devices=interface-name:c0\npath=" << file("profiles").string()
+      << "\n[connectivity]\nuri=http://10.9.9.1:8080/\ninterval=3600\n";
 }
 
 void DeviceWorld::startManager() {
