@@ -1,5 +1,6 @@
 #include "sandbox/program.h"
 
+#include <boost/asio/ip/address_v4.hpp>
 #include <csignal>
 #include <iostream>
 
@@ -26,7 +27,8 @@ command_line::Program programFor(Given& given) {
   return {
       .name = "quillmar-sandbox",
       .about =
-          "The stand-in service, on this machine only. Runs until SIGINT or SIGTERM, and first writes a line "
+          "The stand-in service, on this machine only unless told otherwise. Runs until SIGINT or SIGTERM, "
+          "and first writes a line "
           "with its addresses.",
       .commands = {{.name = "approve",
                     .help =
@@ -35,6 +37,13 @@ command_line::Program programFor(Given& given) {
                     .arguments = {{.name = "CODE", .take = to(given.code)}}}},
       .options =
           {
+              {"--listen", "ADDRESS", "Answer at this IPv4 address (127.0.0.1), for other machines to reach",
+               [&options](std::string_view text) {
+                 boost::system::error_code problem;
+                 boost::asio::ip::make_address_v4(text, problem);
+                 options.address = text;
+                 return !problem;
+               }},
               {"--port", "PORT", "Answer HTTP there (8790); 0 for any free one",
                within(options.port, 0, highestPort)},
               {"--tls-port", "PORT", "Answer HTTPS there (8791); 0 for any free one",

@@ -41,8 +41,8 @@ class TemporaryDirectory {
   std::filesystem::path path_;
 };
 
-std::string address(std::string_view scheme, int port) {
-  return std::string{scheme} + "127.0.0.1:" + std::to_string(port);
+std::string rootAt(std::string_view scheme, const std::string& address, int port) {
+  return std::string{scheme} + address + ":" + std::to_string(port);
 }
 
 // Adds queries for the online devices until it is destroyed.
@@ -137,7 +137,7 @@ class Service::Implementation {
       return Failure{"The directory " + directory.string() + " can't be made."};
     }
 
-    auto certificates = certificatesIn(directory);
+    auto certificates = certificatesIn(directory, options.address);
     if (!certificates) {
       return Failure{certificates.failure()};
     }
@@ -152,14 +152,16 @@ class Service::Implementation {
   }
 
   std::optional<Failure> connect(const Options& options, Clock clock) {
-    auto server = HttpServer::bind({.port = options.port, .tlsPort = options.tlsPort}, certificates_);
+    auto server = HttpServer::bind(
+        {.address = options.address, .port = options.port, .tlsPort = options.tlsPort}, certificates_);
     if (!server) {
       return Failure{server.failure()};
     }
     server_ = std::move(*server);
 
     world_.emplace(*database_, faultInjector_, recorder_,
-                   Addresses{address("http://", server_->port()), address("https://", server_->tlsPort())},
+                   Addresses{rootAt("http://", options.address, server_->port()),
+                             rootAt("https://", options.address, server_->tlsPort())},
                    std::move(clock));
     world_->upstream = options.upstream;
     world_->seed = options.seed;

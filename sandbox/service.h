@@ -16,7 +16,8 @@
 namespace quillmar::sandbox {
 
 struct Options {
-  int port = 0;  // 0: any free port
+  std::string address = "127.0.0.1";  // IPv4, of this computer
+  int port = 0;                       // 0: any free port
   int tlsPort = 0;
   std::optional<std::filesystem::path> data{};  // database and certificates; nullopt: in memory
   Seed seed = Seed::empty;                      // the content of a new database
@@ -24,7 +25,7 @@ struct Options {
   std::optional<std::string> upstream{};        // a DNS server that resolves allowed names
 };
 
-// The whole stand-in service on two loopback ports, until it is destroyed. Thread-safe. Several can run in
+// The whole stand-in service on two ports, until it is destroyed. Thread-safe. Several can run in
 // one process.
 class Service {
  public:

@@ -78,19 +78,20 @@ Certificate newAuthority(EVP_PKEY* key) {
   return complete ? std::move(authority) : nullptr;
 }
 
-Certificate newCertificate(EVP_PKEY* key, X509* authority, EVP_PKEY* authorityKey) {
+Certificate newCertificate(EVP_PKEY* key, X509* authority, EVP_PKEY* authorityKey,
+                           const std::string& address) {
+  const std::string names = "DNS:localhost,IP:127.0.0.1,IP:::1,IP:" + address;
   auto certificate = blank("localhost", key);
   if (!certificate) {
     return nullptr;
   }
   X509_set_issuer_name(certificate.get(), X509_get_subject_name(authority));
-  const bool complete =
-      extend(certificate.get(), authority, NID_basic_constraints, "critical,CA:FALSE") &&
-      extend(certificate.get(), authority, NID_key_usage, "critical,digitalSignature") &&
-      extend(certificate.get(), authority, NID_ext_key_usage, "serverAuth") &&
-      extend(certificate.get(), authority, NID_authority_key_identifier, "keyid") &&
-      extend(certificate.get(), authority, NID_subject_alt_name, "DNS:localhost,IP:127.0.0.1,IP:::1") &&
-      X509_sign(certificate.get(), authorityKey, EVP_sha256()) > 0;
+  const bool complete = extend(certificate.get(), authority, NID_basic_constraints, "critical,CA:FALSE") &&
+                        extend(certificate.get(), authority, NID_key_usage, "critical,digitalSignature") &&
+                        extend(certificate.get(), authority, NID_ext_key_usage, "serverAuth") &&
+                        extend(certificate.get(), authority, NID_authority_key_identifier, "keyid") &&
+                        extend(certificate.get(), authority, NID_subject_alt_name, names.c_str()) &&
+                        X509_sign(certificate.get(), authorityKey, EVP_sha256()) > 0;
   return complete ? std::move(certificate) : nullptr;
 }
 
@@ -112,7 +113,7 @@ bool store(const std::filesystem::path& path, mode_t mode, Write write) {
   return !error;
 }
 
-bool stillGood(const Certificates& files) {
+bool stillGood(const Certificates& files, const std::string& address) {
   const File file{std::fopen(files.certificate.c_str(), "r"), &std::fclose};
   if (!file || !std::filesystem::exists(files.authority) || !std::filesystem::exists(files.key)) {
     return false;
@@ -122,10 +123,11 @@ bool stillGood(const Certificates& files) {
     return false;
   }
   std::time_t soon = std::time(nullptr) + renewal;
-  return X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0;
+  return X509_cmp_time(X509_get0_notAfter(certificate.get()), &soon) > 0 &&
+         X509_check_ip_asc(certificate.get(), address.c_str(), 0) == 1;
 }
 
-bool make(const Certificates& files) {
+bool make(const Certificates& files, const std::string& address) {
   const auto authorityKey = newKey();
   const auto key = newKey();
   if (!authorityKey || !key) {
@@ -133,7 +135,7 @@ bool make(const Certificates& files) {
   }
   const auto authority = newAuthority(authorityKey.get());
   const auto certificate =
-      authority ? newCertificate(key.get(), authority.get(), authorityKey.get()) : nullptr;
+      authority ? newCertificate(key.get(), authority.get(), authorityKey.get(), address) : nullptr;
   if (!certificate) {
     return false;
   }
@@ -150,9 +152,9 @@ bool make(const Certificates& files) {
 
 }  // namespace
 
-Outcome<Certificates> certificatesIn(const std::filesystem::path& directory) {
+Outcome<Certificates> certificatesIn(const std::filesystem::path& directory, const std::string& address) {
   const Certificates files{directory / "ca.pem", directory / "server.pem", directory / "server.key"};
-  if (stillGood(files) || make(files)) {
+  if (stillGood(files, address) || make(files, address)) {
     return files;
   }
   return Failure{"No certificate could be made in " + directory.string() + "."};

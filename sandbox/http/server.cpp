@@ -91,10 +91,10 @@ class HttpServer::Implementation {
     SSL_CTX_set_min_proto_version(context_.native_handle(), TLS1_2_VERSION);
     SSL_CTX_set_alpn_select_cb(context_.native_handle(), chooseProtocol, nullptr);
     workers_ = settings.workers;
-    if (auto failure = bind(plain_, settings.port)) {
+    if (auto failure = bind(plain_, settings.address, settings.port)) {
       return failure;
     }
-    return bind(tls_, settings.tlsPort);
+    return bind(tls_, settings.address, settings.tlsPort);
   }
 
   void open(Handler handler) {
@@ -115,10 +115,12 @@ class HttpServer::Implementation {
   int tlsPort() const { return tls_.local_endpoint().port(); }
 
  private:
-  static std::optional<Failure> bind(tcp::acceptor& acceptor, int port) {
-    const tcp::endpoint address{net::ip::address_v4::loopback(), static_cast<unsigned short>(port)};
+  static std::optional<Failure> bind(tcp::acceptor& acceptor, const std::string& host, int port) {
     boost::system::error_code error;
-    acceptor.open(address.protocol(), error);
+    const tcp::endpoint address{net::ip::make_address_v4(host, error), static_cast<unsigned short>(port)};
+    if (!error) {
+      acceptor.open(address.protocol(), error);
+    }
     if (!error) {
       acceptor.set_option(tcp::acceptor::reuse_address{true}, error);
     }

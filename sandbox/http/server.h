@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "sandbox/http/certificates.h"
 #include "sandbox/http/message.h"
@@ -8,11 +9,12 @@
 
 namespace quillmar::sandbox {
 
-// Serves HTTP/1.1 on a loopback port and HTTPS (HTTP/1.1 and HTTP/2) on another. The handler runs on several
-// worker threads at once.
+// Serves HTTP/1.1 on a port of one address and HTTPS (HTTP/1.1 and HTTP/2) on another. The handler runs on
+// several worker threads at once.
 class HttpServer {
  public:
   struct Settings {
+    std::string address = "127.0.0.1";
     int port = 0;  // 0: any free port
     int tlsPort = 0;
     std::size_t workers = 4;

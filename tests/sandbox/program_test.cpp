@@ -37,7 +37,7 @@ struct Addresses {
 Addresses addressesIn(const std::string& line) {
   std::smatch found;
   const std::regex form{
-      "quillmar-sandbox (http://127\\.0\\.0\\.1:\\d+) (https://127\\.0\\.0\\.1:\\d+) ca=(/.+)"};
+      "quillmar-sandbox (http://127\\.0\\.0\\.[12]:\\d+) (https://127\\.0\\.0\\.[12]:\\d+) ca=(/.+)"};
   EXPECT_TRUE(std::regex_match(line, found, form)) << line;
   return {found[1], found[2], found[3]};
 }
@@ -109,6 +109,7 @@ TEST_F(Program, says_what_is_wrong_with_its_options) {
            {{"--port"}, "the option '--port' needs a value."},
            {{"--port", "x"}, "the option '--port' can't be 'x'."},
            {{"--port", "70000"}, "the option '--port' can't be '70000'."},
+           {{"--listen", "example.org"}, "the option '--listen' can't be 'example.org'."},
            {{"--tls-port", "-1"}, "the option '--tls-port' can't be '-1'."},
            {{"--seed", "much"}, "the option '--seed' can't be 'much'."},
            {{"--sead", "demo"}, "there is no option '--sead'."},
@@ -185,6 +186,16 @@ TEST_F(Program, approves_a_code_from_the_command_line) {
   const auto alone = runCommand({program, "approve", code, "--port", port});
   EXPECT_EQ(alone.status, 1);
   EXPECT_THAT(alone.errors, testing::HasSubstr("Is it running?"));
+}
+
+TEST_F(Program, answers_at_the_address_that_it_is_told) {
+  RunningProgram running{command({"--listen", "127.0.0.2"})};
+  const auto service = addressesIn(running.readLine());
+  EXPECT_THAT(service.secure, testing::StartsWith("https://127.0.0.2:"));
+  EXPECT_EQ(runCommand({"curl", "--silent", "--fail", "--cacert", service.ca, "--max-time", "30",
+                        service.secure + "/sandbox/requests"})
+                .status,
+            0);
 }
 
 TEST_F(Program, keeps_its_data_and_its_certificates_from_one_run_to_the_next) {

@@ -98,7 +98,7 @@ std::string contents(const std::filesystem::path& file) {
   return text.str();
 }
 
-TEST(Certificates, are_reused_and_replaced_if_damaged) {
+TEST(Certificates, are_reused_and_replaced_if_damaged_or_for_another_address) {
   const std::filesystem::path directory = testing::TempDir() + "quillmar-certificates";
   std::filesystem::create_directories(directory);
   const auto first = certificatesIn(directory);
@@ -115,6 +115,11 @@ TEST(Certificates, are_reused_and_replaced_if_damaged) {
             .status,
         0);
   }
+  ASSERT_TRUE(certificatesIn(directory, "192.0.2.1"));
+  EXPECT_EQ(runCommand({"openssl", "verify", "-x509_strict", "-verify_ip", "192.0.2.1", "-CAfile",
+                        first->authority, first->certificate})
+                .status,
+            0);
   std::ofstream{first->certificate} << "no certificate";
   ASSERT_TRUE(certificatesIn(directory));
   EXPECT_EQ(runCommand({"openssl", "verify", "-x509_strict", "-CAfile", first->authority, first->certificate})
