@@ -19,53 +19,13 @@
 #include <stdexcept>
 #include <utility>
 
+#include "testing/machine/layout.h"
 #include "tunnel/dns/address_records.h"
 
 namespace quillmar::tunnel::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Addresses of the outside beside the router's: any server that somebody may have set by hand.
-constexpr const char* layOut = R"(
-set -e
-mount --make-rprivate /
-mount -t sysfs -o ro sysfs /sys
-mkdir -p /run/netns /run/NetworkManager /var/lib/NetworkManager
-for folder in /run/netns /run/NetworkManager /var/lib/NetworkManager; do mount -t tmpfs none $folder; done
-mkdir /run/NetworkManager/etc
-mkdir /run/NetworkManager/etc/upper /run/NetworkManager/etc/work
-mount -t overlay overlay -o lowerdir=/etc,upperdir=/run/NetworkManager/etc/upper,workdir=/run/NetworkManager/etc/work /etc
-mkdir -p /etc/NetworkManager/VPN
-rm -f /etc/resolv.conf
-sed -i /^quillmar-tunnel:/d /etc/passwd
-echo 'hosts: files dns' >/etc/nsswitch.conf
-for each in all default; do echo 0 >/proc/sys/net/ipv6/conf/$each/accept_dad; done
-ip link set lo up
-ip netns add outside
-ip link add v0 type veth peer name v1 netns outside
-ip link set v0 up
-ip netns exec outside sh -ec '
-  for each in all default v1; do echo 0 >/proc/sys/net/ipv6/conf/$each/accept_dad; done
-  ip link set lo up; ip link set v1 up
-  ip address add 10.9.9.1/24 dev v1; ip address add 192.0.2.53/32 dev lo
-  ip -6 address add 2001:db8:9::1/64 dev v1; ip -6 address add fe80::1/64 dev v1
-  ip -6 address add 2001:db8:53::53/128 dev lo'
-)";
-
-constexpr const char* wireProfile = R"([connection]
-id=wire
-uuid=11111111-2222-3333-4444-555555555555
-type=ethernet
-interface-name=v0
-[ipv4]
-method=manual
-address1=10.9.9.2/24,10.9.9.1
-dns=10.9.9.1;
-[ipv6]
-method=manual
-address1=2001:db8:9::2/64,2001:db8:9::1
-)";
 
 void writePrivately(const fs::path& path, const std::string& text) {
   std::ofstream(path) << text;
@@ -124,7 +84,7 @@ void DeviceWorld::enterNamespaces() const {
   if (::unshare(CLONE_NEWNET | CLONE_NEWNS) != 0) {
     throw std::runtime_error("no namespaces");
   }
-  const auto result = runCommand({"sh"}, layOut);
+  const auto result = runCommand({"sh"}, machine::layOut);
   if (result.status != 0) {
     throw std::runtime_error("the machine can't be laid out: " + result.errors);
   }
@@ -138,7 +98,7 @@ void DeviceWorld::writeFiles() const {
       << "[VPN "
          "Connection]\nname=quillmar-tunnel\nservice=live.quillmar.quillmar.PacketTunnel\nprogram=/bin/"
          "false\n";
-  writePrivately(file("profiles") / "wire.nmconnection", wireProfile);
+  writePrivately(file("profiles") / "wire.nmconnection", machine::wireProfile);
   std::ofstream(file("manager.conf"))
       << "[main]\nplugins=keyfile\ndns=default\nno-auto-default=*\nrc-manager=file\nauth-polkit=false\n"
       << "[keyfile]\nunmanaged-devices=interface-name:c0\npath=" << file("profiles").string()

@@ -6,13 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "testing/machine/outside.h"
 #include "testing/temporary_directory.h"
 #include "tests/platform/private_bus.h"
-#include "tests/tunnel/device/outside.h"
 #include "tests/tunnel/support/messages.h"
 #include "tunnel/dns/reply.h"
 
 namespace quillmar::tunnel::test {
+
+using machine::Outside;
 
 // A Linux machine with a wire to the outside, a NetworkManager on a bus of its own, and nothing else; this
 // process is on it. It begins with the object and ends with the process.

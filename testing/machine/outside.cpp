@@ -1,4 +1,4 @@
-#include "tests/tunnel/device/outside.h"
+#include "testing/machine/outside.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -11,18 +11,24 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <stdexcept>
 #include <string_view>
 
-#include "tests/tunnel/support/messages.h"
 #include "tunnel/dns/query.h"
+#include "tunnel/dns/reply.h"
+#include "tunnel/dns/wire.h"
 
-namespace quillmar::tunnel::test {
+namespace quillmar::machine {
 namespace {
 
+using namespace tunnel;
+
 constexpr std::uint16_t markPort = 9;
+// Reached only where something is broken.
+constexpr std::chrono::seconds patience{30};
 
 std::string dotted(std::string_view wire) {
   std::string name;
@@ -56,6 +62,25 @@ std::pair<int, std::string_view> transportOf(std::string_view frame) {
     return {packet[6], packet.substr(ip6Header)};
   }
   return {};
+}
+
+// The address, to a question for IPv4; nothing, to another.
+std::string replyWith(const Query& query, const std::string& address) {
+  constexpr std::size_t answersAt = 6;
+  constexpr std::uint32_t life = 300;
+  in_addr bytes{};
+  ::inet_pton(AF_INET, address.c_str(), &bytes);
+  auto reply = emptyReply(query, rcode::noError);
+  if (query.question.type == type::a) {
+    reply += query.question.name;
+    append16(reply, query.question.type);
+    append16(reply, internetClass);
+    append32(reply, life);
+    append16(reply, sizeof bytes);
+    reply.append(reinterpret_cast<const char*>(&bytes), sizeof bytes);
+    put16(reply, answersAt, 1);
+  }
+  return reply;
 }
 
 // Calls with the thread's network being another one.
@@ -142,6 +167,9 @@ void Outside::take(const std::string& frame) {
   }
   const auto port = get16(transport, 2);
   const std::scoped_lock lock(mutex_);
+  if (protocol == IPPROTO_TCP) {
+    follow(transport);
+  }
   if (port == 53 || port == 853) {
     const bool isUdp = protocol == IPPROTO_UDP;
     seen_.push_back((isUdp ? "udp " : "tcp ") + std::to_string(port) +
@@ -152,6 +180,46 @@ void Outside::take(const std::string& frame) {
   }
 }
 
+void Outside::follow(std::string_view segment) {
+  constexpr std::size_t headerSizeAt = 12;
+  constexpr std::size_t flagsAt = 13;
+  constexpr unsigned fin = 1;
+  constexpr unsigned syn = 2;
+  constexpr unsigned reset = 4;
+  if (segment.size() <= flagsAt) {
+    return;
+  }
+  const auto byteAt = [&](std::size_t place) { return static_cast<unsigned char>(segment[place]); };
+  const unsigned flags = byteAt(flagsAt);
+  const std::size_t headerSize = std::size_t{byteAt(headerSizeAt)} / 16 * 4;
+  auto& conversation = conversations_[get16(segment, 0)];
+  if ((flags & syn) != 0) {
+    conversation.port = get16(segment, 2);
+    conversation.hasEnded = false;
+  }
+  conversation.sent += (flags & syn) != 0 || segment.size() > headerSize ? 1 : 0;
+  conversation.hasEnded = conversation.hasEnded || (flags & (fin | reset)) != 0;
+  changed_.notify_all();
+}
+
+int Outside::sentTo(std::uint16_t port) {
+  const std::scoped_lock lock(mutex_);
+  int sent = 0;
+  for (const auto& [from, conversation] : conversations_) {
+    sent += conversation.port == port ? conversation.sent : 0;
+  }
+  return sent;
+}
+
+bool Outside::seesAllEnd(std::uint16_t port) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, patience, [&] {
+    return std::ranges::all_of(conversations_, [&](const auto& known) {
+      return known.second.port != port || known.second.hasEnded;
+    });
+  });
+}
+
 std::vector<std::string> Outside::seenInClear(const std::function<void(const std::string&)>& mark) {
   std::unique_lock lock(mutex_);
   const auto token = "mark " + std::to_string(++lastMark_);
@@ -159,7 +227,7 @@ std::vector<std::string> Outside::seenInClear(const std::function<void(const std
   mark(token);
   lock.lock();
   // One over each family.
-  if (!changed_.wait_for(lock, std::chrono::seconds(30), [&] { return marks_[token] == 2; })) {
+  if (!changed_.wait_for(lock, patience, [&] { return marks_[token] == 2; })) {
     return {"the marks did not come"};
   }
   return seen_;
@@ -196,15 +264,7 @@ void Outside::serve() {
     if (address.empty()) {
       continue;
     }
-    in_addr bytes{};
-    ::inet_pton(AF_INET, address.c_str(), &bytes);
-    AnswerText text{.name = name, .type = query->question.type};
-    text.answers =
-        query->question.type == type::a
-            ? std::vector<RecordText>{{.data = std::string(reinterpret_cast<const char*>(&bytes), 4)}}
-            : std::vector<RecordText>{};
-    auto reply = answerText(text);
-    put16(reply, 0, query->id);
+    auto reply = replyWith(*query, address);
     // From the address that was asked, which is what the control message holds.
     iovec sent{reply.data(), reply.size()};
     received.msg_iov = &sent;
@@ -212,4 +272,4 @@ void Outside::serve() {
   }
 }
 
-}  // namespace quillmar::tunnel::test
+}  // namespace quillmar::machine

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <atomic>
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
-namespace quillmar::tunnel::test {
+namespace quillmar::machine {
 
 // The other end of the machine's wire, in a network namespace of its own: sees every packet that leaves the
 // machine, and answers plain DNS at any of its addresses, with an address that no endpoint gives.
@@ -32,10 +32,23 @@ class Outside {
   std::vector<std::string> seenInClear(const std::function<void(const std::string& token)>& mark);
   void forget();
 
+  // How often the machine has sent something to this TCP port: it began a connection, or said something on
+  // one.
+  int sentTo(std::uint16_t port);
+  // Waits until all its connections to this port have ended; false after a while.
+  bool seesAllEnd(std::uint16_t port);
+
  private:
+  struct Conversation {
+    std::uint16_t port = 0;
+    int sent = 0;
+    bool hasEnded = false;
+  };
+
   void capture();
   void serve();
   void take(const std::string& frame);
+  void follow(std::string_view segment);
 
   int packets_ = -1;
   int server_ = -1;
@@ -44,10 +57,11 @@ class Outside {
   std::condition_variable changed_;
   std::vector<std::string> seen_;
   std::map<std::string, int> marks_;
+  std::map<std::uint16_t, Conversation> conversations_;  // by the machine's port
   std::map<std::string, std::string> addresses_;
   int lastMark_ = 0;
   std::thread capturing_;
   std::thread serving_;
 };
 
-}  // namespace quillmar::tunnel::test
+}  // namespace quillmar::machine
