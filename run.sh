@@ -2,7 +2,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-usage="usage: ./run.sh [--demo] [--pictures]
+usage="usage: ./run.sh [--demo] [--pictures] [--real]
 Shows the main job against a stand-in service on this computer: a parent signs up, a child's device is enrolled and
 protected, and what it asks for is on the parent's screen, where it can be blocked. Installs and builds what that needs.
 With a display it opens a parent's and a child's window side by side. Without one it walks the same journey offscreen
@@ -10,15 +10,19 @@ and leaves a picture of each step in out/pictures/.
 
   --demo      start with a family that has children, devices and traffic
   --pictures  walk the journey offscreen even with a display, and draw every screen in each of its states as well
+  --real      walk the journey with a child's computer of its own: NetworkManager, the tunnel program and a service beyond
+              its wire, in namespaces. It takes root, and touches nothing of this computer
   --help      show this and end"
 
 seed=(--seed empty)
 demo=
 pictures=
+real=
 for option in "$@"; do
   case $option in
     --demo) demo=yes seed=(--seed demo --traffic) ;;
     --pictures) pictures=yes ;;
+    --real) real=yes ;;
     --help) echo "$usage"; exit ;;
     *) printf 'run.sh: there is no option “%s”.\n%s\n' "$option" "$usage" >&2; exit 2 ;;
   esac
@@ -120,6 +124,19 @@ walk_offscreen() {
   wait "$!"
 }
 
+# The walk starts all that it needs, and ends it.
+walk_real() {
+  local walk=("$tools/walk/quillmar-walk" --real out/pictures)
+  build_targets "Building the journey, the tunnel and the stand-in service" quillmar-walk quillmar-agent quillmar-sandbox quillmar-tunnel
+  echo "The journey with a computer of its own:"
+  if [ "$(id -u)" -eq 0 ]; then
+    aside "${walk[@]}"
+    wait "$!"
+  else
+    sudo "${walk[@]}"  # in the foreground, where it can ask for the password
+  fi
+}
+
 draw_all() {
   build_targets "Building what draws every screen" quillmar-pictures
   echo "Every screen in each of its states:"
@@ -127,7 +144,13 @@ draw_all() {
   wait "$!"
 }
 
-if [ -z "$pictures" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+count_pictures() { echo "$(find out/pictures -name '*.png' | wc -l) pictures are in out/pictures/."; }
+
+if [ -n "$real" ]; then
+  walk_real
+  [ -z "$pictures" ] || draw_all
+  count_pictures
+elif [ -z "$pictures" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
   build_targets "Building the window and the stand-in service" quillmar quillmar-browse quillmar-sandbox
   start_service
   show_windows
@@ -136,5 +159,5 @@ else
   start_service
   walk_offscreen
   [ -z "$pictures" ] || draw_all
-  echo "$(find out/pictures -name '*.png' | wc -l) pictures are in out/pictures/."
+  count_pictures
 fi

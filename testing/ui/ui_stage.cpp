@@ -58,7 +58,7 @@ SteppedAnimations::SteppedAnimations() {
   endless_.start();
 }
 
-UiStage::UiStage(const Options& options) : application(options.stored, options.network) {
+UiStage::UiStage(const Options& options) : application(options.stored, options.network, options.makeTunnel) {
   desktop.setWishes(options.desktop);
   followLook();
   window_ =

@@ -46,6 +46,7 @@ class UiStage {
   struct Options {
     StoredSettings stored{};
     std::optional<TestApplication::Network> network{};
+    TestApplication::MakeTunnel makeTunnel{};
     QSize size{390, 844};
     DesktopSettings::Wishes desktop{.dark = false};
   };
