@@ -12,8 +12,8 @@
 
 namespace quillmar::tunnel {
 
-// Connects to the first of several addresses that takes it. Each gets a head start over the next one, which a
-// failure cuts short.
+// Connects to several addresses and keeps the first connection that succeeds. The next attempt begins after
+// a head start, or when an attempt fails.
 class AddressRace : public std::enable_shared_from_this<AddressRace> {
  public:
   static constexpr std::chrono::milliseconds headStart{250};
@@ -22,7 +22,7 @@ class AddressRace : public std::enable_shared_from_this<AddressRace> {
   AddressRace(boost::asio::io_context& context, TcpEndpoints endpoints, Won won);
 
   void start() { startNext(); }
-  // Nobody is told how it ends.
+  // `won` is not called any more.
   void cancel();
 
  private:

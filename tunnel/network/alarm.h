@@ -8,13 +8,13 @@
 
 namespace quillmar::tunnel {
 
-// The one timer of those who say when they want to be woken. It is moved only to an earlier time: most of
-// what is waited for comes before its deadline, and a timer that is moved costs a system call.
+// One timer for all deadlines. It is only ever moved to an earlier time, because most answers arrive before
+// their deadline and moving a timer costs a system call.
 class Alarm {
  public:
   explicit Alarm(boost::asio::io_context& context) : timer_(context) {}
 
-  // It goes off by making the context's loop turn once; whoever runs that looks at the time.
+  // When it expires, the context's loop runs once, and its owner checks the time.
   void setFor(Time now, std::optional<Time> time);
 
  private:

@@ -18,13 +18,13 @@ namespace {
 using boost::asio::ip::tcp;
 using ErrorCode = boost::system::error_code;
 
-// Of one TLS record, so that one read mostly takes all that there is.
+// The size of a TLS record, so that one read usually takes everything.
 constexpr std::size_t readSize = std::size_t{17} * 1024;
 constexpr std::size_t writeSize = std::size_t{16} * 1024;
 
 }  // namespace
 
-// Lives for as long as an operation of the network still holds it; once stopped it tells nothing.
+// Kept alive by its pending network operations. After `stop` it reports nothing.
 class Http2Connection::Session : public std::enable_shared_from_this<Session> {
  public:
   Session(boost::asio::io_context& context, std::shared_ptr<const Route> route, ConnectionEvents& events)
@@ -58,7 +58,7 @@ class Http2Connection::Session : public std::enable_shared_from_this<Session> {
   std::shared_ptr<AddressRace> race_;
   tcp::socket socket_;
   TlsConnection tls_;
-  std::optional<Http2Session> http_;  // once TLS is there
+  std::optional<Http2Session> http_;  // after the TLS handshake
   ConnectionEvents* events_;
   std::array<char, readSize> incoming_{};
   std::array<char, readSize> plain_{};
@@ -67,7 +67,7 @@ class Http2Connection::Session : public std::enable_shared_from_this<Session> {
 };
 
 void Http2Connection::Session::start() {
-  // Nothing may be told before whoever connects has its connection.
+  // No event may come before the caller has its connection.
   boost::asio::post(context_, [self = shared_from_this()] {
     self->route_->bootstrap.find(self->route_->endpoint, [self](ErrorCode error, TcpEndpoints endpoints) {
       if (error) {
@@ -179,7 +179,7 @@ void Http2Connection::Session::flush() {
   }
 }
 
-// Whether there is something to be written.
+// Whether there is anything to write.
 bool Http2Connection::Session::gather() {
   if (http_) {
     const auto outgoing = http_->takeOutgoing(writeSize);
@@ -195,7 +195,7 @@ bool Http2Connection::Session::gather() {
   return !outgoing_.empty();
 }
 
-// Mostly there is room for all of it at once, and then nobody has to be called back.
+// The socket usually accepts everything at once, and no callback is needed.
 void Http2Connection::Session::write() {
   ErrorCode error;
   const auto size = socket_.write_some(boost::asio::buffer(outgoing_), error);

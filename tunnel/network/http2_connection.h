@@ -11,15 +11,15 @@
 
 namespace quillmar::tunnel {
 
-// What all connections to one endpoint share.
+// What all connections to an endpoint share.
 struct Route {
   Endpoint endpoint;
   std::unique_ptr<TlsClient> tls;
   Bootstrap& bootstrap;
 };
 
-// DNS over HTTPS (RFC 8484) on one HTTP/2 connection over TLS. The context and the route's bootstrap have to
-// outlive it.
+// A connection for DNS over HTTPS (RFC 8484): HTTP/2 over TLS over TCP. The context and the route's
+// bootstrap have to outlive it.
 class Http2Connection final : public Connection {
  public:
   Http2Connection(boost::asio::io_context& context, std::shared_ptr<const Route> route,

@@ -12,14 +12,14 @@
 
 namespace quillmar::tunnel {
 
-// The endpoint's addresses without the system's resolver, which asks this program: what is known and still
-// good, then what the servers of the link say, then what was good last. The last one stands behind the
-// others, too: it is tried if those take no connection.
+// Finds the endpoint's addresses without the system's resolver, which uses this program. It returns
+// addresses that were found before, or else those that the link's name servers give. The address that
+// worked last is added at the end.
 class LinkBootstrap final : public Bootstrap {
  public:
-  // Which servers the link has; they may be told at once, later or never.
+  // Asks for the link's name servers. The answer may come before this returns, later, or never.
   using Servers = std::function<void(std::function<void(NameServers)>)>;
-  // The address at which each host was reached last.
+  // The last address that worked, by host.
   using LastGood = std::map<std::string, boost::asio::ip::address>;
   using Reached = std::function<void(const std::string& host, const boost::asio::ip::address&)>;
 

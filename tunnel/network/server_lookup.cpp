@@ -16,7 +16,7 @@ using boost::system::error_code;
 
 constexpr std::size_t largestReply = 4096;
 
-// Nobody beside the server may guess it.
+// Unpredictable, so that others can't forge answers.
 std::uint16_t randomId() {
   std::array<unsigned char, 2> bytes{};
   RAND_bytes(bytes.data(), bytes.size());
@@ -36,7 +36,7 @@ ip::address addressFrom(const std::string& bytes) {
 
 }  // namespace
 
-// One server, and what it has said.
+// A server and its answers.
 struct ServerLookup::Asked {
   Asked(boost::asio::io_context& context, ip::udp::endpoint from)
       : server(std::move(from)), socket(context) {}
@@ -143,7 +143,7 @@ void ServerLookup::end(Result result) {
   if (const auto done = std::exchange(done_, nullptr)) {
     turn_.cancel();
     end_.cancel();
-    // What one family says is better than nothing.
+    // The addresses of one family are better than none.
     for (const auto& asked : asked_) {
       for (const auto& reply : asked->replies) {
         if (result.addresses.empty() && reply) {

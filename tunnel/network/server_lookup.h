@@ -16,8 +16,8 @@ namespace quillmar::tunnel {
 
 using NameServers = std::vector<boost::asio::ip::udp::endpoint>;
 
-// Asks plain DNS servers for the addresses of one name, by messages of our own: the first server at once, the
-// next one when it is late. The first that answers for both families, and knows an address, decides.
+// Looks up the addresses of a name at plain DNS servers. It asks the next server when one is late or fails.
+// The first server that has answered for both families, with an address, decides.
 class ServerLookup : public std::enable_shared_from_this<ServerLookup> {
  public:
   struct Result {
@@ -31,7 +31,7 @@ class ServerLookup : public std::enable_shared_from_this<ServerLookup> {
 
   ServerLookup(boost::asio::io_context& context, NameServers servers, Done done);
 
-  // `done` is not called before this has returned.
+  // `done` is called after this has returned.
   void start(const std::string& host);
 
  private:

@@ -18,13 +18,13 @@ using boost::asio::ip::tcp;
 using ErrorCode = boost::system::error_code;
 
 constexpr std::size_t lengthSize = 2;
-// A client that does not read its answers is not read either.
+// Limits for a client that does not read its answers. At a limit no more queries are read from it.
 constexpr std::size_t mostUnanswered = 128;
 constexpr std::size_t mostUnsent = std::size_t{256} * 1024;
 constexpr std::chrono::milliseconds pauseOfAccepting{100};
 
 class Client;
-// The one that was silent for the longest stands first.
+// The connection that was idle for the longest is the first.
 using Clients = std::list<std::shared_ptr<Client>>;
 
 class Client : public std::enable_shared_from_this<Client> {
@@ -100,7 +100,7 @@ class Client : public std::enable_shared_from_this<Client> {
   void take(const std::string& message) {
     stayAlive();
     ++unanswered_;
-    // What is met with silence has its reply dropped unused.
+    // If there is no answer, `reply` is destroyed without being called.
     auto ticket = std::shared_ptr<void>(nullptr, [self = shared_from_this()](void*) { self->answered(); });
     answering_(message, [self = shared_from_this(), ticket = std::move(ticket)](const std::string& reply) {
       self->send(reply);
@@ -146,7 +146,7 @@ class Client : public std::enable_shared_from_this<Client> {
                              });
   }
 
-  // A client that has said all may still wait for its answers.
+  // A client that has shut down its side may still wait for answers.
   void goOn() {
     if (hasEnded_ && unanswered_ == 0 && !isWriting_ && unsent_.empty()) {
       close();
@@ -213,14 +213,15 @@ class TcpListener::Acceptance : public std::enable_shared_from_this<Acceptance> 
     std::make_shared<Client>(std::move(socket), answering_, clients_, idle_)->start();
   }
 
-  // The one that was silent for the longest; one that waits for an answer only if all do.
+  // Closes the connection that was idle for the longest. One that waits for an answer is closed only if all
+  // do.
   void closeOne() {
     const auto idle = std::ranges::find_if(clients_, [](const auto& client) { return !client->isWaiting(); });
     const auto client = idle == clients_.end() ? clients_.front() : *idle;
     client->close();
   }
 
-  // Out of descriptors, for one: it will not be better at once.
+  // For example without free descriptors. Trying again at once would fail again.
   void acceptLater() {
     pause_.start(pauseOfAccepting, [self = shared_from_this()] { self->accept(); });
   }

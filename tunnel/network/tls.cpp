@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view http2 = "h2";
 constexpr std::array<unsigned char, 3> offeredProtocols{2, 'h', '2'};
 
-// OpenSSL's queue of errors is one for each thread and keeps what nobody reads.
+// Also clears OpenSSL's error queue, which is per thread and would keep old errors.
 std::string lastError() {
   const char* reason = ERR_reason_error_string(ERR_peek_last_error());
   ERR_clear_error();
@@ -101,7 +101,7 @@ TlsClient::TlsClient(OpenSslPointer<SSL_CTX> context) : context_(std::move(conte
   SSL_CTX_sess_set_new_cb(made, [](SSL* tls, SSL_SESSION* session) {
     auto& client = *static_cast<TlsClient*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(tls)));
     client.session_.reset(session);
-    return 1;  // it is ours now
+    return 1;  // this takes ownership of the session
   });
 }
 

@@ -5,7 +5,7 @@
 
 namespace quillmar::tunnel {
 
-// A connection with what is known of it.
+// A connection and its state.
 class DohUpstream::Link final : public ConnectionEvents {
  public:
   enum class State { connecting, open, closing };
@@ -126,7 +126,7 @@ void DohUpstream::connect(Time now) { current_ = std::make_unique<Link>(*this, n
 void DohUpstream::opened(Time now, Link& link) {
   link.state = Link::State::open;
   failed_.reset();
-  // One that takes no more requests still answers what it has; one that was given up has had its time.
+  // A closing connection still answers its open questions. One that was given up is dropped.
   if (old_ && old_->state == Link::State::open) {
     const auto left = openOn(old_.get());
     old_.reset();
@@ -135,8 +135,8 @@ void DohUpstream::opened(Time now, Link& link) {
   sendAll(now);
 }
 
-// A slow network is not a dead one: what was given up and speaks after all is quicker than what is being
-// made.
+// If a connection that was given up receives data before the new one is open, it was only slow and is used
+// again.
 void DohUpstream::heard(Time now, const Link& link) {
   const bool isMissed = !current_ || current_->state == Link::State::connecting;
   if (isMissed && &link == old_.get() && link.state == Link::State::open) {
@@ -218,7 +218,7 @@ void DohUpstream::closing(Time now, Link& link) {
   retire(now);
 }
 
-// What was left on the one before loses its place.
+// Questions that are still open on the connection before the last are sent again.
 void DohUpstream::retire(Time now) {
   const auto before = std::exchange(old_, std::move(current_));
   if (before) {
@@ -234,8 +234,7 @@ void DohUpstream::ended(Time now, Link& link, const Failure& failure) {
   if (!wasConnecting && !gone->hasAnswered) {
     ++emptyLinks_;
   }
-  // An endpoint that takes connections and answers nothing on them is asked no quicker than one that takes
-  // none.
+  // An endpoint that accepts connections but answers nothing is tried as rarely as one that refuses them.
   if (wasConnecting || (wasCurrent && emptyLinks_ >= mostAttempts)) {
     holdDown(*gone, failure);
     failAll(now, left, failure);
@@ -271,7 +270,7 @@ std::vector<Ticket> DohUpstream::openOn(const Link* link) const {
   return tickets;
 }
 
-// When the connection's oldest question has been without an answer for too long.
+// When the oldest question on the connection has waited too long for an answer.
 std::optional<Time> DohUpstream::suspicionTime() const {
   const auto oldest =
       std::ranges::find_if(open_, [&](const auto& each) { return each.second.link == current_.get(); });

@@ -10,16 +10,16 @@
 
 namespace quillmar::tunnel {
 
-// The endpoint that is asked, and how one takes another's place: the new one's connection is made first, and
-// what is open on the old one ends there. Told the time with every call, as the resolver is.
+// The current endpoint, and the change to another one: the new connection is made first, and open questions
+// are finished at the old endpoint. Every call passes the time, as for the resolver.
 class Upstreams final : public Upstream {
  public:
-  // `changed` is called whenever the answers so far are no longer those of the endpoint that is asked.
+  // `changed` is called when earlier answers no longer come from the current endpoint.
   explicit Upstreams(std::function<void()> changed) : changed_(std::move(changed)) {}
 
-  // From the moment on at which its connection stands, or can't be made.
+  // Takes effect when the new connection is open, or has failed.
   void take(Time now, Connect connect);
-  // Asks nobody any more; what is open ends where it is.
+  // No endpoint from now on. Open questions are finished.
   void takeNone();
   void networkChanged(Time now);
 

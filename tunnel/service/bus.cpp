@@ -10,10 +10,10 @@
 namespace quillmar::tunnel {
 namespace {
 
-// NetworkManager answers within milliseconds or is in trouble.
+// NetworkManager normally answers within milliseconds.
 constexpr std::chrono::seconds patience{5};
 
-// Asio closes what it is given; the bus keeps its own.
+// Asio closes its descriptor, so it gets a duplicate of the bus's.
 int copyOf(int descriptor) { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); }
 
 }  // namespace

@@ -12,16 +12,16 @@
 
 namespace quillmar::tunnel {
 
-// The system's message bus on a context's thread.
+// The system message bus, handled on the context's thread.
 class Bus {
  public:
-  // Throws sdbus::Error where there is none.
+  // Throws sdbus::Error if there is no bus.
   explicit Bus(boost::asio::io_context& context);
 
   sdbus::IConnection& connection() { return *connection_; }
 
-  // Takes what has come and waits for more; to be called whenever the context has done something. Throws
-  // sdbus::Error once the bus is gone.
+  // Handles received messages and waits for more. To be called after each handler of the context. Throws
+  // sdbus::Error when the bus has disconnected.
   void process();
 
  private:

@@ -37,7 +37,7 @@ void Service::run() {
   }
 }
 
-// Called by NetworkManager also while protection is on: it may have been away in the meantime.
+// NetworkManager may call this while protection is on, if it was restarted.
 void Service::connect(const ConnectionSettings& settings) {
   shallActivate_ = false;
   const auto profile = profileFrom(settings);
@@ -81,7 +81,7 @@ void Service::ask(const std::string& endpoint, const std::string& authority) {
 }
 
 void Service::lift() {
-  // The device last: without it the rules would refuse what is asked in between.
+  // The device is removed last, since without it the rules would refuse DNS.
   if (const auto problem = liftRedirection(); !problem.empty()) {
     tell_("The rules can't be lifted: " + problem + '.');
   }
@@ -122,7 +122,7 @@ void Service::managerCame() {
   activateWherePossible();
 }
 
-// Once there is a way out. NetworkManager does not do that by itself for a VPN.
+// NetworkManager does not activate a VPN by itself. Waits for a link to the outside.
 void Service::activateWherePossible() {
   if (!shallActivate_) {
     return;
@@ -133,10 +133,10 @@ void Service::activateWherePossible() {
   }
   const auto profile = std::ranges::find_if(*profiles, &Profile::isEnabled);
   if (profile == profiles->end()) {
-    // One that starts may not have read them yet.
+    // A NetworkManager that is starting may not have read them yet.
     if (manager_.hasStarted()) {
       shallActivate_ = false;
-      // An earlier run may have left rules that nobody wants any more.
+      // An earlier run may have left rules that are no longer wanted.
       lift();
       tell_("No connection is to be protected.");
     }

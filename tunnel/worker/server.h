@@ -18,14 +18,14 @@
 
 namespace quillmar::tunnel {
 
-// How the endpoint is reached.
+// What connections to the endpoint need.
 struct Outgoing {
   std::unique_ptr<TlsClient> tls;
   std::unique_ptr<Bootstrap> bootstrap;
 };
 
-// Listeners, resolver and upstream put together, on one thread. It opens nothing but connections to the
-// endpoint: the sockets that it answers at are handed to it.
+// Listeners, resolver and upstream together, on one thread. It gets its listening sockets from the caller,
+// and opens only connections to the endpoint.
 class Server {
  public:
   Server(boost::asio::io_context& context, std::vector<Sockets> sockets, Outgoing outgoing,
@@ -33,12 +33,12 @@ class Server {
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  // Asks this endpoint from now on; nobody, if there is none.
+  // Uses this endpoint from now on, or none.
   void take(const std::optional<Endpoint>& endpoint);
   // Does not wait until connections that may be dead are missed.
   void networkChanged();
 
-  // Serves until the context is stopped.
+  // Runs until the context is stopped.
   void run();
 
  private:
