@@ -15,10 +15,15 @@ Page {
     spacing: Theme.section
 
     EmptyState {
+        visible: rest.screen.content === "list"
         symbol: "person.2.fill"
-        heading: rest.screen.content === "list" ? qsTr("Choose a child") : ""
-        text: rest.screen.content === "list" ? qsTr("Devices, controls and activity appear here.") : ""
+        heading: qsTr("Choose a child")
+        text: qsTr("Devices, controls and activity appear here.")
         Layout.fillWidth: true
+    }
+    Logo {
+        visible: rest.screen.content !== "list"
+        Layout.alignment: Qt.AlignHCenter
     }
     GroupedSection {
         visible: rest.screen.content !== "loading"
