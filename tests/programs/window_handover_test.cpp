@@ -19,12 +19,8 @@ namespace quillmar {
 namespace {
 
 namespace fs = std::filesystem;
-using sandbox::test::CommandResult;
-using sandbox::test::runCommand;
-using sandbox::test::RunningProgram;
-using test::operator+;
-using test::programFor;
-using test::Words;
+using namespace sandbox::test;
+using namespace test;
 using testing::HasSubstr;
 
 // A desktop with a display, on which the programs run as a person would start them.
