@@ -202,8 +202,13 @@ class TheChecker(unittest.TestCase):
                 self.assertEqual(1, len(found), found)
                 self.assertTrue(found[0].startswith(f"{name}:3: "), found)
 
+    def assert_each_has_one_fault(self, cases):
+        for name, line in cases:
+            with self.subTest(name=name, line=line):
+                self.assertEqual(1, len(self.faults_of(name, line)))
+
     def test_finds_a_platform_in_the_core(self):
-        for name, line in [
+        self.assert_each_has_one_fault([
             ("child/a.cpp", "#include <thread>"),
             ("client/a.cpp", "#include <filesystem>"),
             ("app/a.cpp", "#include <fstream>"),
@@ -222,19 +227,15 @@ class TheChecker(unittest.TestCase):
             ("tunnel/dns/a.cpp", "#include <arpa/inet.h>"),
             ("tunnel/resolver/a.cpp", "#include <thread>"),
             ("tunnel/resolver/a.cpp", "  const auto now = std::chrono::steady_clock::now();"),
-        ]:
-            with self.subTest(name=name, line=line):
-                self.assertEqual(1, len(self.faults_of(name, line)))
+        ])
 
     def test_finds_a_header_that_brings_the_parser(self):
-        for name, line in [
+        self.assert_each_has_one_fault([
             ("client/a.h", '#include "foundation/json_decode.h"'),
             ("console/deep/a.h", '#include "foundation/json_decode.h"'),
             ("testing/a.h", '#include "foundation/json_decode.h"'),
             ("foundation/a.h", "#include <simdjson.h>"),
-        ]:
-            with self.subTest(name=name, line=line):
-                self.assertEqual(1, len(self.faults_of(name, line)))
+        ])
 
     def test_leaves_the_arrows_that_point_down(self):
         for name, line in [
