@@ -69,7 +69,7 @@ bool succeeds(const QString& program, const QStringList& words) {
   return RealMachine::run(program, words).status == 0;
 }
 
-// The line that holds this text, or the reason why it does not come.
+// Waits for a line that holds this text. Throws what the program says instead.
 std::string await(QProcess& program, const char* text) {
   std::string said;
   while (program.canReadLine() || program.waitForReadyRead(patience)) {
