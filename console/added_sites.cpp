@@ -18,8 +18,8 @@ struct ListFace {
 };
 
 constexpr auto listFaces =
-    std::to_array<ListFace>({{PolicyList::allowed, "Allowed ", "checkmark.circle.fill", "brandGreen"},
-                             {PolicyList::blocked, "Blocked ", "nosign", "brandRed"}});
+    std::to_array<ListFace>({{PolicyList::allowed, "Allowed", "checkmark.circle.fill", "brandGreen"},
+                             {PolicyList::blocked, "Blocked", "nosign", "brandRed"}});
 
 const ListFace& faceOf(PolicyList list) { return *std::ranges::find(listFaces, list, &ListFace::list); }
 
@@ -28,8 +28,8 @@ const ListFace& faceOf(PolicyList list) { return *std::ranges::find(listFaces, l
 AddedSiteRow::AddedSiteRow(PolicyList list, const std::string& domain, Dispatch& dispatch, Reaction onUndo,
                            Reaction onTimeout)
     : ObservableObject("AddedSiteRow"),
+      verb(*this, "verb", faceOf(list).verb),
       domain(*this, "domain", domain),
-      text(*this, "text", std::string(faceOf(list).verb) + domain),
       icon(*this, "icon", faceOf(list).icon),
       iconColor(*this, "iconColor", faceOf(list).color),
       list_(list),

@@ -23,8 +23,8 @@ class AddedSiteRow final : public ObservableObject {
   AddedSiteRow(PolicyList list, const std::string& domain, Dispatch& dispatch, Reaction onUndo,
                Reaction onTimeout);
 
+  Text verb;
   Text domain;
-  Text text;
   Text icon;
   Text iconColor;
   Text undoTitle{*this, "undoTitle", "Undo"};

@@ -24,11 +24,15 @@ class Engine final : public QQmlEngine {
   // Null if no camera picture is shown.
   CameraFrames* cameraFrames() const { return cameraFrames_; }
   void setCameraFrames(CameraFrames* frames) { cameraFrames_ = frames; }
+  // The bridge of the notices; null if the program shows none.
+  QObject* notices() const { return notices_; }
+  void setNotices(QObject* notices) { notices_ = notices; }
 
  private:
   const QREncoder& qrEncoder_;
   QtWindowStyle& windowStyle_;
   CameraFrames* cameraFrames_ = nullptr;
+  QObject* notices_ = nullptr;
 };
 
 }  // namespace quillmar::ui

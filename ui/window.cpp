@@ -53,20 +53,26 @@ void rememberSize(const QString& file, const QWindow& window) {
   }
 }
 
+// A pointer that does not own the object.
+std::shared_ptr<ObservableObject> borrowed(ObservableObject& object) {
+  return {std::shared_ptr<void>(), &object};
+}
+
 }  // namespace
 
 struct Window::Parts {
   Parts(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle& style, Options givenOptions)
       : options(std::move(givenOptions)),
         engine(qrEncoder, style),
-        // A pointer that does not own the root, which is borrowed.
-        bridge(std::shared_ptr<ObservableObject>(std::shared_ptr<void>(), &root)) {}
+        bridge(borrowed(root)),
+        notices(options.notices ? std::make_unique<ModelBridge>(borrowed(*options.notices)) : nullptr) {}
 
   Options options;
   // Listing the fonts takes about as long as loading the QML modules, so both run in parallel.
   std::jthread fonts{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
   Engine engine;
   ModelBridge bridge;
+  std::unique_ptr<ModelBridge> notices;
   std::unique_ptr<QObject> window;
 };
 
@@ -78,6 +84,7 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   parts_ = std::make_unique<Parts>(root, qrEncoder, style, std::move(options));
   auto& engine = parts_->engine;
   engine.setCameraFrames(parts_->options.cameraFrames);
+  engine.setNotices(parts_->notices.get());
   engine.addImportPath(QStringLiteral("qrc:/"));
 #ifdef QUILLMAR_QML_FOLDER
   static SourceFiles sources(QStringLiteral(QUILLMAR_QML_FOLDER));

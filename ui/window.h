@@ -32,6 +32,8 @@ class Window {
     BiometricPrompt* biometricPrompt = nullptr;
     // The camera's picture, if there may be a camera.
     CameraFrames* cameraFrames = nullptr;
+    // The notices outside the window, whose switch is on a screen.
+    ObservableObject* notices = nullptr;
   };
 
   Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle& style, Options options);

@@ -11,6 +11,7 @@
 #include "app/quillmar_app.h"
 #include "app/session/role_manager.h"
 #include "child/child_app_state.h"
+#include "child/protection_notices.h"
 #include "command_line/command_line.h"
 #include "command_line/standard_streams.h"
 #include "platform/common/authority_file.h"
@@ -32,6 +33,7 @@
 #include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_scene_phase.h"
 #include "ui/bridge/shown_text.h"
+#include "ui/notice_switch.h"
 #include "ui/window.h"
 
 namespace {
@@ -110,12 +112,17 @@ int runWindow(const Options& options) {
   const quillmar::SignalWatch signals(machine.dispatch, [](int) { QGuiApplication::exit(0); });
   const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
-  quillmar::ui::Window window(
-      app.contentView(), machine.qrEncoder, machine.windowStyle,
-      {.geometryFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string()),
-       .permissionPrompt = &machine.permissionPrompt,
-       .biometricPrompt = &machine.biometricPrompt,
-       .cameraFrames = &machine.qrReader.frames()});
+  const QString windowFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string());
+  quillmar::ProtectionNotices notices(app.environment(), machine.notifications,
+                                      quillmar::ui::wantsNotices(windowFile));
+  const auto keepingWish =
+      notices.isOn.onChange([&] { quillmar::ui::keepWishForNotices(windowFile, notices.isOn()); });
+  quillmar::ui::Window window(app.contentView(), machine.qrEncoder, machine.windowStyle,
+                              {.geometryFile = windowFile,
+                               .permissionPrompt = &machine.permissionPrompt,
+                               .biometricPrompt = &machine.biometricPrompt,
+                               .cameraFrames = &machine.qrReader.frames(),
+                               .notices = &notices});
   const auto show = [&window](const std::string& token) { bringToFront(window, token); };
   control::ControlHandler handler(app.environment(),
                                   {.worker = control::Worker::window, .show = show, .yield = {}});
@@ -133,8 +140,13 @@ int runWindow(const Options& options) {
   // Closing the window must not end a child's protection. If an agent waits for the work, the process ends
   // and the agent goes on; otherwise this process goes on, and a second start shows its window again.
   QObject::connect(&window.quickWindow(), &QWindow::visibleChanged, [&](bool isVisible) {
-    if (!isVisible && (!protects(app) || control::isAgentWaiting(options.dataDirectory))) {
+    if (isVisible) {
+      return;
+    }
+    if (!protects(app) || control::isAgentWaiting(options.dataDirectory)) {
       QGuiApplication::quit();
+    } else {
+      notices.windowClosed();
     }
   });
   window.show();

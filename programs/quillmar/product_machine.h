@@ -20,6 +20,7 @@
 #include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_clipboard.h"
 #include "ui/adapters/qt_dispatch.h"
+#include "ui/adapters/qt_notifications.h"
 #include "ui/adapters/qt_qr_reader.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/biometric_prompt.h"
@@ -52,6 +53,7 @@ class ProductMachine {
   AbsentHaptics haptics;
   LinuxDeviceInfo deviceInfo;
   ui::QtClipboard clipboard;
+  ui::QtNotifications notifications;
   ui::DesktopSettings desktop;
   ui::QtWindowStyle windowStyle{desktop};
   QrencodeEncoder qrEncoder;

@@ -61,9 +61,9 @@ SteppedAnimations::SteppedAnimations() {
 UiStage::UiStage(const Options& options) : application(options.stored, options.network, options.makeTunnel) {
   desktop.setWishes(options.desktop);
   followLook();
-  window_ =
-      std::make_unique<Window>(application.app().contentView(), application.machine.qrEncoder, style,
-                               Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt});
+  window_ = std::make_unique<Window>(
+      application.app().contentView(), application.machine.qrEncoder, style,
+      Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt, .notices = &notices});
   window().resize(options.size);
   window_->show();
   window().requestActivate();

@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+#include "child/protection_notices.h"
+#include "testing/fake_notifications.h"
 #include "testing/test_application.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
@@ -59,6 +61,8 @@ class UiStage {
   DesktopSettings desktop;
   QtWindowStyle style{desktop};
   PermissionPrompt permissionPrompt;
+  FakeNotifications notifications;
+  ProtectionNotices notices{application.environment(), notifications, true};
 
   QQuickWindow& window() const { return window_->quickWindow(); }
   // Runs everything that is due and finishes all transitions.

@@ -16,7 +16,13 @@ struct TakingBack : ChildDetail {
   void openWithLists() { open({}, makePolicy(false, {"a.example"}, {"b.example"})); }
   PolicySection& policy() { return page().policySection; }
   const Rows<AddedSiteRow>& added() { return policy().addedSites.rows; }
-  Names offers() { return texts(added(), &AddedSiteRow::text); }
+  Names offers() {
+    Names all;
+    for (std::size_t i = 0; i < added().size(); ++i) {
+      all.push_back(added()[i].verb() + " " + added()[i].domain());
+    }
+    return all;
+  }
   void allow(const std::string& site) {
     policy().newDomain = site;
     policy().addAllowedSite();

@@ -9,10 +9,12 @@
 
 #include "platform/simulated/simulated_tunnel.h"
 #include "testing/fake_clipboard.h"
+#include "testing/fake_notifications.h"
 #include "testing/fake_qr_reader.h"
 #include "testing/memory_secure_items.h"
 #include "testing/virtual_dispatch.h"
 #include "tests/contracts/clipboard_contract.h"
+#include "tests/contracts/notifications_contract.h"
 #include "tests/contracts/qr_reader_contract.h"
 #include "tests/contracts/secure_item_store_contract.h"
 #include "tests/contracts/tunnel_service_contract.h"
@@ -103,7 +105,21 @@ class FakeReaderHarness final : public QRReaderHarness {
   FakeQRReader reader_{dispatch_};
 };
 
+class FakeDesktop final : public NotificationsHarness {
+ public:
+  Notifications& notifications() override { return notifications_; }
+  std::vector<Notification> visibleAfter(std::size_t calls) override {
+    EXPECT_EQ(notifications_.all.size(), calls);
+    return notifications_.visible;
+  }
+
+ private:
+  FakeNotifications notifications_;
+};
+
 INSTANTIATE_TEST_SUITE_P(Fake, ClipboardContract, testing::Values(factory<Clipboard, FakeClipboard>("fake")));
+INSTANTIATE_TEST_SUITE_P(Fake, NotificationsContract,
+                         testing::Values(factory<NotificationsHarness, FakeDesktop>("fake")));
 INSTANTIATE_TEST_SUITE_P(Fake, QRReaderContract,
                          testing::Values(factory<QRReaderHarness, FakeReaderHarness>("fake")));
 INSTANTIATE_TEST_SUITE_P(

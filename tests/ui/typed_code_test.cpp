@@ -14,9 +14,9 @@ namespace {
 struct TypedCode : testing::Test {
   TypedCode() : stage({.stored = signedInParent(), .size = {390, 1200}}) {
     openScanner(stage, CameraState::available);
-    http().answerAlways(
-        "POST", "/enrollment/complete", 200,
-        R"({"message":"done","device":)" + deviceJson("d9", "Laptop", "linux", false) + R"(,"doh_endpoint":"https://dns.example/d9"})");
+    http().answerAlways("POST", "/enrollment/complete", 200,
+                        R"({"message":"done","device":)" + deviceJson("d9", "Laptop", "linux", false) +
+                            R"(,"doh_endpoint":"https://dns.example/d9"})");
   }
   UiStage stage;
 

@@ -295,8 +295,15 @@ std::vector<Shot> childScenes() {
       {"child-undo", signedInParent(),
        [](UiStage& s) {
          auto& policy = openChild(s).policySection;
-         policy.addedSites.add(PolicyList::allowed, "homework.example");
-         policy.addedSites.add(PolicyList::blocked, std::string(250, 'w') + ".example");
+         const std::string longName = std::string(120, 'w') + ".example";
+         s.application.machine.http.answer(
+             "POST", "/children/c1/policy/allow", 200,
+             R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":[],"allowed_domains":["homework.example",")" +
+                 longName + R"("],"created_at":"c","updated_at":"u"})");
+         policy.newDomain = std::string("homework.example");
+         policy.addAllowedSite();
+         s.settle();
+         policy.addedSites.add(PolicyList::blocked, longName);
        }},
       {"child-unlink", signedInParent(),
        [](UiStage& s) { openChild(s).devicesSection.deviceRows[0].unlink(); }},

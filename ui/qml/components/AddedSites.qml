@@ -25,15 +25,16 @@ Column {
             id: site
 
             required property var modelData
+            readonly property string words: modelData.verb + " " + modelData.domain
 
             width: list.width
-            height: Math.max(Theme.target + 4, line.implicitHeight)
+            height: Math.max(Theme.target + 8, line.implicitHeight + Theme.gap)
             radius: Theme.corner
             color: Theme.raised
             border.width: 1
             border.color: Theme.separator
             Accessible.role: Accessible.AlertMessage
-            Accessible.name: modelData.text
+            Accessible.name: words
 
             Elevation {
                 z: -1
@@ -57,15 +58,27 @@ Column {
                     Layout.preferredWidth: 22
                     Layout.preferredHeight: 22
                 }
-                OneLine {
-                    line: site.modelData.text
-                    font: Theme.callout
-                    elide: Text.ElideMiddle
+                ColumnLayout {
+                    spacing: 2
                     Layout.fillWidth: true
-                    Accessible.ignored: true
+
+                    Label {
+                        text: site.modelData.verb
+                        font: Theme.footnote
+                        color: Theme.cardSecondaryText
+                        lineHeight: 1
+                        Accessible.ignored: true
+                    }
+                    OneLine {
+                        line: site.modelData.domain
+                        font: Theme.callout
+                        elide: Text.ElideMiddle
+                        Layout.fillWidth: true
+                        Accessible.ignored: true
+                    }
                 }
                 RowButton {
-                    text: site.modelData.undoTitle + ": " + site.modelData.text
+                    text: site.modelData.undoTitle + ": " + site.words
                     label: site.modelData.undoTitle
                     effect: site.modelData.undo
                 }

@@ -5,6 +5,7 @@ Page {
     id: page
 
     required property var screen
+    readonly property var notices: Notices.model
 
     topSpace: Theme.within
     spacing: Theme.gap
@@ -85,6 +86,19 @@ Page {
             symbol: "doc.on.doc.fill"
             text: page.screen.copyTitle
             effect: page.screen.copyDoHEndpoint
+        }
+    }
+
+    GroupedSection {
+        visible: page.notices !== null
+        header: page.notices?.section ?? ""
+        footer: page.notices?.caption ?? ""
+
+        ToggleRow {
+            first: true
+            text: page.notices?.title ?? ""
+            on: page.notices?.isOn ?? false
+            effect: page.notices?.flip ?? null
         }
     }
 

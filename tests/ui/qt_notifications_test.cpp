@@ -1,0 +1,297 @@
+#include "ui/adapters/qt_notifications.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QElapsedTimer>
+#include <QStringList>
+#include <QVariantMap>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "testing/temporary_directory.h"
+#include "tests/contracts/notifications_contract.h"
+#include "tests/platform/private_bus.h"
+
+namespace quillmar::ui {
+
+enum class Manner { answers, refuses, isSilent };
+
+// Shows what it is asked to, and answers in one manner.
+class FakeScreen : public QObject {
+ public:
+  FakeScreen(const QDBusConnection& bus, const QString& service, const QString& path)
+      : bus_(bus), service_(service) {
+    bus_.registerObject(path, this, QDBusConnection::ExportAllSlots);
+    bus_.registerService(service_);
+  }
+  // As the end of its program: a call without an answer fails.
+  ~FakeScreen() override { QDBusConnection::disconnectFromBus(bus_.name()); }
+
+  Manner manner = Manner::answers;
+  std::size_t calls = 0;
+  std::vector<Notification> visible;
+
+ protected:
+  void take(const QDBusMessage& call, const Notification& notification) {
+    ++calls;
+    call.setDelayedReply(manner != Manner::answers);
+    if (manner == Manner::refuses) {
+      bus_.send(
+          call.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.Failed"), QStringLiteral("no")));
+      return;
+    }
+    std::erase_if(visible, [&](const Notification& former) { return former.id == notification.id; });
+    visible.push_back(notification);
+  }
+
+ private:
+  QDBusConnection bus_;
+  const QString service_;
+};
+
+class FakeNotificationPortal final : public FakeScreen {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Notification")
+
+ public:
+  explicit FakeNotificationPortal(const QDBusConnection& bus)
+      : FakeScreen(bus, QStringLiteral("org.freedesktop.portal.Desktop"),
+                   QStringLiteral("/org/freedesktop/portal/desktop")) {}
+
+ public Q_SLOTS:
+  void AddNotification(const QString& id, const QVariantMap& notification, const QDBusMessage& call) {
+    take(call, {.id = id.toStdString(),
+                .title = notification.value("title").toString().toStdString(),
+                .body = notification.value("body").toString().toStdString()});
+  }
+};
+
+// A portal that knows other things only.
+class OtherPortal final : public FakeScreen {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+ public:
+  explicit OtherPortal(const QDBusConnection& bus)
+      : FakeScreen(bus, QStringLiteral("org.freedesktop.portal.Desktop"),
+                   QStringLiteral("/org/freedesktop/portal/desktop")) {}
+};
+
+// A notification service. It knows numbers, not ids; the first character of a title stands for its id.
+class FakeService final : public FakeScreen {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
+
+ public:
+  explicit FakeService(const QDBusConnection& bus)
+      : FakeScreen(bus, QStringLiteral("org.freedesktop.Notifications"),
+                   QStringLiteral("/org/freedesktop/Notifications")) {}
+
+  QString application;
+  std::vector<uint> replaced;
+
+ public Q_SLOTS:
+  uint Notify(const QString& name, uint replaces, const QString& /*icon*/, const QString& title,
+              const QString& body, const QStringList& /*actions*/, const QVariantMap& /*hints*/,
+              int /*timeout*/, const QDBusMessage& call) {
+    application = name;
+    replaced.push_back(replaces);
+    const uint number = replaces == 0 ? ++last_ : replaces;
+    take(call, {.id = std::to_string(number), .title = title.toStdString(), .body = body.toStdString()});
+    return number;
+  }
+
+ private:
+  uint last_ = 0;
+};
+
+namespace {
+
+bool waitUntil(const std::function<bool()>& done) {
+  constexpr qint64 farTooLong = 20'000;
+  QElapsedTimer elapsed;
+  elapsed.start();
+  while (!done() && !elapsed.hasExpired(farTooLong)) {
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+  }
+  return done();
+}
+
+// A bus of the test's own, with the program on it.
+class Bus {
+ public:
+  Bus() { EXPECT_TRUE(bus_.running()); }
+  ~Bus() { QDBusConnection::disconnectFromBus("program"); }
+  Bus(const Bus&) = delete;
+  Bus& operator=(const Bus&) = delete;
+
+  QDBusConnection connect(const QString& name) {
+    return QDBusConnection::connectToBus(QString::fromStdString(bus_.address()), name);
+  }
+
+ private:
+  TemporaryDirectory directory_;
+  PrivateBus bus_{directory_.path()};
+};
+
+// Waits until the program has had the answer to its call, by asking something else after it.
+void waitForAnswers() {
+  auto pending = QDBusConnection("program").asyncCall(QDBusMessage::createMethodCall(
+      "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"));
+  EXPECT_TRUE(waitUntil([&] { return pending.isFinished(); }));
+  QCoreApplication::processEvents();
+}
+
+template <class Screen>
+class Desktop final : public NotificationsHarness {
+ public:
+  Notifications& notifications() override { return notifications_; }
+  std::vector<Notification> visibleAfter(std::size_t calls) override {
+    EXPECT_TRUE(waitUntil([&] { return screen_.calls >= calls; }));
+    waitForAnswers();
+    EXPECT_EQ(screen_.calls, calls);
+    return named(screen_.visible);
+  }
+
+ private:
+  // A service's numbers follow the order in which the contract's ids first occur.
+  static std::vector<Notification> named(std::vector<Notification> visible) {
+    if constexpr (std::is_same_v<Screen, FakeService>) {
+      for (auto& notification : visible) {
+        notification.id = notification.id == "1" ? "a" : "b";
+      }
+    }
+    return visible;
+  }
+
+  Bus bus_;
+  QtNotifications notifications_{bus_.connect("program")};
+  Screen screen_{bus_.connect("screen")};
+};
+
+}  // namespace
+}  // namespace quillmar::ui
+
+namespace quillmar {
+namespace {
+
+INSTANTIATE_TEST_SUITE_P(
+    Qt, NotificationsContract,
+    testing::Values(factory<NotificationsHarness, ui::Desktop<ui::FakeNotificationPortal>>("portal"),
+                    factory<NotificationsHarness, ui::Desktop<ui::FakeService>>("service")));
+
+}  // namespace
+
+namespace ui {
+namespace {
+
+class OnABus : public testing::Test {
+ protected:
+  void startPortal() { portal = std::make_unique<FakeNotificationPortal>(bus.connect("portal")); }
+  void startService() { service = std::make_unique<FakeService>(bus.connect("service")); }
+  bool waitForService(std::size_t calls) {
+    const bool came = waitUntil([&] { return service->calls >= calls; });
+    waitForAnswers();
+    return came && service->calls == calls;
+  }
+  static Notification named(const std::string& title) { return {.id = "a", .title = title, .body = "body"}; }
+
+  Bus bus;
+  QtNotifications notifications{bus.connect("program")};
+  std::unique_ptr<FakeNotificationPortal> portal;
+  std::unique_ptr<FakeService> service;
+};
+
+TEST_F(OnABus, the_portal_is_preferred_and_nothing_is_shown_twice) {
+  startPortal();
+  startService();
+  notifications.show(named("one"));
+  ASSERT_TRUE(waitUntil([&] { return portal->calls == 1; }));
+  waitForAnswers();
+  EXPECT_EQ(portal->visible, std::vector{named("one")});
+  EXPECT_EQ(service->calls, 0U);
+}
+
+TEST_F(OnABus, without_a_portal_the_service_shows_it_under_our_name) {
+  startService();
+  notifications.show(named("one"));
+  ASSERT_TRUE(waitForService(1));
+  EXPECT_EQ(service->application, "Quillmar");
+  EXPECT_EQ(service->replaced, std::vector<uint>{0});
+}
+
+TEST_F(OnABus, a_portal_without_notifications_counts_as_none) {
+  const OtherPortal other(bus.connect("portal"));
+  startService();
+  notifications.show(named("one"));
+  EXPECT_TRUE(waitForService(1));
+}
+
+TEST_F(OnABus, a_portal_that_refuses_counts_as_none) {
+  startPortal();
+  startService();
+  portal->manner = Manner::refuses;
+  notifications.show(named("one"));
+  EXPECT_TRUE(waitForService(1));
+}
+
+TEST_F(OnABus, a_silent_portal_is_not_waited_for_and_what_it_took_is_not_shown_elsewhere) {
+  startPortal();
+  startService();
+  portal->manner = Manner::isSilent;
+  notifications.show(named("one"));
+  notifications.show(named("two"));
+  ASSERT_TRUE(waitUntil([&] { return portal->calls == 2; }));
+  // Its end fails both calls before the next one finds no portal.
+  portal.reset();
+  notifications.show(named("three"));
+  ASSERT_TRUE(waitForService(1));
+  EXPECT_EQ(service->visible.front().title, "three");
+}
+
+TEST_F(OnABus, a_silent_service_is_not_waited_for) {
+  startService();
+  service->manner = Manner::isSilent;
+  notifications.show(named("one"));
+  notifications.show(named("two"));
+  EXPECT_TRUE(waitForService(2));
+  EXPECT_EQ(service->replaced, (std::vector<uint>{0, 0}));
+}
+
+TEST_F(OnABus, a_service_that_starts_later_shows_what_comes_then) {
+  notifications.show(named("lost"));
+  waitForAnswers();
+  waitForAnswers();
+  startService();
+  notifications.show(named("seen"));
+  ASSERT_TRUE(waitForService(1));
+  EXPECT_EQ(service->visible.front().title, "seen");
+}
+
+TEST_F(OnABus, an_answer_after_the_adapters_end_is_ignored) {
+  startService();
+  {
+    QtNotifications brief(bus.connect("program"));
+    brief.show(named("one"));
+  }
+  waitForAnswers();
+  EXPECT_EQ(service->calls, 0U);
+}
+
+TEST(WithoutABus, nothing_is_shown) {
+  QtNotifications notifications{QDBusConnection("no bus")};
+  notifications.show({.id = "a", .title = "title", .body = "body"});
+  QCoreApplication::processEvents();
+}
+
+}  // namespace
+}  // namespace ui
+}  // namespace quillmar
+
+#include "qt_notifications_test.moc"
