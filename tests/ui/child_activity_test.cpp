@@ -97,6 +97,20 @@ TEST_F(ChildActivityPage, shows_the_number_of_the_bar_that_has_the_focus) {
   EXPECT_TRUE(stage.shows(expected)) << expected.toStdString();
 }
 
+TEST_F(ChildActivityPage, shows_the_number_of_the_bar_under_the_pointer_until_the_focus_moves) {
+  open();
+  const auto readout = [&](std::size_t hourOfDay) {
+    const auto& bar = screen().hourBars[hourOfDay];
+    return QString::fromStdString(bar.name() + ": " + bar.number());
+  };
+  stage.tabTo(hour("12_AM to 1_AM"));
+  stage.pointAt(middleOf(item(hour("6_PM to 7_PM"))));
+  EXPECT_TRUE(stage.shows(readout(18)));
+  stage.press(Qt::Key_Right);
+  EXPECT_TRUE(stage.shows(readout(1)));
+  EXPECT_FALSE(stage.shows(readout(18)));
+}
+
 TEST_F(ChildActivityPage, leads_from_a_bar_to_its_rows_by_key) {
   open();
   stage.tabTo(hour("12_AM to 1_AM"));

@@ -22,10 +22,11 @@ FocusScope {
     readonly property bool labelsFit: widestLabel + Theme.unit <= step * labelSpacing
     // The index of the bar that the Tab key reaches.
     property int current: 0
-    // The index of the bar at which the pointer or the focus is, or -1.
-    readonly property int pointed: pointer.index >= 0 ? pointer.index : activeFocus ? current : -1
+    // The index of the bar at which the pointer or the focus is, whichever moved last; or -1.
+    readonly property int pointed: activeFocus && (followsFocus || pointer.index < 0) ? current : pointer.index
+    property bool followsFocus: false
     // Its name and its number.
-    readonly property string readout: buttons.itemAt(pointed)?.readout ?? "" // qmllint disable missing-property
+    readonly property string readout: buttons.itemAt(pointed)?.readout ?? "" // qmllint disable type
     readonly property bool mirrored: LayoutMirroring.enabled
     readonly property real scaleWidth: Math.ceil(Math.max(topText.advanceWidth, middleText.advanceWidth)) + Theme.within
     readonly property real step: buttons.count > 0 ? (width - scaleWidth) / buttons.count : 0
@@ -125,6 +126,7 @@ FocusScope {
                 height: chart.height
                 focus: index === chart.current
                 activeFocusOnTab: index === chart.current
+                onActiveFocusChanged: if (activeFocus) chart.followsFocus = true
                 Keys.onRightPressed: chart.focusOn(chart.mirrored ? index - 1 : index + 1)
                 Keys.onLeftPressed: chart.focusOn(chart.mirrored ? index + 1 : index - 1)
                 Keys.onSpacePressed: choose(true)
@@ -201,6 +203,7 @@ FocusScope {
         height: parent.height
         hoverEnabled: true
         cursorShape: Qt.PointingHandCursor
+        onPositionChanged: chart.followsFocus = false
         onClicked: mouse => {
             chart.current = chart.indexAt(mouse.x)
             buttons.itemAt(chart.current).choose(false)

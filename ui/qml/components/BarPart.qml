@@ -1,5 +1,4 @@
 import QtQuick
-import Quillmar
 
 // One colour of a stacked bar, round at its top only.
 Item {

@@ -89,19 +89,20 @@ Pressable {
             Layout.fillWidth: true
 
             Row {
+                id: parts
                 anchors.left: parent.left
 
                 // What there is can be seen, however little it is.
                 function part(share) { return share > 0 ? Math.max(6, share * track.width) : 0 }
 
                 Rectangle {
-                    width: parent.part(row.bar.allowed) // qmllint disable missing-property
+                    width: parts.part(row.bar.allowed)
                     height: 6
                     radius: 3
                     color: Theme.blue
                 }
                 Rectangle {
-                    width: parent.part(row.bar.blocked) // qmllint disable missing-property
+                    width: parts.part(row.bar.blocked)
                     height: 6
                     radius: 3
                     color: Theme.red
