@@ -49,6 +49,10 @@ fs::path dataDirectory() {
   return absolutePathIn("XDG_DATA_HOME").value_or(homeDirectory() / ".local" / "share") / "quillmar";
 }
 
+fs::path stateDirectory() {
+  return absolutePathIn("XDG_STATE_HOME").value_or(homeDirectory() / ".local" / "state") / "quillmar";
+}
+
 fs::path configDirectory() { return absolutePathIn("XDG_CONFIG_HOME").value_or(homeDirectory() / ".config"); }
 
 std::optional<fs::path> runtimeDirectory() {

@@ -9,6 +9,9 @@ namespace quillmar {
 // ~/.local/share. Does not create it.
 std::filesystem::path dataDirectory();
 
+// The directory of what can be lost without harm: `quillmar` in $XDG_STATE_HOME, else in ~/.local/state.
+std::filesystem::path stateDirectory();
+
 // $XDG_CONFIG_HOME if that is an absolute path, else ~/.config.
 std::filesystem::path configDirectory();
 

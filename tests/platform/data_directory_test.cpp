@@ -37,6 +37,18 @@ TEST(DataDirectory, is_found_without_any_environment) {
   EXPECT_EQ(dataDirectory().filename(), "quillmar");
 }
 
+TEST(StateDirectory, is_in_the_xdg_directory_or_the_home_directory) {
+  const ScopedEnvironment home("HOME", "/home/ann");
+  {
+    const ScopedEnvironment state("XDG_STATE_HOME", "/state");
+    EXPECT_EQ(stateDirectory(), "/state/quillmar");
+  }
+  for (const char* value : {static_cast<const char*>(nullptr), "", "relative/path"}) {
+    const ScopedEnvironment state("XDG_STATE_HOME", value);
+    EXPECT_EQ(stateDirectory(), "/home/ann/.local/state/quillmar");
+  }
+}
+
 mode_t modeOf(const fs::path& file) {
   struct stat status {};
   EXPECT_EQ(stat(file.c_str(), &status), 0) << file;
