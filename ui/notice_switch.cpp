@@ -1,21 +1,22 @@
 #include "ui/notice_switch.h"
 
-#include <QSettings>
-#include <QString>
+#include <string>
+#include <string_view>
+
+#include "platform/common/state_file.h"
 
 namespace quillmar::ui {
 namespace {
 
-const auto wantedKey = QStringLiteral("notices/wanted");
+constexpr std::string_view row = "notices";
+constexpr std::string_view off = "off";
 
 }  // namespace
 
-bool wantsNotices(const QString& file) {
-  return QSettings(file, QSettings::IniFormat).value(wantedKey, true).toBool();
-}
+bool wantsNotices(const StateFile& file) { return file.value(row) != off; }
 
-void keepWishForNotices(const QString& file, bool wanted) {
-  QSettings(file, QSettings::IniFormat).setValue(wantedKey, wanted);
+void keepWishForNotices(const StateFile& file, bool wanted) {
+  file.write({{std::string(row), std::string(wanted ? "on" : off)}});
 }
 
 }  // namespace quillmar::ui

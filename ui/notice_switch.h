@@ -1,12 +1,14 @@
 #pragma once
 
-class QString;
+namespace quillmar {
+class StateFile;
+}
 
 namespace quillmar::ui {
 
-// Whether the person wants notices outside the window; kept in the window's file, because it is a wish of
+// Whether the person wants notices outside the window; kept among the window's rows, because it is a wish of
 // this desktop and not part of the installation. On at first.
-bool wantsNotices(const QString& file);
-void keepWishForNotices(const QString& file, bool wanted);
+bool wantsNotices(const StateFile& file);
+void keepWishForNotices(const StateFile& file, bool wanted);
 
 }  // namespace quillmar::ui

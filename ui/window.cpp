@@ -4,19 +4,22 @@
 #include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQuickWindow>
-#include <QRect>
-#include <QScreen>
-#include <QSettings>
+#include <QStringList>
+#include <algorithm>
 #include <thread>
 #include <utility>
 
+#include "platform/common/state_file.h"
+#include "presentation/key_commands.h"
 #include "ui/accessibility.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/biometric_prompt.h"
 #include "ui/bridge/model_bridge.h"
+#include "ui/bridge/shown_text.h"
 #include "ui/engine.h"
 #include "ui/items/look.h"
 #include "ui/permission_prompt.h"
+#include "ui/window_geometry.h"
 #ifdef QUILLMAR_QML_FOLDER
 #include "ui/source_files.h"
 #endif
@@ -27,30 +30,12 @@ void qml_register_types_Quillmar();
 namespace quillmar::ui {
 namespace {
 
-constexpr QSize firstSize(460, 860);
-const auto sizeKey = QStringLiteral("window/size");
-const auto maximizedKey = QStringLiteral("window/maximized");
-
-QSize rememberedSize(const QString& file, const QScreen* screen) {
-  const QSize size =
-      file.isEmpty() ? firstSize : QSettings(file, QSettings::IniFormat).value(sizeKey, firstSize).toSize();
-  return screen ? size.boundedTo(screen->availableSize()) : size;
-}
-
-bool wasMaximized(const QString& file) {
-  return !file.isEmpty() && QSettings(file, QSettings::IniFormat).value(maximizedKey).toBool();
-}
-
-void rememberSize(const QString& file, const QWindow& window) {
-  if (file.isEmpty()) {
-    return;
+QStringList keysOf(Command command) {
+  QStringList keys;
+  for (const auto key : std::ranges::find(keyBindings, command, &KeyBinding::command)->keys) {
+    keys.append(exactText(key));
   }
-  QSettings settings(file, QSettings::IniFormat);
-  const bool maximized = window.visibility() == QWindow::Maximized;
-  settings.setValue(maximizedKey, maximized);
-  if (!maximized) {
-    settings.setValue(sizeKey, window.size());
-  }
+  return keys;
 }
 
 // A pointer that does not own the object.
@@ -93,28 +78,39 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Quillmar/Main.qml")));
   parts_->window.reset(component.createWithInitialProperties(
       {{QStringLiteral("content"), QVariant::fromValue<QObject*>(&parts_->bridge)},
+       {QStringLiteral("closeKeys"), keysOf(Command::close)},
        {QStringLiteral("permissionPrompt"), QVariant::fromValue<QObject*>(parts_->options.permissionPrompt)},
        {QStringLiteral("biometricPrompt"), QVariant::fromValue<QObject*>(parts_->options.biometricPrompt)}}));
   window_ = qobject_cast<QQuickWindow*>(parts_->window.get());
   if (!window_) {
     qFatal("the window's own files are damaged: %s", qUtf8Printable(component.errorString()));
   }
-  window_->resize(rememberedSize(parts_->options.geometryFile, window_->screen()));
+  if (parts_->options.stateFile.empty()) {
+    window_->resize(firstWindowSize);
+  } else {
+    restoreGeometry(StateFile(parts_->options.stateFile), *window_);
+  }
   QObject::connect(window_, &QWindow::visibilityChanged, window_, [this](QWindow::Visibility visibility) {
     if (visibility == QWindow::Hidden) {
-      rememberSize(parts_->options.geometryFile, *window_);
+      keepState();
     }
   });
 }
 
 Window::~Window() {
   if (window_->isVisible()) {
-    rememberSize(parts_->options.geometryFile, *window_);
+    keepState();
+  }
+}
+
+void Window::keepState() const {
+  if (!parts_->options.stateFile.empty()) {
+    keepGeometry(StateFile(parts_->options.stateFile), *window_);
   }
 }
 
 void Window::show() {
-  if (wasMaximized(parts_->options.geometryFile)) {
+  if (window_->windowStates().testFlag(Qt::WindowMaximized)) {
     window_->showMaximized();
   } else {
     window_->show();

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QString>
-#include <functional>
+#include <filesystem>
 #include <memory>
 
 class QQuickWindow;
@@ -24,8 +23,8 @@ class QtWindowStyle;
 class Window {
  public:
   struct Options {
-    // The file that keeps the window's size; empty: the size is not kept.
-    QString geometryFile;
+    // Keeps the window's place and size; empty: they are not kept.
+    std::filesystem::path stateFile;
     // Shown in the window if the tunnel is simulated.
     PermissionPrompt* permissionPrompt = nullptr;
     // Shown while the fingerprint reader waits for a finger.
@@ -47,8 +46,9 @@ class Window {
   QQuickWindow& quickWindow() const { return *window_; }
 
  private:
-  class Geometry;
   struct Parts;
+
+  void keepState() const;
 
   std::unique_ptr<Parts> parts_;
   QQuickWindow* window_;

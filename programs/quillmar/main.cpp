@@ -1,6 +1,7 @@
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <QTextStream>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -16,6 +17,7 @@
 #include "command_line/standard_streams.h"
 #include "platform/common/authority_file.h"
 #include "platform/common/private_directory.h"
+#include "platform/common/state_file.h"
 #include "platform/linux/autostart.h"
 #include "platform/linux/data_directory.h"
 #include "platform/linux/libsecret_item_store.h"
@@ -32,7 +34,6 @@
 #include "programs/quillmar/window_application.h"
 #include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_scene_phase.h"
-#include "ui/bridge/shown_text.h"
 #include "ui/notice_switch.h"
 #include "ui/window.h"
 
@@ -104,6 +105,12 @@ quillmar::Subscription keepAutostart(QuillmarApp& app) {
   });
 }
 
+// What the window remembers of itself. An installation in a folder of its own has everything there.
+std::filesystem::path stateFile(const std::filesystem::path& dataDirectory) {
+  const bool isUsual = dataDirectory == quillmar::dataDirectory();
+  return (isUsual ? quillmar::stateDirectory() : dataDirectory) / "window.state";
+}
+
 int runWindow(const Options& options) {
   quillmar::ProductMachine machine(options);
   QuillmarApp app(machine.ports(), options.service ? quillmar::Deployments::all(*options.service)
@@ -112,13 +119,13 @@ int runWindow(const Options& options) {
   const quillmar::SignalWatch signals(machine.dispatch, [](int) { QGuiApplication::exit(0); });
   const auto autostart = isOrdinary(options) ? keepAutostart(app) : quillmar::Subscription();
 
-  const QString windowFile = quillmar::ui::exactText((options.dataDirectory / "window.ini").string());
+  const quillmar::StateFile state(stateFile(options.dataDirectory));
   quillmar::ProtectionNotices notices(app.environment(), machine.notifications,
-                                      quillmar::ui::wantsNotices(windowFile));
+                                      quillmar::ui::wantsNotices(state));
   const auto keepingWish =
-      notices.isOn.onChange([&] { quillmar::ui::keepWishForNotices(windowFile, notices.isOn()); });
+      notices.isOn.onChange([&] { quillmar::ui::keepWishForNotices(state, notices.isOn()); });
   quillmar::ui::Window window(app.contentView(), machine.qrEncoder, machine.windowStyle,
-                              {.geometryFile = windowFile,
+                              {.stateFile = stateFile(options.dataDirectory),
                                .permissionPrompt = &machine.permissionPrompt,
                                .biometricPrompt = &machine.biometricPrompt,
                                .cameraFrames = &machine.qrReader.frames(),

@@ -63,8 +63,11 @@ UiStage::UiStage(const Options& options) : application(options.stored, options.n
   followLook();
   window_ = std::make_unique<Window>(
       application.app().contentView(), application.machine.qrEncoder, style,
-      Window::Options{.geometryFile = {}, .permissionPrompt = &permissionPrompt, .notices = &notices});
-  window().resize(options.size);
+      Window::Options{
+          .stateFile = options.stateFile, .permissionPrompt = &permissionPrompt, .notices = &notices});
+  if (options.stateFile.empty()) {
+    window().resize(options.size);
+  }
   window_->show();
   window().requestActivate();
   settle();

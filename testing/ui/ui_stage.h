@@ -6,6 +6,7 @@
 #include <QSize>
 #include <QString>
 #include <QVariantAnimation>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -50,6 +51,8 @@ class UiStage {
     std::optional<TestApplication::Network> network{};
     TestApplication::MakeTunnel makeTunnel{};
     QSize size{390, 844};
+    // With such a file the window has the size that it remembers, instead of `size`.
+    std::filesystem::path stateFile{};
     DesktopSettings::Wishes desktop{.dark = false};
   };
 

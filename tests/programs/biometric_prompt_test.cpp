@@ -76,7 +76,7 @@ struct BiometricPromptTest : testing::Test {
   Window window{application.app().contentView(),
                 application.machine.qrEncoder,
                 style,
-                {.geometryFile = {}, .biometricPrompt = &prompt}};
+                {.stateFile = {}, .biometricPrompt = &prompt}};
 };
 
 TEST_F(BiometricPromptTest, nothing_is_created_before_the_reader_waits) {

@@ -4,10 +4,10 @@
 
 #include <QAccessible>
 #include <QQuickItem>
-#include <QSettings>
 #include <QSize>
 
 #include "child/child_home_view.h"
+#include "platform/common/state_file.h"
 #include "testing/temporary_directory.h"
 #include "testing/ui/ui_stage.h"
 
@@ -53,13 +53,20 @@ TEST_F(NoticeSwitch, a_screen_reader_turns_it_off) {
 
 TEST(KeptWish, is_on_at_first_and_survives_beside_the_windows_size) {
   const TemporaryDirectory directory;
-  const QString file = QString::fromStdString((directory.path() / "window.ini").string());
+  const StateFile file(directory.path() / "window.state");
   EXPECT_TRUE(wantsNotices(file));
-  QSettings(file, QSettings::IniFormat).setValue("window/size", QSize(400, 500));
+  file.write({{"size", "400 500"}});
   keepWishForNotices(file, false);
   EXPECT_FALSE(wantsNotices(file));
-  EXPECT_EQ(QSettings(file, QSettings::IniFormat).value("window/size").toSize(), QSize(400, 500));
+  EXPECT_EQ(file.value("size"), "400 500");
   keepWishForNotices(file, true);
+  EXPECT_TRUE(wantsNotices(file));
+}
+
+TEST(KeptWish, is_on_if_the_row_holds_something_else) {
+  const TemporaryDirectory directory;
+  const StateFile file(directory.path() / "window.state");
+  file.write({{"notices", "perhaps"}});
   EXPECT_TRUE(wantsNotices(file));
 }
 
