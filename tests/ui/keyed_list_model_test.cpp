@@ -129,5 +129,48 @@ TEST_F(KeyedListModelTest, an_index_outside_the_list_yields_nothing) {
   EXPECT_FALSE(model.at(1).isValid());
 }
 
+TEST_F(KeyedListModelTest, rows_side_by_side_go_and_come_in_one_step) {
+  model.assign(rows({"a", "b", "c", "d", "e", "f"}));
+  const QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
+  const QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+  model.assign(rows({"c"}));
+  EXPECT_EQ(removed.count(), 2);
+  model.assign(rows({"a", "b", "c", "d", "e", "f"}));
+  EXPECT_EQ(inserted.count(), 2);
+  EXPECT_EQ(shown(), (QStringList{"a", "b", "c", "d", "e", "f"}));
+}
+
+TEST_F(KeyedListModelTest, another_selection_has_its_own_order_even_while_held) {
+  model.assign(rows({"b"}));
+  model.setHeld(true);
+  model.assign(rows({"a", "b", "c"}), KeyedListModel::Change::selection);
+  EXPECT_EQ(shown(), (QStringList{"a", "b", "c"}));
+  model.assign(rows({"x", "a", "b", "c"}));
+  EXPECT_EQ(shown(), (QStringList{"a", "b", "c", "x"}));
+}
+
+TEST_F(KeyedListModelTest, tells_while_the_rows_of_another_selection_come) {
+  QList<bool> told;
+  QObject::connect(&model, &QAbstractItemModel::rowsInserted, [&] { told.append(model.isSelecting()); });
+  QObject::connect(&model, &KeyedListModel::assigned, [&] { told.append(model.isSelecting()); });
+  model.assign(rows({"a"}));
+  model.assign(rows({"a", "b"}), KeyedListModel::Change::selection);
+  EXPECT_EQ(told, (QList<bool>{false, false, true, true}));
+  EXPECT_FALSE(model.isSelecting());
+}
+
+TEST_F(KeyedListModelTest, what_a_view_gets_is_made_when_it_asks) {
+  int made = 0;
+  model.setMaking([&made](const QVariant& data) {
+    ++made;
+    return QVariant(data.toString() + "!");
+  });
+  model.assign(rows({"a", "b"}));
+  model.assign(rows({"b", "a"}));
+  EXPECT_EQ(made, 0);
+  EXPECT_EQ(shown(), (QStringList{"b!", "a!"}));
+  EXPECT_EQ(made, 2);
+}
+
 }  // namespace
 }  // namespace quillmar::ui

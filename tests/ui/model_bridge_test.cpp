@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 #include "tests/ui/support/bridged_model.h"
 
@@ -39,10 +41,15 @@ class Model final : public ScreenModel {
   Action<std::string, std::int64_t> add{*this, "add", [this](const std::string& id, std::int64_t number) {
                                           entries = {{id, static_cast<int>(number)}};
                                         }};
+  Action<std::int64_t> choose{*this, "choose",
+                              [this](std::int64_t place) { count = static_cast<int>(place); }};
   Part<Child> part{*this, "part"};
   Rows<Child> rows{*this, "rows"};
   Sheet<Child> showChild{*this, "showChild", [] { return std::make_shared<Child>(); }};
   Presented<Child> inPlace{*this, "inPlace", [] { return std::make_shared<Child>(); }};
+  ListFilter filter{*this};
+  FilteredRows found{*this, {.rows = "found", .noMatch = "noMatch", .searched = "name"}, rows, filter};
+  KeyCommands keys{*this, {{Command::refresh, signIn}, {Command::choose, choose}}};
 
   int evaluations = 0;
 };
@@ -297,6 +304,51 @@ TEST_F(ModelBridgeTest, presenting_again_creates_a_new_bridge) {
   model->showChild = true;
   turn();
   EXPECT_NE(nested("sheet"), first);
+}
+
+TEST_F(ModelBridgeTest, a_row_has_no_bridge_before_a_view_asks_for_it) {
+  const auto bridges = [this] { return bridge.findChildren<ModelBridge*>().size(); };
+  model->rows.assign({{"a", std::make_shared<Child>()}, {"b", std::make_shared<Child>()}});
+  turn();
+  EXPECT_EQ(bridges(), 0);
+  ASSERT_NE(asBridge(list("rows")->at(1)), nullptr);
+  EXPECT_EQ(bridges(), 1);
+  EXPECT_EQ(asBridge(list("rows")->at(1))->value("name"), "first");
+  EXPECT_EQ(bridges(), 1);
+}
+
+TEST_F(ModelBridgeTest, the_rows_that_a_filter_shows_are_in_their_order_even_while_held) {
+  const auto named = [](const char* name) {
+    const auto child = std::make_shared<Child>();
+    child->name = name;
+    return std::pair(std::string(name), child);
+  };
+  model->rows.assign({named("anna"), named("bob"), named("hanna")});
+  turn();
+  list("found")->setHeld(true);
+  assign("filterText", "bob");
+  turn();
+  EXPECT_EQ(list("found")->count(), 1);
+  assign("filterText", "");
+  turn();
+  ASSERT_EQ(list("found")->count(), 3);
+  EXPECT_EQ(asBridge(list("found")->at(0))->value("name"), "anna");
+}
+
+TEST_F(ModelBridgeTest, a_key_performs_its_action_while_that_is_enabled) {
+  EXPECT_EQ(action("signIn")->key(), "F5");
+  EXPECT_EQ(action("add")->key(), "");
+  EXPECT_FALSE(bridge.pressKey(Qt::Key_F5, Qt::NoModifier)) << "there is no email yet";
+  model->email = "a@b.example";
+  EXPECT_TRUE(bridge.pressKey(Qt::Key_F5, Qt::NoModifier));
+  EXPECT_EQ(model->count(), 1);
+  EXPECT_TRUE(bridge.pressKey(Qt::Key_R, Qt::ControlModifier));
+  EXPECT_EQ(model->count(), 2);
+  EXPECT_TRUE(bridge.pressKey(Qt::Key_7, Qt::ControlModifier | Qt::KeypadModifier));
+  EXPECT_EQ(model->count(), 6);
+  EXPECT_FALSE(bridge.pressKey(Qt::Key_R, Qt::NoModifier));
+  EXPECT_FALSE(bridge.pressKey(Qt::Key_Control, Qt::ControlModifier));
+  EXPECT_FALSE(bridge.pressKey(Qt::Key_Escape, Qt::NoModifier));
 }
 
 }  // namespace

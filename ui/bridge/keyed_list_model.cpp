@@ -20,16 +20,27 @@ void makeKeysUnique(std::vector<KeyedListModel::Row>& rows) {
   }
 }
 
+QSet<QString> keysOf(const std::vector<KeyedListModel::Row>& rows) {
+  QSet<QString> keys;
+  keys.reserve(static_cast<qsizetype>(rows.size()));
+  for (const auto& row : rows) {
+    keys.insert(row.key);
+  }
+  return keys;
+}
+
 }  // namespace
 
-void KeyedListModel::assign(std::vector<Row> rows) {
+void KeyedListModel::assign(std::vector<Row> rows, Change change) {
   makeKeysUnique(rows);
   order_.clear();
   for (const auto& row : rows) {
     order_.append(row.key);
   }
-  arrange(isHeld_ ? inHeldOrder(std::move(rows)) : std::move(rows));
+  isSelecting_ = change == Change::selection;
+  arrange(isHeld_ && !isSelecting_ ? inHeldOrder(std::move(rows)) : std::move(rows));
   Q_EMIT assigned();
+  isSelecting_ = false;
 }
 
 void KeyedListModel::setHeld(bool held) {
@@ -81,38 +92,52 @@ std::vector<KeyedListModel::Row> KeyedListModel::inHeldOrder(std::vector<Row> ro
 void KeyedListModel::arrange(std::vector<Row> rows) {
   const int before = count();
   removeAllBut(rows);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    place(static_cast<int>(i), std::move(rows[i]));
+  const QSet<QString> known = keysOf(rows_);
+  for (auto row = rows.begin(); row != rows.end();) {
+    const auto index = static_cast<int>(row - rows.begin());
+    const auto isNew = [&known](const Row& wanted) { return !known.contains(wanted.key); };
+    const auto end = std::find_if_not(row, rows.end(), isNew);
+    if (row != end) {
+      insert(index, {std::make_move_iterator(row), std::make_move_iterator(end)});
+      row = end;
+    } else {
+      place(index, std::move(*row++));
+    }
   }
   if (count() != before) {
     Q_EMIT countChanged();
   }
 }
 
+// Rows side by side are removed, and inserted, in one step: a view lays itself out again after each.
 void KeyedListModel::removeAllBut(const std::vector<Row>& wanted) {
-  QSet<QString> keys;
-  for (const auto& row : wanted) {
-    keys.insert(row.key);
-  }
-  for (int i = count() - 1; i >= 0; --i) {
-    if (!keys.contains(rows_[static_cast<std::size_t>(i)].key)) {
-      beginRemoveRows(QModelIndex(), i, i);
-      rows_.erase(rows_.begin() + i);
-      endRemoveRows();
+  const QSet<QString> keys = keysOf(wanted);
+  const auto isKept = [&keys](const Row& row) { return keys.contains(row.key); };
+  for (auto end = rows_.end(); end != rows_.begin();) {
+    const auto last = std::find_if_not(std::make_reverse_iterator(end), rows_.rend(), isKept);
+    const auto first = std::find_if(last, rows_.rend(), isKept).base();
+    if (first == last.base()) {
+      return;
     }
+    const auto start = first - rows_.begin();
+    beginRemoveRows(QModelIndex(), static_cast<int>(start),
+                    static_cast<int>(last.base() - rows_.begin()) - 1);
+    end = rows_.erase(first, last.base());
+    endRemoveRows();
   }
 }
 
-// The rows before `index` are in their final places.
+void KeyedListModel::insert(int index, std::vector<Row> rows) {
+  beginInsertRows(QModelIndex(), index, index + static_cast<int>(rows.size()) - 1);
+  rows_.insert(rows_.begin() + index, std::make_move_iterator(rows.begin()),
+               std::make_move_iterator(rows.end()));
+  endInsertRows();
+}
+
+// A row that the list has. Those before `index` are in their final places.
 void KeyedListModel::place(int index, Row row) {
   const auto from = std::find_if(rows_.begin() + index, rows_.end(),
                                  [&](const Row& known) { return known.key == row.key; });
-  if (from == rows_.end()) {
-    beginInsertRows(QModelIndex(), index, index);
-    rows_.insert(rows_.begin() + index, std::move(row));
-    endInsertRows();
-    return;
-  }
   const int position = static_cast<int>(from - rows_.begin());
   if (position != index) {
     beginMoveRows(QModelIndex(), position, position, QModelIndex(), index);
@@ -127,7 +152,7 @@ void KeyedListModel::place(int index, Row row) {
 }
 
 QVariant KeyedListModel::at(int index) const {
-  return index >= 0 && index < count() ? rows_[static_cast<std::size_t>(index)].data : QVariant();
+  return index >= 0 && index < count() ? made(rows_[static_cast<std::size_t>(index)]) : QVariant();
 }
 
 int KeyedListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
@@ -137,7 +162,7 @@ QVariant KeyedListModel::data(const QModelIndex& index, int role) const {
     return {};
   }
   const Row& row = rows_[static_cast<std::size_t>(index.row())];
-  return role == keyRole ? QVariant(row.key) : role == modelDataRole ? row.data : QVariant();
+  return role == keyRole ? QVariant(row.key) : role == modelDataRole ? made(row) : QVariant();
 }
 
 QHash<int, QByteArray> KeyedListModel::roleNames() const {

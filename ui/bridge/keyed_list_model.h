@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace quillmar::ui {
@@ -23,15 +25,22 @@ class KeyedListModel final : public QAbstractListModel {
     QVariant data;
   };
   enum Role { modelDataRole = Qt::UserRole, keyRole };
+  // Whether the rows are news of the same list, or another selection that the person has asked for. A held
+  // list keeps its order only for news.
+  enum class Change { news, selection };
 
   using QAbstractListModel::QAbstractListModel;
 
   int count() const { return static_cast<int>(rows_.size()); }
+  // Whether rows come and go at this moment because the person has asked for a selection.
+  Q_INVOKABLE bool isSelecting() const { return isSelecting_; }
   bool isHeld() const { return isHeld_; }
   // Releasing the list puts its rows into the assigned order.
   void setHeld(bool held);
   // Several rows may have the same key.
-  void assign(std::vector<Row> rows);
+  void assign(std::vector<Row> rows, Change change = Change::news);
+  // Makes what a view gets for the data of a row, once a view asks for it.
+  void setMaking(std::function<QVariant(const QVariant& data)> make) { make_ = std::move(make); }
   Q_INVOKABLE QVariant at(int index) const;
 
   int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -48,12 +57,16 @@ class KeyedListModel final : public QAbstractListModel {
   void arrange(std::vector<Row> rows);
   std::vector<Row> inHeldOrder(std::vector<Row> rows) const;
   void removeAllBut(const std::vector<Row>& wanted);
+  void insert(int index, std::vector<Row> rows);
   void place(int index, Row row);
+  QVariant made(const Row& row) const { return make_ ? make_(row.data) : row.data; }
 
   std::vector<Row> rows_;
+  std::function<QVariant(const QVariant& data)> make_;
   // The keys in the order in which they were assigned.
   QStringList order_;
   bool isHeld_ = false;
+  bool isSelecting_ = false;
 };
 
 }  // namespace quillmar::ui

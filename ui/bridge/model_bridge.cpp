@@ -1,11 +1,16 @@
 #include "ui/bridge/model_bridge.h"
 
+#include <QKeySequence>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 #include "ui/bridge/keyed_list_model.h"
 #include "ui/bridge/shown_text.h"
@@ -33,6 +38,10 @@ QString rowKey(const Value& row, std::size_t place) {
   return row.map() ? QString::number(place) : exactText(writeJson(row));
 }
 
+const KeyCommands* findKeyCommands(const ObservableObject& model) {
+  return dynamic_cast<const KeyCommands*>(model.findMember("keyCommands"));
+}
+
 std::vector<KeyedListModel::Row> rowsOf(const Value::List& list, TextForm form) {
   std::vector<KeyedListModel::Row> rows;
   rows.reserve(list.size());
@@ -53,7 +62,11 @@ bool isPage(const Member& member) {
 }  // namespace
 
 ActionBridge::ActionBridge(ModelBridge& model, Member& member)
-    : QObject(&model), model_(model), member_(&member), enabled_(member.isEnabled()) {}
+    : QObject(&model),
+      model_(model),
+      member_(&member),
+      key_(model.keyCommands() ? exactText(model.keyCommands()->keyOf(member)) : QString()),
+      enabled_(member.isEnabled()) {}
 
 void ActionBridge::update() {
   if (std::exchange(enabled_, member_->isEnabled()) != enabled_) {
@@ -83,17 +96,25 @@ struct ModelBridge::Entry {
   Value shown{};
   ActionBridge* action = nullptr;
   KeyedListModel* list = nullptr;
-  std::vector<ModelBridge*> bridges{};
+  // The objects of a part, rows or a sheet. The bridge of a row is null until a view asks for it.
+  struct Nested {
+    std::shared_ptr<ObservableObject> object;
+    ModelBridge* bridge = nullptr;
+  };
+  std::unordered_map<const ObservableObject*, Nested> nested{};
+  // Announced since they were shown.
+  bool hasNews = false;
+  std::uint64_t revision = 0;
 };
 
 ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* parent)
-    : QQmlPropertyMap(this, parent), model_(std::move(model)) {
+    : QQmlPropertyMap(this, parent), model_(std::move(model)), keyCommands_(findKeyCommands(*model_)) {
   insert(QStringLiteral("typeName"), exactText(model_->typeName()));
   insert(sheetKey, QVariant::fromValue<QObject*>(nullptr));
   for (Member* const member : model_->members()) {
     addEntry(*member);
   }
-  changes_ = model_->observe([this](const Member& /*member*/) { scheduleRefresh(); });
+  changes_ = model_->observe([this](const Member& changed) { scheduleRefresh(changed); });
 }
 
 ModelBridge::~ModelBridge() = default;
@@ -108,6 +129,10 @@ void ModelBridge::addEntry(Member& member) {
       return;
     case Member::Kind::rows:
       addList(entry);
+      entry.list->setMaking([this, &entry](const QVariant& row) {
+        return QVariant::fromValue<QObject*>(
+            bridgeOf(entry, static_cast<const ObservableObject*>(row.value<void*>())));
+      });
       [[fallthrough]];
     case Member::Kind::part:
     case Member::Kind::sheet:
@@ -145,7 +170,12 @@ QVariant ModelBridge::updateValue(const QString& key, const QVariant& input) {
   return toVariant(entry.shown, exactText);
 }
 
-void ModelBridge::scheduleRefresh() {
+void ModelBridge::scheduleRefresh(const Member& changed) {
+  const auto entry =
+      std::ranges::find_if(entries_, [&](const auto& known) { return &known->member == &changed; });
+  if (entry != entries_.end()) {
+    (*entry)->hasNews = true;
+  }
   if (!std::exchange(refreshScheduled_, true)) {
     QMetaObject::invokeMethod(this, &ModelBridge::refresh, Qt::QueuedConnection);
   }
@@ -168,7 +198,10 @@ void ModelBridge::show(Entry& entry) {
     case Member::Kind::part:
     case Member::Kind::rows:
     case Member::Kind::sheet:
-      return showNested(entry);
+      if (std::exchange(entry.hasNews, false)) {
+        showNested(entry);
+      }
+      return;
     case Member::Kind::text:
       return;
     default:
@@ -190,34 +223,60 @@ void ModelBridge::showValue(Entry& entry) {
 }
 
 void ModelBridge::showNested(Entry& entry) {
-  const auto former = std::exchange(entry.bridges, {});
-  std::vector<KeyedListModel::Row> shown;
-  for (const auto& [key, object] : entry.member.nested()) {
-    const auto known = std::ranges::find(former, object, &ModelBridge::model_);
-    entry.bridges.push_back(known == former.end() ? new ModelBridge(object, this) : *known);
-    shown.push_back({exactText(key), QVariant::fromValue<QObject*>(entry.bridges.back())});
+  auto former = std::exchange(entry.nested, {});
+  const auto shown = entry.member.nested();
+  for (const auto& [key, object] : shown) {
+    const auto known = former.extract(object.get());
+    entry.nested.emplace(object.get(), known ? std::move(known.mapped()) : Entry::Nested{object});
   }
   if (entry.list) {
-    entry.list->assign(std::move(shown));
+    showRows(entry, shown);
   } else {
-    insert(entry.name, shown.empty() ? QVariant::fromValue<QObject*>(nullptr) : shown.front().data);
+    ModelBridge* const bridge = shown.empty() ? nullptr : bridgeOf(entry, shown.front().object.get());
+    insert(entry.name, QVariant::fromValue<QObject*>(bridge));
   }
   if (entry.member.kind() == Member::Kind::sheet) {
     showPresented(isPage(entry.member) ? Kind::page : Kind::sheet);
   }
-  for (ModelBridge* const gone : former) {
-    if (std::ranges::find(entry.bridges, gone) == entry.bridges.end()) {
-      gone->retire();
+  for (const auto& [object, gone] : former) {
+    if (gone.bridge) {
+      gone.bridge->retire();
     }
   }
+}
+
+void ModelBridge::showRows(Entry& entry, const std::vector<Member::Nested>& rows) {
+  std::vector<KeyedListModel::Row> shown;
+  shown.reserve(rows.size());
+  for (const auto& [key, object] : rows) {
+    shown.push_back({exactText(key), QVariant::fromValue<void*>(object.get())});
+  }
+  const auto* const filtered = dynamic_cast<const FilteredRows*>(&entry.member);
+  const auto revision = filtered ? filtered->revision() : 0;
+  const bool isNews = std::exchange(entry.revision, revision) == revision;
+  entry.list->assign(std::move(shown),
+                     isNews ? KeyedListModel::Change::news : KeyedListModel::Change::selection);
+}
+
+// Null if the object has gone.
+ModelBridge* ModelBridge::bridgeOf(Entry& entry, const ObservableObject* object) {
+  const auto known = entry.nested.find(object);
+  if (known == entry.nested.end()) {
+    return nullptr;
+  }
+  auto& nested = known->second;
+  if (!nested.bridge && nested.object) {
+    nested.bridge = new ModelBridge(nested.object, this);
+  }
+  return nested.bridge;
 }
 
 // What is presented in this way; null if nothing is. A sheet that the person can't dismiss replaces the
 // screen instead of lying over it.
 ModelBridge::Entry* ModelBridge::presented(Kind kind) const {
   const auto up = std::ranges::find_if(entries_, [kind](const auto& entry) {
-    return entry->member.kind() == Member::Kind::sheet && entry->member.isInput() &&
-           !entry->bridges.empty() && isPage(entry->member) == (kind == Kind::page);
+    return entry->member.kind() == Member::Kind::sheet && entry->member.isInput() && !entry->nested.empty() &&
+           isPage(entry->member) == (kind == Kind::page);
   });
   return up == entries_.end() ? nullptr : up->get();
 }
@@ -225,7 +284,7 @@ ModelBridge::Entry* ModelBridge::presented(Kind kind) const {
 void ModelBridge::showPresented(Kind kind) {
   const Entry* const up = presented(kind);
   insert(kind == Kind::page ? pageKey : sheetKey,
-         QVariant::fromValue<QObject*>(up ? up->bridges.back() : nullptr));
+         QVariant::fromValue<QObject*>(up ? up->nested.begin()->second.bridge : nullptr));
 }
 
 void ModelBridge::dismiss(Kind kind) {
@@ -246,6 +305,14 @@ void ModelBridge::setPagesBeside(bool beside) {
   }
 }
 
+bool ModelBridge::pressKey(int key, int modifiers) {
+  const auto alive = model_;
+  const QKeyCombination pressed(Qt::KeyboardModifiers(modifiers & ~Qt::KeypadModifier),
+                                static_cast<Qt::Key>(key));
+  const auto asked = keyPress(QKeySequence(pressed).toString(QKeySequence::PortableText).toStdString());
+  return alive && keyCommands_ && asked && keyCommands_->perform(*asked);
+}
+
 // Releases the model at once, so that callbacks it started find it gone. The bridge keeps the last values
 // while a sheet slides out or a row fades away.
 void ModelBridge::retire() {
@@ -256,8 +323,11 @@ void ModelBridge::retire() {
     if (entry->action) {
       entry->action->retire();
     }
-    for (ModelBridge* const nested : entry->bridges) {
-      nested->retire();
+    for (auto& [address, nested] : entry->nested) {
+      nested.object.reset();
+      if (nested.bridge) {
+        nested.bridge->retire();
+      }
     }
   }
   model_.reset();

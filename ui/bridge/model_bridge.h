@@ -10,6 +10,7 @@
 #endif
 
 namespace quillmar {
+class KeyCommands;
 class Member;
 class ObservableObject;
 }  // namespace quillmar
@@ -23,11 +24,14 @@ class ModelBridge;
 class ActionBridge final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool enabled READ enabled NOTIFY enabledChanged)
+  Q_PROPERTY(QString key READ key CONSTANT)
 
  public:
   ActionBridge(ModelBridge& model, Member& member);
 
   bool enabled() const { return enabled_; }
+  // The key that performs it; empty if there is none.
+  QString key() const { return key_; }
   void update();
   void retire();
 
@@ -43,6 +47,7 @@ class ActionBridge final : public QObject {
 
   ModelBridge& model_;
   Member* member_;
+  const QString key_;
   bool enabled_;
 };
 
@@ -52,10 +57,10 @@ class ActionBridge final : public QObject {
 // - every text passes through `shownText`, so that no screen can draw it in another form; only the text of
 //   an input is not shortened;
 // - actions are ActionBridges;
-// - a part or a sheet is a nested bridge, or null; rows are a KeyedListModel of bridges;
+// - a part or a sheet is a nested bridge, or null; rows are a KeyedListModel of bridges, each made when a
+//   view asks for its row;
 // - `typeName` is the object's type, `sheet` is what is presented over this screen, or null, and `page` is
-// the
-//   page that is presented, or null. A screen that presents no pages has no `page`.
+//   the page that is presented, or null. A screen that presents no pages has no `page`.
 // Changes are batched: what changes in one turn of the event loop is read once, in the next turn.
 class ModelBridge final : public QQmlPropertyMap {
   Q_OBJECT
@@ -66,12 +71,16 @@ class ModelBridge final : public QQmlPropertyMap {
 
   // Null once retired.
   const std::shared_ptr<ObservableObject>& model() const { return model_; }
+  // Null if no key has an action.
+  const KeyCommands* keyCommands() const { return keyCommands_; }
 
   // Asks the model to dismiss the open sheet, as swiping it down does.
   Q_INVOKABLE void dismissSheet();
   Q_INVOKABLE void dismissPage();
   // Tells the model whether its pages are drawn beside it.
   Q_INVOKABLE void setPagesBeside(bool beside);
+  // Performs the action of a key of the model's KeyCommands. Returns false if the model has none for it now.
+  Q_INVOKABLE bool pressKey(int key, int modifiers);
 
  protected:
   QVariant updateValue(const QString& key, const QVariant& input) override;
@@ -81,11 +90,13 @@ class ModelBridge final : public QQmlPropertyMap {
 
   void addEntry(Member& member);
   void addList(Entry& entry);
-  void scheduleRefresh();
+  void scheduleRefresh(const Member& changed);
   void refresh();
   void show(Entry& entry);
   void showValue(Entry& entry);
   void showNested(Entry& entry);
+  void showRows(Entry& entry, const std::vector<Member::Nested>& rows);
+  ModelBridge* bridgeOf(Entry& entry, const ObservableObject* object);
   enum class Kind { sheet, page };
   Entry* presented(Kind kind) const;
   void showPresented(Kind kind);
@@ -94,6 +105,7 @@ class ModelBridge final : public QQmlPropertyMap {
 
   // Destroyed after the entries, which refer to the model's members.
   std::shared_ptr<ObservableObject> model_;
+  const KeyCommands* keyCommands_;
   std::vector<std::unique_ptr<Entry>> entries_;
   Subscription changes_;
   bool refreshScheduled_ = false;
