@@ -4,6 +4,7 @@
 
 #include "app/session/environment.h"
 #include "app/session/role_manager.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -49,6 +50,7 @@ class CountrySelectionView final : public ScreenModel {
   Rows<RegionCard> regionCards{*this, "regionCards"};
   Action<> goBack{*this, "goBack", [this] { roleManager_.pendingParentSelection = false; }};
   Action<> confirmRegion{*this, "confirmRegion", [this] { confirm(); }};
+  KeyCommands keys{*this, {{Command::back, goBack}}};
 
  private:
   void onAppear() override;

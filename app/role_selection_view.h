@@ -6,6 +6,7 @@
 #include "app/country_selection_view.h"
 #include "app/session/environment.h"
 #include "app/session/role_manager.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -58,6 +59,7 @@ class RoleSelectionView final : public ScreenModel {
   Rows<RoleCard> cards{*this, "cards"};
   // Replaces the cards until a parent has chosen a region.
   Presented<CountrySelectionView> countrySelection;
+  KeyCommands keys{*this, {}};
   // False also while this screen is dismissed after a region was confirmed.
   Derived<bool> showsCards{*this, "showsCards", [this] {
                              return !countrySelection && roleManager_.currentRole() != DeviceRole::parent;

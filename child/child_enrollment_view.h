@@ -9,6 +9,7 @@
 #include "child/child_app_state.h"
 #include "child/child_loading_dots.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
@@ -75,6 +76,7 @@ class ChildEnrollmentView final : public ScreenModel {
                            [this] { return stage() == EnrollmentStage::start; }};
   Action<> cancelEnrollment{*this, "cancelEnrollment", [this] { cancel(); },
                             [this] { return stage() == EnrollmentStage::code; }};
+  KeyCommands keys{*this, {{Command::back, cancelEnrollment}}};
 
  private:
   struct PollLoop {

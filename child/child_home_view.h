@@ -10,6 +10,7 @@
 #include "child/child_settings_view.h"
 #include "child/doh_instructions_view.h"
 #include "child/vpn_dns_manager.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 #include "presentation/timely.h"
 
@@ -101,6 +102,7 @@ class ChildHomeView final : public ScreenModel {
   Action<> enableProtection{*this, "enableProtection", [this] { quillmar::enableProtection(environment_); },
                             [this] { return computePanel().button.has_value(); }};
   Action<> refresh;
+  KeyCommands keys{*this, {{Command::refresh, refresh}, {Command::settings, openSettings}}};
 
  private:
   void onAppear() override;

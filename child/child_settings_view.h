@@ -9,6 +9,7 @@
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"
 #include "presentation/confirmation.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -82,6 +83,7 @@ class ChildSettingsView final : public ScreenModel {
                            [this] { environment_.platform().clipboard.setString(child_->dohEndpoint()); }};
   Action<> forceSync{*this, "forceSync", [this] { quillmar::forceSync(environment_); }};
   Action<> resetEnrollment{*this, "resetEnrollment", [this] { resetConfirmation.ask(); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   std::string shortDeviceId() const;

@@ -9,6 +9,7 @@
 #include "child/child_app_state.h"
 #include "child/protection_actions.h"
 #include "child/vpn_dns_manager.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -66,6 +67,7 @@ class DoHInstructionsView final : public ScreenModel {
                             [this] { return !isApplyingDNS(); }};
   Action<> copyDoHEndpoint{*this, "copyDoHEndpoint",
                            [this] { environment_.platform().clipboard.setString(child_->dohEndpoint()); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   static std::vector<InstructionStep> manualSteps();

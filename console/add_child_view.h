@@ -5,6 +5,7 @@
 
 #include "app/session/environment.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -35,6 +36,7 @@ class AddChildView final : public ScreenModel {
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> createChildProfile{*this, "createChildProfile", [this] { create(); },
                               [this] { return !name().empty() && !isLoading(); }};
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 
  private:
   void create();

@@ -7,6 +7,7 @@
 #include "client/records/child.h"
 #include "console/manual_enrollment_view.h"
 #include "console/scanner_view.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -34,6 +35,7 @@ class AddDeviceSheet final : public ScreenModel {
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> addPhone{*this, "addPhone", [this] { showScanner = true; }};
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 
  private:
   // A sheet of either kind, for this child.

@@ -16,6 +16,8 @@
 #include "console/policy_section.h"
 #include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -37,6 +39,40 @@ class ChildDetailView final : public ScreenModel {
   DevicesSection devicesSection;
   PolicySection policySection;
   ActivitySection activitySection;
+
+  ListFilter filter{*this};
+  FilteredRows shownDevices{
+      *this,
+      {.rows = "shownDevices", .noMatch = "noDeviceMatch", .searched = "deviceDisplayName"},
+      devicesSection.deviceRows,
+      filter};
+  FilteredRows shownRecent{*this,
+                           {.rows = "shownRecentSites", .noMatch = "noRecentMatch", .searched = "site"},
+                           activitySection.recent.rows,
+                           filter};
+  FilteredRows shownBlocked{*this,
+                            {.rows = "shownBlockedSites", .noMatch = "noBlockedMatch", .searched = "site"},
+                            activitySection.blocked.rows,
+                            filter};
+  FilteredRows shownVisited{*this,
+                            {.rows = "shownVisitedSites", .noMatch = "noVisitedMatch", .searched = "site"},
+                            activitySection.allowed.rows,
+                            filter};
+  FilteredRows shownPermanent{
+      *this,
+      {.rows = "shownPermanentSites", .noMatch = "noPermanentMatch", .searched = "domain"},
+      policySection.permanentAllowedSiteRows,
+      filter};
+  FilteredRows shownAllowedPolicy{
+      *this,
+      {.rows = "shownAllowedPolicy", .noMatch = "noAllowedPolicyMatch", .searched = "domain"},
+      policySection.allowedRows,
+      filter};
+  FilteredRows shownBlockedPolicy{
+      *this,
+      {.rows = "shownBlockedPolicy", .noMatch = "noBlockedPolicyMatch", .searched = "domain"},
+      policySection.blockedRows,
+      filter};
 
   Published<bool> isLoading{*this, "isLoading", false};
   Confirmation deletionConfirmation{
@@ -84,6 +120,7 @@ class ChildDetailView final : public ScreenModel {
   Text deleteTitle{*this, "deleteTitle", "Delete"};
 
   Action<> deleteProfile{*this, "deleteProfile", [this] { deletionConfirmation.ask(); }};
+  KeyCommands keys{*this, {{Command::find, filter.open}, {Command::back, done}}};
 
   void reloadChild();
   // An empty name is not sent.

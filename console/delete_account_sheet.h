@@ -3,6 +3,7 @@
 #include <string>
 
 #include "presentation/bound_input.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -30,6 +31,7 @@ class DeleteAccountSheet final : public ScreenModel {
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
   Action<> deleteMyAccount;
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 };
 
 }  // namespace quillmar

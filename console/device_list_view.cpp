@@ -178,6 +178,13 @@ std::shared_ptr<ChildDashboardCard> DeviceListView::makeCard(const ChildProfileW
       weakly([this](const ChildProfileWithDevices& tapped) { addDeviceFor(tapped); }));
 }
 
+void DeviceListView::choose(std::int64_t place) {
+  const auto shown = shownCards.nested();
+  if (place >= 0 && std::cmp_less(place, shown.size())) {
+    static_cast<ChildDashboardCard&>(*shown[static_cast<std::size_t>(place)].object).tap();
+  }
+}
+
 void DeviceListView::select(const ChildProfileWithDevices& child) {
   if (arePagesBeside() && selectedChild() && selectedChild()->id != child.id) {
     showChildDetail = false;

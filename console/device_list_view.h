@@ -21,6 +21,8 @@
 #include "identity/auth_state.h"
 #include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 #include "presentation/timely.h"
 
@@ -47,6 +49,9 @@ class DeviceListView final : public ScreenModel {
   Published<std::vector<ChildProfileWithDevices>> children{*this, "children"};
   // A row belongs to one child, by id, as long as the child is in the list.
   Rows<ChildDashboardCard> cards{*this, "cards"};
+  ListFilter filter{*this};
+  FilteredRows shownCards{
+      *this, {.rows = "shownCards", .noMatch = "noCardMatch", .searched = "name"}, cards, filter};
   // Loading, with nothing to show yet.
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
@@ -136,7 +141,16 @@ class DeviceListView final : public ScreenModel {
   Action<> openFamilyMembers{*this, "openFamilyMembers", [this] { showFamilyMembers = true; }};
   Action<> openHomeNetwork{*this, "openHomeNetwork", [this] { showHomeNetwork = true; }};
   Action<> cycleTheme{*this, "cycleTheme", [this] { appearanceManager_->cycleMode(); }};
+  // The child at this place among the shown ones, if there is one.
+  Action<std::int64_t> chooseChild{*this, "chooseChild", [this](std::int64_t place) { choose(place); },
+                                   [this] { return computeContent() == DashboardContent::list; }};
   Action<> logout{*this, "logout", [this] { logoutConfirmation.ask(); }};
+  KeyCommands keys{*this,
+                   {{Command::refresh, loadChildren},
+                    {Command::find, filter.open},
+                    {Command::add, addChild},
+                    {Command::choose, chooseChild},
+                    {Command::settings, openSettings}}};
 
   bool isAutoRefreshing() const { return refreshTimer_ != nullptr; }
 
@@ -160,6 +174,7 @@ class DeviceListView final : public ScreenModel {
   void updateCards(CardEntrance entrance);
   std::shared_ptr<ChildDashboardCard> makeCard(const ChildProfileWithDevices& child, CardEntrance entrance);
 
+  void choose(std::int64_t place);
   void select(const ChildProfileWithDevices& child);
   void addDeviceFor(const ChildProfileWithDevices& child);
   void endSession();

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -32,6 +33,7 @@ class EditChildNameView final : public ScreenModel {
                   dismiss();
                 },
                 [this] { return !name().empty(); }};
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 
   const std::string& currentName() const { return currentName_; }
 

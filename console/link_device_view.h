@@ -14,6 +14,8 @@
 #include "console/scanner_view.h"
 #include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -62,6 +64,12 @@ class LinkDeviceView final : public ScreenModel {
 
   Published<std::vector<Device>> unassignedDevices{*this, "unassignedDevices"};
   Rows<UnassignedDeviceRow> deviceRows{*this, "deviceRows"};
+  ListFilter filter{*this};
+  FilteredRows shownDevices{
+      *this,
+      {.rows = "shownDevices", .noMatch = "noDeviceMatch", .searched = "deviceDisplayName"},
+      deviceRows,
+      filter};
   Published<bool> isLoading{*this, "isLoading", true};
   ErrorAlert errorAlert{*this};
   Confirmation deletionConfirmation{
@@ -97,6 +105,7 @@ class LinkDeviceView final : public ScreenModel {
   Action<> addConsole{*this, "addConsole", [this] { showManualEnrollment = true; }};
   // Asks whether to delete the device at this index, if there is one.
   Action<std::int64_t> deleteAt{*this, "deleteAt", [this](std::int64_t index) { askToDeleteAt(index); }};
+  KeyCommands keys{*this, {{Command::find, filter.open}, {Command::back, cancel}}};
 
   void loadUnassignedDevices();
   void linkSelectedDevice(const Device& device);

@@ -11,6 +11,7 @@
 #include "app/session/environment.h"
 #include "client/records/enrollment.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -104,6 +105,7 @@ class ManualEnrollmentView final : public ScreenModel {
   Action<> copyIPAddress{*this, "copyIPAddress",
                          [this] { environment_.platform().clipboard.setString(setup().dnsServerIP); },
                          [this] { return showInstructions(); }};
+  KeyCommands keys{*this, {{Command::back, back}, {Command::back, cancel}}};
 
  private:
   static std::vector<ManualDeviceChoice> choices();

@@ -9,6 +9,7 @@
 #include "app/session/environment.h"
 #include "console/qr_scanner_view_controller.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -99,6 +100,7 @@ class ScannerView final : public ScreenModel {
   Action<> scanAgain{*this, "scanAgain", [this] { restart(); },
                      [this] { return stage() == ScannerStage::review || stage() == ScannerStage::typing; }};
   Action<> done{*this, "done", [this] { finish(); }, [this] { return stage() == ScannerStage::success; }};
+  KeyCommands keys{*this, {{Command::back, done}, {Command::back, cancel}}};
 
   // Takes the text from a camera, a picture or a person.
   void handleScannedCode(const std::string& code);

@@ -10,6 +10,7 @@
 #include "foundation/result.h"
 #include "identity/auth_state.h"
 #include "presentation/confirmation.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -88,6 +89,7 @@ class SettingsView final : public ScreenModel {
                                   [this] { return canDelete(); }};
   Action<> dismissDeleteError{*this, "dismissDeleteError", [this] { showDeleteError = false; },
                               [this] { return showDeleteError(); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   void addAppearanceRows();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -16,6 +17,7 @@ class ConsoleDNSInstructionsView final : public ScreenModel {
       "Add a console using the 'Add Device' button on the Devices screen to see DNS setup instructions."};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 };
 
 }  // namespace quillmar

@@ -5,6 +5,7 @@
 
 #include "client/records/family.h"
 #include "foundation/observable.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -59,6 +60,7 @@ class FamilyMemberSheet final : public ScreenModel {
 
   Action<> done{*this, "done", [this] { dismiss(); }};
   Action<> removeFromFamily{*this, "removeFromFamily", [this] { askToRemove(); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   std::string computeName() const;

@@ -14,6 +14,7 @@
 #include "foundation/result.h"
 #include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -85,6 +86,7 @@ class FamilyMembersView final : public ScreenModel {
                     [this] { return content() == FamilyContent::failure; }};
   Action<> createInvitation{*this, "createInvitation", [this] { startInvitation(); },
                             [this] { return showsInviteButton() && !isCreatingInvite(); }};
+  KeyCommands keys{*this, {{Command::refresh, tryAgain}, {Command::back, done}}};
 
   // Actions of this screen's sheets.
 

@@ -15,6 +15,7 @@
 #include "foundation/result.h"
 #include "presentation/confirmation.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -142,6 +143,7 @@ class HomeNetworkView final : public ScreenModel {
                     [this] { return content() == HomeNetworkContent::status && !isUpdatingIP(); }};
   Action<> viewInstructions{*this, "viewInstructions", [this] { showInstructions = true; },
                             [this] { return content() == HomeNetworkContent::status; }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   void onAppear() override;

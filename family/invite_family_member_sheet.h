@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "presentation/key_commands.h"
 #include "presentation/qr_code_view.h"
 #include "presentation/screen_model.h"
 
@@ -31,6 +32,7 @@ class InviteFamilyMemberSheet final : public ScreenModel {
 
   Action<> done{*this, "done", [this] { finish(); }};
   Action<> copyCode{*this, "copyCode", [this] { copy(); }};
+  KeyCommands keys{*this, {{Command::back, done}}};
 
  private:
   std::optional<QRCodeView> computeQRCode() const;

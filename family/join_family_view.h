@@ -11,6 +11,7 @@
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -96,6 +97,7 @@ class JoinFamilyView final : public ScreenModel {
   Action<> changeCode{*this, "changeCode", [this] { startOver(); },
                       [this] { return stage() == JoinFamilyStage::account; }};
   Action<> join{*this, "join", [this] { startJoining(); }, [this] { return canJoin() && !isJoining(); }};
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 
  private:
   void onAppear() override;

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -27,6 +28,7 @@ class QRScannerView final : public ScreenModel {
   Text manualText{*this, "manualText", "Or enter the code manually"};
 
   Action<> cancel{*this, "cancel", [this] { dismiss(); }};
+  KeyCommands keys{*this, {{Command::back, cancel}}};
 };
 
 }  // namespace quillmar

@@ -12,6 +12,7 @@
 #include "identity/keychain_service.h"
 #include "identity/register_view.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -72,6 +73,7 @@ class LoginView final : public ScreenModel {
   Action<> signInWithBiometrics{*this, "signInWithBiometrics", [this] { startBiometricSignIn(); },
                                 [this] { return showsBiometricButton() && !isLoading(); }};
   Action<> signUp{*this, "signUp", [this] { showRegister = true; }};
+  KeyCommands keys{*this, {}};
   Action<> joinFamily{*this, "joinFamily", [this] { showJoinFamily = true; }};
 
  private:

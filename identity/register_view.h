@@ -9,6 +9,7 @@
 #include "foundation/record.h"
 #include "foundation/result.h"
 #include "presentation/error_alert.h"
+#include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -74,8 +75,10 @@ class RegisterView final : public ScreenModel {
   Text termsText{*this, "termsText",
                  "By creating an account, you agree to our Terms of Service and Privacy Policy"};
 
+  Action<> close{*this, "close", [this] { dismiss(); }};
   Action<> createAccount{*this, "createAccount", [this] { startRegistration(); },
                          [this] { return isFormValid() && !isLoading(); }};
+  KeyCommands keys{*this, {{Command::back, close}}};
 
  private:
   static constexpr double entryOffset = 30;

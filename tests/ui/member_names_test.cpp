@@ -113,7 +113,7 @@ QStringList namesAfter(const char* object, const QString& text) {
 
 QStringList unknownIn(const QString& text, const Registered& screen) {
   // Members that the bridge adds to every screen.
-  static const Names ofTheBridge{"sheet",        "page",        "typeName",
+  static const Names ofTheBridge{"sheet",        "page",        "typeName",      "pressKey",
                                  "dismissSheet", "dismissPage", "setPagesBeside"};
   QStringList unknown;
   for (const QString& name : namesAfter("screen", text)) {

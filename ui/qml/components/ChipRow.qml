@@ -21,6 +21,14 @@ Flow {
         }
     }
 
+    // With Alt the key goes back to the screen before.
+    function goAside(event, index) {
+        event.accepted = !(event.modifiers & Qt.AltModifier)
+        if (event.accepted) {
+            focusOn(index)
+        }
+    }
+
     Repeater {
         id: chips
         model: row.options
@@ -41,8 +49,8 @@ Flow {
                 row.chosen(modelData.title)
                 row.chosenAt(index)
             }
-            Keys.onRightPressed: row.focusOn(index + 1)
-            Keys.onLeftPressed: row.focusOn(index - 1)
+            Keys.onRightPressed: event => row.goAside(event, index + 1)
+            Keys.onLeftPressed: event => row.goAside(event, index - 1)
             Accessible.role: Accessible.RadioButton
             Accessible.checkable: true
             Accessible.checked: current

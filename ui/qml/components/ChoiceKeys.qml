@@ -16,6 +16,13 @@ Item {
     }
     Keys.onDownPressed: go(1)
     Keys.onUpPressed: go(-1)
-    Keys.onRightPressed: go(choice.mirrored ? -1 : 1)
-    Keys.onLeftPressed: go(choice.mirrored ? 1 : -1)
+    // With Alt the key goes back to the screen before.
+    function goAside(event, way) {
+        event.accepted = !(event.modifiers & Qt.AltModifier)
+        if (event.accepted) {
+            go(choice.mirrored ? -way : way)
+        }
+    }
+    Keys.onRightPressed: event => goAside(event, 1)
+    Keys.onLeftPressed: event => goAside(event, -1)
 }

@@ -19,6 +19,16 @@ FocusScope {
 
     implicitHeight: drawing.implicitHeight
 
+    // The keys that no control has used. A key that is held down acts once.
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F1) {
+            keyList.open()
+            event.accepted = true
+        } else if (screen) {
+            event.accepted = event.isAutoRepeat ? event.key === Qt.Key_Escape : screen.pressKey(event.key, event.modifiers)
+        }
+    }
+
     Loader {
         id: drawing
         anchors.left: parent.left
@@ -64,6 +74,15 @@ FocusScope {
         onLoaded: {
             item.ground = Qt.binding(() => view.ground)
             item.screen = Qt.binding(() => view.sheetScreen)
+        }
+    }
+    Loader {
+        id: keyList
+        function open() {
+            if (!item) {
+                setSource("KeyList.qml", { keys: view.screen.keyCommands })
+            }
+            item.open() // qmllint disable type
         }
     }
     Connections {

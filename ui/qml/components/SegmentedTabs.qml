@@ -31,6 +31,13 @@ FocusScope {
         }
     }
 
+    // With Alt the key goes back to the screen before.
+    function goAside(event, index) {
+        event.accepted = !(event.modifiers & Qt.AltModifier)
+        if (event.accepted) {
+            go(index)
+        }
+    }
     // In side-by-side tabs these keys scroll the page.
     function stack(event, index) {
         event.accepted = stacked
@@ -103,8 +110,8 @@ FocusScope {
                     padding: tabs.tabPadding
                     focus: isCurrent
                     onClicked: tabs.chosen(text)
-                    Keys.onRightPressed: tabs.go(index + 1)
-                    Keys.onLeftPressed: tabs.go(index - 1)
+                    Keys.onRightPressed: event => tabs.goAside(event, index + 1)
+                    Keys.onLeftPressed: event => tabs.goAside(event, index - 1)
                     Keys.onDownPressed: event => tabs.stack(event, index + 1)
                     Keys.onUpPressed: event => tabs.stack(event, index - 1)
                     Accessible.role: Accessible.PageTab

@@ -137,6 +137,7 @@ T.Popup {
         Accessible.name: sheet.shownScreen?.title ?? sheet.shownScreen?.heading ?? sheet.shownScreen?.name ?? ""
         LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
+        // For a screen that has no control of its own to go back.
         Keys.onEscapePressed: sheet.dismissed()
 
         // Inset, so that the square page stays within the card's rounded corners.

@@ -11,7 +11,6 @@ Page {
     tinted: true
     maximumWidth: 480
     spacing: 28
-    Keys.onEscapePressed: screen.cancelEnrollment.trigger()
 
     ScreenHeader {
         title: page.screen.title

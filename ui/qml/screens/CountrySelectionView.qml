@@ -7,7 +7,6 @@ Page {
 
     required property var screen
 
-    Keys.onEscapePressed: screen.goBack.trigger()
 
     centered: true
     tinted: true
