@@ -142,7 +142,7 @@ TEST_F(ParentSignIn, the_password_is_hidden_until_it_is_asked_for) {
   stage.press(Qt::Key_Space);
   EXPECT_EQ(box->property("displayText").toString(), "secret");
   EXPECT_EQ(stage.focusedName(), "Hide password");
-  stage.click("Hide password");
+  stage.clickAt(middleOf(*stage.control("Hide password")));
   EXPECT_NE(box->property("displayText").toString(), "secret");
   EXPECT_EQ(login().password(), "secret");
 }

@@ -6,6 +6,7 @@ Window {
     id: window
 
     required property var content
+    required property var closeKeys
     property var permissionPrompt: null
     property var biometricPrompt: null
 
@@ -15,12 +16,20 @@ Window {
     color: Theme.page
 
     // An alert that closes may leave the focus on the window itself; it belongs to the screen.
-    onActiveFocusItemChanged: if (activeFocusItem === contentItem) host.forceActiveFocus()
+    onActiveFocusItemChanged: {
+        if (activeFocusItem === contentItem) {
+            host.forceActiveFocus()
+        }
+        // The person has turned to something else.
+        if (Tips.control !== activeFocusItem) {
+            Tips.withdraw(Tips.control)
+        }
+    }
 
     Shortcut {
         // An open alert would block a shortcut of the window.
         context: Qt.ApplicationShortcut
-        sequences: [StandardKey.Close, StandardKey.Quit] // qmllint disable unqualified
+        sequences: window.closeKeys
         onActivated: window.close()
     }
 
@@ -33,6 +42,27 @@ Window {
         LayoutMirroring.childrenInherit: true
     }
 
+    // The tooltip of a control on which the pointer or the focus rests. It lies over every popup.
+    Loader {
+        id: tip
+        property bool ripe: false
+        z: 2000000
+        active: ripe && Tips.control !== null
+        source: "Tip.qml"
+
+        Timer {
+            id: patience
+            interval: 600
+            onTriggered: tip.ripe = true
+        }
+        Connections {
+            target: Tips
+            function onControlChanged() {
+                tip.ripe = false
+                patience.restart()
+            }
+        }
+    }
     Loader {
         active: window.permissionPrompt !== null
         Component.onCompleted: if (active) setSource("SimulatedPermissionPrompt.qml", { prompt: window.permissionPrompt })

@@ -9,6 +9,7 @@ Pressable {
     property color ink: Theme.linkText
     property int symbolSize: 24
 
+    tip: text
     corner: Theme.target / 2
     padding: (Theme.target - symbolSize) / 2
 

@@ -10,6 +10,10 @@ PressArea {
     property bool inUse: !effect || effect.enabled
     property real corner: Theme.corner
     property real pressedScale: 0.98
+    // What a control without a word does; shown when the pointer or the focus rests on it.
+    property string tip
+    property bool pointed: hovered
+    readonly property bool rested: tip.length > 0 && (pointed || visualFocus) && !down
     readonly property bool mirrored: LayoutMirroring.enabled
 
     implicitWidth: Math.max(Theme.target, implicitContentWidth + leftPadding + rightPadding)
@@ -19,6 +23,8 @@ PressArea {
     hoverEnabled: true
     scale: down && !Theme.reducedMotion ? pressedScale : 1
     onClicked: if (effect) effect.trigger()
+    onRestedChanged: rested ? Tips.offer(control) : Tips.withdraw(control)
+    Component.onDestruction: Tips.withdraw(control)
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.pressed: down

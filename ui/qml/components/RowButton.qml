@@ -12,6 +12,8 @@ Pressable {
     readonly property bool wordless: word.implicitWidth + 2 * Theme.between > room
     readonly property color ink: !inUse ? Theme.cardSecondaryText : destructive ? Theme.dangerText : Theme.linkText
 
+    tip: wordless ? label : ""
+    pointed: pointer.hovered
     // A press by mouse leaves the focus where it is.
     focusPolicy: Qt.TabFocus
     // A button that loses its action keeps the focus.
