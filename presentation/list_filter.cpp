@@ -9,6 +9,8 @@
 
 namespace quillmar {
 
+SearchKey typedPart(std::string_view text) { return SearchKey(trimmed(text)); }
+
 ListFilter::ListFilter(ObservableObject& screen)
     : text(screen, "filterText"),
       isOpen(screen, "isFilterOpen", false),
@@ -40,10 +42,9 @@ bool ListFilter::hasChoice() const {
 }
 
 void ListFilter::take() {
-  // A space at the end is the start of the next word, not yet a part of the name.
-  SearchKey typed(trimmed(text()));
-  if (!(typed == wanted_)) {
-    wanted_ = std::move(typed);
+  SearchKey part = typedPart(text());
+  if (!(part == wanted_)) {
+    wanted_ = std::move(part);
     changed_.emit();
   }
 }

@@ -15,6 +15,10 @@ namespace quillmar {
 
 class FilteredRows;
 
+// The part of a name that a person has typed. A space at its end is the start of the next word, and not yet
+// looked for.
+SearchKey typedPart(std::string_view text);
+
 // What a person looks for in the lists of a screen, without regard to case and accents. Its members are
 // registered on that screen. Without a text all rows are shown.
 class ListFilter {

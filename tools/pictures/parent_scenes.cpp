@@ -64,6 +64,14 @@ ScannerView& review(UiStage& s) {
   return scanner;
 }
 
+void filter(UiStage& s, ListFilter& lists, const std::string& part) {
+  s.settle();
+  lists.open();
+  s.settle();
+  lists.text = part;
+  s.settle();
+}
+
 // Under the pointer, the first row that has a button shows it, if it lies in the window. Rows are found by
 // their kind, because their texts may be anything.
 void pointAtFirstRow(UiStage& s) {
@@ -174,6 +182,26 @@ std::vector<Shot> dashboardScenes() {
        [](UiStage& s) {
          showFamily(s);
          s.click("AM");
+       }},
+      {"dashboard-filtered", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         filter(s, dashboard(s).filter, "ID");
+       }},
+      {"dashboard-no-match", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         filter(s, dashboard(s).filter, "Quentin");
+       }},
+      {"dashboard-keys", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.press(Qt::Key_F1);
+       }},
+      {"dashboard-tip", signedInParent(),
+       [](UiStage& s) {
+         showFamily(s);
+         s.focusOn("Refresh");
        }},
       {"dashboard-logout", signedInParent(),
        [](UiStage& s) {
@@ -307,6 +335,11 @@ std::vector<Shot> childScenes() {
        }},
       {"child-unlink", signedInParent(),
        [](UiStage& s) { openChild(s).devicesSection.deviceRows[0].unlink(); }},
+      {"child-filtered", signedInParent(),
+       [](UiStage& s) {
+         auto& child = openChild(s);
+         filter(s, child.filter, "school");
+       }},
       {"child-edit-name", signedInParent(), [](UiStage& s) { openChild(s).editName(); }},
       {"link-device", signedInParent(), [](UiStage& s) { openChild(s).devicesSection.linkDevice(); }},
       {"link-device-swiped", signedInParent(),

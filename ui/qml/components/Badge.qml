@@ -14,7 +14,8 @@ Rectangle {
     implicitWidth: row.implicitWidth + 16
     implicitHeight: row.implicitHeight + 8
     radius: height / 2
-    color: Theme.alpha(tint, Theme.dark ? 0.24 : 0.14)
+    // Faint, so that the word is readable on a card too.
+    color: Theme.alpha(tint, Theme.dark ? 0.17 : 0.09)
 
     RowLayout {
         id: row

@@ -9,6 +9,8 @@ Pressable {
     required property var child
     // Its child's page stands beside the cards.
     property bool chosen: false
+    // What the person looks for.
+    property string part
 
     text: child.name
     effect: child.tap
@@ -59,6 +61,8 @@ Pressable {
                     elide: Text.ElideRight
                     Layout.fillWidth: true
                     Accessible.ignored: true
+
+                    Matches { part: card.part }
                 }
                 RowLayout {
                     spacing: 6

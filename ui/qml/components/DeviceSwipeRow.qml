@@ -85,6 +85,8 @@ SwipeRow {
                 line: device.name
                 Layout.fillWidth: true
                 Accessible.ignored: true
+
+                Matches { part: device.part }
             }
             Label {
                 visible: text.length > 0

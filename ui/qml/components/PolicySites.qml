@@ -9,6 +9,8 @@ ColumnLayout {
 
     property var rows
     property string emptyText
+    // What the person looks for.
+    property string part
     property string symbol
     property color tint: Theme.green
 
@@ -57,6 +59,8 @@ ColumnLayout {
                     elide: Text.ElideMiddle
                     Layout.fillWidth: true
                     Accessible.ignored: true
+
+                    Matches { part: list.part }
                 }
                 IconButton {
                     text: site.modelData.removeTitle + " " + site.domain

@@ -80,6 +80,7 @@ FocusScope {
         id: column
         width: parent.width
         move: Transition {
+            enabled: !selecting.running
             NumberAnimation { property: "y"; duration: Theme.travel; easing.type: Easing.OutQuad }
         }
 
@@ -94,6 +95,11 @@ FocusScope {
             }
         }
     }
+    // The rows of another selection are in their places at once.
+    Timer {
+        id: selecting
+        interval: 250
+    }
     HoverHandler { id: pointer }
     Binding {
         target: ground.model
@@ -103,6 +109,11 @@ FocusScope {
     }
     Connections {
         target: ground.model
-        function onAssigned() { ground.handOver() }
+        function onAssigned() {
+            if (ground.model.isSelecting()) {
+                selecting.restart()
+            }
+            ground.handOver()
+        }
     }
 }

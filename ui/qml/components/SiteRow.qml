@@ -44,6 +44,8 @@ SwipeRow {
             elide: Text.ElideMiddle
             Layout.fillWidth: true
             Accessible.ignored: true
+
+            Matches { part: site.part }
         }
         Badge {
             visible: site.badge.length > 0

@@ -16,6 +16,8 @@ Item {
     property bool destructive: false
     property int key: Qt.Key_Return
     property string name
+    // What the person looks for in the name.
+    property string part
     property string description
     property bool first: false
     property real inset: Theme.gap

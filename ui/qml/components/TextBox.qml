@@ -13,6 +13,8 @@ T.TextField {
     property string description
     readonly property string spokenName: name.length > 0 ? name : placeholderText
     property bool code: false
+    // While the person types, the page keeps the box where it is in the window.
+    property bool keepsPlace: true
     // Room for controls at the end of the box.
     property real endSpace: 0
     signal edited(string text)

@@ -13,7 +13,7 @@ ColumnLayout {
     SectionTitle { text: controls.screen.devicesTitle }
     RowGround {
         id: devices
-        model: controls.screen.deviceRows
+        model: controls.screen.shownDevices
         placeholder: noDevices
 
         DeviceSwipeRow {
@@ -23,6 +23,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
+            part: controls.screen.filterText
             first: index === 0
             detail: modelData.lastSeenText
             tint: Theme.tint(modelData.iconColor)
@@ -40,7 +41,7 @@ ColumnLayout {
     QuietNote {
         id: noDevices
         visible: devices.count === 0
-        text: controls.screen.noDevicesText
+        text: controls.screen.noDeviceMatch ?? controls.screen.noDevicesText
     }
     SecondaryButton {
         symbol: controls.screen.linkDeviceIcon

@@ -27,11 +27,20 @@ Page {
             symbolSize: 20
             effect: page.screen.editName
         }
-        trailing: TextLink {
-            text: page.screen.doneTitle
-            strong: true
-            effect: page.screen.done
-        }
+        trailing: [
+            IconButton {
+                visible: page.screen.openFilter.enabled
+                text: page.screen.openFilterTitle
+                symbol: "magnifyingglass"
+                symbolSize: 22
+                effect: page.screen.openFilter
+            },
+            TextLink {
+                text: page.screen.doneTitle
+                strong: true
+                effect: page.screen.done
+            }
+        ]
     }
 
     component Part: Loader {
@@ -104,6 +113,8 @@ Page {
             }
         }
     }
+
+    FilterPlace { screen: page.screen }
 
     // In one column the controls stand around the activity of the tab "Real-Time". In two they stand at the left,
     // whatever the tab.

@@ -23,7 +23,7 @@ ColumnLayout {
     }
     RowGround {
         id: recent
-        model: tab.screen.recentActivityRows
+        model: tab.screen.shownRecentSites
         placeholder: noRecent
 
         SiteRow {
@@ -31,6 +31,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
+            part: tab.screen.filterText
             first: index === 0
             title: modelData.site
             time: modelData.timeText
@@ -43,7 +44,7 @@ ColumnLayout {
     QuietNote {
         id: noRecent
         visible: recent.count === 0
-        text: tab.screen.noRecentText
+        text: tab.screen.noRecentMatch ?? tab.screen.noRecentText
     }
     SecondaryButton {
         symbol: tab.screen.allActivityIcon

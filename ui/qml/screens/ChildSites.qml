@@ -15,8 +15,9 @@ ColumnLayout {
         count: sites.screen.allowedCount
     }
     PolicySites {
-        rows: sites.screen.allowedRows
-        emptyText: sites.screen.noAllowedText
+        rows: sites.screen.shownAllowedPolicy
+        part: sites.screen.filterText
+        emptyText: sites.screen.noAllowedPolicyMatch ?? sites.screen.noAllowedText
         symbol: "checkmark.circle.fill"
         tint: Theme.green
     }
@@ -34,8 +35,9 @@ ColumnLayout {
         caption: sites.screen.blockedCaption
     }
     PolicySites {
-        rows: sites.screen.blockedRows
-        emptyText: sites.screen.noBlockedText
+        rows: sites.screen.shownBlockedPolicy
+        part: sites.screen.filterText
+        emptyText: sites.screen.noBlockedPolicyMatch ?? sites.screen.noBlockedText
         symbol: "nosign"
         tint: Theme.red
     }

@@ -23,7 +23,7 @@ ColumnLayout {
     }
     RowGround {
         id: sites
-        model: tab.screen.allowedSiteRows
+        model: tab.screen.shownVisitedSites
         placeholder: noSites
 
         SiteRow {
@@ -31,6 +31,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
+            part: tab.screen.filterText
             first: index === 0
             title: modelData.site
             time: modelData.timeText
@@ -41,8 +42,8 @@ ColumnLayout {
     QuietNote {
         id: noSites
         visible: sites.count === 0
-        heading: tab.screen.noAllowedLogsHeading
-        text: tab.screen.noAllowedLogsText
+        heading: tab.screen.noVisitedMatch ?? tab.screen.noAllowedLogsHeading
+        text: tab.screen.noVisitedMatch === null ? tab.screen.noAllowedLogsText : ""
     }
 
     SectionTitle {
@@ -52,7 +53,7 @@ ColumnLayout {
     }
     RowGround {
         id: permanent
-        model: tab.screen.permanentAllowedSiteRows
+        model: tab.screen.shownPermanentSites
         placeholder: noPermanent
 
         SiteRow {
@@ -60,6 +61,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
+            part: tab.screen.filterText
             first: index === 0
             title: modelData.domain
             effect: modelData.remove
@@ -71,8 +73,8 @@ ColumnLayout {
     QuietNote {
         id: noPermanent
         visible: permanent.count === 0
-        heading: tab.screen.noPermanentHeading
-        text: tab.screen.noPermanentText
+        heading: tab.screen.noPermanentMatch ?? tab.screen.noPermanentHeading
+        text: tab.screen.noPermanentMatch === null ? tab.screen.noPermanentText : ""
     }
     SiteField {
         placeholder: tab.screen.allowedPlaceholder

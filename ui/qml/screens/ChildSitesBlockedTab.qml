@@ -23,7 +23,7 @@ ColumnLayout {
     }
     RowGround {
         id: sites
-        model: tab.screen.blockedSiteRows
+        model: tab.screen.shownBlockedSites
         placeholder: noSites
 
         SiteRow {
@@ -31,6 +31,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
+            part: tab.screen.filterText
             first: index === 0
             title: modelData.site
             time: modelData.timeText
@@ -44,7 +45,7 @@ ColumnLayout {
     QuietNote {
         id: noSites
         visible: sites.count === 0
-        heading: tab.screen.noBlockedLogsHeading
-        text: tab.screen.noBlockedLogsText
+        heading: tab.screen.noBlockedMatch ?? tab.screen.noBlockedLogsHeading
+        text: tab.screen.noBlockedMatch === null ? tab.screen.noBlockedLogsText : ""
     }
 }

@@ -51,8 +51,12 @@ Item {
         }
 
         Repeater {
-            model: list.screen.cards
-            onItemRemoved: (index, item) => leaving.createObject(list, { child: item.child, y: item.y, width: item.width })
+            model: list.screen.shownCards
+            onItemRemoved: (index, item) => {
+                if (!list.screen.shownCards.isSelecting()) {
+                    leaving.createObject(list, { child: item.child, y: item.y, width: item.width })
+                }
+            }
 
             DashboardCard {
                 id: card
@@ -60,12 +64,14 @@ Item {
                 required property var modelData
                 readonly property bool staged: modelData.entrance === "staged"
                 readonly property int wait: Theme.reducedMotion ? 0 : modelData.appearanceDelay * 1000
-                property bool entered: false
+                // The cards of another selection are there at once.
+                property bool entered: list.screen.shownCards.isSelecting()
 
                 Component.onCompleted: entered = true
 
                 child: modelData
                 chosen: list.chosen === modelData.child.id
+                part: list.screen.filterText
                 width: cards.width
                 opacity: entered ? 1 : 0
                 transform: Translate {

@@ -115,6 +115,11 @@ ColumnLayout {
         Layout.fillWidth: true
     }
 
+    FilterPlace { screen: list.screen }
+    QuietNote {
+        visible: list.screen.noCardMatch !== null
+        text: list.screen.noCardMatch ?? ""
+    }
     DashboardCards {
         screen: list.screen
         chosen: list.chosen

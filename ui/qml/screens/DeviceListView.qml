@@ -21,7 +21,8 @@ Page {
             id: menuButton
             text: page.screen.initials
             Accessible.role: Accessible.ButtonMenu
-            Accessible.name: qsTr("Menu")
+            Accessible.name: tip
+            tip: qsTr("Menu")
             corner: Theme.target / 2
             padding: 5
             onClicked: menu.open()
@@ -43,6 +44,13 @@ Page {
             }
         }
         trailing: [
+            IconButton {
+                visible: page.screen.openFilter.enabled
+                text: page.screen.openFilterTitle
+                symbol: "magnifyingglass"
+                symbolSize: 22
+                effect: page.screen.openFilter
+            },
             IconButton {
                 text: qsTr("Refresh")
                 symbol: page.screen.refreshIcon

@@ -15,6 +15,13 @@ Page {
             text: page.screen.cancelTitle
             effect: page.screen.cancel
         }
+        trailing: IconButton {
+            visible: page.screen.openFilter.enabled
+            text: page.screen.openFilterTitle
+            symbol: "magnifyingglass"
+            symbolSize: 22
+            effect: page.screen.openFilter
+        }
     }
 
     SectionTitle {
@@ -42,6 +49,7 @@ Page {
     }
 
     SectionTitle { text: page.screen.existingSection }
+    FilterPlace { screen: page.screen }
     RowLayout {
         visible: page.screen.content === "loading"
         spacing: Theme.between
@@ -58,7 +66,7 @@ Page {
     RowGround {
         id: devices
         visible: page.screen.content === "list"
-        model: page.screen.deviceRows
+        model: page.screen.shownDevices
         placeholder: noDevices
 
         DeviceSwipeRow {
@@ -68,6 +76,7 @@ Page {
             required property int index
 
             row: modelData
+            part: page.screen.filterText
             first: index === 0
             detail: modelData.deviceTypeLabel
             pressable: true
@@ -90,8 +99,8 @@ Page {
     }
     QuietNote {
         id: noDevices
-        visible: page.screen.content === "empty"
-        text: page.screen.emptyText
+        visible: page.screen.content === "empty" || page.screen.noDeviceMatch !== null
+        text: page.screen.noDeviceMatch ?? page.screen.emptyText
     }
 
     Alert {
