@@ -28,11 +28,11 @@ constexpr int entryCount = 200'000;
 constexpr int pageSize = 1000;
 constexpr int filteredRows = 2000;
 
-using Page = std::vector<DNSLog>;
+using LogPage = std::vector<DNSLog>;
 
 // A request every three seconds, of 800 sites with five names each.
-std::vector<Page> makePages(Date newest) {
-  std::vector<Page> pages;
+std::vector<LogPage> makePages(Date newest) {
+  std::vector<LogPage> pages;
   for (int i = 0; i < entryCount; ++i) {
     if (i % pageSize == 0) {
       pages.emplace_back();
@@ -60,11 +60,11 @@ ActivityScope scopeOf(const Calendar& calendar, Date now) {
 }
 
 // What a program for one evening would do: no ids, no days, any time zone but UTC left out.
-std::size_t countPlainly(const std::vector<Page>& pages, Date now) {
+std::size_t countPlainly(const std::vector<LogPage>& pages, Date now) {
   const Date today = std::chrono::floor<std::chrono::days>(now);
   std::array<ActivityCount, 24> hours{};
   std::unordered_map<std::string, ActivityCount> sites;
-  for (const Page& page : pages) {
+  for (const LogPage& page : pages) {
     for (const DNSLog& log : page) {
       const auto time = parseTimestamp(log.timestamp);
       if (time && *time >= today && *time < today + 24h) {
@@ -76,10 +76,11 @@ std::size_t countPlainly(const std::vector<Page>& pages, Date now) {
   return sites.size() + hours[12].total();
 }
 
-std::size_t countAll(const std::vector<Page>& pages, const DateStyles& styles, const ActivityScope& scope) {
+std::size_t countAll(const std::vector<LogPage>& pages, const DateStyles& styles,
+                     const ActivityScope& scope) {
   ActivityLog log(styles);
   ActivityCounts counts(scope);
-  for (const Page& page : pages) {
+  for (const LogPage& page : pages) {
     log.add(0, page);
     counts.add(log);
   }

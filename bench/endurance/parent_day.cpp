@@ -1,5 +1,5 @@
-// A parent's long day: a child's page with five devices and long lists of sites, its sheets opened and closed,
-// its content changed at every poll. In a window, in virtual time.
+// A parent's long day: a child's page with five devices and long lists of sites, its sheets opened and
+// closed, its content changed at every poll. In a window, in virtual time.
 
 #include <malloc.h>
 
@@ -115,9 +115,9 @@ class Day {
 
   void change(int round) {
     const auto now = stage_.application.machine.dispatch.now();
-    const std::string logs = R"({"logs":[)" + logJson(3 * round, "www.school.example", false, now - 3s) + "," +
-                             logJson(3 * round + 1, "site" + std::to_string(round % 50) + ".example", true, now - 9s) +
-                             "]}";
+    const std::string logs =
+        R"({"logs":[)" + logJson(3 * round, "www.school.example", false, now - 3s) + "," +
+        logJson(3 * round + 1, "site" + std::to_string(round % 50) + ".example", true, now - 9s) + "]}";
     for (const auto* device : {"d1", "d2", "d3", "d4", "d5"}) {
       http().answerAlways("GET", "/devices/" + std::string(device) + "/logs", 200, logs);
     }
@@ -132,7 +132,9 @@ class Day {
     stage_.picture();
     QPixmapCache::clear();
     malloc_trim(0);
-    return {.heap = mallinfo2().uordblks / 1024, .files = openFiles(), .items = itemsOf(*stage_.window().contentItem())};
+    return {.heap = mallinfo2().uordblks / 1024,
+            .files = openFiles(),
+            .items = itemsOf(*stage_.window().contentItem())};
   }
 
   ScriptedHttpSession& http() { return stage_.application.machine.http; }
@@ -141,7 +143,8 @@ class Day {
                       const std::vector<Inventory>& late, std::size_t Inventory::*count, double mostGrowth) {
     const std::size_t before = std::ranges::min(early, {}, count).*count;
     const std::size_t after = std::ranges::min(late, {}, count).*count;
-    tell(what + ": least of the first half, least of the second", std::to_string(before) + ", " + std::to_string(after));
+    tell(what + ": least of the first half, least of the second",
+         std::to_string(before) + ", " + std::to_string(after));
     expect(static_cast<double>(after) <= static_cast<double>(before) * mostGrowth, "It has grown.");
   }
 

@@ -14,7 +14,7 @@
 namespace quillmar {
 namespace {
 
-using Page = std::vector<DNSLog>;
+using LogPage = std::vector<DNSLog>;
 
 DNSLog entryOf(std::int64_t id, const std::string& domain, const std::string& time = "2016-10-08T12:00:00Z",
                bool wasBlocked = false) {
@@ -52,7 +52,7 @@ TEST_F(ActivityLogTest, takes_any_number_for_an_id) {
 }
 
 TEST_F(ActivityLogTest, finds_ids_again_among_many_in_any_order) {
-  Page page;
+  LogPage page;
   for (std::int64_t i = 0; i < 20'000; ++i) {
     page.push_back(entryOf(i * 7919 % 20'011 * (std::int64_t{1} << 32U), "a.example"));
   }
@@ -61,7 +61,7 @@ TEST_F(ActivityLogTest, finds_ids_again_among_many_in_any_order) {
 }
 
 TEST_F(ActivityLogTest, keeps_no_more_than_its_capacity) {
-  Page page;
+  LogPage page;
   for (std::size_t i = 0; i < ActivityLog::capacity + 10; ++i) {
     page.push_back(entryOf(static_cast<std::int64_t>(i), "a.example"));
   }
@@ -119,7 +119,7 @@ TEST_F(ActivityLogTest, shortens_bytes_that_are_no_text) {
 }
 
 // The bytes of an entry with all that is kept for it.
-double bytesPerEntry(const Page& page) {
+double bytesPerEntry(const LogPage& page) {
   const std::size_t before = liveBytes();
   ActivityLog log(DateStyles("en_US", "UTC"));
   log.add(0, page);
@@ -127,7 +127,7 @@ double bytesPerEntry(const Page& page) {
 }
 
 TEST_F(ActivityLogTest, needs_little_memory_also_if_every_name_is_another) {
-  Page page;
+  LogPage page;
   for (int i = 0; i < 200'000; ++i) {
     page.push_back(entryOf(i, "host" + std::to_string(i) + ".site" + std::to_string(i % 1000) + ".example"));
   }
@@ -135,7 +135,7 @@ TEST_F(ActivityLogTest, needs_little_memory_also_if_every_name_is_another) {
 }
 
 TEST_F(ActivityLogTest, does_not_keep_65000_letters) {
-  Page page;
+  LogPage page;
   for (int i = 0; i < 1000; ++i) {
     page.push_back(entryOf(i, std::string(65'000, 'w') + std::to_string(i)));
   }
