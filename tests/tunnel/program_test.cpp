@@ -53,6 +53,7 @@ TEST(TunnelOptions, that_are_wrong_are_named) {
   const std::vector<std::pair<Words, std::string>> cases{
       {{}, "a command is missing."},
       {{"dance"}, "there is no command 'dance'."},
+      {{"worker"}, "there is no command 'worker'."},
       {{"serve"}, "the option '--endpoint' is missing."},
       {{"serve", "--fast"}, "there is no option '--fast'."},
       {{"serve", "--endpoint"}, "the option '--endpoint' needs a value."},

@@ -289,6 +289,24 @@ TEST_F(TunnelWorker, has_nothing_open_but_sockets_and_what_it_waits_with) {
                                  std::pair("socket", 4)));
 }
 
+TEST(TunnelWorkerWithoutAuthorities, says_so_and_is_tried_again) {
+  boost::asio::io_context context{1};
+  std::vector<std::string> lines;
+  WorkerProcess worker(
+      context,
+      {.program = QUILLMAR_TUNNEL, .words = {"quillmar-tunnel", "worker"}, .caFile = "/nowhere/ca.pem"},
+      {.tell = [&](const std::string& line) { lines.push_back(line); },
+       .servers = {},
+       .reached = {},
+       .lastGood = [] { return LinkBootstrap::LastGood(); }});
+  while (lines.size() < 2) {
+    context.run_one();
+  }
+  EXPECT_THAT(lines[0], testing::StartsWith(
+                            "The worker can't begin: the certificate authorities in '/nowhere/ca.pem'"));
+  EXPECT_EQ(lines[1], "The worker ended with status 1; it is started again.");
+}
+
 TEST_F(TunnelWorker, is_limited) {
   ASSERT_EQ(ask("a.example"), "an answer");
   const auto limits =

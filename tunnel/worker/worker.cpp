@@ -44,7 +44,7 @@ Outgoing outgoing(boost::asio::io_context& context, std::unique_ptr<TlsClient> t
 }
 
 int giveUp(const std::string& problem) {
-  const auto message = encode(FromWorker(Line{problem + '.'}));
+  const auto message = encode(FromWorker(Line{"The worker can't begin: " + problem + '.'}));
   ::send(messagesDescriptor, message.data(), message.size(), MSG_NOSIGNAL);
   return 1;
 }
@@ -123,7 +123,7 @@ int runWorker() {
   Worker worker(context, messagesDescriptor, std::move(sockets),
                 std::get<std::unique_ptr<TlsClient>>(std::move(tls)), *begin);
   if (const auto problem = enterCage({begin->user, begin->group}); !problem.empty()) {
-    return giveUp("The worker can't be shut in: " + problem);
+    return giveUp(problem);
   }
   worker.run();
   return 0;
