@@ -85,9 +85,10 @@ bool isGiven(const QQuickItem& text, const QColor& ground) {
   return ground == brandRed && drawnAside(text) == 0;
 }
 
-// Whether a bar over the end of the page lies on it, so that its own ground is not seen.
+// Whether a bar over the end of the page, or its shadow, lies on it, so that its own ground is not seen.
 bool isCovered(const QQuickItem& text, const UiStage& stage) {
-  const QRectF place = text.mapRectToScene(text.boundingRect());
+  constexpr double shadow = 20;
+  const QRectF place = text.mapRectToScene(text.boundingRect()).adjusted(-shadow, -shadow, shadow, shadow);
   bool covered = false;
   forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
     covered =

@@ -14,6 +14,8 @@ T.Switch {
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
     Accessible.checked: checked
+    // By itself, Qt would change `checked` without announcing that a person did it.
+    Accessible.onToggleAction: flip()
 
     function flip() {
         toggle()

@@ -90,19 +90,6 @@ Page {
     }
 
     GroupedSection {
-        visible: page.notices !== null
-        header: page.notices?.section ?? ""
-        footer: page.notices?.caption ?? ""
-
-        ToggleRow {
-            first: true
-            text: page.notices?.title ?? ""
-            on: page.notices?.isOn ?? false
-            effect: page.notices?.flip ?? null
-        }
-    }
-
-    GroupedSection {
         header: page.screen.actionsSection
 
         ActionRow {
@@ -117,6 +104,19 @@ Page {
             ink: Theme.dangerText
             text: page.screen.resetTitle
             effect: page.screen.resetEnrollment
+        }
+    }
+
+    GroupedSection {
+        visible: page.notices !== null
+        header: page.notices?.section ?? ""
+        footer: page.notices?.caption ?? ""
+
+        ToggleRow {
+            first: true
+            text: page.notices?.title ?? ""
+            on: page.notices?.isOn ?? false
+            effect: page.notices?.flip ?? null
         }
     }
 
