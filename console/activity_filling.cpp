@@ -19,9 +19,13 @@ constexpr std::string_view repeatedPagesText = "The service keeps sending the sa
 
 }  // namespace
 
-ActivityFilling::ActivityFilling(ChildPage& page, ScreenModel& screen, const Calendar& calendar,
-                                 ActivityLog& log, std::function<void()> onAnswer)
-    : screen_(screen), page_(page), log_(log), calendar_(calendar), onAnswer_(std::move(onAnswer)) {}
+ActivityFilling::ActivityFilling(ChildPage& page, ScreenModel& screen, Calendar calendar, ActivityLog& log,
+                                 std::function<void()> onAnswer)
+    : screen_(screen),
+      page_(page),
+      log_(log),
+      calendar_(std::move(calendar)),
+      onAnswer_(std::move(onAnswer)) {}
 
 void ActivityFilling::load(const std::vector<Device>& devices) {
   isOpen_ = true;
@@ -169,6 +173,9 @@ FillingState ActivityFilling::computeState() const {
 
 std::string ActivityFilling::computeProgress() const {
   const auto count = std::ssize(log_.entries());
+  if (count == 0) {
+    return computeState() == FillingState::loading ? "Loading activity..." : "No requests";
+  }
   std::string text = calendar_.number(count) + (count == 1 ? " request" : " requests");
   if (const auto time = reached()) {
     text += ", back to " + page_.dateStyles().mediumDateShortTime(*time);

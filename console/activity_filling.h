@@ -39,7 +39,7 @@ class ActivityFilling {
   static constexpr int requestsPerMinute = 50;
 
   // `onAnswer` runs after each answer, whether entries have come with it or not.
-  ActivityFilling(ChildPage& page, ScreenModel& screen, const Calendar& calendar, ActivityLog& log,
+  ActivityFilling(ChildPage& page, ScreenModel& screen, Calendar calendar, ActivityLog& log,
                   std::function<void()> onAnswer);
 
   Published<FillingState> state{screen_, "filling", FillingState::loading};

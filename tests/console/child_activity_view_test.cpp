@@ -333,6 +333,7 @@ TEST_F(ActivityChartsTest, are_not_there_before_there_is_activity) {
   openPage();
   EXPECT_EQ(view->content(), ActivityContent::waiting);
   EXPECT_EQ(view->title(), "Mia's Activity");
+  EXPECT_EQ(filling().progressText(), "Loading activity...");
   serve();
   EXPECT_EQ(view->content(), ActivityContent::empty);
 }

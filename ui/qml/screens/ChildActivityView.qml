@@ -21,15 +21,13 @@ Page {
         visible: page.screen.content === "charts" || page.screen.content === "waiting"
         screen: page.screen
     }
-    QuietNote {
-        visible: page.screen.content === "noDevices"
-        text: page.screen.noDevicesText
-    }
     EmptyState {
-        visible: page.screen.content === "empty"
+        readonly property bool noDevices: page.screen.content === "noDevices"
+
+        visible: noDevices || page.screen.content === "empty"
         symbol: "chart.bar.fill"
-        heading: page.screen.emptyHeading
-        text: page.screen.emptyText
+        heading: noDevices ? page.screen.noDevicesText : page.screen.emptyHeading
+        text: noDevices ? "" : page.screen.emptyText
         Layout.fillWidth: true
         Layout.topMargin: Theme.section
     }
