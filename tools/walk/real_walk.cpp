@@ -63,10 +63,10 @@ bool RealWalk::ask(const std::string& name) {
   return finds(name, true, "A program finds the name, by way of the endpoint");
 }
 
-// In real time, in which the windows live on.
+// In real time, in which the windows live on. An imprecise timer may be seconds early.
 void RealWalk::pass(std::chrono::seconds time) {
   QEventLoop loop;
-  QTimer::singleShot(time, &loop, &QEventLoop::quit);
+  QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
   loop.exec();
 }
 
