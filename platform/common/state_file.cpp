@@ -1,12 +1,12 @@
 #include "platform/common/state_file.h"
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 
 #include "platform/common/file_descriptor.h"
 #include "platform/common/private_directory.h"

@@ -16,7 +16,7 @@ class StateFile {
   using Row = std::pair<std::string, std::string>;
 
   // Read no further: no one has so many rows.
-  static constexpr std::size_t longest = 16 * 1024;
+  static constexpr std::size_t longest = 16384;
 
   explicit StateFile(std::filesystem::path file) : file_(std::move(file)) {}
 
