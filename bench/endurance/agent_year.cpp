@@ -80,7 +80,8 @@ class Year {
     }
     tell("Check-ins", std::to_string(cloud_.checkins()));
     tell("Live heap at noon, from the second week on", std::to_string(*heap_) + " bytes, the same each day");
-    tell("Log of a day", std::to_string(log_.bytes() / static_cast<std::size_t>(length_.days) / 1024) + " KiB");
+    tell("Log of a day",
+         std::to_string(log_.bytes() / static_cast<std::size_t>(length_.days) / 1024) + " KiB");
   }
 
  private:
@@ -103,9 +104,11 @@ class Year {
     agent_.tunnel.forgetCalls();
     const auto checkins = cloud_.checkins();
     advance(1h);
-    expect(cloud_.checkins() - checkins == 60, on("an hour has " + std::to_string(cloud_.checkins() - checkins) + " check-ins"));
+    expect(cloud_.checkins() - checkins == 60,
+           on("an hour has " + std::to_string(cloud_.checkins() - checkins) + " check-ins"));
     expect(agent_.tunnel.operations().size() == 240,
-           on("an hour has " + std::to_string(agent_.tunnel.operations().size()) + " calls of the tunnel service"));
+           on("an hour has " + std::to_string(agent_.tunnel.operations().size()) +
+              " calls of the tunnel service"));
     agent_.tunnel.forgetCalls();
     const std::size_t heap = liveBytes();
     if (day_ == firstSteadyDay) {
@@ -200,7 +203,9 @@ class Year {
            on("the endpoint is not the service's"));
   }
 
-  std::string on(const std::string& fault) const { return "On day " + std::to_string(day_) + ": " + fault + "."; }
+  std::string on(const std::string& fault) const {
+    return "On day " + std::to_string(day_) + ": " + fault + ".";
+  }
   void advance(Duration duration) { expect(time_.advance(duration), "The work does not settle."); }
 
   const Length length_;

@@ -1,5 +1,5 @@
-// Many agents in one process and in virtual time. They enrol over a minute, check in for an hour, and lose the
-// service for ten minutes.
+// Many agents in one process and in virtual time. They enrol over a minute, check in for an hour, and lose
+// the service for ten minutes.
 
 #include <algorithm>
 #include <chrono>
@@ -35,7 +35,8 @@ class Fleet {
     const auto atRest = checkinsBySecond(1h);
     const auto atStart = std::vector(atRest.begin(), atRest.begin() + 60);
     for (std::size_t second = 0; second < atRest.size(); ++second) {
-      expect(atRest[second] == atStart[second % 60], "The check-ins of an hour do not stay spread as they started.");
+      expect(atRest[second] == atStart[second % 60],
+             "The check-ins of an hour do not stay spread as they started.");
     }
     tell("Agents", std::to_string(size_));
     tell("Live heap of an agent", kibibytes(heap_ / size_));
@@ -45,11 +46,13 @@ class Fleet {
     cloud_.isAway = true;
     const auto away = checkinsBySecond(10min);
     tellRate("while the service is away", away);
-    expect(std::ranges::none_of(agents_, [](const auto& agent) { return agent->isReached(); }), "An agent has not noticed.");
+    expect(std::ranges::none_of(agents_, [](const auto& agent) { return agent->isReached(); }),
+           "An agent has not noticed.");
     cloud_.isAway = false;
     const auto after = checkinsBySecond(10min);
     tellRate("after it came back", after);
-    expect(std::ranges::all_of(agents_, [](const auto& agent) { return agent->isReached() && agent->isProtected(); }),
+    expect(std::ranges::all_of(agents_,
+                               [](const auto& agent) { return agent->isReached() && agent->isProtected(); }),
            "An agent has not come back.");
     expect(std::ranges::max(after) <= std::ranges::max(atRest), "The outage was followed by a stampede.");
   }

@@ -25,7 +25,8 @@ inline bool isShort(int count, char** arguments) {
   if (count == 1) {
     return false;
   }
-  expect(count == 2 && std::string_view(arguments[1]) == "--short", "usage: " + std::string(arguments[0]) + " [--short]");
+  expect(count == 2 && std::string_view(arguments[1]) == "--short",
+         "usage: " + std::string(arguments[0]) + " [--short]");
   return true;
 }
 

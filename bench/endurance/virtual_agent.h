@@ -55,7 +55,8 @@ struct Surroundings {
 // device.
 class VirtualAgent {
  public:
-  explicit VirtualAgent(Surroundings& surroundings) : surroundings_(surroundings), tunnel(surroundings.dispatch) {
+  explicit VirtualAgent(Surroundings& surroundings)
+      : surroundings_(surroundings), tunnel(surroundings.dispatch) {
     tunnel.behaveLikePlatform();
     settings.set(settings::deviceRole, std::string("child"));
     settings.set(settings::region, std::string("australia"));

@@ -56,7 +56,8 @@ class VirtualCloud final : public HttpSession {
       return R"({"status":"ok")" + where;
     }
     const auto device = url.substr(url.rfind('/') + 1);
-    return R"({"status":"completed","api_base_url":"https://au.example","device_id":")" + device + '"' + where;
+    return R"({"status":"completed","api_base_url":"https://au.example","device_id":")" + device + '"' +
+           where;
   }
 
   Dispatch& dispatch_;

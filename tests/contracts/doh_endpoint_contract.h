@@ -103,7 +103,8 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
     return outcomes_.at(ticket);
   }
   // The status of the answer, and how many records it has.
-  std::pair<std::uint16_t, std::uint16_t> answerTo(const std::string& name, std::uint16_t recordType = type::a) {
+  std::pair<std::uint16_t, std::uint16_t> answerTo(const std::string& name,
+                                                   std::uint16_t recordType = type::a) {
     const auto& outcome = outcomeOf(ask(name, recordType));
     if (const auto* problem = std::get_if<std::string>(&outcome)) {
       ADD_FAILURE() << *problem;
@@ -146,7 +147,8 @@ TEST_P(DohEndpointContract, a_name_that_does_not_exist_is_an_answer) {
 
 TEST_P(DohEndpointContract, a_type_that_nobody_knows_is_answered) {
   constexpr std::uint16_t nobodyKnows = 65'280;
-  EXPECT_EQ(answerTo("www.site.example", nobodyKnows), (std::pair<std::uint16_t, std::uint16_t>(rcode::noError, 0)));
+  EXPECT_EQ(answerTo("www.site.example", nobodyKnows),
+            (std::pair<std::uint16_t, std::uint16_t>(rcode::noError, 0)));
 }
 
 TEST_P(DohEndpointContract, the_longest_name_is_answered) {

@@ -1,3 +1,5 @@
+#include "tests/contracts/doh_endpoint_contract.h"
+
 #include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -8,7 +10,6 @@
 
 #include "sandbox/http/certificates.h"
 #include "testing/temporary_directory.h"
-#include "tests/contracts/doh_endpoint_contract.h"
 #include "tests/sandbox/support/household.h"
 #include "tests/sandbox/support/run_command.h"
 
@@ -57,8 +58,9 @@ class DnsdistHarness final : public DohEndpointHarness {
     caFile_ = certificates->authority.string();
     std::ofstream(settings()) << "setSecurityPollSuffix('')\n"
                               << "setLocal('127.0.0.1:" << freePort() << "')\n"
-                              << "addDOHLocal('127.0.0.1:" << port_ << "', '" << certificates->certificate.string()
-                              << "', '" << certificates->key.string() << "', '/dns-query')\n"
+                              << "addDOHLocal('127.0.0.1:" << port_ << "', '"
+                              << certificates->certificate.string() << "', '" << certificates->key.string()
+                              << "', '/dns-query')\n"
                               << "addAction('ads.example', RCodeAction(DNSRCode.NXDOMAIN))\n"
                               << "addAction(QTypeRule(DNSQType.A), SpoofAction({'192.0.2.7'}, {ttl=60}))\n"
                               << "addAction(AllRule(), RCodeAction(DNSRCode.NOERROR))\n";
@@ -75,7 +77,8 @@ class DnsdistHarness final : public DohEndpointHarness {
   std::string settings() const { return (directory_.path() / "dnsdist.conf").string(); }
   // Its sockets are bound when it prints the line about its warranty.
   void start() {
-    program_.emplace(std::vector<std::string>{"dnsdist", "--supervised", "--disable-syslog", "-C", settings()});
+    program_.emplace(
+        std::vector<std::string>{"dnsdist", "--supervised", "--disable-syslog", "-C", settings()});
     const auto said = program_->readUntil("ABSOLUTELY NO WARRANTY");
     EXPECT_THAT(said, testing::HasSubstr("ABSOLUTELY NO WARRANTY"));
   }

@@ -1,5 +1,5 @@
-// What goes wrong with the endpoint: every question ends with an explanation, the log names the cause once, and
-// once the cause is gone the next question is answered.
+// What goes wrong with the endpoint: every question ends with an explanation, the log names the cause once,
+// and once the cause is gone the next question is answered.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -118,9 +118,9 @@ const std::vector<Fault> faults{
     {.name = "says_that_its_answers_are_truncated",
      .cause = "The endpoint's answer is truncated.",
      .answering = withBody([](const std::string& answer) { return withFlag(answer, flag::truncated); })},
-    {.name = "answers_nothing", .cause = "The endpoint's answer is malformed.", .answering = withBody([](const auto&) {
-       return "";
-     })},
+    {.name = "answers_nothing",
+     .cause = "The endpoint's answer is malformed.",
+     .answering = withBody([](const auto&) { return ""; })},
     {.name = "answers_65535_bytes_of_nothing",
      .cause = "The endpoint's answer is malformed.",
      .answering = withBody([](const auto&) { return std::string(largestMessage, '\xff'); })},
@@ -153,7 +153,8 @@ const std::vector<Fault> faults{
 struct TunnelFault : TunnelServer, testing::WithParamInterface<Fault> {
   // The endpoint has the fault while `isThere`.
   void startWith(const Fault& fault) {
-    start([this, misbehave = fault.answering](TestPeer& peer, std::int32_t stream, const std::string& question) {
+    start([this, misbehave = fault.answering](TestPeer& peer, std::int32_t stream,
+                                              const std::string& question) {
       if (isThere && misbehave) {
         return misbehave(peer, stream, question);
       }
@@ -213,10 +214,13 @@ class LateBootstrap final : public Bootstrap {
 TEST_F(TunnelServer, explains_that_the_endpoints_address_is_not_found_until_it_is) {
   std::atomic<bool> isKnown = false;
   endpoint = std::make_unique<TestEndpoint>(
-      [](TestPeer& peer, std::int32_t stream, const std::string& question) { peer.answer(stream, answerTo(question)); },
+      [](TestPeer& peer, std::int32_t stream, const std::string& question) {
+        peer.answer(stream, answerTo(question));
+      },
       "doh.example");
-  server = std::make_unique<RunningServer>(endpoint->url("doh.example"), endpoint->caFile(),
-                                           [&](boost::asio::io_context&) { return std::make_unique<LateBootstrap>(isKnown); });
+  server = std::make_unique<RunningServer>(
+      endpoint->url("doh.example"), endpoint->caFile(),
+      [&](boost::asio::io_context&) { return std::make_unique<LateBootstrap>(isKnown); });
   const std::string cause = "The endpoint's address is not known: ";
   expectExplained(askSeveral(server->port()), cause);
   EXPECT_THAT(server->told(), ElementsAre(StartsWith(cause)));

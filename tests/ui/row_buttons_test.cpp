@@ -24,7 +24,8 @@ constexpr auto allowedPolicy =
 
 struct RowButtons : testing::Test {
   explicit RowButtons(double textScale = 1, QSize size = {390, 2600})
-      : stage({.stored = signedInParent(), .size = size, .desktop = {.dark = false, .textScale = textScale}}) {
+      : stage(
+            {.stored = signedInParent(), .size = size, .desktop = {.dark = false, .textScale = textScale}}) {
     openChild(stage);
     http().forgetRequests();
     for (const auto* const list : {"/allow", "/block"}) {

@@ -10,8 +10,8 @@ namespace quillmar::ui {
 // Whether the person moved the focus by the keyboard.
 bool isKeyboards(Qt::FocusReason reason);
 
-// Tells an item that is no PressArea whether the keyboard brought it the focus. A popup that takes the focus and
-// returns it changes nothing.
+// Tells an item that is no PressArea whether the keyboard brought it the focus. A popup that takes the focus
+// and returns it changes nothing.
 class KeyFocus : public QObject {
   Q_OBJECT
   QML_ELEMENT
