@@ -29,7 +29,7 @@ RowLayout {
 
         Symbol {
             id: glass
-            x: box.mirrored ? box.width - width - Theme.gap : Theme.gap
+            x: LayoutMirroring.enabled ? box.width - width - Theme.gap : Theme.gap
             anchors.verticalCenter: parent.verticalCenter
             width: 20
             height: 20

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Layouts
-import Quillmar
 
 // The field of a screen's filter, while it is open. The focus returns from it to where it was.
 Loader {

@@ -4,16 +4,16 @@ import Quillmar
 
 // A child's devices, and the control over all of them.
 ColumnLayout {
-    id: controls
+    id: section
 
     required property var screen
 
     spacing: Theme.between
 
-    SectionTitle { text: controls.screen.devicesTitle }
+    SectionTitle { text: section.screen.devicesTitle }
     RowGround {
         id: devices
-        model: controls.screen.shownDevices
+        model: section.screen.shownDevices
         placeholder: noDevices
 
         DeviceSwipeRow {
@@ -23,7 +23,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
-            part: controls.screen.filterText
+            part: section.screen.filterText // qmllint disable unqualified
             first: index === 0
             detail: modelData.lastSeenText
             tint: Theme.tint(modelData.iconColor)
@@ -41,29 +41,29 @@ ColumnLayout {
     QuietNote {
         id: noDevices
         visible: devices.count === 0
-        text: controls.screen.noDeviceMatch ?? controls.screen.noDevicesText
+        text: section.screen.noDeviceMatch ?? section.screen.noDevicesText
     }
     SecondaryButton {
-        symbol: controls.screen.linkDeviceIcon
-        text: controls.screen.linkDeviceTitle
-        effect: controls.screen.linkDevice
+        symbol: section.screen.linkDeviceIcon
+        text: section.screen.linkDeviceTitle
+        effect: section.screen.linkDevice
         Layout.fillWidth: true
     }
 
-    SectionTitle { text: controls.screen.controlsTitle }
+    SectionTitle { text: section.screen.controlsTitle }
     Card {
         spacing: Theme.between
         Layout.fillWidth: true
 
         Toggle {
-            text: controls.screen.blockTitle
-            checked: controls.screen.isBlocked
-            onToggled: controls.screen.isBlocked = checked
+            text: section.screen.blockTitle
+            checked: section.screen.isBlocked
+            onToggled: section.screen.isBlocked = checked
             Layout.fillWidth: true
-            Accessible.description: controls.screen.blockCaption
+            Accessible.description: section.screen.blockCaption
         }
         Label {
-            text: controls.screen.blockCaption
+            text: section.screen.blockCaption
             font: Theme.footnote
             color: Theme.cardSecondaryText
             Layout.fillWidth: true
@@ -71,9 +71,9 @@ ColumnLayout {
             Accessible.ignored: true
         }
         Banner {
-            visible: controls.screen.blockWarning !== null
-            text: controls.screen.blockWarning ?? ""
-            symbol: controls.screen.blockWarningIcon
+            visible: section.screen.blockWarning !== null
+            text: section.screen.blockWarning ?? ""
+            symbol: section.screen.blockWarningIcon
             Layout.fillWidth: true
         }
     }

@@ -31,7 +31,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
-            part: tab.screen.filterText
+            part: tab.screen.filterText // qmllint disable unqualified
             first: index === 0
             title: modelData.site
             time: modelData.timeText
@@ -61,7 +61,7 @@ ColumnLayout {
             required property int index
 
             row: modelData
-            part: tab.screen.filterText
+            part: tab.screen.filterText // qmllint disable unqualified
             first: index === 0
             title: modelData.domain
             effect: modelData.remove

@@ -76,7 +76,7 @@ Page {
             required property int index
 
             row: modelData
-            part: page.screen.filterText
+            part: page.screen.filterText // qmllint disable unqualified
             first: index === 0
             detail: modelData.deviceTypeLabel
             pressable: true
