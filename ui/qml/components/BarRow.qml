@@ -75,7 +75,7 @@ Pressable {
             Label {
                 text: row.bar.number
                 font: Theme.footnote
-                color: Theme.cardSecondaryText
+                color: row.bar.isSelected ? Theme.text : Theme.cardSecondaryText
                 lineHeight: 1
                 Layout.maximumWidth: row.width - 2 * Theme.gap
                 Accessible.ignored: true

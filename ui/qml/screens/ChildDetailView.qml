@@ -56,8 +56,8 @@ Page {
     function arrange() {
         const focused = Window.activeFocusItem
         forgetPlace()
-        for (const [part, place] of twoColumns ? [[controls, left], [sites, left], [tabs, right], [activity, right]]
-                                               : [[tabs, top], [controls, below], [activity, below], [sites, below]]) {
+        for (const [part, place] of twoColumns ? [[controls, left], [sites, left], [tabs, right], [filter, right], [activity, right]]
+                                               : [[tabs, top], [filter, top], [controls, below], [activity, below], [sites, below]]) {
             part.parent = place
         }
         if (focused && isWithin(focused)) {
@@ -114,8 +114,6 @@ Page {
         }
     }
 
-    FilterPlace { screen: page.screen }
-
     // In one column the controls stand around the activity of the tab "Real-Time". In two they stand at the left,
     // whatever the tab.
     Item {
@@ -135,6 +133,7 @@ Page {
             Column {
                 id: top
                 width: page.contentWidth
+                spacing: Theme.gap
 
                 SegmentedTabs {
                     id: tabs
@@ -142,6 +141,11 @@ Page {
                     focus: true
                     options: page.screen.tabs
                     onChosen: option => page.screen.selectedTab = option
+                }
+                FilterPlace {
+                    id: filter
+                    width: parent ? parent.width : 0
+                    screen: page.screen
                 }
             }
             Column {
