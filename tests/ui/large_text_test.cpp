@@ -35,11 +35,14 @@ class OutsideTexts {
     const auto document = QJsonDocument::fromJson(QByteArray::fromStdString(body));
     addValue(document.isArray() ? QJsonValue(document.array()) : QJsonValue(document.object()));
   }
-  // True for such a text in any case, and for the end of a host's name.
+  // True for such a text in any case, for the end of a host's name, and for the start of one, with an
+  // ellipsis.
   bool has(const QString& shown) const {
     const QString wanted = shown.toCaseFolded();
-    return texts_.contains(wanted) ||
-           std::ranges::any_of(texts_, [&](const QString& text) { return text.endsWith(u'.' + wanted); });
+    const bool isStart = wanted.endsWith(u'…') && wanted.size() > 1;
+    return texts_.contains(wanted) || std::ranges::any_of(texts_, [&](const QString& text) {
+             return text.endsWith(u'.' + wanted) || (isStart && text.startsWith(wanted.chopped(1)));
+           });
   }
 
  private:
