@@ -28,7 +28,7 @@ std::unique_ptr<icu::DateFormat> makeFormat(const char* skeleton, const icu::Loc
   return format;
 }
 
-std::string written(Date date, const std::unique_ptr<icu::DateFormat>& format) {
+std::string formatted(Date date, const std::unique_ptr<icu::DateFormat>& format) {
   icu::UnicodeString text;
   return format ? utf8(format->format(icuDate(date), text)) : std::string();
 }
@@ -101,12 +101,12 @@ std::vector<Date> Calendar::hoursOf(LocalDay day) const {
   return starts;
 }
 
-std::string Calendar::hour(Date date) const { return written(date, formats_->hour); }
+std::string Calendar::hour(Date date) const { return formatted(date, formats_->hour); }
 
-std::string Calendar::weekday(LocalDay day) const { return written(startOf(day), formats_->weekday); }
+std::string Calendar::weekday(LocalDay day) const { return formatted(startOf(day), formats_->weekday); }
 
 std::string Calendar::weekdayAndDate(LocalDay day) const {
-  return written(startOf(day), formats_->weekdayAndDate);
+  return formatted(startOf(day), formats_->weekdayAndDate);
 }
 
 std::string Calendar::number(std::int64_t number) const {

@@ -52,9 +52,9 @@ Member* KeyCommands::answerTo(Command command) const {
   return answer == answers_.end() ? nullptr : &answer->action;
 }
 
-bool KeyCommands::perform(const KeyPress& press) const {
-  Member* const action = answerTo(press.command);
-  const auto arguments = bindingOf(press.command).isRow ? Value::List{press.number} : Value::List();
+bool KeyCommands::press(const KeyPress& keys) const {
+  Member* const action = answerTo(keys.command);
+  const auto arguments = bindingOf(keys.command).isRow ? Value::List{keys.number} : Value::List();
   return action && action->perform(arguments);
 }
 

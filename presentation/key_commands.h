@@ -66,7 +66,7 @@ class KeyCommands final : public Member {
   KeyCommands(ObservableObject& screen, std::vector<Answer> answers);
 
   // False if no enabled action answers.
-  bool perform(const KeyPress& press) const;
+  bool press(const KeyPress& keys) const;
   bool answers(Command command) const { return answerTo(command) != nullptr; }
   // Of the action's tooltip; empty if no key performs it.
   std::string_view keyOf(const Member& action) const;

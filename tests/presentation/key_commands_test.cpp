@@ -38,7 +38,7 @@ class KeyedScreen final : public ObservableObject {
   std::string press(std::string_view key) {
     done = "";
     const auto asked = keyPress(key);
-    const bool isPerformed = asked && keys.perform(*asked);
+    const bool isPerformed = asked && keys.press(*asked);
     EXPECT_EQ(isPerformed, !done().empty()) << key;
     return done();
   }

@@ -310,7 +310,7 @@ bool ModelBridge::pressKey(int key, int modifiers) {
   const QKeyCombination pressed(Qt::KeyboardModifiers(modifiers & ~Qt::KeypadModifier),
                                 static_cast<Qt::Key>(key));
   const auto asked = keyPress(QKeySequence(pressed).toString(QKeySequence::PortableText).toStdString());
-  return alive && keyCommands_ && asked && keyCommands_->perform(*asked);
+  return alive && keyCommands_ && asked && keyCommands_->press(*asked);
 }
 
 // Releases the model at once, so that callbacks it started find it gone. The bridge keeps the last values
