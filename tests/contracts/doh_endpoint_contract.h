@@ -102,7 +102,7 @@ class DohEndpointContract : public testing::TestWithParam<Factory<DohEndpointHar
     EXPECT_TRUE(runUntil(outcomes_.size() + (outcomes_.contains(ticket) ? 0 : 1)));
     return outcomes_.at(ticket);
   }
-  // The status of the answer, and how many records it has.
+  // The response code and the number of answer records.
   std::pair<std::uint16_t, std::uint16_t> answerTo(const std::string& name,
                                                    std::uint16_t recordType = type::a) {
     const auto& outcome = outcomeOf(ask(name, recordType));
@@ -145,9 +145,9 @@ TEST_P(DohEndpointContract, a_name_that_does_not_exist_is_an_answer) {
   EXPECT_EQ(answerTo("www.ads.example").first, rcode::nxDomain);
 }
 
-TEST_P(DohEndpointContract, a_type_that_nobody_knows_is_answered) {
-  constexpr std::uint16_t nobodyKnows = 65'280;
-  EXPECT_EQ(answerTo("www.site.example", nobodyKnows),
+TEST_P(DohEndpointContract, an_unknown_type_is_answered) {
+  constexpr std::uint16_t unknownType = 65'280;
+  EXPECT_EQ(answerTo("www.site.example", unknownType),
             (std::pair<std::uint16_t, std::uint16_t>(rcode::noError, 0)));
 }
 

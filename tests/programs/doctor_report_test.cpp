@@ -126,8 +126,8 @@ TEST_F(DoctorReport, a_tunnel_that_is_set_up_has_a_line_for_each_of_its_parts) {
                            .endpoint = {true, "answers."},
                            .network = {true, "leads out."}};
   const auto lines = examine(probes, DeviceRole::child).lines;
-  ASSERT_GT(lines.size(), 8);
-  EXPECT_THAT(std::vector(lines.begin() + 3, lines.begin() + 8),
+  ASSERT_GT(lines.size(), 9);
+  EXPECT_THAT(std::vector(lines.begin() + 4, lines.begin() + 9),
               testing::ElementsAre("works     Tunnel: is on.", "MISSING   Redirection of DNS: is missing.",
                                    "works     Lookup of names: goes through.", "works     Endpoint: answers.",
                                    "works     Network: leads out."));

@@ -1,5 +1,5 @@
-// What goes wrong with the endpoint: every question ends with an explanation, the log names the cause once,
-// and once the cause is gone the next question is answered.
+// Faults of the endpoint. Every query gets an explained SERVFAIL, the log names the cause once, and the next
+// query after the fault is answered.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -221,7 +221,7 @@ TEST_F(TunnelServer, explains_that_the_endpoints_address_is_not_found_until_it_i
   server = std::make_unique<RunningServer>(
       endpoint->url("doh.example"), endpoint->caFile(),
       [&](boost::asio::io_context&) { return std::make_unique<LateBootstrap>(isKnown); });
-  const std::string cause = "The endpoint's address is not known: ";
+  const std::string cause = "The endpoint's address can't be found: ";
   expectExplained(askSeveral(server->port()), cause);
   EXPECT_THAT(server->told(), ElementsAre(StartsWith(cause)));
   isKnown = true;
