@@ -374,7 +374,7 @@ void holdActivity(UiStage& s) {
 std::string hostileActivity(Date now) {
   std::string list = logJson(1, std::string(65000, 'w') + ".example", false, now);
   list += "," + logJson(2, "<b>bold</b>.example", true, now) + "," +
-          logJson(3, "\u202Egro.elpmaxe", false, now) + "," + logJson(4, "", false, now) + "," +
+          logJson(3, "\u202Egro.elpmaxe\u202C", false, now) + "," + logJson(4, "", false, now) + "," +
           logJson(5, std::string(60, 'm') + "." + std::string(60, 'W') + ".example", true, now);
   std::string unreadable = logJson(6, "clock.example", false, now);
   unreadable.replace(unreadable.find("2016"), 4, "when");

@@ -66,7 +66,11 @@ bool RealWalk::ask(const std::string& name) {
 // In real time, in which the windows live on. An imprecise timer may be seconds early.
 void RealWalk::pass(std::chrono::seconds time) {
   QEventLoop loop;
-  QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+  QTimer timer;
+  timer.setTimerType(Qt::PreciseTimer);
+  timer.setSingleShot(true);
+  QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+  timer.start(time);
   loop.exec();
 }
 
