@@ -28,7 +28,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int wholeDay = 10'000;
-constexpr int shortForm = 300;
+constexpr int shortForm = 2000;
 constexpr int siteCount = 500;
 constexpr int parts = 10;
 
