@@ -109,8 +109,7 @@ struct ModelBridge::Entry {
 
 ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* parent)
     : QQmlPropertyMap(this, parent), model_(std::move(model)), keyCommands_(findKeyCommands(*model_)) {
-  insert(QStringLiteral("typeName"), exactText(model_->typeName()));
-  insert(sheetKey, QVariant::fromValue<QObject*>(nullptr));
+  declareProperties();
   for (Member* const member : model_->members()) {
     addEntry(*member);
   }
@@ -118,6 +117,19 @@ ModelBridge::ModelBridge(std::shared_ptr<ObservableObject> model, QObject* paren
 }
 
 ModelBridge::~ModelBridge() = default;
+
+// All at once: a property that is added alone has the whole meta-object built anew.
+void ModelBridge::declareProperties() {
+  QVariantHash properties{{QStringLiteral("typeName"), exactText(model_->typeName())},
+                          {sheetKey, QVariant::fromValue<QObject*>(nullptr)}};
+  for (const Member* const member : model_->members()) {
+    properties.insert(exactText(member->name()), {});
+    if (isPage(*member)) {
+      properties.insert(pageKey, QVariant::fromValue<QObject*>(nullptr));
+    }
+  }
+  insert(properties);
+}
 
 void ModelBridge::addEntry(Member& member) {
   auto& entry = *entries_.emplace_back(

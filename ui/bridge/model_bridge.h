@@ -88,6 +88,7 @@ class ModelBridge final : public QQmlPropertyMap {
  private:
   struct Entry;
 
+  void declareProperties();
   void addEntry(Member& member);
   void addList(Entry& entry);
   void scheduleRefresh(const Member& changed);
