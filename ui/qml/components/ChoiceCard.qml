@@ -46,7 +46,7 @@ Pressable {
             radius: implicitWidth * 0.3
             from: card.from
             to: card.to
-            Layout.alignment: card.horizontal ? Qt.AlignVCenter : Qt.AlignHCenter | Qt.AlignTop
+            Layout.alignment: card.horizontal ? Qt.AlignVCenter : Qt.AlignHCenter
 
             Symbol {
                 anchors.centerIn: parent

@@ -25,7 +25,7 @@ FocusScope {
     // True while the focus moves for another reason than that the person moves it, such as a change of a list's rows; the
     // page does not scroll for that.
     property bool handingOver: false
-    readonly property Item anchor: focused instanceof TextBox && focused.keepsPlace && isWithin(focused) ? focused : list
+    readonly property Item anchor: focused?.keepsPlace && isWithin(focused) ? focused : list
     property real anchorPlace: NaN
     // Everything got another place since the last frame.
     property bool rearranged: false
