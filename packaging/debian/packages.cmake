@@ -43,7 +43,7 @@ set(qml_modules qt-labs-folderlistmodel qtqml qtqml-workerscript qtquick qtquick
                 qtquick-templates qtquick-window)
 list(TRANSFORM qml_modules PREPEND qml6-module-)
 list(JOIN qml_modules ", " qml_modules)
-set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "ca-certificates, libqt6svg6, ${qml_modules}")
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "ca-certificates, ${qml_modules}")
 string(JOIN ", " CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS
   quillmar-agent quillmar-camera quillmar-tunnel network-manager "gnome-keyring | libkf5wallet-bin | keepassxc" fonts-inter fonts-noto-color-emoji
   libgl1-mesa-dri qt6-wayland xdg-desktop-portal)

@@ -1,18 +1,22 @@
 #include "ui/items/picture_item.h"
 
-#include <QImageReader>
+#include <QPainter>
+#include <QSvgRenderer>
 #include <algorithm>
 
 namespace quillmar::ui {
 
+// Not by QImageReader, which would open every plugin for pictures that is installed.
 QImage readDrawing(const QString& file, int side) {
-  // With the format given, the reader does not load the plugins of the others.
-  QImageReader reader(file, "svg");
-  reader.setScaledSize(QSize(side, side));
-  QImage image = reader.read();
-  if (image.isNull()) {
-    qWarning("%s cannot be drawn: %s", qUtf8Printable(file), qUtf8Printable(reader.errorString()));
+  QSvgRenderer drawing(file);
+  if (!drawing.isValid()) {
+    qWarning("%s cannot be drawn", qUtf8Printable(file));
+    return {};
   }
+  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  drawing.render(&painter);
   return image;
 }
 
