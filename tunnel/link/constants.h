@@ -4,7 +4,8 @@ namespace quillmar::tunnel {
 
 inline constexpr const char* deviceName = "quillmar0";
 
-// Of no network (RFC 2544, RFC 4193): the listener has them on the tunnel's device.
+// Addresses that no network uses (RFC 2544, RFC 4193). The tunnel's device has them, and the listener is
+// bound to them.
 inline constexpr const char* tunnelAddress4 = "198.18.53.53";
 inline constexpr const char* tunnelAddress6 = "fd71:7569:6c6c:53::53";
 

@@ -68,7 +68,7 @@ std::string forgetDnsFlows() {
   });
   for (const auto& deletion : deletions) {
     const int failed = requests.request(messageType(IPCTNL_MSG_CT_DELETE), deletion);
-    if (failed != 0 && failed != ENOENT) {  // it has ended meanwhile
+    if (failed != 0 && failed != ENOENT) {  // the flow has ended meanwhile
       error = failed;
     }
   }

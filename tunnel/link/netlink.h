@@ -12,7 +12,7 @@
 // The part of netlink(7) that the tunnel needs.
 namespace quillmar::tunnel::netlink {
 
-// The kernel sends no longer messages.
+// No message of the kernel is longer.
 inline constexpr std::size_t largestRead = std::size_t{64} * 1024;
 
 // Appends to a message's payload.

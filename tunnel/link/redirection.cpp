@@ -17,7 +17,8 @@
 namespace quillmar::tunnel {
 namespace {
 
-// Adding it first makes the deletion work where there is none. As one transaction no packet sees it missing.
+// Deletes the table. It is added first, because deleting a missing table is an error. Both commands are one
+// transaction.
 constexpr std::string_view removal = R"(
 table inet quillmar_tunnel
 delete table inet quillmar_tunnel
@@ -28,17 +29,16 @@ table inet quillmar_tunnel_release
 delete table inet quillmar_tunnel_release
 )";
 
-// Numbers: the addresses of constants.h. WORKER stands for a user's.
+// The addresses are those of constants.h. WORKER is replaced by the worker's user id.
 //
-// - What goes to an address of this machine stays as it is: resolvers here keep their clients, and what they
-//   ask outside is turned.
-// - What the worker sends passes, whatever its port.
-// - The translation alone would not do: once the tunnel's address is gone its packets would be routed like
-//   any others, and some flows are not translated at all. So what is still on its way out after it is
-//   refused.
-// - A program that connects over TCP is told by a reset; it would try again for seconds after an ICMP
-// message.
-// - An answer from the tunnel's address can't reach a question that went to a link-local one.
+// - DNS to an address of this machine is not redirected, so local resolvers keep their clients. The queries
+// that they send to other machines are redirected.
+// - Packets of the worker are never redirected or refused.
+// - DNS that is still leaving after the translation is refused. Some flows are not translated, and without
+// the tunnel's device packets to its address would be routed to the network.
+// - TCP is refused by a reset, because programs repeat a connection attempt for seconds after an ICMP error.
+// - DNS to a link-local address is refused without translation, because an answer from the tunnel's address
+// can't reach a socket bound to the link.
 constexpr std::string_view rules = R"(
 table inet quillmar_tunnel {
   chain turn {
@@ -79,7 +79,7 @@ table inet quillmar_tunnel {
 
 constexpr std::string_view worker = "WORKER";
 
-// A file without a name, in memory.
+// An unnamed file in memory.
 OpenFile memoryFile(std::string_view text) {
   OpenFile file(::memfd_create("nft", MFD_CLOEXEC));
   const bool isWhole = ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());

@@ -6,17 +6,20 @@
 
 namespace quillmar::tunnel {
 
-// The kernel's rules that turn this machine's DNS, and what it routes, to the tunnel's address. They outlive
-// this program: while nobody answers there, DNS is refused rather than let out. Each of these ends whole or
-// changes nothing, and says what the problem is, if there is one.
-// What this user's programs send by themselves passes.
+// The kernel's rules that redirect DNS of this machine, and DNS that it routes for others, to the tunnel's
+// address. They stay when this program ends: DNS is then refused, and never sent unprotected.
+//
+// Each function takes effect completely or not at all. It returns the problem, or an empty text.
+//
+// Packets of the user `passes` are not redirected.
 std::string putRedirection(uid_t passes);
 std::string liftRedirection();
-// Lifts it so that a service that runs takes it as the end of its work, not as somebody's mistake.
+// Removes the rules and tells a running service to end protection. Without that sign the service would
+// restore them.
 std::string releaseRedirection();
 
 inline constexpr const char* redirectionTable = "quillmar_tunnel";
-// Comes and goes with a release; never stays.
+// Created and deleted in one transaction with the removal of the rules. It is the sign of a release.
 inline constexpr const char* releaseTable = "quillmar_tunnel_release";
 
 }  // namespace quillmar::tunnel

@@ -3,12 +3,10 @@
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
 #include <net/if.h>
-#include <sys/socket.h>
 
-#include <cerrno>
 #include <cstring>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include "tunnel/link/constants.h"
 #include "tunnel/link/netlink.h"
@@ -66,7 +64,7 @@ bool RouteReader::takeLink(bool isThere, std::string_view payload) {
   return !isNew && works && !worked;
 }
 
-// Those of a link that has gone are not told.
+// The kernel does not report the removed routes of a link that has gone down.
 void RouteReader::forgetWaysThrough(int link) {
   std::erase_if(ways_, [&](const auto& way) { return way.first == link; });
 }
@@ -88,35 +86,11 @@ bool RouteReader::takeRoute(bool isThere, std::string_view payload) {
 }
 
 RouteWatch::RouteWatch(boost::asio::io_context& context, std::function<void()> changed)
-    : socket_(context), changed_(std::move(changed)) {
-  if (auto socket = netlink::open(NETLINK_ROUTE, groups, false)) {
-    socket_.assign(socket.release());
-    wait();
-  }
-}
-
-void RouteWatch::wait() {
-  socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read,
-                     [this](boost::system::error_code error) {
-                       if (!error) {
-                         read();
-                         wait();
-                       }
-                     });
-}
-
-void RouteWatch::read() {
-  std::vector<char> buffer(netlink::largestRead);
-  for (;;) {
-    const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    const bool isMissed = size < 0 && errno == ENOBUFS;
-    if (size <= 0 && !isMissed) {
-      return;
-    }
-    if (isMissed || reader_.read({buffer.data(), static_cast<std::size_t>(size)})) {
-      changed_();
-    }
-  }
-}
+    : changed_(std::move(changed)),
+      watch_(context, NETLINK_ROUTE, groups, [this](std::optional<std::string_view> messages) {
+        if (!messages || reader_.read(*messages)) {
+          changed_();
+        }
+      }) {}
 
 }  // namespace quillmar::tunnel

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/posix/stream_descriptor.hpp>
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <set>
@@ -10,13 +8,15 @@
 #include <string_view>
 #include <utility>
 
+#include "tunnel/link/netlink_watch.h"
+
 namespace quillmar::tunnel {
 
-// Reads the kernel's notifications of links, addresses and routes for what matters to connections to the
-// outside. Much is told again and again without a change, and is nothing.
+// Reads the kernel's notifications of links, addresses and routes, and recognizes new ways to the outside.
+// Notifications that repeat the known state are ignored.
 class RouteReader {
  public:
-  // Whether there may be another way out than before.
+  // Returns whether a new way to the outside may exist.
   bool read(std::string_view notifications);
 
  private:
@@ -25,7 +25,7 @@ class RouteReader {
   void forgetWaysThrough(int link);
 
   std::map<int, bool> carriers_;
-  // The default routes, by link; what else there is to each is not looked into.
+  // The default routes as (link, identifying attributes).
   std::set<std::pair<int, std::string>> ways_;
 };
 
@@ -34,12 +34,9 @@ class RouteWatch {
   RouteWatch(boost::asio::io_context& context, std::function<void()> changed);
 
  private:
-  void wait();
-  void read();
-
-  boost::asio::posix::stream_descriptor socket_;
   const std::function<void()> changed_;
   RouteReader reader_;
+  NetlinkWatch watch_;
 };
 
 }  // namespace quillmar::tunnel

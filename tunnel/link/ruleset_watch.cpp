@@ -3,11 +3,7 @@
 #include <linux/netfilter/nf_tables.h>
 #include <linux/netfilter/nfnetlink.h>
 #include <linux/netlink.h>
-#include <sys/socket.h>
 
-#include <array>
-#include <cerrno>
-#include <string>
 #include <utility>
 
 #include "tunnel/link/netlink.h"
@@ -57,36 +53,17 @@ void RulesetReader::take(unsigned message, std::string_view table) {
 }
 
 RulesetWatch::RulesetWatch(boost::asio::io_context& context, Changed changed)
-    : socket_(context), changed_(std::move(changed)) {
-  if (auto socket = netlink::open(NETLINK_NETFILTER, nftablesGroup, false)) {
-    socket_.assign(socket.release());
-    wait();
+    : changed_(std::move(changed)),
+      watch_(context, NETLINK_NETFILTER, nftablesGroup,
+             [this](std::optional<std::string_view> messages) { read(messages); }) {}
+
+void RulesetWatch::read(std::optional<std::string_view> messages) {
+  if (!messages) {  // a lost message may have been about our table
+    changed_(RulesetChange::redirectionTouched);
+    return;
   }
-}
-
-void RulesetWatch::wait() {
-  socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read,
-                     [this](boost::system::error_code error) {
-                       if (!error) {
-                         read();
-                         wait();
-                       }
-                     });
-}
-
-void RulesetWatch::read() {
-  std::vector<char> buffer(netlink::largestRead);
-  for (;;) {
-    const auto size = ::recv(socket_.native_handle(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (size < 0 && errno == ENOBUFS) {  // notifications were lost
-      changed_(RulesetChange::redirectionTouched);
-    } else if (size <= 0) {
-      return;
-    } else {
-      for (const auto change : reader_.read({buffer.data(), static_cast<std::size_t>(size)})) {
-        changed_(change);
-      }
-    }
+  for (const auto change : reader_.read(*messages)) {
+    changed_(change);
   }
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <boost/asio/io_context.hpp>
-#include <boost/asio/posix/stream_descriptor.hpp>
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <vector>
 
-#include "tunnel/link/open_file.h"
+#include "tunnel/link/netlink_watch.h"
 
 namespace quillmar::tunnel {
 
@@ -36,15 +36,14 @@ class RulesetWatch {
   RulesetWatch(boost::asio::io_context& context, Changed changed);
 
   // Whether this machine sends notifications.
-  bool works() const { return socket_.is_open(); }
+  bool works() const { return watch_.works(); }
 
  private:
-  void wait();
-  void read();
+  void read(std::optional<std::string_view> messages);
 
-  boost::asio::posix::stream_descriptor socket_;
-  Changed changed_;
+  const Changed changed_;
   RulesetReader reader_;
+  NetlinkWatch watch_;
 };
 
 }  // namespace quillmar::tunnel

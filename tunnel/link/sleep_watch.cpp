@@ -29,7 +29,7 @@ SleepWatch::SleepWatch(boost::asio::io_context& context, std::function<void()> w
 }
 
 void SleepWatch::wait() {
-  // A time that never comes, and a call when the clock jumps.
+  // The timer never expires, but is cancelled when the clock is set, which wakes the waiting call.
   const itimerspec never{.it_interval = {},
                          .it_value = {.tv_sec = std::numeric_limits<time_t>::max(), .tv_nsec = 0}};
   ::timerfd_settime(clock_.native_handle(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);

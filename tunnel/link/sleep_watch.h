@@ -10,17 +10,17 @@ namespace quillmar::tunnel {
 // How long this machine has slept since it started.
 std::chrono::nanoseconds timeAsleep();
 
-// Tells when this machine has slept. The kernel wakes whoever waits for a change of the clock, and waking up
-// is one; nobody looks at it in between, and no other program is asked.
+// Reports that this machine has slept. The kernel sets the clock when the machine wakes up, and notifies a
+// timer of this program. There is no polling.
 class SleepWatch {
  public:
-  // Shorter than this is no sleep that a connection would not survive.
+  // Connections survive a shorter sleep.
   static constexpr std::chrono::seconds shortest{1};
 
   SleepWatch(boost::asio::io_context& context, std::function<void()> woke,
              std::function<std::chrono::nanoseconds()> asleep = timeAsleep);
 
-  // The clock has changed, for one reason or another.
+  // Called when the clock was set, for whatever reason.
   void look();
 
  private:

@@ -14,8 +14,8 @@ using TunDevice = OpenFile;
 // The device, or the problem.
 std::variant<TunDevice, std::string> openTunDevice(const std::string& name);
 
-// Removes the device, whoever made it. Returns the problem, or an empty text; a device that does not exist is
-// none.
+// Removes the device, even if another process created it. Returns the problem, or an empty text. A missing
+// device is no problem.
 std::string removeDevice(const std::string& name);
 
 }  // namespace quillmar::tunnel
