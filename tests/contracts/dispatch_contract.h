@@ -21,13 +21,8 @@
 namespace quillmar {
 
 // A dispatch and the means to run its main queue. Main thread only.
-class DispatchHarness {
+class DispatchHarness : public Harness {
  public:
-  DispatchHarness() = default;
-  DispatchHarness(const DispatchHarness&) = delete;
-  DispatchHarness& operator=(const DispatchHarness&) = delete;
-  virtual ~DispatchHarness() = default;
-
   virtual Dispatch& dispatch() = 0;
   // Runs and waits for tasks of the main queue until `done` returns true after one of them. False after a
   // timeout.

@@ -24,13 +24,8 @@ namespace quillmar::tunnel {
 
 // An endpoint. Every name below "site.example" has an IPv4 address there, and no name below "ads.example"
 // exists.
-class DohEndpointHarness {
+class DohEndpointHarness : public Harness {
  public:
-  DohEndpointHarness() = default;
-  DohEndpointHarness(const DohEndpointHarness&) = delete;
-  DohEndpointHarness& operator=(const DohEndpointHarness&) = delete;
-  virtual ~DohEndpointHarness() = default;
-
   virtual std::string url() = 0;
   virtual std::string caFile() = 0;
   // Existing connections end without another answer. New ones work.

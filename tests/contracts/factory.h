@@ -5,6 +5,15 @@
 
 namespace quillmar {
 
+// The base of what an adapter's test provides to a suite.
+class Harness {
+ public:
+  Harness() = default;
+  Harness(const Harness&) = delete;
+  Harness& operator=(const Harness&) = delete;
+  virtual ~Harness() = default;
+};
+
 // Creates the object under test; `name` appears in test reports.
 template <class Product>
 struct Factory {

@@ -22,13 +22,8 @@
 namespace quillmar {
 
 // A session and the service that it calls.
-class HttpSessionHarness {
+class HttpSessionHarness : public Harness {
  public:
-  HttpSessionHarness() = default;
-  HttpSessionHarness(const HttpSessionHarness&) = delete;
-  HttpSessionHarness& operator=(const HttpSessionHarness&) = delete;
-  virtual ~HttpSessionHarness() = default;
-
   virtual HttpSession& session() = 0;
   // The answer to every following request.
   virtual void answerWith(int status, const std::string& body) = 0;

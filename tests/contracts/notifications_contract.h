@@ -16,15 +16,10 @@
 namespace quillmar {
 
 // Notifications and the desktop that shows them.
-class NotificationsHarness {
+class NotificationsHarness : public Harness {
  public:
-  NotificationsHarness() = default;
-  NotificationsHarness(const NotificationsHarness&) = delete;
-  NotificationsHarness& operator=(const NotificationsHarness&) = delete;
-  virtual ~NotificationsHarness() = default;
-
   virtual Notifications& notifications() = 0;
-  // What a person sees on the desktop after so many calls, the oldest first.
+  // The notifications visible on the desktop after this number of calls, oldest first.
   virtual std::vector<Notification> visibleAfter(std::size_t calls) = 0;
 };
 

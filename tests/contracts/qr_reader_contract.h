@@ -21,13 +21,8 @@ namespace quillmar {
 using CodeTexts = std::vector<std::string>;
 
 // A reader and its surroundings, at first with a working camera. All codes are QR codes.
-class QRReaderHarness {
+class QRReaderHarness : public Harness {
  public:
-  QRReaderHarness() = default;
-  QRReaderHarness(const QRReaderHarness&) = delete;
-  QRReaderHarness& operator=(const QRReaderHarness&) = delete;
-  virtual ~QRReaderHarness() = default;
-
   virtual QRReader& reader() = 0;
   virtual bool isMainThread() = 0;
   // Runs everything that is pending.

@@ -16,13 +16,8 @@
 namespace quillmar {
 
 // A new, empty store that can be locked.
-class SecureItemStoreHarness {
+class SecureItemStoreHarness : public Harness {
  public:
-  SecureItemStoreHarness() = default;
-  SecureItemStoreHarness(const SecureItemStoreHarness&) = delete;
-  SecureItemStoreHarness& operator=(const SecureItemStoreHarness&) = delete;
-  virtual ~SecureItemStoreHarness() = default;
-
   virtual SecureItemStore& store() = 0;
   virtual void setLocked(bool locked) = 0;
 };

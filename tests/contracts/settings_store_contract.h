@@ -20,12 +20,8 @@
 namespace quillmar {
 
 // A new, empty store and its environment.
-class SettingsStoreHarness {
+class SettingsStoreHarness : public Harness {
  public:
-  SettingsStoreHarness() = default;
-  SettingsStoreHarness(const SettingsStoreHarness&) = delete;
-  SettingsStoreHarness& operator=(const SettingsStoreHarness&) = delete;
-  virtual ~SettingsStoreHarness() = default;
   virtual SettingsStore& store() = 0;
 };
 

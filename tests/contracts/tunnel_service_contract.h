@@ -20,13 +20,8 @@ namespace quillmar {
 
 // A service without configurations, on a machine that grants permission and can bring up a tunnel. Main
 // thread only.
-class TunnelServiceHarness {
+class TunnelServiceHarness : public Harness {
  public:
-  TunnelServiceHarness() = default;
-  TunnelServiceHarness(const TunnelServiceHarness&) = delete;
-  TunnelServiceHarness& operator=(const TunnelServiceHarness&) = delete;
-  virtual ~TunnelServiceHarness() = default;
-
   virtual TunnelService& service() = 0;
   // Always names the same installed tunnel program.
   virtual TunnelProtocol protocol(const std::string& endpoint) = 0;
