@@ -1,12 +1,4 @@
-#include <arpa/inet.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <array>
-#include <thread>
-
+#include "tests/sandbox/support/datagram_server.h"
 #include "tests/sandbox/support/household.h"
 
 namespace quillmar::sandbox::test {
@@ -245,59 +237,20 @@ TEST_F(DnsTest, an_answer_may_be_cached_for_the_ttl_of_its_records) {
   EXPECT_EQ(reply.contentType, "application/dns-message");
 }
 
-// A DNS server that answers every query with 192.0.2.99.
-class AnsweringServer {
- public:
-  AnsweringServer() : socket_{::socket(AF_INET, SOCK_DGRAM, 0)}, stop_{::eventfd(0, 0)} {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-    port_ = ntohs(address.sin_port);
-    thread_ = std::thread{[this] { answer(); }};
+// The question up to its class, turned into an answer with the address 192.0.2.99.
+std::vector<std::string> anAddress(std::string_view received) {
+  if (received.size() < 12) {
+    return {};
   }
-  ~AnsweringServer() {
-    ::eventfd_write(stop_, 1);
-    thread_.join();
-    ::close(stop_);
-    ::close(socket_);
-  }
-  AnsweringServer(const AnsweringServer&) = delete;
-  AnsweringServer& operator=(const AnsweringServer&) = delete;
-
-  std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
-
- private:
-  void answer() {
-    std::array<pollfd, 2> watched{{{socket_, POLLIN, 0}, {stop_, POLLIN, 0}}};
-    while (::poll(watched.data(), watched.size(), -1) > 0 && watched[1].revents == 0) {
-      std::array<char, 512> buffer;
-      sockaddr_in from{};
-      socklen_t size = sizeof from;
-      const auto length =
-          ::recvfrom(socket_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
-      if (length < 12) continue;
-      // The question up to its class, turned into an answer with one record.
-      const std::string question(buffer.data(), std::size_t(length));
-      const auto end = question.find('\0', 12) + 5;
-      std::string reply =
-          question.substr(0, 2) + std::string("\x81\x80\0\1\0\1\0\0\0\0", 10) + question.substr(12, end - 12);
-      reply += std::string("\xc0\x0c\0\1\0\1\0\0\0\x1e\0\4\xc0\0\2\x63", 16);
-      ::sendto(socket_, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr*>(&from), size);
-    }
-  }
-
-  int socket_;
-  int stop_;
-  int port_ = 0;
-  std::thread thread_;
-};
+  const std::string question(received);
+  const auto end = question.find('\0', 12) + 5;
+  return {question.substr(0, 2) + std::string("\x81\x80\0\1\0\1\0\0\0\0", 10) +
+          question.substr(12, end - 12) + std::string("\xc0\x0c\0\1\0\1\0\0\0\x1e\0\4\xc0\0\2\x63", 16)};
+}
 
 TEST_F(DnsTest, with_an_upstream_allowed_names_are_asked_there_and_blocked_ones_are_not) {
-  const AnsweringServer upstream;
-  restart({.upstream = upstream.address()});
+  const DatagramServer upstream(anAddress);
+  restart({.upstream = "127.0.0.1:" + std::to_string(upstream.port())});
   setUp();
   block(child(), "ads.example");
   EXPECT_THAT(dig("www.site.example"), testing::HasSubstr("192.0.2.99"));

@@ -1,15 +1,10 @@
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <array>
 #include <atomic>
-#include <thread>
+#include <utility>
 
+#include "tests/sandbox/support/datagram_server.h"
 #include "tests/tunnel/support/messages.h"
 #include "tunnel/dns/address_records.h"
 #include "tunnel/network/link_bootstrap.h"
@@ -82,52 +77,26 @@ class NameServer {
  public:
   using Answering = std::function<std::vector<std::string>(const Query&)>;
 
-  explicit NameServer(Answering answering)
-      : answering_(std::move(answering)), socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(::bind(socket_, reinterpret_cast<const sockaddr*>(&address), size), 0);
-    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-    endpoint = {ip::address_v4::loopback(), ntohs(address.sin_port)};
-    thread_ = std::thread([this] { serve(); });
-  }
-  ~NameServer() {
-    ::eventfd_write(stop_, 1);
-    thread_.join();
-    ::close(socket_);
-    ::close(stop_);
-  }
-  NameServer(const NameServer&) = delete;
-  NameServer& operator=(const NameServer&) = delete;
+  explicit NameServer(Answering answering) : answering_(std::move(answering)) {}
 
-  ip::udp::endpoint endpoint;
   std::atomic<int> questions = 0;
 
  private:
-  void serve() {
-    std::array<pollfd, 2> files{pollfd{socket_, POLLIN, 0}, pollfd{stop_, POLLIN, 0}};
-    while (::poll(files.data(), files.size(), -1) > 0 && files[1].revents == 0) {
-      std::array<char, 2048> buffer{};
-      sockaddr_in from{};
-      socklen_t size = sizeof from;
-      const auto got =
-          ::recvfrom(socket_, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr*>(&from), &size);
-      const auto query =
-          std::get<Query>(parseQuery({buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(got, 0))}));
-      ++questions;
-      for (auto reply : answering_(query)) {
-        put16(reply, 0, static_cast<std::uint16_t>(get16(reply, 0) ^ query.id));
-        ::sendto(socket_, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr*>(&from), size);
-      }
+  std::vector<std::string> answer(std::string_view received) {
+    const auto query = std::get<Query>(parseQuery(received));
+    ++questions;
+    auto replies = answering_(query);
+    for (auto& reply : replies) {
+      put16(reply, 0, static_cast<std::uint16_t>(get16(reply, 0) ^ query.id));
     }
+    return replies;
   }
 
   const Answering answering_;
-  const int socket_;
-  const int stop_ = ::eventfd(0, EFD_CLOEXEC);
-  std::thread thread_;
+  sandbox::test::DatagramServer server_{[this](std::string_view received) { return answer(received); }};
+
+ public:
+  const ip::udp::endpoint endpoint{ip::address_v4::loopback(), static_cast<std::uint16_t>(server_.port())};
 };
 
 std::vector<std::string> addresses(const Query& query) {
@@ -143,7 +112,7 @@ std::vector<std::string> failure(const Query& query) {
 std::vector<std::string> silence(const Query& /*query*/) { return {}; }
 
 struct TunnelLinkBootstrap : testing::Test {
-  // The found addresses as text.
+  // Returns the addresses that were found, as text.
   std::vector<std::string> find() {
     std::optional<std::vector<std::string>> found;
     bootstrap.find(*parseEndpoint("https://doh.example/q"), [&](auto error, const TcpEndpoints& endpoints) {

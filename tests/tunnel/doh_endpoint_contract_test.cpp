@@ -1,9 +1,5 @@
 #include "tests/contracts/doh_endpoint_contract.h"
 
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <fstream>
 #include <optional>
@@ -11,6 +7,7 @@
 #include "sandbox/http/certificates.h"
 #include "testing/temporary_directory.h"
 #include "tests/sandbox/support/household.h"
+#include "tests/sandbox/support/loopback.h"
 #include "tests/sandbox/support/run_command.h"
 
 namespace quillmar::tunnel {
@@ -18,13 +15,6 @@ namespace {
 
 class StandInHarness final : public DohEndpointHarness, private sandbox::test::ServiceTest {
  public:
-  StandInHarness() {
-    const auto token = givenAccount("ann@example.com");
-    const auto child = givenChild(token);
-    givenDevice(token, child);
-    given("POST", "/children/" + child + "/policy/block", token, {{"domain", "ads.example"}});
-    url_ = given("GET", "/children/" + child, token).at("devices")[0].at("doh_endpoint");
-  }
   std::string url() override { return url_; }
   std::string caFile() override { return service().caFile().string(); }
   void breakConnections() override {
@@ -34,30 +24,18 @@ class StandInHarness final : public DohEndpointHarness, private sandbox::test::S
  private:
   void TestBody() override {}
 
-  std::string url_;
+  const std::string url_ = givenEndpointBlocking("ads.example");
 };
-
-int freePort() {
-  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  ::bind(socket, reinterpret_cast<const sockaddr*>(&address), size);
-  ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-  ::close(socket);
-  return ntohs(address.sin_port);
-}
 
 // dnsdist with rules that answer everything; it has no server behind it.
 class DnsdistHarness final : public DohEndpointHarness {
  public:
-  DnsdistHarness() : port_(std::to_string(freePort())) {
+  DnsdistHarness() : port_(std::to_string(sandbox::test::freePort())) {
     const auto certificates = sandbox::certificatesIn(directory_.path());
     EXPECT_TRUE(certificates);
     caFile_ = certificates->authority.string();
     std::ofstream(settings()) << "setSecurityPollSuffix('')\n"
-                              << "setLocal('127.0.0.1:" << freePort() << "')\n"
+                              << "setLocal('127.0.0.1:" << sandbox::test::freePort() << "')\n"
                               << "addDOHLocal('127.0.0.1:" << port_ << "', '"
                               << certificates->certificate.string() << "', '" << certificates->key.string()
                               << "', '/dns-query')\n"

@@ -218,14 +218,6 @@ TEST_F(TunnelKdigTwice, keeps_its_connection) {
 // Asks the stand-in service both directly and through the tunnel.
 class TunnelKdigAndService : public sandbox::test::ServiceTest {
  protected:
-  TunnelKdigAndService() {
-    const auto token = givenAccount("ann@example.com");
-    const auto child = givenChild(token);
-    givenDevice(token, child);
-    given("POST", "/children/" + child + "/policy/block", token, {{"domain", "ads.example"}});
-    url_ = given("GET", "/children/" + child, token).at("devices")[0].at("doh_endpoint");
-    server_ = std::make_unique<RunningServer>(url_, service().caFile().string());
-  }
   std::string askService(const Words& words) {
     Words all{"@127.0.0.1",
               "-p",
@@ -237,14 +229,14 @@ class TunnelKdigAndService : public sandbox::test::ServiceTest {
     return kdig(all);
   }
   std::string askServer(const Words& words) {
-    Words all{"@127.0.0.1", "-p", std::to_string(server_->port())};
+    Words all{"@127.0.0.1", "-p", std::to_string(server_.port())};
     all.insert(all.end(), words.begin(), words.end());
     return kdig(all);
   }
 
  private:
-  std::string url_;
-  std::unique_ptr<RunningServer> server_;
+  const std::string url_ = givenEndpointBlocking("ads.example");
+  RunningServer server_{url_, service().caFile().string()};
 };
 
 // The status, the flags and all sections.

@@ -98,6 +98,14 @@ std::string ServiceTest::givenDevice(const std::string& token, const std::option
   return given("POST", "/enrollment/complete", token, body).at("device").at("id");
 }
 
+std::string ServiceTest::givenEndpointBlocking(const std::string& domain) {
+  const auto token = givenAccount("ann@example.com");
+  const auto child = givenChild(token);
+  givenDevice(token, child);
+  given("POST", "/children/" + child + "/policy/block", token, {{"domain", domain}});
+  return given("GET", "/children/" + child, token).at("devices")[0].at("doh_endpoint");
+}
+
 std::string ServiceTest::memberId(const std::string& token, const std::string& email) {
   const auto family = given("GET", "/family", token);
   for (const auto& member : family.at("members")) {

@@ -49,6 +49,8 @@ class ServiceTest : public testing::Test {
   std::string givenMember(const std::string& token, const std::string& email);                   // its token
   std::string givenChild(const std::string& token, const std::string& name = "Mia");             // its id
   std::string givenDevice(const std::string& token, const std::optional<std::string>& childId = std::nullopt);
+  // The DNS endpoint of a new device in a new account whose child may not visit this domain.
+  std::string givenEndpointBlocking(const std::string& domain);
   std::string memberId(const std::string& token, const std::string& email);
 
   Service& service() { return *service_; }

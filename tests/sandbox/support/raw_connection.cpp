@@ -1,8 +1,6 @@
 #include "tests/sandbox/support/raw_connection.h"
 
-#include <arpa/inet.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
@@ -10,20 +8,11 @@
 #include <string_view>
 #include <utility>
 
+#include "tests/sandbox/support/loopback.h"
+
 namespace quillmar::sandbox::test {
 
-RawConnection::RawConnection(int port) : socket_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)} {
-  const timeval timeout{.tv_sec = 30, .tv_usec = 0};
-  ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    ::close(socket_);
-    socket_ = -1;
-  }
-}
+RawConnection::RawConnection(int port) : socket_{connectedSocket(SOCK_STREAM, port)} {}
 
 RawConnection::~RawConnection() {
   if (socket_ >= 0) ::close(socket_);

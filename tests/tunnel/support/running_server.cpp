@@ -1,14 +1,13 @@
 #include "tests/tunnel/support/running_server.h"
 
-#include <arpa/inet.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <array>
 #include <stdexcept>
 #include <utility>
 
+#include "tests/sandbox/support/loopback.h"
 #include "tunnel/dns/wire.h"
 
 namespace quillmar::tunnel::test {
@@ -43,14 +42,8 @@ std::vector<std::string> RunningServer::told() const {
 
 ClientSocket::ClientSocket(int port, Channel channel)
     : channel_(channel),
-      socket_(::socket(AF_INET, (channel == Channel::udp ? SOCK_DGRAM : SOCK_STREAM) | SOCK_CLOEXEC, 0)) {
-  const timeval patience{.tv_sec = 30, .tv_usec = 0};
-  ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  if (::connect(socket_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+      socket_(sandbox::test::connectedSocket(channel == Channel::udp ? SOCK_DGRAM : SOCK_STREAM, port)) {
+  if (socket_ < 0) {
     throw std::runtime_error("no connection");
   }
 }

@@ -14,6 +14,7 @@
 #include <stdexcept>
 
 #include "sandbox/http/certificates.h"
+#include "tests/sandbox/support/loopback.h"
 #include "tests/sandbox/support/run_command.h"
 
 namespace quillmar::tunnel::test {
@@ -41,18 +42,6 @@ int chooseProtocol(SSL*, const unsigned char** chosen, unsigned char* length, co
   *chosen = http2.data();
   *length = http2.size();
   return SSL_TLSEXT_ERR_OK;
-}
-
-std::uint16_t freePortAt(std::uint32_t at) {
-  const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(at);
-  socklen_t size = sizeof address;
-  ::bind(socket, reinterpret_cast<const sockaddr*>(&address), size);
-  ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-  ::close(socket);
-  return ntohs(address.sin_port);
 }
 
 std::filesystem::path newDirectory() {
@@ -143,7 +132,7 @@ void TestEndpoint::start(std::uint32_t at) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(at);
-  address.sin_port = htons(freePortAt(at));  // an explicit port stays bound while not listening
+  address.sin_port = htons(sandbox::test::freePort(at));  // an explicit port stays bound while not listening
   socklen_t size = sizeof address;
   if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), size) != 0) {
     throw std::runtime_error("no port");
