@@ -14,10 +14,11 @@
 #include "console/root_domain.h"
 #include "foundation/calendar.h"
 #include "testing/live_memory.h"
+#include "testing/ui/offscreen.h"
 #include "testing/ui/parent_stage.h"
 
-// Counting a child's activity, against the plainest loop over the same records; and what a keystroke in the
-// filter of its rows costs the main thread.
+// Counts a child's activity, against the simplest loop over the same records. Also measures the main thread's
+// time for a keystroke in the filter of its rows.
 namespace {
 
 using namespace quillmar;
@@ -59,7 +60,7 @@ ActivityScope scopeOf(const Calendar& calendar, Date now) {
   return {.device = {}, .days = days, .hours = calendar.hoursOf(today)};
 }
 
-// What a program for one evening would do: no ids, no days, any time zone but UTC left out.
+// The simplest loop: no ids, no days, only UTC.
 std::size_t countPlainly(const std::vector<LogPage>& pages, Date now) {
   const Date today = std::chrono::floor<std::chrono::days>(now);
   std::array<ActivityCount, 24> hours{};
@@ -126,7 +127,7 @@ std::string manySites(Date now) {
   return R"({"logs":[)" + list + "]}";
 }
 
-// Each round types a digit more or deletes one.
+// Each round adds or removes one digit.
 void type(QTextStream& out) {
   ui::UiStage stage({.stored = signedInParent(), .size = {820, 1180}});
   auto& child = openChild(stage);
@@ -159,8 +160,7 @@ void type(QTextStream& out) {
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const QGuiApplication application(argumentCount, arguments);
   QTextStream out(stdout);
   count(out);

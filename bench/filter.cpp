@@ -57,7 +57,7 @@ void show(Sites& sites, const std::vector<DNSLog>& logs) {
   sites.rows.assign(std::move(rows));
 }
 
-// A word that is typed, and removed again.
+// Types a word and removes it again.
 constexpr auto keystrokes =
     std::to_array<const char*>({"e", "ec", "eco", "ecol", "ecole", "ecol", "eco", "ec", "e", ""});
 

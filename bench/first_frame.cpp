@@ -14,6 +14,7 @@
 #include "client/network_service.h"
 #include "testing/fake_platform.h"
 #include "testing/test_application.h"
+#include "testing/ui/offscreen.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_window_style.h"
 #include "ui/window.h"
@@ -124,8 +125,7 @@ int compare(const QString& program) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   QGuiApplication application(count, arguments);
   const QString what = application.arguments().value(1);
   for (const auto& candidate : candidates()) {

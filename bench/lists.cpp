@@ -8,6 +8,7 @@
 #include "console/child_detail_view.h"
 #include "console/device_list_view.h"
 #include "foundation/date_format.h"
+#include "testing/ui/offscreen.h"
 #include "testing/ui/ui_stage.h"
 
 // The main thread's time for refreshing a visible list: decoding the answer, updating the model and, through
@@ -69,7 +70,7 @@ void settle(ui::UiStage& stage) {
   QCoreApplication::processEvents();
 }
 
-// Everything runs on the main thread, decoding included: so do the scripted session's queues.
+// Everything runs on the main thread, also decoding and the scripted session's queues.
 double median(ui::UiStage& stage, Duration period, const std::function<void()>& prepare) {
   std::vector<bench::Seconds> times;
   for (int round = 0; round <= rounds; ++round) {
@@ -115,8 +116,7 @@ double tickActivity() {
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const QGuiApplication application(count, arguments);
   QTextStream out(stdout);
   out << "a silent refresh of 50 children and 200 devices: " << refreshDashboard() << " ms of main thread\n";

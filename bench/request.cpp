@@ -18,7 +18,7 @@ namespace {
 constexpr int requestsARound = 200;
 constexpr int rounds = 41;
 
-// Sequential requests without a change of threads: each answer starts the next request.
+// Sequential requests on one thread: each answer starts the next request.
 class Chain {
  public:
   Chain(NetworkService& service, HttpRequest request) : service_(service), request_(std::move(request)) {}

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "bench/measure.h"
+#include "testing/ui/offscreen.h"
 #include "ui/bridge/shown_text.h"
 
 // The window's time for the longest text from outside, a name of 65,000 letters: sanitising it and laying it
@@ -41,8 +42,7 @@ class Column {
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const QGuiApplication application(count, arguments);
   const Column column;
   const std::string ordinary = "Grandmother Wilhelmina's phone";

@@ -221,6 +221,12 @@ std::vector<std::string> ScriptedHttpSession::calls() const {
   return calls;
 }
 
+std::vector<std::string> ScriptedHttpSession::changes() const {
+  auto changes = calls();
+  std::erase_if(changes, [](const std::string& call) { return call.starts_with("GET "); });
+  return changes;
+}
+
 void ScriptedHttpSession::forgetRequests() {
   const std::scoped_lock lock(state_->mutex);
   state_->requests.clear();

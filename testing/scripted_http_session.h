@@ -60,6 +60,8 @@ class ScriptedHttpSession final : public HttpSession {
   std::size_t count(std::string_view method, std::string_view path) const;
   // Each as "POST /auth/login", in the order of sending.
   std::vector<std::string> calls() const;
+  // The calls that may change something: all but GET.
+  std::vector<std::string> changes() const;
   void forgetRequests();
 
   // Requests stay pending until `release`, `complete` or `releaseAll`.

@@ -20,6 +20,7 @@
 #include "bench/endurance/outcome.h"
 #include "console/edit_child_name_view.h"
 #include "console/link_device_view.h"
+#include "testing/ui/offscreen.h"
 #include "testing/ui/parent_stage.h"
 
 namespace quillmar::endurance {
@@ -85,7 +86,7 @@ class Day {
       for (int round = 0; round < rounds_ / parts; ++round) {
         openAndClose();
         change(round);
-        // A running event loop would do so.
+        // A running event loop deletes these objects too.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
       }
       if (part > 0) {
@@ -158,8 +159,7 @@ class Day {
 
 int main(int count, char** arguments) {
   using namespace quillmar::endurance;
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const int rounds = isShort(count, arguments) ? shortForm : wholeDay;
   int noArguments = 1;
   const QGuiApplication application(noArguments, arguments);

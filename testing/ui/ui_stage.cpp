@@ -127,16 +127,19 @@ QQuickItem* UiStage::control(const QString& name) const {
                 [&](const QQuickItem& item) { return isControl(item) && accessibleName(item) == name; });
 }
 
+QQuickItem& UiStage::requiredControl(const QString& name) const {
+  if (auto* const item = control(name)) {
+    return *item;
+  }
+  throw std::logic_error("no control is called \"" + name.toStdString() + "\"");
+}
+
 QQuickItem* UiStage::focused() const { return window().activeFocusItem(); }
 
 QString UiStage::focusedName() const { return focused() ? accessibleName(*focused()) : QString(); }
 
 void UiStage::focusOn(const QString& name) {
-  auto* const item = control(name);
-  if (!item) {
-    throw std::logic_error("no control is called \"" + name.toStdString() + "\"");
-  }
-  item->forceActiveFocus(Qt::TabFocusReason);
+  requiredControl(name).forceActiveFocus(Qt::TabFocusReason);
   settle();
 }
 

@@ -81,6 +81,8 @@ class UiStage {
   bool shows(const QString& text) const { return find(text) != nullptr; }
   // The first enabled control with this name, or null.
   QQuickItem* control(const QString& name) const;
+  // The same; throws std::logic_error if there is none.
+  QQuickItem& requiredControl(const QString& name) const;
   QQuickItem* focused() const;
   // The accessible name of the focused item.
   QString focusedName() const;

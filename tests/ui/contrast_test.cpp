@@ -85,7 +85,7 @@ bool isGiven(const QQuickItem& text, const QColor& ground) {
   return ground == brandRed && drawnAside(text) == 0;
 }
 
-// Whether a bar over the end of the page, or its shadow, lies on it, so that its own ground is not seen.
+// Whether it is covered by a bar over the end of the page, so that its own background can't be seen.
 bool isCovered(const QQuickItem& text, const UiStage& stage) {
   constexpr double shadow = 20;
   const QRectF place = text.mapRectToScene(text.boundingRect()).adjusted(-shadow, -shadow, shadow, shadow);

@@ -48,12 +48,12 @@ struct DeskTest : testing::Test {
     stage.settle();
     stage.settle();
   }
-  // By the Return key.
+  // Activated by the Return key.
   void open(const QString& name) {
     stage.focusOn(name);
     stage.press(Qt::Key_Return);
   }
-  // In the window; empty if it is not shown.
+  // The place in the window; empty if it is not shown.
   QRectF placeOf(const QString& text) {
     const auto* const item = stage.find(text);
     return item ? item->mapRectToScene({0, 0, item->width(), item->height()}) : QRectF();
@@ -190,7 +190,7 @@ TEST_F(DeskTest, ends_with_the_session) {
   EXPECT_FALSE(stage.shows("Internet Controls"));
 }
 
-// Made before the stage, and undone after it.
+// Constructed before the stage, and undone after it.
 struct RightToLeft {
   RightToLeft() { QGuiApplication::setLayoutDirection(Qt::RightToLeft); }
   ~RightToLeft() { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
@@ -214,7 +214,7 @@ struct SheetHeightTest : DeskTest {
   SheetHeightTest() : DeskTest(tablet) {}
 
   QQuickItem* sheetOf(const QString& text) { return around(stage.find(text), "QQuickPopupItem"); }
-  // How far the content goes on below the sheet.
+  // The height of the content that does not fit into the sheet.
   double hidden(const QString& control) {
     const auto* const flickable = flickableAround(control);
     return flickable->property("contentHeight").toDouble() - flickable->height();

@@ -10,7 +10,7 @@
 #include "testing/ui/parent_stage.h"
 #include "ui/bridge/shown_text.h"
 
-// The keys that do what a control of the screen could do.
+// Keys perform what a control of the screen could do now.
 namespace quillmar::ui {
 namespace {
 

@@ -25,18 +25,8 @@ struct LinkSheet : testing::Test {
   ScriptedHttpSession& http() { return stage.application.machine.http; }
   LinkDeviceView& sheet() { return stage.application.screen<LinkDeviceView>(); }
   bool isUp() { return stage.application.find<LinkDeviceView>() != nullptr; }
-  std::vector<std::string> changes() {
-    auto calls = http().calls();
-    std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
-    return calls;
-  }
-  QQuickItem& row(const QString& name) {
-    auto* const item = stage.control(name);
-    if (!item) {
-      throw std::logic_error("no row is called " + name.toStdString());
-    }
-    return *item;
-  }
+  std::vector<std::string> changes() { return http().changes(); }
+  QQuickItem& row(const QString& name) { return stage.requiredControl(name); }
 };
 
 class LinkSheetGesture : public LinkSheet, public testing::WithParamInterface<Pointer> {

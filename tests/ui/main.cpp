@@ -4,6 +4,8 @@
 #include <QStringList>
 #include <mutex>
 
+#include "testing/ui/offscreen.h"
+
 namespace {
 
 std::mutex warningsMutex;
@@ -34,8 +36,7 @@ class WarningsFail final : public testing::EmptyTestEventListener {
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   // Every step of a touch is delivered, not only the last one before a frame.
   qputenv("QML_NO_TOUCH_COMPRESSION", "1");
   testing::InitGoogleTest(&count, arguments);

@@ -9,7 +9,7 @@
 #include "testing/ui/parent_stage.h"
 #include "tests/ui/support/scene_walk.h"
 
-// What a person does in a narrow and in a wide window is the same to the service.
+// The same actions in a narrow and in a wide window cause the same calls.
 namespace quillmar::ui {
 namespace {
 
@@ -19,7 +19,7 @@ using Calls = std::vector<std::string>;
 constexpr QSize narrowWindow{390, 844};
 constexpr QSize wideWindow{1400, 900};
 
-// Return is pressed on a control, then a text is typed.
+// A step: Return is pressed on a control, then a text is typed.
 struct Step {
   const char* control;
   const char* typed = "";

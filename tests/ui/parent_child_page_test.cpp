@@ -6,7 +6,7 @@
 #include <chrono>
 #include <string>
 
-#include "testing/ui/parent_stage.h"
+#include "tests/ui/support/child_page.h"
 
 namespace quillmar::ui {
 namespace {
@@ -23,39 +23,13 @@ constexpr auto blockCall = "POST /children/c1/policy/block";
 constexpr auto removeCall = "DELETE /children/c1/policy/allow/Library.example.org";
 
 // A window that is high enough to need no scrolling.
-struct ParentChildPage : testing::Test {
-  explicit ParentChildPage(QSize size = {390, 2600}) : stage({.stored = signedInParent(), .size = size}) {
-    openChild(stage);
-    http().forgetRequests();
+struct ParentChildPage : testing::Test, ChildPage {
+  explicit ParentChildPage(QSize size = {390, 2600})
+      : ChildPage({.stored = signedInParent(), .size = size}, policy) {
     http().answerAlways("PUT", "/children/c1/policy", 200, policy);
-    for (const auto* const list : {"/allow", "/block"}) {
-      http().answerAlways("POST", std::string("/children/c1/policy") + list, 200, policy);
-    }
-    http().answerAlways("DELETE", "/children/c1/policy/allow/Library.example.org", 200, policy);
   }
 
-  UiStage stage;
-
-  ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
-  ScriptedHttpSession& http() { return stage.application.machine.http; }
-  // The requests that change something.
-  std::vector<std::string> changes() {
-    std::vector<std::string> calls = http().calls();
-    std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
-    return calls;
-  }
-  void choose(ChildDetailTab tab) {
-    screen().selectedTab = tab;
-    stage.settle();
-    http().forgetRequests();
-  }
-  QQuickItem& row(const QString& name) {
-    auto* const item = stage.control(name);
-    if (!item) {
-      throw std::logic_error("no row is called " + name.toStdString());
-    }
-    return *item;
-  }
+  QQuickItem& row(const QString& name) { return stage.requiredControl(name); }
   RecentActivityRow& gamesRow() {
     for (std::size_t i = 0; i < screen().activitySection.recent.rows.size(); ++i) {
       if (screen().activitySection.recent.rows[i].site() == "games.example") {

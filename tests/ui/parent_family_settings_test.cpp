@@ -16,13 +16,6 @@
 namespace quillmar::ui {
 namespace {
 
-// The requests that change something.
-std::vector<std::string> changes(UiStage& stage) {
-  std::vector<std::string> calls = stage.application.machine.http.calls();
-  std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
-  return calls;
-}
-
 struct ParentFamilySettings : testing::Test {
   UiStage stage{{.stored = signedInParent(), .size = {390, 1400}}};
   ScriptedHttpSession& http() { return stage.application.machine.http; }
@@ -71,7 +64,7 @@ TEST_F(ParentSettings, the_deletion_asks_twice_and_return_never_confirms_it) {
   EXPECT_EQ(stage.focusedName(), "Password");
   stage.press(Qt::Key_Return);
   stage.click("Delete My Account");
-  EXPECT_EQ(changes(stage), std::vector<std::string>());
+  EXPECT_EQ(http().changes(), std::vector<std::string>());
 }
 
 TEST_F(ParentSettings, a_wrong_password_is_reported_over_the_sheet_and_clears_the_field) {
@@ -145,7 +138,7 @@ TEST_F(Family, an_invitation_is_revoked_once_by_its_button) {
   http().answerAlways("DELETE", "/family/invite/ZZ81PA", 200, "{}");
   stage.tabTo("Revoke Invite: ZZ81PA");
   stage.press(Qt::Key_Space);
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"DELETE /family/invite/ZZ81PA"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"DELETE /family/invite/ZZ81PA"});
 }
 
 TEST_F(Family, an_invitation_is_created_and_its_code_copied) {
@@ -187,7 +180,7 @@ TEST_F(Family, a_toggle_flipped_twice_sends_one_request_and_snaps_back) {
   stage.press(Qt::Key_Space);
   stage.press(Qt::Key_Space);
   stage.clickAt(middleOf(*stage.control("Can Manage Devices")));
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"PUT /family/members/m2"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"PUT /family/members/m2"});
   http().releaseAll();
   stage.settle();
   ASSERT_TRUE(stage.shows("Busy, try later"));
@@ -198,7 +191,7 @@ TEST_F(Family, a_toggle_flipped_twice_sends_one_request_and_snaps_back) {
   EXPECT_EQ(stage.focusedName(), "Can Manage Devices");
 
   stage.press(Qt::Key_Space);
-  EXPECT_EQ(changes(stage).size(), 2U) << "the toggle is out of use for good";
+  EXPECT_EQ(http().changes().size(), 2U) << "the toggle is out of use for good";
 }
 
 TEST_F(Family, a_double_click_on_a_toggle_sends_one_request) {
@@ -209,7 +202,7 @@ TEST_F(Family, a_double_click_on_a_toggle_sends_one_request) {
   QTest::mouseClick(&stage.window(), Qt::LeftButton, Qt::NoModifier, middle);
   QTest::mouseDClick(&stage.window(), Qt::LeftButton, Qt::NoModifier, middle);
   stage.settle();
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"PUT /family/members/m2"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"PUT /family/members/m2"});
 }
 
 TEST_F(Family, a_member_is_removed_only_after_a_confirmation) {
@@ -226,12 +219,12 @@ TEST_F(Family, a_member_is_removed_only_after_a_confirmation) {
   ask();
   stage.press(Qt::Key_Return);
   EXPECT_FALSE(stage.shows("Remove Family Member?"));
-  EXPECT_EQ(changes(stage), std::vector<std::string>());
+  EXPECT_EQ(http().changes(), std::vector<std::string>());
   ask();
   stage.press(Qt::Key_Tab);
   EXPECT_EQ(stage.focusedName(), "Remove");
   stage.press(Qt::Key_Return);
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"DELETE /family/members/m2"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"DELETE /family/members/m2"});
 }
 
 TEST_F(ParentFamilySettings, a_family_that_fails_to_load_offers_a_retry) {
@@ -253,12 +246,12 @@ TEST_F(ParentFamilySettings, a_home_network_is_set_up_only_after_a_confirmation)
   stage.press(Qt::Key_Return);
   EXPECT_EQ(stage.focusedName(), "I'm at Home - Set Up");
   stage.press(Qt::Key_Escape);
-  EXPECT_EQ(changes(stage), std::vector<std::string>());
+  EXPECT_EQ(http().changes(), std::vector<std::string>());
   EXPECT_EQ(stage.focusedName(), "Set Up Home Network");
 
   stage.press(Qt::Key_Return);
   stage.press(Qt::Key_Return);
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"POST /home-network"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"POST /home-network"});
 }
 
 TEST_F(ParentFamilySettings, a_home_networks_address_changes_only_after_a_confirmation) {
@@ -278,11 +271,11 @@ TEST_F(ParentFamilySettings, a_home_networks_address_changes_only_after_a_confir
   EXPECT_EQ(stage.focusedName(), "Update IP");
   stage.press(Qt::Key_Tab);
   stage.press(Qt::Key_Space);
-  EXPECT_EQ(changes(stage), std::vector<std::string>()) << "Cancel is the first button before it";
+  EXPECT_EQ(http().changes(), std::vector<std::string>()) << "Cancel is the first button before it";
   EXPECT_EQ(stage.focusedName(), "Update Home Network IP");
   stage.press(Qt::Key_Return);
   stage.press(Qt::Key_Return);
-  EXPECT_EQ(changes(stage), std::vector<std::string>{"POST /home-network/update-ip"});
+  EXPECT_EQ(http().changes(), std::vector<std::string>{"POST /home-network/update-ip"});
   ASSERT_EQ(stage.focusedName(), "OK");
   stage.press(Qt::Key_Escape);
   EXPECT_EQ(stage.focusedName(), "Update Home Network IP");

@@ -10,7 +10,7 @@
 #include "tests/ui/support/scene_walk.h"
 #include "ui/items/press_area_item.h"
 
-// What helps a person with a mouse: tooltips and scroll bars.
+// Aids for a person with a mouse: tooltips and scroll bars.
 namespace quillmar::ui {
 namespace {
 
@@ -130,7 +130,7 @@ struct ScrollBar : testing::Test {
   double scrolled() const { return page->property("contentY").toDouble(); }
   double longest() const { return page->property("contentHeight").toDouble() - page->height(); }
   double thumb() const { return bar->property("thumb").toDouble(); }
-  // In the bar.
+  // In the bar's coordinates.
   QPoint placeOf(double y) const { return bar->mapToScene({bar->width() / 2, y}).toPoint(); }
 
   UiStage stage{{.stored = signedInParent()}};

@@ -6,7 +6,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
-#include <QElapsedTimer>
 #include <QStringList>
 #include <QVariantMap>
 #include <functional>
@@ -17,12 +16,13 @@
 #include "testing/temporary_directory.h"
 #include "tests/contracts/notifications_contract.h"
 #include "tests/platform/private_bus.h"
+#include "tests/ui/support/wait_until.h"
 
 namespace quillmar::ui {
 
 enum class Manner { answers, refuses, isSilent };
 
-// Shows what it is asked to, and answers in one manner.
+// Records what it is asked to show, and answers in one way.
 class FakeScreen : public QObject {
  public:
   FakeScreen(const QDBusConnection& bus, const QString& service, const QString& path)
@@ -30,7 +30,7 @@ class FakeScreen : public QObject {
     bus_.registerObject(path, this, QDBusConnection::ExportAllSlots);
     bus_.registerService(service_);
   }
-  // As the end of its program: a call without an answer fails.
+  // Ends like its program, so that a call without an answer fails.
   ~FakeScreen() override { QDBusConnection::disconnectFromBus(bus_.name()); }
 
   Manner manner = Manner::answers;
@@ -72,7 +72,7 @@ class FakeNotificationPortal final : public FakeScreen {
   }
 };
 
-// A portal that knows other things only.
+// A portal without the interface for notifications.
 class OtherPortal final : public FakeScreen {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
@@ -83,7 +83,8 @@ class OtherPortal final : public FakeScreen {
                    QStringLiteral("/org/freedesktop/portal/desktop")) {}
 };
 
-// A notification service. It knows numbers, not ids; the first character of a title stands for its id.
+// A notification service. It identifies notifications by numbers; the first character of a title stands for
+// the id.
 class FakeService final : public FakeScreen {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Notifications")
@@ -113,16 +114,6 @@ class FakeService final : public FakeScreen {
 
 namespace {
 
-bool waitUntil(const std::function<bool()>& done) {
-  constexpr qint64 farTooLong = 20'000;
-  QElapsedTimer elapsed;
-  elapsed.start();
-  while (!done() && !elapsed.hasExpired(farTooLong)) {
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-  }
-  return done();
-}
-
 // A bus of the test's own, with the program on it.
 class Bus {
  public:
@@ -140,7 +131,7 @@ class Bus {
   PrivateBus bus_{directory_.path()};
 };
 
-// Waits until the program has had the answer to its call, by asking something else after it.
+// Waits until the program has received the answers to its calls: the answer to a later call comes after them.
 void waitForAnswers() {
   auto pending = QDBusConnection("program").asyncCall(QDBusMessage::createMethodCall(
       "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"));
@@ -200,6 +191,12 @@ class OnABus : public testing::Test {
     waitForAnswers();
     return came && service->calls == calls;
   }
+  void expectServiceToShowNext() {
+    startService();
+    notifications.show(named("next"));
+    ASSERT_TRUE(waitForService(1));
+    EXPECT_EQ(service->visible.front().title, "next");
+  }
   static Notification named(const std::string& title) { return {.id = "a", .title = title, .body = "body"}; }
 
   Bus bus;
@@ -228,17 +225,13 @@ TEST_F(OnABus, without_a_portal_the_service_shows_it_under_our_name) {
 
 TEST_F(OnABus, a_portal_without_notifications_counts_as_none) {
   const OtherPortal other(bus.connect("portal"));
-  startService();
-  notifications.show(named("one"));
-  EXPECT_TRUE(waitForService(1));
+  expectServiceToShowNext();
 }
 
 TEST_F(OnABus, a_portal_that_refuses_counts_as_none) {
   startPortal();
-  startService();
   portal->manner = Manner::refuses;
-  notifications.show(named("one"));
-  EXPECT_TRUE(waitForService(1));
+  expectServiceToShowNext();
 }
 
 TEST_F(OnABus, a_silent_portal_is_not_waited_for_and_what_it_took_is_not_shown_elsewhere) {
@@ -248,7 +241,7 @@ TEST_F(OnABus, a_silent_portal_is_not_waited_for_and_what_it_took_is_not_shown_e
   notifications.show(named("one"));
   notifications.show(named("two"));
   ASSERT_TRUE(waitUntil([&] { return portal->calls == 2; }));
-  // Its end fails both calls before the next one finds no portal.
+  // Destroying the portal fails both calls. The next call finds no portal.
   portal.reset();
   notifications.show(named("three"));
   ASSERT_TRUE(waitForService(1));
@@ -268,10 +261,7 @@ TEST_F(OnABus, a_service_that_starts_later_shows_what_comes_then) {
   notifications.show(named("lost"));
   waitForAnswers();
   waitForAnswers();
-  startService();
-  notifications.show(named("seen"));
-  ASSERT_TRUE(waitForService(1));
-  EXPECT_EQ(service->visible.front().title, "seen");
+  expectServiceToShowNext();
 }
 
 TEST_F(OnABus, an_answer_after_the_adapters_end_is_ignored) {

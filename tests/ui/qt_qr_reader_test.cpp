@@ -9,7 +9,6 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
 #include <QLoggingCategory>
@@ -34,6 +33,7 @@
 #include "testing/virtual_dispatch.h"
 #include "tests/contracts/qr_reader_contract.h"
 #include "tests/platform/private_bus.h"
+#include "tests/ui/support/wait_until.h"
 #include "ui/adapters/desktop_settings.h"
 #include "ui/adapters/qt_camera.h"
 #include "ui/adapters/qt_video_capture.h"
@@ -97,16 +97,6 @@ QImage imageOf(const CodeTexts& codes) {
     paste(sheet, codeOf(codes[static_cast<std::size_t>(index)]), index * place, 10);
   }
   return imageOf(sheet);
-}
-
-bool waitUntil(const std::function<bool()>& done) {
-  constexpr qint64 farTooLong = 20'000;
-  QElapsedTimer elapsed;
-  elapsed.start();
-  while (!done() && !elapsed.hasExpired(farTooLong)) {
-    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
-  }
-  return done();
 }
 
 // A camera that delivers the pictures of a test.
@@ -515,53 +505,61 @@ TEST_F(Devices, follows_devices_that_are_plugged_in_and_out) {
   EXPECT_EQ(heard, (std::vector{CameraState::available, CameraState::absent}));
 }
 
+// A camera whose changes are counted, and which must deliver no picture.
+struct FailingCamera {
+  explicit FailingCamera(const QtCamera::Options& options) : camera(options) {}
+
+  void start() {
+    camera.start([](const QImage&) { FAIL(); });
+  }
+  bool waitForChanges(int count) {
+    return waitUntil([&] { return changes == count; });
+  }
+
+  QtCamera camera;
+  int changes = 0;
+  const Subscription subscription = camera.observe([this] { ++changes; });
+};
+
 TEST_F(Devices, without_the_module_there_is_no_camera) {
   plugIn("video0");
-  QtCamera camera(options());
-  int changes = 0;
-  const auto subscription = camera.observe([&] { ++changes; });
-  camera.start([](const QImage&) { FAIL(); });
-  ASSERT_TRUE(waitUntil([&] { return changes == 1; }));
-  EXPECT_EQ(camera.state(), CameraState::absent);
+  FailingCamera failing(options());
+  failing.start();
+  ASSERT_TRUE(failing.waitForChanges(1));
+  EXPECT_EQ(failing.camera.state(), CameraState::absent);
 }
 
 TEST_F(Devices, the_module_reports_a_missing_camera) {
   if (!QDir("/dev").entryList({"video*"}, QDir::System).isEmpty()) {
     GTEST_SKIP() << "this machine has a camera";
   }
-  plugIn("video0");
-  QtCamera camera(options(QUILLMAR_CAMERA_MODULE));
   ASSERT_TRUE(QFile::exists(QUILLMAR_CAMERA_MODULE));
-  int changes = 0;
-  const auto subscription = camera.observe([&] { ++changes; });
-  camera.start([](const QImage&) { FAIL(); });
-  ASSERT_TRUE(waitUntil([&] { return changes == 1; }));
-  EXPECT_EQ(camera.state(), CameraState::absent);
+  plugIn("video0");
+  FailingCamera failing(options(QUILLMAR_CAMERA_MODULE));
+  failing.start();
+  ASSERT_TRUE(failing.waitForChanges(1));
+  EXPECT_EQ(failing.camera.state(), CameraState::absent);
 }
 
 TEST_F(Devices, a_failed_camera_may_be_tried_again_by_the_next_observer) {
   plugIn("video0");
-  QtCamera camera(options());
-  int changes = 0;
-  const auto subscription = camera.observe([&] { ++changes; });
-  camera.start([](const QImage&) { FAIL(); });
-  ASSERT_TRUE(waitUntil([&] { return changes == 1; }));
-  const auto another = camera.observe([] {});
-  ASSERT_TRUE(waitUntil([&] { return changes == 2; }));
-  EXPECT_EQ(camera.state(), CameraState::available);
+  FailingCamera failing(options());
+  failing.start();
+  ASSERT_TRUE(failing.waitForChanges(1));
+  const auto another = failing.camera.observe([] {});
+  ASSERT_TRUE(failing.waitForChanges(2));
+  EXPECT_EQ(failing.camera.state(), CameraState::available);
 }
 
 TEST_F(Devices, a_stop_overrides_a_start_that_would_fail) {
   plugIn("video0");
-  QtCamera camera(options());
-  int changes = 0;
-  const auto subscription = camera.observe([&] { ++changes; });
-  camera.start([](const QImage&) { FAIL(); });
-  camera.stop();
+  FailingCamera failing(options());
+  failing.start();
+  failing.camera.stop();
   // Once this second start has failed, the first failure would have arrived too.
-  camera.start([](const QImage&) { FAIL(); });
-  ASSERT_TRUE(waitUntil([&] { return changes > 0; }));
-  EXPECT_EQ(changes, 1);
+  failing.start();
+  ASSERT_TRUE(waitUntil([&] { return failing.changes > 0; }));
+  EXPECT_EQ(failing.changes, 1);
 }
 
 class WithPortal : public Reading {

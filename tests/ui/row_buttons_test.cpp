@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "testing/ui/parent_stage.h"
+#include "tests/ui/support/child_page.h"
 
 // The button with which a row offers what its swipe does.
 namespace quillmar::ui {
@@ -22,39 +22,13 @@ using Pointer = UiStage::Pointer;
 constexpr auto allowedPolicy =
     R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":[],"allowed_domains":["Library.example.org","games.example"],"created_at":"c","updated_at":"u"})";
 
-struct RowButtons : testing::Test {
+struct RowButtons : testing::Test, ChildPage {
   explicit RowButtons(double textScale = 1, QSize size = {390, 2600})
-      : stage(
-            {.stored = signedInParent(), .size = size, .desktop = {.dark = false, .textScale = textScale}}) {
-    openChild(stage);
-    http().forgetRequests();
-    for (const auto* const list : {"/allow", "/block"}) {
-      http().answerAlways("POST", std::string("/children/c1/policy") + list, 200, allowedPolicy);
-    }
-    http().answerAlways("DELETE", "/children/c1/policy/allow/Library.example.org", 200, allowedPolicy);
-  }
+      : ChildPage(
+            {.stored = signedInParent(), .size = size, .desktop = {.dark = false, .textScale = textScale}},
+            allowedPolicy) {}
 
-  UiStage stage;
-
-  ScriptedHttpSession& http() { return stage.application.machine.http; }
-  ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
-  std::vector<std::string> changes() {
-    std::vector<std::string> calls = http().calls();
-    std::erase_if(calls, [](const std::string& call) { return call.starts_with("GET "); });
-    return calls;
-  }
-  void choose(ChildDetailTab tab) {
-    screen().selectedTab = tab;
-    stage.settle();
-    http().forgetRequests();
-  }
-  QQuickItem& control(const QString& name) {
-    auto* const item = stage.control(name);
-    if (!item) {
-      throw std::logic_error("no control is called " + name.toStdString());
-    }
-    return *item;
-  }
+  QQuickItem& control(const QString& name) { return stage.requiredControl(name); }
   void pointAt(const QString& name) { stage.pointAt(middleOf(control(name))); }
   void pointAway() { stage.pointAt({1, 1}); }
   bool has(const QString& name) const { return stage.control(name) != nullptr; }

@@ -30,7 +30,7 @@ struct StillLists : testing::Test {
   void comeToRest() { stage.settle(); }
   ChildDetailView& screen() { return stage.application.screen<ChildDetailView>(); }
   ScriptedHttpSession& http() { return stage.application.machine.http; }
-  // Sets the sites of the last minute, newest first, which the next tick fetches.
+  // Sets the sites of the last minute, newest first. The next tick fetches them.
   void visit(const std::vector<std::string>& sites) {
     const auto now = stage.application.machine.dispatch.now();
     std::string logs;
@@ -45,13 +45,7 @@ struct StillLists : testing::Test {
     stage.advance(2s);
     comeToRest();
   }
-  QQuickItem& row(const QString& name) {
-    auto* const item = stage.control(name);
-    if (!item) {
-      throw std::logic_error("no row is called " + name.toStdString());
-    }
-    return *item;
-  }
+  QQuickItem& row(const QString& name) { return stage.requiredControl(name); }
   // The row's y coordinate in the window.
   double place(const QString& name) { return row(name).mapToScene({0, 0}).y(); }
   double scrolled() {

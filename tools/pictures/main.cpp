@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "command_line/command_line.h"
+#include "testing/ui/offscreen.h"
 #include "tools/common/start.h"
 #include "tools/pictures/scenes.h"
 #include "ui/bridge/shown_text.h"
@@ -67,8 +68,7 @@ int main(int count, char** arguments) {
   if (const auto status = quillmar::endsAtOnce(program, count, arguments)) {
     return *status;
   }
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const QGuiApplication application(count, arguments);
   const QDir directory(exactText(wish.directory));
   QTextStream errors(stderr);

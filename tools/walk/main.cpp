@@ -9,6 +9,7 @@
 #include "command_line/command_line.h"
 #include "platform/linux/networkmanager_tunnel.h"
 #include "testing/network_session.h"
+#include "testing/ui/offscreen.h"
 #include "testing/ui/ui_stage.h"
 #include "tools/common/start.h"
 #include "tools/walk/real_machine.h"
@@ -22,7 +23,7 @@ using namespace std::chrono_literals;
 using quillmar::ui::exactText;
 using quillmar::ui::UiStage;
 
-// As test programs end that can't do their work on this computer.
+// The exit status of a test program that can't run on this computer.
 constexpr int skipped = 77;
 
 struct Given {
@@ -61,7 +62,8 @@ int walkSimulated(const Given& given, const QDir& directory) {
   return statusOf(quillmar::SimulatedWalk(parent, child, directory, given.caFile).run());
 }
 
-// NetworkManager takes its own time, which the application's virtual time must not outrun.
+// NetworkManager answers in real time, so its timeouts must be long enough for an application in virtual
+// time.
 std::unique_ptr<quillmar::TunnelService> makeTunnel(quillmar::Dispatch& time) {
   quillmar::NetworkManagerTunnel::Options options;
   options.timeout = 30s;
@@ -89,8 +91,7 @@ int walk(const Given& given, int count, char** arguments) {
   if (!directory.mkpath(QStringLiteral("."))) {
     return 1;
   }
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  qputenv("QT_QUICK_BACKEND", "software");
+  quillmar::ui::drawOffscreen();
   const QGuiApplication application(count, arguments);
   return given.isReal ? walkReal(directory) : walkSimulated(given, directory);
 }
