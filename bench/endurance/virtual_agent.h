@@ -8,23 +8,16 @@
 #include "child/background_service.h"
 #include "child/child_app_state.h"
 #include "child/vpn_dns_manager.h"
-#include "platform/common/qrencode_encoder.h"
 #include "platform/log.h"
 #include "platform/platform.h"
 #include "platform/settings.h"
 #include "platform/simulated/simulated_tunnel.h"
-#include "testing/fake_biometrics.h"
-#include "testing/fake_clipboard.h"
-#include "testing/fake_device_info.h"
-#include "testing/fake_haptics.h"
-#include "testing/fake_qr_reader.h"
-#include "testing/fake_window_style.h"
-#include "testing/memory_secure_items.h"
+#include "testing/fake_ports.h"
 #include "testing/memory_settings_store.h"
 
 namespace quillmar::endurance {
 
-// Counts what a log file would hold.
+// Counts the bytes that a log file would have.
 class CountingLog final : public Log {
  public:
   void print(std::string_view line) override { bytes_ += line.size() + 1; }
@@ -35,24 +28,24 @@ class CountingLog final : public Log {
   std::size_t bytes_ = 0;
 };
 
-// What the agents of one process share.
+// The ports that all agents of a process share.
 struct Surroundings {
   Dispatch& dispatch;
   HttpSession& http;
   Log& log;
 
-  MemorySecureItems secureItems{};
-  FakeBiometrics biometrics{dispatch};
-  FakeDeviceInfo deviceInfo{};
-  FakeClipboard clipboard{};
-  FakeHaptics haptics{};
-  FakeWindowStyle windowStyle{};
-  QrencodeEncoder qrEncoder{};
-  FakeQRReader qrReader{dispatch};
+  FakePorts fakes{dispatch};
+};
+FakeBiometrics biometrics{dispatch};
+FakeDeviceInfo deviceInfo{};
+FakeClipboard clipboard{};
+FakeHaptics haptics{};
+FakeWindowStyle windowStyle{};
+QrencodeEncoder qrEncoder{};
+FakeQRReader qrReader{dispatch};
 };
 
-// The agent's program without its process: settings and a tunnel of its own, and the work of a child's
-// device.
+// The agent's work without its process: its own settings and tunnel, and a child's background work.
 class VirtualAgent {
  public:
   explicit VirtualAgent(Surroundings& surroundings)
@@ -63,7 +56,7 @@ class VirtualAgent {
     boot();
   }
 
-  // As after an enrollment that was stored earlier.
+  // Stores an enrollment, then restarts.
   void beEnrolled(const std::string& endpoint) {
     settings.set(settings::childIsEnrolled, true);
     settings.set(settings::childDeviceID, std::string("device-1234567890"));
@@ -72,7 +65,7 @@ class VirtualAgent {
     restart();
   }
 
-  // The process ends and starts; what is on the disk and in the system stays.
+  // Restarts the process. Settings and the system's configuration stay.
   void restart() {
     environment_.reset();
     boot();
@@ -100,19 +93,11 @@ class VirtualAgent {
   }
 
   Platform ports() {
-    return {.settings = settings,
-            .http = surroundings_.http,
-            .dispatch = surroundings_.dispatch,
-            .log = surroundings_.log,
-            .tunnel = tunnel,
-            .secureItems = surroundings_.secureItems,
-            .biometrics = surroundings_.biometrics,
-            .deviceInfo = surroundings_.deviceInfo,
-            .clipboard = surroundings_.clipboard,
-            .haptics = surroundings_.haptics,
-            .windowStyle = surroundings_.windowStyle,
-            .qrEncoder = surroundings_.qrEncoder,
-            .qrReader = surroundings_.qrReader};
+    return surroundings_.fakes.with({.settings = settings,
+                                     .http = surroundings_.http,
+                                     .dispatch = surroundings_.dispatch,
+                                     .log = surroundings_.log,
+                                     .tunnel = tunnel});
   }
 
   Surroundings& surroundings_;

@@ -5,7 +5,7 @@
 #include "platform/settings_store.h"
 #include "platform/simulated/simulated_tunnel.h"
 
-// Describes an application's objects in the driver's answers.
+// An application's objects as the driver's answers contain them.
 namespace quillmar::driver {
 
 // `{"state":{…},"derived":{…},"texts":{…},"actions":[…],"rows":{…}}`, with the given entry in front.

@@ -326,7 +326,7 @@ Driver::Answer Driver::settings(const Value& request) {
 
 Driver::Answer Driver::secure(const Value& /*request*/) {
   Value::List items;
-  for (const auto& [name, bytes] : machine_.secureItems.items()) {
+  for (const auto& [name, bytes] : machine_.fakes.secureItems.items()) {
     items.emplace_back(Value::Map{{"service", name.first}, {"account", name.second}, {"value", bytes}});
   }
   return Value::Map{{"items", std::move(items)}};
@@ -361,7 +361,7 @@ Driver::Answer Driver::tunnel(const Value& request) {
 }
 
 Driver::Answer Driver::biometrics(const Value& request) {
-  FakeBiometrics& biometrics = machine_.biometrics;
+  FakeBiometrics& biometrics = machine_.fakes.biometrics;
   if (const Value* type = request.find("type")) {
     const auto known = lookUp(biometryTypes, *type);
     if (!known) {
@@ -381,12 +381,12 @@ Driver::Answer Driver::biometrics(const Value& request) {
 }
 
 Driver::Answer Driver::clipboard(const Value& /*request*/) {
-  return Value::Map{{"text", machine_.clipboard.string()}};
+  return Value::Map{{"text", machine_.fakes.clipboard.string()}};
 }
 
 Driver::Answer Driver::haptics(const Value& /*request*/) {
   Value::List played;
-  for (const auto feedback : machine_.haptics.played) {
+  for (const auto feedback : machine_.fakes.haptics.played) {
     played.emplace_back(hapticNames.at(static_cast<std::size_t>(feedback)));
   }
   return Value::Map{{"played", std::move(played)}};

@@ -28,8 +28,7 @@ Machine::Machine(const Options& options, EventLog::Sink sink)
       network_(CurlHttpSession::Options{.extraCaFile = options.caFile}),
       http(network_, virtualTime_.get()),
       tunnel(dispatch()),
-      biometrics(dispatch()),
-      qrReader(dispatch()) {}
+      fakes(dispatch()) {}
 
 Machine::~Machine() {
   if (virtualTime_) {
@@ -45,19 +44,8 @@ Dispatch& Machine::dispatch() {
 }
 
 Platform Machine::ports() {
-  return {.settings = *settings_,
-          .http = http,
-          .dispatch = dispatch(),
-          .log = log_,
-          .tunnel = tunnel,
-          .secureItems = secureItems,
-          .biometrics = biometrics,
-          .deviceInfo = deviceInfo,
-          .clipboard = clipboard,
-          .haptics = haptics,
-          .windowStyle = windowStyle,
-          .qrEncoder = qrEncoder,
-          .qrReader = qrReader};
+  return fakes.with(
+      {.settings = *settings_, .http = http, .dispatch = dispatch(), .log = log_, .tunnel = tunnel});
 }
 
 }  // namespace quillmar::driver

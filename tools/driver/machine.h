@@ -9,16 +9,9 @@
 
 #include "platform/common/asio_dispatch.h"
 #include "platform/common/curl_http_session.h"
-#include "platform/common/qrencode_encoder.h"
 #include "platform/platform.h"
 #include "platform/simulated/simulated_tunnel.h"
-#include "testing/fake_biometrics.h"
-#include "testing/fake_clipboard.h"
-#include "testing/fake_device_info.h"
-#include "testing/fake_haptics.h"
-#include "testing/fake_qr_reader.h"
-#include "testing/fake_window_style.h"
-#include "testing/memory_secure_items.h"
+#include "testing/fake_ports.h"
 #include "testing/settling_http_session.h"
 #include "testing/virtual_dispatch.h"
 
@@ -72,14 +65,7 @@ class Machine {
  public:
   SettlingHttpSession http;
   SimulatedTunnel tunnel;
-  MemorySecureItems secureItems;
-  FakeBiometrics biometrics;
-  FakeDeviceInfo deviceInfo;
-  FakeClipboard clipboard;
-  FakeHaptics haptics;
-  FakeWindowStyle windowStyle;
-  QrencodeEncoder qrEncoder;
-  FakeQRReader qrReader;
+  FakePorts fakes;
 };
 
 }  // namespace quillmar::driver
