@@ -2,6 +2,8 @@
 
 #include <QFocusEvent>
 
+#include "ui/items/filtered_target.h"
+
 namespace quillmar::ui {
 namespace {
 
@@ -16,17 +18,9 @@ bool isKeyboards(Qt::FocusReason reason) {
 }
 
 void KeyFocus::setTarget(QObject* target) {
-  if (target_ == target) {
-    return;
+  if (changeFilteredTarget(target_, target, *this)) {
+    Q_EMIT targetChanged();
   }
-  if (target_) {
-    target_->removeEventFilter(this);
-  }
-  target_ = target;
-  if (target_) {
-    target_->installEventFilter(this);
-  }
-  Q_EMIT targetChanged();
 }
 
 bool KeyFocus::eventFilter(QObject* watched, QEvent* event) {

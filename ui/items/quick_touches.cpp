@@ -2,20 +2,14 @@
 
 #include <QMouseEvent>
 
+#include "ui/items/filtered_target.h"
+
 namespace quillmar::ui {
 
 void QuickTouches::setTarget(QObject* target) {
-  if (target_ == target) {
-    return;
+  if (changeFilteredTarget(target_, target, *this)) {
+    Q_EMIT targetChanged();
   }
-  if (target_) {
-    target_->removeEventFilter(this);
-  }
-  target_ = target;
-  if (target_) {
-    target_->installEventFilter(this);
-  }
-  Q_EMIT targetChanged();
 }
 
 bool QuickTouches::eventFilter(QObject* watched, QEvent* event) {
