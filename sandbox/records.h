@@ -2,6 +2,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "sandbox/json.h"
 #include "sandbox/store/database.h"
@@ -23,6 +24,17 @@ using Fields = std::span<const Field>;
 // null.
 [[nodiscard]] std::string columns(Fields fields);
 [[nodiscard]] Json record(Row row, Fields fields);
+
+// The records of the rows of a SELECT, whose text after the columns is `rest`.
+template <class... Arguments>
+[[nodiscard]] Json records(Database& database, Fields fields, std::string_view rest,
+                           const Arguments&... arguments) {
+  auto found = Json::array();
+  database.each(
+      "SELECT " + columns(fields) + ' ' + std::string{rest},
+      [&](Row row) { found.push_back(record(row, fields)); }, arguments...);
+  return found;
+}
 
 extern const Fields deviceFields;  // ?1: base URL of the endpoints; ?2: devices seen since then are online
 extern const Fields devicePolicyFields;

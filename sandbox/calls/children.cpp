@@ -42,11 +42,9 @@ Answer answerWithChild(Call& call, int status, std::string_view id) {
 }  // namespace
 
 Answer listChildren(Call& call) {
-  auto children = Json::array();
-  call.database.each(
-      "SELECT " + columns(childFields) +
-          " FROM children WHERE family_id = ? ORDER BY display_order, created_at, rowid",
-      [&](Row row) { children.push_back(record(row, childFields)); }, call.caller.familyId);
+  auto children = records(call.database, childFields,
+                          "FROM children WHERE family_id = ? ORDER BY display_order, created_at, rowid",
+                          call.caller.familyId);
   for (auto& child : children) {
     complete(call, child);
   }

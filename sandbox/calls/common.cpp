@@ -19,13 +19,9 @@ std::size_t lengthOf(std::string_view text) {
 // A device of any family, or only of the caller's; `condition` refers to `arguments` from ?3 on.
 template <class... Arguments>
 Json select(Call& call, std::string_view condition, const Arguments&... arguments) {
-  auto found = Json::array();
-  call.database.each(
-      "SELECT " + columns(deviceFields) + " FROM devices WHERE " + std::string{condition} +
-          " ORDER BY created_at, rowid",
-      [&](Row row) { found.push_back(record(row, deviceFields)); }, call.world.addresses.dohBase(),
-      call.now - onlineFor, arguments...);
-  return found;
+  return records(call.database, deviceFields,
+                 "FROM devices WHERE " + std::string{condition} + " ORDER BY created_at, rowid",
+                 call.world.addresses.dohBase(), call.now - onlineFor, arguments...);
 }
 
 }  // namespace

@@ -76,13 +76,10 @@ Answer deviceLogs(Call& call) {
     return noSuchDevice();
   }
 
-  auto logs = Json::array();
-  call.database.each(
-      "SELECT " + columns(logFields) +
-          " FROM dns_logs WHERE device_id = ? AND timestamp >= ? ORDER BY timestamp DESC, id DESC "
-          "LIMIT ? OFFSET ?",
-      [&](Row row) { logs.push_back(record(row, logFields)); }, call.path[0], *earliest,
-      std::min(*limit, largestLogLimit), *offset);
+  auto logs = records(call.database, logFields,
+                      "FROM dns_logs WHERE device_id = ? AND timestamp >= ? ORDER BY timestamp DESC, id DESC "
+                      "LIMIT ? OFFSET ?",
+                      call.path[0], *earliest, std::min(*limit, largestLogLimit), *offset);
   return json(200, {{"logs", logs}});
 }
 

@@ -24,23 +24,17 @@ std::optional<Member> findMember(Call& call, std::string_view id) {
 }
 
 Json members(Call& call) {
-  auto found = Json::array();
-  call.database.each(
-      "SELECT " + columns(memberFields) +
-          " FROM members JOIN accounts ON accounts.id = parent_id WHERE family_id = ? "
-          "ORDER BY role = 'primary' DESC, members.created_at, members.rowid",
-      [&](Row row) { found.push_back(record(row, memberFields)); }, call.caller.familyId);
-  return found;
+  return records(call.database, memberFields,
+                 "FROM members JOIN accounts ON accounts.id = parent_id WHERE family_id = ? "
+                 "ORDER BY role = 'primary' DESC, members.created_at, members.rowid",
+                 call.caller.familyId);
 }
 
 Json openInvitations(Call& call) {
-  auto found = Json::array();
-  call.database.each(
-      "SELECT " + columns(invitationFields) +
-          " FROM invitations WHERE family_id = ? AND status = 'pending' AND expires_at > ? "
-          "ORDER BY created_at, rowid",
-      [&](Row row) { found.push_back(record(row, invitationFields)); }, call.caller.familyId, call.now);
-  return found;
+  return records(call.database, invitationFields,
+                 "FROM invitations WHERE family_id = ? AND status = 'pending' AND expires_at > ? "
+                 "ORDER BY created_at, rowid",
+                 call.caller.familyId, call.now);
 }
 
 }  // namespace

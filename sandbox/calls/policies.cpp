@@ -56,6 +56,15 @@ std::string normalised(std::string domain) {
   return domain;
 }
 
+// Refuses an invalid body and an unknown owner; otherwise the answer of `change`.
+template <class Change>
+Answer changing(Call& call, Owner owner, const Input& input, Change change) {
+  if (auto refused = input.refusal()) {
+    return *refused;
+  }
+  return owns(call, owner, call.path[0]) ? change() : noSuchOwner(owner);
+}
+
 }  // namespace
 
 template <Owner owner>
@@ -70,14 +79,10 @@ Answer updatePolicy(Call& call) {
   const auto mode = input.text("block_mode");
   input.require(mode == "blacklist" || mode == "whitelist",
                 "“block_mode” has to be “blacklist” or “whitelist”.");
-  if (auto refused = input.refusal()) {
-    return *refused;
-  }
-  if (!owns(call, owner, call.path[0])) {
-    return noSuchOwner(owner);
-  }
-  setPolicy(call.database, owner, call.path[0], isBlocked, mode, call.now);
-  return policy(call, owner);
+  return changing(call, owner, input, [&] {
+    setPolicy(call.database, owner, call.path[0], isBlocked, mode, call.now);
+    return policy(call, owner);
+  });
 }
 
 template <Owner owner, List list>
@@ -85,14 +90,10 @@ Answer addToList(Call& call) {
   Input input{call.body};
   const auto domain = normalised(input.text("domain"));
   input.require(isDomain(domain), "This is not the name of a site. It should look like example.com.");
-  if (auto refused = input.refusal()) {
-    return *refused;
-  }
-  if (!owns(call, owner, call.path[0])) {
-    return noSuchOwner(owner);
-  }
-  addDomain(call.database, owner, call.path[0], list, domain, call.now);
-  return changed(call, owner);
+  return changing(call, owner, input, [&] {
+    addDomain(call.database, owner, call.path[0], list, domain, call.now);
+    return changed(call, owner);
+  });
 }
 
 template <Owner owner, List list>
