@@ -22,6 +22,12 @@ class TokenRefreshTest : public ClientTest {
     service->refreshToken(refreshed.completion());
     return refreshed;
   }
+  // Adds to `order` when `who` completes.
+  void refreshNoting(const std::string& who) {
+    service->refreshToken([this, who](const Result<AuthResponse>&) {
+      order.push_back(who + (service->isRefreshingToken() ? " while refreshing" : " when done"));
+    });
+  }
   // A refresh fails at once, and for this cause.
   void expectUnsent(const NetworkError& cause) {
     const auto refreshed = refresh();
@@ -40,6 +46,8 @@ class TokenRefreshTest : public ClientTest {
                             false, answered.completion());
     return answered;
   }
+
+  std::vector<std::string> order;
 };
 
 TEST_F(TokenRefreshTest, without_a_root_nothing_is_sent) {
@@ -269,14 +277,8 @@ TEST_P(BadRefreshTest, reaches_each_waiter_once_or_never) {
 }
 
 TEST_P(BadRefreshTest, completes_its_caller_before_the_flag_is_cleared_and_the_waiters_after) {
-  std::vector<std::string> order;
-  const auto note = [&](const std::string& who) {
-    return [this, &order, who](const Result<AuthResponse>&) {
-      order.push_back(who + (service->isRefreshingToken() ? " while refreshing" : " when done"));
-    };
-  };
-  service->refreshToken(note("first"));
-  service->refreshToken(note("second"));
+  refreshNoting("first");
+  refreshNoting("second");
   settle();
   ASSERT_THAT(order, SizeIs(GetParam().waitersHear ? 2 : 1));
   EXPECT_EQ(order.front(), "first while refreshing");
@@ -350,15 +352,9 @@ TEST_F(TokenRefreshTest, a_waiting_refresh_needs_neither_root_nor_token) {
 }
 
 TEST_F(TokenRefreshTest, the_first_caller_completes_then_the_flag_is_cleared_then_the_waiters_complete) {
-  std::vector<std::string> order;
-  const auto note = [&](const std::string& who) {
-    return [this, &order, who](const Result<AuthResponse>&) {
-      order.push_back(who + (service->isRefreshingToken() ? " while refreshing" : " when done"));
-    };
-  };
-  service->refreshToken(note("first"));
-  service->refreshToken(note("second"));
-  service->refreshToken(note("third"));
+  refreshNoting("first");
+  refreshNoting("second");
+  refreshNoting("third");
   answerRefresh(200, authBody(newToken));
   settle();
   EXPECT_THAT(order, ElementsAre("first while refreshing", "second when done", "third when done"));

@@ -71,6 +71,12 @@ class AuthStateTest : public testing::Test {
     storeSession();
     settings.set(settings::authTokenTimestamp, dispatch.now() - age);
   }
+  void expectLaunchToFindNoStamp() {
+    launch();
+    EXPECT_EQ(state->tokenSavedAt(), std::nullopt);
+    EXPECT_EQ(refreshes(), 1);
+    EXPECT_THAT(lines(), ElementsAre(foundToken, noStamp));
+  }
   void launchSignedIn() {
     storeSessionAged(1h);
     launch();
@@ -170,19 +176,13 @@ TEST_F(AuthStateTest, the_length_of_a_token_counts_characters) {
 
 TEST_F(AuthStateTest, a_session_without_a_time_stamp_is_refreshed_at_once) {
   storeSession();
-  launch();
-  EXPECT_EQ(state->tokenSavedAt(), std::nullopt);
-  EXPECT_EQ(refreshes(), 1);
-  EXPECT_THAT(lines(), ElementsAre(foundToken, noStamp));
+  expectLaunchToFindNoStamp();
 }
 
 TEST_F(AuthStateTest, an_invalid_time_stamp_counts_as_missing) {
   storeSession();
   settings.set(settings::authTokenTimestamp, "2016-10-08T22:31:00Z");
-  launch();
-  EXPECT_EQ(state->tokenSavedAt(), std::nullopt);
-  EXPECT_EQ(refreshes(), 1);
-  EXPECT_THAT(lines(), ElementsAre(foundToken, noStamp));
+  expectLaunchToFindNoStamp();
 }
 
 // Age of the token.
