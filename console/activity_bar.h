@@ -14,7 +14,7 @@ class ActivityBar final : public ObservableObject {
   explicit ActivityBar(std::function<void()> onChoose)
       : ObservableObject("ActivityBar"), onChoose_(std::move(onChoose)) {}
 
-  // Under the bar; empty if there is no room for one under each.
+  // Drawn under the bar; empty if there is no room.
   Published<std::string> label{*this, "label"};
   Published<std::string> name{*this, "name"};
   Published<std::string> number{*this, "number"};

@@ -8,7 +8,7 @@
 
 #include "console/activity_log.h"
 
-// Counting is incremental: each of these counts an entry once, when it is new in the log.
+// Counting is incremental: each class here counts an entry once, when it is new in the log.
 namespace quillmar {
 
 struct ActivityCount {
@@ -22,9 +22,9 @@ struct ActivityCount {
 
 // The entries to count.
 struct ActivityScope {
-  // nullopt: of all devices.
+  // nullopt: all devices.
   std::optional<std::uint32_t> device;
-  // The starts of consecutive days, then the end of the last one; and the same for the hours of one of them.
+  // The starts of consecutive days, then the end of the last one.
   std::vector<Date> days;
   std::vector<Date> hours;
 };
@@ -39,18 +39,17 @@ class ActivityCounts {
  public:
   explicit ActivityCounts(ActivityScope scope);
 
-  // Counts the entries that the log has more than at the last call.
+  // Counts the entries added to the log since the last call.
   void add(const ActivityLog& log);
 
   const ActivityScope& scope() const { return scope_; }
   const std::vector<ActivityCount>& days() const { return days_; }
   const std::vector<ActivityCount>& hours() const { return hours_; }
-  // The day of the hours.
+  // The day whose hours are counted.
   ActivityCount day() const { return day_; }
-  // Entries without a readable time: they are in no day and no hour.
+  // Entries without a readable time. They count for no day and no hour.
   std::uint32_t unreadable() const { return unreadable_; }
-  // The sites with most requests of that kind on the day; equal counts by name. Only that kind is in the
-  // counts.
+  // The sites with most requests of this kind on the day; sites with equal counts are sorted by name.
   std::vector<SiteCount> most(const ActivityLog& log, bool wasBlocked, std::size_t limit) const;
   // The sites with no request before the day, those with most requests first.
   std::vector<SiteCount> firstSeen(const ActivityLog& log, std::size_t limit) const;
@@ -76,7 +75,7 @@ struct ActivitySpan {
   // `to` is excluded.
   Date from;
   Date to;
-  // nullopt: of all sites, each one item. Otherwise each name of the site is one item.
+  // nullopt: one item for each site. Otherwise one item for each name of this site.
   std::optional<std::uint32_t> site;
   std::optional<bool> wasBlocked;
 };
@@ -119,7 +118,7 @@ class ActivityItems {
 
   ActivitySpan span_;
   std::size_t counted_ = 0;
-  // By text and kind: the allowed one of a text, then the blocked one.
+  // Indexed by text and kind: for each text the allowed item, then the blocked one.
   std::vector<ActivityItem> items_;
 };
 

@@ -13,7 +13,7 @@ namespace {
 
 constexpr auto allowancePeriod = std::chrono::minutes(1);
 
-// A service that repeats itself would otherwise be asked forever.
+// Limits requests to a service that keeps sending the same entries.
 constexpr int mostPagesWithoutNews = 3;
 constexpr std::string_view repeatedPagesText = "The service keeps sending the same entries.";
 
@@ -65,7 +65,7 @@ void ActivityFilling::askAll() {
   }
 }
 
-// The device that is loaded the least far, so that all reach back about equally.
+// The device whose oldest loaded entry is the newest, so that all devices reach back about equally far.
 ActivityFilling::DeviceLog* ActivityFilling::nextToAsk() {
   DeviceLog* next = nullptr;
   for (DeviceLog& device : devices_) {
@@ -82,7 +82,7 @@ void ActivityFilling::ask(std::size_t device) {
   DeviceLog& asked = devices_[device];
   asked.isAsked = true;
   --requestsLeft_;
-  // Not by the clock, which may jump.
+  // Measured with a timer, because the clock may jump.
   page_.dispatch().main().asyncAfter(allowancePeriod, screen_.weakly([this] { takeBackRequest(); }));
   page_.service().send(
       calls::getDeviceLogs, {asked.id, pageSize, asked.offset},

@@ -15,8 +15,8 @@
 
 namespace quillmar {
 
-// loading: there is more to ask for; stopped: by the person; failed: nothing is left but what failed; full:
-// no room for more; complete: everything that the service has is loaded.
+// loading: more entries to request. stopped: by the person. failed: only devices whose request failed are
+// left. full: no room for more entries. complete: the service has no more entries.
 enum class FillingState { loading, stopped, failed, full, complete };
 
 template <>
@@ -27,9 +27,9 @@ inline constexpr std::array rawNames<FillingState> =
                             {FillingState::full, "full"},
                             {FillingState::complete, "complete"}});
 
-// Fills a log page by page, each device from its newest entry on, until the service has no more or the log is
-// full. It spares the service: few requests a minute, and one at a time for a device. New entries shift the
-// offsets meanwhile, so a page may repeat entries, but never leaves one out.
+// Fills a log page by page, each device from its newest entry on, until the service has no more entries or
+// the log is full. To spare the service it sends few requests a minute, and one at a time for each device.
+// New entries at the service shift the offsets: a page may then repeat entries, but never omits one.
 class ActivityFilling {
   // First: the members register with it.
   ScreenModel& screen_;
@@ -38,12 +38,12 @@ class ActivityFilling {
   static constexpr std::int64_t pageSize = 1000;
   static constexpr int requestsPerMinute = 50;
 
-  // `onAnswer` runs after each answer, whether entries have come with it or not.
+  // `onAnswer` runs after each answer, even one without new entries.
   ActivityFilling(ChildPage& page, ScreenModel& screen, Calendar calendar, ActivityLog& log,
                   std::function<void()> onAnswer);
 
   Published<FillingState> state{screen_, "filling", FillingState::loading};
-  // How many entries, and how far back they reach.
+  // The number of entries, and the time of the oldest one.
   Published<std::string> progressText{screen_, "progressText"};
   // One line for each device that failed.
   Published<std::optional<std::string>> failureText{screen_, "failureText"};
@@ -59,14 +59,14 @@ class ActivityFilling {
   Action<> tryAgain{screen_, "tryAgain", [this] { retry(); },
                     [this] { return isOpen_ && failureText().has_value(); }};
 
-  // Starts to load these devices. The entries of a device that is no longer among them stay.
+  // Starts to load these devices. Entries of other devices stay in the log.
   void load(const std::vector<Device>& devices);
-  // After this no request is sent.
+  // Sends no further request.
   void close() { isOpen_ = false; }
 
-  // The time from which on nothing is missing, as far as devices have not failed; nullopt if not yet known.
+  // Everything since this time is loaded, except for devices that failed; nullopt if not yet known.
   std::optional<Date> reached() const;
-  // In the order of the devices' indices in the log.
+  // The names of the devices, by their index in the log.
   std::vector<std::string> deviceNames() const;
 
  private:

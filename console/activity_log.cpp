@@ -10,9 +10,9 @@
 namespace quillmar {
 namespace {
 
-// DNS has no longer names. Of a longer text only the start is kept, or a few answers could fill the memory.
+// The longest DNS name. Longer texts are truncated, so that a few answers can't fill the memory.
 constexpr std::size_t longestName = 253;
-// How an empty name is written.
+// Stands for an empty name.
 constexpr std::string_view rootName = ".";
 constexpr std::string_view ellipsis = "…";
 

@@ -12,11 +12,12 @@
 
 namespace quillmar {
 
-// The log entries of a child's devices, each once, in the order of their arrival and in little memory.
+// The log entries of a child's devices, without repetitions, in the order of their arrival. Compact in
+// memory.
 class ActivityLog {
  public:
   static constexpr std::size_t capacity = 200'000;
-  // The time of an entry whose text is not a time.
+  // Stands for a time that can't be parsed.
   static constexpr Date unreadable = Date::max();
 
   struct Entry {
@@ -29,7 +30,7 @@ class ActivityLog {
 
   explicit ActivityLog(DateStyles styles) : styles_(std::move(styles)) {}
 
-  // Adds the entries whose ids are new, as far as there is room, and returns their number.
+  // Adds the entries with new ids while there is room. Returns their number.
   std::size_t add(std::uint32_t device, const std::vector<DNSLog>& page);
 
   const std::vector<Entry>& entries() const { return entries_; }
@@ -42,10 +43,10 @@ class ActivityLog {
   std::uint32_t siteCount() const { return sites_.size(); }
   std::uint32_t nameCount() const { return names_.size(); }
 
-  // What a row shows and acts on. The device's id and the query's type are not kept.
+  // The fields that a row shows and acts on. The device's id and the query's type are not stored.
   DNSLog recordOf(const Entry& entry) const;
 
-  // As relativeTimestamp reads it; `unreadable` if it is not a time.
+  // Parsed as by relativeTimestamp; `unreadable` if it is not a time.
   Date timeOf(const DNSLog& log) const;
 
  private:

@@ -38,8 +38,9 @@ class AddedSiteRow final : public ObservableObject {
   const std::unique_ptr<Timer> timer_;
 };
 
-// The sites that were just added, the newest last. A site is gone once it is taken back, even before the
-// service has answered, so that a second tap sends nothing; and once it leaves its list in another way.
+// The sites that were just added, the newest last. A site is removed as soon as it is taken back, before the
+// service answers, so that a second tap sends nothing. It is also removed when it leaves its list in another
+// way.
 class AddedSites {
  public:
   // `takeBack` removes a site from a list.
@@ -50,7 +51,7 @@ class AddedSites {
   Rows<AddedSiteRow> rows;
 
   void add(PolicyList list, const std::string& domain);
-  // Removes those that are no longer in this list.
+  // Removes the sites that are not in `domains`, the present content of this list.
   void keepOnly(PolicyList list, const std::vector<std::string>& domains);
   void clear();
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int dayCount = 7;
 constexpr std::size_t mostSiteBars = 10;
-// Few enough that a front end can replace them within a frame, at each letter that is typed.
+// A front end can replace this many rows within a frame, for each letter that is typed.
 constexpr std::size_t rowsAtFirst = 20;
 constexpr std::size_t moreRows = 50;
 constexpr std::size_t hoursPerLabel = 6;

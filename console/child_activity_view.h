@@ -37,11 +37,11 @@ inline constexpr std::array rawNames<ActivityContent> =
                                {ActivityContent::empty, "empty"},
                                {ActivityContent::charts, "charts"}});
 
-// The bar whose rows are shown: one of an hour, one of a site, or all new sites; or none of them.
+// The bar whose rows are shown: an hour, a site or all new sites; or none.
 struct ChosenBar {
   std::optional<std::size_t> hour = std::nullopt;
   std::optional<std::uint32_t> site = std::nullopt;
-  // Of the site's requests.
+  // The kind of the site's requests.
   std::optional<bool> wasBlocked = std::nullopt;
   bool isFirstSeen = false;
 
@@ -152,7 +152,7 @@ class ChildActivityView final : public ScreenModel {
   void showMore();
   void followDate();
 
-  // Everything again, for another day or device.
+  // Recomputes everything, for another day or device.
   void recount();
   void countNews();
 
@@ -169,7 +169,7 @@ class ChildActivityView final : public ScreenModel {
 
   ActivityScope scope() const;
   ActivitySpan span() const;
-  // Whether what came before the chosen day is loaded at least in part.
+  // Whether entries from before the chosen day are loaded.
   bool knowsEarlierDays() const;
   std::string numberText(const ActivityCount& count) const;
   std::string requestsText(std::uint32_t count) const;
@@ -185,7 +185,7 @@ class ChildActivityView final : public ScreenModel {
   std::optional<std::uint32_t> chosenDevice_;
   ChosenBar chosen_;
   std::size_t mostRows_;
-  // Of the items' texts, as far as they were needed.
+  // The search keys of the items' texts, created on demand.
   mutable std::vector<SearchKey> searchKeys_;
   std::vector<LocalDay> days_;
   std::optional<ActivityCounts> counts_;

@@ -27,7 +27,7 @@ bool lists(const std::vector<std::string>& domains, const std::string& site) {
 
 }  // namespace
 
-// Where a list is here, and in an answer.
+// The members for a list in this section and in an answer.
 struct PolicySection::ListPlace {
   PolicyList list;
   Published<std::vector<std::string>> PolicySection::*shown;

@@ -79,7 +79,7 @@ class PolicySection {
 
   // Without a policy, nothing is in force and the lists stay as they are.
   void show(const std::optional<ChildPolicy>& answer);
-  // Ends what only lasts while the page is visible.
+  // Stops work that is needed only while the page is visible.
   void stop() { addedSites.clear(); }
   bool isDomainAllowed(std::string_view domain) const;
   void allowFromLog(const DNSLog& log);
@@ -102,7 +102,7 @@ class PolicySection {
 
   // The allowed sites in lower case.
   std::unordered_set<std::string> allowed_;
-  // The service has told the lists.
+  // Whether the lists have been loaded.
   bool isLoaded_ = false;
   std::vector<Subscription> reactions_;
 };

@@ -6,8 +6,8 @@
 
 namespace quillmar {
 
-// What the desktop shows outside our window. The texts are the program's own: a desktop may read them as
-// markup.
+// A message that the desktop shows outside the window. The texts are the program's own, because a desktop may
+// interpret them as markup.
 struct Notification {
   // A later notification with the same id replaces this one.
   std::string id;

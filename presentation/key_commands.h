@@ -23,7 +23,7 @@ struct KeyBinding {
   std::string_view effect;
   // The keys are the first and the last of a row of digits.
   bool isRow = false;
-  // The window itself answers, whatever it shows.
+  // Handled by the window itself, whatever it shows.
   bool isEverywhere = false;
 };
 
@@ -38,16 +38,16 @@ inline constexpr auto keyBindings = std::to_array<KeyBinding>({
     {Command::close, {"Ctrl+W", "Ctrl+Q"}, "Close the window", false, true},
 });
 
-// What a pressed key asks for.
+// The command of a pressed key.
 struct KeyPress {
   Command command;
-  // The place in a row of keys, from 0.
+  // The index in a row of keys, from 0.
   std::int64_t number = 0;
 
   friend bool operator==(const KeyPress& one, const KeyPress& other) = default;
 };
 
-// Of a key as the table writes it.
+// Parses a key as written in the table.
 std::optional<KeyPress> keyPress(std::string_view key);
 // "F5, Ctrl+R"; a row of keys as "Ctrl+1 to Ctrl+9".
 std::string writtenKeys(const KeyBinding& binding);
@@ -62,13 +62,13 @@ class KeyCommands final : public Member {
     Member& action;
   };
 
-  // Of several actions for one command the first that is enabled answers.
+  // If a command has several actions, the first enabled one is performed.
   KeyCommands(ObservableObject& screen, std::vector<Answer> answers);
 
   // False if no enabled action answers.
   bool press(const KeyPress& keys) const;
   bool answers(Command command) const { return answerTo(command) != nullptr; }
-  // Of the action's tooltip; empty if no key performs it.
+  // The key for the action's tooltip; empty if it has none.
   std::string_view keyOf(const Member& action) const;
 
   // The keys that do something now, as records of `keys` and `effect`.

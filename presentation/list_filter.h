@@ -15,8 +15,7 @@ namespace quillmar {
 
 class FilteredRows;
 
-// The part of a name that a person has typed. A space at its end is the start of the next word, and not yet
-// looked for.
+// The text to look for, as typed. A space at its end is ignored, because it starts the next word.
 SearchKey typedPart(std::string_view text);
 
 // What a person looks for in the lists of a screen, without regard to case and accents. Its members are
@@ -63,12 +62,11 @@ class FilteredRows final : public Member {
 
   FilteredRows(ObservableObject& screen, const Names& names, const Member& list, ListFilter& filter);
 
-  // What is said in place of rows if the filter lets none through; nullopt if it does, or if the list is
-  // empty.
+  // The text shown instead of rows if the filter hides all of them; nullopt otherwise.
   Derived<std::optional<std::string>> noMatch;
 
   std::vector<Nested> nested() const override;
-  // Rises when the person changes the filter; stays the same when only the list changes.
+  // Increases when the person changes the filter, and not when only the list changes.
   std::uint64_t revision() const { return revision_; }
   // How many rows the list has.
   std::size_t listSize() const { return listSize_; }
@@ -97,7 +95,7 @@ class FilteredRows final : public Member {
   const std::string_view searched_;
   std::size_t listSize_;
   std::uint64_t revision_ = 0;
-  // Those of the list while the filter is active, else none.
+  // The rows of the list while the filter is active, otherwise none.
   std::vector<std::unique_ptr<Candidate>> candidates_;
   Subscription listReaction_;
   Subscription filterReaction_;

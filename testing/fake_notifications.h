@@ -23,7 +23,7 @@ class FakeNotifications final : public Notifications {
     return found;
   }
 
-  // Everything that was shown, and what is still to be seen.
+  // All calls, and the notifications still visible.
   std::vector<Notification> all;
   std::vector<Notification> visible;
 };

@@ -8,14 +8,14 @@
 
 namespace quillmar {
 
-// A world that is costly to make, so that all tests of a program share it. Where it has an obstacle, they are
-// skipped.
+// A world that is expensive to create, so all tests of a program share it. If it has an obstacle, the tests
+// are skipped.
 template <class World>
 class SharedWorld final : public testing::Environment {
  public:
   using Make = std::function<std::unique_ptr<World>()>;
 
-  // To be called while the program's constants are initialised.
+  // Call it during static initialisation.
   static SharedWorld& forAllTests(Make make = [] { return std::make_unique<World>(); }) {
     return *static_cast<SharedWorld*>(testing::AddGlobalTestEnvironment(new SharedWorld(std::move(make))));
   }

@@ -31,7 +31,7 @@ namespace {
 
 using namespace quillmar::tunnel;
 
-// Of the service to itself: for the worker's process, and for nobody else.
+// The command with which the service starts its worker. It is not for users.
 constexpr const char* workersCommand = "worker";
 
 void write(const std::string& text) {
@@ -52,8 +52,8 @@ std::string textOf(const boost::asio::ip::tcp::endpoint& address) {
   return text.str();
 }
 
-// Stops the context when the program is told to end. To be made before any thread. The signals interrupt
-// nothing: a call of the message bus that one cuts short is lost, and would look as if the bus were.
+// Stops the context on SIGINT and SIGTERM. Must be created before any thread. The signals are blocked and
+// read from a descriptor, because a signal that interrupts a call of the message bus makes the call fail.
 class Endings {
  public:
   explicit Endings(boost::asio::io_context& context) : signals_(context, block()) {
@@ -109,8 +109,8 @@ std::filesystem::path stateDirectory() {
   return named != nullptr ? named : "/var/lib/quillmar-tunnel";
 }
 
-// At the tunnel's addresses, which come with the device. A machine without IPv6 does without. UDP before TCP,
-// pair by pair.
+// Sockets bound to the tunnel's addresses, which exist once the device is up: a pair for each address, UDP
+// before TCP. Without IPv6 there is one pair.
 std::variant<std::vector<OpenFile>, std::string> bindTunnelSockets() {
   boost::asio::io_context context;
   std::vector<OpenFile> all;
@@ -142,7 +142,7 @@ ExitStatus runService(boost::asio::io_context& context, const std::string& caFil
 
   std::optional<Service> service;
   WorkerProcess worker(context,
-                       // Also when another version has taken this one's place on the disk.
+                       // This version, even if the file has been replaced by another one.
                        {.program = "/proc/self/exe",
                         .words = {"quillmar-tunnel", workersCommand},
                         .listeners = std::move(listeners),
@@ -167,14 +167,14 @@ ExitStatus runService(boost::asio::io_context& context, const std::string& caFil
         [&](const std::string& endpoint) { worker.take(endpoint); }, tell);
     service->run();
   } catch (const sdbus::Error& error) {
-    // What is up stays up: nobody said that this machine is to be protected no more.
+    // The redirection stays: losing the bus is no reason to end protection.
     return complain("the message bus: " + error.getMessage() + '.', ExitStatus::failed);
   }
   service->end();
   return ExitStatus::done;
 }
 
-// As much as can be, even where a part of it fails.
+// Continues after a failure, so that as much as possible is removed.
 ExitStatus release() {
   auto status = ExitStatus::done;
   for (const auto& problem : {releaseRedirection(), removeDevice(deviceName)}) {
@@ -189,11 +189,11 @@ ExitStatus perform(const Options& options) {
   if (options.command == Command::release) {
     return release();
   }
-  std::signal(SIGPIPE, SIG_IGN);  // a closed connection is seen where it is written to
+  std::signal(SIGPIPE, SIG_IGN);  // writing to a closed connection returns an error instead
   boost::asio::io_context context(1);
   const auto status =
       options.command == Command::run ? runService(context, options.caFile) : serve(context, options);
-  // The context would wait for the system's resolver, which can't be told to stop.
+  // Destroying the context would wait for the system's resolver, which can't be cancelled.
   std::_Exit(static_cast<int>(status));
 }
 

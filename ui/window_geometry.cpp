@@ -19,7 +19,7 @@ constexpr auto sizeWidth = "window.width";
 constexpr auto sizeHeight = "window.height";
 constexpr auto maximized = "window.maximized";
 
-// Beyond all screens together.
+// Larger than any arrangement of screens.
 constexpr int farthest = 100000;
 
 std::optional<int> numberIn(const StateFile& file, const char* name) {
@@ -29,7 +29,7 @@ std::optional<int> numberIn(const StateFile& file, const char* name) {
 
 int areaOf(const QRect& rect) { return rect.isEmpty() ? 0 : rect.width() * rect.height(); }
 
-// Wayland tells no window where it is.
+// On Wayland a window can't know its position.
 bool tellsPlaces() { return !QGuiApplication::platformName().startsWith(QLatin1String("wayland")); }
 
 // The window's own screen comes first.
@@ -88,11 +88,11 @@ std::optional<WindowGeometry> readGeometry(const StateFile& file) {
 }
 
 void keepGeometry(const StateFile& file, const QWindow& window) {
-  // A window that is being closed has no visibility, but still its states.
+  // While a window closes, its visibility is unset but its states are still valid.
   const auto states = window.windowStates();
   const bool isMaximized = states.testFlag(Qt::WindowMaximized);
   std::vector<StateFile::Row> rows{{maximized, isMaximized ? "yes" : "no"}};
-  // A window that fills its screen keeps the size to which it returns.
+  // A maximized or full-screen window keeps the stored size, to which it returns.
   if (!isMaximized && !states.testFlag(Qt::WindowFullScreen)) {
     rows.insert(rows.end(),
                 {{sizeWidth, std::to_string(window.width())}, {sizeHeight, std::to_string(window.height())}});
@@ -101,7 +101,7 @@ void keepGeometry(const StateFile& file, const QWindow& window) {
       rows.insert(rows.end(), {{placeX, std::to_string(place.x())}, {placeY, std::to_string(place.y())}});
     }
   }
-  // Without the file the window starts as it did the first time.
+  // A failure is ignored: the next window starts with the default geometry.
   static_cast<void>(file.write(rows));
 }
 

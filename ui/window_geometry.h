@@ -14,9 +14,9 @@ class StateFile;
 
 namespace quillmar::ui {
 
-// Where a window is, and how large.
+// A window's position and size.
 struct WindowGeometry {
-  // Of its frame; nullopt if the platform does not tell, or decides itself.
+  // The frame's position; nullopt if the platform does not tell it or chooses it.
   std::optional<QPoint> place;
   QSize size;
   bool isMaximized = false;
@@ -24,18 +24,18 @@ struct WindowGeometry {
   friend bool operator==(const WindowGeometry& one, const WindowGeometry& other) = default;
 };
 
-// As wide as one column needs, and no wider.
+// The width of one column.
 inline constexpr QSize firstWindowSize(460, 860);
 
-// That of the last time, made to fit the screens that exist: no larger than one of them, and wholly on it.
-// The first screen is the one on which a window without a place appears. A window that was on none of them
-// has no place, and one that was nowhere has its first size.
+// The stored geometry, adapted to the present screens: no larger than the screen that it overlaps most, and
+// entirely on it. If it overlaps no screen, it loses its position; without a stored geometry the result is
+// the default size. The first screen is where a window without a position opens.
 WindowGeometry fitted(const std::optional<WindowGeometry>& last, const QList<QRect>& screens);
 
-// nullopt if the file holds no size, or one that no screen ever had.
+// nullopt if the file has no size or an impossible one.
 std::optional<WindowGeometry> readGeometry(const StateFile& file);
 void keepGeometry(const StateFile& file, const QWindow& window);
-// Before the window is shown.
+// Call it before the window is shown.
 void restoreGeometry(const StateFile& file, QWindow& window);
 
 }  // namespace quillmar::ui

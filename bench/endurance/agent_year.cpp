@@ -33,7 +33,7 @@ struct Length {
 constexpr Length wholeYear{365, 10'000};
 constexpr Length shortForm{21, 600};
 
-// A clock that is set while timers go on.
+// A clock that can be set while timers continue.
 class SettableClock final : public Dispatch {
  public:
   explicit SettableClock(Dispatch& steady) : steady_(steady) {}
@@ -85,7 +85,7 @@ class Year {
   }
 
  private:
-  // From 6 to 12. Half of the day's restarts, and the tunnel drops.
+  // From 6 to 12: half of the day's restarts, and drops of the tunnel.
   void morning() {
     restart(restartsBy(0.5));
     for (int i = 0; i < 3; ++i) {
@@ -99,7 +99,7 @@ class Year {
     expectAllWell();
   }
 
-  // From 12 to 13. Nothing happens, so everything can be counted.
+  // From 12 to 13: nothing happens, so everything can be counted.
   void noon() {
     agent_.tunnel.forgetCalls();
     const auto checkins = cloud_.checkins();
@@ -118,7 +118,7 @@ class Year {
                                         std::to_string(heap_.value_or(0))));
   }
 
-  // From 13 to 22. The clock is wrong for a while, and the rest of the day's restarts.
+  // From 13 to 22: the clock is wrong for a while; the other half of the day's restarts.
   void afternoon() {
     const auto wrong = std::chrono::minutes(std::uniform_int_distribution(-3000, 3000)(random_));
     clock_.set(wrong);
@@ -133,7 +133,7 @@ class Year {
     expectAllWell();
   }
 
-  // From 22 to 6. The device sleeps for hours; one night a week the service is away.
+  // From 22 to 6: the device sleeps for hours; one night a week the service is unreachable.
   void night() {
     cloud_.isAway = day_ % 7 == 5;
     advance(1h);
@@ -154,7 +154,8 @@ class Year {
     return static_cast<int>((until + partOfDay) * length_.restarts / length_.days) - restarts_;
   }
 
-  // Each at another point of what a start does. On most days none, so that the agent grows old.
+  // Each restart interrupts another step of a start. On most days there is none, so that a process runs for
+  // long.
   void restart(int times) {
     if (day_ % daysOfARun != 0) {
       return;
@@ -170,7 +171,7 @@ class Year {
     expectAllWell();
   }
 
-  // All else happens at whole seconds, so no request is under way when the heap is measured.
+  // Everything else happens at whole seconds, so no request is in flight when the heap is measured.
   void startBetweenSeconds() {
     advance(1500ms - time_.now().time_since_epoch() % 1s);
     agent_.restart();

@@ -7,12 +7,12 @@
 
 namespace quillmar::endurance {
 
-// A row of docs/endurance.md.
+// Prints a row of docs/endurance.md.
 inline void tell(std::string_view what, const std::string& figure) {
   std::printf("| %.*s | %s |\n", static_cast<int>(what.size()), what.data(), figure.c_str());
 }
 
-// Ends the run with a sentence if it did not hold.
+// Ends the run with a message unless it held.
 inline void expect(bool held, const std::string& otherwise) {
   if (!held) {
     std::fprintf(stderr, "%s\n", otherwise.c_str());
@@ -20,7 +20,7 @@ inline void expect(bool held, const std::string& otherwise) {
   }
 }
 
-// Every program has a short form, for tests, and no other option.
+// Whether the program runs in its short form, for tests. There is no other option.
 inline bool isShort(int count, char** arguments) {
   if (count == 1) {
     return false;

@@ -10,8 +10,8 @@
 
 namespace quillmar::endurance {
 
-// A cloud service for children's devices, in virtual time. It enrols who asks, at the first poll, and keeps
-// no record of its devices, so that only theirs counts as memory.
+// A cloud service for children's devices, in virtual time. It completes every enrollment at the first poll.
+// It keeps no record of devices, so that the heap holds only the agents.
 class VirtualCloud final : public HttpSession {
  public:
   static constexpr Duration latency{40};
@@ -28,7 +28,7 @@ class VirtualCloud final : public HttpSession {
         });
   }
 
-  // All fail while it is away.
+  // While true, all requests fail.
   bool isAway = false;
   std::string endpoint = "https://dns.example/0000000000000000";
 

@@ -14,7 +14,7 @@ bool belongsToAnother(const std::filesystem::path& directory);
 // directory of this user's.
 bool createPrivateDirectory(const std::filesystem::path& directory);
 
-// What keeps the disk of this place, which need not exist, from taking anything; nullopt if nothing does.
+// Why nothing can be written at this place, which need not exist; nullopt if it can.
 std::optional<std::string> stateOfDisk(std::filesystem::path place);
 
 }  // namespace quillmar

@@ -12,7 +12,7 @@
 
 namespace quillmar {
 
-// The error of what was under way or is asked for while there is no bus.
+// The error of calls that are pending or made while there is no bus.
 sdbus::Error busWentAway();
 
 // Asynchronous calls while connected to a bus. Bus thread only. Each call ends in exactly one of its two

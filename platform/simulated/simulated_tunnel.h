@@ -62,10 +62,10 @@ class SimulatedTunnel final : public TunnelService {
 
   // Every call of this kind fails with the text; an empty text ends that.
   void fail(Operation operation, std::optional<std::string> text);
-  // Of load, save and reload. Zero by default.
+  // The delay of load, save and reload. Zero by default.
   void setLatency(Duration latency);
 
-  // What the system's settings would show and change. Indices are those of `saved()`.
+  // Act like a person in the system's settings. Indices are those of `saved()`.
   std::vector<SavedTunnel> saved() const;
   void put(SavedTunnel configuration);
   void change(std::size_t index, const std::function<void(SavedTunnel&)>& edit);
@@ -73,7 +73,7 @@ class SimulatedTunnel final : public TunnelService {
 
   TunnelStatus status(std::size_t index) const;
   void setStatus(std::size_t index, TunnelStatus status);
-  // Of the configuration that was saved or started last; false if there is none.
+  // Refers to the configuration that was saved or started last. False if there is none.
   bool setStatus(TunnelStatus status);
 
   // All calls of the application, in order.

@@ -4,7 +4,7 @@
 
 namespace quillmar::control {
 
-// The ports of a machine whose adapters have the ports' names.
+// The ports of a machine whose members have the ports' names.
 template <class Machine>
 Platform portsOf(Machine& machine) {
   return {.settings = machine.settings,

@@ -6,8 +6,7 @@
 
 namespace quillmar::control {
 
-// Stores a simulated tunnel's configuration for the next start of either program, as the system does for a
-// real one.
+// Stores a simulated tunnel's configuration for later starts of either program.
 SimulatedTunnel::Storage tunnelStorageIn(const std::filesystem::path& dataDirectory);
 
 }  // namespace quillmar::control

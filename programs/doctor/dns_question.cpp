@@ -31,8 +31,8 @@ in_addr addressFrom(const std::string& text) {
   return address;
 }
 
-// RFC 1035: recursion desired, one question, for an address of the Internet. No id tells it from others, as
-// it has a socket of its own.
+// A query (RFC 1035): recursion desired, one question, type A, class IN. The id is 0, because each query has
+// its own socket.
 std::string questionFor(std::string_view name) {
   std::string message(idSize, '\0');
   message += "\x01\x00\x00\x01\x00\x00\x00\x00\x00\x00"sv;
@@ -53,7 +53,7 @@ void limitWaiting(const FileDescriptor& socket, std::chrono::milliseconds timeou
   setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
 }
 
-// Connected, it hears of a refusal, and of nobody but the server.
+// A connected socket reports ICMP errors, and receives only from the server.
 bool connectTo(const std::string& server, const FileDescriptor& socket) {
   sockaddr_in address{};
   address.sin_family = AF_INET;

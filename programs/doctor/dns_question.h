@@ -7,7 +7,7 @@
 
 namespace quillmar::doctor {
 
-// A message in answer to a question, or the number of the error that came instead; 0 for silence.
+// The reply message, or the errno of a failure; 0 after a timeout.
 using DnsReply = std::variant<std::string, int>;
 
 // Asks the server at an IPv4 address for the IPv4 addresses of a name, once, over UDP.

@@ -45,7 +45,7 @@ class Probes {
   virtual Finding keyring() = 0;
   virtual Finding networkManager() = 0;
   virtual Finding tunnelProgram() = 0;
-  // Nothing on a machine that is not enrolled and has no tunnel set up.
+  // nullopt on a machine that is not enrolled and has no tunnel set up.
   virtual std::optional<TunnelFindings> tunnel() = 0;
   virtual Finding fingerprintReader() = 0;
   virtual Finding camera() = 0;

@@ -37,16 +37,16 @@ constexpr const char* settingsInterface = "org.freedesktop.NetworkManager.Settin
 constexpr const char* connectionInterface = "org.freedesktop.NetworkManager.Settings.Connection";
 constexpr const char* activeInterface = "org.freedesktop.NetworkManager.Connection.Active";
 
-// The tunnel program answers for this name itself, with its own address; nobody else does.
+// Only the tunnel program answers for this name, with its own address.
 constexpr std::string_view tunnelName = "tunnel.quillmar.live";
 const std::string tunnelAddress = "198.18.53.53";
-// Of no network (RFC 5737): who answers here was not asked.
+// An address without a server (RFC 5737). A reply from it means that the query was redirected.
 const std::string nobodysAddress = "192.0.2.1";
-// The tunnel has to ask its endpoint for it.
+// The tunnel has no local answer for this name.
 constexpr std::string_view outerName = "quillmar.live";
 
 constexpr auto localTimeout = 1s;
-// The tunnel gives up after four.
+// Longer than the tunnel's own timeout of four seconds.
 constexpr auto endpointTimeout = 5s;
 
 template <class T>
@@ -72,7 +72,7 @@ std::optional<NetworkManagerProfile> findProfile(sdbus::IConnection& bus, const 
         return profile;
       }
     } catch (const sdbus::Error&) {
-      // It went just now, or is another user's.
+      // The connection has just been removed, or belongs to another user.
     }
   }
   return std::nullopt;
@@ -128,7 +128,7 @@ Asked askSystem() {
   return endsWithAddress(bytes, tunnelAddress) ? Asked::tunnelAnswers : Asked::anotherAnswers;
 }
 
-// The first row that applies holds. "{}" stands for the connection's name.
+// The first row that applies is used. "{}" stands for the connection's name.
 struct Row {
   bool (*applies)(const TunnelState&);
   bool works;

@@ -7,7 +7,7 @@
 
 namespace quillmar::doctor {
 
-// What became of a question for the name that only the tunnel program knows.
+// The result of a query for the name that only the tunnel program answers.
 enum class Asked {
   tunnelAnswers,
   anotherAnswers,
@@ -16,27 +16,27 @@ enum class Asked {
   unreachable,  // no network leads there
 };
 
-// What a person without rights can see of the tunnel.
+// The state of the tunnel as far as an unprivileged user can see it.
 struct TunnelState {
   enum class Connection { unknown, absent, off, comingUp, on };
-  // NetworkManager's Connectivity, by its numbers.
+  // NetworkManager's NMConnectivityState, in its order.
   enum class Network { unknown, none, portal, limited, full };
 
   Connection connection = Connection::unknown;
   std::string name = {};  // of the connection, for nmcli
   Network network = Network::unknown;
-  Asked atTunnel = Asked::silent;   // at the tunnel's own address
-  Asked elsewhere = Asked::silent;  // at an address where no server is
-  Asked bySystem = Asked::silent;   // as any program asks
-  // Whether a question that the tunnel has to pass on is answered.
+  Asked atTunnel = Asked::silent;   // asked at the tunnel's address
+  Asked elsewhere = Asked::silent;  // asked at an address without a server
+  Asked bySystem = Asked::silent;   // asked through the system's resolver
+  // Whether a query that the tunnel forwards is answered.
   bool endpointAnswers = false;
 };
 
-// The connection of this type of VPN service, and the network below it, as NetworkManager knows them. Sends
-// nothing.
+// Reads the state of the connection of this VPN service type and of the network from NetworkManager. Sends no
+// DNS query.
 TunnelState readTunnelConnection(const std::string& busAddress, const std::string& serviceType);
 
-// Adds what becomes of questions. Each is for a name of no person's interest.
+// Adds the results of DNS queries. The names reveal nothing about a person.
 void askQuestions(TunnelState& state);
 
 TunnelFindings judge(const TunnelState& state);

@@ -105,7 +105,7 @@ quillmar::Subscription keepAutostart(QuillmarApp& app) {
   });
 }
 
-// What the window remembers of itself. An installation in a folder of its own has everything there.
+// The file with the window's own state. An installation with --data-dir has it in its data directory.
 std::filesystem::path stateFile(const std::filesystem::path& dataDirectory) {
   const bool isUsual = dataDirectory == quillmar::dataDirectory();
   return (isUsual ? quillmar::stateDirectory() : dataDirectory) / "window.state";

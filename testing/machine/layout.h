@@ -2,10 +2,10 @@
 
 namespace quillmar::machine {
 
-// A shell's script that makes a machine of the network and mount namespace that it runs in, for a
-// NetworkManager without udev. Its wire is v0; the other end, v1, is in the network namespace "outside",
-// which has addresses beside the router's: any server that somebody may have set by hand. Nothing is changed
-// beyond the namespaces.
+// A shell script that prepares the current network and mount namespace for a NetworkManager without udev. The
+// machine's network card is v0. Its peer v1 is in the network namespace "outside", which also has the
+// addresses of other DNS servers that a user may configure. The script changes nothing outside the
+// namespaces.
 inline constexpr const char* layOut = R"(
 set -e
 mount --make-rprivate /

@@ -27,7 +27,7 @@ namespace {
 using namespace tunnel;
 
 constexpr std::uint16_t markPort = 9;
-// Reached only where something is broken.
+// Reached only if something is broken.
 constexpr std::chrono::seconds patience{30};
 
 std::string dotted(std::string_view wire) {
@@ -46,7 +46,7 @@ std::string nameIn(std::string_view message) {
   return query != nullptr ? dotted(query->question.name) : std::string();
 }
 
-// What lies behind an Ethernet and an IP header, and of which protocol it is.
+// Returns the IP protocol of an Ethernet frame and its payload after both headers.
 std::pair<int, std::string_view> transportOf(std::string_view frame) {
   constexpr std::size_t ethernet = 14;
   constexpr std::size_t ip6Header = 40;
@@ -64,7 +64,7 @@ std::pair<int, std::string_view> transportOf(std::string_view frame) {
   return {};
 }
 
-// The address, to a question for IPv4; nothing, to another.
+// A reply with the address; without records unless the question is for IPv4.
 std::string replyWith(const Query& query, const std::string& address) {
   constexpr std::size_t answersAt = 6;
   constexpr std::uint32_t life = 300;
@@ -83,7 +83,7 @@ std::string replyWith(const Query& query, const std::string& address) {
   return reply;
 }
 
-// Calls with the thread's network being another one.
+// Runs `work` on a thread of this network namespace.
 template <class Work>
 void inside(const std::string& networkNamespace, const Work& work) {
   std::exception_ptr problem;
@@ -109,7 +109,7 @@ void inside(const std::string& networkNamespace, const Work& work) {
 
 Outside::Outside(const std::string& networkNamespace, const std::string& wire)
     : stop_(::eventfd(0, EFD_CLOEXEC)) {
-  // A socket stays in the network in which it was made.
+  // A socket stays in the network namespace in which it was created.
   inside(networkNamespace, [&] {
     packets_ = ::socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, htons(ETH_P_ALL));
     sockaddr_ll link{};
@@ -226,7 +226,7 @@ std::vector<std::string> Outside::seenInClear(const std::function<void(const std
   lock.unlock();
   mark(token);
   lock.lock();
-  // One over each family.
+  // One mark over IPv4 and one over IPv6.
   if (!changed_.wait_for(lock, patience, [&] { return marks_[token] == 2; })) {
     return {"the marks did not come"};
   }
@@ -265,7 +265,7 @@ void Outside::serve() {
       continue;
     }
     auto reply = replyWith(*query, address);
-    // From the address that was asked, which is what the control message holds.
+    // The control message makes the reply come from the queried address.
     iovec sent{reply.data(), reply.size()};
     received.msg_iov = &sent;
     ::sendmsg(server_, &received, 0);

@@ -12,30 +12,29 @@
 
 namespace quillmar::machine {
 
-// The other end of the machine's wire, in a network namespace of its own: sees every packet that leaves the
-// machine, and answers plain DNS at any of its addresses, with an address that no endpoint gives.
+// The network beyond the machine's card, in its own network namespace. It captures every packet that leaves
+// the machine, and answers plain DNS at all of its addresses with an address that no endpoint returns.
 class Outside {
  public:
   static constexpr const char* answer = "192.0.2.66";
 
-  // The namespace's file, and the wire's end in it.
+  // The file of the namespace, and the name of its network interface.
   Outside(const std::string& networkNamespace, const std::string& wire);
   ~Outside();
   Outside(const Outside&) = delete;
   Outside& operator=(const Outside&) = delete;
 
-  // What this name has, instead; no text is silence.
+  // Sets the address of this name; an empty one means no reply.
   void give(const std::string& name, const std::string& address);
 
-  // What left the machine for port 53 or 853 so far, as "udp 53 NAME" or "tcp 853". Waits until what the
-  // machine has sent has come, by the marks that `mark` sends.
+  // The packets to port 53 or 853 so far, as "udp 53 NAME" or "tcp 853". First waits until the marks that
+  // `mark` sends have been captured, so that no earlier packet is missing.
   std::vector<std::string> seenInClear(const std::function<void(const std::string& token)>& mark);
   void forget();
 
-  // How often the machine has sent something to this TCP port: it began a connection, or said something on
-  // one.
+  // The number of TCP segments to this port that open a connection or carry data.
   int sentTo(std::uint16_t port);
-  // Waits until all its connections to this port have ended; false after a while.
+  // Waits until all connections to this port have ended. False after a timeout.
   bool seesAllEnd(std::uint16_t port);
 
  private:

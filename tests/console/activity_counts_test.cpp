@@ -21,7 +21,7 @@ using Names = std::vector<std::string>;
 
 constexpr LocalDay today{std::chrono::October / 8 / 2016};
 
-// Seven days up to 8 October 2016, its hours, and entries given by their times on the clock.
+// Seven days up to 8 October 2016, its hours, and entries at given local times.
 struct CountedActivity : testing::Test {
   explicit CountedActivity(const std::string& zone = "UTC") : calendar("en_US", zone) {}
 
@@ -193,7 +193,7 @@ TEST_F(ActivitySites, first_seen_are_those_of_the_device) {
   EXPECT_THAT(sites(counted(scope()).firstSeen(log, 10)), IsEmpty());
 }
 
-// Whatever comes, page by page is the same as all at once.
+// Counting page by page gives the same result as counting all entries at once.
 TEST_F(ActivitySites, counted_page_by_page_are_those_counted_at_once) {
   std::mt19937 dice(7);
   const auto any = [&](int most) { return std::uniform_int_distribution(0, most)(dice); };

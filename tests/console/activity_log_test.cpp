@@ -118,7 +118,7 @@ TEST_F(ActivityLogTest, shortens_bytes_that_are_no_text) {
   EXPECT_EQ(nameAt(0), "…");
 }
 
-// The bytes of an entry with all that is kept for it.
+// The heap used per entry.
 double bytesPerEntry(const LogPage& page) {
   const std::size_t before = liveBytes();
   ActivityLog log(DateStyles("en_US", "UTC"));

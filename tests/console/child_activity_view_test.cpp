@@ -24,11 +24,11 @@ using testing::StartsWith;
 using Names = std::vector<std::string>;
 using Logs = std::vector<DNSLog>;
 
-// A page of a child's activity over a service that serves its devices' entries page by page.
+// The page of a child's activity, with a service that sends the devices' entries in pages.
 struct ActivityScreen : ChildDetail {
-  // The entries of the devices, the newest first. A page is the answer to a limit and an offset.
+  // The entries of each device, newest first. A request gets the page at its limit and offset.
   std::map<std::string, Logs> entries;
-  // Pages are no longer than this, whatever is asked for.
+  // The service's own limit of a page.
   std::size_t largestPage = 1000;
   std::shared_ptr<ChildActivityView> view;
 
@@ -40,7 +40,7 @@ struct ActivityScreen : ChildDetail {
   }
   ActivityFilling& filling() { return view->filling; }
 
-  // Answers the requests for pages that wait, and those that they lead to.
+  // Answers the pending requests for pages, and those that follow from the answers.
   void serve(std::size_t most = 100'000) {
     app.settle();
     for (std::size_t served = 0; served < most; ++served) {
@@ -54,7 +54,7 @@ struct ActivityScreen : ChildDetail {
       app.settle();
     }
   }
-  // Lets minutes pass until nothing waits any more.
+  // Advances time by minutes until no request is pending.
   void serveAll() {
     serve();
     while (filling().state() == FillingState::loading) {
@@ -99,7 +99,7 @@ struct ActivityScreen : ChildDetail {
 
   ActivityScreen() {
     for (const auto* const id : {"d1", "d2", "d3"}) {
-      // The lists of the child's page beneath ask for the same path.
+      // The lists on the child's page request the same path.
       http().hold("GET", std::string("/devices/") + id + "/logs");
     }
   }

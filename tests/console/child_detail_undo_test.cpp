@@ -116,7 +116,7 @@ TEST_F(TakingBack, a_site_that_was_listed_before_is_not_offered) {
 
 TEST_F(TakingBack, a_site_that_the_answer_does_not_list_is_not_offered) {
   openWithLists();
-  // The answer has another parent's x.example.
+  // The answer contains an x.example that another parent added.
   allow("z.example");
   EXPECT_EQ(offers(), Names());
 }

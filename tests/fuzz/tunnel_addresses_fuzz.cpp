@@ -1,5 +1,5 @@
-// The input is a name server's answer about the endpoint's addresses, and also a host's name to ask for. The
-// answer's own question serves as the question.
+// The input is a name server's answer with the endpoint's addresses, and also the host name to look up. The
+// question is taken from the answer.
 
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/tunnel_question.h"

@@ -1,5 +1,5 @@
-// The input is an endpoint's answer after one byte with its age. The answer's own question serves as the
-// query.
+// The first byte of the input is the answer's age, the rest an endpoint's answer. The question is taken from
+// the answer.
 
 #include "tests/fuzz/fuzz.h"
 #include "tests/fuzz/tunnel_question.h"

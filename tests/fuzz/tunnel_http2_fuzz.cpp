@@ -1,5 +1,5 @@
-// The input is what an endpoint sends on an HTTP/2 connection, after one byte with the size of the pieces in
-// which it comes. Four requests are under way, and one of them is cancelled before the first piece.
+// The input is what an endpoint sends on an HTTP/2 connection. Its first byte is the size of the pieces in
+// which the rest is received. Four requests are open, and one of them is cancelled before the first piece.
 
 #include <algorithm>
 #include <map>

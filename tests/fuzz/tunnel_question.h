@@ -7,7 +7,7 @@
 
 namespace quillmar::fuzz {
 
-// The question that a message repeats, as far as it has one.
+// The question in a message, as far as it is valid.
 inline tunnel::Question questionIn(std::string_view message) {
   tunnel::Reader reader(message, tunnel::headerSize);
   tunnel::Question question;

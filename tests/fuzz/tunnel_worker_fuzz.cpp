@@ -1,4 +1,4 @@
-// The input is what one process of the tunnel sends to the other, read by both.
+// The input is a message between the processes of the tunnel. Both processes decode it.
 
 #include <chrono>
 

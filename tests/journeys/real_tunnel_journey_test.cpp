@@ -116,7 +116,7 @@ class RealTunnelJourney : public testing::Test {
   }
   // The settings last passed to the tunnel program.
   static std::map<std::string, std::string> carried() { return world().program().connections().back(); }
-  // What the tunnel program reads when NetworkManager tells it of a change.
+  // The settings that the tunnel program reads when NetworkManager reports a change.
   static std::map<std::string, std::string> saved() {
     const std::string text = property("vpn.data");
     const auto equals = text.find(" = ");

@@ -16,7 +16,7 @@
 
 namespace quillmar {
 
-// Plays polkit: answers requests for permission as an administrator has decided.
+// Stands in for polkit: answers requests for permission as an administrator has decided.
 class Permissions {
  public:
   explicit Permissions(const std::string& busAddress)

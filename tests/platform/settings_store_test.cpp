@@ -58,7 +58,7 @@ class SqliteHarness final : public SettingsStoreHarness {
   SqliteSettingsStore store_{directory_.path(), log_};
 };
 
-// A store in memory meets the same contract while it exists.
+// Without a disk the store keeps its values in memory, and passes the same suite.
 class DisklessHarness final : public SettingsStoreHarness {
  public:
   SettingsStore& store() override { return store_; }

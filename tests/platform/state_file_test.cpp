@@ -100,7 +100,7 @@ TEST_F(StateFileTest, refuses_a_row_that_would_be_two) {
   EXPECT_EQ(content(), "window.width=460\n");
 }
 
-// Neither root can create a folder in /proc, nor a file in a folder that is a file.
+// Not even root can create a folder in /proc, or a file below a file.
 TEST_F(StateFileTest, says_that_it_can_not_be_written) {
   EXPECT_FALSE(StateFile("/proc/quillmar/window.state").write({{"window.width", "460"}}));
   put("window.width=460\n");

@@ -26,12 +26,12 @@ TunnelState healthy() {
           .endpointAnswers = true};
 }
 
-// What changed since, and what a part is found to be then.
+// A change of the healthy state, and the finding that it leads to.
 struct Case {
   std::function<void(TunnelState&)> change;
   Finding TunnelFindings::*part;
   bool works;
-  std::string words;  // the beginning
+  std::string words;  // how the text begins
 };
 
 void expectAll(const std::vector<Case>& cases) {
@@ -64,7 +64,7 @@ TEST(DoctorsTunnel, the_connection_is_there_and_on_and_its_program_answers) {
        "is switched on, but its program does not answer"},
       {[](auto& state) { state.atTunnel = Asked::silent; }, part, false,
        "is switched on, but its program does not answer"},
-      // Somebody else has the address.
+      // Another program has the tunnel's address.
       {[](auto& state) { state.atTunnel = Asked::anotherAnswers; }, part, false,
        "is switched on, but its program does not answer"},
   });
@@ -76,7 +76,7 @@ TEST(DoctorsTunnel, the_redirection_stands_where_the_tunnel_answers_for_others) 
   expectAll({
       {[](auto& state) { state.elsewhere = Asked::silent; }, part, false, "is missing"},
       {[](auto& state) { state.elsewhere = Asked::anotherAnswers; }, part, false, "is missing"},
-      // A router may refuse as well: as long as the tunnel answers, it was not this machine.
+      // A router can refuse too. While the tunnel answers, it was not this machine.
       {[](auto& state) { state.elsewhere = Asked::refused; }, part, false, "is missing"},
       {[](auto& state) { state.elsewhere = Asked::unreachable; }, part, false, "can't be tried"},
       {[&](auto& state) {
@@ -148,7 +148,7 @@ TEST(DoctorsTunnel, a_network_that_wants_a_sign_in_is_named_while_the_endpoint_d
       {in(Network::unknown), part, false, "is unknown"},
       {in(Network::none), part, false, "none is connected."},
       {in(Network::portal), part, false, "wants a sign-in"},
-      // The tunnel keeps NetworkManager from seeing the page as well.
+      // With the tunnel up, NetworkManager can't detect the sign-in page either.
       {in(Network::limited), part, false, "leads nowhere, or wants a sign-in"},
       {in(Network::full), part, true, "leads out."},
       {[](auto& state) { state.network = Network::limited; }, part, true, "leads to the family's endpoint."},

@@ -37,7 +37,7 @@ bool isTrusted(const Store& store, const Certificate& certificate) {
 }
 
 struct TunnelAuthorities : testing::Test {
-  // The name that an authority has in a folder of them.
+  // The file name of an authority in a folder with hashed names.
   std::string hashed(const std::string& number) const {
     std::array<char, 16> text{};
     std::snprintf(

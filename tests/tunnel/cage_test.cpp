@@ -29,8 +29,8 @@ struct TunnelCage : testing::Test {
   }
 };
 
-// How a process ends that does this in the cage: with what it returns, or by a signal, which counts below
-// zero.
+// The exit status of a process that runs `act` in the cage, or the negated number of the signal that ended
+// it.
 int inCage(const std::function<int()>& act) {
   const pid_t child = ::fork();
   if (child == 0) {
@@ -42,7 +42,7 @@ int inCage(const std::function<int()>& act) {
   return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-// Zero, or the error.
+// Zero, or errno.
 int errorOf(long outcome) { return outcome < 0 ? errno : 0; }
 
 TEST_F(TunnelCage, has_no_way_back_to_root) {

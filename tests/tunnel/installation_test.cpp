@@ -44,14 +44,13 @@ TEST(TunnelUnit, is_accepted_by_systemd_and_grants_few_rights) {
   const auto verified = runCommand({"systemd-analyze", "verify", unit.string()});
   EXPECT_EQ(verified.status, 0);
   EXPECT_EQ(verified.errors, "");
-  // Of 100. What remains is root, the network and its administration.
+  // Of 100 points. The rest is for root, the network and its administration.
   EXPECT_EQ(
       runCommand({"systemd-analyze", "security", "--offline=true", "--threshold=35", unit.string()}).status,
       0);
 }
 
-// The calls that a unit leaves its processes: its lists, one after the other, of calls and of systemd's
-// groups.
+// The system calls that a unit allows: its lists of calls and of systemd's groups, applied in order.
 class AllowedCalls {
  public:
   explicit AllowedCalls(const std::string& unit) {
@@ -129,7 +128,7 @@ TEST(TunnelSystemUser, is_made_with_the_package) {
       testing::ContainsRegex("quillmar-tunnel:[^:]*:[0-9]+:[0-9]+:Quillmar tunnel:/:/usr/sbin/nologin"));
 }
 
-// A system's bus with the policy as it is installed, and the service on it.
+// A system bus with the installed policy, and the service on it.
 struct TunnelBusPolicy : testing::Test {
   void SetUp() override {
     if (::geteuid() != 0 || runCommand({"unshare", "-n", "true"}).status != 0) {

@@ -30,7 +30,7 @@ TEST(TunnelLocalNames, localhost_has_the_loopback_addresses) {
   }
 }
 
-// Whoever gets its address has asked this program, now.
+// The address shows that this program was asked, so it must not be cached.
 TEST(TunnelLocalNames, the_program_itself_is_at_the_tunnels_address_and_is_not_kept) {
   const std::string address(tunnelAddress4);
   EXPECT_THAT(read("tunnel.quillmar.live"),

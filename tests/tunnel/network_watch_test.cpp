@@ -105,7 +105,7 @@ TEST_F(TunnelRoutes, that_lead_no_further_do_not_matter) {
   EXPECT_FALSE(reader.read(route({.flags = RTM_F_CLONED})));
 }
 
-// The kernel does not tell that they go with their link or its address.
+// The kernel does not report the removal of routes when their link or address goes.
 TEST_F(TunnelRoutes, are_others_when_they_come_again_with_their_link) {
   EXPECT_TRUE(reader.read(route({})));
   EXPECT_FALSE(reader.read(addressGone(4)));

@@ -20,7 +20,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-// What the kernel says of each of this process's timers.
+// The kernel's description of each timer of this process.
 std::vector<std::string> timers() {
   std::vector<std::string> all;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
@@ -83,14 +83,14 @@ TEST(TunnelTimer, never_goes_off_where_no_more_files_may_be_open) {
   EXPECT_FALSE(hasEnded);
 }
 
-// Even one that nobody waits for would wake the process some day.
+// An armed timer would wake the process even if nobody waits for it.
 TEST(TunnelTimer, leaves_nothing_armed_behind) {
   boost::asio::io_context context;
   Alarm alarm(context);
   alarm.setFor(BootClock::now(), BootClock::now() + 1h);
   EXPECT_THAT(timers(), testing::Contains(HasSubstr("it_value: (3599,")));
   alarm.setFor(BootClock::now(), BootClock::now());
-  context.run_one();  // what was not waited for to the end
+  context.run_one();  // the handler of the replaced wait
   context.run_one();
   alarm.setFor(BootClock::now(), std::nullopt);
   EXPECT_THAT(timers(), AllOf(Not(IsEmpty()), Each(HasSubstr("it_value: (0, 0)"))));

@@ -31,7 +31,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 namespace fs = std::filesystem;
 
-// A worker that is a shell with the service at its descriptor 3.
+// A shell in place of the worker, with the service's socket at descriptor 3.
 struct TunnelWorkerProcess : testing::Test {
   void start(const std::string& script) {
     worker.emplace(context, WorkerProcess::Given{.program = "/bin/sh", .words = {"sh", "-c", script}},
@@ -112,7 +112,7 @@ TEST_F(TunnelWorkerProcess, is_ended_when_it_shuts_its_ears) {
   EXPECT_THAT(lines, ElementsAre(killedAgain));
 }
 
-// What comes after its first message, as the numbers of the bytes in a line.
+// The shell sends back the bytes of every later message in hexadecimal, as a line for the log.
 TEST_F(TunnelWorkerProcess, is_told_what_happens) {
   start(R"(next() { dd bs=16384 count=1 <&3 2>/dev/null | od -An -v -tx1; }
            next >/dev/null
@@ -156,7 +156,7 @@ std::string answerTo(const std::string& question) {
   return text + recordText({});
 }
 
-// The real one, with its endpoint on this machine.
+// The real worker, with an endpoint on this machine.
 class TunnelWorker : public testing::Test {
  protected:
   void SetUp() override {
@@ -196,14 +196,14 @@ class TunnelWorker : public testing::Test {
     }
   }
 
-  // One answer, from whichever worker there is.
+  // The result of one query, whichever worker answers it.
   std::string ask(const std::string& name, Channel channel = Channel::udp) const {
     const auto header = readHeader(askServer(port, queryText({.name = name}), channel));
     return !header                ? "nothing"
            : header->answers == 1 ? "an answer"
                                   : "code " + std::to_string(header->rcode());
   }
-  // Those that this process has started, whichever of its threads did.
+  // The child processes of all threads.
   static std::vector<pid_t> children() {
     std::vector<pid_t> all;
     for (const auto& task : fs::directory_iterator("/proc/self/task")) {
@@ -283,7 +283,7 @@ TEST_F(TunnelWorker, has_nothing_open_but_sockets_and_what_it_waits_with) {
     const auto target = fs::read_symlink(entry.path()).string();
     ++kinds[target.starts_with("socket:") ? "socket" : target];
   }
-  // Of the sockets one leads to the service, two listen, and one leads to the endpoint.
+  // The sockets: one to the service, two listeners, and one to the endpoint.
   EXPECT_THAT(kinds, ElementsAre(std::pair("/dev/null", 3), std::pair("anon_inode:[eventfd]", 1),
                                  std::pair("anon_inode:[eventpoll]", 1), std::pair("anon_inode:[timerfd]", 3),
                                  std::pair("socket", 4)));
@@ -321,7 +321,7 @@ TEST_F(TunnelWorker, comes_back_with_its_endpoint_as_often_as_it_is_killed) {
   for (int round = 0; round < Restarts::mostAtOnce; ++round) {
     EXPECT_EQ(ask("before" + std::to_string(round) + ".example"), "an answer");
     ASSERT_NO_FATAL_FAILURE(killWorker());
-    // The question waits in the socket until somebody is there.
+    // The query waits in the socket until the next worker runs.
     EXPECT_EQ(ask("after" + std::to_string(round) + ".example"), "an answer");
     EXPECT_EQ(ask("tcp" + std::to_string(round) + ".example", Channel::tcp), "an answer");
   }

@@ -9,8 +9,8 @@ namespace quillmar {
 
 command_line::Option authorityOption(std::string& caFile);
 
-// Stores the words of a tool's command line. The exit status of a tool that ends at once: it was asked for a
-// text, the words are wrong, or the file of certificate authorities that they name can't be used.
+// Parses the command line of a tool. Returns the exit status of a tool that has to end at once: because a
+// text was requested, the words are wrong, or the file of certificate authorities can't be used.
 std::optional<int> endsAtOnce(const command_line::Program& program, int count, char** arguments,
                               const std::string& caFile = {});
 

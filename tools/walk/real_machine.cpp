@@ -25,7 +25,7 @@ namespace {
 
 using ui::exactText;
 
-// Reached only where something hangs.
+// Reached only if something hangs.
 constexpr int patience = 60'000;
 
 constexpr const char* folder = "/run/quillmar";
@@ -69,7 +69,7 @@ bool succeeds(const QString& program, const QStringList& words) {
   return RealMachine::run(program, words).status == 0;
 }
 
-// Waits for a line that holds this text. Throws what the program says instead.
+// Waits for a line that contains this text. If the program ends before, throws its output.
 std::string await(QProcess& program, const char* text) {
   std::string said;
   while (program.canReadLine() || program.waitForReadyRead(patience)) {
@@ -130,7 +130,7 @@ int RealMachine::around(const std::function<int()>& work) {
   if (::unshare(CLONE_NEWNET | CLONE_NEWNS | CLONE_NEWPID) != 0) {
     return 1;
   }
-  // The first process of its namespace, with which all others of it end.
+  // The child is process 1 of the namespace; all others end with it.
   const pid_t process = ::fork();
   if (process != 0) {
     return waitFor(process);
@@ -187,7 +187,7 @@ void RealMachine::startManager() {
   writeFile(inFolder("profiles/wire.nmconnection"), machine::wireProfile);
   writeFile("/etc/NetworkManager/VPN/quillmar-tunnel.name",
             QString(registration).arg(exactText(VPNDNSManager::tunnelBundleId)));
-  // Nobody reads along what it says.
+  // Nobody reads its output while it runs, so it goes to a file.
   start("sh", {"-c",
                "cd /run/quillmar; exec NetworkManager --debug --config manager.conf --config-dir state "
                "--intern-config intern.conf --state-file state.file --pid-file pid >log 2>&1"});
@@ -236,7 +236,7 @@ std::string RealMachine::lookUp(const std::string& name) {
 }
 
 std::chrono::seconds RealMachine::lifeOf(const std::string& name) {
-  // The same question as getent's, which does not ask whether the answer is authentic.
+  // The tunnel caches by question, so the flags must be those of getent's query.
   std::istringstream answer(
       run("kdig", {"@198.18.53.53", "+noadflag", "+noall", "+answer", exactText(name), "A"}).output);
   std::string owner;

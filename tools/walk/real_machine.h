@@ -14,17 +14,17 @@
 
 namespace quillmar {
 
-// A child's computer with a NetworkManager, a message bus and the tunnel program of its own. At the other end
-// of its wire are the service, the parent, and whoever sees what leaves it.
+// A child's computer in namespaces, with its own NetworkManager, message bus and tunnel program. The network
+// beyond its card has the service and the parent's computer, and captures the packets that leave it.
 class RealMachine {
  public:
-  // Why it can't be had here; empty where it can.
+  // Why this computer can't provide one; empty if it can.
   static std::string obstacle();
-  // Does the work in namespaces of its own, which end with it and end all that it has started. Returns its
-  // exit status. Call it before there is any thread.
+  // Runs `work` in a process of new namespaces, in which all processes end with it. Returns its exit status.
+  // Call it before a second thread exists.
   static int around(const std::function<int()>& work);
 
-  // Throws std::runtime_error, which says what did not start.
+  // Throws std::runtime_error with the name of the part that did not start.
   RealMachine();
   ~RealMachine();
   RealMachine(const RealMachine&) = delete;
@@ -33,25 +33,25 @@ class RealMachine {
   const std::string& service() const { return service_; }
   const std::string& caFile() const { return caFile_; }
 
-  // Does it on the parent's computer; threads that begin there stay there.
+  // Runs `work` in the parent's network; threads that it starts stay there.
   void atParents(const std::function<void()>& work) const;
 
   struct Ended {
     int status = -1;
     std::string output;
   };
-  // A program on the child's computer.
+  // Runs a program on the child's computer.
   static Ended run(const QString& program, const QStringList& words);
-  // The address that any program gets for a name; empty if it gets none.
+  // The IPv4 address that the system's resolver gives for a name; empty if there is none.
   static std::string lookUp(const std::string& name);
-  // How long that holds.
+  // How long the tunnel keeps its answer for this name.
   static std::chrono::seconds lifeOf(const std::string& name);
   Ended runDoctor() const;
 
-  // What has left the computer for a DNS port, as "udp 53 NAME".
+  // The packets to DNS ports that have left the computer, as "udp 53 NAME".
   std::vector<std::string> seenInClear();
   void forgetWhatWasSeen() { outside_->forget(); }
-  // How often the computer has said something to the service.
+  // The number of TCP segments with data or a new connection that the computer has sent to the service.
   int sentToService() { return outside_->sentTo(servicePort); }
   bool seesNoConnection() { return outside_->seesAllEnd(servicePort); }
 

@@ -36,7 +36,7 @@ bool RealWalk::switchOn() {
   auto& application = child().stage.application;
   child().stage.advance(6s);
   const bool isOn = application.machine.dispatch.settleUntil([&] { return application.vpn().isConnected(); });
-  machine_.seenInClear();  // waits for what was sent before
+  machine_.seenInClear();  // waits for earlier packets
   machine_.forgetWhatWasSeen();
   child().stage.settle();
   return tell(isOn, "child: NetworkManager has switched the tunnel on",
@@ -63,7 +63,7 @@ bool RealWalk::ask(const std::string& name) {
   return finds(name, true, "A program finds the name, by way of the endpoint");
 }
 
-// In real time, in which the windows live on. An imprecise timer may be seconds early.
+// Passes real time, while the windows run. A coarse timer may expire seconds early.
 void RealWalk::pass(std::chrono::seconds time) {
   QEventLoop loop;
   QTimer timer;
@@ -74,7 +74,7 @@ void RealWalk::pass(std::chrono::seconds time) {
   loop.exec();
 }
 
-// An answer that is still good stays so, for a minute at most.
+// A cached answer stays valid for at most a minute.
 bool RealWalk::askForBlocked(const std::string& name) {
   const auto life = RealMachine::lifeOf(name);
   if (!tell(life > 0s && life <= 60s,
@@ -99,7 +99,7 @@ bool RealWalk::keptToItself() {
 }
 
 bool RealWalk::disconnect() {
-  childStage_.reset();  // it would connect again
+  childStage_.reset();  // its background work would connect again
   const QString name = exactText(VPNDNSManager::localizedDescription);
   const bool isDown = RealMachine::run("nmcli", {"connection", "down", name}).status == 0;
   return tell(isDown && machine_.seesNoConnection(), "child: nmcli connection down",

@@ -29,14 +29,14 @@ class Walk {
     const char* name;
   };
 
-  // What depends on the child's computer.
+  // Steps that depend on the kind of the child's computer.
   virtual bool begin() = 0;
-  // Does the parent's first request.
+  // Runs the parent's first request.
   virtual bool atParents(const std::function<bool()>& work) = 0;
-  // From a device that has heard of its enrollment to one that is protected.
+  // The steps from a completed enrollment to a protected device.
   virtual bool switchOn() = 0;
   virtual bool ask(const std::string& name) = 0;
-  // The device asks for the name again, which the parent has blocked.
+  // Asks again for the name, which the parent has blocked meanwhile.
   virtual bool askForBlocked(const std::string& name) = 0;
   virtual bool end() = 0;
 
@@ -46,7 +46,7 @@ class Walk {
   bool tap(const Side& side, const QString& control, const QString& expected, const char* meaning);
   bool wait(const Side& side, std::chrono::seconds time, const QString& expected, const char* meaning);
   bool see(const Side& side, const QString& expected, const char* meaning);
-  // A step that no screen shows.
+  // Reports a step that no screen shows.
   bool tell(bool isSo, const QString& deed, const QString& meaning);
 
  private:

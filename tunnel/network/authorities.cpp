@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// By the hash of the subject's name; more than one may have the same.
+// Certificates as PEM texts, by the hash of the subject's name. Several may have the same hash.
 using Texts = std::unordered_multimap<unsigned long, std::string>;
 
 struct CertificateFree {
@@ -77,7 +77,7 @@ int find(X509_LOOKUP* lookup, X509_LOOKUP_TYPE type, const X509_NAME* name, X509
       found = 1;
     }
   }
-  // From now on the store has them itself.
+  // The store has these certificates now.
   texts.erase(begin, end);
   return found;
 }

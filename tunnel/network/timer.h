@@ -9,9 +9,9 @@
 
 namespace quillmar::tunnel {
 
-// A timer of the kernel's own, whose time goes on while the machine sleeps. Asio's timers share one that
-// wakes an idle process every five minutes. It takes a descriptor, and never goes off where there is none
-// left.
+// A timer on its own timerfd. It continues while the machine sleeps. Asio's timers use one shared timerfd,
+// which wakes an idle process every five minutes. If no file descriptor is available, the timer never
+// expires.
 class Timer {
  public:
   explicit Timer(const boost::asio::any_io_executor& executor);
@@ -20,13 +20,13 @@ class Timer {
   Timer& operator=(const Timer&) = delete;
   ~Timer() { ++*turn_; }
 
-  // Calls `ended` once, so much later. What was waited for before is not called any more.
+  // Calls `ended` once after this time. Replaces an earlier start, whose `ended` is not called.
   void start(std::chrono::nanoseconds after, std::function<void()> ended);
   void cancel();
 
  private:
   boost::asio::posix::stream_descriptor descriptor_;
-  // Of what is waited for now. One that has ended may be in the context's queue already.
+  // Identifies the current start. The handler of an earlier one may already be in the context's queue.
   const std::shared_ptr<unsigned> turn_ = std::make_shared<unsigned>(0);
 };
 

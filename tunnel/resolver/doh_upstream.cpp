@@ -109,7 +109,7 @@ void DohUpstream::networkChanged(Time now) {
     old_.reset();
     return;
   }
-  // One that answers before a new one stands was not dead, and is kept.
+  // The old connection is kept as long as the new one is not open, because it may still answer.
   if (current_) {
     current_->ping(now);
     retire(now);

@@ -13,13 +13,13 @@
 namespace quillmar::tunnel {
 
 // Keeps one connection to the endpoint for as long as there are questions, and decides when it is dead. A
-// second one lives only while the first is being given up. Told the time with every call, as the resolver is.
+// second connection exists only while it replaces the first. Every call passes the time, as for the resolver.
 class DohUpstream final : public Upstream {
  public:
-  // Less than a question waits, so that it learns what was wrong.
+  // Shorter than a question's timeout, so that the question fails with the reason.
   static constexpr std::chrono::milliseconds patienceToConnect{3500};
   static constexpr std::chrono::seconds pauseBetweenAttempts{1};
-  // Without a question for so long the connection may be dead, and one that can't be made is let alone.
+  // After this time without a question, the connection may be dead and a failed one is not attempted again.
   static constexpr std::chrono::seconds idle{10};
   static constexpr std::chrono::milliseconds suspiciousSilence{1500};
   static constexpr std::chrono::seconds patienceForPong{1};
@@ -31,11 +31,11 @@ class DohUpstream final : public Upstream {
 
   void ask(Time now, Ticket ticket, std::string question, Done done) override;
   void cancel(Ticket ticket) override;
-  // Sends what was asked since the last time.
+  // Sends the questions asked since the last flush.
   void flush();
 
-  // What is connected may lead nowhere now, and what could not be connected may lead somewhere. Makes a new
-  // connection where somebody asks; else the next question does.
+  // The connection may be dead now, and an endpoint that was unreachable may be reachable. Connects anew at
+  // once if there are open questions, otherwise with the next question.
   void networkChanged(Time now);
 
   // Connects before there is a question.
@@ -54,7 +54,7 @@ class DohUpstream final : public Upstream {
     Done done;
     Time sent{};
     int attempts = 0;
-    const Link* link = nullptr;  // none: waits for one
+    const Link* link = nullptr;  // null: waits for a connection
   };
 
   void opened(Time now, Link& link);
@@ -78,14 +78,14 @@ class DohUpstream final : public Upstream {
   std::optional<Time> suspicionTime() const;
 
   Connect connect_;
-  std::map<Ticket, Open> open_;  // and so the oldest first
+  std::map<Ticket, Open> open_;  // the oldest first
   std::unique_ptr<Link> current_;
   std::unique_ptr<Link> old_;
-  std::optional<Failure> failed_;  // the last attempt to connect
+  std::optional<Failure> failed_;  // why the last attempt to connect failed
   Time nextAttempt_{};
   Time lastAsked_{};
   Time askNotBefore_{};
-  int emptyLinks_ = 0;  // in a row, that opened and ended without an answer
+  int emptyLinks_ = 0;  // consecutive connections that ended without an answer
 };
 
 }  // namespace quillmar::tunnel

@@ -28,7 +28,7 @@ enum class Cause {
 
 struct Failure {
   Cause cause{};
-  std::string detail{};  // a text of this machine, never one of the endpoint
+  std::string detail{};  // written by this machine, never by the endpoint
 
   friend bool operator==(const Failure&, const Failure&) = default;
 };

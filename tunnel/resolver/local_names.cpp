@@ -12,14 +12,14 @@ namespace {
 
 constexpr std::uint32_t lifeOfAddress = 60;
 constexpr std::uint32_t lifeOfAbsence = 10;
-// What is kept would still be said when the tunnel is gone.
+// Caches must not keep this answer, because it is wrong once the tunnel is gone.
 constexpr std::uint32_t lifeOfOwn = 0;
 
 enum class Kind {
   loopback,  // this machine
-  absent,    // does not exist, nor does anything below
-  empty,     // exists, and has nothing in it
-  bare,      // exists and has nothing in it, as has everything below
+  absent,    // the name and all names below it do not exist
+  empty,     // exists without records
+  bare,      // the name and all names below it exist without records
   own,       // this program
 };
 
@@ -33,9 +33,9 @@ constexpr auto zones = std::to_array<Zone>({
     {"invalid", Kind::absent},
     {"onion", Kind::absent},
     {"local", Kind::absent},
-    // Asked by browsers that would else take their DNS past this machine's.
+    // Browsers look this name up before they use DNS over HTTPS of their own. NXDOMAIN prevents that.
     {"use-application-dns.net", Kind::absent},
-    // Nobody else answers for it: a diagnosis sees by it who was asked.
+    // Only this program answers for this name, so `quillmar doctor` can check who was asked.
     {"tunnel.quillmar.live", Kind::own},
     {"home.arpa", Kind::empty},
     {"resolver.arpa", Kind::bare},
@@ -58,7 +58,7 @@ constexpr auto zones = std::to_array<Zone>({
     {"8.b.d.0.1.0.0.2.ip6.arpa", Kind::empty},
 });
 
-// Zones for a run of numbers: 16 to 31 of 172, 64 to 127 of 100.
+// Zones for a range of numbers: 16 to 31 in 172, 64 to 127 in 100.
 struct Run {
   int first;
   int last;
@@ -120,7 +120,7 @@ std::string addressReply(const Query& query, std::string_view address, std::uint
   return reply;
 }
 
-// With the zone's SOA, which says for how long that holds.
+// Contains the zone's SOA record, whose TTL limits how long the absence is cached.
 std::string absenceReply(const Query& query, std::uint16_t code, std::string_view zone) {
   constexpr std::size_t authoritiesAt = 8;
   static const std::string nobody = wireName("nobody.invalid");
@@ -153,7 +153,8 @@ std::string replyIn(const Place& place, const Query& query) {
   return absenceReply(query, exists ? rcode::noError : rcode::nxDomain, place.zone);
 }
 
-// That such a zone is not signed is known to the zone above, which is a public one.
+// A DS query for such a zone belongs to its parent zone, which is public and says that the zone is not
+// signed.
 bool isForZoneAbove(const Place& place, const Query& query) {
   return query.question.type == type::ds && place.isApex && place.kind == Kind::empty;
 }

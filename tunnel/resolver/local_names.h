@@ -7,8 +7,8 @@
 
 namespace quillmar::tunnel {
 
-// The answer to what concerns this machine or its network and nobody outside (RFC 6303, 6761, 6762, 7686,
-// 7793, 8375, 9462); nothing for all other names.
+// Answers names that concern only this machine or its network (RFC 6303, 6761, 6762, 7686, 7793, 8375, 9462);
+// nullopt for all other names.
 std::optional<std::string> localReply(const Query& query);
 
 }  // namespace quillmar::tunnel

@@ -10,8 +10,8 @@
 
 namespace quillmar::tunnel {
 
-// Tells when connections that were good may be dead, and when those that could not be made may be possible: a
-// link is back, a way out is new, the machine has slept. Such news come many at once, and are told as one.
+// Reports that existing connections may be dead and that failed ones may work now: a link is back, a route is
+// new, or the machine has slept. Several such events within `gathering` are reported once.
 class NetworkWatch {
  public:
   static constexpr std::chrono::milliseconds gathering{100};

@@ -15,33 +15,33 @@
 
 namespace quillmar::tunnel {
 
-// What has rights: the device, the rules, NetworkManager. It reads nothing from outside of this machine; who
-// answers questions is told the endpoint.
+// The privileged part: the device, the kernel's rules and NetworkManager. It reads nothing from the network.
+// The worker answers queries; this tells it the endpoint.
 class Service {
  public:
   using Tell = std::function<void(const std::string&)>;
-  // The endpoint as it was written; no text is none.
+  // Called with the endpoint's URL as configured; empty for none.
   using Take = std::function<void(const std::string&)>;
   struct Machine {
     bool hasIp6 = false;
-    uid_t passes = 0;  // the user whose own DNS the rules let out
+    uid_t passes = 0;  // the user whose DNS is not redirected
   };
 
-  // Throws sdbus::Error where there is no bus, or the name is another's.
+  // Throws sdbus::Error if there is no bus, or if another process owns the name.
   Service(boost::asio::io_context& context, Machine machine, Take take, Tell tell);
 
-  // Until the context is stopped. Throws sdbus::Error once the bus is gone.
+  // Runs until the context is stopped. Throws sdbus::Error when the bus disconnects.
   void run();
-  // Takes everything away.
+  // Removes the redirection and the device.
   void end();
 
-  // Those of the link below; where nobody knows them now, those that were last.
+  // The name servers of the link that the tunnel uses. If they are unknown now, the last known ones.
   NameServers nameServers();
 
  private:
   void connect(const ConnectionSettings& settings);
   void disconnect();
-  // The problem, if there is one.
+  // Returns the problem, or an empty text.
   std::string protect();
   void ask(const std::string& endpoint, const std::string& authority);
   void lift();
@@ -60,8 +60,8 @@ class Service {
   RulesetWatch rules_;
 
   std::optional<TunDevice> device_;  // while protection is on
-  std::string endpoint_;             // as it was written
-  std::string profile_;              // by its UUID
+  std::string endpoint_;             // the URL as configured
+  std::string profile_;              // its UUID
   bool shallActivate_ = false;
   NameServers lastServers_;
 };

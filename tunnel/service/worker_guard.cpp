@@ -5,7 +5,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-// A line break would make two lines of one.
+// Replaces control characters, so that one line of the worker stays one line of the log.
 std::string printable(std::string text) {
   std::ranges::replace_if(
       text, [](char c) { return c < ' ' || c > '~'; }, '?');
@@ -26,7 +26,7 @@ bool WorkerGuard::take(Time now, std::string_view text) {
   if (const auto* line = std::get_if<Line>(&*message)) {
     events_.tell(printable(line->text));
   } else if (const auto* reached = std::get_if<Reached>(&*message)) {
-    // It may have been on its way when the endpoint changed.
+    // A message about the former endpoint may arrive after the endpoint has changed.
     if (reached->host == host_ && canBeReached(reached->address)) {
       events_.reached(reached->host, reached->address);
     }

@@ -10,11 +10,11 @@
 
 namespace quillmar::tunnel {
 
-// Listens to the worker as to somebody who may have been taken over: by what it has read from the network.
-// Told the time with every call.
+// Checks the worker's messages. The worker is not trusted: bytes from the network may have compromised it.
+// Every call passes the time.
 class WorkerGuard {
  public:
-  // A worker says a line now and then, and asks for servers once a second while nothing can be reached.
+  // A working worker sends a few lines, and one request for name servers a second while nothing is reachable.
   static constexpr int mostMessages = 64;
   static constexpr std::chrono::milliseconds eachMessage{250};
 
@@ -26,12 +26,12 @@ class WorkerGuard {
 
   explicit WorkerGuard(Events events) : events_(std::move(events)) {}
 
-  // Another worker has not said anything yet.
+  // Call it when a new worker has been started.
   void startAnew() { messages_ = RateLimit(mostMessages, eachMessage); }
-  // The host that it was told to ask; it has nothing to say about any other.
+  // The host of the current endpoint. Addresses of other hosts are ignored.
   void expect(std::string host) { host_ = std::move(host); }
 
-  // False for what no worker says, or not so often.
+  // Returns false if the message is malformed, or if there are too many.
   [[nodiscard]] bool take(Time now, std::string_view message);
 
  private:
@@ -40,21 +40,21 @@ class WorkerGuard {
   std::string host_;
 };
 
-// When a worker that has died is started again: at once, unless it dies again and again.
+// Decides when a worker that died is started again: at once at first, after a pause if it keeps dying.
 class Restarts {
  public:
   static constexpr int mostAtOnce = 3;
   static constexpr std::chrono::milliseconds firstPause{250};
-  // Nobody is answered meanwhile, and nobody waits for longer than four seconds.
+  // No query is answered during the pause, and a client waits for four seconds at most.
   static constexpr std::chrono::milliseconds longestPause{2000};
-  // One that has lived for so long did not die of what the one before died of.
+  // A worker that has run for this long starts the count of deaths anew.
   static constexpr std::chrono::seconds longLife{60};
 
-  // After which pause, for one that was started then.
+  // Returns the pause before the next start. `started` is when the dead worker was started.
   std::chrono::milliseconds died(Time now, Time started);
 
  private:
-  int deaths_ = 0;  // in a row
+  int deaths_ = 0;  // consecutive
 };
 
 }  // namespace quillmar::tunnel

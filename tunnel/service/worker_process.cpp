@@ -20,10 +20,11 @@ namespace quillmar::tunnel {
 namespace {
 
 constexpr const char* userName = "quillmar-tunnel";
-// Neither a person's nor a service's: systemd and Debian leave these numbers alone.
+// Neither systemd nor Debian gives this number to a person or a service.
 constexpr WorkerUser userWithoutName{60853, 60853};
 
-// What the worker gets stands at fixed numbers. None of these may be overwritten by another on its way.
+// The worker expects its descriptors at fixed numbers. A source descriptor must not have one of these
+// numbers, because an earlier dup2 would overwrite it.
 constexpr int beyondTheWorkers = 16;
 
 OpenFile movedAside(const OpenFile& file) {
@@ -118,7 +119,7 @@ void WorkerProcess::take(const std::string& endpoint) {
 
 void WorkerProcess::networkChanged() { say(NetworkChanged{}); }
 
-// One that has died is told when it is back.
+// Sends nothing while there is no worker. The next one gets the current state when it starts.
 void WorkerProcess::say(const ToWorker& message) {
   if (process_ > 0 && !messages_->send(encode(message)) && (errno == EAGAIN || errno == ENOBUFS)) {
     misbehaved("does not listen");
@@ -136,7 +137,7 @@ void WorkerProcess::misbehaved(const std::string& how) {
   ended();
 }
 
-// Its end of the socket is closed when it dies, and by nobody else who is well.
+// Called when the worker has closed its end of the socket, which happens only when it dies or misbehaves.
 void WorkerProcess::ended() {
   if (process_ <= 0) {
     return;

@@ -17,14 +17,14 @@
 
 namespace quillmar::tunnel {
 
-// The worker as a child process: started with what it needs, started again when it is gone, ended with this
-// object and with this process. The sockets at which it answers stay open here, so that questions wait for
-// the next one.
+// Runs the worker as a child process: passes it its sockets, starts it again when it dies, and kills it in
+// the destructor. The worker also ends when this process dies. This process keeps the listening sockets open,
+// so that queries wait for the next worker.
 class WorkerProcess {
  public:
   struct Given {
     std::string program;
-    std::vector<std::string> words;     // the first one is its name
+    std::vector<std::string> words;     // argv; the first one is the program's name
     std::vector<OpenFile> listeners{};  // UDP before TCP, pair by pair
     WorkerUser user{};
     std::string caFile{};
@@ -33,7 +33,7 @@ class WorkerProcess {
     std::function<void(const std::string& line)> tell;
     std::function<NameServers()> servers;
     LinkBootstrap::Reached reached;
-    // What the next worker starts with.
+    // The addresses that the next worker tries first.
     std::function<LinkBootstrap::LastGood()> lastGood;
   };
 
@@ -42,13 +42,13 @@ class WorkerProcess {
   WorkerProcess& operator=(const WorkerProcess&) = delete;
   ~WorkerProcess();
 
-  // As it was written; no text is no endpoint.
+  // The endpoint's URL as configured; empty for none.
   void take(const std::string& endpoint);
   void networkChanged();
 
  private:
   void start();
-  // The process, or what became of the attempt as an errno.
+  // Returns an errno, or zero for success.
   int spawn(OpenFile itsEnd);
   void say(const ToWorker& message);
   void came(std::string_view message);
@@ -68,8 +68,8 @@ class WorkerProcess {
   Time started_{};
 };
 
-// As whom it runs: the user of this program's name, or a number that no machine gives to anybody. The rules
-// let pass what it sends, so it must not be one that other programs share.
+// The user that the worker runs as: the one with this program's name, or else a number that no system
+// assigns. No other program may use it, because the rules don't redirect its packets.
 WorkerUser workersUser();
 
 }  // namespace quillmar::tunnel

@@ -55,7 +55,7 @@ std::string dropRights(const WorkerUser& user) {
   if (!dropCapabilities()) {
     return problem("the capabilities can't be dropped");
   }
-  // A change of the user has undone both, if they were set.
+  // The change of the user resets both.
   if (::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) != 0 || ::prctl(PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0) != 0) {
     return problem("the process can't be shut");
   }
@@ -68,15 +68,16 @@ struct Limit {
 };
 
 constexpr rlim_t mebibyte = rlim_t{1024} * 1024;
-constexpr std::array limits{
-    Limit{RLIMIT_CORE, 0}, Limit{RLIMIT_FSIZE, 0}, Limit{RLIMIT_MEMLOCK, 0}, Limit{RLIMIT_NPROC, 0},
-    // 64 clients over TCP with a timer each, connections, the servers of a link, and what is open anyway.
-    Limit{RLIMIT_NOFILE, 256},
-    // Many times of what it ever has; an endpoint's answers to 1,024 questions could be 64 MiB.
-    Limit{RLIMIT_DATA, 256 * mebibyte}};
+constexpr std::array limits{Limit{RLIMIT_CORE, 0}, Limit{RLIMIT_FSIZE, 0}, Limit{RLIMIT_MEMLOCK, 0},
+                            Limit{RLIMIT_NPROC, 0},
+                            // 64 TCP clients with a timer each, the connections to the endpoint and to the
+                            // link's name servers, and the descriptors from the start.
+                            Limit{RLIMIT_NOFILE, 256},
+                            // Far more than it uses. Answers to 1,024 open questions could take 64 MiB.
+                            Limit{RLIMIT_DATA, 256 * mebibyte}};
 
 #ifdef QUILLMAR_IS_SANITIZED
-// A sanitizer needs room and calls that the program does not.
+// A sanitizer needs more memory and more system calls than the program.
 constexpr bool isSanitized = true;
 #else
 constexpr bool isSanitized = false;
@@ -97,20 +98,20 @@ constexpr std::array allowed{
     SCMP_SYS(accept), SCMP_SYS(accept4), SCMP_SYS(connect), SCMP_SYS(getpeername), SCMP_SYS(getsockname),
     SCMP_SYS(getsockopt), SCMP_SYS(recvfrom), SCMP_SYS(recvmmsg), SCMP_SYS(recvmsg), SCMP_SYS(sendmmsg),
     SCMP_SYS(sendmsg), SCMP_SYS(sendto), SCMP_SYS(setsockopt), SCMP_SYS(shutdown),
-    // what is open
+    // open descriptors
     SCMP_SYS(close), SCMP_SYS(read), SCMP_SYS(readv), SCMP_SYS(write), SCMP_SYS(writev),
-    // waiting, and the time
+    // waiting and time
     SCMP_SYS(clock_gettime), SCMP_SYS(epoll_ctl), SCMP_SYS(epoll_pwait), SCMP_SYS(epoll_wait),
     SCMP_SYS(futex), SCMP_SYS(gettimeofday), SCMP_SYS(poll), SCMP_SYS(ppoll), SCMP_SYS(restart_syscall),
     SCMP_SYS(time), SCMP_SYS(timerfd_create), SCMP_SYS(timerfd_settime),
     // memory
     SCMP_SYS(brk), SCMP_SYS(madvise), SCMP_SYS(mremap), SCMP_SYS(munmap),
-    // itself
+    // the process
     SCMP_SYS(exit), SCMP_SYS(exit_group), SCMP_SYS(getpid), SCMP_SYS(getrandom), SCMP_SYS(gettid),
     SCMP_SYS(rt_sigprocmask), SCMP_SYS(rt_sigreturn)};
 
-// Nothing that the worker runs ever tries these: whoever does is not the worker any more. Of the rest it may
-// well be that a library looks whether they are there.
+// Code of the worker or its libraries never makes these calls, so one of them means that the worker is
+// compromised: it is killed. All other calls fail with ENOSYS, because a library may probe for them.
 constexpr std::array deadly{SCMP_SYS(add_key),
                             SCMP_SYS(bpf),
                             SCMP_SYS(delete_module),
@@ -134,7 +135,7 @@ constexpr std::array deadly{SCMP_SYS(add_key),
                             SCMP_SYS(userfaultfd),
                             SCMP_SYS(vfork)};
 
-// Allowed with one argument alone.
+// A call that is allowed only if one argument fulfils a condition.
 struct Conditional {
   int call;
   scmp_arg_cmp condition;
@@ -147,7 +148,7 @@ std::string filterSystemCalls() {
   const std::array conditional{
       Conditional{SCMP_SYS(socket), equals(0, AF_INET)}, Conditional{SCMP_SYS(socket), equals(0, AF_INET6)},
       Conditional{SCMP_SYS(ioctl), equals(1, FIONBIO)}, Conditional{SCMP_SYS(mmap), lacks(2, PROT_EXEC)},
-      // to abort
+      // for abort()
       Conditional{SCMP_SYS(tgkill), equals(0, static_cast<std::uint64_t>(::getpid()))}};
   const std::unique_ptr<void, decltype(&seccomp_release)> filter(seccomp_init(SCMP_ACT_ERRNO(ENOSYS)),
                                                                  &seccomp_release);

@@ -6,16 +6,15 @@
 
 namespace quillmar::tunnel {
 
-// As whom the worker runs.
+// The user and group that the worker runs as.
 struct WorkerUser {
   uid_t user = 0;
   gid_t group = 0;
 };
 
-// Takes from this process, for good, whatever reading from the network does not need: root's identity, every
-// capability, new files, other programs, and most of the kernel's calls. To be called by root with one
-// thread, after all that has to be opened is open. The problem, if there is one; the process may have lost a
-// part of its rights then.
+// Permanently drops everything that the worker does not need: root's identity, all capabilities, opening
+// files, executing programs, and most system calls. Call it as root, with one thread, after everything has
+// been opened. Returns the problem, or an empty text; after a problem some rights may be lost already.
 std::string enterCage(const WorkerUser& user);
 
 }  // namespace quillmar::tunnel

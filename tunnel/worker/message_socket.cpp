@@ -20,7 +20,7 @@ bool MessageSocket::send(const std::string& message) {
   return ::send(socket_.native_handle(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL) >= 0;
 }
 
-// One at a time: whoever sends many must not keep everything else from happening.
+// Reads one message per turn of the loop, so that a flood of messages does not block other handlers.
 void MessageSocket::wait() {
   socket_.async_wait(boost::asio::posix::stream_descriptor::wait_read,
                      [this, isOpen = isOpen_](boost::system::error_code error) {

@@ -9,31 +9,31 @@
 
 namespace quillmar::tunnel {
 
-// One end of the pair of sockets between service and worker, which keeps messages apart.
+// One end of a SOCK_SEQPACKET pair between service and worker.
 class MessageSocket {
  public:
-  // Of each message; `isGone` once there will be none any more. What is too long comes cut, and is no
-  // message.
+  // `came` is called for each message, `isGone` once when the other end has closed. A message that is too
+  // long is truncated, which makes it invalid.
   struct Events {
     std::function<void(std::string_view)> came;
     std::function<void()> isGone;
   };
 
-  // Of a descriptor that is its own from now on.
+  // Takes ownership of the descriptor.
   MessageSocket(boost::asio::io_context& context, int descriptor, Events events);
   MessageSocket(const MessageSocket&) = delete;
   MessageSocket& operator=(const MessageSocket&) = delete;
-  // Nobody is called any more.
+  // No event is called after this.
   ~MessageSocket() { *isOpen_ = false; }
 
-  // False where the other end is gone, or does not read.
+  // False if the other end has closed or its buffer is full.
   bool send(const std::string& message);
-  // What has come already, before anything else happens.
+  // Handles all messages that have already arrived.
   void hearOut();
 
  private:
   void wait();
-  // Whether there was a message.
+  // Returns whether there was a message.
   bool receive();
 
   boost::asio::posix::stream_descriptor socket_;

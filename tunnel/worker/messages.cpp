@@ -10,8 +10,8 @@ namespace {
 
 namespace ip = boost::asio::ip;
 
-// A message's first number. The two ways have numbers of their own, so that neither takes its own for the
-// other's.
+// The first number of a message. The two directions use different numbers, so a message sent back to its
+// sender is invalid.
 enum class Kind : std::uint16_t {
   begin = 1,
   takeEndpoint,
@@ -100,7 +100,7 @@ std::string encoded(const Message& message) {
   return text;
 }
 
-// Reads the parts of one message. What can't be is nothing, and makes the whole none.
+// Reads the parts of one message. After the first invalid part all parts are empty.
 class Parts {
  public:
   explicit Parts(std::string_view text) : reader_(text, 0) {}
@@ -127,7 +127,7 @@ class Parts {
         return {};
     }
   }
-  // Of what has to be in order and each once.
+  // Marks the message as invalid unless the condition holds.
   void require(bool condition) { isRight_ = isRight_ && condition; }
 
  private:

@@ -11,8 +11,8 @@
 #include "tunnel/network/link_bootstrap.h"
 #include "tunnel/network/server_lookup.h"
 
-// What service and worker say to each other. One message is one datagram, and one value. Whoever reads one
-// takes nothing for granted: what is not whole, or has more than it should, is no message.
+// The messages between service and worker, one per datagram. A message that is incomplete, has trailing bytes
+// or exceeds a limit is rejected.
 namespace quillmar::tunnel {
 
 inline constexpr std::size_t largestWorkerMessage = std::size_t{16} * 1024;
@@ -24,18 +24,18 @@ inline constexpr std::size_t mostHosts = 16;
 inline constexpr std::size_t mostServers = 16;
 inline constexpr std::size_t mostListeners = 2;
 
-// The first word to the worker: what it needs before it shuts itself in, and as whom it does.
+// The first message to the worker: what it needs before it drops its rights, and the user to change to.
 struct Begin {
   std::uint32_t user = 0;
   std::uint32_t group = 0;
-  std::uint16_t listeners = 0;  // as many pairs of sockets stand beside the one for messages
+  std::uint16_t listeners = 0;  // the number of listening pairs that the worker was given
   std::string caFile{};
-  std::string url{};  // as of TakeEndpoint: questions may wait already
+  std::string url{};  // as in TakeEndpoint, since queries may be waiting
   LinkBootstrap::LastGood lastGood{};
 
   friend bool operator==(const Begin&, const Begin&) = default;
 };
-// Whom to ask from now on; no text is nobody.
+// The endpoint from now on; empty for none.
 struct TakeEndpoint {
   std::string url{};
 
@@ -47,13 +47,13 @@ struct TakeServers {
 
   friend bool operator==(const TakeServers&, const TakeServers&) = default;
 };
-// Connections that were good may lead nowhere now, and those that were not may be.
+// Existing connections may be dead, and failed ones may work now.
 struct NetworkChanged {
   friend bool operator==(const NetworkChanged&, const NetworkChanged&) = default;
 };
 using ToWorker = std::variant<Begin, TakeEndpoint, TakeServers, NetworkChanged>;
 
-// For the log.
+// A line for the log.
 struct Line {
   std::string text{};
 
@@ -62,7 +62,7 @@ struct Line {
 struct WantServers {
   friend bool operator==(const WantServers&, const WantServers&) = default;
 };
-// The endpoint was met at this address.
+// A verified connection to this address was made.
 struct Reached {
   std::string host{};
   boost::asio::ip::address address{};
@@ -71,7 +71,7 @@ struct Reached {
 };
 using FromWorker = std::variant<Line, WantServers, Reached>;
 
-// What is too long or too many is cut.
+// Truncates texts and lists that exceed a limit.
 std::string encode(const ToWorker& message);
 std::string encode(const FromWorker& message);
 

@@ -6,14 +6,14 @@
 
 namespace quillmar::tunnel {
 
-// So many at once, and then one each time that so much has passed.
+// A token bucket: it holds `most` tokens and gains one each time `each` has passed.
 class RateLimit {
  public:
   RateLimit(int most, BootClock::duration each) : each_(each), full_(most * each) {}
 
-  // Whether there is one left, which is taken.
+  // Takes a token. False if there is none.
   bool take(Time now) {
-    // Kept as the time at which everything is there again.
+    // The level is stored as the time at which the bucket is full again.
     const auto full = std::max(isFullAt_, now) + each_;
     const bool isLeft = full - now <= full_;
     isFullAt_ = isLeft ? full : isFullAt_;

@@ -35,7 +35,7 @@ class Server {
 
   // Uses this endpoint from now on, or none.
   void take(const std::optional<Endpoint>& endpoint);
-  // Does not wait until connections that may be dead are missed.
+  // Replaces connections that may be dead at once.
   void networkChanged();
 
   // Runs until the context is stopped.

@@ -98,7 +98,7 @@ void Worker::tell(const std::string& line) {
   }
 }
 
-// One that does not arrive is as good as one that was not said: nobody waits for an answer for ever.
+// A lost message is not repeated: lines are not essential, and requests time out.
 void Worker::say(const FromWorker& message) { messages_.send(encode(message)); }
 
 bool isWorkersProcess() {

@@ -16,23 +16,22 @@
 
 namespace quillmar::tunnel {
 
-// Where the worker's process finds what it was given: the socket to the service, then the pairs that it
-// listens at, UDP before TCP.
+// The worker's file descriptors: the socket to the service, then the listening pairs, UDP before TCP.
 inline constexpr int messagesDescriptor = 3;
 inline constexpr int firstListenerDescriptor = 4;
 
-// The server, in a process that has no rights, with the service at the other end of a socket: all that reads
-// bytes from outside.
+// The server in an unprivileged process, connected to the service by a socket. All bytes from the network are
+// read here.
 class Worker {
  public:
-  // Lines, at most: the service ends who says much more.
+  // The most log lines. The service ends a worker that exceeds its own, higher limit.
   static constexpr int mostLines = 20;
   static constexpr std::chrono::seconds eachLine{5};
 
   Worker(boost::asio::io_context& context, int messages, std::vector<Sockets> sockets,
          std::unique_ptr<TlsClient> tls, const Begin& begin);
 
-  // Until the service is gone.
+  // Runs until the service closes the socket.
   void run();
 
  private:
@@ -46,11 +45,11 @@ class Worker {
   Server server_;
 };
 
-// The whole process. It does nothing before it has lost its rights but to read files and to take what it was
-// given.
+// The worker's main function. Before it drops its rights it only reads files and the messages and sockets
+// from the service.
 int runWorker();
 
-// Whether the service has started this process.
+// Whether the service started this process.
 bool isWorkersProcess();
 
 }  // namespace quillmar::tunnel

@@ -25,8 +25,8 @@ class KeyedListModel final : public QAbstractListModel {
     QVariant data;
   };
   enum Role { modelDataRole = Qt::UserRole, keyRole };
-  // Whether the rows are news of the same list, or another selection that the person has asked for. A held
-  // list keeps its order only for news.
+  // news: the same list has changed. selection: the person has chosen another list. A held list keeps its
+  // order only for news.
   enum class Change { news, selection };
 
   using QAbstractListModel::QAbstractListModel;

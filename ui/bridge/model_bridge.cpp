@@ -102,7 +102,7 @@ struct ModelBridge::Entry {
     ModelBridge* bridge = nullptr;
   };
   std::unordered_map<const ObservableObject*, Nested> nested{};
-  // Announced since they were shown.
+  // The model has announced a change that QML does not show yet.
   bool hasNews = false;
   std::uint64_t revision = 0;
 };
@@ -283,8 +283,8 @@ ModelBridge* ModelBridge::bridgeOf(Entry& entry, const ObservableObject* object)
   return nested.bridge;
 }
 
-// What is presented in this way; null if nothing is. A sheet that the person can't dismiss replaces the
-// screen instead of lying over it.
+// The presented sheet or replacement of this kind; null if there is none. A sheet that the person can't
+// dismiss replaces the screen instead of lying over it.
 ModelBridge::Entry* ModelBridge::presented(Kind kind) const {
   const auto up = std::ranges::find_if(entries_, [kind](const auto& entry) {
     return entry->member.kind() == Member::Kind::sheet && entry->member.isInput() && !entry->nested.empty() &&

@@ -58,7 +58,7 @@ MatchMarksItem::MatchMarksItem(QQuickItem* parent) : QQuickItem(parent) {
 }
 
 void MatchMarksItem::redraw() {
-  // An item without a part takes no share in the drawing.
+  // Without a part the item has no content to paint.
   if (!part_.isEmpty() || flags().testFlag(ItemHasContents)) {
     setFlag(ItemHasContents, true);
     update();
@@ -70,7 +70,7 @@ void MatchMarksItem::geometryChange(const QRectF& now, const QRectF& before) {
   redraw();
 }
 
-// As Text elides a single line.
+// The text as the Text item elides it on one line.
 QString MatchMarksItem::drawnText() const {
   return lines_ == 1 ? QFontMetricsF(font_).elidedText(text_, static_cast<Qt::TextElideMode>(elide_), width())
                      : text_;

@@ -11,8 +11,8 @@
 
 namespace quillmar::ui {
 
-// Rectangles behind the places of a part in a text. The item has the place of the Text that draws it, and
-// lays the text out as that does. What is elided is not marked.
+// Rectangles behind the matches of a part in a text. The item covers the Text that draws the text, and lays
+// it out in the same way. Matches in an elided piece are not marked.
 class MatchMarksItem : public QQuickItem {
   Q_OBJECT
   QML_NAMED_ELEMENT(MatchMarks)
@@ -28,7 +28,7 @@ class MatchMarksItem : public QQuickItem {
  public:
   explicit MatchMarksItem(QQuickItem* parent = nullptr);
 
-  // In the item.
+  // In the item's coordinates.
   QList<QRectF> marks() const;
 
  Q_SIGNALS:

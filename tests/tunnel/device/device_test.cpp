@@ -33,11 +33,11 @@ const auto& world = SharedWorld<DeviceWorld>::forAllTests();
 
 constexpr const char* first = "192.0.2.7";
 constexpr const char* second = "192.0.2.8";
-// Servers of the outside that somebody has set by hand.
+// DNS servers beyond the router, as a user may configure them.
 constexpr const char* server4 = "192.0.2.53";
 constexpr const char* server6 = "2001:db8:53::53";
 
-// An endpoint that has the same address for every name.
+// An endpoint that answers every query with the same address.
 TestEndpoint::Answering always(char lastByte) {
   return [lastByte](TestPeer& peer, std::int32_t stream, const std::string& question) {
     const auto query = std::get<Query>(parseQuery(question));
@@ -72,7 +72,7 @@ struct TunnelDevice : testing::Test {
     EXPECT_THAT(lines, HasSubstr(text));
     return lines;
   }
-  // Protected, with NetworkManager's word for it.
+  // Starts the service and activates its connection in NetworkManager.
   void protect() {
     start();
     readUntil("No connection is to be protected.");
@@ -147,7 +147,7 @@ TEST_F(TunnelDevice, asks_its_endpoint_for_every_program) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-// A container, say, whose way out leads through this machine.
+// For example a container whose default route leads through this machine.
 TEST_F(TunnelDevice, redirects_dns_that_it_routes_for_others) {
   ASSERT_EQ(
       runCommand(
@@ -180,7 +180,7 @@ TEST_F(TunnelDevice, redirects_dns_that_it_routes_for_others) {
 TEST_F(TunnelDevice, redirects_a_flow_that_began_before) {
   start();
   readUntil("No connection is to be protected.");
-  // As on any machine with a firewall: from here on the kernel knows each flow.
+  // A firewall makes the kernel track connections from here on.
   EXPECT_EQ(runCommand(
                 {"nft", "-f", "-"},
                 "table inet others {\n chain out {\n type filter hook output priority 0\n"
@@ -232,7 +232,7 @@ TEST_F(TunnelDevice, changes_its_endpoint_without_a_gap) {
   std::atomic<bool> changed = false;
   std::vector<std::string> answers;
   std::thread asking([&] {
-    // On the same machine as the rest: a thread begins where its maker is.
+    // A new thread is in the network namespace of the thread that starts it.
     for (int count = 0; answers.empty() || answers.back() == first; ++count) {
       answers.push_back(askAt(server4, "gap" + std::to_string(count) + ".example"));
     }

@@ -79,7 +79,7 @@ DeviceWorld::DeviceWorld() : bus_(directory_.path()) {
   startManager();
 }
 
-// Of this thread and of whatever it starts from here.
+// Applies to this thread and to the threads and processes that it starts.
 void DeviceWorld::enterNamespaces() const {
   if (::unshare(CLONE_NEWNET | CLONE_NEWNS) != 0) {
     throw std::runtime_error("no namespaces");
@@ -139,7 +139,7 @@ void DeviceWorld::tidy() {
 }
 
 std::unique_ptr<RunningProgram> DeviceWorld::run(const std::string& caFile) const {
-  // No more rights than its unit leaves it.
+  // With the same capabilities as in its systemd unit.
   return std::make_unique<RunningProgram>(endingWithTheTest(
       bus_.joining({"env", "STATE_DIRECTORY=" + file("kept").string(), "setpriv", "--no-new-privs",
                     "--bounding-set", "-all,+net_admin,+net_bind_service,+setuid,+setgid,+setpcap,+kill",
@@ -165,7 +165,7 @@ std::string DeviceWorld::nmcli(const std::vector<std::string>& words) const {
 std::unique_ptr<RunningProgram> DeviceWorld::addressChanges() const {
   auto monitor = std::make_unique<RunningProgram>(
       endingWithTheTest({"stdbuf", "-oL", "ip", "-o", "monitor", "address", "link"}));
-  // It listens once it says what it is told.
+  // The monitor is ready once it reports a change that is made until then.
   RunningProgram teller(endingWithTheTest({"sh", "-c",
                                            "while :; do ip address add 127.9.9.9/32 dev lo; ip address "
                                            "delete 127.9.9.9/32 dev lo; done 2>/dev/null"}));
@@ -247,7 +247,7 @@ DnsClient::Outcome DnsClient::receive() {
     return size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) ? Outcome::silent : Outcome::refused;
   }
   std::string_view message(buffer.data(), static_cast<std::size_t>(size));
-  message.remove_prefix(channel_ == Channel::tcp ? 2 : 0);  // it comes in one piece
+  message.remove_prefix(channel_ == Channel::tcp ? 2 : 0);  // written atomically
   const auto header = readHeader(message);
   if (!header || header->rcode() != rcode::noError || header->answers == 0) {
     said_ = header ? "code " + std::to_string(header->rcode()) : "nonsense";

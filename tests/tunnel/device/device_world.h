@@ -16,14 +16,14 @@ namespace quillmar::tunnel::test {
 
 using machine::Outside;
 
-// A Linux machine with a wire to the outside, a NetworkManager on a bus of its own, and nothing else; this
-// process is on it. It begins with the object and ends with the process.
+// A machine in namespaces with a network card and a NetworkManager on its own bus. The constructor moves this
+// process into it, until the process ends.
 class DeviceWorld {
  public:
   static constexpr const char* profile = "Protection";
   static constexpr const char* profileUuid = "66666666-7777-8888-9999-000000000000";
 
-  // Why it can't be had here; empty where it can.
+  // Why this computer can't provide one; empty if it can.
   static std::string obstacle();
 
   DeviceWorld();
@@ -34,21 +34,21 @@ class DeviceWorld {
 
   void startManager();
   void stopManager();
-  // Back to the wire alone.
+  // Restores the initial state: only the wire is connected.
   void tidy();
 
-  // The program's service.
+  // Starts the program's service.
   std::unique_ptr<RunningProgram> run(const std::string& caFile) const;
   CommandResult tunnel(std::vector<std::string> words) const;
   CommandResult tryNmcli(std::vector<std::string> words) const;
   std::string nmcli(const std::vector<std::string>& words) const;
-  // Each line is a change of this machine's addresses; all that come from now on are told.
+  // Prints a line for each later change of this machine's addresses.
   std::unique_ptr<RunningProgram> addressChanges() const;
 
   void addProfile(const std::string& endpoint) const;
   void changeEndpoint(const std::string& endpoint) const;
   std::vector<std::string> seenInClear();
-  // What stands in it from the first server on; waits for its next changes.
+  // Whether /etc/resolv.conf has this content from its first server on. Waits for changes until it does.
   static bool resolvConfBecomes(const std::string& nameServers);
 
  private:
@@ -61,7 +61,7 @@ class DeviceWorld {
   std::unique_ptr<Outside> outside_;
 };
 
-// A client's socket, connected to a server of its choice.
+// A client's socket, connected to a given server.
 class DnsClient {
  public:
   enum class Outcome { answered, refused, silent };
@@ -72,7 +72,7 @@ class DnsClient {
   DnsClient& operator=(const DnsClient&) = delete;
 
   Outcome ask(const std::string& name);
-  // The address in the last answer; "SERVFAIL" and the like where there is none.
+  // The address in the last answer, or its response code such as "SERVFAIL".
   const std::string& said() const { return said_; }
 
  private:
@@ -84,7 +84,7 @@ class DnsClient {
   std::string said_;
 };
 
-// One question by a new socket: the address, the code of the error, "refused" or "silent".
+// Sends one query on a new socket. Returns the address, the response code, "refused" or "silent".
 std::string askAt(const std::string& server, const std::string& name, Channel channel = Channel::udp,
                   std::uint16_t port = 53);
 

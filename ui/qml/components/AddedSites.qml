@@ -40,7 +40,7 @@ Column {
                 z: -1
                 anchors.fill: parent
             }
-            // What lies under it is not pressed through it.
+            // Keeps presses from the content under it.
             MouseArea {
                 anchors.fill: parent
                 hoverEnabled: true

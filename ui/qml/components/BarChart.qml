@@ -115,7 +115,7 @@ FocusScope {
                 readonly property real totalHeight: blockedHeight + part(modelData.allowed)
                 readonly property real strength: chart.fadesOthers && !modelData.isSelected ? 0.4 : 1
 
-                // What there is can be seen, however little it is.
+                // A share that is not zero is drawn high enough to be seen.
                 function part(share) { return share > 0 ? Math.max(2, Math.round(share * chart.plotHeight)) : 0 }
                 function choose(byKey) {
                     modelData.choose.trigger()

@@ -92,7 +92,7 @@ Pressable {
                 id: parts
                 anchors.left: parent.left
 
-                // What there is can be seen, however little it is.
+                // A share that is not zero is drawn wide enough to be seen.
                 function part(share) { return share > 0 ? Math.max(6, share * track.width) : 0 }
 
                 Rectangle {

@@ -16,7 +16,7 @@ Item {
     }
     Keys.onDownPressed: go(1)
     Keys.onUpPressed: go(-1)
-    // With Alt the key goes back to the screen before.
+    // With Alt, the key belongs to the shortcut for the previous screen.
     function goAside(event, way) {
         event.accepted = !(event.modifiers & Qt.AltModifier)
         if (event.accepted) {

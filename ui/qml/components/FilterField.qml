@@ -20,7 +20,8 @@ RowLayout {
         id: box
         placeholderText: field.screen.filterPlaceholder
         value: field.screen.filterText
-        // It changes what is below it, not above, and gets the focus before it is laid out.
+        // The page need not keep this field's place: filtering changes only the content below it, and it gets
+        // the focus before it is laid out.
         keepsPlace: false
         inputMethodHints: Qt.ImhNoAutoUppercase | Qt.ImhNoPredictiveText
         leftPadding: Theme.gap + glass.width + Theme.within

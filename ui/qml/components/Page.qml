@@ -22,12 +22,12 @@ FocusScope {
     // The anchor keeps its place in the window when content above it changes: the focused text box, otherwise the
     // list that the person uses.
     property Item list: null
-    // True while the focus moves for another reason than that the person moves it, such as a change of a list's rows; the
-    // page does not scroll for that.
+    // True while the program moves the focus, for example because rows change. The page does not scroll for
+    // that.
     property bool handingOver: false
     readonly property Item anchor: focused?.keepsPlace && isWithin(focused) ? focused : list
     property real anchorPlace: NaN
-    // Everything got another place since the last frame.
+    // The whole content was laid out anew since the last frame.
     property bool rearranged: false
     // The part of a correction that scrolling can't do: the content's offset beyond the top or the end.
     property real shift: 0

@@ -18,7 +18,8 @@ Pressable {
     focusPolicy: Qt.TabFocus
     // A button that loses its action keeps the focus.
     enabled: true
-    // Its own handler below: a button that takes hover events would end the hovering over its row.
+    // Off, because a control that accepts hover events ends the hovering of its row. A handler below replaces
+    // it.
     hoverEnabled: false
     leftPadding: Theme.between
     rightPadding: Theme.between

@@ -31,7 +31,7 @@ FocusScope {
         }
     }
 
-    // With Alt the key goes back to the screen before.
+    // With Alt, the key belongs to the shortcut for the previous screen.
     function goAside(event, index) {
         event.accepted = !(event.modifiers & Qt.AltModifier)
         if (event.accepted) {

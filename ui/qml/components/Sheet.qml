@@ -25,12 +25,12 @@ T.Popup {
     readonly property real neededHeight: content.implicitHeight
     readonly property real restingY: card ? Math.round((areaHeight - height) / 2) : 0
     property bool over: false
-    // The screen changes its place, not its presence.
+    // The screen moves between sheet and pane, and stays open.
     property bool moving: false
     property real travelled: 1
 
     signal dismissed
-    // The screen in the pane is gone, and with it the focus.
+    // Emitted when the screen in the pane, which had the focus, has closed.
     signal left
 
     parent: area
@@ -137,7 +137,7 @@ T.Popup {
         Accessible.name: sheet.shownScreen?.title ?? sheet.shownScreen?.heading ?? sheet.shownScreen?.name ?? ""
         LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
         LayoutMirroring.childrenInherit: true
-        // For a screen that has no control of its own to go back.
+        // Escape closes a screen that has no control of its own for that.
         Keys.onEscapePressed: sheet.dismissed()
 
         // Inset, so that the square page stays within the card's rounded corners.

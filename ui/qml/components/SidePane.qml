@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// The part of a wide window beside a screen. While no page stands there, it shows what the screen has for it.
+// The part of a wide window beside a screen. It contains the open page, or the screen's placeholder.
 Rectangle {
     id: pane
 

@@ -21,7 +21,7 @@ ColumnLayout {
         onActivated: charts.screen.find.trigger()
     }
 
-    // Large text leaves no room for them.
+    // Hidden if large text leaves no room.
     readonly property bool showsCounts: width > 300 * Theme.textScale
 
     spacing: Theme.between
