@@ -14,11 +14,11 @@ class ChildAppState;
 class RoleManager;
 class VPNDNSManager;
 
-// Tells the person at a child's device, outside the window, that the protection went down or came back, and
-// that the program goes on without its window. A window's process has one; the agent tells nothing.
+// Tells the person at a child's device through the desktop that the protection went down or came back, and
+// that the program continues without its window. The process of a window has one; the agent has none.
 //
-// Each change is told once, and at most one a minute: a state that has passed by the end of the minute is not
-// told. The first connection is expected, so it is not told either.
+// Each change is told once, and at most one a minute. A state that ends within that minute is not told. The
+// first connection is expected, so it is not told either.
 class ProtectionNotices final : public ObservableObject {
  public:
   ProtectionNotices(Environment& environment, Notifications& notifications, bool isOn);
@@ -34,7 +34,7 @@ class ProtectionNotices final : public ObservableObject {
 
   Action<> flip{*this, "flip", [this] { isOn = !isOn(); }};
 
-  // The window was closed, and the process goes on.
+  // Call it when the window was closed and the process continues.
   void windowClosed();
 
  private:
@@ -50,7 +50,7 @@ class ProtectionNotices final : public ObservableObject {
   std::shared_ptr<VPNDNSManager> vpn_;
   // The state that the person knows; nullopt before the first connection.
   std::optional<bool> knownUp_;
-  // While one runs, nothing more of its kind is told.
+  // While a timer runs, no further notice of its kind is shown.
   std::unique_ptr<Timer> quietAfterChange_;
   std::unique_ptr<Timer> quietAfterClosing_;
   Subscription roleReaction_;

@@ -8,8 +8,8 @@
 
 namespace quillmar::sandbox::test {
 
-// A UDP server on a free port of 127.0.0.1, on its own thread. It sends the datagrams that `Answering` returns
-// for a received one.
+// A UDP server on a free port of 127.0.0.1, on its own thread. It sends the datagrams that `Answering`
+// returns for a received one.
 class DatagramServer {
  public:
   using Answering = std::function<std::vector<std::string>(std::string_view received)>;
