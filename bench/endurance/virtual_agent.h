@@ -36,14 +36,6 @@ struct Surroundings {
 
   FakePorts fakes{dispatch};
 };
-FakeBiometrics biometrics{dispatch};
-FakeDeviceInfo deviceInfo{};
-FakeClipboard clipboard{};
-FakeHaptics haptics{};
-FakeWindowStyle windowStyle{};
-QrencodeEncoder qrEncoder{};
-FakeQRReader qrReader{dispatch};
-};
 
 // The agent's work without its process: its own settings and tunnel, and a child's background work.
 class VirtualAgent {
