@@ -18,7 +18,10 @@ BOTTOM = {"foundation", "platform"}
 CLIENT = BOTTOM | {"client/records", "client"}
 SESSION = CLIENT | {"presentation", "app/session"}
 CORE = SESSION | {"identity", "child", "family", "console", "app"}
-ADAPTERS = {"platform/common", "platform/linux", "platform/simulated"}
+# The folders with one system's adapters, such as platform/linux.
+SYSTEMS = {f"platform/{folder.name}" for folder in (ROOT / "platform").iterdir() if folder.is_dir()} - {
+    "platform/common", "platform/simulated"}
+ADAPTERS = SYSTEMS | {"platform/common", "platform/simulated"}
 MAY_INCLUDE = {
     "command_line": set(),
     "foundation": set(),
@@ -34,7 +37,7 @@ MAY_INCLUDE = {
     "app": CORE,
     "platform/common": BOTTOM,
     "platform/simulated": BOTTOM,
-    "platform/linux": BOTTOM | {"platform/common"},
+    **{system: BOTTOM | {"platform/common"} for system in sorted(SYSTEMS)},
     "ui": CORE | ADAPTERS,
     "programs": CORE | ADAPTERS | {"command_line", "ui"},
     "tunnel/dns": set(),
