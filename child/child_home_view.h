@@ -61,7 +61,7 @@ class ChildHomeView final : public ScreenModel {
   explicit ChildHomeView(Environment& environment);
 
   Sheet<ChildSettingsView> showSettings;
-  // Works, but no control opens it.
+  // A working sheet that no control opens.
   Sheet<DoHInstructionsView> showDoHInstructions;
   Published<bool> isPulsing{*this, "isPulsing", false};
 

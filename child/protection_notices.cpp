@@ -10,7 +10,7 @@
 namespace quillmar {
 namespace {
 
-// Both changes have the same id: the news replaces what is no longer true.
+// Both changes have the same id, so that a new notice replaces one that no longer holds.
 Notification changeNotice(bool isUp) {
   return isUp ? Notification{.id = "protection",
                              .title = "Protection Is Back",

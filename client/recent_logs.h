@@ -10,8 +10,8 @@
 
 namespace quillmar {
 
-// Merges the answers of several devices. Thread-safe, so that the threads on which answers arrive add them
-// at once: handing each to a queue would wake a thread for each.
+// Merges the answers of several devices. Thread-safe: each thread adds its answer directly, because handing
+// it to a queue would wake another thread.
 class RecentLogs {
  public:
   explicit RecentLogs(std::size_t devices) : answers_(devices) {}

@@ -6,7 +6,7 @@ namespace quillmar::command_line {
 namespace {
 
 constexpr std::size_t lineWidth = 80;
-// A longer entry on the left must not squeeze the text on the right.
+// The greatest width of the left column, so that the text at the right keeps enough room.
 constexpr std::size_t widestLeft = 26;
 
 std::string formOf(const Option& option) {

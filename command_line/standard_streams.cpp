@@ -7,8 +7,8 @@
 
 namespace quillmar::command_line {
 
-// The lowest free number is the stream's, as those below it are open by then. Opened for the wrong direction,
-// so that a program which writes its answer hears that nobody gets it.
+// open() returns the lowest free number, which is the stream's, because all lower ones are open by then. The
+// stream is opened for the opposite direction, so that writing to it fails instead of losing the text.
 void holdStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::fcntl(stream, F_GETFD) < 0) {

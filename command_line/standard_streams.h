@@ -2,8 +2,8 @@
 
 namespace quillmar::command_line {
 
-// For the start of a program. Opens those of the standard streams that it was started without: else the next
-// file or socket would get the stream's number, and its lines. What is written to them fails.
+// Opens the standard streams that this process was started without; writing to them fails. Otherwise the next
+// file or socket would get a stream's number, and the program's output. Call it first in main().
 void holdStandardStreams();
 
 }  // namespace quillmar::command_line

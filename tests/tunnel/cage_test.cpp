@@ -58,7 +58,7 @@ TEST_F(TunnelCage, opens_no_files) {
   EXPECT_EQ(inCage([] { return errorOf(::syscall(SYS_memfd_create, "x", 0)); }), ENOSYS);
 }
 
-TEST_F(TunnelCage, speaks_with_the_network_alone) {
+TEST_F(TunnelCage, uses_only_the_network) {
   for (const int family : {AF_INET, AF_INET6}) {
     EXPECT_EQ(inCage([family] { return errorOf(::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0)); }), 0);
     EXPECT_EQ(inCage([family] { return errorOf(::socket(family, SOCK_RAW, IPPROTO_ICMP)); }), EPERM);

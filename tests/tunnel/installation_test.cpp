@@ -97,7 +97,7 @@ class AllowedCalls {
   std::set<std::string> calls_;
 };
 
-TEST(TunnelUnit, leaves_what_it_takes_to_shut_the_worker_in) {
+TEST(TunnelUnit, allows_what_the_workers_cage_needs) {
   const AllowedCalls allowed(QUILLMAR_TUNNEL_UNIT);
   EXPECT_THAT(allowed.all(), testing::IsSupersetOf({"prctl", "setgroups", "setresgid", "setresuid", "capset",
                                                     "prlimit64", "seccomp", "execve", "kill", "socketpair",

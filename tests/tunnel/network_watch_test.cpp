@@ -73,7 +73,7 @@ struct TunnelRoutes : testing::Test {
   RouteReader reader;
 };
 
-TEST_F(TunnelRoutes, are_others_when_a_link_is_back) {
+TEST_F(TunnelRoutes, change_when_a_link_is_back) {
   EXPECT_FALSE(reader.read(link(2, working))) << "as it was, for all that is known";
   EXPECT_FALSE(reader.read(link(2, working))) << "a search for radio networks, say";
   EXPECT_FALSE(reader.read(link(2, IFF_UP)));
@@ -89,7 +89,7 @@ TEST_F(TunnelRoutes, do_not_lead_through_the_tunnel) {
   EXPECT_FALSE(reader.read(link(3, working, deviceName)));
 }
 
-TEST_F(TunnelRoutes, are_others_with_another_way_out) {
+TEST_F(TunnelRoutes, change_with_another_default_route) {
   EXPECT_TRUE(reader.read(route({})));
   EXPECT_FALSE(reader.read(route({}))) << "said again";
   EXPECT_TRUE(reader.read(route({.gateway = "\x0a\x09\x09\x02"s})));
@@ -106,7 +106,7 @@ TEST_F(TunnelRoutes, that_lead_no_further_do_not_matter) {
 }
 
 // The kernel does not report the removal of routes when their link or address goes.
-TEST_F(TunnelRoutes, are_others_when_they_come_again_with_their_link) {
+TEST_F(TunnelRoutes, change_when_they_return_with_their_link) {
   EXPECT_TRUE(reader.read(route({})));
   EXPECT_FALSE(reader.read(addressGone(4)));
   EXPECT_FALSE(reader.read(route({})));
@@ -116,7 +116,7 @@ TEST_F(TunnelRoutes, are_others_when_they_come_again_with_their_link) {
   EXPECT_TRUE(reader.read(route({})));
 }
 
-TEST_F(TunnelRoutes, are_read_from_whole_notifications_alone) {
+TEST_F(TunnelRoutes, are_read_from_complete_notifications_only) {
   const auto whole = route({});
   for (std::size_t size = 0; size < whole.size(); ++size) {
     RouteReader fresh;
@@ -134,7 +134,7 @@ struct TunnelSleep : testing::Test {
   SleepWatch watch{context, [this] { ++woke; }, [this] { return asleep; }};
 };
 
-TEST_F(TunnelSleep, is_told_when_it_is_over) {
+TEST_F(TunnelSleep, is_reported_when_it_ends) {
   asleep += 8h;
   watch.look();
   EXPECT_EQ(woke, 1);
@@ -142,7 +142,7 @@ TEST_F(TunnelSleep, is_told_when_it_is_over) {
   EXPECT_EQ(woke, 1);
 }
 
-TEST_F(TunnelSleep, is_none_when_the_clock_was_set) {
+TEST_F(TunnelSleep, is_not_reported_when_the_clock_was_set) {
   watch.look();
   asleep += 1ms;
   watch.look();

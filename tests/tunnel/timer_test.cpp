@@ -32,7 +32,7 @@ std::vector<std::string> timers() {
   return all;
 }
 
-TEST(TunnelTimer, goes_off_once) {
+TEST(TunnelTimer, expires_once) {
   boost::asio::io_context context;
   Timer timer(context);
   int ended = 0;
@@ -45,7 +45,7 @@ TEST(TunnelTimer, goes_off_once) {
   EXPECT_EQ(ended, 2) << "what is late is at once";
 }
 
-TEST(TunnelTimer, waits_for_what_it_was_started_for_last) {
+TEST(TunnelTimer, waits_for_its_latest_start) {
   boost::asio::io_context context;
   Timer timer(context);
   std::string ended;
@@ -66,7 +66,7 @@ TEST(TunnelTimer, waits_for_what_it_was_started_for_last) {
   EXPECT_EQ(ended, "second");
 }
 
-TEST(TunnelTimer, never_goes_off_where_no_more_files_may_be_open) {
+TEST(TunnelTimer, never_expires_without_a_free_descriptor) {
   boost::asio::io_context context;
   const Timer opensWhatTheContextNeeds(context);
   rlimit before{};

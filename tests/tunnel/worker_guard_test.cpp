@@ -32,12 +32,12 @@ TEST_F(TunnelWorkerGuard, passes_on_what_a_worker_says) {
   EXPECT_THAT(heard, ElementsAre("The endpoint answers.", "servers?", "doh.example 192.0.2.7"));
 }
 
-TEST_F(TunnelWorkerGuard, makes_one_plain_line_of_a_line) {
+TEST_F(TunnelWorkerGuard, keeps_a_line_on_one_printable_line) {
   EXPECT_TRUE(take(Line{"a\nProtects this machine.\r\x1b[31m\x7f\xc3\xa4"}));
   EXPECT_THAT(heard, ElementsAre("a?Protects this machine.??[31m???"));
 }
 
-TEST_F(TunnelWorkerGuard, keeps_no_address_but_one_of_its_endpoint) {
+TEST_F(TunnelWorkerGuard, accepts_only_addresses_of_its_endpoint) {
   for (const auto* address : {"127.0.0.1", "::1", "0.0.0.0", "::", "224.0.0.1", "ff02::1"}) {
     EXPECT_TRUE(take(Reached{"doh.example", ip::make_address(address)})) << address;
   }
@@ -48,14 +48,14 @@ TEST_F(TunnelWorkerGuard, keeps_no_address_but_one_of_its_endpoint) {
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(TunnelWorkerGuard, knows_nonsense) {
+TEST_F(TunnelWorkerGuard, rejects_invalid_messages) {
   EXPECT_FALSE(guard.take(now, ""));
   EXPECT_FALSE(guard.take(now, std::string(largestWorkerMessage, 'x')));
   EXPECT_FALSE(guard.take(now, encode(ToWorker(NetworkChanged{}))));
   EXPECT_THAT(heard, IsEmpty());
 }
 
-TEST_F(TunnelWorkerGuard, hears_no_flood_out) {
+TEST_F(TunnelWorkerGuard, rejects_a_flood) {
   for (int count = 0; count < WorkerGuard::mostMessages; ++count) {
     EXPECT_TRUE(take(WantServers{})) << count;
   }
@@ -65,13 +65,13 @@ TEST_F(TunnelWorkerGuard, hears_no_flood_out) {
   EXPECT_TRUE(take(WantServers{})) << "another worker";
 }
 
-TEST_F(TunnelWorkerGuard, bears_for_ever_with_one_that_can_reach_nothing) {
+TEST_F(TunnelWorkerGuard, accepts_a_worker_that_never_reaches_anything) {
   for (int second = 0; second < 3600; ++second, now += 1s) {
     EXPECT_TRUE(take(WantServers{}) && take(Line{"The endpoint can't be reached."})) << second;
   }
 }
 
-TEST(TunnelRateLimit, gives_back_with_time_and_no_more_than_there_was) {
+TEST(TunnelRateLimit, refills_with_time_up_to_its_size) {
   Time now = Time{} + 1h;
   RateLimit limit(2, 1s);
   EXPECT_TRUE(limit.take(now) && limit.take(now));
@@ -85,7 +85,7 @@ TEST(TunnelRateLimit, gives_back_with_time_and_no_more_than_there_was) {
   EXPECT_FALSE(limit.take(now));
 }
 
-TEST(TunnelRestarts, are_at_once_but_for_one_that_dies_again_and_again) {
+TEST(TunnelRestarts, are_immediate_unless_workers_keep_dying) {
   Restarts restarts;
   Time now = Time{} + 1h;
   std::vector<std::chrono::milliseconds> pauses;

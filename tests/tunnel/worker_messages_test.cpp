@@ -36,7 +36,7 @@ TEST(TunnelWorkerMessages, arrive_as_they_were_sent) {
   }
 }
 
-TEST(TunnelWorkerMessages, of_one_direction_are_none_of_the_other) {
+TEST(TunnelWorkerMessages, of_one_direction_are_invalid_in_the_other) {
   for (const auto& message : toWorker) {
     EXPECT_EQ(decodeFromWorker(encode(message)), std::nullopt);
   }
@@ -45,7 +45,7 @@ TEST(TunnelWorkerMessages, of_one_direction_are_none_of_the_other) {
   }
 }
 
-TEST(TunnelWorkerMessages, are_whole_or_none) {
+TEST(TunnelWorkerMessages, that_are_incomplete_or_have_trailing_bytes_are_rejected) {
   const auto check = [](const std::string& text, auto decode) {
     for (std::size_t size = 0; size < text.size(); ++size) {
       EXPECT_FALSE(decode(text.substr(0, size))) << size;
@@ -60,7 +60,7 @@ TEST(TunnelWorkerMessages, are_whole_or_none) {
   }
 }
 
-TEST(TunnelWorkerMessages, that_are_too_long_are_cut_when_they_are_sent) {
+TEST(TunnelWorkerMessages, that_are_too_long_are_truncated_when_sent) {
   const auto line = decodeFromWorker(encode(FromWorker(Line{std::string(100'000, 'x')})));
   ASSERT_TRUE(line);
   EXPECT_THAT(std::get<Line>(*line).text, SizeIs(longestLine));
@@ -69,7 +69,7 @@ TEST(TunnelWorkerMessages, that_are_too_long_are_cut_when_they_are_sent) {
   EXPECT_THAT(std::get<TakeServers>(*servers).servers, SizeIs(mostServers));
 }
 
-TEST(TunnelWorkerMessages, that_are_too_long_are_none_when_they_come) {
+TEST(TunnelWorkerMessages, that_are_too_long_are_rejected_when_received) {
   auto line = encode(FromWorker(Line{std::string(longestLine, 'x')}));
   ASSERT_TRUE(decodeFromWorker(line));
   line[2] = static_cast<char>((longestLine + 1) / 256);

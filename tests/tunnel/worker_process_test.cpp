@@ -85,20 +85,20 @@ TEST_F(TunnelWorkerProcess, may_be_missing) {
   EXPECT_EQ(lines.front(), "The worker can't be started: No such file or directory; it is started again.");
 }
 
-TEST_F(TunnelWorkerProcess, is_ended_when_it_talks_nonsense) {
+TEST_F(TunnelWorkerProcess, is_killed_after_an_invalid_message) {
   start("printf nonsense >&3; exec cat <&3 >/dev/null");
   runUntil("again");
   EXPECT_THAT(lines, ElementsAre("The worker says what it may not: it is ended.", killedAgain));
 }
 
-TEST_F(TunnelWorkerProcess, is_ended_when_it_floods) {
+TEST_F(TunnelWorkerProcess, is_killed_when_it_floods) {
   start(R"(while :; do printf '\000\146' >&3; done)");
   runUntil("again");
   EXPECT_THAT(lines, ElementsAre("The worker says what it may not: it is ended.", killedAgain));
   EXPECT_EQ(serversWanted, WorkerGuard::mostMessages);
 }
 
-TEST_F(TunnelWorkerProcess, is_ended_when_it_does_not_listen) {
+TEST_F(TunnelWorkerProcess, is_killed_when_it_does_not_read) {
   start("exec sleep 1000");
   while (lines.empty()) {
     worker->take("https://doh.example/" + std::string(4000, 'x'));
@@ -106,14 +106,14 @@ TEST_F(TunnelWorkerProcess, is_ended_when_it_does_not_listen) {
   EXPECT_THAT(lines, ElementsAre("The worker does not listen: it is ended.", killedAgain));
 }
 
-TEST_F(TunnelWorkerProcess, is_ended_when_it_shuts_its_ears) {
+TEST_F(TunnelWorkerProcess, is_killed_when_it_shuts_down_reading) {
   start("exec 3>&-; exec sleep 1000");
   runUntil("again");
   EXPECT_THAT(lines, ElementsAre(killedAgain));
 }
 
 // The shell sends back the bytes of every later message in hexadecimal, as a line for the log.
-TEST_F(TunnelWorkerProcess, is_told_what_happens) {
+TEST_F(TunnelWorkerProcess, receives_each_change) {
   start(R"(next() { dd bs=16384 count=1 <&3 2>/dev/null | od -An -v -tx1; }
            next >/dev/null
            printf '\000\146' >&3
@@ -140,7 +140,7 @@ TEST_F(TunnelWorkerProcess, ends_with_the_service) {
   EXPECT_EQ(::kill(process, 0), -1);
 }
 
-TEST(TunnelWorkerUser, is_nobody_elses) {
+TEST(TunnelWorkerUser, runs_no_other_program) {
   const auto* const known = ::getpwnam("quillmar-tunnel");
   EXPECT_EQ(workersUser().user, known != nullptr ? known->pw_uid : 60853);
   EXPECT_EQ(::getpwuid(60853), nullptr);
@@ -276,7 +276,7 @@ TEST_F(TunnelWorker, has_no_rights) {
 #endif
 }
 
-TEST_F(TunnelWorker, has_nothing_open_but_sockets_and_what_it_waits_with) {
+TEST_F(TunnelWorker, has_only_sockets_and_wait_descriptors_open) {
   ASSERT_EQ(ask("a.example"), "an answer");
   std::map<std::string, int> kinds;
   for (const auto& entry : fs::directory_iterator("/proc/" + std::to_string(process()) + "/fd")) {

@@ -134,7 +134,7 @@ void KeyedListModel::insert(int index, std::vector<Row> rows) {
   endInsertRows();
 }
 
-// A row that the list has. Those before `index` are in their final places.
+// Moves a row that the list already has. Those before `index` are in their final places.
 void KeyedListModel::place(int index, Row row) {
   const auto from = std::find_if(rows_.begin() + index, rows_.end(),
                                  [&](const Row& known) { return known.key == row.key; });

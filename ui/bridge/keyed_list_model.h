@@ -32,14 +32,14 @@ class KeyedListModel final : public QAbstractListModel {
   using QAbstractListModel::QAbstractListModel;
 
   int count() const { return static_cast<int>(rows_.size()); }
-  // Whether rows come and go at this moment because the person has asked for a selection.
+  // Whether the present change is a selection by the person.
   Q_INVOKABLE bool isSelecting() const { return isSelecting_; }
   bool isHeld() const { return isHeld_; }
   // Releasing the list puts its rows into the assigned order.
   void setHeld(bool held);
   // Several rows may have the same key.
   void assign(std::vector<Row> rows, Change change = Change::news);
-  // Makes what a view gets for the data of a row, once a view asks for it.
+  // Creates the data of a row when a view first asks for it.
   void setMaking(std::function<QVariant(const QVariant& data)> make) { make_ = std::move(make); }
   Q_INVOKABLE QVariant at(int index) const;
 

@@ -321,7 +321,7 @@ TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_until_it_is_released) {
   program.reset();
 }
 
-TEST_F(TunnelDevice, shuts_its_worker_in) {
+TEST_F(TunnelDevice, cages_its_worker) {
   protect();
   EXPECT_EQ(askAt(server4, newName()), first);
   const auto shown = textOf("/proc/" + std::to_string(worker()) + "/status");
@@ -368,7 +368,7 @@ TEST_F(TunnelDevice, answers_again_when_its_worker_was_killed) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
-TEST_F(TunnelDevice, takes_its_worker_along_when_it_is_killed) {
+TEST_F(TunnelDevice, ends_its_worker_when_it_is_killed) {
   protect();
   const auto process = openProcess(worker());
   EXPECT_EQ(program->end(SIGKILL), -SIGKILL);
@@ -488,7 +488,7 @@ TEST_F(TunnelDevice, lets_the_doctor_see_the_network_below) {
   EXPECT_EQ(network(), Network::none);
 }
 
-TEST_F(TunnelDevice, puts_its_rules_back) {
+TEST_F(TunnelDevice, restores_its_rules) {
   protect();
   const auto whole = rules();
   for (const std::vector<std::string>& words :
@@ -525,7 +525,7 @@ TEST_F(TunnelDevice, ends_its_connection_when_it_is_released) {
   EXPECT_EQ(askAt(server4, newName()), first);
 }
 
-TEST_F(TunnelDevice, is_removed_by_release_whoever_made_it) {
+TEST_F(TunnelDevice, is_removed_by_release_even_if_another_process_made_it) {
   EXPECT_EQ(runCommand({"ip", "tuntap", "add", "dev", "quillmar0", "mode", "tun"}).status, 0);
   EXPECT_EQ(world().tunnel({"release"}).status, 0);
   EXPECT_NE(runCommand({"ip", "link", "show", "quillmar0"}).status, 0);
