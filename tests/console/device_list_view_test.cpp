@@ -754,7 +754,7 @@ TEST_F(DashboardPages, stay_under_a_sheet_which_still_covers_the_dashboard) {
   EXPECT_TRUE(screen().showChildDetail());
 }
 
-TEST_F(DashboardPages, count_as_covering_by_where_they_stand_when_they_close) {
+TEST_F(DashboardPages, count_as_covering_if_they_cover_when_they_close) {
   screen().openSettings();
   screen().setPagesBeside(false);
   EXPECT_EQ(app.screenNames().back(), "SettingsView");

@@ -70,7 +70,7 @@ TEST(DoctorsTunnel, the_connection_is_there_and_on_and_its_program_answers) {
   });
 }
 
-TEST(DoctorsTunnel, the_redirection_stands_where_the_tunnel_answers_for_others) {
+TEST(DoctorsTunnel, the_redirection_works_if_the_tunnel_answers_for_others) {
   constexpr auto part = &TunnelFindings::redirection;
   const auto isDead = [](auto& state) { state.atTunnel = Asked::refused; };
   expectAll({

@@ -98,7 +98,7 @@ TEST_F(AddedSitesOnPage, it_goes_by_itself_even_with_the_focus) {
   EXPECT_EQ(undoCalls(), 0U);
 }
 
-TEST_F(AddedSitesOnPage, what_lies_under_it_is_not_pressed_through_it_and_can_be_scrolled_free) {
+TEST_F(AddedSitesOnPage, keeps_presses_from_the_content_below_which_can_be_scrolled_free) {
   allowGames();
   stage.application.screen<ChildDetailView>().selectedTab = ChildDetailTab::realTime;
   stage.settle();

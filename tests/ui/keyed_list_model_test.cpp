@@ -159,7 +159,7 @@ TEST_F(KeyedListModelTest, tells_while_the_rows_of_another_selection_come) {
   EXPECT_FALSE(model.isSelecting());
 }
 
-TEST_F(KeyedListModelTest, what_a_view_gets_is_made_when_it_asks) {
+TEST_F(KeyedListModelTest, a_rows_data_are_created_when_a_view_asks_for_them) {
   int made = 0;
   model.setMaking([&made](const QVariant& data) {
     ++made;

@@ -79,7 +79,7 @@ TEST_F(Tips, stay_in_the_window) {
   EXPECT_TRUE(QRectF(QPointF(), QSizeF(stage.window().size())).contains(place));
 }
 
-TEST_F(Tips, are_none_for_a_word) {
+TEST_F(Tips, a_button_with_a_word_has_none) {
   openSettings(stage);
   stage.pointAt(middleOf(*stage.control("Done")));
   stage.settle();

@@ -44,7 +44,7 @@ TEST(FittedGeometry, is_wholly_on_the_screen_with_most_of_it) {
   EXPECT_EQ(fitted(at({1800, 900}, {800, 600}), twoScreens), at({1920, 424}, {800, 600}));
 }
 
-TEST(FittedGeometry, has_no_place_where_no_screen_is) {
+TEST(FittedGeometry, has_no_place_outside_all_screens) {
   for (const QPoint place : {QPoint(5000, 50), QPoint(-900, 0), QPoint(0, 1080), QPoint(100000, -100000)}) {
     const auto there = fitted(at(place, {800, 600}), twoScreens);
     EXPECT_EQ(there.place, std::nullopt) << place.x();
