@@ -20,6 +20,16 @@ bool hasEncodingError(const CallFacts& call) { return call.rules.judging == Judg
 
 }  // namespace
 
+// Kept for a retry. Its body may hold a password.
+struct NetworkService::KeptRequest {
+  explicit KeptRequest(HttpRequest kept) : request(std::move(kept)) {}
+  KeptRequest(const KeptRequest&) = delete;
+  KeptRequest& operator=(const KeptRequest&) = delete;
+  ~KeptRequest() { request.wipeSecrets(); }
+
+  HttpRequest request;
+};
+
 std::shared_ptr<NetworkService> NetworkService::make(HttpSession& http, SettingsStore& settings, Log& log,
                                                      Dispatch& dispatch, Deployments deployments) {
   return std::make_shared<NetworkService>(Passkey(), http, settings, log, dispatch, std::move(deployments));
@@ -45,7 +55,7 @@ std::optional<std::string> NetworkService::baseURL() const {
 std::string NetworkService::defaultEnrollmentURL() const { return deployments_.australia + "/api/v1"; }
 
 Result<HttpRequest> NetworkService::makeRequest(std::string_view method, const std::string& url,
-                                                std::optional<std::string> body) {
+                                                std::optional<Secret> body) {
   if (!URL::parse(url)) {
     return Error(NetworkError::invalidResponse());
   }
@@ -54,13 +64,13 @@ Result<HttpRequest> NetworkService::makeRequest(std::string_view method, const s
   request.url = url;
   if (body) {
     request.setHeader("Content-Type", "application/json");
-    request.body = std::move(body);
+    request.body = std::move(*body).release();
   }
   return request;
 }
 
 Result<HttpRequest> NetworkService::buildRequest(const CallFacts& call, const std::string& path,
-                                                 std::optional<Result<std::string>> body) const {
+                                                 std::optional<Result<Secret>> body) const {
   auto root = baseURL();
   if (!root && call.rules.root == Root::orDefault) {
     root = defaultEnrollmentURL();
@@ -137,12 +147,18 @@ Result<void> NetworkService::addAuthHeader(HttpRequest& request) const {
 }
 
 void NetworkService::performRequest(HttpRequest request, bool isRetry, Completion<Answer> completion) {
-  HttpRequest authorised = request;
+  perform(std::make_shared<const KeptRequest>(std::move(request)), isRetry, std::move(completion));
+}
+
+void NetworkService::perform(std::shared_ptr<const KeptRequest> kept, bool isRetry,
+                             Completion<Answer> completion) {
+  HttpRequest authorised = kept->request;
   if (const auto header = addAuthHeader(authorised); !header.ok()) {
+    authorised.wipeSecrets();
     completion(header.error());
     return;
   }
-  dataTask(std::move(authorised), [this, request = std::move(request), isRetry,
+  dataTask(std::move(authorised), [this, kept = std::move(kept), isRetry,
                                    completion = std::move(completion)](DataTaskResult result) {
     auto answer = answerOf(std::move(result));
     if (!answer.ok() || answer.value().response.status != 401 || isRetry) {
@@ -150,14 +166,14 @@ void NetworkService::performRequest(HttpRequest request, bool isRetry, Completio
       return;
     }
     log("[NetworkService] Got 401, attempting token refresh...");
-    refreshToken([this, request, completion](const Result<AuthResponse>& refreshed) {
+    refreshToken([this, kept, completion](const Result<AuthResponse>& refreshed) {
       if (!refreshed.ok()) {
         log("[NetworkService] Token refresh failed: ", refreshed.error().localizedDescription());
         completion(Error(NetworkError::unauthorized()));
         return;
       }
       log("[NetworkService] Token refreshed successfully, retrying request...");
-      performRequest(request, true, completion);
+      perform(kept, true, completion);
     });
   });
 }

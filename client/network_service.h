@@ -19,6 +19,7 @@
 #include "foundation/date.h"
 #include "foundation/json.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "platform/http_session.h"
 #include "platform/settings.h"
 
@@ -118,10 +119,11 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
                  Deployments deployments);
 
  private:
-  static std::optional<Result<std::string>> encoded(const NoBody& /*nothing*/) { return std::nullopt; }
+  static std::optional<Result<Secret>> encoded(const NoBody& /*nothing*/) { return std::nullopt; }
   template <Record Body>
-  static std::optional<Result<std::string>> encoded(const Body& body) {
-    return encodeJson(body);
+  static std::optional<Result<Secret>> encoded(const Body& body) {
+    auto json = encodeJson(body);
+    return json.ok() ? Result<Secret>(std::move(json).value()) : Result<Secret>(json.error());
   }
 
   // The steps of a call, from its arguments to its completion.
@@ -140,10 +142,12 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
 
   // The steps that do not depend on the types. The root is checked first, then the URL, then the body.
   Result<HttpRequest> buildRequest(const CallFacts& call, const std::string& path,
-                                   std::optional<Result<std::string>> body) const;
+                                   std::optional<Result<Secret>> body) const;
   static Result<HttpRequest> makeRequest(std::string_view method, const std::string& url,
-                                         std::optional<std::string> body = {});
+                                         std::optional<Secret> body = {});
   void sendRequest(const CallFacts& call, HttpRequest request, Completion<Answer> completion);
+  struct KeptRequest;
+  void perform(std::shared_ptr<const KeptRequest> kept, bool isRetry, Completion<Answer> completion);
   // Runs `handle` only if this service still exists, so `handle` may use `this`.
   void dataTask(HttpRequest request, std::function<void(DataTaskResult)> handle);
   // Whether this call counts the answer as a success.

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-
+#include "foundation/secret.h"
 #include "presentation/bound_input.h"
 #include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
@@ -15,7 +14,7 @@ class DeleteAccountSheet final : public ScreenModel {
  public:
   explicit DeleteAccountSheet(SettingsView& settings);
 
-  BoundInput<std::string> deleteAccountPassword;
+  BoundInput<Secret> deleteAccountPassword;
   // The button is then replaced by a spinner.
   Derived<bool> isDeletingAccount;
 

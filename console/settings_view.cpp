@@ -82,7 +82,7 @@ void SettingsView::startDeletion() {
 
 void SettingsView::handleDeletion(const Result<void>& result) {
   isDeletingAccount = false;
-  deleteAccountPassword = std::string();
+  deleteAccountPassword = Secret();
   if (result.ok()) {
     showDeleteAccountPassword = false;
     session_->logout();

@@ -8,6 +8,7 @@
 #include "console/delete_account_sheet.h"
 #include "family/family_members_view.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "identity/auth_state.h"
 #include "presentation/confirmation.h"
 #include "presentation/key_commands.h"
@@ -42,8 +43,8 @@ class SettingsView final : public ScreenModel {
   // However the sheet is dismissed, the password is cleared; a running request continues.
   Sheet<DeleteAccountSheet> showDeleteAccountPassword{
       *this, "showDeleteAccountPassword", [this] { return std::make_shared<DeleteAccountSheet>(*this); },
-      [this] { deleteAccountPassword = std::string(); }};
-  Input<std::string> deleteAccountPassword{*this, "deleteAccountPassword"};
+      [this] { deleteAccountPassword = Secret(); }};
+  Input<Secret> deleteAccountPassword{*this, "deleteAccountPassword"};
   Published<bool> isDeletingAccount{*this, "isDeletingAccount", false};
   Published<std::string> deleteAccountError{*this, "deleteAccountError"};
   // Shown by this screen, beneath the password sheet.

@@ -73,8 +73,8 @@ JoinFamilyStage JoinFamilyView::computeStage() const {
 }
 
 bool JoinFamilyView::computeCanJoin() const {
-  return !displayName().empty() && !email().empty() && characterCount(password()) >= shortestPassword &&
-         passwordsMatch() && isInvitationValid();
+  return !displayName().empty() && !email().empty() &&
+         characterCount(password().text()) >= shortestPassword && passwordsMatch() && isInvitationValid();
 }
 
 std::optional<std::string> JoinFamilyView::computeWarning() const {

@@ -10,6 +10,7 @@
 #include "family/qr_scanner_view.h"
 #include "foundation/raw_enum.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "presentation/error_alert.h"
 #include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
@@ -32,8 +33,8 @@ class JoinFamilyView final : public ScreenModel {
   // Always upper case; otherwise as typed.
   Input<std::string> inviteCode{*this, "inviteCode"};
   Input<std::string> email{*this, "email"};
-  Input<std::string> password{*this, "password"};
-  Input<std::string> confirmPassword{*this, "confirmPassword"};
+  Input<Secret> password{*this, "password"};
+  Input<Secret> confirmPassword{*this, "confirmPassword"};
   Input<std::string> displayName{*this, "displayName"};
   Published<bool> isValidating{*this, "isValidating", false};
   Published<bool> isJoining{*this, "isJoining", false};

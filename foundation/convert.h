@@ -11,6 +11,7 @@
 
 #include "foundation/raw_enum.h"
 #include "foundation/record.h"
+#include "foundation/secret.h"
 #include "foundation/value.h"
 
 namespace quillmar {
@@ -27,6 +28,7 @@ inline constexpr bool isList<std::vector<T>> = true;
 
 // Milliseconds since 1970.
 inline Value toValue(Date date) { return date.time_since_epoch().count(); }
+inline Value toValue(const Secret& secret) { return secret.text(); }
 
 // What front ends see: a scalar as it is, an enumeration as its raw value, nil as nil, a record as the map of
 // its fields that are not nil.
@@ -72,8 +74,8 @@ std::optional<T> fromValue(const Value& value) {
     return std::nullopt;
   } else if constexpr (std::same_as<T, bool>) {
     return value.boolean() ? std::optional(*value.boolean()) : std::nullopt;
-  } else if constexpr (std::same_as<T, std::string>) {
-    return value.string() ? std::optional(*value.string()) : std::nullopt;
+  } else if constexpr (std::same_as<T, std::string> || std::same_as<T, Secret>) {
+    return value.string() ? std::optional<T>(*value.string()) : std::nullopt;
   } else if constexpr (RawEnum<T>) {
     return value.string() ? fromRawValue<T>(*value.string()) : std::nullopt;
   } else if constexpr (std::integral<T>) {

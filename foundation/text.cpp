@@ -203,6 +203,12 @@ std::vector<char32_t> codePoints(std::string_view text) {
   return points;
 }
 
+bool anyCodePoint(std::string_view text, bool (*accepts)(char32_t)) {
+  const auto acceptsByte = [accepts](char c) { return accepts(static_cast<unsigned char>(c)); };
+  return isAscii(text) ? std::ranges::any_of(text, acceptsByte)
+                       : std::ranges::any_of(codePoints(text), accepts);
+}
+
 std::string fromCodePoints(const std::vector<char32_t>& points) {
   const std::vector<UChar32> units(points.begin(), points.end());
   return utf8(icu::UnicodeString::fromUTF32(units.data(), static_cast<std::int32_t>(units.size())));

@@ -32,6 +32,8 @@ bool isUppercase(char32_t c);     // Lu, Lt
 bool isLowercase(char32_t c);     // Ll
 
 std::vector<char32_t> codePoints(std::string_view text);
+// Makes no copy of an ASCII text, which may be a password.
+bool anyCodePoint(std::string_view text, bool (*accepts)(char32_t));
 std::string fromCodePoints(const std::vector<char32_t>& points);
 
 std::string trimmed(std::string_view text);

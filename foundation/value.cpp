@@ -1,13 +1,41 @@
 #include "foundation/value.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <utility>
 
 namespace quillmar {
 namespace {
 
-void writeString(std::string_view text, std::string& out) {
+// Grows without leaving a copy of what it holds behind, which may be a password.
+class Output {
+ public:
+  void operator+=(std::string_view text) {
+    makeRoom(text.size());
+    text_ += text;
+  }
+  void operator+=(char c) { *this += std::string_view(&c, 1); }
+
+  std::string take() { return std::move(text_); }
+
+ private:
+  void makeRoom(std::size_t more) {
+    if (text_.capacity() - text_.size() >= more) {
+      return;
+    }
+    std::string larger;
+    larger.reserve(std::max(text_.size() + more, 2 * text_.capacity()));
+    larger = text_;
+    wipe(text_);
+    text_ = std::move(larger);
+  }
+
+  std::string text_;
+};
+
+void writeString(std::string_view text, Output& out) {
   static constexpr std::string_view hex = "0123456789abcdef";
   out += '"';
   for (const char c : text) {
@@ -53,13 +81,13 @@ std::string_view written(Number number, std::array<char, 32>& buffer) {
   return {buffer.data(), static_cast<std::size_t>(end - buffer.data())};
 }
 
-void writeInteger(std::int64_t number, std::string& out) {
+void writeInteger(std::int64_t number, Output& out) {
   std::array<char, 32> buffer{};
   out += written(number, buffer);
 }
 
 // A fraction or an exponent keeps it from being read back as an integer.
-void writeReal(double number, std::string& out) {
+void writeReal(double number, Output& out) {
   std::array<char, 32> buffer{};
   const auto digits = written(number, buffer);
   out += digits;
@@ -67,7 +95,7 @@ void writeReal(double number, std::string& out) {
 }
 
 struct Writer {
-  std::string& out;
+  Output& out;
 
   void operator()(std::monostate) const { out += "null"; }
   void operator()(bool value) const { out += value ? "true" : "false"; }
@@ -114,9 +142,9 @@ const Value* Value::find(std::string_view key) const {
 }
 
 std::string writeJson(const Value& value) {
-  std::string text;
-  value.visit(Writer{text});
-  return text;
+  Output out;
+  value.visit(Writer{out});
+  return out.take();
 }
 
 }  // namespace quillmar

@@ -10,10 +10,12 @@
 #include <vector>
 
 #include "foundation/date.h"
+#include "foundation/wipe.h"
 
 namespace quillmar {
 
-// A member or a record as front ends, the driver and the JSON writer see it. Maps keep insertion order.
+// A member or a record as front ends, the driver and the JSON writer see it. Maps keep insertion order. A
+// text is wiped when it is freed, since it may be a password.
 class Value {
  public:
   using List = std::vector<Value>;
@@ -30,6 +32,14 @@ class Value {
   Value(Map value) : held_(std::move(value)) {}
   template <std::integral T>
   requires(!std::same_as<T, bool>) Value(T value) : held_(static_cast<std::int64_t>(value)) {}
+  Value(const Value&) = default;
+  Value(Value&& other) noexcept = default;
+  Value& operator=(Value other) noexcept {
+    wipeText();
+    held_ = std::move(other.held_);
+    return *this;
+  }
+  ~Value() { wipeText(); }
 
   bool isNil() const { return std::holds_alternative<std::monostate>(held_); }
   const bool* boolean() const { return std::get_if<bool>(&held_); }
@@ -50,6 +60,12 @@ class Value {
   friend bool operator==(const Value& one, const Value& other) { return one.held_ == other.held_; }
 
  private:
+  void wipeText() {
+    if (auto* const text = std::get_if<std::string>(&held_)) {
+      wipe(*text);
+    }
+  }
+
   std::variant<std::monostate, bool, std::int64_t, double, std::string, List, Map> held_;
 };
 

@@ -5,6 +5,7 @@
 
 #include "client/network_service.h"
 #include "client/records/account.h"
+#include "foundation/secret.h"
 #include "foundation/text.h"
 #include "identity/initials.h"
 #include "platform/hop.h"
@@ -27,8 +28,8 @@ AuthState::AuthState(SettingsStore& settings, Dispatch& dispatch, Log& log,
 }
 
 void AuthState::loadState() {
-  const auto token = settings_.read(settings::authToken);
-  if (!token || token->empty()) {
+  const Secret token(settings_.read(settings::authToken).value_or(""));
+  if (token.empty()) {
     log_.print("[AuthState] loadState - no token found, isLoggedIn: false");
     return;
   }
@@ -38,7 +39,7 @@ void AuthState::loadState() {
   name = settings_.read(settings::parentName).value_or("");
   familyId = settings_.read(settings::familyId).value_or("");
   tokenSavedAt_ = settings_.read(settings::authTokenTimestamp);
-  log_.print("[AuthState] loadState - token found, length: " + std::to_string(characterCount(*token)) +
+  log_.print("[AuthState] loadState - token found, length: " + std::to_string(characterCount(token.text())) +
              ", isLoggedIn: true");
   refreshTokenIfNeeded();
 }
@@ -65,7 +66,7 @@ void AuthState::saveLogin(const AuthResponse& response) {
   settings_.write(settings::authTokenTimestamp, *tokenSavedAt_);
   settings_.synchronize();
   log_.print("[AuthState] saveLogin - token saved, length: " +
-             std::to_string(characterCount(response.token)));
+             std::to_string(characterCount(response.token.text())));
 }
 
 void AuthState::login(const std::string& token, const std::string& newParentId, const std::string& newEmail,

@@ -7,6 +7,7 @@
 
 #include "foundation/observable.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "identity/biometric_error.h"
 #include "identity/keychain_service.h"
 #include "platform/biometric_check.h"
@@ -22,7 +23,7 @@ inline constexpr std::array rawNames<BiometricType> = rawCases<BiometricType>(
 
 struct SavedCredentials {
   std::string email;
-  std::string password;
+  Secret password;
   friend bool operator==(const SavedCredentials&, const SavedCredentials&) = default;
 };
 

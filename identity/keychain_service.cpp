@@ -14,11 +14,13 @@ bool KeychainService::save(std::string_view key, std::string_view value) const {
   return items_.add(serviceName, key, value) == SecureItemStatus::success;
 }
 
-std::optional<std::string> KeychainService::load(std::string_view key) const {
+std::optional<Secret> KeychainService::load(std::string_view key) const {
   auto found = items_.copyMatching(serviceName, key);
-  const bool isText =
-      found.status == SecureItemStatus::success && found.bytes.has_value() && isValidUtf8(*found.bytes);
-  return isText ? std::move(found.bytes) : std::nullopt;
+  if (found.status != SecureItemStatus::success || !found.bytes) {
+    return std::nullopt;
+  }
+  Secret item(*std::move(found.bytes));
+  return isValidUtf8(item.text()) ? std::optional(std::move(item)) : std::nullopt;
 }
 
 bool KeychainService::deleteItem(std::string_view key) const {

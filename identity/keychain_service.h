@@ -1,9 +1,9 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
+#include "foundation/secret.h"
 #include "platform/secure_item_store.h"
 
 namespace quillmar {
@@ -21,7 +21,7 @@ class KeychainService {
   // Replaces an existing item. False if the item was not stored; a value that is not UTF-8 changes nothing.
   bool save(std::string_view key, std::string_view value) const;
   // nullopt if the item is missing or can't be read.
-  std::optional<std::string> load(std::string_view key) const;
+  std::optional<Secret> load(std::string_view key) const;
   // True if the item no longer exists, even if it never did.
   bool deleteItem(std::string_view key) const;
 

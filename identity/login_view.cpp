@@ -88,7 +88,7 @@ void LoginView::handleSignIn(const Result<AuthResponse>& result) {
 void LoginView::rememberOrForget() {
   if (rememberMe()) {
     keychain_->save(emailKey, email());
-    keychain_->save(passwordKey, password());
+    keychain_->save(passwordKey, password().text());
   } else {
     keychain_->deleteItem(emailKey);
     keychain_->deleteItem(passwordKey);

@@ -7,6 +7,7 @@
 #include "app/session/environment.h"
 #include "client/records/account.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "identity/auth_state.h"
 #include "identity/biometric_auth_manager.h"
 #include "identity/keychain_service.h"
@@ -26,7 +27,7 @@ class LoginView final : public ScreenModel {
   LoginView(Environment& environment, MakeJoinFamily makeJoinFamily);
 
   Input<std::string> email{*this, "email"};
-  Input<std::string> password{*this, "password"};
+  Input<Secret> password{*this, "password"};
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
   Sheet<RegisterView> showRegister{*this, "showRegister",

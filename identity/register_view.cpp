@@ -1,6 +1,5 @@
 #include "identity/register_view.h"
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string_view>
@@ -38,12 +37,11 @@ bool isSymbolOrPunctuation(char32_t c) { return isSymbol(c) || isPunctuation(c);
 
 }  // namespace
 
-int passwordStrength(const std::string& password) {
+int passwordStrength(std::string_view password) {
   const auto length = characterCount(password);
-  const auto points = codePoints(password);
   return static_cast<int>(length >= shortestPassword) + static_cast<int>(length >= longPassword) +
-         static_cast<int>(std::ranges::any_of(points, isDecimalDigit)) +
-         static_cast<int>(std::ranges::any_of(points, isSymbolOrPunctuation));
+         static_cast<int>(anyCodePoint(password, isDecimalDigit)) +
+         static_cast<int>(anyCodePoint(password, isSymbolOrPunctuation));
 }
 
 RegisterView::RegisterView(Environment& environment)
@@ -57,7 +55,7 @@ void RegisterView::onAppear() {
 
 bool RegisterView::computeIsFormValid() const {
   return !name().empty() && email().find('@') != std::string::npos &&
-         characterCount(phone()) >= shortestPhone && characterCount(password()) >= shortestPassword &&
+         characterCount(phone()) >= shortestPhone && characterCount(password().text()) >= shortestPassword &&
          password() == confirmPassword();
 }
 

@@ -2,12 +2,14 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/session/environment.h"
 #include "client/records/account.h"
 #include "foundation/record.h"
 #include "foundation/result.h"
+#include "foundation/secret.h"
 #include "presentation/error_alert.h"
 #include "presentation/key_commands.h"
 #include "presentation/screen_model.h"
@@ -24,7 +26,7 @@ inline constexpr auto wire<StrengthBar> = record(required("color", &StrengthBar:
                                                  required("opacity", &StrengthBar::opacity));
 
 // From 0 to 4: one point each for 6 characters, 8 characters, a digit, and a symbol or punctuation mark.
-int passwordStrength(const std::string& password);
+int passwordStrength(std::string_view password);
 
 // Registers a parent, which also signs in. The login is not remembered.
 class RegisterView final : public ScreenModel {
@@ -34,8 +36,8 @@ class RegisterView final : public ScreenModel {
   Input<std::string> name{*this, "name"};
   Input<std::string> email{*this, "email"};
   Input<std::string> phone{*this, "phone"};
-  Input<std::string> password{*this, "password"};
-  Input<std::string> confirmPassword{*this, "confirmPassword"};
+  Input<Secret> password{*this, "password"};
+  Input<Secret> confirmPassword{*this, "confirmPassword"};
   Published<bool> isLoading{*this, "isLoading", false};
   ErrorAlert errorAlert{*this};
   // The entry animation.
@@ -46,7 +48,7 @@ class RegisterView final : public ScreenModel {
   Published<double> formOffset{*this, "formOffset", entryOffset};
 
   Derived<bool> isFormValid{*this, "isFormValid", [this] { return computeIsFormValid(); }};
-  Derived<int> strength{*this, "strength", [this] { return passwordStrength(password()); }};
+  Derived<int> strength{*this, "strength", [this] { return passwordStrength(password().text()); }};
   Derived<bool> showsStrength{*this, "showsStrength", [this] { return !password().empty(); }};
   Derived<std::string> strengthLabel{*this, "strengthLabel", [this] { return computeStrengthLabel(); }};
   Derived<std::string> strengthColor{*this, "strengthColor", [this] { return computeStrengthColor(); }};

@@ -110,6 +110,7 @@ void ScriptedHttpSession::State::run(Pending pending, std::optional<DataTaskResu
   if (alter && result->data) {
     result->data = alter(*result->data);
   }
+  pending.request.wipeSecrets();
   pending.completion(std::move(*result));
 }
 

@@ -4,12 +4,13 @@
 #include <string>
 
 #include "foundation/record.h"
+#include "foundation/secret.h"
 
 namespace quillmar {
 
 struct RegisterRequest {
   std::string email;
-  std::string password;
+  Secret password;
   std::string phone;
   std::string name;
   std::optional<std::string> region;  // raw value of Region
@@ -24,7 +25,7 @@ inline constexpr auto wire<RegisterRequest> = record(required("email", &Register
 
 struct LoginRequest {
   std::string email;
-  std::string password;
+  Secret password;
 };
 
 template <>
@@ -32,7 +33,7 @@ inline constexpr auto wire<LoginRequest> = record(required("email", &LoginReques
                                                   required("password", &LoginRequest::password));
 
 struct DeleteAccountRequest {
-  std::string password;
+  Secret password;
 };
 
 template <>
@@ -41,7 +42,7 @@ inline constexpr auto wire<DeleteAccountRequest> = record(required("password",
 
 // The answer of registration, login and refresh; a refresh includes the account too.
 struct AuthResponse {
-  std::string token;
+  Secret token;
   std::string parentId;
   std::string email;
   std::optional<std::string> phone;

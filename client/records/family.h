@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "foundation/record.h"
+#include "foundation/secret.h"
 
 namespace quillmar {
 
@@ -123,7 +124,7 @@ inline constexpr auto wire<ValidateInviteResponse> =
 struct JoinFamilyRequest {
   std::string inviteCode;
   std::string email;
-  std::string password;
+  Secret password;
   std::string displayName;
 };
 
@@ -135,7 +136,7 @@ inline constexpr auto wire<JoinFamilyRequest> =
 
 struct JoinFamilyResponse {
   std::string message;
-  std::string token;  // of the new session: joining also signs in
+  Secret token;  // of the new session: joining also signs in
   std::string parentId;
   std::string familyId;
   std::string familyName;

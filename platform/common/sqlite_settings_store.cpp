@@ -175,7 +175,10 @@ class SqliteSettingsStore::Impl {
 
   Impl(const Impl&) = delete;
   Impl& operator=(const Impl&) = delete;
-  ~Impl() { saveUnsaved(); }
+  ~Impl() {
+    saveUnsaved();
+    wipeCached();
+  }
 
   bool isReadable() const { return isReadable_; }
 
@@ -209,6 +212,7 @@ class SqliteSettingsStore::Impl {
     refresh();
     const auto known = cached_.find(key);
     if (known != cached_.end() && known->second == value && !isUnsaved(key)) {
+      wipeValue(value);
       return;
     }
     if (known != cached_.end()) {
@@ -273,6 +277,10 @@ class SqliteSettingsStore::Impl {
     }
   }
 
+  void wipeCached() {
+    std::ranges::for_each(cached_, [](auto& known) { wipeValue(known.second); });
+  }
+
   // Retried, because a full disk may have space again.
   void saveUnsaved() {
     if (!unsaved_.empty()) {
@@ -319,7 +327,7 @@ class SqliteSettingsStore::Impl {
         read.values.insert(*own);
       }
     }
-    std::ranges::for_each(cached_, [](auto& known) { wipeValue(known.second); });
+    wipeCached();
     cached_ = std::move(read.values);
     seenVersion_ = version;
     return SQLITE_OK;

@@ -217,7 +217,7 @@ TEST_F(Joining, each_rule_alone_disables_the_button) {
   validate();
   EXPECT_TRUE(screen().join.isEnabled());
   struct Row {
-    Input<std::string>& field;
+    Member& field;
     std::string bad;
   };
   for (const auto& row : std::vector<Row>{{screen().displayName, ""},
@@ -225,11 +225,11 @@ TEST_F(Joining, each_rule_alone_disables_the_button) {
                                           {screen().password, "secre"},
                                           {screen().confirmPassword, "Secret"},
                                           {screen().confirmPassword, ""}}) {
-    const std::string good = row.field();
-    row.field = row.bad;
+    const Value good = row.field.value();
+    EXPECT_TRUE(row.field.input(row.bad));
     EXPECT_FALSE(screen().canJoin()) << row.field.name() << ": " << row.bad;
     EXPECT_FALSE(screen().join());
-    row.field = good;
+    EXPECT_TRUE(row.field.input(good));
   }
   screen().email = std::string("no at sign");
   screen().displayName = std::string("👨‍👩‍👧👨‍👩‍👧👨‍👩‍👧");

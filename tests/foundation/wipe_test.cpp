@@ -1,58 +1,44 @@
 #include "foundation/wipe.h"
 
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <new>
+#include <functional>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include "foundation/convert.h"
+#include "foundation/json.h"
+#include "foundation/observable.h"
+#include "foundation/secret.h"
 #include "platform/http_session.h"
-
-namespace {
-
-constexpr std::string_view secret = "correct-horse-battery-staple";
-bool isWatching = false;
-int secretsFreed = 0;
-
-void look(void* block) {
-  const std::string_view bytes(static_cast<const char*>(block), malloc_usable_size(block));
-  secretsFreed += bytes.find(secret) != std::string_view::npos ? 1 : 0;
-}
-
-void release(void* block) {
-  if (isWatching && block) {
-    look(block);
-  }
-  std::free(block);
-}
-
-}  // namespace
-
-// All of the forms that end in the two deletes below, because sanitizers define each one.
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
-void* operator new(std::size_t size) {
-  if (void* block = std::malloc(size)) {
-    return block;
-  }
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept { release(block); }
-void operator delete(void* block, std::size_t /*size*/) noexcept { release(block); }
+#include "testing/freed_memory.h"
 
 namespace quillmar {
 namespace {
 
-int secretsFreedBy(const auto& work) {
-  secretsFreed = 0;
-  isWatching = true;
-  work();
-  isWatching = false;
-  return secretsFreed;
-}
+constexpr std::string_view secret = "correct-horse-battery-staple";
+// Fits into a std::string itself, which then allocates nothing.
+constexpr std::string_view shortSecret = "hunter2";
+
+int secretsFreedBy(const std::function<void()>& work) { return freedBlocksWith(secret, work); }
+
+struct SignIn {
+  std::string name;
+  Secret password;
+};
+
+}  // namespace
+
+template <>
+inline constexpr auto wire<SignIn> = record(required("name", &SignIn::name),
+                                            required("password", &SignIn::password));
+
+namespace {
 
 TEST(Wipe, overwrites_a_text_up_to_the_end_of_its_buffer) {
   std::string text(secret);
@@ -85,6 +71,59 @@ TEST(Wipe, of_a_request_covers_headers_and_body) {
               request.wipeSecrets();
             }),
             0);
+}
+
+TEST(Wipe, of_a_secret_that_is_copied_moved_replaced_and_destroyed) {
+  EXPECT_EQ(secretsFreedBy([] {
+              Secret one{std::string(secret)};
+              Secret other = one;
+              one = Secret("another");
+              one = std::move(other);
+              std::vector<Secret> some(3, one);
+              some.resize(100);
+              one = Secret("something that is longer than the secret that it replaces");
+              other = some.front();
+            }),
+            0);
+}
+
+TEST(Wipe, of_a_short_secret_covers_the_object_that_holds_it) {
+  const auto freeOne = [](auto make) { return freedBlocksWith(shortSecret, [&] { make(); }); };
+  EXPECT_EQ(freeOne([] { return std::make_unique<std::string>(shortSecret); }), 1)
+      << "otherwise nothing is looked for";
+  EXPECT_EQ(freeOne([] { return std::make_unique<Secret>(std::string(shortSecret)); }), 0);
+  EXPECT_EQ(freeOne([] {
+              const auto moved = std::make_unique<Secret>(std::string(shortSecret));
+              return std::make_unique<Secret>(std::move(*moved));
+            }),
+            0);
+}
+
+TEST(Wipe, of_a_typed_text_covers_each_value_on_its_way) {
+  struct Form : ObservableObject {
+    Form() : ObservableObject("Form") {}
+    Input<Secret> password{*this, "password"};
+  };
+  const std::vector<std::string> typed{std::string(secret), std::string(secret) + "!"};
+  EXPECT_EQ(secretsFreedBy([&] {
+              const auto form = std::make_shared<Form>();
+              Value shown;
+              for (const std::string& text : typed) {
+                EXPECT_TRUE(form->password.input(text));
+                shown = form->password.value();
+              }
+              shown = Value::List{shown, "beside"};
+            }),
+            0);
+}
+
+TEST(Wipe, of_a_record_covers_the_json_that_is_written_of_it) {
+  std::string document;
+  EXPECT_EQ(secretsFreedBy([&] {
+              document = encodeJson(SignIn{std::string(500, 'x'), std::string(secret)}).value();
+            }),
+            0);
+  EXPECT_NE(document.find(secret), std::string::npos);
 }
 
 }  // namespace

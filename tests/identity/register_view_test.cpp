@@ -43,9 +43,9 @@ struct Registration : testing::Test {
 };
 
 TEST_F(Registration, begins_empty_with_the_button_disabled) {
-  for (const auto* field :
-       {&screen().name, &screen().email, &screen().phone, &screen().password, &screen().confirmPassword}) {
-    EXPECT_EQ((*field)(), "") << field->name();
+  for (const Member* field : std::initializer_list<const Member*>{
+           &screen().name, &screen().email, &screen().phone, &screen().password, &screen().confirmPassword}) {
+    EXPECT_EQ(field->value(), Value("")) << field->name();
   }
   EXPECT_FALSE(screen().isLoading());
   EXPECT_FALSE(screen().errorAlert.isShown());
@@ -70,7 +70,7 @@ TEST_F(Registration, each_rule_alone_disables_the_button) {
   fill();
   EXPECT_TRUE(screen().createAccount.isEnabled());
   struct Row {
-    Input<std::string>& field;
+    Member& field;
     std::string bad;
   };
   for (const auto& row :
@@ -84,11 +84,11 @@ TEST_F(Registration, each_rule_alone_disables_the_button) {
                         {screen().confirmPassword, ""},
                         {screen().confirmPassword, "Secret"},
                         {screen().confirmPassword, "secret "}}) {
-    const std::string good = row.field();
-    row.field = row.bad;
+    const Value good = row.field.value();
+    EXPECT_TRUE(row.field.input(row.bad));
     EXPECT_FALSE(screen().isFormValid()) << row.field.name() << ": " << row.bad;
     EXPECT_FALSE(screen().createAccount.isEnabled());
-    row.field = good;
+    EXPECT_TRUE(row.field.input(good));
   }
   EXPECT_TRUE(screen().isFormValid());
 }
