@@ -363,6 +363,39 @@ TEST_F(SqliteSettingsStoreTest, a_first_start_that_was_killed_is_repeated) {
   EXPECT_THAT(log.printed(), IsEmpty());
 }
 
+// A parent who signed in, and a child who was enrolled, with the programs of 0.1.0 and a stand-in service.
+TEST_F(SqliteSettingsStoreTest, what_the_first_release_wrote_is_read_and_kept) {
+  const auto settingsOf = [&](const std::string& role) {
+    fs::copy_file(fs::path(QUILLMAR_PLATFORM_DATA) / ("settings-0.1.0-" + role + ".db"), file(),
+                  fs::copy_options::overwrite_existing);
+    open().set("later", true);
+    return open().all();
+  };
+  const auto text = [](const char* value) { return SettingValue(std::string(value)); };
+  EXPECT_EQ(settingsOf("parent"),
+            (std::map<std::string, SettingValue>{
+                {"authToken", text("3c84fb971cc6758a39e094eba5317a2926d995795ff3339f34c926c36067bc60")},
+                {"authTokenTimestamp", Date{Duration{1795344296700}}},
+                {"com.quillmar.deviceRole", text("parent")},
+                {"com.quillmar.region", text("singapore")},
+                {"later", true},
+                {"parentEmail", text("ann@example.com")},
+                {"parentId", text("46187763-0224-422e-bf6f-163f5a902c55")},
+                {"parentName", text("Ann Fielding")}}));
+  EXPECT_EQ(
+      settingsOf("child"),
+      (std::map<std::string, SettingValue>{
+          {"child_deviceID", text("3dfb1b8a-920f-4ca2-bddb-a0cd4d5b244f")},
+          {"child_dohBaseUrl", text("https://127.0.0.1:40717/dns-query")},
+          {"child_dohEndpoint", text("https://127.0.0.1:40717/dns-query/"
+                                     "c3602c44e44895a2bcd2fb767050327f0f6524f0cee6e9b61edeefdbe8560b79")},
+          {"child_isEnrolled", true},
+          {"com.quillmar.apiBaseURL", text("https://127.0.0.1:40717")},
+          {"com.quillmar.deviceRole", text("child")},
+          {"later", true}}));
+  EXPECT_THAT(filesSetAside(), IsEmpty());
+}
+
 TEST_F(SqliteSettingsStoreTest, a_value_of_an_unknown_kind_is_skipped) {
   fill();
   sqlite3* other = nullptr;
