@@ -2,6 +2,7 @@
 
 #include <boost/asio/error.hpp>
 #include <boost/asio/posix/stream_descriptor.hpp>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -34,9 +36,8 @@ using namespace quillmar::tunnel;
 // The command with which the service starts its worker. It is not for users.
 constexpr const char* workersCommand = "worker";
 
-void write(const std::string& text) {
-  std::fputs(text.c_str(), stdout);
-  std::fflush(stdout);
+bool write(const std::string& text) {
+  return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
 }
 
 void tell(const std::string& line) { write(line + '\n'); }
@@ -203,8 +204,10 @@ ExitStatus run(const std::vector<std::string>& words) {
     if (parsed.status != ExitStatus::done) {
       return complain(parsed.text, parsed.status);
     }
-    write(parsed.text);
-    return ExitStatus::done;
+    return write(parsed.text)
+               ? ExitStatus::done
+               : complain("The output can't be written: " + std::generic_category().message(errno) + '.',
+                          ExitStatus::failed);
   }
   return perform(*parsed.options);
 }
@@ -216,5 +219,6 @@ int main(int count, char** words) {
   if (said == std::vector<std::string>{workersCommand} && isWorkersProcess()) {
     std::_Exit(runWorker());
   }
+  quillmar::command_line::holdStandardStreams();
   return static_cast<int>(run(said));
 }

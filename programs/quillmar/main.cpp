@@ -2,9 +2,9 @@
 #include <QQuickWindow>
 #include <QTextStream>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <variant>
@@ -196,17 +196,20 @@ bool canTrust(const Options& options) {
   return !problem;
 }
 
-int runDoctor(const Options& options, int count, char** arguments) {
+int runDoctor(Options options, int count, char** arguments) {
   const QCoreApplication application(count, arguments);  // applicationDirPath needs it
   quillmar::LibsecretItemStore keyring;
+  std::ostringstream report;
   const bool isFit =
       quillmar::doctor::examineMachine({.dataDirectory = options.dataDirectory,
                                         .service = options.service,
                                         .caFile = options.caFile,
                                         .keyring = &keyring,
                                         .cameraModule = quillmar::ui::cameraModule().toStdString()},
-                                       std::cout);
-  return isFit && std::cout.flush() ? 0 : 1;
+                                       report);
+  const int said = quillmar::command_line::say(programFor(options),
+                                               {quillmar::command_line::Answer::Reason::asked, report.str()});
+  return isFit ? said : 1;
 }
 
 int showWindow(Options options, int count, char** arguments) {

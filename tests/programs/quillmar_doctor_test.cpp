@@ -51,6 +51,15 @@ TEST_F(QuillmarDoctor, fails_if_the_service_is_not_trusted) {
   EXPECT_THAT(result.output, HasSubstr("MISSING   Service: "));
 }
 
+TEST_F(QuillmarDoctor, reports_an_output_that_can_not_be_written) {
+  for (const std::string output : {">/dev/full", ">&-"}) {
+    const auto result = runCommand(
+        {"sh", "-c", "exec " QUILLMAR_PROGRAM " doctor --data-dir \"$1\" " + output, "sh", data.string()});
+    EXPECT_EQ(result.status, 1) << output;
+    EXPECT_THAT(result.errors, HasSubstr("quillmar: The output can't be written: ")) << output;
+  }
+}
+
 TEST_F(QuillmarDoctor, ends_with_the_status_that_the_manual_states) {
   std::ifstream file(QUILLMAR_PROGRAM_MANUAL);
   const std::string manual{std::istreambuf_iterator<char>(file), {}};

@@ -181,6 +181,14 @@ TEST_F(TunnelProgram, says_that_the_endpoints_address_is_not_found) {
   EXPECT_EQ(program->end(SIGTERM), 0);
 }
 
+TEST_F(TunnelProgram, says_that_its_answer_can_not_be_written) {
+  for (const std::string words : {"--help >/dev/full", "--version >&-", "serve --help >&-"}) {
+    const auto result = runCommand({"sh", "-c", "exec " QUILLMAR_TUNNEL " " + words});
+    EXPECT_EQ(result.status, 1) << words;
+    EXPECT_THAT(result.errors, StartsWith("quillmar-tunnel: The output can't be written: ")) << words;
+  }
+}
+
 TEST_F(TunnelProgram, says_why_it_does_not_start) {
   const auto run = [](const Words& more) {
     Words words{QUILLMAR_TUNNEL};
