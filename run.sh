@@ -64,6 +64,12 @@ build_targets() {
 work=$(mktemp -d)
 clean_up() { rm -rf "$work"; }
 
+# Root often has none. Qt would then say so, and leave one in /tmp.
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+  export XDG_RUNTIME_DIR=$work/runtime
+  mkdir -m 700 "$XDG_RUNTIME_DIR"
+fi
+
 start_service() {
   local addresses line
   mkfifo "$work/addresses"

@@ -1,12 +1,15 @@
 #include "programs/quillmar/window_application.h"
 
 #include <QByteArrayView>
+#include <QFile>
 #include <QString>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace quillmar {
@@ -18,11 +21,29 @@ struct Said {
   std::mutex mutex;
   std::vector<QString> lines;
   QString problemWithDisplay;
+  // Where Qt looks for a display's socket, if the session has no such folder. Qt would make one in /tmp, say
+  // so and leave it.
+  std::optional<QTemporaryDir> runtimeFolder;
 };
 
 Said& said() {
   static Said all;
   return all;
+}
+
+constexpr const char* runtimeFolderName = "XDG_RUNTIME_DIR";
+
+void lendRuntimeFolder() {
+  if (qEnvironmentVariableIsEmpty(runtimeFolderName)) {
+    qputenv(runtimeFolderName, QFile::encodeName(said().runtimeFolder.emplace().path()));
+  }
+}
+
+void takeRuntimeFolderBack() {
+  if (said().runtimeFolder) {
+    qunsetenv(runtimeFolderName);
+    said().runtimeFolder.reset();
+  }
 }
 
 bool namesDisplay() {
@@ -34,6 +55,7 @@ bool namesDisplay() {
   QTextStream(stderr) << "quillmar: No window can be shown here: "
                       << (namesDisplay() ? reason.trimmed() : QStringLiteral("there is no display"))
                       << "; quillmar-agent protects a child's device without one.\n";
+  takeRuntimeFolderBack();
   std::_Exit(EXIT_FAILURE);
 }
 
@@ -52,9 +74,11 @@ void keep(QtMsgType type, const QMessageLogContext& context, const QString& text
 }  // namespace
 
 std::unique_ptr<QGuiApplication> makeWindowApplication(int& count, char** arguments) {
+  lendRuntimeFolder();
   const auto usual = qInstallMessageHandler(keep);
   auto application = std::make_unique<QGuiApplication>(count, arguments);
   qInstallMessageHandler(usual);
+  takeRuntimeFolderBack();
   const std::scoped_lock lock(said().mutex);
   for (const QString& line : said().lines) {
     QTextStream(stderr) << line << '\n';

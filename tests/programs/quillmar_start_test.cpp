@@ -80,6 +80,23 @@ TEST_F(QuillmarWithoutDisplay, reports_that_without_a_runtime_directory_too) {
   expectOneSentence(run({"--data-dir", data.string()}, {"XDG_RUNTIME_DIR="}), "there is no display");
 }
 
+// As root often is.
+TEST_F(QuillmarWithoutDisplay, needs_no_runtime_directory_and_leaves_none) {
+  const std::filesystem::path temporary = session.home() / "tmp";
+  std::filesystem::create_directory(temporary);
+  const Words untilItSpeaks{"bash", "-c",
+                            R"(coproc "$@"; read -r line <&"${COPROC[0]}"; kill "$COPROC_PID"; wait)", "sh"};
+  for (const auto* platform : {"offscreen", "crayon"}) {
+    const auto result = runCommand(session.running(
+        untilItSpeaks + Words{QUILLMAR_PROGRAM, "--data-dir", data.string()},
+        {"XDG_RUNTIME_DIR=", "TMPDIR=" + temporary.string(), std::string("QT_QPA_PLATFORM=") + platform}));
+    EXPECT_THAT(result.errors, testing::Not(HasSubstr("QStandardPaths"))) << platform;
+    EXPECT_EQ(std::filesystem::exists(data), platform == std::string("offscreen"));
+    EXPECT_TRUE(std::filesystem::is_empty(temporary)) << platform;
+    std::filesystem::remove_all(data);
+  }
+}
+
 TEST_F(QuillmarWithoutDisplay, names_a_display_that_does_not_answer) {
   expectOneSentence(run({"--data-dir", data.string()}, {"DISPLAY=:987"}),
                     "could not connect to display :987");
