@@ -56,8 +56,16 @@ FileDescriptor waitFor(const fs::path& path, const std::stop_token& unwanted) {
 
 }  // namespace
 
+InstanceLock::Attempt InstanceLock::attempt(const fs::path& directory, std::string_view name) {
+  FileDescriptor file = openLockFile(directory / name);
+  if (!file) {
+    return {.lock = {}, .obstacle = std::error_code(errno, std::generic_category())};
+  }
+  return {.lock = receive(std::move(file), directory, name), .obstacle = {}};
+}
+
 std::optional<InstanceLock> InstanceLock::acquire(const fs::path& directory, std::string_view name) {
-  return receive(openLockFile(directory / name), directory, name);
+  return attempt(directory, name).lock;
 }
 
 std::error_code InstanceLock::obstacle(const fs::path& directory, std::string_view name) {

@@ -20,6 +20,8 @@ class InstanceLock {
   // The holder does the work of the installation in the directory.
   static constexpr std::string_view work = "instance.lock";
 
+  struct Attempt;
+  static Attempt attempt(const std::filesystem::path& directory, std::string_view name = work);
   // nullopt if another process holds it or it can't be created.
   static std::optional<InstanceLock> acquire(const std::filesystem::path& directory,
                                              std::string_view name = work);
@@ -44,6 +46,16 @@ class InstanceLock {
   explicit InstanceLock(FileDescriptor file) : file_(std::move(file)) {}
 
   FileDescriptor file_;
+};
+
+// The result of one look: a second one may find another state of the disk.
+struct InstanceLock::Attempt {
+  std::optional<InstanceLock> lock;
+  // What keeps every process from creating it.
+  std::error_code obstacle;
+
+  // Whether another process holds it.
+  bool isElsewhere() const { return !lock && !obstacle; }
 };
 
 }  // namespace quillmar

@@ -75,8 +75,8 @@ std::optional<ControlReply> carryOut(const Options& options, Operation operation
     return ControlReply{.device = control::DeviceStatus{.role = std::string(rawValue(DeviceRole::unset))}};
   }
   // `status` only reads, so it may run beside another process.
-  const auto lock = InstanceLock::acquire(options.dataDirectory);
-  const bool isHeld = !lock && !InstanceLock::obstacle(options.dataDirectory);
+  const auto attempt = InstanceLock::attempt(options.dataDirectory);
+  const bool isHeld = attempt.isElsewhere();
   if (isHeld && operation != Operation::status) {
     return std::nullopt;
   }

@@ -233,8 +233,11 @@ ExitStatus enroll(const Options& options) {
     return options.startsWithSession ? protect(options) : ExitStatus::done;
   }
   if (InstanceLock::obstacle(options.dataDirectory)) {
-    complain(*control::problemWithFolder(options.dataDirectory));
-    return ExitStatus::failed;
+    // Looked at a second time: what was in the way may be gone by now.
+    if (const auto problem = control::problemWithFolder(options.dataDirectory)) {
+      complain(*problem);
+      return ExitStatus::failed;
+    }
   }
   holdEndingSignals();
   ExitStatus status = ExitStatus::failed;

@@ -139,9 +139,9 @@ class Agent {
   }
 
   ExitStatus carryOut() {
-    if (auto lock = InstanceLock::acquire(options_.dataDirectory)) {
-      take(std::move(*lock));
-    } else if (!InstanceLock::obstacle(options_.dataDirectory)) {
+    if (auto attempt = InstanceLock::attempt(options_.dataDirectory); attempt.lock) {
+      take(std::move(attempt.lock));
+    } else if (attempt.isElsewhere()) {
       tell("Another program of this installation does the work. Waiting.");
       await();
     } else {
@@ -168,7 +168,9 @@ class Agent {
       end(ExitStatus::failed);
       return;
     }
-    tell(*problem);
+    if (problem) {
+      tell(*problem);
+    }
     take(std::nullopt);
   }
 
@@ -271,8 +273,8 @@ class Agent {
 
 ExitStatus run(const Options& options) {
   holdEndingSignals();
-  const auto only = InstanceLock::acquire(options.dataDirectory, control::agentLock);
-  if (!only && !InstanceLock::obstacle(options.dataDirectory, control::agentLock)) {
+  const auto only = InstanceLock::attempt(options.dataDirectory, control::agentLock);
+  if (only.isElsewhere()) {
     complain("quillmar-agent runs already.");
     return ExitStatus::busy;
   }

@@ -85,7 +85,7 @@ std::optional<std::string> problemWithFolder(const std::filesystem::path& direct
 }
 
 bool isAgentWaiting(const std::filesystem::path& directory) {
-  return !InstanceLock::acquire(directory, agentLock) && !InstanceLock::obstacle(directory, agentLock);
+  return InstanceLock::attempt(directory, agentLock).isElsewhere();
 }
 
 }  // namespace quillmar::control

@@ -42,6 +42,10 @@ TEST_F(InstanceLockTest, has_one_holder_at_a_time_and_is_released_by_its_destruc
 TEST_F(InstanceLockTest, that_is_held_differs_from_one_that_cannot_be_created) {
   const auto first = InstanceLock::acquire(directory.path());
   EXPECT_FALSE(InstanceLock::obstacle(directory.path()));
+  EXPECT_TRUE(InstanceLock::attempt(directory.path()).isElsewhere());
+  EXPECT_FALSE(InstanceLock::attempt(directory.path(), "another.lock").isElsewhere());
+  EXPECT_FALSE(InstanceLock::attempt("/dev/null").isElsewhere());
+  EXPECT_EQ(InstanceLock::attempt("/dev/null").obstacle, std::errc::not_a_directory);
   for (const fs::path nowhere : {"/dev/null", "/dev/null/deeper"}) {
     EXPECT_FALSE(InstanceLock::acquire(nowhere));
     EXPECT_EQ(InstanceLock::obstacle(nowhere), std::errc::not_a_directory) << nowhere;
