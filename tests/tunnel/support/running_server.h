@@ -43,6 +43,7 @@ class ClientSocket {
   ClientSocket(const ClientSocket&) = delete;
   ClientSocket& operator=(const ClientSocket&) = delete;
 
+  int socket() const { return socket_; }
   // Sends the bytes without a length.
   bool sendRaw(const std::string& bytes);
   void send(const std::string& message);
