@@ -433,6 +433,13 @@ class SqliteSettingsStore::Impl {
     return fs::is_regular_file(file_, error) && fs::file_size(file_, error) == 0;
   }
 
+  // SQLite does not open a log without a frame that it can't write: it tries for ten seconds.
+  bool hasEmptyLogForGood() const {
+    constexpr std::uintmax_t header = 32;
+    std::error_code error;
+    return ::access(file_.c_str(), W_OK) != 0 && fs::file_size(file_.string() + "-wal", error) == header;
+  }
+
   int openFile() {
     if (std::error_code error; fs::symlink_status(file_, error).type() == fs::file_type::not_found) {
       if (const int result = create(); result != SQLITE_OK) {
@@ -441,6 +448,9 @@ class SqliteSettingsStore::Impl {
     }
     if (isEmptied()) {
       return SQLITE_NOTADB;
+    }
+    if (hasEmptyLogForGood()) {
+      return SQLITE_READONLY;
     }
     // SQLite's companion files inherit the mode of this one.
     ::chmod(file_.c_str(), S_IRUSR | S_IWUSR);

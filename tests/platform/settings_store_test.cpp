@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -548,6 +549,35 @@ TEST_F(SqliteSettingsStoreTest, a_real_limit_of_file_size_neither_kills_nor_lose
   });
   EXPECT_EQ(limited.wait(), 0);
   EXPECT_THAT(open().all(), ElementsAre(testing::Key("first"), testing::Key("key")));
+}
+
+// SQLite itself takes such a log for one that another process is writing, and fails after ten seconds.
+TEST_F(SqliteSettingsStoreTest, a_log_without_a_frame_keeps_no_value_from_being_read_on_a_read_only_disk) {
+  const fs::path disk = directory.path() / "disk";
+  fs::create_directory(disk);
+  if (::mount("tmpfs", disk.c_str(), "tmpfs", 0, "mode=0700") != 0) {
+    GTEST_SKIP() << "only root can have a disk of its own";
+  }
+  SqliteSettingsStore(disk, log).set("key", true);
+  {
+    Child killed([&] {
+      signal(SIGXFSZ, SIG_IGN);
+      SqliteSettingsStore store(disk, log);
+      const rlimit header{32, RLIM_INFINITY};
+      setrlimit(RLIMIT_FSIZE, &header);
+      store.set("unsaved", true);
+      raise(SIGKILL);
+    });
+  }
+  EXPECT_EQ(fs::file_size(disk / "settings.db-wal"), 32U);
+  ::mount(nullptr, disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr);
+  {
+    SqliteSettingsStore store(disk, log);
+    EXPECT_TRUE(store.boolean("key"));
+    store.set("other", true);
+    EXPECT_THAT(log.printed(), ElementsAre("[SettingsStore] Settings can't be saved: the disk is read-only"));
+  }
+  ::umount2(disk.c_str(), MNT_DETACH);
 }
 
 TEST_F(SqliteSettingsStoreTest, without_a_directory_values_stay_in_memory) {
