@@ -43,8 +43,8 @@ Function real(const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-// What a call needs of the disk.
-enum class Needs { room, change, nothing };
+// What a call needs of the disk; `look` is whether it may be changed.
+enum class Needs { room, change, look, read };
 
 struct Disk {
   const std::string folder = variable("QUILLMAR_DISK");
@@ -72,7 +72,7 @@ struct Disk {
 
   // True if the call fails, with errno set.
   bool refuses(Needs needs) {
-    const bool isBad = isBadAt(needs == Needs::nothing ? count.load() : ++count);
+    const bool isBad = isBadAt(needs == Needs::look || needs == Needs::read ? count.load() : ++count);
     if (!isBad) {
       return false;
     }
@@ -81,7 +81,7 @@ struct Disk {
     } else if (state == "gone") {
       errno = EIO;
       return true;
-    } else if (state == "read-only" && needs != Needs::nothing) {
+    } else if (state == "read-only" && needs != Needs::read) {
       errno = EROFS;
       return true;
     } else if (state == "full" && needs == Needs::room) {
@@ -119,7 +119,7 @@ Needs needsOf(const char* path, int flags) {
   if ((flags & O_CREAT) != 0 && ::access(path, F_OK) != 0) {
     return Needs::room;
   }
-  return (flags & O_ACCMODE) == O_RDONLY ? Needs::nothing : Needs::change;
+  return (flags & O_ACCMODE) == O_RDONLY ? Needs::read : Needs::change;
 }
 
 }  // namespace
@@ -145,17 +145,17 @@ int open64(const char* path, int flags, ...) {
 }
 
 std::FILE* fopen64(const char* path, const char* mode) {
-  return disk().refuses(path, std::string_view(mode).starts_with('r') ? Needs::nothing : Needs::room)
+  return disk().refuses(path, std::string_view(mode).starts_with('r') ? Needs::read : Needs::room)
              ? nullptr
              : real<std::FILE* (*)(const char*, const char*)>("fopen64")(path, mode);
 }
 
 ssize_t read(int file, void* data, size_t size) {
-  return disk().refuses(file, Needs::nothing) ? -1 : real<ssize_t (*)(int, void*, size_t)>("read")(file, data, size);
+  return disk().refuses(file, Needs::read) ? -1 : real<ssize_t (*)(int, void*, size_t)>("read")(file, data, size);
 }
 
 ssize_t pread64(int file, void* data, size_t size, off64_t offset) {
-  return disk().refuses(file, Needs::nothing)
+  return disk().refuses(file, Needs::read)
              ? -1
              : real<ssize_t (*)(int, void*, size_t, off64_t)>("pread64")(file, data, size, offset);
 }
@@ -197,6 +197,12 @@ int rename(const char* from, const char* to) noexcept {
 
 int unlink(const char* path) noexcept {
   return disk().refuses(path, Needs::change) ? -1 : real<int (*)(const char*)>("unlink")(path);
+}
+
+int access(const char* path, int mode) noexcept {
+  return (mode & W_OK) != 0 && disk().refuses(path, Needs::look)
+             ? -1
+             : real<int (*)(const char*, int)>("access")(path, mode);
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
