@@ -413,18 +413,31 @@ class SqliteSettingsStore::Impl {
   // Created under another name and then renamed: a kill in between leaves no file that looks damaged.
   int create() const {
     const fs::path draft = file_.string() + ".new";
-    std::error_code error;
-    fs::remove(draft, error);
+    removeDraft(draft);
     const FileDescriptor made(
         ::open(draft.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     int result = made ? execute(openDatabase(draft.string(), SQLITE_OPEN_READWRITE).get(), writeAhead)
                       : SQLITE_CANTOPEN;
     if (result == SQLITE_OK) {
-      fs::rename(draft, file_, error);
-      result = error ? SQLITE_CANTOPEN : SQLITE_OK;
+      result = isWhole(draft) && ::rename(draft.c_str(), file_.c_str()) == 0 ? SQLITE_OK : SQLITE_CANTOPEN;
     }
-    fs::remove(draft, error);
+    removeDraft(draft);
     return result;
+  }
+
+  static fs::path journalOf(const fs::path& draft) { return draft.string() + "-journal"; }
+
+  static void removeDraft(const fs::path& draft) {
+    std::error_code error;
+    fs::remove(draft, error);
+    fs::remove(journalOf(draft), error);
+  }
+
+  // SQLite reports no error if it could not change the mode: then the file is empty, or a journal would take
+  // back what it holds.
+  static bool isWhole(const fs::path& draft) {
+    std::error_code error;
+    return fs::file_size(draft, error) > 0 && !error && !fs::exists(journalOf(draft), error);
   }
 
   // SQLite takes a truncated file for a new database.

@@ -197,7 +197,11 @@ class Enrollment {
   ExitStatus status_ = ExitStatus::failed;
 };
 
-ExitStatus refuse(const control::LockAttempt& attempt) {
+ExitStatus refuse(const control::LockAttempt& attempt, const Options& options) {
+  if (const auto problem = control::problemWithFolder(options.dataDirectory); problem && !attempt.holder) {
+    complain(*problem);
+    return ExitStatus::failed;
+  }
   if (attempt.holder != control::Worker::window) {
     return tellNobodyAnswers();
   }
@@ -244,7 +248,7 @@ ExitStatus enroll(const Options& options) {
   {
     const auto attempt = control::attemptLock(options.dataDirectory);
     if (!attempt.lock) {
-      return refuse(attempt);
+      return refuse(attempt, options);
     }
     status = Enrollment(options, Terminal::ofStandardOutput()).carryOut();
   }

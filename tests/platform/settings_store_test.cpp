@@ -355,6 +355,26 @@ TEST_F(SqliteSettingsStoreTest, a_first_start_on_a_full_disk_leaves_no_damaged_f
               ElementsAre(HasSubstr("can't be saved"), "[SettingsStore] Settings are saved again."));
 }
 
+TEST_F(SqliteSettingsStoreTest, a_first_start_with_one_failing_write_leaves_no_damaged_file) {
+  SteerableVfs disk;
+  bool hasFailed = true;
+  for (int writes = 0; hasFailed; ++writes) {
+    const fs::path folder = directory.path() / std::to_string(writes);
+    const int before = disk.writes();
+    disk.failAfter(writes);
+    {
+      SqliteSettingsStore store(folder, log);
+      store.set("key", true);
+      store.set("other", true);
+    }
+    hasFailed = disk.writes() > before + writes;
+    EXPECT_EQ(SqliteSettingsStore(folder, log).all().size(), 2U) << writes;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+      EXPECT_EQ(entry.path().filename().string().rfind("settings.db.", 0), std::string::npos) << entry.path();
+    }
+  }
+}
+
 TEST_F(SqliteSettingsStoreTest, a_first_start_that_was_killed_is_repeated) {
   std::ofstream(file(".new")) << "half";
   open().set("key", true);

@@ -20,8 +20,8 @@ struct SteerableVfs::Methods {
   }
   static int write(sqlite3_file* file, const void* from, int size, sqlite3_int64 at) {
     File& self = File::of(file);
-    ++self.owner->writes_;
-    return self.owner->full_ ? SQLITE_FULL : self.methods().xWrite(self.real(), from, size, at);
+    const bool fails = ++self.owner->writes_ == self.owner->failing_;
+    return fails || self.owner->full_ ? SQLITE_FULL : self.methods().xWrite(self.real(), from, size, at);
   }
   static int truncate(sqlite3_file* file, sqlite3_int64 size) {
     return File::of(file).methods().xTruncate(File::of(file).real(), size);

@@ -19,6 +19,8 @@ class SteerableVfs {
   int writes() const { return writes_; }
   // Writes fail with SQLITE_FULL and shared memory can't grow.
   void setFull(bool full) { full_ = full; }
+  // One write fails, the next but this many.
+  void failAfter(int writes) { failing_ = writes_ + writes + 1; }
 
  private:
   struct File;
@@ -28,6 +30,7 @@ class SteerableVfs {
   std::atomic<int> syncs_ = 0;
   std::atomic<int> writes_ = 0;
   std::atomic<bool> full_ = false;
+  std::atomic<int> failing_ = 0;  // the number of the write
 };
 
 }  // namespace quillmar
