@@ -33,7 +33,7 @@ namespace fs = std::filesystem;
 constexpr std::array keys{"one", "two", "three"};
 constexpr std::int64_t versions = 3;
 constexpr const char* storeCommand = "store";
-constexpr std::size_t sideBySide = 24;
+constexpr std::size_t sideBySide = 32;
 // Of the short form, of each deed on each disk.
 constexpr long fewest = 3;
 
@@ -187,7 +187,7 @@ class Disks {
       require(store.integer(key).value_or(0) == first, "Values saved together are apart.");
     }
     require(first >= confirmed, "A saved value is lost.");
-    require(log.printed().empty(), "The settings are damaged.");
+    require(log.printed().empty() && !has(said, "damaged"), "The settings are damaged: " + said);
   }
 
   void enroll(const Run& run) const {

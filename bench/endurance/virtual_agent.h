@@ -33,6 +33,7 @@ struct Surroundings {
   Dispatch& dispatch;
   HttpSession& http;
   Log& log;
+  std::string root = "https://au.example";
 
   FakePorts fakes{dispatch};
 };
@@ -80,7 +81,7 @@ class VirtualAgent {
 
  private:
   void boot() {
-    environment_ = std::make_unique<ApplicationEnvironment>(ports(), Deployments::all("https://au.example"));
+    environment_ = std::make_unique<ApplicationEnvironment>(ports(), Deployments::all(surroundings_.root));
     environment_->childAppState()->loadState();
   }
 

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 #include "sandbox/http/certificates.h"
 #include "tests/sandbox/support/loopback.h"
@@ -19,6 +20,8 @@
 
 namespace quillmar::tunnel::test {
 namespace {
+
+constexpr std::size_t mostRequests = 10'000;
 
 struct Use {
   TestEndpoint* endpoint;
@@ -144,7 +147,7 @@ void TestEndpoint::start(std::uint32_t at) {
 TestEndpoint::~TestEndpoint() {
   refuse();
   disconnectAll();
-  for (auto& thread : threads_) {
+  for (auto& [number, thread] : threads_) {
     thread.join();
   }
   ::close(listener_);
@@ -198,10 +201,25 @@ void TestEndpoint::accept() {
   for (int socket = 0; (socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
     const int on = 1;
     ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    joinEnded();
     const std::scoped_lock lock(mutex_);
     sockets_.insert(socket);
-    ++connections_;
-    threads_.emplace_back([this, socket] { serve(socket); });
+    const int number = ++connections_;
+    threads_.emplace(number, std::thread([this, socket, number] {
+                       serve(socket);
+                       const std::scoped_lock guard(mutex_);
+                       ended_.push_back(number);
+                     }));
+  }
+}
+
+void TestEndpoint::joinEnded() {
+  std::unique_lock lock(mutex_);
+  for (const int number : std::exchange(ended_, {})) {
+    auto thread = std::move(threads_.extract(number).mapped());
+    lock.unlock();
+    thread.join();
+    lock.lock();
   }
 }
 
@@ -262,6 +280,11 @@ nghttp2_session_callbacks* TestEndpoint::callbacks() {
         }
         return 0;
       });
+  nghttp2_session_callbacks_set_on_stream_close_callback(
+      made, [](nghttp2_session*, std::int32_t stream, std::uint32_t, void* user) {
+        static_cast<Use*>(user)->peer->streams_.erase(stream);
+        return 0;
+      });
   return made;
 }
 
@@ -275,7 +298,9 @@ void TestEndpoint::serveHttp(TestPeer& peer, SSL* tls) {
   const Answering recording = [this](TestPeer& by, std::int32_t stream, const std::string& question) {
     {
       const std::scoped_lock lock(mutex_);
-      requests_.push_back(by.streams_[stream].fields);
+      if (requests_.size() < mostRequests) {
+        requests_.push_back(by.streams_[stream].fields);
+      }
       greetingsAtLastRequest_ = greetings_;
     }
     answering_(by, stream, question);

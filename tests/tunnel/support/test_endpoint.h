@@ -69,7 +69,7 @@ class TestEndpoint {
   int port() const { return port_; }
   int connections() const { return connections_; }
   int resumptions() const { return resumptions_; }
-  // The header fields of all requests so far.
+  // The header fields of all requests so far, up to a number that no test reaches.
   std::vector<Fields> requests() const;
   // Closes all connections.
   void disconnectAll();
@@ -90,6 +90,7 @@ class TestEndpoint {
   void start(std::uint32_t address);
   void accept();
   void serve(int socket);
+  void joinEnded();
   void serveTls(int socket);
   void serveHttp(TestPeer& peer, SSL* tls);
   nghttp2_session_callbacks* callbacks();
@@ -110,7 +111,8 @@ class TestEndpoint {
   int greetingsAtLastRequest_ = 0;
   std::set<int> sockets_;
   std::vector<Fields> requests_;
-  std::vector<std::thread> threads_;
+  std::map<int, std::thread> threads_;  // by their connection's number
+  std::vector<int> ended_;
   std::thread accepting_;
 };
 
