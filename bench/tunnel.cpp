@@ -80,7 +80,7 @@ class Program {
     process_ = -1;
   }
 
-  // Of all threads, from the scheduler's statistics: /proc/PID/stat is only sampled at clock ticks.
+  // The time of all threads, from the scheduler's statistics: /proc/PID/stat is only sampled at clock ticks.
   double processorMicroseconds() const {
     double all = 0;
     for (const auto& thread : fs::directory_iterator(folder() / "task")) {
@@ -212,7 +212,7 @@ void measureUncached(Contender& contender, const fs::path& directory, int round)
   takeLatencies(contender, directory / "load");
 }
 
-// As many queries as it can answer, for names that are cached.
+// Measures how many queries for cached names it can answer.
 void measureCached(Contender& contender, const fs::path& directory, int round) {
   const auto names = questions('c' + std::to_string(round) + 'n', cachedNames);
   costOf(contender, directory, names, {"-n", "1"});

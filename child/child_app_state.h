@@ -9,7 +9,7 @@
 
 namespace quillmar {
 
-// What this child's device knows about itself. Loads, saves, updates and resets; makes no decisions.
+// The stored state of a child's device. Loads, saves, updates and resets; makes no decisions.
 class ChildAppState final : public ObservableObject {
  public:
   ChildAppState(SettingsStore& settings, const Dispatch& dispatch);

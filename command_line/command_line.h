@@ -70,7 +70,7 @@ struct Program {
   std::string_view notes = {};  // the end of the help, in whole lines
 };
 
-// What a program prints instead of doing its work.
+// The text that a program prints instead of doing its work.
 struct Answer {
   enum class Reason { asked, wrongOption, wrongWord };
   Reason reason = Reason::asked;

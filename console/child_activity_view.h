@@ -112,7 +112,7 @@ class ChildActivityView final : public ScreenModel {
 
   Published<std::string> rowsTitle{*this, "rowsTitle"};
   Published<std::string> rowsCount{*this, "rowsCount"};
-  // What a swipe does.
+  // The action of a swipe.
   Text rowsCaption{*this, "rowsCaption", "Swipe right to allow a blocked site, or to block an allowed one"};
   Text wholeDayTitle{*this, "wholeDayTitle", "Show Whole Day"};
   // Shows only rows with this part in their names, whatever its case and its accents.

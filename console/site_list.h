@@ -24,7 +24,7 @@ struct SiteListNames {
   std::string_view rows;
 };
 
-// What a list fetches, and which entries it keeps.
+// Which entries a list fetches and keeps.
 struct SiteListQuery {
   std::size_t limit;
   // nullopt: blocked and allowed entries.

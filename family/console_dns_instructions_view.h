@@ -5,7 +5,7 @@
 
 namespace quillmar {
 
-// Where to find a console's DNS settings. They are on the console, so this screen has none.
+// Says where a console's DNS settings are. They are on the console, so this screen has none.
 class ConsoleDNSInstructionsView final : public ScreenModel {
  public:
   ConsoleDNSInstructionsView() : ScreenModel("ConsoleDNSInstructionsView") {}

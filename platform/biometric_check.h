@@ -19,7 +19,7 @@ struct BiometricReply {
 // The device's fingerprint or face check. Main thread only; the reply may come on any thread.
 class BiometricCheck : public Port {
  public:
-  // What is known so far; never blocks.
+  // Whether a check is known to be available; never blocks.
   virtual bool canEvaluate() = 0;
   // Called when the device answers what `canEvaluate` could not yet, if that takes a while.
   virtual Subscription observeAnswer(const std::function<void()>& /*observer*/) { return {}; }

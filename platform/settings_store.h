@@ -17,7 +17,7 @@ namespace quillmar {
 
 using SettingValue = std::variant<std::string, bool, std::int64_t, Date>;
 
-// What removes a setting.
+// The event that removes a setting.
 enum class Reset { never, atLogout, withEnrollment };
 
 template <class T>

@@ -19,7 +19,7 @@ struct KeyBinding {
   Command command;
   // The first is shown in tooltips.
   std::array<std::string_view, 2> keys;
-  // What they do.
+  // The effect of the keys, as the list of keys shows it.
   std::string_view effect;
   // The keys are the first and the last of a row of digits.
   bool isRow = false;

@@ -18,8 +18,8 @@ class FilteredRows;
 // The text to look for, as typed. A space at its end is ignored, because it starts the next word.
 SearchKey typedPart(std::string_view text);
 
-// What a person looks for in the lists of a screen, without regard to case and accents. Its members are
-// registered on that screen. Without a text all rows are shown.
+// The text that a person looks for in the lists of a screen, without regard to case and accents. Its members
+// are registered on that screen. Without a text all rows are shown.
 class ListFilter {
  public:
   explicit ListFilter(ObservableObject& screen);

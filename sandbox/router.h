@@ -6,7 +6,7 @@
 
 namespace quillmar::sandbox {
 
-// What a call requires of its caller. Each of the last three includes `member`.
+// The permission that a call requires. Each of the last three includes `member`.
 enum class Access {
   anyone,
   refresher,  // a token that is valid, or expired but still accepted for a refresh

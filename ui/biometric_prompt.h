@@ -8,7 +8,7 @@
 
 namespace quillmar::ui {
 
-// What the window shows while the fingerprint reader waits for a finger, and the person's answers.
+// The prompt in the window while the fingerprint reader waits for a finger, and the person's answers.
 class BiometricPrompt final : public QObject {
   Q_OBJECT
   Q_PROPERTY(bool shown READ shown NOTIFY shownChanged)

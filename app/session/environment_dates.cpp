@@ -1,6 +1,6 @@
 #include "app/session/environment.h"
 
-// In a file of its own, so that a program without dates does not link it.
+// This is a separate source, so that a program without dates does not link it.
 namespace quillmar {
 
 DateStyles Environment::dateStyles() const {

@@ -24,7 +24,7 @@ class CurlHttpSession final : public HttpSession {
     std::string caFile = "/etc/ssl/certs/ca-certificates.crt";
     // Additional authorities, for a service with a private certificate. Empty for none.
     std::string extraCaFile;
-    // Of a response body.
+    // The largest response body.
     std::size_t sizeLimit = std::size_t{8} * 1024 * 1024;
     // Limits a transfer that makes slow progress without end.
     std::chrono::seconds longestTransfer{600};

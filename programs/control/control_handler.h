@@ -21,7 +21,7 @@ std::string checkinFailure(const Error& error);
 // Answers the requests of other processes. Main thread only.
 class ControlHandler {
  public:
-  // What distinguishes the agent from the window.
+  // The parts that differ between agent and window.
   struct Duties {
     Worker worker = Worker::agent;
     std::function<void(const std::string& activationToken)> show = {};

@@ -8,7 +8,7 @@
 
 namespace quillmar::sandbox {
 
-// What a policy says about names, which are in lower case without the trailing dot.
+// The rules of a policy. Names are in lower case without the trailing dot.
 struct Rules {
   bool isBlocked = false;  // the whole internet: only allowed and default sites resolve
   std::vector<std::string> blocked{};

@@ -86,7 +86,7 @@ class UiStage {
   QQuickItem* focused() const;
   // The accessible name of the focused item.
   QString focusedName() const;
-  // As the Tab key does.
+  // Focuses it with the reason of the Tab key.
   void focusOn(const QString& name);
   // Presses Tab until this control has the focus.
   void tabTo(const QString& name);

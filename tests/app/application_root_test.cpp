@@ -56,19 +56,11 @@ TEST(ApplicationRoot, loads_the_state_objects_in_a_fixed_order) {
   };
   FakePlatform machine;
   AskedStore store;
-  Platform ports{store,
-                 machine.http,
-                 machine.dispatch,
-                 machine.log,
-                 machine.tunnel,
-                 machine.secureItems,
-                 machine.biometrics,
-                 machine.deviceInfo,
-                 machine.clipboard,
-                 machine.haptics,
-                 machine.windowStyle,
-                 machine.qrEncoder,
-                 machine.qrReader};
+  const auto ports = machine.with({.settings = store,
+                                   .http = machine.http,
+                                   .dispatch = machine.dispatch,
+                                   .log = machine.log,
+                                   .tunnel = machine.tunnel});
   QuillmarApp app(ports, Deployments::all("https://au.example"));
   EXPECT_TRUE(store.asked.empty()) << "nothing is loaded before the scene is built";
   app.launch();

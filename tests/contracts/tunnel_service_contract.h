@@ -40,7 +40,7 @@ class TunnelServiceHarness : public Harness {
   virtual std::size_t timesAsked() = 0;
 };
 
-// As the application configures its tunnel.
+// Configures the tunnel as the application does.
 inline void enable(TunnelConfiguration& configuration, TunnelProtocol protocol) {
   configuration.protocolConfiguration = std::move(protocol);
   configuration.localizedDescription = "Protection";

@@ -93,7 +93,7 @@ TEST_F(InstanceLockTest, waited_for_in_a_deleted_file_is_taken_in_the_new_one) {
   auto first = InstanceLock::acquire(directory.path());
   auto second = InstanceLock::acquire(elsewhere.path());
   auto waiting = wait();
-  // In one step, so that the name is free at no moment, however late the other thread opens the file.
+  // Renames in one step, so that the file exists at every moment, however late the other thread opens it.
   fs::rename(elsewhere.path() / InstanceLock::work, directory.path() / InstanceLock::work);
   first.reset();
   EXPECT_EQ(waiting.wait_for(std::chrono::seconds(0)), std::future_status::timeout);

@@ -151,7 +151,7 @@ TEST_F(AgentProgram, enrolls_by_a_code_that_a_phone_scans_from_the_terminal) {
               AllOf(HasSubstr(R"("isEnrolled":true)"), HasSubstr(R"("dohEndpoint":"https://)")));
 }
 
-// What is printed after the code does not scroll the code's first line away.
+// The text after the code does not scroll the code's first line away.
 TEST_F(AgentProgram, shows_the_whole_code_in_a_window_of_24_rows) {
   if (machineName().size() > 16) {
     GTEST_SKIP() << "the code holds this machine's name, which makes it higher";

@@ -37,7 +37,7 @@ struct ChildActivityPage : testing::Test {
     }
     return *const_cast<QQuickItem*>(found);
   }
-  // As the locale writes it, with a space that does not break.
+  // The time in the locale's form, with a no-break space.
   static QString hour(const char* text) { return QString::fromUtf8(text).replace("_", "\u202F"); }
   double top(const QString& control) { return stage.control(control)->mapToScene({0, 0}).y(); }
   static QString description(QQuickItem& item) {

@@ -103,7 +103,7 @@ struct ParentEntrances : Entrances {
     stage.step(0ms);
   }
 
-  // Of the part that contains this text.
+  // The entrance of the part that contains this text.
   Arrival arrival(const QString& text) {
     const QQuickItem* part = &item(text);
     while (part && !QString(part->metaObject()->className()).startsWith("EntryColumn")) {

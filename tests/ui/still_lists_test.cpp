@@ -144,7 +144,7 @@ TEST_F(StillLists, a_removed_site_passes_the_focus_to_the_next_one) {
   EXPECT_EQ(stage.focusedName(), "Remove Library.example.org");
 }
 
-// In a window that scrolls, and in one that is high enough.
+// Both in a window that scrolls and in one that is high enough.
 class AtAList : public StillLists, public testing::WithParamInterface<QSize> {
  protected:
   AtAList() : StillLists(GetParam()) {}

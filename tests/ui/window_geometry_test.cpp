@@ -139,7 +139,7 @@ TEST_F(WindowState, that_can_not_be_kept_is_no_obstacle) {
   EXPECT_TRUE(stage.window().isVisible());
 }
 
-// As when a screen has been unplugged.
+// For example after a screen was unplugged.
 TEST_F(WindowState, off_every_screen_brings_the_window_back) {
   put("window.width=500\nwindow.height=550\nwindow.x=90000\nwindow.y=90000\n");
   const UiStage stage({.stateFile = path});

@@ -49,7 +49,7 @@ bool isOf(const Question& question, Reader& reader) {
 
 }  // namespace
 
-// What the records say, collected in one pass.
+// The properties of all records, collected in one pass.
 struct Answer::Survey {
   bool answersQuestion = false;
   bool namesZone = false;

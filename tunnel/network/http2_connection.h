@@ -11,7 +11,7 @@
 
 namespace quillmar::tunnel {
 
-// What all connections to an endpoint share.
+// Shared by all connections to an endpoint.
 struct Route {
   Endpoint endpoint;
   std::unique_ptr<TlsClient> tls;

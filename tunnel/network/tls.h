@@ -52,7 +52,7 @@ class TlsConnection {
   OpenSslPointer<SSL> tls_;
 };
 
-// What the connections to one endpoint share: the trusted authorities, and the session to resume.
+// Shared by the connections to one endpoint: the trusted authorities, and the session to resume.
 class TlsClient {
  public:
   // Trusts the system's authorities and those in the file, if one is given. Returns the problem if it can't.

@@ -3,7 +3,7 @@
 namespace quillmar::tunnel {
 namespace {
 
-// What the list's node, the map's node and the map's bucket take beside their content.
+// The memory of an entry beside its content: the list's node, the map's node and the map's bucket.
 constexpr std::size_t bookkeeping = 10 * sizeof(void*);
 
 }  // namespace

@@ -18,7 +18,7 @@
 
 namespace quillmar::tunnel {
 
-// What connections to the endpoint need.
+// The objects that connections to the endpoint use.
 struct Outgoing {
   std::unique_ptr<TlsClient> tls;
   std::unique_ptr<Bootstrap> bootstrap;

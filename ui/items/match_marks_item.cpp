@@ -32,8 +32,8 @@ QList<Span> spansOf(const QString& part, const QString& text) {
   return spans;
 }
 
-// Where a part of a line is drawn. A text of two directions may split it; the rectangle then spans the
-// pieces.
+// The rectangle of a part of a line. A text of two directions may split the part; the rectangle then spans
+// the pieces.
 QRectF rectOf(const QTextLine& line, const Span& span) {
   const int start = std::max(span.start, line.textStart());
   const int end = std::min(span.end, line.textStart() + line.textLength());

@@ -107,7 +107,7 @@ FocusScope {
                 readonly property string name: modelData.name
                 readonly property string number: modelData.number
                 readonly property string readout: name + ": " + number
-                // What a person presses for this bar.
+                // The item that receives the presses for this bar.
                 readonly property Item target: chart
                 readonly property bool visualFocus: activeFocus
                 readonly property real thickness: Math.min(36, Math.max(3, chart.step * 0.68))
