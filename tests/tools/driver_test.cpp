@@ -176,9 +176,9 @@ TEST_F(Driven, steers_the_biometric_check) {
   EXPECT_EQ(
       writeJson(*ask(R"("op":"biometrics","type":"touchID","available":false,"answer":-8)").find("prompts")),
       "[]");
-  EXPECT_EQ(driver().machine().biometrics.type, 1);
-  EXPECT_FALSE(driver().machine().biometrics.available);
-  EXPECT_EQ(driver().machine().biometrics.answer.code, -8);
+  EXPECT_EQ(driver().machine().fakes.biometrics.type, 1);
+  EXPECT_FALSE(driver().machine().fakes.biometrics.available);
+  EXPECT_EQ(driver().machine().fakes.biometrics.answer.code, -8);
   EXPECT_EQ(error(R"("op":"biometrics","type":"nose")"), "a type is none, touchID, faceID or a number");
 }
 
