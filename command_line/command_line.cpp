@@ -10,8 +10,8 @@ namespace {
 
 using Reason = Answer::Reason;
 
-const Option helpOption{.name = "--help", .help = "This text, and no more", .letter = "-h"};
-const Option versionOption{.name = "--version", .help = "The version, and no more"};
+const Option helpOption{.name = "--help", .help = "Show this help", .letter = "-h"};
+const Option versionOption{.name = "--version", .help = "Show the version"};
 const Option helpAllOption{.name = "--help-all", .help = "The options of the toolkit, too"};
 
 std::string quoted(std::string_view word) { return "'" + std::string(word) + "'"; }

@@ -71,7 +71,7 @@ std::vector<Entry> sharedEntries(const Program& program) {
   auto entries = optionEntries(optionsOf(program));
   if (std::ranges::any_of(program.commands,
                           [](const Command& command) { return !command.details.empty(); })) {
-    entries.push_back({"COMMAND --help", "More about a command"});
+    entries.push_back({"COMMAND --help", "Show the help of a command"});
   }
   return entries;
 }

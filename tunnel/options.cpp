@@ -10,7 +10,7 @@ namespace {
 using command_line::to;
 
 constexpr std::string_view about =
-    "Carries this machine's DNS to an endpoint over HTTPS (RFC 8484), and to nobody else.";
+    "Carries this machine's DNS to one endpoint over HTTPS (RFC 8484), and nowhere else.";
 
 constexpr std::string_view notes = R"(Exit status: 0 done; 1 failed; 2 wrong usage.
 )";

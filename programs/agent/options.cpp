@@ -17,49 +17,50 @@ constexpr std::string_view notes = R"(First steps:
   quillmar-agent status               See that it works
 
 Exit status: 0 done; 1 failed; 2 wrong usage; 3 this device is not enrolled;
-4 this is a parent's device; 5 another program of this installation is in the
-way; 6 enrolled, but not protected at the moment; 7 the file of --ca-file
-can't be used; 130 cancelled.
+4 this is a parent's device; 5 another program of this installation does the
+work and does not answer; 6 enrolled, but not protected at the moment; 7 the
+file of --ca-file can't be used; 130 cancelled.
 )";
 
 constexpr std::string_view aboutEnroll =
     R"(Asks the service for an enrollment code and shows it, as text and as a QR code
 that the parent's app can scan. Waits until a parent has completed the
 enrollment, for ten minutes at most, and ends by itself. Ctrl-C cancels, and so
-does closing the terminal: the device is then as it was before.
+does closing the terminal: nothing is then changed.
 
-A computer that was neither a parent's nor a child's becomes a child's device
-with this, for good.
+A computer that was neither a parent's nor a child's device becomes a child's
+device permanently.
 )";
 
 constexpr std::string_view aboutRun =
-    R"(Keeps the protection running: checks in with the service every minute and looks
-after the tunnel. Writes a line for each event. Ends on Ctrl-C or SIGTERM, and
-tells systemd when it is ready and that it is alive.
+    R"(Keeps the protection running: checks in with the service every minute and
+maintains the tunnel. Writes a line for each event. Ends on Ctrl-C or SIGTERM.
+Notifies systemd when it is ready, and sends watchdog messages.
 
-While the Quillmar window is open, the window does the work and this waits.
-A device that is not enrolled yet is waited for as well.
+While the Quillmar window is open, the window does the work and this waits. If
+the device is not enrolled yet, this waits for the enrollment.
 )";
 
 constexpr std::string_view aboutStatus =
-    R"(Tells how this device is doing, as the running agent or window sees it. The
-exit status is 0 if it is enrolled and protected.
+    R"(Shows the state of the protection, as the running agent or window reports it.
+The exit status is 0 if the device is enrolled and protected.
 )";
 
-constexpr std::string_view aboutSync = R"(Checks in with the service now, and takes back a moved endpoint.
+constexpr std::string_view aboutSync =
+    R"(Checks in with the service now, and applies an endpoint that has changed.
 )";
 
 constexpr std::string_view aboutReset =
-    R"(Has this device forget its enrollment; it stays a child's device and can be
-enrolled again. The service is not told: a parent removes the device from the
-family's list. The tunnel stays as it is, and filters on until it is removed in
+    R"(Forgets this device's enrollment. It stays a child's device and can be enrolled
+again. The service is not told: a parent removes the device from the family's
+list. The tunnel stays unchanged, and continues to filter until it is removed in
 the system's network settings. Asks first.
 )";
 
 constexpr std::string_view aboutDoctor =
-    R"(Says in one line for each part what works on this computer, and what to install
-or start where it does not. The exit status is 0 if all that this device needs
-is there.
+    R"(Reports in one line for each part whether it works on this computer, and
+otherwise what to install or start. The exit status is 0 if everything that this
+device needs is there.
 )";
 
 bool isOrdinary(const Options& options) {
@@ -82,10 +83,10 @@ command_line::Program programFor(Options& options) {
               {"enroll", "Join a family: shows a code for the parent's app", aboutEnroll,
                choose(Command::enroll)},
               {"run", "Keep the protection running until told to stop", aboutRun, choose(Command::run)},
-              {"status", "How this device is doing", aboutStatus, choose(Command::status)},
+              {"status", "Show the state of the protection", aboutStatus, choose(Command::status)},
               {"sync", "Check in with the service now", aboutSync, choose(Command::sync)},
               {"reset", "Forget the enrollment; asks first", aboutReset, choose(Command::reset)},
-              {"doctor", "What works on this computer, and what to do if not", aboutDoctor,
+              {"doctor", "Report what works on this computer, and what to do if not", aboutDoctor,
                choose(Command::doctor)},
           },
       .needsCommand = true,

@@ -13,8 +13,9 @@ command_line::Program programFor(Options& options) {
       .version = QUILLMAR_VERSION,
       .versionLetter = "-v",
       .commands = {{.name = "doctor",
-                    .help = "Say what works on this computer and what to install or start, without a window. "
-                            "The exit status is 0 if what this installation needs is there.",
+                    .help =
+                        "Report what works on this computer and what to install or start, without a window. "
+                        "The exit status is 0 if what this installation needs is there.",
                     .choose = [&options] { options.asksForDoctor = true; }}},
       .options =
           {
@@ -33,9 +34,9 @@ command_line::Program programFor(Options& options) {
       .toolkitOptions =
           {
               {"-platform", "NAME", "The plugin that draws windows, and its options."},
-              {"-platformpluginpath", "DIR", "Where such plugins are."},
+              {"-platformpluginpath", "DIR", "The folder of these plugins."},
               {"-platformtheme", "NAME", "The desktop's theme."},
-              {"-plugin", "NAME", "One more plugin to load."},
+              {"-plugin", "NAME", "Load this plugin too."},
               {"-style", "NAME", "The style of controls."},
               {"-display", "NAME", "The X server."},
               {"-qwindowgeometry", "SIZE", "The window's size and place, like 400x800+50+50."},
@@ -43,7 +44,7 @@ command_line::Program programFor(Options& options) {
               {"-qwindowtitle", "TEXT", "The window's title."},
               {"-reverse", "", "Lay everything out from right to left."},
               {"-session", "ID", "The session to be restored."},
-              {"-qmljsdebugger", "PORTS", "Where a debugger of the screens may connect."},
+              {"-qmljsdebugger", "PORTS", "The ports for a QML debugger."},
           },
   };
 }

@@ -229,10 +229,10 @@ Options:
   --salt GRAMS      How salty
   --sauce none|red  With what
   --quietly         Without a word
-  -h, --help        This text, and no more
+  -h, --help        Show this help
   --help-all        The options of the toolkit, too
-  -v, --version     The version, and no more
-  COMMAND --help    More about a command
+  -v, --version     Show the version
+  COMMAND --help    Show the help of a command
 
 Wash your hands.
 )");

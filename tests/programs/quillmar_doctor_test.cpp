@@ -80,7 +80,7 @@ TEST_F(QuillmarDoctor, prints_its_help) {
   const auto result = run({"doctor", "--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.output, HasSubstr("[doctor]"));
-  EXPECT_THAT(result.output, HasSubstr("Say what works on this computer"));
+  EXPECT_THAT(result.output, HasSubstr("Report what works on this computer"));
 }
 
 }  // namespace

@@ -23,9 +23,9 @@ quillmar::command_line::Program programFor(Options& options) {
                   {"--data-dir", "DIR", "Keep everything in DIR", to(options.dataDirectory)},
                   {"--service", "URL", "Use the service at URL for every region", to(options.service)},
                   quillmar::authorityOption(options.caFile),
-                  {"--clock", "real|virtual", "Whose time it is (real)",
+                  {"--clock", "real|virtual", "Real or virtual time (real)",
                    oneOf(options.clock, {{"real", Clock::real}, {"virtual", Clock::virtualTime}})},
-                  {"--events", "", "Tell each change as it comes", to(options.events)},
+                  {"--events", "", "Write a line for each change", to(options.events)},
               },
           .glossary = quillmar::driver::Driver::requests()};
 }
