@@ -92,8 +92,9 @@ TEST_F(Secrets, none_is_left_by_registering) {
 
 TEST_F(Secrets, none_is_left_by_joining_a_family) {
   answer("GET", "/family/invite/AB12CD", 200, R"({"valid":true})");
-  answer("POST", "/family/join", 200,
-         R"({"message":"m","token":"t1","parent_id":"p1","family_id":"f1","family_name":"F","role":"member"})");
+  answer(
+      "POST", "/family/join", 200,
+      R"({"message":"m","token":"t1","parent_id":"p1","family_id":"f1","family_name":"F","role":"member"})");
   EXPECT_EQ(leftBy([&] {
               app.screen<LoginView>().joinFamily();
               auto& screen = app.screen<JoinFamilyView>();
