@@ -137,12 +137,13 @@ TEST_F(Secrets, none_is_left_by_deleting_the_account) {
 TEST_F(Secrets, none_is_left_of_a_token_that_was_stored) {
   const TemporaryDirectory directory;
   RecordingLog log;
+  const std::string renewed = secret + "-renewed";
   EXPECT_EQ(leftBy([&] {
               {
                 SqliteSettingsStore store(directory.path(), log);
                 store.write(settings::authToken, secret);
                 store.write(settings::authToken, secret);
-                store.write(settings::authToken, secret + "-renewed");
+                store.write(settings::authToken, renewed);
                 store.remove(settings::authToken);
                 store.write(settings::authToken, secret);
               }
