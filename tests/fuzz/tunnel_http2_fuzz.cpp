@@ -23,7 +23,7 @@ class Checks final : public ConnectionEvents {
     endOf(ticket);
     if (const auto* http = std::get_if<HttpAnswer>(&answer)) {
       require(http->body.size() <= largestMessage, "an answer is no longer than a message can be");
-      require(http->status >= 200, "an informational answer is not the answer");
+      require(http->status / 100 != 1, "an informational answer is not the answer");
     }
   }
   void dropped(Time, Ticket ticket) override { endOf(ticket); }
