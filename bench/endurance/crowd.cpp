@@ -1,5 +1,5 @@
-// A thousand agents in real time, each with its own connection over TLS to one stand-in service, which is a program
-// of its own. They enrol, and check in for some minutes.
+// A thousand agents in real time, each with its own connection over TLS to one stand-in service, which is a
+// program of its own. They enrol, and check in for some minutes.
 
 #include <curl/curl.h>
 #include <sys/resource.h>
@@ -109,7 +109,8 @@ class Parent {
       const std::string code = codes_.front();
       codes_.pop_front();
       lock.unlock();
-      static_cast<void>(sandbox::post(port, "/sandbox/approve", sandbox::Json{{"enrollment_code", code}}.dump()));
+      static_cast<void>(
+          sandbox::post(port, "/sandbox/approve", sandbox::Json{{"enrollment_code", code}}.dump()));
       lock.lock();
     }
   }
@@ -122,7 +123,8 @@ class Parent {
 
 class Agent {
  public:
-  Agent(Dispatch& dispatch, Log& log, const std::string& root, const std::string& caFile, Latencies& latencies)
+  Agent(Dispatch& dispatch, Log& log, const std::string& root, const std::string& caFile,
+        Latencies& latencies)
       : session_(caFile, latencies), surroundings_{dispatch, session_, log, root}, agent_(surroundings_) {}
 
   void enrol(Parent& parent) {
@@ -167,14 +169,16 @@ class Crowd {
       tellService("in " + std::to_string(length_.rest.count()) + " s of check-ins each minute");
       tellLatencies("a check-in");
     }
-    require(std::ranges::all_of(agents_, [](const auto& agent) { return agent->isReached() && agent->isProtected(); }),
+    require(std::ranges::all_of(agents_,
+                                [](const auto& agent) { return agent->isReached() && agent->isProtected(); }),
             "An agent is not reached or not protected.");
   }
 
  private:
   void arrive() {
     Parent parent(std::stoi(after("http://127.0.0.1:")));
-    std::uniform_int_distribution<long long> anyMoment(0, std::chrono::milliseconds(length_.arrival).count() - 1);
+    std::uniform_int_distribution<long long> anyMoment(
+        0, std::chrono::milliseconds(length_.arrival).count() - 1);
     std::vector<std::chrono::milliseconds> moments(length_.agents);
     std::ranges::generate(moments, [&] { return std::chrono::milliseconds(anyMoment(random_)); });
     std::ranges::sort(moments);
@@ -185,7 +189,8 @@ class Crowd {
       agents_.back()->enrol(parent);
     }
     const auto allIn = [this] {
-      return std::ranges::all_of(agents_, [](const auto& agent) { return agent->isReached() && agent->isProtected(); });
+      return std::ranges::all_of(
+          agents_, [](const auto& agent) { return agent->isReached() && agent->isProtected(); });
     };
     runUntil(Clock::now() + patience, allIn);
     require(allIn(), "An agent is not enrolled and protected.");
@@ -213,7 +218,8 @@ class Crowd {
     std::ranges::sort(all);
     const auto at = [&all](double part) {
       const auto index = static_cast<std::size_t>(part * static_cast<double>(all.size() - 1));
-      return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(all[index]).count()) + " ms";
+      return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(all[index]).count()) +
+             " ms";
     };
     tell("Time of " + what + " (" + std::to_string(all.size()) + "): median, 99th percentile, longest",
          at(0.5) + ", " + at(0.99) + ", " + at(1));

@@ -1,6 +1,6 @@
 // A disk that becomes full, read-only, gone or slow at each call that changes it, one after the other, while
-// settings are saved and while an agent enrols, works, checks in and forgets. Nothing may crash or hang, nothing
-// confirmed may be lost, nothing half-done may stay, and a device that was enrolled is looked after.
+// settings are saved and while an agent enrols, works, checks in and forgets. Nothing may crash or hang,
+// nothing confirmed may be lost, nothing half-done may stay, and a device that was enrolled is looked after.
 
 #include <array>
 #include <atomic>
@@ -56,15 +56,14 @@ void saveSettings(const fs::path& data) {
   }
 }
 
-
 struct Badness {
   std::string state;
   bool isPassing = false;  // one call only
 };
 
 const std::vector<Badness>& badnesses() {
-  static const std::vector<Badness> all{{"full"},          {"read-only"},       {"gone"},      {"slow"},
-                                        {"full", true},    {"read-only", true}, {"gone", true}};
+  static const std::vector<Badness> all{{"full"},       {"read-only"},       {"gone"},      {"slow"},
+                                        {"full", true}, {"read-only", true}, {"gone", true}};
   return all;
 }
 
@@ -149,8 +148,8 @@ class Disks {
 
   Run newRun() {
     const fs::path data = session_.newFolder();
-    return {data, session_.newFolder(),
-            {{"LD_PRELOAD", QUILLMAR_FAULTY_DISK}, {"QUILLMAR_DISK", data.string()}}};
+    return {
+        data, session_.newFolder(), {{"LD_PRELOAD", QUILLMAR_FAULTY_DISK}, {"QUILLMAR_DISK", data.string()}}};
   }
 
   Run badRun(const Badness& badness, long from) {
@@ -166,7 +165,8 @@ class Disks {
   }
 
   std::unique_ptr<Program> start(const Run& run, const Words& command) const {
-    Words words{QUILLMAR_AGENT, "--data-dir", run.data.string(), "--service", service_->url(), "--simulate-tunnel"};
+    Words words{QUILLMAR_AGENT, "--data-dir",    run.data.string(),
+                "--service",    service_->url(), "--simulate-tunnel"};
     words.insert(words.end(), command.begin(), command.end());
     return std::make_unique<Program>(words, session_.variables(run.variables));
   }
@@ -202,7 +202,8 @@ class Disks {
       said += agent->readUntil("This device is enrolled.");
     }
     judge(agent->end(0), has(said, "This device is enrolled."), said);
-    require(!has(said, "This device is enrolled.") || stored(run).isEnrolled, "An enrollment is lost: " + said);
+    require(!has(said, "This device is enrolled.") || stored(run).isEnrolled,
+            "An enrollment is lost: " + said);
   }
 
   void work(const Run& run) const {
@@ -243,7 +244,9 @@ class Disks {
 
   void beEnrolled(const Run& run) const { fs::copy(enrolled_, run.data, fs::copy_options::recursive); }
   Stored stored(const Run& run) const { return storedIn(run.data, *service_); }
-  static bool has(const std::string& said, const std::string& text) { return said.find(text) != std::string::npos; }
+  static bool has(const std::string& said, const std::string& text) {
+    return said.find(text) != std::string::npos;
+  }
 
   const bool isShort_;
   Session session_;

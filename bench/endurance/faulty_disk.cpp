@@ -1,6 +1,6 @@
-// Loaded into a program by LD_PRELOAD, this makes the disk under QUILLMAR_DISK bad: from the call with the number
-// QUILLMAR_DISK_FROM that would change it, for QUILLMAR_DISK_CALLS such calls, or until the file QUILLMAR_DISK_MENDED
-// exists. QUILLMAR_DISK_STATE is how: full, read-only, gone or slow.
+// Loaded into a program by LD_PRELOAD, this makes the disk under QUILLMAR_DISK bad: from the call with the
+// number QUILLMAR_DISK_FROM that would change it, for QUILLMAR_DISK_CALLS such calls, or until the file
+// QUILLMAR_DISK_MENDED exists. QUILLMAR_DISK_STATE is how: full, read-only, gone or slow.
 //
 // At its end the program writes to the file QUILLMAR_DISK_COUNT how many calls there were.
 
@@ -57,7 +57,8 @@ struct Disk {
   ~Disk() {
     if (const auto file = variable("QUILLMAR_DISK_COUNT"); !file.empty()) {
       const auto text = std::to_string(count.load());
-      const int out = real<int (*)(const char*, int, ...)>("open")(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+      const int out =
+          real<int (*)(const char*, int, ...)>("open")(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
       if (real<ssize_t (*)(int, const void*, size_t)>("write")(out, text.data(), text.size()) < 0) {
         std::abort();
       }
@@ -95,7 +96,8 @@ struct Disk {
   bool holds(int file) const {
     std::array<char, PATH_MAX> path{};
     const auto link = "/proc/self/fd/" + std::to_string(file);
-    return !folder.empty() && ::readlink(link.c_str(), path.data(), path.size() - 1) > 0 && holds(path.data());
+    return !folder.empty() && ::readlink(link.c_str(), path.data(), path.size() - 1) > 0 &&
+           holds(path.data());
   }
 
   template <class Place>
@@ -131,8 +133,9 @@ int open(const char* path, int flags, ...) {
   va_start(more, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
   va_end(more);
-  return disk().refuses(path, needsOf(path, flags)) ? -1
-                                                    : real<int (*)(const char*, int, ...)>("open")(path, flags, mode);
+  return disk().refuses(path, needsOf(path, flags))
+             ? -1
+             : real<int (*)(const char*, int, ...)>("open")(path, flags, mode);
 }
 
 int open64(const char* path, int flags, ...) {
@@ -140,8 +143,9 @@ int open64(const char* path, int flags, ...) {
   va_start(more, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
   va_end(more);
-  return disk().refuses(path, needsOf(path, flags)) ? -1
-                                                    : real<int (*)(const char*, int, ...)>("open64")(path, flags, mode);
+  return disk().refuses(path, needsOf(path, flags))
+             ? -1
+             : real<int (*)(const char*, int, ...)>("open64")(path, flags, mode);
 }
 
 std::FILE* fopen64(const char* path, const char* mode) {
@@ -151,7 +155,8 @@ std::FILE* fopen64(const char* path, const char* mode) {
 }
 
 ssize_t read(int file, void* data, size_t size) {
-  return disk().refuses(file, Needs::read) ? -1 : real<ssize_t (*)(int, void*, size_t)>("read")(file, data, size);
+  return disk().refuses(file, Needs::read) ? -1
+                                           : real<ssize_t (*)(int, void*, size_t)>("read")(file, data, size);
 }
 
 ssize_t pread64(int file, void* data, size_t size, off64_t offset) {
@@ -161,13 +166,15 @@ ssize_t pread64(int file, void* data, size_t size, off64_t offset) {
 }
 
 ssize_t write(int file, const void* data, size_t size) {
-  return disk().refuses(file, Needs::room) ? -1
-                                           : real<ssize_t (*)(int, const void*, size_t)>("write")(file, data, size);
+  return disk().refuses(file, Needs::room)
+             ? -1
+             : real<ssize_t (*)(int, const void*, size_t)>("write")(file, data, size);
 }
 
 ssize_t writev(int file, const iovec* parts, int count) {
-  return disk().refuses(file, Needs::room) ? -1
-                                           : real<ssize_t (*)(int, const iovec*, int)>("writev")(file, parts, count);
+  return disk().refuses(file, Needs::room)
+             ? -1
+             : real<ssize_t (*)(int, const iovec*, int)>("writev")(file, parts, count);
 }
 
 ssize_t pwrite64(int file, const void* data, size_t size, off64_t offset) {
@@ -188,7 +195,9 @@ int fallocate64(int file, int mode, off64_t offset, off64_t size) {
 
 int fsync(int file) { return disk().refuses(file, Needs::room) ? -1 : real<int (*)(int)>("fsync")(file); }
 
-int fdatasync(int file) { return disk().refuses(file, Needs::room) ? -1 : real<int (*)(int)>("fdatasync")(file); }
+int fdatasync(int file) {
+  return disk().refuses(file, Needs::room) ? -1 : real<int (*)(int)>("fdatasync")(file);
+}
 
 int rename(const char* from, const char* to) noexcept {
   return disk().refuses(from, Needs::change) ? -1

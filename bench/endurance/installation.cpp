@@ -39,7 +39,8 @@ Stored storedIn(const fs::path& data, sandbox::Service& service) {
     require(store.isReadable(), "The settings can't be read.");
     stored = {store.boolean(settings::childIsEnrolled),
               store.read(settings::childDeviceID).value_or(std::string())};
-    const bool hasEndpoint = store.read(settings::childDohEndpoint).value_or(std::string()).starts_with("https://");
+    const bool hasEndpoint =
+        store.read(settings::childDohEndpoint).value_or(std::string()).starts_with("https://");
     const bool isChilds = store.read(settings::deviceRole) == "child";
     require(stored.isEnrolled == !stored.device.empty() && stored.isEnrolled == hasEndpoint &&
                 (isChilds || !stored.isEnrolled),
@@ -48,8 +49,8 @@ Stored storedIn(const fs::path& data, sandbox::Service& service) {
   require(log.printed().empty(), "The settings are damaged.");
   // The last is a draft that nobody reads, and that the next one replaces.
   constexpr std::array<std::string_view, 7> lasting{
-      "agent.lock",      "instance.lock",        "settings.db",             "settings.db-shm",
-      "settings.db-wal", "simulated-tunnel.txt", "simulated-tunnel.txt.new"};
+      "agent.lock",           "instance.lock",           "settings.db", "settings.db-shm", "settings.db-wal",
+      "simulated-tunnel.txt", "simulated-tunnel.txt.new"};
   for (const auto& file : fs::directory_iterator(data)) {
     require(std::ranges::find(lasting, file.path().filename().string()) != lasting.end(),
             file.path().string() + " stays.");
@@ -65,7 +66,8 @@ Stored storedIn(const fs::path& data, sandbox::Service& service) {
 std::string between(const std::string& text, const std::string& mark, char ending) {
   const auto start = text.find(mark);
   const auto end = start == std::string::npos ? start : text.find(ending, start + mark.size());
-  return end == std::string::npos ? std::string() : text.substr(start + mark.size(), end - start - mark.size());
+  return end == std::string::npos ? std::string()
+                                  : text.substr(start + mark.size(), end - start - mark.size());
 }
 
 }  // namespace quillmar::endurance

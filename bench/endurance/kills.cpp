@@ -1,5 +1,5 @@
-// Kills the programs with SIGKILL at random points of what they do, and looks after each kill at what is left:
-// nothing confirmed may be lost, nothing half-done may stay, and nothing may keep the next one out.
+// Kills the programs with SIGKILL at random points of what they do, and looks after each kill at what is
+// left: nothing confirmed may be lost, nothing half-done may stay, and nothing may keep the next one out.
 
 #include "bench/endurance/kills.h"
 

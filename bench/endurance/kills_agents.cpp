@@ -68,8 +68,8 @@ class Agent final : public Mortal {
                                                 {Deed::handOver, {"run"}},
                                                 {Deed::sync, {"sync"}},
                                                 {Deed::reset, {"reset", "--yes"}}};
-    Words words{QUILLMAR_AGENT,       "--data-dir",        data_.string(), "--service",
-                world_.service->url(), "--simulate-tunnel"};
+    Words words{QUILLMAR_AGENT, "--data-dir",          data_.string(),
+                "--service",    world_.service->url(), "--simulate-tunnel"};
     const Words& command = commands.at(deed);
     words.insert(words.end(), command.begin(), command.end());
     return std::make_unique<Program>(words, world_.session.variables(variables));

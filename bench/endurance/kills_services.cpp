@@ -57,9 +57,7 @@ class Client {
 class Family {
  public:
   // The family's next wishes. Stops where the service ends.
-  void goOn(Client& client) {
-    signIn(client) && check(client) && live(client);
-  }
+  void goOn(Client& client) { signIn(client) && check(client) && live(client); }
 
   std::size_t devices() const { return devices_.size(); }
   bool isChecked() const { return isChecked_; }
@@ -68,7 +66,10 @@ class Family {
  private:
   // The account exists whole or not at all.
   bool signIn(Client& client) {
-    const Json account{{"email", "ann@example.com"}, {"password", "correct horse"}, {"name", "Ann"}, {"phone", "+61 400 000 000"}};
+    const Json account{{"email", "ann@example.com"},
+                       {"password", "correct horse"},
+                       {"name", "Ann"},
+                       {"phone", "+61 400 000 000"}};
     auto reply = client.ask("POST", "/auth/register", "", account);
     if (reply.status == 409) {
       reply = client.ask("POST", "/auth/login", "", account);
@@ -132,7 +133,8 @@ class Family {
       child_ = child.body.at("id");
       children_.insert(child_);
       const std::string site = "site" + std::to_string(children_.size()) + ".example";
-      if (client.ask("POST", "/children/" + child_ + "/policy/block", token_, {{"domain", site}}).status == 0) {
+      if (client.ask("POST", "/children/" + child_ + "/policy/block", token_, {{"domain", site}}).status ==
+          0) {
         return false;
       }
       blocked_[child_] = site;
@@ -231,8 +233,11 @@ World::World() { calls = Service(*this, Random(1)).calls(); }
 
 Kind services() {
   const auto world = std::make_shared<World>();
-  return {"Services", 4, [world](Random random) { return std::make_unique<Service>(*world, random); },
-          "enrollments confirmed in their lives", {world, &world->enrollments}};
+  return {"Services",
+          4,
+          [world](Random random) { return std::make_unique<Service>(*world, random); },
+          "enrollments confirmed in their lives",
+          {world, &world->enrollments}};
 }
 
 }  // namespace quillmar::endurance

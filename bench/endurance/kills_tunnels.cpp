@@ -104,8 +104,11 @@ class Tunnel final : public Mortal {
 
 Kind tunnels() {
   const auto world = std::make_shared<World>();
-  return {"Tunnels", sideBySide, [world](Random random) { return std::make_unique<Tunnel>(*world, random); },
-          "answers in their lives", {world, &world->answers}};
+  return {"Tunnels",
+          sideBySide,
+          [world](Random random) { return std::make_unique<Tunnel>(*world, random); },
+          "answers in their lives",
+          {world, &world->answers}};
 }
 
 }  // namespace quillmar::endurance

@@ -71,8 +71,8 @@ class Window final : public Mortal {
 
   bool takeOver() {
     const Stored before = storedIn(data_, *world_.service);
-    const auto window = start(QUILLMAR_PROGRAM, data_, {"--simulate-tunnel"},
-                              killedAt(anyOf(world_.callsOfWindow, random_)));
+    const auto window =
+        start(QUILLMAR_PROGRAM, data_, {"--simulate-tunnel"}, killedAt(anyOf(world_.callsOfWindow, random_)));
     window->readUntil("checkin - status: 200");
     require(window->end(SIGKILL) == -SIGKILL, "A window ends by itself.");
     awaitAgent();
@@ -150,8 +150,11 @@ World::World() {
 
 Kind windows() {
   const auto world = std::make_shared<World>();
-  return {"Windows", 4, [world](Random random) { return std::make_unique<Window>(*world, random); },
-          "times that one had taken the work over", {world, &world->takings}};
+  return {"Windows",
+          4,
+          [world](Random random) { return std::make_unique<Window>(*world, random); },
+          "times that one had taken the work over",
+          {world, &world->takings}};
 }
 
 }  // namespace quillmar::endurance

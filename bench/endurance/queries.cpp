@@ -1,5 +1,5 @@
-// Ten million queries through the tunnel program, none of them cached, to an endpoint that answers at once. A tenth
-// of the answers are faulty. All must be answered, and the program's memory must not grow.
+// Ten million queries through the tunnel program, none of them cached, to an endpoint that answers at once. A
+// tenth of the answers are faulty. All must be answered, and the program's memory must not grow.
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -161,10 +161,12 @@ void carryOut(bool isShort) {
        kibibytes(memoryBefore) + ", " + kibibytes(memoryAfter));
   tell("Open files then and at the end", std::to_string(filesBefore) + ", " + std::to_string(filesAfter));
   tell("Processor time of the tunnel for a query",
-       std::to_string(static_cast<int>(1e6 * processorSecondsOf(program.process()) / static_cast<double>(count))) +
+       std::to_string(
+           static_cast<int>(1e6 * processorSecondsOf(program.process()) / static_cast<double>(count))) +
            " µs");
   require(endpoint.faults() * 11 > count, "The endpoint was not faulty enough.");
-  require(static_cast<double>(memoryAfter) <= static_cast<double>(memoryBefore) * mostGrowth, "The memory grows.");
+  require(static_cast<double>(memoryAfter) <= static_cast<double>(memoryBefore) * mostGrowth,
+          "The memory grows.");
   require(filesAfter <= filesBefore + 1, "Descriptors are lost.");
   require(program.end(SIGTERM) == 0, "The tunnel does not end well.");
 }
