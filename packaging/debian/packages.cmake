@@ -57,7 +57,7 @@ from the clipboard and from the screen.")
 # Plugin and program must be of the same build.
 set(CPACK_DEBIAN_CAMERA_PACKAGE_DEPENDS
     "quillmar (= ${PROJECT_VERSION}), gstreamer1.0-plugins-base, gstreamer1.0-plugins-good")
-# The plugin was part of the window's package.
+# In earlier releases the plugin was part of the window's package.
 set(CPACK_DEBIAN_CAMERA_PACKAGE_BREAKS "quillmar (<< 0.2.0)")
 set(CPACK_DEBIAN_CAMERA_PACKAGE_REPLACES "quillmar (<< 0.2.0)")
 

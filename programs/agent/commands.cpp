@@ -119,7 +119,7 @@ bool agrees() {
 }  // namespace
 
 ExitStatus tellNobodyAnswers() {
-  complain("Another program of this installation is in the way and does not answer.");
+  complain("Another process of this installation has the work and does not answer.");
   return ExitStatus::busy;
 }
 

@@ -31,9 +31,10 @@ TEST_P(FirstScreens, load_no_module_of_controls) {
   EXPECT_FALSE(isLoaded("libQt6QuickTemplates2.so.6"));
 }
 
-INSTANTIATE_TEST_SUITE_P(all, FirstScreens, testing::Values(StoredSettings{}, signedIn()), [](const auto& stored) {
-  return stored.param.empty() ? "of_a_new_installation" : "of_a_signed_in_parent";
-});
+INSTANTIATE_TEST_SUITE_P(all, FirstScreens, testing::Values(StoredSettings{}, signedIn()),
+                         [](const auto& stored) {
+                           return stored.param.empty() ? "of_a_new_installation" : "of_a_signed_in_parent";
+                         });
 
 }  // namespace
 }  // namespace quillmar::ui

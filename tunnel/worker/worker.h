@@ -24,7 +24,7 @@ inline constexpr int firstListenerDescriptor = 4;
 // read here.
 class Worker {
  public:
-  // The most log lines. The service ends a worker that exceeds its own, higher limit.
+  // At most this many log lines at once. The service ends a worker that exceeds its own, higher limit.
   static constexpr int mostLines = 20;
   static constexpr std::chrono::seconds eachLine{5};
 

@@ -16,7 +16,7 @@ FocusScope {
     property string name
     property real plotHeight: 140
     property bool fadesOthers: false
-    // Every how many bars there is a label.
+    // The number of bars for each label.
     property int labelSpacing: 1
     property real widestLabel: 0
     readonly property bool labelsFit: widestLabel + Theme.unit <= step * labelSpacing
