@@ -157,7 +157,7 @@ class ControlServer::Loop : public std::enable_shared_from_this<Loop> {
     });
   }
 
-  // Makes room for one more guest: drops those that have gone, then one that has not asked yet.
+  // Makes room for one more connection: drops closed ones, then one that has not sent a request yet.
   bool makeRoom() {
     if (guests_.size() >= mostGuests) {
       std::erase_if(guests_, [](const GuestPtr& guest) { return hasGone(guest->socket.native_handle()); });

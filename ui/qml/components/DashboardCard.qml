@@ -9,7 +9,7 @@ Pressable {
     required property var child
     // Its child's page stands beside the cards.
     property bool chosen: false
-    // What the person looks for.
+    // The filter's text, marked in the name.
     property string part
 
     text: child.name

@@ -9,7 +9,7 @@ ColumnLayout {
 
     property var rows
     property string emptyText
-    // What the person looks for.
+    // The filter's text, marked in the names.
     property string part
     property string symbol
     property color tint: Theme.green

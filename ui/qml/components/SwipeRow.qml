@@ -16,7 +16,7 @@ Item {
     property bool destructive: false
     property int key: Qt.Key_Return
     property string name
-    // What the person looks for in the name.
+    // The filter's text, marked in the name.
     property string part
     property string description
     property bool first: false
