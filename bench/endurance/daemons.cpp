@@ -6,11 +6,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -47,6 +49,45 @@ std::string milliseconds(Clock::duration time) {
   return std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(time).count()) + " ms";
 }
 
+// A thread that lives as long as what it starts: these programs end with the thread that started them.
+class Helper {
+ public:
+  ~Helper() {
+    thread_.request_stop();
+    // Wakes it up.
+    carryOut([] {});
+  }
+  Helper() = default;
+  Helper(const Helper&) = delete;
+  Helper& operator=(const Helper&) = delete;
+
+  std::shared_future<void> carryOut(std::function<void()> task) {
+    std::packaged_task<void()> packed(std::move(task));
+    auto done = packed.get_future().share();
+    const std::scoped_lock lock(mutex_);
+    tasks_.push_back(std::move(packed));
+    added_.notify_one();
+    return done;
+  }
+
+ private:
+  void work(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+      std::unique_lock lock(mutex_);
+      added_.wait(lock, [this] { return !tasks_.empty(); });
+      auto task = std::move(tasks_.front());
+      tasks_.pop_front();
+      lock.unlock();
+      task();
+    }
+  }
+
+  std::mutex mutex_;
+  std::condition_variable added_;
+  std::deque<std::packaged_task<void()>> tasks_;
+  std::jthread thread_{[this](const std::stop_token& stop) { work(stop); }};
+};
+
 // The application's main loop, whose longest stop is measured.
 class MainLoop {
  public:
@@ -62,18 +103,15 @@ class MainLoop {
   }
 
   // The loop goes on while another thread restarts something, and the application uses it all the time.
-  void use(const std::function<void()>& use, const std::function<void()>& restart) {
-    std::atomic<bool> isRestarted = false;
-    const std::jthread thread([&] {
-      restart();
-      isRestarted = true;
-    });
+  void use(const std::function<void()>& use, std::function<void()> restart) {
+    const auto isRestarted = helper_.carryOut(std::move(restart));
     runUntil(
         [&] {
           use();
-          return isRestarted.load();
+          return isRestarted.wait_for(0s) == std::future_status::ready;
         },
         "A restart does not end.");
+    isRestarted.get();
   }
 
   Clock::duration longest() const { return longest_; }
@@ -87,6 +125,7 @@ class MainLoop {
     last_ = now;
   }
 
+  Helper helper_;
   Clock::time_point last_ = Clock::now();
   Clock::duration longest_{0};
   std::unique_ptr<Timer> beat_;
@@ -217,10 +256,10 @@ class Keyring {
 };
 
 void restartKeyring(int times) {
+  MainLoop loop;
   Keyring keyring;
   const ScopedEnvironment session("DBUS_SESSION_BUS_ADDRESS", keyring.bus().address().c_str());
   keyring.start();
-  MainLoop loop;
   LibsecretItemStore store(20s);
   const auto read = [&store] { return store.copyMatching("service", "account"); };
   require(store.add("service", "account", "secret") == SecureItemStatus::success, "The keyring takes no item.");
@@ -338,8 +377,8 @@ class Login {
 
 // The reader's service goes while it waits for a finger; or the bus with it.
 void restartReader(const std::string& name, int times, const std::function<void(Reader&)>& restart) {
-  Reader reader;
   MainLoop loop;
+  Reader reader;
   Login login(loop, reader);
   Tunnel tunnel(loop, reader.address());
   restartOften(name, times, loop, [&](int) {
