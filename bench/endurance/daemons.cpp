@@ -1,5 +1,6 @@
-// NetworkManager, the keyring, the fingerprint service and the bus itself are restarted while the application uses
-// them. Its main loop must go on, each use must end, and work again afterwards, and no descriptor may be lost.
+// NetworkManager, the keyring, the fingerprint service and the bus itself are restarted while the application
+// uses them. Its main loop must go on, each use must end, and work again afterwards, and no descriptor may be
+// lost.
 
 #include <gtest/gtest.h>
 #include <sdbus-c++/sdbus-c++.h>
@@ -159,8 +160,8 @@ class Tunnel {
 
   void add() {
     const auto made = service_.makeConfiguration();
-    made->protocolConfiguration =
-        TunnelProtocol{NetworkManagerWorld::service, "dns.example", {{"dohEndpoint", "https://dns.example/q"}}};
+    made->protocolConfiguration = TunnelProtocol{
+        NetworkManagerWorld::service, "dns.example", {{"dohEndpoint", "https://dns.example/q"}}};
     made->localizedDescription = "Quillmar";
     made->isEnabled = true;
     bool isDone = false;
@@ -243,9 +244,10 @@ class Keyring {
   void stop() { daemon_.reset(); }
   void start() {
     const auto home = folder_.path().string();
-    daemon_.emplace(endingWithTheTest(bus_.joining(
-        {"HOME=" + home, "XDG_DATA_HOME=" + home, "XDG_RUNTIME_DIR=" + home, "sh", "-c",
-         "exec gnome-keyring-daemon --foreground --components=secrets --unlock <'" + home + "/password' 2>/dev/null"})));
+    daemon_.emplace(endingWithTheTest(
+        bus_.joining({"HOME=" + home, "XDG_DATA_HOME=" + home, "XDG_RUNTIME_DIR=" + home, "sh", "-c",
+                      "exec gnome-keyring-daemon --foreground --components=secrets --unlock <'" + home +
+                          "/password' 2>/dev/null"})));
     require(bus_.waitFor("org.freedesktop.secrets"), "The keyring does not start.");
   }
 
@@ -262,7 +264,8 @@ void restartKeyring(int times) {
   keyring.start();
   LibsecretItemStore store(20s);
   const auto read = [&store] { return store.copyMatching("service", "account"); };
-  require(store.add("service", "account", "secret") == SecureItemStatus::success, "The keyring takes no item.");
+  require(store.add("service", "account", "secret") == SecureItemStatus::success,
+          "The keyring takes no item.");
   long reads = 0;
   restartOften("the keyring", times, loop, [&](int) {
     loop.use(
@@ -304,9 +307,9 @@ class Reader {
     });
     manager_->finishRegistration();
     device_ = sdbus::createObject(*connection_, devicePath);
-    device_->registerMethod("ListEnrolledFingers").onInterface(deviceInterface).implementedAs([](const std::string&) {
-      return std::vector<std::string>{"right-index-finger"};
-    });
+    device_->registerMethod("ListEnrolledFingers")
+        .onInterface(deviceInterface)
+        .implementedAs([](const std::string&) { return std::vector<std::string>{"right-index-finger"}; });
     for (const char* method : {"Claim", "VerifyStart"}) {
       device_->registerMethod(method).onInterface(deviceInterface).implementedAs([](const std::string&) {});
     }
@@ -328,7 +331,9 @@ class Reader {
 
   void touch() {
     const std::scoped_lock lock(mutex_);
-    device_->emitSignal("VerifyStatus").onInterface(deviceInterface).withArguments(std::string("verify-match"), true);
+    device_->emitSignal("VerifyStatus")
+        .onInterface(deviceInterface)
+        .withArguments(std::string("verify-match"), true);
   }
 
  private:
@@ -350,7 +355,8 @@ class Login {
  public:
   Login(MainLoop& loop, Reader& reader)
       : loop_(loop), check_(loop.dispatch, {.busAddress = reader.address(), .timeout = 20s}) {
-    prompts_ = check_.observePrompt([this](const FprintdCheck::Prompt& prompt) { isAsked_ = prompt.has_value(); });
+    prompts_ =
+        check_.observePrompt([this](const FprintdCheck::Prompt& prompt) { isAsked_ = prompt.has_value(); });
   }
 
   void begin() {

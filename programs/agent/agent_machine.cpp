@@ -46,9 +46,12 @@ Deployments deploymentsFor(const Options& options) {
   return options.service ? Deployments::all(*options.service) : Deployments::builtIn();
 }
 
-bool isEnrolledOnDisk(const Options& options, Log& log) {
-  return !SqliteSettingsStore::isAbsentFrom(options.dataDirectory) &&
-         SqliteSettingsStore(options.dataDirectory, log).read(settings::childIsEnrolled).value_or(false);
+std::optional<bool> isEnrolledOnDisk(const Options& options, Log& log) {
+  if (SqliteSettingsStore::isAbsentFrom(options.dataDirectory)) {
+    return false;
+  }
+  const SqliteSettingsStore store(options.dataDirectory, log);
+  return store.isReadable() ? std::optional(store.boolean(settings::childIsEnrolled)) : std::nullopt;
 }
 
 }  // namespace quillmar::agent

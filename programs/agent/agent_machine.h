@@ -83,7 +83,8 @@ class AgentMachine {
 
 Deployments deploymentsFor(const Options& options);
 
-// Reads the disk again, because a full or read-only disk may not have kept a change.
-bool isEnrolledOnDisk(const Options& options, Log& log);
+// Reads the disk again, because a full or read-only disk may not have kept a change. nullopt if it can't be
+// read.
+std::optional<bool> isEnrolledOnDisk(const Options& options, Log& log);
 
 }  // namespace quillmar::agent

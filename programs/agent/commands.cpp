@@ -175,7 +175,8 @@ ExitStatus reset(const Options& options) {
     complain(reply->error.value_or("This device could not be reset."));
     return ExitStatus::failed;
   }
-  if (AgentLog log; isEnrolledOnDisk(options, log)) {
+  // What can't be read may be there still.
+  if (AgentLog log; isEnrolledOnDisk(options, log).value_or(true)) {
     complain(reply->worker ? "The enrollment can't be removed from the disk now. It comes back with the next "
                              "start, unless the disk can be written by then."
                            : "The enrollment can't be removed from the disk, and comes back with the next "

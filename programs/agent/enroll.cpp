@@ -171,7 +171,7 @@ class Enrollment {
 
   bool save() {
     machine_.settings.synchronize();
-    const bool isDone = isEnrolledOnDisk(options_, log_);
+    const bool isDone = isEnrolledOnDisk(options_, log_).value_or(false);
     if (isDone) {
       writeLine("This device is enrolled.");
       end(ExitStatus::done);

@@ -163,7 +163,7 @@ class Agent {
   // A read-only disk must not leave a child unprotected.
   void workWithoutLock() {
     const auto problem = control::problemWithFolder(options_.dataDirectory);
-    if (!isEnrolledOnDisk(options_, log_)) {
+    if (!isEnrolledOnDisk(options_, log_).value_or(false)) {
       complain(problem.value_or("This device is not enrolled."));
       end(ExitStatus::failed);
       return;

@@ -1,5 +1,5 @@
-// The input makes a connection of NetworkManager, of values of any type, which both programs read. Each line is
-// "SECTION KEY TYPE VALUE".
+// The input makes a connection of NetworkManager, of values of any type, which both programs read. Each line
+// is "SECTION KEY TYPE VALUE".
 
 #include <map>
 #include <string>

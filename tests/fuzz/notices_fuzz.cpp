@@ -20,8 +20,9 @@ namespace {
 constexpr std::size_t mostEvents = 64;
 
 void happen(TestApplication& app, ProtectionNotices& notices, std::uint8_t event) {
-  constexpr std::array statuses{TunnelStatus::invalid,   TunnelStatus::disconnected, TunnelStatus::connecting,
-                                TunnelStatus::connected, TunnelStatus::reasserting,  TunnelStatus::disconnecting};
+  constexpr std::array statuses{TunnelStatus::invalid,     TunnelStatus::disconnected,
+                                TunnelStatus::connecting,  TunnelStatus::connected,
+                                TunnelStatus::reasserting, TunnelStatus::disconnecting};
   constexpr std::uint8_t kinds = 4;
   const auto choice = static_cast<std::size_t>(event / kinds);
   switch (event % kinds) {
@@ -49,7 +50,8 @@ void happen(TestApplication& app, ProtectionNotices& notices, std::uint8_t event
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::set<std::string> known{"Protection Is Back", "Protection Is Down", "Quillmar Is Still Running"};
+  static const std::set<std::string> known{"Protection Is Back", "Protection Is Down",
+                                           "Quillmar Is Still Running"};
   TestApplication app(asEnrolledChild());
   FakeNotifications desktop;
   ProtectionNotices notices(app.environment(), desktop, true);
@@ -61,7 +63,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     happen(app, notices, data[i]);
     require(mayTell || desktop.all.size() == before, "a device that is not enrolled is told nothing");
   }
-  const auto minutes = std::chrono::duration_cast<std::chrono::minutes>(app.machine.dispatch.now() - start).count();
+  const auto minutes =
+      std::chrono::duration_cast<std::chrono::minutes>(app.machine.dispatch.now() - start).count();
   std::size_t changes = 0;
   std::string last;
   for (const auto& notice : desktop.all) {

@@ -1,5 +1,6 @@
-// The input is a picture for the reader of codes: two bytes of width, two of what a line has more than that, and the
-// pixels. Or, if it begins with a Q, the text of a code that is drawn, after two bytes of where it has a spot.
+// The input is a picture for the reader of codes: two bytes of width, two of what a line has more than that,
+// and the pixels. Or, if it begins with a Q, the text of a code that is drawn, after two bytes of where it
+// has a spot.
 
 #include <array>
 #include <span>
@@ -37,10 +38,10 @@ void checkPixels(const std::uint8_t* data, std::size_t size) {
   const int bytesPerLine = width + number(data + 2) % 16;
   const std::span<const std::uint8_t> bytes(data + head, size - head);
   const int height = bytesPerLine > 0 ? static_cast<int>(bytes.size()) / bytesPerLine : 0;
-  static_cast<void>(
-      read({.width = width, .height = height, .bytesPerLine = bytesPerLine, .bytes = bytes}));
+  static_cast<void>(read({.width = width, .height = height, .bytesPerLine = bytesPerLine, .bytes = bytes}));
   const int beyond = height + 2 + number(data + 2);
-  require(!read({.width = width, .height = beyond, .bytesPerLine = bytesPerLine, .bytes = bytes}).ok() || width == 0,
+  require(!read({.width = width, .height = beyond, .bytesPerLine = bytesPerLine, .bytes = bytes}).ok() ||
+              width == 0,
           "a picture that is not there is refused");
 }
 
