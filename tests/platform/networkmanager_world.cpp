@@ -85,7 +85,8 @@ TunnelProgram::TunnelProgram(const std::string& busAddress, const std::string& s
   object_->registerMethod("NeedSecrets").onInterface(pluginInterface).implementedAs([](const Settings&) {
     return std::string();
   });
-  object_->registerMethod("Disconnect").onInterface(pluginInterface).implementedAs([this] { say(stopped); });
+  // NetworkManager would take a word behind a disconnection for one of the next connection.
+  object_->registerMethod("Disconnect").onInterface(pluginInterface).implementedAs([] {});
   object_->registerProperty("State").onInterface(pluginInterface).withGetter([] {
     return std::uint32_t{starting};
   });
