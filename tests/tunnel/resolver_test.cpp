@@ -220,6 +220,21 @@ TEST_F(TunnelResolver, holds_a_failure_for_a_second) {
   EXPECT_THAT(upstream.questions, SizeIs(3));
 }
 
+TEST_F(TunnelResolver, holds_no_failure_of_another_network) {
+  ask();
+  ask({.name = "known.example"});
+  upstream.answer(now, Failure{Cause::unreachable});
+  answer({.name = "known.example"});
+  pass(100ms);
+  resolver->networkChanged(now);
+  ask();
+  ask({.name = "known.example"});
+  EXPECT_THAT(upstream.questions, SizeIs(3)) << "what is known is still true";
+  upstream.answer(now, Failure{Cause::unreachable});
+  ask();
+  EXPECT_THAT(upstream.questions, SizeIs(3)) << "of this network";
+}
+
 TEST_F(TunnelResolver, holds_the_endpoints_own_failure_for_a_second) {
   ask({.payload = 1232});
   answer({.rcode = rcode::servFail, .answers = {}});

@@ -83,8 +83,8 @@ void Resolver::resolve(Time now, Waiter waiter) {
     return answerAtOnce(std::move(*local));
   }
   auto key = keyOf(query);
-  if (const auto* known = cache_.find(now, key)) {
-    return answerAtOnce(replyFor(query, known->outcome, elapsedBetween(known->came, now)));
+  if (const auto* entry = known(now, key)) {
+    return answerAtOnce(replyFor(query, entry->outcome, elapsedBetween(entry->came, now)));
   }
   if (waiting_ >= mostWaiting) {
     const Failure failure{Cause::tooMany};
@@ -97,6 +97,13 @@ void Resolver::resolve(Time now, Waiter waiter) {
   } else {
     askUpstream(now, std::move(key), std::move(waiter));
   }
+}
+
+const Cache::Entry* Resolver::known(Time now, const std::string& key) {
+  const auto* const entry = cache_.find(now, key);
+  const bool isOutdated =
+      entry != nullptr && std::holds_alternative<Failure>(entry->outcome) && entry->came < lastChange_;
+  return isOutdated ? nullptr : entry;
 }
 
 void Resolver::askUpstream(Time now, std::string key, Waiter waiter) {

@@ -39,6 +39,8 @@ class Resolver {
   // Empties the cache. Clients that wait still get the answer that is on its way. It is not kept, and later
   // clients don't get it.
   void forget();
+  // What has failed may be asked again at once.
+  void networkChanged(Time now) { lastChange_ = now; }
 
   std::optional<Time> wakeTime() const;
   void wake(Time now);
@@ -61,6 +63,8 @@ class Resolver {
   void askUpstream(Time now, std::string key, Waiter waiter);
   void fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result);
   void finish(Time now, Ticket ticket, const Outcome& outcome);
+  // What the cache has for it; nothing if that is a failure from before the network changed.
+  const Cache::Entry* known(Time now, const std::string& key);
 
   Upstream& upstream_;
   FailureLog& log_;
@@ -69,6 +73,7 @@ class Resolver {
   std::unordered_map<std::string, Ticket> ticketByKey_;
   std::size_t waiting_ = 0;
   Ticket lastTicket_ = 0;
+  Time lastChange_{};
 };
 
 }  // namespace quillmar::tunnel

@@ -35,7 +35,11 @@ void Server::take(const std::optional<Endpoint>& endpoint) {
   });
 }
 
-void Server::networkChanged() { upstreams_.networkChanged(BootClock::now()); }
+void Server::networkChanged() {
+  const auto now = BootClock::now();
+  upstreams_.networkChanged(now);
+  resolver_.networkChanged(now);
+}
 
 Answering Server::answeringOn(Channel channel) {
   return [this, channel](std::string_view message, Resolver::Reply reply) {
