@@ -18,6 +18,7 @@
 
 #include "command_line/standard_streams.h"
 #include "tunnel/link/constants.h"
+#include "tunnel/link/neighbours.h"
 #include "tunnel/link/open_file.h"
 #include "tunnel/link/redirection.h"
 #include "tunnel/link/tun_device.h"
@@ -159,6 +160,7 @@ ExitStatus runService(boost::asio::io_context& context, const std::string& caFil
                             },
                         .lastGood = [&addresses] { return addresses.all(); }});
   const NetworkWatch network(context, [&worker] {
+    forgetUnansweredNeighbours();
     tell("The network has changed.");
     worker.networkChanged();
   });
