@@ -21,6 +21,7 @@ void checkGuard(std::string_view bytes) {
                            require(line.find_first_of("\n\r\x1b") == std::string::npos, "a line is one line");
                          },
                      .serversWanted = [&] { ++heard; },
+                     .ponged = [&] { ++heard; },
                      .reached =
                          [&](const std::string& reached, const boost::asio::ip::address& address) {
                            ++heard;

@@ -4,33 +4,19 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
+#include "tests/tunnel/support/timers.h"
 #include "tunnel/network/alarm.h"
 
 namespace quillmar::tunnel {
 namespace {
 
 using namespace std::chrono_literals;
+using test::timers;
 using testing::AllOf;
 using testing::Each;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-// The kernel's description of each timer of this process.
-std::vector<std::string> timers() {
-  std::vector<std::string> all;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fdinfo")) {
-    auto text = (std::ostringstream() << std::ifstream(entry.path()).rdbuf()).str();
-    if (text.find("it_value") != std::string::npos) {
-      all.push_back(std::move(text));
-    }
-  }
-  return all;
-}
 
 TEST(TunnelTimer, expires_once) {
   boost::asio::io_context context;

@@ -21,6 +21,7 @@ struct TunnelWorkerGuard : testing::Test {
   WorkerGuard guard{
       {.tell = [this](const std::string& line) { heard.push_back(line); },
        .serversWanted = [this] { heard.emplace_back("servers?"); },
+       .ponged = [this] { heard.emplace_back("pong"); },
        .reached = [this](const std::string& host,
                          const ip::address& address) { heard.push_back(host + ' ' + address.to_string()); }}};
 };
@@ -29,7 +30,8 @@ TEST_F(TunnelWorkerGuard, passes_on_what_a_worker_says) {
   EXPECT_TRUE(take(Line{"The endpoint answers."}));
   EXPECT_TRUE(take(WantServers{}));
   EXPECT_TRUE(take(Reached{"doh.example", ip::make_address("192.0.2.7")}));
-  EXPECT_THAT(heard, ElementsAre("The endpoint answers.", "servers?", "doh.example 192.0.2.7"));
+  EXPECT_TRUE(take(Pong{}));
+  EXPECT_THAT(heard, ElementsAre("The endpoint answers.", "servers?", "doh.example 192.0.2.7", "pong"));
 }
 
 TEST_F(TunnelWorkerGuard, keeps_a_line_on_one_printable_line) {

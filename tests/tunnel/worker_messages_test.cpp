@@ -23,9 +23,14 @@ const std::vector<ToWorker> toWorker{Begin{},
                                      TakeEndpoint{"https://doh.example/q?a=b"},
                                      TakeServers{},
                                      TakeServers{{{address4, 53}, {address6, 5353}}},
-                                     NetworkChanged{}};
-const std::vector<FromWorker> fromWorker{Line{}, Line{"The endpoint answers."}, WantServers{},
-                                         Reached{"doh.example", address4}, Reached{"doh.example", address6}};
+                                     NetworkChanged{},
+                                     Ping{}};
+const std::vector<FromWorker> fromWorker{Line{},
+                                         Line{"The endpoint answers."},
+                                         WantServers{},
+                                         Reached{"doh.example", address4},
+                                         Reached{"doh.example", address6},
+                                         Pong{}};
 
 TEST(TunnelWorkerMessages, arrive_as_they_were_sent) {
   for (const auto& message : toWorker) {

@@ -33,8 +33,12 @@ namespace fs = std::filesystem;
 
 // A shell in place of the worker, with the service's socket at descriptor 3.
 struct TunnelWorkerProcess : testing::Test {
-  void start(const std::string& script) {
-    worker.emplace(context, WorkerProcess::Given{.program = "/bin/sh", .words = {"sh", "-c", script}},
+  void start(const std::string& script, std::vector<OpenFile> listeners = {}, WorkerPulse::Pace pace = {}) {
+    worker.emplace(context,
+                   WorkerProcess::Given{.program = "/bin/sh",
+                                        .words = {"sh", "-c", script},
+                                        .listeners = std::move(listeners),
+                                        .pace = pace},
                    WorkerProcess::Events{.tell = [this](const std::string& line) { lines.push_back(line); },
                                          .servers =
                                              [this] {
@@ -110,6 +114,19 @@ TEST_F(TunnelWorkerProcess, is_killed_when_it_shuts_down_reading) {
   start("exec 3>&-; exec sleep 1000");
   runUntil("again");
   EXPECT_THAT(lines, ElementsAre(killedAgain));
+}
+
+TEST_F(TunnelWorkerProcess, is_killed_when_it_hangs_while_a_query_waits) {
+  auto sockets = std::get<Sockets>(bindSockets(context, *parseListenAddress("127.0.0.1:0")));
+  const auto server = sockets.udp.local_endpoint();
+  std::vector<OpenFile> listeners;
+  listeners.emplace_back(sockets.udp.release());
+  listeners.emplace_back(sockets.tcp.release());
+  start("exec sleep 1000", std::move(listeners), {.patience = std::chrono::milliseconds(1)});
+  UdpSocket client(context, boost::asio::ip::udp::v4());
+  client.send_to(boost::asio::buffer("query", 5), server);
+  runUntil("again");
+  EXPECT_THAT(lines, ElementsAre("The worker does not answer: it is ended.", killedAgain));
 }
 
 // The shell sends back the bytes of every later message in hexadecimal, as a line for the log.
@@ -326,6 +343,17 @@ TEST_F(TunnelWorker, comes_back_with_its_endpoint_as_often_as_it_is_killed) {
     EXPECT_EQ(ask("tcp" + std::to_string(round) + ".example", Channel::tcp), "an answer");
   }
   EXPECT_THAT(told(), ElementsAre(killedAgain, killedAgain, killedAgain));
+}
+
+// As a debugger would stop it, or a loop without end.
+TEST_F(TunnelWorker, is_replaced_when_it_hangs) {
+  EXPECT_EQ(ask("before.example"), "an answer");
+  const auto hanging = process();
+  ASSERT_GT(hanging, 0);
+  ::kill(hanging, SIGSTOP);
+  EXPECT_EQ(ask("after.example"), "an answer");
+  EXPECT_NE(process(), hanging);
+  EXPECT_THAT(told(), ElementsAre("The worker does not answer: it is ended.", killedAgain));
 }
 
 }  // namespace

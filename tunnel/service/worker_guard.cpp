@@ -30,8 +30,10 @@ bool WorkerGuard::take(Time now, std::string_view text) {
     if (reached->host == host_ && canBeReached(reached->address)) {
       events_.reached(reached->host, reached->address);
     }
-  } else {
+  } else if (std::holds_alternative<WantServers>(*message)) {
     events_.serversWanted();
+  } else {
+    events_.ponged();
   }
   return true;
 }

@@ -21,6 +21,7 @@ class WorkerGuard {
   struct Events {
     std::function<void(const std::string& line)> tell;
     std::function<void()> serversWanted;
+    std::function<void()> ponged;
     LinkBootstrap::Reached reached;
   };
 

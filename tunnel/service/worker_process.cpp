@@ -31,6 +31,13 @@ OpenFile movedAside(const OpenFile& file) {
   return OpenFile(::fcntl(file.get(), F_DUPFD_CLOEXEC, beyondTheWorkers));
 }
 
+WorkerProcess::Given movedAside(WorkerProcess::Given given) {
+  for (OpenFile& listener : given.listeners) {
+    listener = movedAside(listener);
+  }
+  return given;
+}
+
 std::string descriptionOf(int status) {
   return WIFSIGNALED(status) ? "was killed by signal " + std::to_string(WTERMSIG(status))
                              : "ended with status " + std::to_string(WEXITSTATUS(status));
@@ -45,15 +52,16 @@ WorkerUser workersUser() {
 
 WorkerProcess::WorkerProcess(boost::asio::io_context& context, Given given, Events events)
     : context_(context),
-      given_(std::move(given)),
+      given_(movedAside(std::move(given))),
       events_(std::move(events)),
       guard_({.tell = events_.tell,
               .serversWanted = [this] { say(TakeServers{events_.servers()}); },
+              .ponged = [this] { pulse_.beat(); },
               .reached = events_.reached}),
+      pulse_(context, given_.listeners,
+             {.ask = [this] { say(Ping{}); }, .isSilent = [this] { misbehaved("does not answer"); }},
+             given_.pace),
       pause_(context) {
-  for (OpenFile& listener : given_.listeners) {
-    listener = movedAside(listener);
-  }
   start();
 }
 
@@ -67,6 +75,7 @@ WorkerProcess::~WorkerProcess() {
 void WorkerProcess::start() {
   started_ = BootClock::now();
   guard_.startAnew();
+  pulse_.startAnew();
   std::array<int, 2> ends{-1, -1};
   ::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data());
   OpenFile ours(ends[0]);
@@ -133,6 +142,9 @@ void WorkerProcess::came(std::string_view message) {
 }
 
 void WorkerProcess::misbehaved(const std::string& how) {
+  if (process_ <= 0) {
+    return;
+  }
   events_.tell("The worker " + how + ": it is ended.");
   ended();
 }

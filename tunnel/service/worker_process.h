@@ -12,14 +12,15 @@
 #include "tunnel/link/open_file.h"
 #include "tunnel/network/timer.h"
 #include "tunnel/service/worker_guard.h"
+#include "tunnel/service/worker_pulse.h"
 #include "tunnel/worker/cage.h"
 #include "tunnel/worker/message_socket.h"
 
 namespace quillmar::tunnel {
 
-// Runs the worker as a child process: passes it its sockets, starts it again when it dies, and kills it in
-// the destructor. The worker also ends when this process dies. This process keeps the listening sockets open,
-// so that queries wait for the next worker.
+// Runs the worker as a child process: passes it its sockets, starts it again when it dies or hangs, and kills
+// it in the destructor. The worker also ends when this process dies. This process keeps the listening sockets
+// open, so that queries wait for the next worker.
 class WorkerProcess {
  public:
   struct Given {
@@ -28,6 +29,7 @@ class WorkerProcess {
     std::vector<OpenFile> listeners{};  // UDP before TCP, pair by pair
     WorkerUser user{};
     std::string caFile{};
+    WorkerPulse::Pace pace{};
   };
   struct Events {
     std::function<void(const std::string& line)> tell;
@@ -52,6 +54,7 @@ class WorkerProcess {
   int spawn(OpenFile itsEnd);
   void say(const ToWorker& message);
   void came(std::string_view message);
+  // Ends it, if it is there.
   void misbehaved(const std::string& how);
   void ended();
   void startLater(const std::string& cause);
@@ -60,6 +63,7 @@ class WorkerProcess {
   Given given_;
   const Events events_;
   WorkerGuard guard_;
+  WorkerPulse pulse_;
   Restarts restarts_;
   Timer pause_;
   std::string endpoint_;

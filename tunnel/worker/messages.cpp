@@ -17,9 +17,11 @@ enum class Kind : std::uint16_t {
   takeEndpoint,
   takeServers,
   networkChanged,
+  ping,
   line = 101,
   wantServers,
   reached,
+  pong,
 };
 
 constexpr std::uint16_t family4 = 4;
@@ -80,6 +82,8 @@ void appendTo(std::string& message, const NetworkChanged& /*changed*/) {
   appendKind(message, Kind::networkChanged);
 }
 
+void appendTo(std::string& message, const Ping& /*ping*/) { appendKind(message, Kind::ping); }
+
 void appendTo(std::string& message, const Line& line) {
   appendKind(message, Kind::line);
   appendText(message, line.text, longestLine);
@@ -92,6 +96,8 @@ void appendTo(std::string& message, const Reached& reached) {
   appendText(message, reached.host, longestHost);
   appendAddress(message, reached.address);
 }
+
+void appendTo(std::string& message, const Pong& /*pong*/) { appendKind(message, Kind::pong); }
 
 template <class Message>
 std::string encoded(const Message& message) {
@@ -199,6 +205,9 @@ std::optional<ToWorker> decodeToWorker(std::string_view text) {
     case Kind::networkChanged:
       message = NetworkChanged{};
       break;
+    case Kind::ping:
+      message = Ping{};
+      break;
     default:
       return std::nullopt;
   }
@@ -217,6 +226,9 @@ std::optional<FromWorker> decodeFromWorker(std::string_view text) {
       break;
     case Kind::reached:
       message = readReached(parts);
+      break;
+    case Kind::pong:
+      message = Pong{};
       break;
     default:
       return std::nullopt;

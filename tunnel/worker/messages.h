@@ -51,7 +51,11 @@ struct TakeServers {
 struct NetworkChanged {
   friend bool operator==(const NetworkChanged&, const NetworkChanged&) = default;
 };
-using ToWorker = std::variant<Begin, TakeEndpoint, TakeServers, NetworkChanged>;
+// The worker answers with Pong.
+struct Ping {
+  friend bool operator==(const Ping&, const Ping&) = default;
+};
+using ToWorker = std::variant<Begin, TakeEndpoint, TakeServers, NetworkChanged, Ping>;
 
 // A line for the log.
 struct Line {
@@ -69,7 +73,10 @@ struct Reached {
 
   friend bool operator==(const Reached&, const Reached&) = default;
 };
-using FromWorker = std::variant<Line, WantServers, Reached>;
+struct Pong {
+  friend bool operator==(const Pong&, const Pong&) = default;
+};
+using FromWorker = std::variant<Line, WantServers, Reached, Pong>;
 
 // Truncates texts and lists that exceed a limit.
 std::string encode(const ToWorker& message);

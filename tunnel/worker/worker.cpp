@@ -89,6 +89,8 @@ void Worker::take(std::string_view text) {
     }
   } else if (std::holds_alternative<NetworkChanged>(*message)) {
     server_.networkChanged();
+  } else if (std::holds_alternative<Ping>(*message)) {
+    say(Pong{});
   }
 }
 
