@@ -113,9 +113,9 @@ std::vector<std::string> silence(const Query& /*query*/) { return {}; }
 
 struct TunnelLinkBootstrap : testing::Test {
   // Returns the addresses that were found, as text.
-  std::vector<std::string> find() {
+  std::vector<std::string> find(const std::string& url = "https://doh.example/q") {
     std::optional<std::vector<std::string>> found;
-    bootstrap.find(*parseEndpoint("https://doh.example/q"), [&](auto error, const TcpEndpoints& endpoints) {
+    bootstrap.find(*parseEndpoint(url), [&](auto error, const TcpEndpoints& endpoints) {
       found.emplace();
       EXPECT_EQ(static_cast<bool>(error), endpoints.empty());
       for (const auto& endpoint : endpoints) {
@@ -140,7 +140,9 @@ struct TunnelLinkBootstrap : testing::Test {
                           {},
                           [this](const std::string& host, const ip::address& address) {
                             kept.push_back(host + ' ' + address.to_string());
-                          }};
+                          },
+                          [this](const ip::address& address) { return hasRoute(address); }};
+  std::function<bool(const ip::address&)> hasRoute = [](const ip::address&) { return true; };
 };
 
 TEST_F(TunnelLinkBootstrap, asks_for_both_families_and_remembers) {
@@ -192,6 +194,139 @@ TEST_F(TunnelLinkBootstrap, falls_back_on_the_last_good_address) {
   const NameServer server(addresses);
   servers = {server.endpoint};
   EXPECT_THAT(find(), ElementsAre("2001:db8::1", "192.0.2.7", "198.51.100.1")) << "last";
+}
+
+// A network with IPv6 alone. Its server has these addresses for ipv4only.arpa, and only an IPv4 address for
+// the endpoint.
+struct TunnelOnIpv6Alone : TunnelLinkBootstrap {
+  TunnelOnIpv6Alone() {
+    hasRoute = [](const ip::address& address) { return address.is_v6(); };
+  }
+  NameServer::Answering with(std::vector<std::string> ofIpv4OnlyHost) {
+    return [ofIpv4OnlyHost = std::move(ofIpv4OnlyHost)](const Query& query) {
+      if (query.question.name == wireName("doh.example")) {
+        return query.question.type == type::a ? addresses(query)
+                                              : std::vector{reply({.type = type::aaaa, .answers = {}})};
+      }
+      EXPECT_EQ(query.question.name, wireName("ipv4only.arpa"));
+      AnswerText text{.name = "ipv4only.arpa", .type = query.question.type, .answers = {}};
+      if (query.question.type == type::a) {
+        text.answers.push_back({.data = "\xc0\x00\x00\xaa"s});
+      } else {
+        for (const auto& address : ofIpv4OnlyHost) {
+          const auto bytes = ip::make_address_v6(address).to_bytes();
+          text.answers.push_back({.type = type::aaaa, .data = std::string(bytes.begin(), bytes.end())});
+        }
+      }
+      return std::vector{answerText(text)};
+    };
+  }
+};
+
+TEST_F(TunnelOnIpv6Alone, translates_the_endpoints_address) {
+  const NameServer server(with({"64:ff9b::192.0.0.170", "64:ff9b::192.0.0.171"}));
+  servers = {server.endpoint};
+  EXPECT_THAT(find(), ElementsAre("192.0.2.7", "64:ff9b::c000:207"));
+  EXPECT_EQ(server.questions, 4);
+  EXPECT_THAT(find(), ElementsAre("192.0.2.7", "64:ff9b::c000:207"));
+  EXPECT_EQ(server.questions, 4) << "it is known";
+  bootstrap.missed(*parseEndpoint("https://doh.example/q"));
+  EXPECT_THAT(find(), ElementsAre("192.0.2.7", "64:ff9b::c000:207"));
+  EXPECT_EQ(server.questions, 8) << "on another network, maybe";
+}
+
+TEST_F(TunnelOnIpv6Alone, translates_an_address_in_the_url) {
+  const NameServer server(with({"2001:db8:122:344:c0::aa00:0"}));
+  servers = {server.endpoint};
+  EXPECT_THAT(find("https://192.0.2.33/q"), ElementsAre("192.0.2.33", "2001:db8:122:344:c0:2:2100:0"));
+  EXPECT_THAT(find("https://[2001:db8::7]/q"), ElementsAre("2001:db8::7"));
+}
+
+TEST_F(TunnelOnIpv6Alone, keeps_the_address_that_was_translated) {
+  const NameServer server(with({"64:ff9b::192.0.0.170"}));
+  servers = {server.endpoint};
+  find();
+  reach("64:ff9b::c000:207");
+  EXPECT_THAT(kept, ElementsAre("doh.example 192.0.2.7"));
+}
+
+TEST_F(TunnelOnIpv6Alone, translates_nothing_without_a_prefix) {
+  for (const auto& none : std::vector<std::vector<std::string>>{
+           {}, {"2001:db8::1"}, {"::ffff:192.0.0.170"}, {"::192.0.0.170"}, {"fe80::192.0.0.170"}}) {
+    const NameServer server(with(none));
+    servers = {server.endpoint};
+    EXPECT_THAT(find(), ElementsAre("192.0.2.7"));
+    bootstrap.missed(*parseEndpoint("https://doh.example/q"));
+  }
+}
+
+TEST_F(TunnelOnIpv6Alone, asks_no_more_than_it_has_to) {
+  const NameServer server(with({"64:ff9b::192.0.0.170"}));
+  servers = {server.endpoint};
+  hasRoute = [](const ip::address&) { return true; };
+  EXPECT_THAT(find(), ElementsAre("192.0.2.7"));
+  hasRoute = [](const ip::address&) { return false; };
+  EXPECT_THAT(find(), ElementsAre("192.0.2.7")) << "on no network at all";
+  EXPECT_EQ(server.questions, 2);
+}
+
+// The table of RFC 6052, 2.4.
+const std::vector<std::pair<std::string, std::size_t>> prefixes{
+    {"2001:db8::", 4},         {"2001:db8:100::", 5},     {"2001:db8:122::", 6},
+    {"2001:db8:122:300::", 7}, {"2001:db8:122:344::", 8}, {"2001:db8:122:344::", 12}};
+
+Nat64Prefix prefixOf(const std::pair<std::string, std::size_t>& written) {
+  return {ip::make_address_v6(written.first).to_bytes(), written.second};
+}
+
+TEST(TunnelNat64, writes_an_address_behind_prefixes_of_each_length) {
+  const auto address = ip::make_address_v4("192.0.2.33");
+  std::vector<std::string> all;
+  for (const auto& prefix : prefixes) {
+    all.push_back(translated(prefixOf(prefix), address)->to_string());
+  }
+  EXPECT_THAT(all, ElementsAre("2001:db8:c000:221::", "2001:db8:1c0:2:21::", "2001:db8:122:c000:2:2100::",
+                               "2001:db8:122:3c0:0:221::", "2001:db8:122:344:c0:2:2100:0",
+                               "2001:db8:122:344::c000:221"));
+}
+
+TEST(TunnelNat64, finds_prefixes_of_each_length) {
+  for (const auto& prefix : prefixes) {
+    for (const auto* known : {"192.0.0.170", "192.0.0.171"}) {
+      const auto shown = *translated(prefixOf(prefix), ip::make_address_v4(known));
+      EXPECT_THAT(nat64Prefixes({shown}), ElementsAre(prefixOf(prefix))) << shown;
+    }
+  }
+}
+
+TEST(TunnelNat64, finds_no_prefix_elsewhere) {
+  for (const auto* address :
+       {"192.0.0.170", "::", "::1", "2001:db8::192.0.0.169", "2001:db8::192.0.0.172", "::ffff:192.0.0.170",
+        "::192.0.0.170", "fe80::192.0.0.170", "ff0e::192.0.0.170", "2001:db8:c000:aa::1",
+        "2001:db8:122:344:ffc0:0:aa00:0", "2001:db8:c0::aa00:0:0:0"}) {
+    EXPECT_THAT(nat64Prefixes({ip::make_address(address)}), IsEmpty()) << address;
+  }
+}
+
+TEST(TunnelNat64, keeps_each_prefix_once_and_only_a_few) {
+  std::vector<ip::address> shown;
+  for (int number = 0; number < 100; ++number) {
+    shown.push_back(ip::make_address("2001:db8:" + std::to_string(number / 2) + "::192.0.0.170"));
+  }
+  const auto found = nat64Prefixes(shown);
+  ASSERT_THAT(found, testing::SizeIs(mostNat64Prefixes));
+  EXPECT_EQ(ip::address_v6(found.back().bytes), ip::make_address_v6("2001:db8:3::"));
+}
+
+TEST(TunnelNat64, does_not_translate_what_is_near) {
+  for (const auto* near : {"127.0.0.1", "0.0.0.0", "224.0.0.1", "169.254.1.1"}) {
+    EXPECT_FALSE(translated(prefixOf(prefixes.back()), ip::make_address_v4(near))) << near;
+  }
+}
+
+TEST(TunnelNat64, sees_a_route_without_sending_anything) {
+  EXPECT_TRUE(hasRouteTo(ip::make_address("127.0.0.1")));
+  EXPECT_FALSE(hasRouteTo(ip::make_address("255.255.255.255"))) << "not for everybody";
 }
 
 }  // namespace

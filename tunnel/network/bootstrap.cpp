@@ -38,7 +38,7 @@ TcpEndpoints byTurns(const TcpEndpoints& endpoints) {
 
 void Bootstrap::find(const Endpoint& endpoint, Found found) {
   if (auto known = knownFor(endpoint); !known.empty()) {
-    return found({}, std::move(known));
+    return deliver(std::move(known), std::move(found));
   }
   lookUp(endpoint, std::move(found));
 }

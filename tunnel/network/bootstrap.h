@@ -2,6 +2,7 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include "tunnel/network/endpoint.h"
@@ -27,6 +28,10 @@ class Bootstrap {
   virtual void reached(const Endpoint& /*endpoint*/, const boost::asio::ip::address& /*address*/) {}
   // None of the found addresses accepted a connection.
   virtual void missed(const Endpoint& /*endpoint*/) {}
+
+ protected:
+  // Calls `found`, maybe with more addresses.
+  virtual void deliver(TcpEndpoints endpoints, Found found) { found({}, std::move(endpoints)); }
 
  private:
   virtual void lookUp(const Endpoint& endpoint, Found found) = 0;
