@@ -392,6 +392,34 @@ TEST_F(TunnelUpstream, does_not_wait_for_a_connection_that_was_begun_on_another_
   EXPECT_THAT(latest().sent, ElementsAre(1));
 }
 
+// The first question may come before the news that the machine is awake.
+TEST_F(TunnelUpstream, does_not_wait_for_a_connection_that_died_while_the_machine_slept) {
+  settle();
+  auto* const dead = made.front();
+  now += 8h;
+  ask(1);
+  EXPECT_THAT(dead->sent, ElementsAre(1));
+  EXPECT_EQ(dead->pings, 1);
+  pass(100ms);
+  upstream.networkChanged(now);
+  ASSERT_THAT(made, SizeIs(2)) << "at once";
+  open();
+  EXPECT_THAT(latest().sent, ElementsAre(1));
+  answer(1);
+  EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
+  EXPECT_THAT(alive, ElementsAre(&latest()));
+}
+
+TEST_F(TunnelUpstream, misses_a_connection_that_died_in_sleep_within_a_second_without_being_told) {
+  settle();
+  now += 8h;
+  ask(1);
+  pass(1s);
+  ASSERT_THAT(made, SizeIs(2));
+  open();
+  EXPECT_THAT(latest().sent, ElementsAre(1));
+}
+
 TEST_F(TunnelUpstream, makes_no_connection_on_another_network_before_somebody_asks) {
   settle();
   pass(DohUpstream::idle);

@@ -50,6 +50,12 @@ TEST(TunnelUnit, is_accepted_by_systemd_and_grants_few_rights) {
       0);
 }
 
+// Until then a killed program leaves DNS shut.
+TEST(TunnelUnit, is_started_again_whatever_has_ended_it) {
+  std::ifstream unit(QUILLMAR_TUNNEL_UNIT);
+  EXPECT_THAT(std::string(std::istreambuf_iterator<char>(unit), {}), HasSubstr("\nRestart=always\n"));
+}
+
 // The system calls that a unit allows: its lists of calls and of systemd's groups, applied in order.
 class AllowedCalls {
  public:

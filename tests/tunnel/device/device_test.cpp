@@ -302,6 +302,72 @@ TEST_F(TunnelDevice, answers_without_networkmanager_and_reconnects_when_it_retur
   EXPECT_THAT(rules(), IsEmpty());
 }
 
+TEST_F(TunnelDevice, outlives_a_networkmanager_that_is_killed) {
+  protect();
+  world().stopManager(SIGKILL);
+  readUntil("NetworkManager went away.");
+  EXPECT_EQ(askAt(server4, newName()), first);
+  world().startManager();
+  readUntil("Protects this machine.");
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_EQ(askAt(server6, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  world().nmcli({"connection", "up", "wire"});
+}
+
+TEST_F(TunnelDevice, protects_a_link_with_ipv6_alone) {
+  world().nmcli({"connection", "modify", "wire", "ipv4.method", "disabled", "ipv4.addresses", "",
+                 "ipv4.gateway", "", "ipv4.dns", ""});
+  world().nmcli({"connection", "up", "wire"});
+  EXPECT_EQ(askAt(server6, "clear.example"), Outside::answer);
+  protect();
+  EXPECT_TRUE(DeviceWorld::resolvConfBecomes("nameserver 198.18.53.53\n"));
+  EXPECT_THAT(runCommand({"getent", "ahostsv4", newName()}).output, StartsWith(first));
+  for (const auto channel : {Channel::udp, Channel::tcp}) {
+    EXPECT_EQ(askAt(server6, newName(), channel), first);
+    EXPECT_EQ(askAt(server6, newName(), channel, 853), "refused");
+  }
+  world().nmcli({"connection", "modify", "wire", "ipv4.method", "manual", "ipv4.addresses", "10.9.9.2/24",
+                 "ipv4.gateway", "10.9.9.1", "ipv4.dns", "10.9.9.1"});
+  world().nmcli({"connection", "up", "wire"});
+  EXPECT_THAT(world().seenInClear(), testing::ElementsAre("udp 53 clear.example"));
+}
+
+// NetworkManager then gives programs the other connection's name server.
+TEST_F(TunnelDevice, is_not_displaced_by_a_connection_with_a_lower_priority) {
+  world().nmcli({"connection", "modify", "wire", "ipv4.dns-priority", "-200"});
+  world().nmcli({"connection", "up", "wire"});
+  protect();
+  EXPECT_TRUE(DeviceWorld::resolvConfBecomes("nameserver 10.9.9.1\n"));
+  EXPECT_THAT(runCommand({"getent", "ahostsv4", newName()}).output, StartsWith(first));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  world().nmcli({"connection", "modify", "wire", "ipv4.dns-priority", "0"});
+}
+
+TEST_F(TunnelDevice, activates_its_connection_as_soon_as_there_is_a_link) {
+  world().addProfile(endpoint.url());
+  world().nmcli({"connection", "down", "wire"});
+  const auto changes = world().addressChanges();
+  start();
+  readUntil("NetworkManager is there.");
+  EXPECT_THAT(rules(), IsEmpty());
+  world().nmcli({"connection", "up", "wire"});
+  EXPECT_THAT(changes->readUntil("198.18.53.53"), HasSubstr("198.18.53.53"));
+  EXPECT_EQ(askAt(server4, newName()), first);
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+TEST_F(TunnelDevice, answers_again_when_its_worker_hangs) {
+  protect();
+  EXPECT_EQ(askAt(server4, newName()), first);
+  const auto hanging = worker();
+  ASSERT_GT(hanging, 0);
+  EXPECT_EQ(::kill(hanging, SIGSTOP), 0);
+  EXPECT_EQ(askAt(server4, newName()), first);
+  readUntil("The worker does not answer: it is ended.");
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
 TEST_F(TunnelDevice, refuses_dns_when_it_is_killed_until_it_is_released) {
   protect();
   DnsClient before(server4, Channel::udp);
@@ -386,6 +452,21 @@ TEST_F(TunnelDevice, notices_that_its_network_is_back) {
   readUntil("The network has changed.");
   EXPECT_EQ(askAt(server4, newName()), first);
   EXPECT_THAT(world().seenInClear(), IsEmpty());
+}
+
+// The kernel would let packets to them wait for up to a second.
+TEST_F(TunnelDevice, has_neighbours_looked_for_again_when_its_network_has_changed) {
+  const auto neighbour = [](const std::string& address) {
+    return runCommand({"ip", "neighbour", "show", address, "dev", "v0"}).output;
+  };
+  protect();
+  EXPECT_EQ(runCommand({"bash", "-c", "echo >/dev/udp/10.9.9.1/7; echo >/dev/udp/10.9.9.77/7"}).status, 0);
+  ASSERT_THAT(neighbour("10.9.9.77"), testing::AnyOf(HasSubstr("INCOMPLETE"), HasSubstr("FAILED")));
+  EXPECT_EQ(runCommand({"ip", "route", "add", "default", "via", "10.9.9.9", "metric", "9999"}).status, 0);
+  readUntil("The network has changed.");
+  EXPECT_THAT(neighbour("10.9.9.77"), IsEmpty());
+  EXPECT_THAT(neighbour("10.9.9.1"), HasSubstr("lladdr"));
+  EXPECT_EQ(runCommand({"ip", "route", "delete", "default", "via", "10.9.9.9"}).status, 0);
 }
 
 TEST_F(TunnelDevice, comes_back_when_it_is_started_again) {

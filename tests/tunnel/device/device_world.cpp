@@ -117,8 +117,8 @@ void DeviceWorld::startManager() {
       << (std::ostringstream() << std::ifstream(file("log")).rdbuf()).str();
 }
 
-void DeviceWorld::stopManager() {
-  manager_->end(SIGTERM);
+void DeviceWorld::stopManager(int signal) {
+  manager_->end(signal);
   manager_.reset();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -33,7 +34,7 @@ class DeviceWorld {
   std::filesystem::path file(const std::string& name) const { return directory_.path() / name; }
 
   void startManager();
-  void stopManager();
+  void stopManager(int signal = SIGTERM);
   // Restores the initial state: only the wire is connected.
   void tidy();
 
