@@ -37,7 +37,7 @@ ListFilter::ListFilter(ObservableObject& screen)
 bool ListFilter::hasChoice() const {
   const auto rows =
       std::accumulate(lists_.begin(), lists_.end(), std::size_t{0},
-                      [](std::size_t sum, const FilteredRows* list) { return sum + list->listSize(); });
+                      [](std::size_t sum, const SelectedRows* list) { return sum + list->listSize(); });
   return rows > 1;
 }
 
@@ -49,26 +49,31 @@ void ListFilter::take() {
   }
 }
 
-FilteredRows::FilteredRows(ObservableObject& screen, const Names& names, const Member& list,
+SelectedRows::SelectedRows(ObservableObject& screen, std::string_view name, const Member& list,
                            ListFilter& filter)
-    : Member(screen, names.rows, Kind::rows),
-      noMatch(screen, names.noMatch, [this] { return computeNoMatch(); }),
+    : Member(screen, name, Kind::rows),
       list_(list),
-      filter_(filter),
-      searched_(names.searched),
-      listSize_(list.nested().size()),
       listReaction_(screen.observe([this](const Member& changed) {
         if (&changed == &list_) {
           takeList();
         }
-      })),
-      filterReaction_(filter.changed_.connect([this] { takeFilter(); })) {
+      })) {
   filter.lists_.push_back(this);
+}
+
+FilteredRows::FilteredRows(ObservableObject& screen, const Names& names, const Member& list,
+                           ListFilter& filter)
+    : SelectedRows(screen, names.rows, list, filter),
+      noMatch(screen, names.noMatch, [this] { return computeNoMatch(); }),
+      filter_(filter),
+      searched_(names.searched),
+      filterReaction_(filter.onChange([this] { takeFilter(); })) {
+  setListSize(list.nested().size());
 }
 
 std::vector<Member::Nested> FilteredRows::nested() const {
   if (!filter_.isActive()) {
-    return list_.nested();
+    return SelectedRows::nested();
   }
   std::vector<Nested> shown;
   for (const auto& candidate : candidates_) {
@@ -80,20 +85,19 @@ std::vector<Member::Nested> FilteredRows::nested() const {
 }
 
 void FilteredRows::takeFilter() {
-  ++revision_;
   if (!filter_.isActive()) {
     candidates_.clear();
   } else if (candidates_.empty()) {
-    updateCandidates(list_.nested());
+    updateCandidates(list().nested());
   } else {
     std::ranges::for_each(candidates_, [this](const auto& candidate) { judge(*candidate); });
   }
-  announce();
+  select();
 }
 
 void FilteredRows::takeList() {
-  const auto rows = list_.nested();
-  listSize_ = rows.size();
+  const auto rows = list().nested();
+  setListSize(rows.size());
   if (filter_.isActive()) {
     updateCandidates(rows);
   }
@@ -143,7 +147,7 @@ void FilteredRows::judge(Candidate& candidate) const {
 std::optional<std::string> FilteredRows::computeNoMatch() const {
   const bool isNothingShown =
       std::ranges::none_of(candidates_, [](const auto& candidate) { return candidate->isShown; });
-  return !candidates_.empty() && isNothingShown ? std::optional<std::string>("No match") : std::nullopt;
+  return !candidates_.empty() && isNothingShown ? std::optional<std::string>(noMatchText) : std::nullopt;
 }
 
 }  // namespace quillmar

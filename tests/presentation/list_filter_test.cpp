@@ -257,6 +257,56 @@ TEST_F(ListFilterTest, shows_no_row_without_a_name_for_a_part) {
   EXPECT_THAT(namesIn(nameless.shown), IsEmpty());
 }
 
+// It makes rows only for the names that its filter wants.
+class LongScreen final : public ObservableObject {
+ public:
+  LongScreen() : ObservableObject("LongScreen") {}
+
+  Rows<NamedRow> rows{*this, "rows"};
+  ListFilter filter{*this};
+  SelectedRows shown{*this, "shown", rows, filter};
+};
+
+TEST(SelectedRows, are_all_rows_of_the_list) {
+  LongScreen screen;
+  screen.rows.assign(makeRows({"Anna", "Bob"}));
+  screen.filter.text = "x";
+  EXPECT_THAT(namesIn(screen.shown), ElementsAre("Anna", "Bob"));
+}
+
+TEST(SelectedRows, follow_the_list_and_announce_it) {
+  LongScreen screen;
+  int news = 0;
+  const auto watching =
+      screen.observe([&](const Member& member) { news += &member == &screen.shown ? 1 : 0; });
+  const auto before = screen.shown.revision();
+  screen.rows.assign(makeRows({"Anna"}));
+  EXPECT_EQ(news, 1);
+  EXPECT_EQ(screen.shown.revision(), before);
+  screen.shown.select();
+  EXPECT_EQ(news, 2);
+  EXPECT_NE(screen.shown.revision(), before);
+}
+
+TEST(SelectedRows, offer_the_filter_for_what_there_is_to_choose_from) {
+  LongScreen screen;
+  screen.rows.assign(makeRows({"Anna", "Bob"}));
+  EXPECT_FALSE(screen.filter.open.isEnabled());
+  screen.shown.setListSize(2000);
+  EXPECT_TRUE(screen.filter.open.isEnabled());
+}
+
+TEST(ListFilter, tells_of_another_part_and_not_of_another_spelling) {
+  LongScreen screen;
+  int changes = 0;
+  const auto watching = screen.filter.onChange([&] { ++changes; });
+  screen.filter.text = "an";
+  screen.filter.text = "AN ";
+  EXPECT_EQ(changes, 1);
+  screen.filter.text = "";
+  EXPECT_EQ(changes, 2);
+}
+
 TEST(FilteredRows, read_a_name_once_and_not_at_each_keystroke) {
   class CountingScreen final : public ObservableObject {
    public:

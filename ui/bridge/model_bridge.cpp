@@ -263,8 +263,8 @@ void ModelBridge::showRows(Entry& entry, const std::vector<Member::Nested>& rows
   for (const auto& [key, object] : rows) {
     shown.push_back({exactText(key), QVariant::fromValue<void*>(object.get())});
   }
-  const auto* const filtered = dynamic_cast<const FilteredRows*>(&entry.member);
-  const auto revision = filtered ? filtered->revision() : 0;
+  const auto* const selected = dynamic_cast<const SelectedRows*>(&entry.member);
+  const auto revision = selected ? selected->revision() : 0;
   const bool isNews = std::exchange(entry.revision, revision) == revision;
   entry.list->assign(std::move(shown),
                      isNews ? KeyedListModel::Change::news : KeyedListModel::Change::selection);
