@@ -5,6 +5,7 @@
 #include <QAbstractItemModelTester>
 #include <QPersistentModelIndex>
 #include <QSignalSpy>
+#include <array>
 #include <vector>
 
 namespace quillmar::ui {
@@ -105,6 +106,20 @@ TEST_F(KeyedListModelTest, a_row_that_stays_is_moved_instead_of_recreated) {
   EXPECT_EQ(c.row(), 0);
   EXPECT_EQ(inserted.count(), 0);
   EXPECT_EQ(removed.count(), 0);
+}
+
+TEST_F(KeyedListModelTest, a_row_whose_key_changes_stays_the_same_row) {
+  std::array<int, 3> objects{};
+  const auto object = [&](std::size_t i) { return QVariant::fromValue<void*>(&objects[i]); };
+  model.assign({{"a", object(0)}, {"b", object(1)}, {"c", object(2)}});
+  const QPersistentModelIndex b(model.index(1));
+  QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+  QSignalSpy removed(&model, &QAbstractItemModel::rowsRemoved);
+  model.assign({{"x", object(2)}, {"a", object(0)}, {"y", object(1)}});
+  EXPECT_EQ(model.at(0), object(2));
+  EXPECT_EQ(model.at(2), object(1));
+  EXPECT_EQ(b.row(), 2);
+  EXPECT_EQ(inserted.count() + removed.count(), 0);
 }
 
 TEST_F(KeyedListModelTest, an_equal_list_emits_no_change) {

@@ -91,6 +91,7 @@ std::vector<KeyedListModel::Row> KeyedListModel::inHeldOrder(std::vector<Row> ro
 
 void KeyedListModel::arrange(std::vector<Row> rows) {
   const int before = count();
+  renameRows(rows);
   removeAllBut(rows);
   const QSet<QString> known = keysOf(rows_);
   for (auto row = rows.begin(); row != rows.end();) {
@@ -106,6 +107,27 @@ void KeyedListModel::arrange(std::vector<Row> rows) {
   }
   if (count() != before) {
     Q_EMIT countChanged();
+  }
+}
+
+// A row whose object is still wanted, under another key, is the same row: its view stays.
+void KeyedListModel::renameRows(const std::vector<Row>& wanted) {
+  const QSet<QString> known = keysOf(rows_);
+  QHash<const void*, QString> newKeys;
+  for (const Row& row : wanted) {
+    if (const void* const object = row.data.value<void*>(); object && !known.contains(row.key)) {
+      newKeys.insert(object, row.key);
+    }
+  }
+  if (newKeys.isEmpty()) {
+    return;
+  }
+  const QSet<QString> kept = keysOf(wanted);
+  for (Row& row : rows_) {
+    if (const auto found = newKeys.constFind(row.data.value<void*>());
+        found != newKeys.cend() && !kept.contains(row.key)) {
+      row.key = *found;
+    }
   }
 }
 

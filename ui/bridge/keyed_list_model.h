@@ -56,6 +56,7 @@ class KeyedListModel final : public QAbstractListModel {
  private:
   void arrange(std::vector<Row> rows);
   std::vector<Row> inHeldOrder(std::vector<Row> rows) const;
+  void renameRows(const std::vector<Row>& wanted);
   void removeAllBut(const std::vector<Row>& wanted);
   void insert(int index, std::vector<Row> rows);
   void place(int index, Row row);
