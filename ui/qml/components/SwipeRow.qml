@@ -60,7 +60,8 @@ Item {
     }
     function openMenu(x, y) {
         if (effect && effect.enabled) {
-            menu.popup(swipe, x, y)
+            menu.active = true
+            menu.item.popup(swipe, x, y)
         }
     }
     Keys.onPressed: event => {
@@ -232,14 +233,19 @@ Item {
         z: 1
     }
 
-    PopupMenu {
+    // Most rows never show it.
+    Loader {
         id: menu
-
-        MenuRow {
-            symbol: swipe.actionSymbol
-            text: swipe.actionTitle
-            effect: swipe.effect
-            destructive: swipe.destructive
+        active: false
+        // qmllint disable unqualified
+        sourceComponent: PopupMenu {
+            MenuRow {
+                symbol: swipe.actionSymbol
+                text: swipe.actionTitle
+                effect: swipe.effect
+                destructive: swipe.destructive
+            }
         }
+        // qmllint enable unqualified
     }
 }
