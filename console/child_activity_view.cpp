@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <unordered_set>
 #include <utility>
 
 #include "console/keyed_rows.h"
@@ -68,10 +69,7 @@ ChildActivityView::ChildActivityView(ChildPage& page, DevicesSection& devices, P
   })));
   // The policy's own reaction, registered earlier, has already updated its set of allowed sites.
   reactions_.push_back(policy.allowedDomains.onChange(weakly([this] { showRows(); })));
-  reactions_.push_back(filterText.onChange([this] {
-    mostRows_ = rowsAtFirst;
-    showRows();
-  }));
+  reactions_.push_back(filter.onChange([this] { selectRows(); }));
 }
 
 void ChildActivityView::onAppear() {
@@ -118,12 +116,7 @@ void ChildActivityView::chooseDay(LocalDay day) {
 
 void ChildActivityView::choose(const ChosenBar& bar) {
   chosen_ = chosen_ == bar ? ChosenBar() : bar;
-  mostRows_ = rowsAtFirst;
-  items_.emplace(span());
-  searchKeys_.clear();
-  items_->add(log_);
-  showCharts();
-  showRows();
+  selectItems();
 }
 
 void ChildActivityView::showMore() {
@@ -148,11 +141,9 @@ void ChildActivityView::recount() {
     days_.push_back(today_ - back * oneDay);
   }
   chosen_ = ChosenBar();
-  mostRows_ = rowsAtFirst;
   counts_.emplace(scope());
-  items_.emplace(span());
-  searchKeys_.clear();
-  countNews();
+  counts_->add(log_);
+  selectItems();
 }
 
 void ChildActivityView::countNews() {
@@ -160,6 +151,14 @@ void ChildActivityView::countNews() {
   items_->add(log_);
   showCharts();
   showRows();
+}
+
+void ChildActivityView::selectItems() {
+  items_.emplace(span());
+  items_->add(log_);
+  searchKeys_.clear();
+  showCharts();
+  selectRows();
 }
 
 ActivityScope ChildActivityView::scope() const {
@@ -294,27 +293,53 @@ void ChildActivityView::showNewSiteBars() {
 
 // The rows.
 
-void ChildActivityView::showRows() {
-  const SearchKey part(trimmed(filterText()));
-  auto items = items_->matching([&](const ActivityItem& item) {
-    return (!chosen_.isFirstSeen || counts_->isFirstSeen(item.text)) && matches(item, part);
-  });
+void ChildActivityView::selectRows() {
+  mostRows_ = rowsAtFirst;
+  showRows(RowsFor::otherSelection);
+  shownSites.select();
+}
+
+void ChildActivityView::showRows(RowsFor selection) {
+  auto items = items_->matching(
+      [this](const ActivityItem& item) { return !chosen_.isFirstSeen || counts_->isFirstSeen(item.text); });
+  shownSites.setListSize(items.size());
+  std::erase_if(items, [this](const ActivityItem& item) { return !matches(item); });
   setIfChanged(rowsTitle, computeRowsTitle());
   setIfChanged(rowsCount, calendar_.number(std::ssize(items)));
   setIfChanged(hasMoreRows, items.size() > mostRows_);
   setIfChanged(showsNames, chosen_.site.has_value());
   items_->keepNewest(log_, items, mostRows_);
+  if (selection == RowsFor::otherSelection) {
+    gatherSpareRows(items);
+  }
   showInRows(
-      siteRows, items,
-      [this](const ActivityItem& item) {
-        return (item.wasBlocked ? "blocked " : "allowed ") + std::string(items_->textOf(log_, item));
-      },
-      [this](const ActivityItem& item) { return makeRow(item); },
+      siteRows, items, [this](const ActivityItem& item) { return keyOf(item); },
+      [this](const ActivityItem& item) { return rowFor(item); },
       [this](LogRow& row, const ActivityItem& item) { showRow(row, item); });
+  spareBlocked_.clear();
+  spareAllowed_.clear();
 }
 
-bool ChildActivityView::matches(const ActivityItem& item, const SearchKey& part) const {
-  if (part.isEmpty()) {
+std::string ChildActivityView::keyOf(const ActivityItem& item) const {
+  return (item.wasBlocked ? "blocked " : "allowed ") + std::string(items_->textOf(log_, item));
+}
+
+// A row that is just being swiped goes with its site.
+void ChildActivityView::gatherSpareRows(const std::vector<ActivityItem>& items) {
+  std::unordered_set<std::string> wanted;
+  for (const ActivityItem& item : items) {
+    wanted.insert(keyOf(item));
+  }
+  for (const auto& [key, object] : siteRows.nested()) {
+    auto row = std::static_pointer_cast<LogRow>(object);
+    if (!wanted.contains(key) && row->offset() == 0) {
+      (row->log().wasBlocked ? spareBlocked_ : spareAllowed_).push_back(std::move(row));
+    }
+  }
+}
+
+bool ChildActivityView::matches(const ActivityItem& item) const {
+  if (!filter.isActive()) {
     return true;
   }
   searchKeys_.resize(std::max<std::size_t>(searchKeys_.size(), item.text + 1));
@@ -322,10 +347,15 @@ bool ChildActivityView::matches(const ActivityItem& item, const SearchKey& part)
   if (key.isEmpty()) {
     key = SearchKey(items_->textOf(log_, item));
   }
-  return key.contains(part);
+  return key.contains(filter.wanted());
 }
 
-std::shared_ptr<LogRow> ChildActivityView::makeRow(const ActivityItem& item) {
+std::shared_ptr<LogRow> ChildActivityView::rowFor(const ActivityItem& item) {
+  if (auto& spare = item.wasBlocked ? spareBlocked_ : spareAllowed_; !spare.empty()) {
+    auto row = std::move(spare.back());
+    spare.pop_back();
+    return row;
+  }
   const DNSLog log = log_.recordOf(log_.entries()[item.newest]);
   if (item.wasBlocked) {
     return std::make_shared<BlockedSiteRow>(

@@ -24,6 +24,8 @@
 #include "foundation/calendar.h"
 #include "foundation/raw_enum.h"
 #include "foundation/search.h"
+#include "presentation/key_commands.h"
+#include "presentation/list_filter.h"
 #include "presentation/screen_model.h"
 
 namespace quillmar {
@@ -115,21 +117,19 @@ class ChildActivityView final : public ScreenModel {
   // The action of a swipe.
   Text rowsCaption{*this, "rowsCaption", "Swipe right to allow a blocked site, or to block an allowed one"};
   Text wholeDayTitle{*this, "wholeDayTitle", "Show Whole Day"};
-  // Shows only rows with this part in their names, whatever its case and its accents.
-  Input<std::string> filterText{*this, "filterText"};
-  // Counts `find`; each puts the cursor into the field.
-  Published<std::int64_t> filterAsks{*this, "filterAsks", 0};
-  Text filterPlaceholder{*this, "filterPlaceholder", "Find a site"};
+  ListFilter filter{*this};
+  // The first of those that the filter lets through.
   Rows<LogRow> siteRows{*this, "siteRows"};
+  SelectedRows shownSites{*this, "shownSites", siteRows, filter};
   // The rows are the names of one site.
   Published<bool> showsNames{*this, "showsNames", false};
   Published<bool> hasMoreRows{*this, "hasMoreRows", false};
   Text moreRowsTitle{*this, "moreRowsTitle", "Show More"};
   Derived<std::string> noRowsText{
-      *this, "noRowsText", [this] { return std::string(filterText().empty() ? "No requests" : "No match"); }};
+      *this, "noRowsText",
+      [this] { return std::string(shownSites.listSize() == 0 ? "No requests" : noMatchText); }};
 
   Action<> done{*this, "done", [this] { dismiss(); }};
-  Action<> find{*this, "find", [this] { filterAsks = filterAsks() + 1; }};
   // 0: all devices together.
   Action<std::int64_t> chooseDevice{*this, "chooseDevice",
                                     [this](std::int64_t choice) { chooseDeviceAt(choice); }};
@@ -137,6 +137,8 @@ class ChildActivityView final : public ScreenModel {
   Action<> showWholeDay{*this, "showWholeDay", [this] { choose({}); },
                         [this] { return !(chosen_ == ChosenBar()); }};
   Action<> showMoreRows{*this, "showMoreRows", [this] { showMore(); }, [this] { return hasMoreRows(); }};
+  KeyCommands keys{
+      *this, {{Command::refresh, filling.tryAgain}, {Command::find, filter.open}, {Command::back, done}}};
 
  private:
   void onAppear() override;
@@ -155,6 +157,8 @@ class ChildActivityView final : public ScreenModel {
   // Recomputes everything, for another day or device.
   void recount();
   void countNews();
+  // Those of the chosen bar.
+  void selectItems();
 
   void showCharts();
   void showDays();
@@ -162,10 +166,17 @@ class ChildActivityView final : public ScreenModel {
   void showSites(Rows<ActivityBar>& bars, const std::vector<SiteCount>& sites,
                  std::optional<bool> wasBlocked);
   void showNewSiteBars();
-  void showRows();
-  bool matches(const ActivityItem& item, const SearchKey& part) const;
+  // A selection is shown in the rows of the former one, as far as there are any: making rows is what takes a
+  // front end long.
+  enum class RowsFor { sameSelection, otherSelection };
+  void showRows(RowsFor selection = RowsFor::sameSelection);
+  // Shows the first rows of another selection.
+  void selectRows();
+  std::string keyOf(const ActivityItem& item) const;
+  void gatherSpareRows(const std::vector<ActivityItem>& items);
+  bool matches(const ActivityItem& item) const;
   void showRow(LogRow& row, const ActivityItem& item) const;
-  std::shared_ptr<LogRow> makeRow(const ActivityItem& item);
+  std::shared_ptr<LogRow> rowFor(const ActivityItem& item);
 
   ActivityScope scope() const;
   ActivitySpan span() const;
@@ -187,6 +198,9 @@ class ChildActivityView final : public ScreenModel {
   std::size_t mostRows_;
   // The search keys of the items' texts, created on demand.
   mutable std::vector<SearchKey> searchKeys_;
+  // The rows that another selection leaves over, those of blocked sites and those of allowed ones.
+  std::vector<std::shared_ptr<LogRow>> spareBlocked_;
+  std::vector<std::shared_ptr<LogRow>> spareAllowed_;
   std::vector<LocalDay> days_;
   std::optional<ActivityCounts> counts_;
   std::optional<ActivityItems> items_;

@@ -21,6 +21,7 @@ struct Measures {
   int contentWidth = 600;
   int wideContentWidth = 700;  // the dashboard's list and a few others
   int sheetWidth = 640;
+  int wideSheetWidth = 1040;    // of a sheet with two columns
   int deskWidth = 900;          // windows at least this wide show a page beside the dashboard
   int twoColumnWidth = 1200;    // windows at least this wide show a child's page in two columns
   double dashboardShare = 0.3;  // of a window with a page beside the dashboard
@@ -63,7 +64,8 @@ inline constexpr auto wire<Measures> = record(
     required("regularMargin", &Measures::regularMargin), required("regularWidth", &Measures::regularWidth),
     required("contentWidth", &Measures::contentWidth),
     required("wideContentWidth", &Measures::wideContentWidth), required("sheetWidth", &Measures::sheetWidth),
-    required("deskWidth", &Measures::deskWidth), required("twoColumnWidth", &Measures::twoColumnWidth),
+    required("wideSheetWidth", &Measures::wideSheetWidth), required("deskWidth", &Measures::deskWidth),
+    required("twoColumnWidth", &Measures::twoColumnWidth),
     required("dashboardShare", &Measures::dashboardShare),
     required("dashboardMinimum", &Measures::dashboardMinimum),
     required("dashboardMaximum", &Measures::dashboardMaximum), required("target", &Measures::target),

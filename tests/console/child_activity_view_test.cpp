@@ -88,6 +88,10 @@ struct ActivityScreen : ChildDetail {
   }
   static Names numbers(const Rows<ActivityBar>& bars) { return texts(bars, &ActivityBar::number); }
   static Names names(const Rows<ActivityBar>& bars) { return texts(bars, &ActivityBar::name); }
+  void type(const std::string& text) { EXPECT_TRUE(view->filter.text.input(text)); }
+  std::shared_ptr<LogRow> siteRow(std::size_t index) {
+    return std::static_pointer_cast<LogRow>(view->siteRows.nested()[index].object);
+  }
   Names rows() { return texts(view->siteRows, &LogRow::site); }
   static std::string plain(std::string text) {
     const std::string narrowSpace = "\u202F";
@@ -129,6 +133,17 @@ TEST_F(ActivityFillingTest, takes_pages_that_are_shorter_than_asked_for) {
   serve();
   EXPECT_EQ(asked.size(), 4U);
   EXPECT_THAT(filling().progressText(), StartsWith("5 requests"));
+}
+
+TEST_F(ActivityFillingTest, takes_pages_that_are_longer_than_asked_for) {
+  entries["d1"] = run(5000);
+  openPage();
+  app.settle();
+  http().complete(0, httpAnswer(200, jsonOf(DNSLogsResponse{entries["d1"]})));
+  serve();
+  EXPECT_EQ(asked, Names{"/devices/d1/logs?limit=1000&offset=5000"});
+  EXPECT_THAT(filling().progressText(), StartsWith("5,000 requests"));
+  EXPECT_EQ(filling().state(), FillingState::complete);
 }
 
 TEST_F(ActivityFillingTest, counts_an_entry_once_when_new_ones_shift_the_pages) {
@@ -228,6 +243,23 @@ TEST_F(ActivityFillingTest, keeps_what_it_has_when_a_page_fails_and_tries_again)
   EXPECT_EQ(asked[1], "/devices/d1/logs?limit=1000&offset=2");
   EXPECT_EQ(filling().state(), FillingState::complete);
   EXPECT_FALSE(filling().tryAgain());
+}
+
+TEST_F(ActivityFillingTest, is_tried_again_by_the_key_that_refreshes_and_by_nothing_else) {
+  entries["d1"] = run(4);
+  largestPage = 2;
+  openPage();
+  EXPECT_FALSE(view->keys.press({Command::refresh})) << "it is loading";
+  serve(1);
+  EXPECT_TRUE(filling().stop());
+  EXPECT_FALSE(view->keys.press({Command::refresh})) << "the person has stopped it";
+  EXPECT_TRUE(filling().goOn());
+  http().complete(0, httpAnswer(500, R"({"error":"Out of order"})"));
+  app.settle();
+  EXPECT_TRUE(view->keys.press({Command::refresh}));
+  serve();
+  EXPECT_EQ(filling().state(), FillingState::complete);
+  EXPECT_FALSE(view->keys.press({Command::refresh})) << "there is nothing more";
 }
 
 TEST_F(ActivityFillingTest, goes_on_with_the_other_devices_when_one_has_gone) {
@@ -606,16 +638,128 @@ TEST_F(ActivityRowsTest, of_a_bar_that_is_chosen_again_are_the_whole_day) {
 }
 
 TEST_F(ActivityRowsTest, are_filtered_as_one_types) {
-  entries["d1"] = {makeLog("games.example", 1), makeLog("school.example", 2),
-                   makeLog("MoreGames.example", 3)};
+  entries["d1"] = {makeLog("games.example", 1), makeLog("school.example", 2), makeLog("MoreGames.example", 3),
+                   makeLog("новости.example", 4)};
   openPage();
   serve();
-  EXPECT_TRUE(view->filterText.input(std::string(" GÄMES ")));
+  EXPECT_TRUE(view->filter.open());
+  type(" GÄMES ");
   EXPECT_THAT(rows(), ElementsAre("games.example", "moregames.example"));
   EXPECT_EQ(view->rowsCount(), "2");
-  EXPECT_TRUE(view->filterText.input(std::string("nowhere")));
+  type("НОВ");
+  EXPECT_THAT(rows(), ElementsAre("новости.example"));
+  type("nowhere");
   EXPECT_THAT(rows(), IsEmpty());
   EXPECT_EQ(view->noRowsText(), "No match");
+  EXPECT_TRUE(view->filter.close());
+  EXPECT_EQ(rows().size(), 4U);
+}
+
+TEST_F(ActivityRowsTest, of_one_site_are_filtered_by_its_names) {
+  entries["d1"] = {makeLog("img.a.example", 1), makeLog("api.a.example", 2)};
+  openPage();
+  serve();
+  view->visitedBars[0].choose();
+  type("api");
+  ASSERT_EQ(view->siteRows.size(), 1U);
+  EXPECT_EQ(view->siteRows[0].log().domain, "api.a.example");
+}
+
+TEST_F(ActivityRowsTest, stay_filtered_while_pages_arrive_and_on_another_day) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2), makeLog("ab.example", 3),
+                   makeLog("old.example", 100'000)};
+  largestPage = 2;
+  openPage();
+  serve(1);
+  EXPECT_TRUE(view->filter.open());
+  type("a.");
+  EXPECT_THAT(rows(), ElementsAre("a.example"));
+  type("b.");
+  serve();
+  EXPECT_THAT(rows(), ElementsAre("b.example", "ab.example"));
+  view->dayBars[5].choose();
+  EXPECT_THAT(rows(), IsEmpty());
+  EXPECT_EQ(view->noRowsText(), "No match");
+}
+
+TEST_F(ActivityRowsTest, that_are_none_are_not_blamed_on_the_filter) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2)};
+  openPage();
+  serve();
+  type("a");
+  view->dayBars[0].choose();
+  EXPECT_EQ(view->noRowsText(), "No requests");
+}
+
+TEST_F(ActivityRowsTest, can_be_found_if_there_is_a_choice) {
+  openPage();
+  EXPECT_FALSE(view->filter.open());
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2)};
+  largestPage = 1;
+  serve(1);
+  EXPECT_FALSE(view->keys.press({Command::find}));
+  serve();
+  EXPECT_TRUE(view->keys.press({Command::find}));
+  EXPECT_TRUE(view->filter.isOpen());
+}
+
+TEST_F(ActivityRowsTest, are_another_selection_only_if_the_person_selects) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2), makeLog("c.example", 100'000)};
+  largestPage = 1;
+  openPage();
+  serve(1);
+  const auto selection = [this] { return view->shownSites.revision(); };
+  auto before = selection();
+  serve();
+  EXPECT_EQ(selection(), before);
+  for (const auto& select : std::vector<std::function<void()>>{
+           [this] { type("a"); }, [this] { view->hourBars[20].choose(); },
+           [this] { view->dayBars[5].choose(); }, [this] { view->chooseDevice(1); }}) {
+    select();
+    EXPECT_NE(selection(), before);
+    before = selection();
+  }
+}
+
+TEST_F(ActivityRowsTest, of_another_selection_are_shown_in_those_there_are) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2), makeLog("c.example", 3, true)};
+  openPage();
+  serve();
+  type("a.");
+  const auto* const row = &view->siteRows[0];
+  type("b.");
+  EXPECT_EQ(&view->siteRows[0], row);
+  EXPECT_EQ(row->site(), "b.example");
+  type("c.");
+  EXPECT_EQ(rows(), Names{"c.example"});
+  EXPECT_NE(dynamic_cast<BlockedSiteRow*>(&view->siteRows[0]), nullptr);
+}
+
+TEST_F(ActivityRowsTest, that_are_being_swiped_are_shown_no_other_site) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2)};
+  openPage();
+  serve();
+  type("a.");
+  const auto swiped = siteRow(0);
+  swiped->dragChanged(60, 0);
+  type("b.");
+  EXPECT_NE(siteRow(0), swiped);
+  EXPECT_EQ(swiped->site(), "a.example");
+  EXPECT_EQ(siteRow(0)->offset(), 0);
+}
+
+TEST_F(ActivityRowsTest, are_filtered_without_a_request) {
+  entries["d1"] = {makeLog("a.example", 1), makeLog("b.example", 2)};
+  openPage();
+  serve();
+  const auto before = http().requests().size();
+  view->filter.open();
+  for (const auto* const text : {"a", "ab", "", "b"}) {
+    type(text);
+  }
+  view->filter.close();
+  app.settle();
+  EXPECT_EQ(http().requests().size(), before);
 }
 
 TEST_F(ActivityRowsTest, are_few_at_first_and_more_on_request) {

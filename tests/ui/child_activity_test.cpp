@@ -2,11 +2,17 @@
 
 #include <QAccessible>
 #include <QGuiApplication>
+#include <QPointer>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <algorithm>
+#include <chrono>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "testing/ui/parent_stage.h"
+#include "ui/items/match_marks_item.h"
 
 namespace quillmar::ui {
 namespace {
@@ -173,14 +179,156 @@ TEST_F(ChildActivityPage, filters_its_rows_and_allows_one_by_key) {
       "POST", "/children/c1/policy/allow", 200,
       R"({"id":"p1","child_id":"c1","family_id":"f","is_blocked":false,"block_mode":"blacklist","blocked_domains":[],"allowed_domains":["ads.example"],"created_at":"c","updated_at":"u"})");
   stage.press(Qt::Key_F, Qt::ControlModifier);
-  EXPECT_EQ(stage.focusedName(), "Find a site");
+  EXPECT_EQ(stage.focusedName(), "Part of the name");
   stage.type("ads");
   ASSERT_EQ(screen().siteRows.size(), 1U);
   EXPECT_TRUE(stage.shows("33 requests"));
-  stage.press(Qt::Key_Tab);
+  stage.tabTo("ads.example");
   stage.press(Qt::Key_Return);
   EXPECT_EQ(stage.application.machine.http.count("POST", "/children/c1/policy/allow"), 1U);
   EXPECT_TRUE(stage.shows("Now Allowed"));
+}
+
+TEST_F(ChildActivityPage, leads_to_the_field_and_lets_it_stand_while_rows_go) {
+  open();
+  stage.click("Find");
+  const double field = top("Part of the name");
+  EXPECT_GT(field, 0);
+  EXPECT_LT(field, stage.window().height() / 2.0);
+  stage.type("ads");
+  EXPECT_EQ(top("Part of the name"), field);
+  EXPECT_GT(top("ads.example"), field);
+  stage.type("x");
+  EXPECT_EQ(top("Part of the name"), field);
+  EXPECT_TRUE(stage.shows("No match"));
+}
+
+TEST_F(ChildActivityPage, marks_what_it_finds) {
+  open();
+  const auto marks = [&] {
+    int found = 0;
+    forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+      const auto* const label = qobject_cast<const MatchMarksItem*>(&item);
+      found += label ? static_cast<int>(label->marks().size()) : 0;
+    });
+    return found;
+  };
+  stage.press(Qt::Key_F, Qt::ControlModifier);
+  EXPECT_EQ(marks(), 0);
+  stage.type("ADS");
+  EXPECT_EQ(marks(), 1);
+}
+
+TEST_F(ChildActivityPage, shows_all_rows_again_at_escape_and_closes_at_the_next) {
+  open();
+  const auto rows = screen().siteRows.size();
+  stage.press(Qt::Key_F, Qt::ControlModifier);
+  stage.type("ads");
+  stage.press(Qt::Key_Escape);
+  EXPECT_EQ(screen().siteRows.size(), rows);
+  EXPECT_EQ(stage.control("Part of the name"), nullptr);
+  stage.press(Qt::Key_Escape);
+  EXPECT_EQ(stage.application.find<ChildActivityView>(), nullptr);
+}
+
+TEST_F(ChildActivityPage, orders_the_rows_that_are_found_under_the_pointer) {
+  open();
+  stage.press(Qt::Key_F, Qt::ControlModifier);
+  stage.type("ads");
+  stage.pointAt(middleOf(*stage.control("ads.example")));
+  stage.press(Qt::Key_Backspace);
+  stage.press(Qt::Key_Backspace);
+  stage.press(Qt::Key_Backspace);
+  std::vector<std::pair<double, std::string>> drawn;
+  forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+    const bool isCounted = item.property("badge").toString().contains("request");
+    if (isCounted && std::string(item.metaObject()->className()).starts_with("SiteRow")) {
+      drawn.emplace_back(item.mapToScene({0, 0}).y(), accessibleName(item).toStdString());
+    }
+  });
+  std::ranges::sort(drawn);
+  ASSERT_EQ(drawn.size(), screen().siteRows.size());
+  for (std::size_t i = 0; i < drawn.size(); ++i) {
+    EXPECT_EQ(drawn[i].second, screen().siteRows[i].site()) << i;
+  }
+}
+
+TEST_F(ChildActivityPage, keeps_its_rows_and_its_field_in_a_window_of_another_width) {
+  open();
+  const auto model = stage.application.find<ChildActivityView>();
+  stage.press(Qt::Key_F, Qt::ControlModifier);
+  stage.type("ads");
+  const QPointer<QQuickItem> box = stage.focused();
+  for (const QSize size :
+       {QSize(1280, 800), QSize(390, 844), QSize(1000, 800), QSize(1920, 1080), QSize(820, 1000)}) {
+    stage.window().resize(size);
+    stage.settle();
+    SCOPED_TRACE(size.width());
+    EXPECT_EQ(stage.application.find<ChildActivityView>(), model);
+    ASSERT_FALSE(box.isNull());
+    EXPECT_EQ(stage.focused(), box);
+    EXPECT_TRUE(stage.window().contentItem()->boundingRect().contains(middleOf(*box)));
+    EXPECT_TRUE(stage.shows("33 requests"));
+  }
+  stage.press(Qt::Key_Escape);
+  EXPECT_GT(screen().siteRows.size(), 1U);
+}
+
+TEST_F(ChildActivityPage, has_its_sites_beside_its_charts_from_1200_points) {
+  open();
+  const auto siteIsBeside = [&] {
+    const auto& site = item(QString::fromStdString(screen().visitedBars[0].name()));
+    return site.mapToScene({0, 0}).x() > item("Today").mapToScene({0, 0}).x();
+  };
+  EXPECT_FALSE(siteIsBeside());
+  for (const auto& [width, isBeside] : {std::pair(1199, false), {1200, true}, {1920, true}}) {
+    stage.window().resize(width, 900);
+    stage.settle();
+    EXPECT_EQ(siteIsBeside(), isBeside) << width;
+  }
+}
+
+TEST_F(ChildActivityPage, keeps_the_focus_on_the_button_that_stops_and_goes_on) {
+  openChild(stage);
+  answerWeek(stage);
+  stage.application.machine.http.hold("GET", "/devices/d2/logs");
+  stage.application.screen<ChildDetailView>().seeAllActivity();
+  stage.settle();
+  stage.focusOn("Stop");
+  stage.press(Qt::Key_Space);
+  EXPECT_EQ(stage.focusedName(), "Go On");
+  stage.press(Qt::Key_Space);
+  EXPECT_EQ(stage.focusedName(), "Stop");
+}
+
+TEST_F(ChildActivityPage, lists_its_keys_and_tells_one_in_a_tooltip) {
+  open();
+  stage.press(Qt::Key_F1);
+  EXPECT_TRUE(stage.shows("Find in the lists"));
+  EXPECT_TRUE(stage.shows("Go back"));
+  EXPECT_FALSE(stage.shows("Refresh, or try again"));
+  stage.press(Qt::Key_F1);
+  stage.pointAt(middleOf(*stage.control("Find")));
+  stage.advance(std::chrono::seconds(2));
+  EXPECT_TRUE(stage.shows("Find (Ctrl+F)"));
+}
+
+TEST_F(ChildActivityPage, tries_again_by_its_key) {
+  openChild(stage);
+  answerWeek(stage);
+  auto& http = stage.application.machine.http;
+  http.answerAlways("GET", "/devices/d2/logs?limit=1000&offset=0", 500, R"({"error":"Not now"})");
+  stage.application.screen<ChildDetailView>().seeAllActivity();
+  stage.settle();
+  ASSERT_TRUE(stage.shows("Try Again"));
+  const auto asked = [&] { return http.count("GET", "/devices/d2/logs?limit=1000&offset=0"); };
+  const auto before = asked();
+  stage.press(Qt::Key_F5);
+  EXPECT_EQ(asked(), before + 1);
+  stage.press(Qt::Key_R, Qt::ControlModifier);
+  EXPECT_EQ(asked(), before + 2);
+  stage.press(Qt::Key_F1);
+  EXPECT_TRUE(stage.shows("Refresh, or try again"));
 }
 
 TEST_F(ChildActivityPage, shows_the_alert_of_a_refused_change_over_itself) {

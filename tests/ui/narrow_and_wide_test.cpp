@@ -30,6 +30,7 @@ struct Step {
 struct Journey {
   const char* name;
   std::vector<Step> steps;
+  bool hasWeek = false;
 };
 void PrintTo(const Journey& journey, std::ostream* out) { *out << journey.name; }
 
@@ -40,6 +41,9 @@ std::vector<Journey> journeys() {
   return {
       {"looks at a child's activity",
        {openMia, {"Sites Blocked"}, {"Last Hour"}, {"Sites Allowed"}, {"Today"}, {"Real-Time"}, leave}},
+      {"looks at all activity",
+       {openMia, {"See All Activity"}, {"Sunday, October 2"}, {"Done"}, leave},
+       true},
       {"changes a child's policy",
        {openMia,
         {"Block the Internet"},
@@ -94,6 +98,9 @@ void answerAll(UiStage& stage) {
 std::vector<Calls> callsOf(const Journey& journey, QSize size) {
   UiStage stage({.stored = signedInParent(), .size = size});
   answerAll(stage);
+  if (journey.hasWeek) {
+    answerWeek(stage);
+  }
   auto& http = stage.application.machine.http;
   http.forgetRequests();
   std::vector<Calls> all;

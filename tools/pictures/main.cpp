@@ -29,19 +29,22 @@ struct Wish {
   std::string scenes;
   std::optional<int> width;
   std::optional<double> textScale;
+  bool isMirrored = false;
 };
 
 quillmar::command_line::Program programFor(Wish& wish) {
   using namespace quillmar::command_line;
-  return {.name = "quillmar-pictures",
-          .about = "Draws every screen in each of its states, in both looks and several widths.",
-          .arguments = {{"DIRECTORY", "Where the pictures go", to(wish.directory)}},
-          .options = {
-              {"--only", "NAME", "Draw only scenes whose names begin so", to(wish.scenes)},
-              {"--text-scale", "SCALE", "Draw texts of this size, 2 being twice the usual",
-               within(wish.textScale, 0.1, 10.0)},
-              {"--width", "POINTS", "Draw windows of this width only", within(wish.width, 1, 10000)},
-          }};
+  return {
+      .name = "quillmar-pictures",
+      .about = "Draws every screen in each of its states, in both looks and several widths.",
+      .arguments = {{"DIRECTORY", "Where the pictures go", to(wish.directory)}},
+      .options = {
+          {"--only", "NAME", "Draw only scenes whose names begin so", to(wish.scenes)},
+          {"--mirrored", "", "Draw for a language that is written from right to left", to(wish.isMirrored)},
+          {"--text-scale", "SCALE", "Draw texts of this size, 2 being twice the usual",
+           within(wish.textScale, 0.1, 10.0)},
+          {"--width", "POINTS", "Draw windows of this width only", within(wish.width, 1, 10000)},
+      }};
 }
 
 std::vector<QSize> sizesFor(const Wish& wish) {
@@ -56,6 +59,8 @@ bool draw(const quillmar::Shot& scene, const Wish& wish, bool dark, QSize size, 
        .size = size,
        .desktop = {
            .dark = dark, .textScale = wish.textScale.value_or(scene.textScale), .reducedMotion = false}});
+  // Otherwise it lies on the control in the corner, whose tooltip would be in the picture.
+  stage.pointAt({-1, -1});
   scene.play(stage);
   return stage.picture().save(directory.filePath(fileName(scene, dark, size)));
 }
@@ -70,6 +75,7 @@ int main(int count, char** arguments) {
   }
   quillmar::ui::drawOffscreen();
   const QGuiApplication application(count, arguments);
+  QGuiApplication::setLayoutDirection(wish.isMirrored ? Qt::RightToLeft : Qt::LayoutDirectionAuto);
   const QDir directory(exactText(wish.directory));
   QTextStream errors(stderr);
   if (!directory.mkpath(QStringLiteral("."))) {

@@ -6,6 +6,7 @@
 
 #include "testing/ui/parent_stage.h"
 #include "tools/pictures/scenes.h"
+#include "ui/bridge/shown_text.h"
 
 namespace quillmar {
 namespace {
@@ -381,6 +382,30 @@ std::string hostileActivity(Date now) {
   return R"({"logs":[)" + list + "," + unreadable + "]}";
 }
 
+// As by its key, which leads to the rows.
+void chooseBar(UiStage& s, const ActivityBar& bar) {
+  s.settle();
+  const QString name = ui::shownText(bar.name());
+  QQuickItem* drawn = nullptr;
+  ui::forEachShown(*s.window().contentItem(), [&](const QQuickItem& item) {
+    const bool isBar = item.property("bar").isValid() || item.property("thickness").isValid();
+    if (!drawn && isBar && ui::accessibleName(item) == name) {
+      drawn = const_cast<QQuickItem*>(&item);
+    }
+  });
+  if (drawn) {
+    drawn->forceActiveFocus(Qt::TabFocusReason);
+    s.press(Qt::Key_Space);
+  }
+}
+
+void findActivity(UiStage& s, const char* part) {
+  openActivity(s);
+  s.settle();
+  s.press(Qt::Key_F, Qt::ControlModifier);
+  s.type(part);
+}
+
 std::vector<Shot> activityScenes() {
   return {
       {"activity", signedInParent(), [](UiStage& s) { openActivity(s); }},
@@ -426,26 +451,20 @@ std::vector<Shot> activityScenes() {
          s.application.machine.http.answerAlways("GET", "/devices/d2/logs?limit=1000&offset=0", 404);
          child.seeAllActivity();
        }},
-      {"activity-hour", signedInParent(),
-       [](UiStage& s) {
-         openActivity(s).hourBars[18].choose();
-         s.settle();
-       }},
-      {"activity-site", signedInParent(),
-       [](UiStage& s) {
-         openActivity(s).visitedBars[0].choose();
-         s.settle();
-       }},
+      {"activity-hour", signedInParent(), [](UiStage& s) { chooseBar(s, openActivity(s).hourBars[18]); }},
+      {"activity-site", signedInParent(), [](UiStage& s) { chooseBar(s, openActivity(s).visitedBars[0]); }},
       {"activity-other-day", signedInParent(),
        [](UiStage& s) {
          openActivity(s).dayBars[2].choose();
          s.settle();
        }},
-      {"activity-nothing-found", signedInParent(),
+      {"activity-device", signedInParent(),
        [](UiStage& s) {
-         openActivity(s).filterText = std::string("nowhere");
+         openActivity(s).chooseDevice(2);
          s.settle();
        }},
+      {"activity-found", signedInParent(), [](UiStage& s) { findActivity(s, "ex"); }},
+      {"activity-nothing-found", signedInParent(), [](UiStage& s) { findActivity(s, "nowhere"); }},
       {"activity-hostile", signedInParent(),
        [](UiStage& s) {
          auto& child = openChild(s);

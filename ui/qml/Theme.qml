@@ -86,6 +86,7 @@ QtObject {
     readonly property int regularWidth: measures.regularWidth
     readonly property int contentWidth: measures.contentWidth
     readonly property int sheetWidth: measures.sheetWidth
+    readonly property int wideSheetWidth: measures.wideSheetWidth
     readonly property int deskWidth: measures.deskWidth
     readonly property int twoColumnWidth: measures.twoColumnWidth
     readonly property int target: measures.target

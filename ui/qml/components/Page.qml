@@ -15,17 +15,20 @@ FocusScope {
     property real bottomSpace: 40
     property bool tinted: false
     property alias spacing: column.spacing
-    implicitHeight: barPlace.height + column.implicitHeight + topSpace + bottomSpace
+    property real leastHeight: 0
+    implicitHeight: Math.max(leastHeight, barPlace.height + column.implicitHeight + topSpace + bottomSpace)
     readonly property real margin: Theme.margin(width)
     readonly property bool regular: width >= Theme.regularWidth
     readonly property real contentWidth: column.width
+    readonly property real viewHeight: flickable.height
     // The anchor keeps its place in the window when content above it changes: the focused text box, otherwise the
     // list that the person uses.
     property Item list: null
     // True while the program moves the focus, for example because rows change. The page does not scroll for
     // that.
     property bool handingOver: false
-    readonly property Item anchor: focused?.keepsPlace && isWithin(focused) ? focused : list
+    readonly property Item textBox: focused?.keepsPlace !== undefined && isWithin(focused) ? focused : null
+    readonly property Item anchor: textBox?.keepsPlace ? textBox : list
     property real anchorPlace: NaN
     // The whole content was laid out anew since the last frame.
     property bool rearranged: false
@@ -127,11 +130,15 @@ FocusScope {
         return y
     }
     function keepStill() {
-        const place = placeOf(anchor)
-        const way = isNaN(anchorPlace) || rearranged ? 0 : place - anchorPlace
-        if (rearranged && anchor === focused) {
+        if (rearranged && textBox) {
             showFocused()
         }
+        if (!anchor) {
+            rearranged = false
+            return
+        }
+        const place = placeOf(anchor)
+        const way = isNaN(anchorPlace) || rearranged ? 0 : place - anchorPlace
         rearranged = false
         anchorPlace = place
         if (way !== 0) {
@@ -141,7 +148,8 @@ FocusScope {
         }
     }
     onAnchorChanged: {
-        anchorPlace = anchor ? placeOf(anchor) : NaN
+        // What was shown only now is laid out in the next frame.
+        anchorPlace = NaN
         if (anchor) {
             homing.stop()
         } else if (shift !== 0) {
@@ -156,7 +164,7 @@ FocusScope {
     onWidthChanged: forgetPlace()
     onHeightChanged: forgetPlace()
     Connections {
-        target: page.anchor ? page.Window.window : null
+        target: page.anchor || (page.rearranged && page.textBox) ? page.Window.window : null
         function onAfterAnimating() { page.keepStill() }
     }
     SequentialAnimation {

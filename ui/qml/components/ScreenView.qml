@@ -11,6 +11,8 @@ FocusScope {
     property Item ground: null
     // The screen has no close button of its own, so its sheet adds one.
     readonly property bool closable: drawing.item?.closable ?? false
+    // Of the sheet in which the screen stands.
+    readonly property real sheetWidth: drawing.item?.sheetWidth ?? Theme.sheetWidth
     readonly property var sheetScreen: screen?.sheet ?? null
     readonly property var pageScreen: screen?.page
     property bool complete: false

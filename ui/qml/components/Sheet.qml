@@ -34,7 +34,7 @@ T.Popup {
     signal left
 
     parent: area
-    width: card ? Math.min(Theme.sheetWidth, groundWidth - 80) : areaWidth
+    width: card ? Math.min(host.current?.sheetWidth ?? Theme.sheetWidth, groundWidth - 80) : areaWidth
     height: card ? Math.min(neededHeight, maximumHeight) : areaHeight
     x: card ? Math.round(groundX + (groundWidth - width) / 2) : 0
     y: restingY + Math.round((1 - travelled) * (areaHeight - restingY))

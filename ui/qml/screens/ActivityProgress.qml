@@ -15,9 +15,11 @@ ColumnLayout {
     RowLayout {
         spacing: Theme.within
         Layout.fillWidth: true
+        // What is below stays in its place when there is nothing more to stop.
+        Layout.minimumHeight: Theme.target
 
         Spinner {
-            running: progress.loading
+            running: progress.loading && progress.screen.content === "charts"
             size: 16
         }
         Label {
@@ -27,15 +29,11 @@ ColumnLayout {
             lineHeight: 1.2
             Layout.fillWidth: true
         }
+        // One button for both, which keeps the focus.
         TextLink {
-            visible: progress.loading
-            text: progress.screen.stopTitle
-            effect: progress.screen.stop
-        }
-        TextLink {
-            visible: progress.screen.filling === "stopped"
-            text: progress.screen.goOnTitle
-            effect: progress.screen.goOn
+            visible: progress.loading || progress.screen.filling === "stopped"
+            text: progress.loading ? progress.screen.stopTitle : progress.screen.goOnTitle
+            effect: progress.loading ? progress.screen.stop : progress.screen.goOn
         }
     }
     Banner {

@@ -7,19 +7,40 @@ Page {
 
     required property var screen
 
-    topSpace: Theme.gap
+    readonly property bool wide: Window.width >= Theme.twoColumnWidth * Math.max(1, Theme.textScale)
+    readonly property real sheetWidth: wide ? Theme.wideSheetWidth : Theme.sheetWidth
+    readonly property bool waiting: screen.content === "waiting"
+
+    topSpace: 4
+    maximumWidth: Theme.wideSheetWidth
+    // The sheet does not grow when the first entries come.
+    leastHeight: waiting || screen.content === "charts" ? 720 : 0
     bar: NavigationBar {
         title: page.screen.title
-        trailing: TextLink {
-            text: page.screen.doneTitle
-            strong: true
-            effect: page.screen.done
-        }
+        trailing: [
+            IconButton {
+                visible: page.screen.openFilter.enabled
+                text: page.screen.openFilterTitle
+                symbol: "magnifyingglass"
+                symbolSize: 22
+                effect: page.screen.openFilter
+            },
+            TextLink {
+                text: page.screen.doneTitle
+                strong: true
+                effect: page.screen.done
+            }
+        ]
     }
 
     ActivityProgress {
-        visible: page.screen.content === "charts" || page.screen.content === "waiting"
+        visible: page.waiting || page.screen.content === "charts"
         screen: page.screen
+    }
+    LargeSpinner {
+        visible: page.waiting && page.screen.filling === "loading"
+        Layout.alignment: Qt.AlignHCenter
+        Layout.topMargin: 2 * Theme.section
     }
     EmptyState {
         readonly property bool noDevices: page.screen.content === "noDevices"
