@@ -123,5 +123,15 @@ TEST_F(AddedSitesOnPage, closing_the_page_ends_it) {
   EXPECT_EQ(undoCalls(), 0U);
 }
 
+TEST_F(AddedSitesOnPage, in_a_wide_window_the_button_stays_near_its_site) {
+  stage.window().resize(1920, 1080);
+  stage.settle();
+  allowGames();
+  const auto* const site = stage.find("games.example");
+  ASSERT_NE(site, nullptr);
+  EXPECT_LT(stage.control(undoName)->mapToScene({0, 0}).x() - stage.find("Allowed")->mapToScene({0, 0}).x(),
+            600);
+}
+
 }  // namespace
 }  // namespace quillmar::ui

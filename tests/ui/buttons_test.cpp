@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "testing/ui/ui_stage.h"
+#include "testing/ui/parent_stage.h"
 #include "tools/pictures/scenes.h"
 
 namespace quillmar::ui {
@@ -79,6 +79,29 @@ INSTANTIATE_TEST_SUITE_P(Scenes, ButtonOutOfUse,
                            std::ranges::replace(name, '-', '_');
                            return name;
                          });
+
+TEST(AlertButtons, stand_one_above_the_other_if_a_text_needs_the_room) {
+  UiStage stage({.stored = signedInParent()});
+  const auto y = [&](const char* name) { return stage.control(name)->mapToScene({0, 0}).y(); };
+  showFamily(stage);
+  dashboard(stage).logout();
+  stage.settle();
+  EXPECT_EQ(y("Cancel"), y("Logout"));
+  dashboard(stage).logoutConfirmation.cancel();
+  openHomeNetwork(stage, R"({"current_ip":"203.0.113.7","ip_matches":false})").setUp();
+  stage.settle();
+  EXPECT_NE(y("Not Now"), y("I'm at Home - Set Up"));
+  EXPECT_EQ(stage.control("Not Now")->height(), stage.control("I'm at Home - Set Up")->height())
+      << "a text takes two lines";
+}
+
+TEST(Chips, of_the_time_spans_fit_in_one_line_of_a_phone) {
+  UiStage stage({.stored = signedInParent(), .size = {390, 844}});
+  openChild(stage).selectedTab = ChildDetailTab::sitesBlocked;
+  stage.settle();
+  EXPECT_EQ(stage.control("Today")->mapToScene({0, 0}).y(),
+            stage.control("Last 5 min")->mapToScene({0, 0}).y());
+}
 
 TEST(Buttons, keep_their_colour_while_their_screen_fades_out) {
   UiStage stage;

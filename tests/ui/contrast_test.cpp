@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "presentation/colors.h"
+#include "testing/ui/parent_stage.h"
 #include "tests/ui/support/scene_walk.h"
 
 // Text and edges have enough contrast for weak eyes: for the theme's colours, and on the backgrounds where
@@ -188,6 +189,29 @@ TEST(Contrast, of_the_themes_edge_is_enough_on_all_its_backgrounds) {
 }
 
 // In the light look an edge marks the chosen tab.
+TEST(Contrast, of_a_chosen_tabs_edge_in_the_light_look_is_enough_to_see) {
+  UiStage stage({.stored = signedInParent(), .desktop = {.dark = false}});
+  openChild(stage);
+  const QImage picture = stage.picture();
+  int edges = 0;
+  forEachShown(*stage.window().contentItem(), [&](const QQuickItem& item) {
+    const auto* const ground = item.parentItem();
+    const auto* const tabs = ground ? ground->parentItem() : nullptr;
+    if (!tabs || !std::string(tabs->metaObject()->className()).starts_with("SegmentedTabs")) {
+      return;
+    }
+    const QColor edge = edgeOf(item);
+    if (edge.alpha() == 0) {
+      return;
+    }
+    const QRect place = shownRect(item, picture.size());
+    const QColor outside = picture.pixelColor(place.left() - 2, place.center().y());
+    EXPECT_GE(contrast(over(edge, 1, outside), outside), forEdges);
+    ++edges;
+  });
+  EXPECT_EQ(edges, 1);
+}
+
 TEST(Contrast, of_a_chosen_tab_in_the_dark_look_is_enough_for_its_shape_and_its_text) {
   const auto byNight = [](SchemeColor name) {
     const Color& color = colors(name).dark;

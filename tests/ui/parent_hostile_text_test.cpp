@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/json.h"
 #include "testing/ui/parent_stage.h"
 #include "ui/bridge/shown_text.h"
 
@@ -22,6 +23,7 @@ void PrintTo(const HostileText& text, std::ostream* out) { *out << text.kind; }
 std::vector<HostileText> hostileTexts() {
   return {{"markup", R"(<b>bold</b><img src=x onerror=alert(1)>&amp;<a href=\"https://x.example\">x</a>)"},
           {"direction marks", R"(a\u202Eelpmaxe\u202C.\u2066x\u2069\u200F\u061C.example)"},
+          {"letters without a width", R"(a\u200B\u200C\u200D\u2060\uFEFF\u00ADb.example)"},
           {"control characters", R"(one\ntwo\r\nthree\t\u0001\u0007\u001b[31m\u2028four)"},
           {"one long word", std::string(65000, 'w') + ".example"},
           {"many words",
@@ -67,6 +69,10 @@ class HostileTextTest : public testing::TestWithParam<HostileText> {
     });
   }
   const std::string& text() const { return GetParam().json; }
+  // As a person has it on the clipboard.
+  std::string parsedText() const {
+    return *parseJson("[\"" + text() + "\"]").value().list()->front().string();
+  }
 };
 
 TEST_P(HostileTextTest, stays_in_the_cards_of_the_dashboard) {
@@ -130,6 +136,37 @@ TEST_P(HostileTextTest, stays_in_the_rows_of_the_family) {
   check(stage);
   family.memberRows[0].edit();
   stage.settle();
+  check(stage);
+}
+
+// Pasted into the field by which a person finds a row.
+TEST_P(HostileTextTest, stays_in_the_field_that_filters) {
+  UiStage stage({.stored = signedInParent(), .size = {390, 1400}});
+  showFamily(stage);
+  const auto paste = [&](ListFilter& filter) {
+    ASSERT_TRUE(filter.open());
+    ASSERT_TRUE(filter.text.input(parsedText()));
+    stage.settle();
+    EXPECT_TRUE(filter.isActive());
+    check(stage);
+    filter.close();
+    stage.settle();
+    EXPECT_FALSE(stage.shows("No match"));
+  };
+  paste(dashboard(stage).filter);
+  paste(openActivity(stage).filter);
+}
+
+TEST_P(HostileTextTest, stays_in_the_fields_of_a_typed_code) {
+  UiStage stage({.stored = signedInParent(), .size = {390, 1400}});
+  auto& scanner = openScanner(stage, CameraState::available);
+  stage.click("Enter Code");
+  EXPECT_TRUE(scanner.findMember("typedCode")->input(parsedText()));
+  EXPECT_TRUE(scanner.findMember("deviceName")->input(parsedText()));
+  stage.settle();
+  check(stage);
+  stage.click("Continue");
+  EXPECT_TRUE(stage.shows("Code Entered"));
   check(stage);
 }
 

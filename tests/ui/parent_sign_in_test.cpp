@@ -242,6 +242,18 @@ TEST_F(Joining, a_short_code_is_not_sent_and_a_valid_one_continues) {
   EXPECT_EQ(stage.focusedName(), "Your Name");
 }
 
+TEST_F(Joining, a_valid_code_leads_to_the_top_of_the_next_step) {
+  stage.application.machine.http.answer(
+      "GET", "/family/invite/AB12CD", 200,
+      R"({"valid":true,"family_name":"The Wells Family","invited_by_name":"Ann Wells"})");
+  stage.type("ab12cd");
+  stage.click("Validate Code");
+  stage.settle();
+  ASSERT_TRUE(stage.shows("Valid Invitation"));
+  const double bar = stage.control("Cancel")->mapToScene({0, stage.control("Cancel")->height()}).y();
+  EXPECT_GT(stage.find("Valid Invitation")->mapToScene({0, 0}).y(), bar + 24);
+}
+
 TEST_F(Joining, cancel_and_escape_close_it) {
   stage.click("Cancel");
   EXPECT_FALSE(login().showJoinFamily());

@@ -15,7 +15,8 @@ Column {
     anchors.bottom: parent.bottom
     anchors.bottomMargin: Theme.gap
     anchors.horizontalCenter: parent.horizontalCenter
-    width: contentWidth
+    // Not so wide that a button is far from its site.
+    width: Math.min(contentWidth, Theme.contentWidth)
     spacing: Theme.within
 
     Repeater {

@@ -21,6 +21,8 @@ T.Popup {
     readonly property real areaHeight: area ? area.height : 0
     // The buttons stand side by side if their texts fit, otherwise one above the other.
     readonly property bool stacked: buttons.length > 2 || Theme.textScale > 1.3
+                                    || widestAnswer > (width - 2 * padding - Theme.within) / 2
+    property real widestAnswer: 0
     property real growth: 1
 
     parent: area
@@ -160,6 +162,7 @@ T.Popup {
                             required property int index
                             button: popup.buttons[index]
                             onClicked: popup.press(index)
+                            onImplicitWidthChanged: popup.widestAnswer = Math.max(popup.widestAnswer, implicitWidth)
                             Layout.fillWidth: true
                             Layout.preferredWidth: 1
                         }

@@ -42,8 +42,8 @@ Flow {
 
             width: Math.min(implicitWidth, row.width)
             text: modelData.title
-            leftPadding: Theme.gap
-            rightPadding: Theme.gap
+            leftPadding: Theme.between
+            rightPadding: Theme.between
             corner: height / 2
             onClicked: {
                 row.chosen(modelData.title)

@@ -8,6 +8,8 @@ TextBox {
     property bool first: false
 
     width: parent ? parent.width : 0
+    // The edge of the focused row lies over that of the next.
+    z: activeFocus ? 1 : 0
     implicitHeight: Math.max(Theme.target + 4, neededHeight)
 
     background: Item {

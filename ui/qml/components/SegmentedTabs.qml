@@ -74,7 +74,7 @@ FocusScope {
             radius: Theme.corner - ground.inset
             color: Theme.chosenTab
             border.width: Theme.dark ? 0 : 1
-            border.color: Theme.separator
+            border.color: Theme.edge
             Behavior on x { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutCubic } }
             Behavior on y { NumberAnimation { duration: Theme.travel; easing.type: Easing.OutCubic } }
         }
