@@ -251,7 +251,7 @@ TEST_F(Joining, a_valid_code_leads_to_the_top_of_the_next_step) {
   stage.settle();
   ASSERT_TRUE(stage.shows("Valid Invitation"));
   const double bar = stage.control("Cancel")->mapToScene({0, stage.control("Cancel")->height()}).y();
-  EXPECT_GT(stage.find("Valid Invitation")->mapToScene({0, 0}).y(), bar + 24);
+  EXPECT_GT(stage.find("Valid Invitation")->mapToScene({0, 0}).y(), bar + 40);
 }
 
 TEST_F(Joining, cancel_and_escape_close_it) {
