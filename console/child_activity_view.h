@@ -157,7 +157,7 @@ class ChildActivityView final : public ScreenModel {
   // Recomputes everything, for another day or device.
   void recount();
   void countNews();
-  // Those of the chosen bar.
+  // Selects the items of the chosen bar.
   void selectItems();
 
   void showCharts();

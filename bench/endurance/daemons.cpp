@@ -55,7 +55,7 @@ class Helper {
  public:
   ~Helper() {
     thread_.request_stop();
-    // Wakes it up.
+    // Wakes the thread.
     carryOut([] {});
   }
   Helper() = default;

@@ -175,7 +175,7 @@ ExitStatus reset(const Options& options) {
     complain(reply->error.value_or("This device could not be reset."));
     return ExitStatus::failed;
   }
-  // What can't be read may be there still.
+  // A file that can't be read may still hold the enrollment.
   if (AgentLog log; isEnrolledOnDisk(options, log).value_or(true)) {
     complain(reply->worker ? "The enrollment can't be removed from the disk now. It comes back with the next "
                              "start, unless the disk can be written by then."

@@ -85,7 +85,7 @@ TunnelProgram::TunnelProgram(const std::string& busAddress, const std::string& s
   object_->registerMethod("NeedSecrets").onInterface(pluginInterface).implementedAs([](const Settings&) {
     return std::string();
   });
-  // NetworkManager would take a word behind a disconnection for one of the next connection.
+  // No signal is sent: NetworkManager would apply one that follows a disconnection to the next connection.
   object_->registerMethod("Disconnect").onInterface(pluginInterface).implementedAs([] {});
   object_->registerProperty("State").onInterface(pluginInterface).withGetter([] {
     return std::uint32_t{starting};

@@ -345,7 +345,7 @@ TEST_F(TunnelWorker, comes_back_with_its_endpoint_as_often_as_it_is_killed) {
   EXPECT_THAT(told(), ElementsAre(killedAgain, killedAgain, killedAgain));
 }
 
-// As a debugger would stop it, or a loop without end.
+// Stopped like by a debugger; an endless loop has the same effect.
 TEST_F(TunnelWorker, is_replaced_when_it_hangs) {
   EXPECT_EQ(ask("before.example"), "an answer");
   const auto hanging = process();

@@ -30,7 +30,7 @@ struct TunnelWorkerPulse : testing::Test {
                   WorkerPulse::Events{.ask = [this] { ++asked; }, .isSilent = [this] { ++silent; }}, pace);
     pulse->startAnew();
   }
-  // A worker would take it from the socket.
+  // Sends a question, which stays in the socket until a worker reads it.
   void question() { client.send_to(boost::asio::buffer("question", 8), server); }
   void takeQuestions() const {
     std::array<char, 16> buffer{};

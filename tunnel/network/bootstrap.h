@@ -30,7 +30,7 @@ class Bootstrap {
   virtual void missed(const Endpoint& /*endpoint*/) {}
 
  protected:
-  // Calls `found`, maybe with more addresses.
+  // Calls `found`. An override may add addresses.
   virtual void deliver(TcpEndpoints endpoints, Found found) { found({}, std::move(endpoints)); }
 
  private:

@@ -14,7 +14,7 @@ namespace {
 namespace ip = boost::asio::ip;
 
 constexpr std::array<std::size_t, 6> lengths{4, 5, 6, 7, 8, 12};
-// Between the bytes of an IPv4 address this one is left out.
+// Byte 8 of the prefix is reserved and is skipped between the bytes of the IPv4 address.
 constexpr std::size_t reserved = 8;
 
 ip::address_v6 written(const Nat64Prefix& prefix, const ip::address_v4& address) {
@@ -27,7 +27,7 @@ ip::address_v6 written(const Nat64Prefix& prefix, const ip::address_v4& address)
   return ip::address_v6(bytes);
 }
 
-// It decides where connections go: an address of this machine or its link would be a strange translation.
+// The network's answers decide where connections go, so addresses of this machine or its link are rejected.
 bool canBeTranslation(const ip::address_v6& address) {
   return !address.is_v4_mapped() && !address.is_v4_compatible() && !address.is_multicast() &&
          !address.is_link_local();

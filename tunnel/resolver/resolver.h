@@ -39,7 +39,7 @@ class Resolver {
   // Empties the cache. Clients that wait still get the answer that is on its way. It is not kept, and later
   // clients don't get it.
   void forget();
-  // What has failed may be asked again at once.
+  // Forgets failures, so that these questions may be asked again at once.
   void networkChanged(Time now) { lastChange_ = now; }
 
   std::optional<Time> wakeTime() const;
@@ -63,7 +63,7 @@ class Resolver {
   void askUpstream(Time now, std::string key, Waiter waiter);
   void fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result);
   void finish(Time now, Ticket ticket, const Outcome& outcome);
-  // What the cache has for it; nothing if that is a failure from before the network changed.
+  // The cache's entry for it; null if that is a failure from before the network changed.
   const Cache::Entry* known(Time now, const std::string& key);
 
   Upstream& upstream_;

@@ -54,7 +54,7 @@ class WorkerProcess {
   int spawn(OpenFile itsEnd);
   void say(const ToWorker& message);
   void came(std::string_view message);
-  // Ends it, if it is there.
+  // Kills the worker, if there is one.
   void misbehaved(const std::string& how);
   void ended();
   void startLater(const std::string& cause);

@@ -26,7 +26,7 @@ void WorkerPulse::startAnew() {
   watch();
 }
 
-// Asio would be woken by each question: it leaves what it waits for registered.
+// epoll is used directly, because Asio keeps a descriptor registered and would wake up for each question.
 void WorkerPulse::watch() {
   for (const OpenFile& socket : sockets_) {
     epoll_event once{.events = EPOLLIN | EPOLLONESHOT, .data = {}};

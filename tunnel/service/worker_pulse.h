@@ -34,9 +34,9 @@ class WorkerPulse {
   WorkerPulse(const WorkerPulse&) = delete;
   WorkerPulse& operator=(const WorkerPulse&) = delete;
 
-  // There is another worker.
+  // Call it when another worker has been started.
   void startAnew();
-  // The worker has answered.
+  // Call it when the worker has answered.
   void beat();
 
  private:
@@ -52,7 +52,7 @@ class WorkerPulse {
   Descriptor questions_;  // an epoll(7) instance of its own, whose events are one-shot
   Timer timer_;
   int missed_ = 0;
-  bool isWaiting_ = false;  // for an answer
+  bool isWaiting_ = false;  // an answer is pending
 };
 
 }  // namespace quillmar::tunnel

@@ -233,7 +233,7 @@ Item {
         z: 1
     }
 
-    // Most rows never show it.
+    // Loaded on first use, because most rows never show it.
     Loader {
         id: menu
         active: false
