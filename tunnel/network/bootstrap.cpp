@@ -38,7 +38,7 @@ TcpEndpoints byTurns(const TcpEndpoints& endpoints) {
 
 void Bootstrap::find(const Endpoint& endpoint, Found found) {
   if (auto known = knownFor(endpoint); !known.empty()) {
-    return deliver(std::move(known), std::move(found));
+    return deliver(std::move(known), found);
   }
   lookUp(endpoint, std::move(found));
 }

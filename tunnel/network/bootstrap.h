@@ -31,7 +31,7 @@ class Bootstrap {
 
  protected:
   // Calls `found`. An override may add addresses.
-  virtual void deliver(TcpEndpoints endpoints, Found found) { found({}, std::move(endpoints)); }
+  virtual void deliver(TcpEndpoints endpoints, const Found& found) { found({}, std::move(endpoints)); }
 
  private:
   virtual void lookUp(const Endpoint& endpoint, Found found) = 0;

@@ -73,16 +73,16 @@ void LinkBootstrap::answer(const Endpoint& endpoint, const Addresses& addresses,
   deliver(std::move(endpoints), found);
 }
 
-void LinkBootstrap::deliver(TcpEndpoints endpoints, Found found) {
+void LinkBootstrap::deliver(TcpEndpoints endpoints, const Found& found) {
   if (!needsTranslation(endpoints)) {
     return found({}, std::move(endpoints));
   }
-  addressesOf(std::string(ipv4OnlyHost), [this, endpoints = std::move(endpoints),
-                                          found = std::move(found)](const Addresses& ofIpv4OnlyHost) mutable {
-    const auto more = translations(endpoints, nat64Prefixes(ofIpv4OnlyHost));
-    endpoints.insert(endpoints.end(), more.begin(), more.end());
-    found({}, std::move(endpoints));
-  });
+  addressesOf(std::string(ipv4OnlyHost),
+              [this, endpoints = std::move(endpoints), found](const Addresses& ofIpv4OnlyHost) mutable {
+                const auto more = translations(endpoints, nat64Prefixes(ofIpv4OnlyHost));
+                endpoints.insert(endpoints.end(), more.begin(), more.end());
+                found({}, std::move(endpoints));
+              });
 }
 
 bool LinkBootstrap::needsTranslation(const TcpEndpoints& endpoints) const {

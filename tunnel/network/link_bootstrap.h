@@ -41,7 +41,7 @@ class LinkBootstrap final : public Bootstrap {
   };
 
   void lookUp(const Endpoint& endpoint, Found found) override;
-  void deliver(TcpEndpoints endpoints, Found found) override;
+  void deliver(TcpEndpoints endpoints, const Found& found) override;
   // The known addresses, or else those that the link's name servers give.
   void addressesOf(const std::string& host, std::function<void(const Addresses&)> take);
   void answer(const Endpoint& endpoint, const Addresses& addresses, const Found& found);
