@@ -26,7 +26,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto slowness = 100ms;
+constexpr auto slowness = 30ms;
 
 std::string variable(const char* name) {
   const char* value = std::getenv(name);
