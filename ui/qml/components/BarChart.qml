@@ -179,7 +179,7 @@ FocusScope {
                     y: chart.plotHeight + 6
                     text: bar.modelData.label
                     font: Theme.caption
-                    color: bar.modelData.isSelected ? Theme.text : Theme.cardSecondaryText
+                    color: bar.modelData.isSelected || pointer.index === bar.index ? Theme.text : Theme.cardSecondaryText
                     lineHeight: 1
                     wrapMode: Text.NoWrap
                     onImplicitWidthChanged: chart.widestLabel = Math.max(chart.widestLabel, implicitWidth)

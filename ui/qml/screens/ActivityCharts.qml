@@ -179,7 +179,7 @@ ColumnLayout {
                     badge: modelData.badge ?? (charts.showsCounts ? modelData.countText : "")
                     badgeSymbol: modelData.badge ? modelData.badgeIcon : ""
                     badgeTint: modelData.badge ? Theme.tint(modelData.badgeColor) : Theme.offline
-                    badgeInk: modelData.badge ? Theme.ink(modelData.badgeColor) : Theme.cardSecondaryText
+                    badgeInk: modelData.badge ? Theme.ink(modelData.badgeColor) : Theme.text
                     effect: allowable ? modelData.allow : modelData.block
                     destructive: !allowable
                 }
