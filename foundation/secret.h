@@ -13,14 +13,13 @@ class Secret {
  public:
   Secret() = default;
   // NOLINTBEGIN(google-explicit-constructor): it is used like the text that it holds
-  Secret(std::string text) : text_(std::move(text)) { wipe(text); }
+  Secret(std::string text) { take(text); }
   Secret(const char* text) : text_(text) {}
   Secret(const Secret&) = default;
-  Secret(Secret&& other) noexcept : text_(std::move(other.text_)) { wipe(other.text_); }
-  // Not by a swap: a short text would leave a copy of itself on the stack.
+  Secret(Secret&& other) noexcept { take(other.text_); }
   Secret& operator=(Secret other) noexcept {
     wipe(text_);
-    text_ = std::move(other.text_);
+    take(other.text_);
     return *this;
   }
   ~Secret() { wipe(text_); }
@@ -36,6 +35,13 @@ class Secret {
   friend bool operator==(const Secret& one, const Secret& other) { return one.text_ == other.text_; }
 
  private:
+  // A short text is copied, and left behind. Called while this one is empty: a swap of two short texts would
+  // also leave one on the stack.
+  void take(std::string& text) noexcept {
+    text_.swap(text);
+    wipe(text);
+  }
+
   std::string text_;
 };
 
