@@ -13,11 +13,19 @@ namespace {
 
 using Interfaces = QList<QAccessibleInterface*>;
 
-// Collects the accessible items below `item`. An item that Qt gives no interface is replaced by its
-// children.
+// An item may have got its interface before it was said to be ignored, and then keeps it.
+bool isIgnored(const QQuickItem& item) {
+  return std::ranges::any_of(item.children(), [](const QObject* part) {
+    return part->inherits("QQuickAccessibleAttached") && part->property("ignored").toBool();
+  });
+}
+
+// Collects the accessible items below `item`. An item that has no interface, or is ignored, is replaced by
+// its children.
 void collectAccessible(const QQuickItem& item, Interfaces& found) {
   for (auto* const child : item.childItems()) {
-    if (auto* const accessible = QAccessible::queryAccessibleInterface(child)) {
+    auto* const accessible = isIgnored(*child) ? nullptr : QAccessible::queryAccessibleInterface(child);
+    if (accessible) {
       found.append(accessible);
     } else {
       collectAccessible(*child, found);
@@ -114,6 +122,7 @@ class AccessibleTextBox final : public QAccessibleObject,
     state.focused = box().hasActiveFocus();
     state.disabled = !box().isEnabled();
     state.invisible = !box().isVisible() || box().opacity() == 0;
+    state.offscreen = box().window() && !box().window()->geometry().intersects(rect());
     state.editable = true;
     state.selectableText = true;
     state.passwordEdit = isHidden();

@@ -54,8 +54,9 @@ class PressAreaItem : public QQuickItem {
   void setBackground(QQuickItem* item);
   void setContentItem(QQuickItem* item);
 
-  // Assistive technologies call this by its name.
+  // Assistive technologies call these by their names.
   Q_INVOKABLE void accessiblePressAction();
+  Q_INVOKABLE void accessibleToggleAction() { accessiblePressAction(); }
 
  Q_SIGNALS:
   void clicked();

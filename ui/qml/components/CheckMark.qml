@@ -14,6 +14,9 @@ T.CheckBox {
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
     Accessible.checked: checked
+    // By itself, Qt would change `checked` without announcing that a person did it.
+    Accessible.onToggleAction: flip()
+    Accessible.onPressAction: flip()
 
     function flip() {
         toggle()

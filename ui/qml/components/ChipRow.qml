@@ -12,7 +12,7 @@ Flow {
     signal chosenAt(int index)
 
     spacing: Theme.within
-    Accessible.role: Accessible.PageTabList
+    Accessible.role: Accessible.Grouping
 
     function focusOn(index) {
         const chip = chips.itemAt((index + chips.count) % chips.count)

@@ -20,6 +20,7 @@ T.MenuItem {
     onTriggered: if (effect) effect.trigger()
     Accessible.role: Accessible.MenuItem
     Accessible.name: text
+    Accessible.onPressAction: if (enabled) clicked()
 
     background: Rectangle {
         radius: 9

@@ -6,6 +6,9 @@ import Quillmar
 T.Menu {
     id: menu
 
+    // What its actions are for; a screen reader says it.
+    property string name: qsTr("Menu")
+
     implicitWidth: Math.max(240, contentItem.implicitWidth + 2 * padding)
     implicitHeight: contentItem.implicitHeight + 2 * padding
     padding: 6
@@ -41,7 +44,7 @@ T.Menu {
         currentIndex: menu.currentIndex
         clip: interactive
         Accessible.role: Accessible.PopupMenu
-        Accessible.name: qsTr("Menu")
+        Accessible.name: menu.name
     }
     enter: Transition {
         NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.quick }

@@ -116,6 +116,7 @@ FocusScope {
                     Keys.onUpPressed: event => tabs.stack(event, index - 1)
                     Accessible.role: Accessible.PageTab
                     Accessible.selected: isCurrent
+                    Accessible.onPressAction: accessiblePressAction()
 
                     contentItem: Label {
                         text: tab.text

@@ -23,6 +23,8 @@ RowLayout {
     }
     IconButton {
         text: qsTr("Add")
+        // A page has several of these.
+        Accessible.description: field.placeholder
         symbol: field.symbol
         symbolSize: 30
         effect: field.effect

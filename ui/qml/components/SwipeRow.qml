@@ -49,7 +49,7 @@ Item {
     Accessible.name: name
     Accessible.description: description
     Accessible.focusable: true
-    Accessible.onPressAction: if (pressable) tapped()
+    Accessible.onPressAction: pressable ? tapped() : openMenu(inset, height)
 
     signal tapped
 
@@ -239,6 +239,8 @@ Item {
         active: false
         // qmllint disable unqualified
         sourceComponent: PopupMenu {
+            name: swipe.name
+
             MenuRow {
                 symbol: swipe.actionSymbol
                 text: swipe.actionTitle

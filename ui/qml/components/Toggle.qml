@@ -16,6 +16,7 @@ T.Switch {
     Accessible.checked: checked
     // By itself, Qt would change `checked` without announcing that a person did it.
     Accessible.onToggleAction: flip()
+    Accessible.onPressAction: flip()
 
     function flip() {
         toggle()

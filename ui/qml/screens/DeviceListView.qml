@@ -22,6 +22,7 @@ Page {
             text: page.screen.initials
             Accessible.role: Accessible.ButtonMenu
             Accessible.name: tip
+            Accessible.onPressAction: accessiblePressAction()
             tip: qsTr("Menu")
             corner: Theme.target / 2
             padding: 5
