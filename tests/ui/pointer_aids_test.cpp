@@ -187,5 +187,60 @@ TEST_F(ScrollBar, is_wide_under_the_pointer_and_hidden_at_rest) {
   EXPECT_EQ(drawn->opacity(), 0);
 }
 
+// What lies over a window that is too low for it.
+struct LowWindow : testing::Test {
+  LowWindow() {
+    showFamily(stage);
+    // Lower than a person can make it, so that even a short menu does not fit.
+    stage.window().resize(360, 200);
+    stage.settle();
+  }
+
+  // Drags the scroll bar of what this text belongs to, and returns how much of the way that scrolled.
+  double draggedBy(const QString& text) {
+    auto* const list = around(stage.find(text), "QQuickFlickable");
+    QQuickItem* bar = nullptr;
+    forEachShown(frontOf(stage), [&](const QQuickItem& item) {
+      if (item.property("thumb").isValid()) {
+        bar = const_cast<QQuickItem*>(&item);
+      }
+    });
+    if (!list || !bar) {
+      ADD_FAILURE() << "there is no scroll bar beside " << text.toStdString();
+      return 0;
+    }
+    const double thumb = bar->property("thumb").toDouble();
+    const int way = static_cast<int>(bar->height() - thumb);
+    stage.drag(UiStage::Pointer::mouse, bar->mapToScene({bar->width() / 2, thumb / 2}).toPoint(), {0, way});
+    EXPECT_GT(bar->childItems().first()->opacity(), 0.3) << "it is seen while it is held";
+    return list->property("contentY").toDouble() /
+           (list->property("contentHeight").toDouble() - list->height());
+  }
+
+  UiStage stage{{.stored = signedInParent()}};
+};
+
+TEST_F(LowWindow, has_a_scroll_bar_in_the_list_of_keys) {
+  stage.press(Qt::Key_F1);
+  stage.settle();
+  EXPECT_NEAR(draggedBy("Refresh, or try again"), 1, 0.05);
+}
+
+TEST_F(LowWindow, has_a_scroll_bar_in_a_menu) {
+  stage.click("AM");
+  stage.settle();
+  EXPECT_NEAR(draggedBy("Settings"), 1, 0.05);
+  EXPECT_TRUE(stage.shows("Logout")) << "the menu stays open";
+}
+
+TEST_F(ScrollBar, is_absent_where_everything_fits) {
+  stage.press(Qt::Key_F1);
+  stage.settle();
+  EXPECT_TRUE(stage.shows("Keys"));
+  forEachShown(frontOf(stage), [&](const QQuickItem& item) {
+    EXPECT_FALSE(item.property("thumb").isValid()) << "a bar in a list of " << item.height();
+  });
+}
+
 }  // namespace
 }  // namespace quillmar::ui

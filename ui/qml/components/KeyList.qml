@@ -69,6 +69,11 @@ T.Popup {
         Accessible.role: Accessible.Dialog
         Accessible.name: heading.text
 
+        ScrollMarker {
+            flickable: scroll
+            anchors.right: parent.right
+            anchors.rightMargin: -popup.padding
+        }
         Flickable {
             id: scroll
             anchors.fill: parent

@@ -31,6 +31,7 @@ T.Menu {
         }
     }
     contentItem: ListView {
+        id: rows
         implicitHeight: contentHeight
         implicitWidth: {
             let widest = 0
@@ -45,6 +46,14 @@ T.Menu {
         clip: interactive
         Accessible.role: Accessible.PopupMenu
         Accessible.name: menu.name
+
+        // Over the rows' margin; it does not scroll with them.
+        ScrollMarker {
+            parent: rows
+            y: 0
+            flickable: rows
+            anchors.right: parent.right
+        }
     }
     enter: Transition {
         NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.quick }

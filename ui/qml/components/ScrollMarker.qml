@@ -1,7 +1,7 @@
 import QtQuick
 import Quillmar
 
-// The scroll bar of a long page, in the page's margin: thin while the page scrolls, wide under the pointer. The mouse
+// The scroll bar of a long page, list or menu, in its margin: thin while the page scrolls, wide under the pointer. The mouse
 // drags it, and a press beside the thumb scrolls by a page. A finger scrolls the page itself.
 Item {
     id: bar
