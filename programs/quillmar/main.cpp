@@ -33,6 +33,7 @@
 #include "programs/quillmar/sandbox_process.h"
 #include "programs/quillmar/window_application.h"
 #include "ui/adapters/qt_camera.h"
+#include "ui/adapters/qt_notifications.h"
 #include "ui/adapters/qt_scene_phase.h"
 #include "ui/notice_switch.h"
 #include "ui/window.h"
@@ -131,6 +132,8 @@ int runWindow(const Options& options) {
                                .cameraFrames = &machine.qrReader.frames(),
                                .notices = &notices});
   const auto show = [&window](const std::string& token) { bringToFront(window, token); };
+  QObject::connect(&machine.notifications, &quillmar::ui::QtNotifications::chosen, &window.quickWindow(),
+                   [&show](const QString& token) { show(token.toStdString()); });
   control::ControlHandler handler(app.environment(),
                                   {.worker = control::Worker::window, .show = show, .yield = {}});
   control::ControlServer server(options.dataDirectory, machine.dispatch,

@@ -95,13 +95,15 @@ class FakeService final : public FakeScreen {
                    QStringLiteral("/org/freedesktop/Notifications")) {}
 
   QString application;
+  QStringList actions;
   std::vector<uint> replaced;
 
  public Q_SLOTS:
   uint Notify(const QString& name, uint replaces, const QString& /*icon*/, const QString& title,
-              const QString& body, const QStringList& /*actions*/, const QVariantMap& /*hints*/,
-              int /*timeout*/, const QDBusMessage& call) {
+              const QString& body, const QStringList& offered, const QVariantMap& /*hints*/, int /*timeout*/,
+              const QDBusMessage& call) {
     application = name;
+    actions = offered;
     replaced.push_back(replaces);
     const uint number = replaces == 0 ? ++last_ : replaces;
     take(call, {.id = std::to_string(number), .title = title.toStdString(), .body = body.toStdString()});
@@ -130,6 +132,14 @@ class Bus {
   TemporaryDirectory directory_;
   PrivateBus bus_{directory_.path()};
 };
+
+// As a notification service says it, whoever does.
+void say(const QDBusConnection& speaker, const QString& signal, uint number, const QString& word) {
+  auto message =
+      QDBusMessage::createSignal("/org/freedesktop/Notifications", "org.freedesktop.Notifications", signal);
+  message << number << word;
+  speaker.send(message);
+}
 
 // Waits until the program has received the answers to its calls: the answer to a later call comes after them.
 void waitForAnswers() {
@@ -272,6 +282,60 @@ TEST_F(OnABus, an_answer_after_the_adapters_end_is_ignored) {
   }
   waitForAnswers();
   EXPECT_EQ(service->calls, 0U);
+}
+
+// A notification of ours is on the service's screen, as number 1.
+class OnAScreen : public OnABus {
+ protected:
+  OnAScreen() {
+    QObject::connect(&notifications, &QtNotifications::chosen, &notifications,
+                     [this](const QString& token) { chosen.push_back(token); });
+    startService();
+    notifications.show(named("one"));
+    EXPECT_TRUE(waitForService(1));
+  }
+  ~OnAScreen() override { QDBusConnection::disconnectFromBus("stranger"); }
+
+  // The word of this speaker, and after it a true choice: what is to be ignored has come before.
+  QStringList chosenAfter(const QString& speaker, const QString& signal, uint number, const QString& word) {
+    say(bus.connect(speaker), signal, number, word);
+    waitForAnswersOf(speaker);
+    const auto before = chosen.size();
+    say(bus.connect("service"), "ActionInvoked", 1, "default");
+    EXPECT_TRUE(waitUntil([&] { return chosen.size() > before; }));
+    waitForAnswers();
+    return chosen;
+  }
+  // The bus has passed on what it said.
+  static void waitForAnswersOf(const QString& speaker) {
+    QDBusConnection(speaker).call(QDBusMessage::createMethodCall(
+        "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId"));
+  }
+
+  QStringList chosen;
+};
+
+TEST_F(OnAScreen, can_be_chosen_as_a_whole) {
+  EXPECT_EQ(service->actions.value(0), "default");
+  EXPECT_EQ(service->actions.size(), 2) << "an action and its word";
+}
+
+TEST_F(OnAScreen, is_chosen_with_the_token_that_came_before) {
+  EXPECT_EQ(chosenAfter("service", "ActivationToken", 1, "token"), QStringList{"token"});
+  EXPECT_EQ(chosenAfter("service", "ActivationToken", 7, "not ours"), (QStringList{"token", ""}));
+}
+
+TEST_F(OnAScreen, is_not_chosen_by_what_concerns_others) {
+  EXPECT_EQ(chosenAfter("service", "ActionInvoked", 2, "default"), QStringList{""});
+}
+
+TEST_F(OnAScreen, is_not_chosen_by_another_action) {
+  EXPECT_EQ(chosenAfter("service", "ActionInvoked", 1, "delete everything"), QStringList{""});
+}
+
+TEST_F(OnAScreen, is_not_chosen_by_another_program) {
+  EXPECT_EQ(chosenAfter("stranger", "ActionInvoked", 1, "default"), QStringList{""});
+  EXPECT_EQ(chosenAfter("stranger", "ActivationToken", 1, "forged"), (QStringList{"", ""}));
 }
 
 TEST(WithoutABus, nothing_is_shown) {

@@ -6,6 +6,8 @@
 #include <QDBusPendingReply>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
+#include <utility>
 
 #include "ui/bridge/shown_text.h"
 
@@ -16,6 +18,11 @@ const auto applicationName = QStringLiteral("Quillmar");
 // Also the name of the icon.
 const auto desktopEntry = QStringLiteral("live.quillmar.Quillmar");
 
+const auto service = QStringLiteral("org.freedesktop.Notifications");
+const auto servicePath = QStringLiteral("/org/freedesktop/Notifications");
+// The action of a notification that is clicked as a whole.
+const auto wholeNotification = QStringLiteral("default");
+
 QDBusMessage portalCall() {
   return QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
@@ -23,9 +30,7 @@ QDBusMessage portalCall() {
 }
 
 QDBusMessage serviceCall() {
-  return QDBusMessage::createMethodCall(
-      QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("/org/freedesktop/Notifications"),
-      QStringLiteral("org.freedesktop.Notifications"), QStringLiteral("Notify"));
+  return QDBusMessage::createMethodCall(service, servicePath, service, QStringLiteral("Notify"));
 }
 
 }  // namespace
@@ -51,9 +56,11 @@ void QtNotifications::showByPortal(const Words& words) {
 
 void QtNotifications::showByService(const Words& words) {
   constexpr int asLongAsUsual = -1;
+  listenToService();
   auto call = serviceCall();
   call << applicationName << numbers_.value(words.id) << desktopEntry << words.title << words.body
-       << QStringList() << QVariantMap{{"desktop-entry", desktopEntry}} << asLongAsUsual;
+       << QStringList{wholeNotification, QStringLiteral("Open")}
+       << QVariantMap{{"desktop-entry", desktopEntry}} << asLongAsUsual;
   auto* const pending = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
   connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending, id = words.id] {
     pending->deleteLater();
@@ -62,6 +69,34 @@ void QtNotifications::showByService(const Words& words) {
       numbers_.insert(id, number.value());
     }
   });
+}
+
+// Only what the service's owner sends arrives.
+void QtNotifications::listenToService() {
+  if (!listens_) {
+    bus_.connect(service, servicePath, service, QStringLiteral("ActivationToken"), this,
+                 SLOT(keepToken(uint, QString)));
+    bus_.connect(service, servicePath, service, QStringLiteral("ActionInvoked"), this,
+                 SLOT(takeAction(uint, QString)));
+    listens_ = true;
+  }
+}
+
+// The service tells every program of all notifications.
+bool QtNotifications::isOurs(uint number) const {
+  return std::ranges::find(numbers_, number) != numbers_.end();
+}
+
+void QtNotifications::keepToken(uint number, const QString& token) {
+  if (isOurs(number)) {
+    token_ = token;
+  }
+}
+
+void QtNotifications::takeAction(uint number, const QString& action) {
+  if (isOurs(number) && action == wholeNotification) {
+    Q_EMIT chosen(std::exchange(token_, {}));
+  }
 }
 
 // A portal that does not answer may still show it.
