@@ -70,10 +70,9 @@ Column {
                         lineHeight: 1
                         Accessible.ignored: true
                     }
-                    OneLine {
+                    SiteName {
                         line: site.modelData.domain
                         font: Theme.callout
-                        elide: Text.ElideMiddle
                         Layout.fillWidth: true
                         Accessible.ignored: true
                     }

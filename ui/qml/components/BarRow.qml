@@ -65,10 +65,9 @@ Pressable {
             rowSpacing: 4
             Layout.fillWidth: true
 
-            OneLine {
+            SiteName {
                 line: row.bar.name
                 font: Theme.callout
-                elide: Text.ElideMiddle
                 Layout.fillWidth: true
                 Accessible.ignored: true
             }

@@ -29,7 +29,7 @@ ColumnLayout {
             readonly property string domain: modelData.domain
 
             width: parent ? parent.width : 0
-            implicitHeight: Theme.target + 4
+            implicitHeight: Math.max(Theme.target + 4, line.implicitHeight + Theme.within)
             Accessible.role: Accessible.ListItem
             Accessible.name: domain
 
@@ -42,6 +42,7 @@ ColumnLayout {
                 color: Theme.separator
             }
             RowLayout {
+                id: line
                 anchors.fill: parent
                 anchors.leftMargin: Theme.gap
                 anchors.rightMargin: 4
@@ -53,10 +54,9 @@ ColumnLayout {
                     Layout.preferredWidth: 22
                     Layout.preferredHeight: 22
                 }
-                OneLine {
+                SiteName {
                     line: site.domain
                     font: Theme.callout
-                    elide: Text.ElideMiddle
                     Layout.fillWidth: true
                     Accessible.ignored: true
 

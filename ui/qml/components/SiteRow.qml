@@ -13,6 +13,8 @@ SwipeRow {
     property color badgeTint: Theme.green
     property color badgeInk: Theme.positiveText
     property bool stripAtEnd: false
+    // With large texts the badge and the time stand under the name, which would have no room beside them.
+    readonly property bool stacked: Theme.textScale > 1.3
 
     name: title
     description: [badge, time].filter(text => text.length > 0).join(", ") // qmllint disable type
@@ -28,7 +30,7 @@ SwipeRow {
 
     RowLayout {
         width: site.width
-        height: Math.max(Theme.target + 8, implicitHeight)
+        height: Math.max(Theme.target + 8, implicitHeight + Theme.within)
         spacing: Theme.between
 
         Symbol {
@@ -38,17 +40,30 @@ SwipeRow {
             Layout.preferredHeight: 22
             Layout.leftMargin: Theme.gap
         }
-        OneLine {
-            line: site.name
-            font: Theme.callout
-            elide: Text.ElideMiddle
+        ColumnLayout {
+            spacing: 2
             Layout.fillWidth: true
-            Accessible.ignored: true
 
-            Matches { part: site.part }
+            SiteName {
+                line: site.name
+                font: Theme.callout
+                Layout.fillWidth: true
+                Accessible.ignored: true
+
+                Matches { part: site.part }
+            }
+            Label {
+                visible: site.stacked && text.length > 0
+                text: site.description
+                font: Theme.caption
+                color: Theme.cardSecondaryText
+                lineHeight: 1
+                Layout.fillWidth: true
+                Accessible.ignored: true
+            }
         }
         Badge {
-            visible: site.badge.length > 0
+            visible: site.badge.length > 0 && !site.stacked
             text: site.badge
             symbol: site.badgeSymbol
             tint: site.badgeTint
@@ -63,7 +78,7 @@ SwipeRow {
                 anchors.right: parent.right
                 anchors.rightMargin: Theme.gap
                 width: Math.min(implicitWidth, site.width * 0.35)
-                visible: text.length > 0
+                visible: text.length > 0 && !site.stacked
                 opacity: site.showsButton ? 0 : 1
                 line: site.time
                 font: Theme.caption
