@@ -112,8 +112,8 @@ void ScreenReader::read(const Place& place, std::optional<std::size_t> parent, E
   }
 }
 
-// Qt announces neither the end of a transition nor every change, so there is nothing to wait for but the state
-// itself.
+// Qt announces neither the end of a transition nor every change, so there is nothing to wait for but the
+// state itself.
 Elements ScreenReader::listenUntil(const std::string& purpose,
                                    const std::function<bool(const Elements&)>& condition) const {
   using namespace std::chrono_literals;

@@ -69,7 +69,8 @@ class ScreenReader {
   Elements listen() const;
   // Listens until the condition holds, and returns what was heard then. Far too long without it is a failure
   // of the test, and returns what was heard last.
-  Elements listenUntil(const std::string& purpose, const std::function<bool(const Elements&)>& condition) const;
+  Elements listenUntil(const std::string& purpose,
+                       const std::function<bool(const Elements&)>& condition) const;
   void perform(const Element& element, const std::string& action) const;
 
  private:

@@ -57,8 +57,8 @@ const Element* find(const Elements& elements, const Expected& expected) {
   return found != elements.end() ? &*found : nullptr;
 }
 
-// One thing that a person does with the screen reader or the keyboard. What is under a closing sheet is heard only when
-// that has gone, but a key would not wait: it is the first step of its screen.
+// One thing that a person does with the screen reader or the keyboard. What is under a closing sheet is heard
+// only when that has gone, but a key would not wait: it is the first step of its screen.
 struct Step {
   enum class Deed { press, write, key };
   Deed deed;
@@ -143,20 +143,21 @@ class SpokenSession {
       return element.name == step.target && (step.more.empty() || element.description == step.more) &&
              element.can(step.action);
     };
-    const auto heard = reader().listenUntil(
-        "waited to press \"" + step.target + "\"",
-        [&](const Elements& all) { return std::ranges::any_of(all, isIt); });
+    const auto heard =
+        reader().listenUntil("waited to press \"" + step.target + "\"",
+                             [&](const Elements& all) { return std::ranges::any_of(all, isIt); });
     if (const auto found = std::ranges::find_if(heard, isIt); found != heard.end()) {
       reader().perform(*found, step.action);
     }
   }
   Words inSession(const Words& words) const {
-    return session_.running(words, {"QT_QPA_PLATFORM=xcb", "QT_QUICK_BACKEND=software",
-                                    "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1", "DISPLAY=:" + display_,
-                                    "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()});
+    return session_.running(
+        words, {"QT_QPA_PLATFORM=xcb", "QT_QUICK_BACKEND=software", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1",
+                "DISPLAY=:" + display_, "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()});
   }
   CommandResult onWindow(const Words& deed) const {
-    return runCommand(inSession(Words{"xdotool", "search", "--sync", "--onlyvisible", "--name", "Quillmar"} + deed));
+    return runCommand(
+        inSession(Words{"xdotool", "search", "--sync", "--onlyvisible", "--name", "Quillmar"} + deed));
   }
 
   const test::ProgramSession session_;
@@ -169,8 +170,8 @@ class SpokenSession {
                            inSession({launcher, "--launch-immediately"})};
   const std::unique_ptr<sandbox::Service> service_ =
       std::move(*sandbox::Service::start({.seed = sandbox::Seed::demo}));
-  RunningProgram window_{endingWithTheTest(
-      inSession(test::programFor(QUILLMAR_PROGRAM, session_.home() / "data", *service_)))};
+  RunningProgram window_{
+      endingWithTheTest(inSession(test::programFor(QUILLMAR_PROGRAM, session_.home() / "data", *service_)))};
   std::optional<ScreenReader> reader_;
 };
 
@@ -190,7 +191,8 @@ class SpokenWindow : public testing::Test {
           std::ranges::all_of(screen.heard, [&](const Expected& expected) { return find(all, expected); });
       const bool isCovered = std::ranges::any_of(all, isFront);
       const bool mayBeCovered = screen.front != Front::none && !(isWide && screen.front == Front::page);
-      return isAllThere && isCovered == mayBeCovered && !isFading(all) && std::ranges::none_of(all, [&](const Element& element) {
+      return isAllThere && isCovered == mayBeCovered && !isFading(all) &&
+             std::ranges::none_of(all, [&](const Element& element) {
                return std::ranges::find(screen.silent, element.name) != screen.silent.end();
              });
     });
@@ -311,7 +313,8 @@ std::vector<Screen> screens() {
        Front::none,
        {"I'm a Parent"}},
       {"signing up",
-       {press("Continue"), press("Sign Up"), write("Password", newPassword), write("Confirm Password", newPassword)},
+       {press("Continue"), press("Sign Up"), write("Password", newPassword),
+        write("Confirm Password", newPassword)},
        {{Role::dialog, "Create Account"},
         {Role::text, "Full Name"},
         {Role::text, "Phone Number", "Used for account recovery"},
@@ -326,7 +329,8 @@ std::vector<Screen> screens() {
        {{Role::dialog, "Join Family"}, {Role::text, "Invite Code"}, {Role::button, "Scan QR Code"}},
        Front::sheet},
       {"signing in",
-       {press("Cancel"), write("Email", "ann@example.com"), write("Password", password), press("Remember me")},
+       {press("Cancel"), write("Email", "ann@example.com"), write("Password", password),
+        press("Remember me")},
        {{Role::text, "Email"},
         {Role::password, "Password"},
         {Role::button, "Show password", "Password"},
