@@ -478,7 +478,7 @@ std::vector<Screen> screens() {
         {Role::radio, "All Devices", _, true},
         {Role::radio, "Mia's Phone", _, false},
         {Role::button, "Today", MatchesRegex("(No|[0-9]+) requests?.*"), true},
-        {Role::text, "Find a site"},
+        {Role::button, "Find"},
         {Role::button, "Done"}},
        Front::sheet},
   };
