@@ -15,7 +15,7 @@ namespace quillmar::tunnel {
 namespace {
 
 // The request to delete an entry; nothing where the neighbour has answered.
-std::optional<std::string> deletionOf(std::string_view entry) {
+std::optional<std::string> deletionIfUnanswered(std::string_view entry) {
   ndmsg head{};
   if (entry.size() < sizeof head) {
     return std::nullopt;
@@ -39,7 +39,7 @@ void forgetUnansweredNeighbours() {
   std::string all;
   netlink::appendStruct(all, ndmsg{});
   requests.dump(RTM_GETNEIGH, all, [&](std::uint16_t type, std::string_view entry) {
-    if (auto deletion = deletionOf(entry); deletion && type == RTM_NEWNEIGH) {
+    if (auto deletion = deletionIfUnanswered(entry); deletion && type == RTM_NEWNEIGH) {
       deletions.push_back(std::move(*deletion));
     }
   });
