@@ -28,7 +28,7 @@ Page {
             color: page.screen.hasCamera ? Theme.cameraGround : Theme.card
             border.width: drop.containsDrag ? 2 : 0
             border.color: Theme.blue
-            implicitHeight: Math.max(Math.min(width * 0.75, 380), page.screen.hasCamera ? 0 : notice.implicitHeight + 2 * Theme.gap)
+            implicitHeight: page.screen.hasCamera ? Math.min(width * 0.75, 380) : notice.implicitHeight + 2 * Theme.section
             Layout.fillWidth: true
 
             Loader {
