@@ -37,10 +37,10 @@ tools=$build/tools
 log=build-run.log
 report_seconds=${QUILLMAR_REPORT_SECONDS:-30}
 
-# What the log's last line with a count says, as ninja writes it.
+# The count in the last line of progress that ninja has logged.
 progress() { grep -oE '^\[[0-9]+/[0-9]+\]' "$log" | tail -n 1 | tr -d '[]' | sed 's|/| of |; s|$| done, |'; }
 
-# Carries out one command of the build out of sight, and says from time to time how far it is.
+# Runs a command of the build with its output in the log, and prints its progress from time to time.
 build_step() {
   local title=$1 process
   shift
@@ -81,14 +81,14 @@ start_service() {
   echo "The stand-in service runs at $(grep -o 'http://[^ ]*' <<<"$line") and $secure_url."
 }
 
-# At its own edge of the screen.
+# Opens a window at its own edge of the screen.
 open_window() {
   local side=$1 place=$2
   aside "$programs/quillmar/quillmar" --data-dir "$work/$side" --service "$secure_url" --ca-file "$ca_file" \
     --simulate-tunnel -qwindowtitle "For the $side" -qwindowgeometry "$place" >"$work/$side.log" 2>&1
 }
 
-# As the child would, in whichever window becomes the child's.
+# Browses as the child would, as soon as this window has become the child's.
 browse_in() { aside "$tools/browse/quillmar-browse" --data-dir "$work/$1" --ca-file "$ca_file"; }
 
 print_steps() {

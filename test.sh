@@ -49,7 +49,7 @@ build_and_test() {
   ctest --test-dir "build/$1" -j "$jobs" --no-tests=error --output-junit tests.xml
 }
 
-# Each stage lasted until the next began; the last is the end.
+# A stage lasts until the next one begins. The last line marks the end.
 print_times() {
   printf '%s\n' "${stages[@]}" |
     awk 'NR > 1 { printf "  %6d s  %s\n", $1 - began, name } { began = $1; $1 = ""; name = substr($0, 2) }'
@@ -62,7 +62,7 @@ build_and_test release
 if [ "$selection" = all ]; then
   build_and_test asan
   build_and_test tsan
-  # Its tests are those of the release build; that it compiles and links without this system's adapters is the question.
+  # Only built: its tests are among those of the release build.
   build portable
   stage "Lint"
   scripts/lint

@@ -100,7 +100,7 @@ class Client {
   std::string question_;
 };
 
-// The machine's end of the wire, or the other one, as if somebody had pulled the cable.
+// Sets the link state of one end of the wire: down is a pulled cable.
 void switchWire(bool isOurEnd, const std::string& state) {
   Command command{"ip", "link", "set", isOurEnd ? "v0" : "v1", state};
   if (!isOurEnd) {

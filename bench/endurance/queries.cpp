@@ -73,7 +73,7 @@ class Endpoint {
   }};
 };
 
-// What the kernel dropped for want of room.
+// The datagrams that the kernel dropped because the socket's buffer was full.
 std::uint32_t droppedAt(int socket) {
   std::array<std::uint32_t, SK_MEMINFO_VARS> memory{};
   socklen_t size = sizeof memory;

@@ -28,9 +28,9 @@ namespace quillmar::agent {
 // be saved.
 class AgentLog final : public Log {
  public:
-  // An answer on the standard output must stand there alone, so the lines of a command go beside it.
+  // For a command: its standard output holds only the answer, so log lines go to standard error.
   AgentLog() = default;
-  // For the program that runs on, whose output are such lines.
+  // For the running agent: its standard output is the log.
   explicit AgentLog(bool tellsEverything)
       : tellsEverything_(tellsEverything), log_{"quillmar-agent", STDOUT_FILENO} {}
 

@@ -407,18 +407,23 @@ void answerWithoutEnd(UiStage& s) {
                     manyEntries(now, 1, static_cast<int>(ActivityLog::capacity)));
 }
 
-// As by its key, which leads to the rows.
+QQuickItem* findBar(const QQuickItem& in, const QString& name) {
+  for (auto* const item : in.childItems()) {
+    const bool isBar = item->property("bar").isValid() || item->property("thickness").isValid();
+    if (isBar && item->isVisible() && ui::accessibleName(*item) == name) {
+      return item;
+    }
+    if (auto* const bar = findBar(*item, name)) {
+      return bar;
+    }
+  }
+  return nullptr;
+}
+
+// Chooses a bar with the keyboard, which leads to the rows.
 void chooseBar(UiStage& s, const ActivityBar& bar) {
   s.settle();
-  const QString name = ui::shownText(bar.name());
-  QQuickItem* drawn = nullptr;
-  ui::forEachShown(*s.window().contentItem(), [&](const QQuickItem& item) {
-    const bool isBar = item.property("bar").isValid() || item.property("thickness").isValid();
-    if (!drawn && isBar && ui::accessibleName(item) == name) {
-      drawn = const_cast<QQuickItem*>(&item);
-    }
-  });
-  if (drawn) {
+  if (auto* const drawn = findBar(*s.window().contentItem(), ui::shownText(bar.name()))) {
     drawn->forceActiveFocus(Qt::TabFocusReason);
     s.press(Qt::Key_Space);
   }
