@@ -100,7 +100,9 @@ class Run {
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
     tell(kind_.name + " killed", std::to_string(order_.kills));
     tell(kind_.name + ", " + kind_.what, std::to_string(*kind_.times));
-    expect(*kind_.times > 0, kind_.name + " were killed too early.");
+    // So few as in the short form may all be early by chance.
+    constexpr int telling = 100;
+    expect(*kind_.times > 0 || order_.kills < telling, kind_.name + " were killed too early.");
     tell(kind_.name + " that ended by themselves before that", std::to_string(survivors_));
     tell(kind_.name + ", time for a kill, " + std::to_string(kind_.sideBySide) + " side by side",
          std::to_string(static_cast<int>(1000 * passed.count() / order_.kills)) + " ms");
