@@ -1,6 +1,5 @@
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <array>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -383,30 +382,6 @@ std::string hostileActivity(Date now) {
   return R"({"logs":[)" + list + "," + unreadable + "]}";
 }
 
-// The entries from `first` to `last`, one every two seconds.
-std::string manyEntries(Date now, int first, int last) {
-  constexpr std::array sites{"example.com", "video.example", "school.example", "games.example"};
-  std::string list;
-  for (int entry = first; entry <= last; ++entry) {
-    const auto site = static_cast<std::size_t>(entry / 7) % sites.size();
-    list += (entry == first ? "" : ",") +
-            logJson(entry, sites[site], site == 3, now - std::chrono::seconds(2 * entry));
-  }
-  return R"({"logs":[)" + list + "]}";
-}
-
-// One device has more entries than the page keeps, the others none.
-void answerWithoutEnd(UiStage& s) {
-  auto& http = s.application.machine.http;
-  for (const auto* const id : {"d2", "d3", "d4", "d5"}) {
-    http.answerAlways("GET", "/devices/" + std::string(id) + "/logs", 200, R"({"logs":[]})");
-  }
-  const Date now = s.application.machine.dispatch.now();
-  http.answerAlways("GET", "/devices/d1/logs?limit=1000&offset=0", 200, manyEntries(now, 0, 0));
-  http.answerAlways("GET", "/devices/d1/logs?limit=1000&offset=1", 200,
-                    manyEntries(now, 1, static_cast<int>(ActivityLog::capacity)));
-}
-
 QQuickItem* findBar(const QQuickItem& in, const QString& name) {
   for (auto* const item : in.childItems()) {
     const bool isBar = item->property("bar").isValid() || item->property("thickness").isValid();
@@ -479,12 +454,6 @@ std::vector<Shot> activityScenes() {
          auto& child = openChild(s);
          answerWeek(s);
          s.application.machine.http.answerAlways("GET", "/devices/d2/logs?limit=1000&offset=0", 404);
-         child.seeAllActivity();
-       }},
-      {"activity-full", signedInParent(),
-       [](UiStage& s) {
-         auto& child = openChild(s);
-         answerWithoutEnd(s);
          child.seeAllActivity();
        }},
       {"activity-hour", signedInParent(), [](UiStage& s) { chooseBar(s, openActivity(s).hourBars[18]); }},
