@@ -148,7 +148,8 @@ void carryOut(bool isShort) {
   require(portAt != std::string::npos, "The tunnel does not start: " + said);
   Load load(std::stoi(said.substr(portAt + 10)));
 
-  const auto memory = [&] { return processFigure(program.process(), "smaps_rollup", "Pss"); };
+  // The proportional memory would change when another process shares or stops sharing a library.
+  const auto memory = [&] { return processFigure(program.process(), "smaps_rollup", "Anonymous"); };
   const auto start = std::chrono::steady_clock::now();
   load.ask(first);
   const auto memoryBefore = memory();
@@ -169,7 +170,7 @@ void carryOut(bool isShort) {
   tell("Answered with a failure", std::to_string(load.failed()));
   tell("Not answered", std::to_string(count - load.answered() - load.failed()));
   tell("Queries a second", std::to_string(static_cast<int>(static_cast<double>(count) / passed.count())));
-  tell("Memory (PSS) after " + std::to_string(first) + " and at the end",
+  tell("Memory of its own after " + std::to_string(first) + " and at the end",
        kibibytes(memoryBefore) + ", " + kibibytes(memoryAfter));
   tell("Open files then and at the end", std::to_string(filesBefore) + ", " + std::to_string(filesAfter));
   tell("Processor time of the tunnel for a query",
