@@ -46,7 +46,7 @@ Kind tunnels();
 
 // Variables that have a program killed at this call to write, sync, send and the like.
 Variables killedAt(long call);
-// Counts these calls of a program that ends by itself, or by SIGTERM.
+// Counts the same calls of a program that is not killed.
 class CallCount {
  public:
   explicit CallCount(const Session& session) : file_(session.home() / "calls") {}

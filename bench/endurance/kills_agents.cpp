@@ -45,7 +45,7 @@ class Agent final : public Mortal {
     return status == -SIGKILL;
   }
 
-  // The calls of a life that nobody ends.
+  // How many calls an agent makes that is not killed.
   long callsOf(Deed deed) {
     const CallCount count(world_.session);
     const auto program = start(deed, count.variables());

@@ -102,7 +102,7 @@ class Window final : public Mortal {
     const int status = driver->end(SIGKILL);
     const bool isKept = storedIn(data, *world_.service).isEnrolled;
     require(isKept || !isConfirmed, "A confirmed enrollment is lost.");
-    // It can go on from there.
+    // The next program continues an enrollment, or begins it again.
     const auto next = start(QUILLMAR_DRIVER, data, {"--clock", "virtual"});
     require(isKept ? isEnrolledIn(*next) : enrollBy(*next), "What is left can't be gone on with.");
     return status == -SIGKILL;

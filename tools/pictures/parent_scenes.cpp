@@ -395,7 +395,7 @@ QQuickItem* findBar(const QQuickItem& in, const QString& name) {
   return nullptr;
 }
 
-// Chooses a bar with the keyboard, which leads to the rows.
+// Presses a bar with the keyboard, which leads to the rows.
 void chooseBar(UiStage& s, const ActivityBar& bar) {
   s.settle();
   if (auto* const drawn = findBar(*s.window().contentItem(), ui::shownText(bar.name()))) {
