@@ -60,6 +60,8 @@ stage "Format"
 scripts/check-format
 build_and_test release
 if [ "$selection" = all ]; then
+  # Here a test is a whole program: print its failures alone, or its passed tests push them out of sight.
+  export GTEST_BRIEF=1
   build_and_test asan
   build_and_test tsan
   # Only built: its tests are among those of the release build.
