@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -12,11 +11,7 @@
 
 #include "child/vpn_dns_manager.h"
 #include "programs/doctor/tunnel_state.h"
-#include "tests/shared_world.h"
-#include "tests/tunnel/device/device_world.h"
-#include "tests/tunnel/support/messages.h"
-#include "tests/tunnel/support/test_endpoint.h"
-#include "tunnel/dns/query.h"
+#include "tests/tunnel/device/tunnel_device.h"
 
 namespace quillmar::tunnel {
 namespace {
@@ -28,97 +23,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-
-const auto& world = SharedWorld<DeviceWorld>::forAllTests();
-
-constexpr const char* first = "192.0.2.7";
-constexpr const char* second = "192.0.2.8";
-// DNS servers beyond the router, as a user may configure them.
-constexpr const char* server4 = "192.0.2.53";
-constexpr const char* server6 = "2001:db8:53::53";
-
-// An endpoint that answers every query with the same address.
-TestEndpoint::Answering always(char lastByte) {
-  return [lastByte](TestPeer& peer, std::int32_t stream, const std::string& question) {
-    const auto query = std::get<Query>(parseQuery(question));
-    std::string text;
-    append(text, Header{.flags = flag::response | flag::recursionDesired | flag::recursionAvailable,
-                        .questions = 1,
-                        .answers = static_cast<std::uint16_t>(query.question.type == type::a ? 1 : 0)});
-    text += query.question.name;
-    append16(text, query.question.type);
-    append16(text, query.question.klass);
-    if (query.question.type == type::a) {
-      text += recordText({.data = "\xc0\x00\x02"s + lastByte});
-    }
-    peer.answer(stream, text);
-  };
-}
-
-struct TunnelDevice : testing::Test {
-  TunnelDevice() { world().tidy(); }
-  ~TunnelDevice() override {
-    if (program) {
-      program->end(SIGTERM);
-    }
-  }
-
-  void start() {
-    program = world().run(endpoint.caFile());
-    readUntil("Has the name");
-  }
-  std::string readUntil(const std::string& text) const {
-    auto lines = program->readUntil(text);
-    EXPECT_THAT(lines, HasSubstr(text));
-    return lines;
-  }
-  // Starts the service and activates its connection in NetworkManager.
-  void protect() {
-    start();
-    readUntil("No connection is to be protected.");
-    world().addProfile(endpoint.url());
-    world().nmcli({"connection", "up", DeviceWorld::profile});
-  }
-  void disconnect() const {
-    world().nmcli({"connection", "down", DeviceWorld::profile});
-    readUntil("Protects no more, as NetworkManager wants it.");
-  }
-  static std::string rules() { return runCommand({"nft", "list", "ruleset"}).output; }
-  static std::string textOf(const std::string& path) {
-    return (std::ostringstream() << std::ifstream(path).rdbuf()).str();
-  }
-  static pid_t childOf(pid_t process, const std::string& name) {
-    std::istringstream children(
-        textOf("/proc/" + std::to_string(process) + "/task/" + std::to_string(process) + "/children"));
-    for (pid_t child = 0; children >> child;) {
-      if (textOf("/proc/" + std::to_string(child) + "/comm").starts_with(name)) {
-        return child;
-      }
-    }
-    return 0;
-  }
-  static pid_t worker() { return childOf(childOf(::getpid(), "quillmar-tunnel"), "quillmar-worker"); }
-  static void killWorker() {
-    const auto process = worker();
-    ASSERT_GT(process, 0) << "everything else would be killed";
-    const auto file = openProcess(process);
-    EXPECT_EQ(::kill(process, SIGKILL), 0);
-    awaitDeath(file);
-  }
-  static int openProcess(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
-  static void awaitDeath(int process) {
-    pollfd death{process, POLLIN, 0};
-    EXPECT_EQ(::poll(&death, 1, 30'000), 1);
-    ::close(process);
-  }
-  static std::string newName() {
-    static int last = 0;
-    return "name" + std::to_string(++last) + ".example";
-  }
-
-  TestEndpoint endpoint{always(7)};
-  std::unique_ptr<RunningProgram> program;
-};
 
 TEST_F(TunnelDevice, sends_dns_in_clear_without_protection) {
   EXPECT_EQ(askAt(server4, "a.example"), Outside::answer);
