@@ -177,6 +177,9 @@ void Outside::take(const std::string& frame) {
   } else if (port == markPort && protocol == IPPROTO_UDP) {
     ++marks_[std::string(transport.substr(udpHeader))];
     changed_.notify_all();
+  } else if (protocol == IPPROTO_UDP) {
+    asked_.emplace(port, nameIn(transport.substr(udpHeader)));
+    changed_.notify_all();
   }
 }
 
@@ -236,6 +239,12 @@ std::vector<std::string> Outside::seenInClear(const std::function<void(const std
 void Outside::forget() {
   const std::scoped_lock lock(mutex_);
   seen_.clear();
+  asked_.clear();
+}
+
+bool Outside::seesAsked(std::uint16_t port, const std::string& name) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, patience, [&] { return asked_.contains({port, name}); });
 }
 
 void Outside::serve() {

@@ -5,9 +5,11 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace quillmar::machine {
@@ -31,6 +33,9 @@ class Outside {
   // `mark` sends have been captured, so that no earlier packet is missing.
   std::vector<std::string> seenInClear(const std::function<void(const std::string& token)>& mark);
   void forget();
+  // Whether this name has been asked for at this UDP port, such as that of LLMNR. Waits until it has. False
+  // after a timeout.
+  bool seesAsked(std::uint16_t port, const std::string& name);
 
   // The number of TCP segments to this port that open a connection or carry data.
   int sentTo(std::uint16_t port);
@@ -55,6 +60,7 @@ class Outside {
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<std::string> seen_;
+  std::set<std::pair<std::uint16_t, std::string>> asked_;  // at other ports than those of DNS
   std::map<std::string, int> marks_;
   std::map<std::uint16_t, Conversation> conversations_;  // by the machine's port
   std::map<std::string, std::string> addresses_;

@@ -196,14 +196,14 @@ std::vector<std::string> DeviceWorld::seenInClear() {
   });
 }
 
-bool DeviceWorld::resolvConfBecomes(const std::string& nameServers) {
+bool DeviceWorld::serversBecome(const fs::path& file, const std::string& nameServers) {
   const int watch = ::inotify_init1(IN_CLOEXEC);
-  ::inotify_add_watch(watch, "/etc", IN_MOVED_TO | IN_CLOSE_WRITE);
+  ::inotify_add_watch(watch, file.parent_path().c_str(), IN_MOVED_TO | IN_CLOSE_WRITE);
   pollfd change{watch, POLLIN, 0};
   std::array<char, 4096> events{};
   bool isSo = false;
   do {
-    const auto text = (std::ostringstream() << std::ifstream("/etc/resolv.conf").rdbuf()).str();
+    const auto text = (std::ostringstream() << std::ifstream(file).rdbuf()).str();
     const auto start = text.find("nameserver");
     isSo = start != std::string::npos && text.substr(start) == nameServers;
   } while (!isSo && ::poll(&change, 1, 30'000) > 0 && ::read(watch, events.data(), events.size()) > 0);

@@ -49,8 +49,12 @@ class DeviceWorld {
   void addProfile(const std::string& endpoint) const;
   void changeEndpoint(const std::string& endpoint) const;
   std::vector<std::string> seenInClear();
-  // Whether /etc/resolv.conf has this content from its first server on. Waits for changes until it does.
-  static bool resolvConfBecomes(const std::string& nameServers);
+  // Whether this file in the format of resolv.conf has this content from its first server on. Waits for
+  // changes until it does.
+  static bool serversBecome(const std::filesystem::path& file, const std::string& nameServers);
+  static bool resolvConfBecomes(const std::string& nameServers) {
+    return serversBecome("/etc/resolv.conf", nameServers);
+  }
 
  private:
   void enterNamespaces() const;
