@@ -7,6 +7,7 @@
 #include "tunnel/link/constants.h"
 #include "tunnel/link/redirection.h"
 #include "tunnel/network/endpoint.h"
+#include "tunnel/service/systemd_resolved.h"
 
 namespace quillmar::tunnel {
 
@@ -57,6 +58,9 @@ void Service::connect(const ConnectionSettings& settings) {
   if (endpoint_ != *profile->endpoint) {
     ask(*profile->endpoint, endpoint->authority);
   }
+  // Its answers from before may be of names that are blocked now. It drops them by itself only if
+  // NetworkManager takes away the server that gave them.
+  flushSystemdResolved(bus_.connection());
   plugin_.announceConfiguration(machine_.hasIp6);
   plugin_.announce(VpnPlugin::State::started);
   tell_("Protects this machine.");

@@ -130,6 +130,21 @@ TEST_F(TunnelBehindResolved, refuses_what_it_asks_while_the_service_is_killed) {
   EXPECT_THAT(world().seenInClear(), IsEmpty());
 }
 
+// NetworkManager then leaves it the other connection's server, so it would keep that server's answers.
+TEST_F(TunnelBehindResolved, makes_it_forget_what_it_knew_before) {
+  world().nmcli({"connection", "modify", "wire", "ipv4.dns-priority", "-200"});
+  world().nmcli({"connection", "up", "wire"});
+  useResolved();
+  EXPECT_THAT(resolved->resolve("known.example"), HasSubstr(Outside::answer));
+  world().outside().forget();
+  protect();
+  EXPECT_THAT(resolved->resolve("known.example"), HasSubstr(first));
+  expectAnswers(first);
+  EXPECT_TRUE(resolved->asks({wireServer}));
+  EXPECT_THAT(world().seenInClear(), IsEmpty());
+  world().nmcli({"connection", "modify", "wire", "ipv4.dns-priority", "0"});
+}
+
 TEST_F(TunnelBehindResolved, answers_instead_of_servers_in_its_configuration) {
   useResolved("DNS=192.0.2.53\nDomains=~.\n", {server4, wireServer});
   EXPECT_THAT(resolved->resolve("known.example"), HasSubstr(Outside::answer));
