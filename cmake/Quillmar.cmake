@@ -47,15 +47,16 @@ if(QUILLMAR_IS_HARDENED)
   add_link_options(-Wl,-z,relro,-z,now)
 endif()
 
+# Off, each source is compiled by itself: that compiles less again after a change, and finds what a source fails to
+# include.
+option(QUILLMAR_TOGETHER "Compile several sources of a target at once, where no program leaves any of them out" ON)
+
 add_library(quillmar_options INTERFACE)
 target_compile_options(quillmar_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 reports false positives of these two in libstdc++ after inlining std::variant and std::string.
-  target_compile_options(quillmar_options INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
-  if(CMAKE_UNITY_BUILD)
-    # GCC takes an included source for a header.
-    target_compile_options(quillmar_options INTERFACE -Wno-subobject-linkage)
-  endif()
+  # GCC 12 reports false positives: the first two in libstdc++ after inlining std::variant and std::string, the last
+  # where it takes a source that is compiled with others for a header.
+  target_compile_options(quillmar_options INTERFACE -Wno-maybe-uninitialized -Wno-restrict -Wno-subobject-linkage)
 endif()
 if(QUILLMAR_SANITIZE)
   add_compile_options(-fsanitize=${QUILLMAR_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
@@ -74,10 +75,30 @@ if(QUILLMAR_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# A static library from one folder: quillmar_library(NAME SOURCES … LINK … PRIVATE_LINK …).
+# Most of the time goes into headers, which the sources of a target share.
+function(quillmar_compile_together name)
+  if(QUILLMAR_TOGETHER)
+    set_target_properties(${name} PROPERTIES UNITY_BUILD ON)
+  endif()
+endfunction()
+
+# Unoptimised, because tests take longer to compile than to run. The code under test is compiled as it ships.
+function(quillmar_compile_as_test name)
+  target_compile_options(${name} PRIVATE -O0 -g1)
+  if(QUILLMAR_IS_HARDENED)
+    # _FORTIFY_SOURCE needs the optimizer.
+    target_compile_options(${name} PRIVATE -U_FORTIFY_SOURCE)
+  endif()
+endfunction()
+
+# A static library from one folder: quillmar_library(NAME [TOGETHER] SOURCES … LINK … PRIVATE_LINK …). Not TOGETHER if
+# a program needs only some of the sources: the linker would take all of them, with the libraries that they need.
 function(quillmar_library name)
-  cmake_parse_arguments(arg "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  cmake_parse_arguments(arg "TOGETHER" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   add_library(${name} STATIC ${arg_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${arg_LINK} PRIVATE ${arg_PRIVATE_LINK} quillmar_options)
+  if(arg_TOGETHER)
+    quillmar_compile_together(${name})
+  endif()
 endfunction()

@@ -25,7 +25,7 @@ using Certificate = std::unique_ptr<X509, Free<X509, X509_free>>;
 using Store = std::unique_ptr<X509_STORE, Free<X509_STORE, X509_STORE_free>>;
 using Verification = std::unique_ptr<X509_STORE_CTX, Free<X509_STORE_CTX, X509_STORE_CTX_free>>;
 
-Certificate read(const fs::path& path) {
+Certificate readCertificate(const fs::path& path) {
   const std::unique_ptr<BIO, decltype(&BIO_free)> file(BIO_new_file(path.c_str(), "r"), &BIO_free);
   return Certificate(PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr));
 }
@@ -40,16 +40,16 @@ struct TunnelAuthorities : testing::Test {
   // The file name of an authority in a folder with hashed names.
   std::string hashed(const std::string& number) const {
     std::array<char, 16> text{};
-    std::snprintf(
-        text.data(), text.size(), "%08lx",
-        X509_NAME_hash_ex(X509_get_subject_name(read(made.authority).get()), nullptr, nullptr, nullptr));
+    std::snprintf(text.data(), text.size(), "%08lx",
+                  X509_NAME_hash_ex(X509_get_subject_name(readCertificate(made.authority).get()), nullptr,
+                                    nullptr, nullptr));
     return std::string(text.data()) + '.' + number;
   }
   void put(const std::string& name, const fs::path& file) const { fs::copy_file(file, folder.path() / name); }
 
   const TemporaryDirectory certificates;
   const sandbox::Certificates made = *sandbox::certificatesIn(certificates.path());
-  const Certificate certificate = read(made.certificate);
+  const Certificate certificate = readCertificate(made.certificate);
   const TemporaryDirectory folder;
   const Store store{X509_STORE_new()};
 };

@@ -16,7 +16,7 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
 
-const HttpAnswer good{.status = 200, .isDns = true, .body = "answer"};
+const HttpAnswer goodAnswer{.status = 200, .isDns = true, .body = "answer"};
 
 struct TunnelUpstream : testing::Test {
   void ask(Ticket ticket) {
@@ -36,7 +36,9 @@ struct TunnelUpstream : testing::Test {
   // The latest connection.
   FakeConnection& latest() { return *made.back(); }
   void open() { latest().events->opened(now); }
-  void answer(Ticket ticket, const HttpAnswer& what = good) { latest().events->answered(now, ticket, what); }
+  void answer(Ticket ticket, const HttpAnswer& what = goodAnswer) {
+    latest().events->answered(now, ticket, what);
+  }
   // Opens a connection that has answered a question.
   void settle() {
     ask(1000);
@@ -235,7 +237,7 @@ TEST_F(TunnelUpstream, returns_to_a_connection_that_was_only_slow) {
   slow.events->ponged(now);
   EXPECT_THAT(alive, ElementsAre(&slow));
   EXPECT_THAT(slow.sent, ElementsAre(1, 2));
-  slow.events->answered(now, 1, good);
+  slow.events->answered(now, 1, goodAnswer);
   EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
 }
 
@@ -262,7 +264,7 @@ TEST_F(TunnelUpstream, lets_a_closing_connection_answer_its_open_questions) {
   ASSERT_THAT(made, SizeIs(2));
   open();
   EXPECT_THAT(latest().sent, ElementsAre(2));
-  closing.events->answered(now, 1, good);
+  closing.events->answered(now, 1, goodAnswer);
   answer(2);
   EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer"), Pair(2, "answer")));
   closing.events->ended(now, {Cause::broken});
@@ -280,7 +282,7 @@ TEST_F(TunnelUpstream, repeats_the_questions_of_a_second_closing_connection) {
   open();
   EXPECT_THAT(latest().sent, ElementsAre(1));
   EXPECT_THAT(alive, SizeIs(2));
-  made[1]->events->answered(now, 2, good);
+  made[1]->events->answered(now, 2, goodAnswer);
   answer(1);
   EXPECT_THAT(outcomes, SizeIs(2));
 }
@@ -365,7 +367,7 @@ TEST_F(TunnelUpstream, keeps_its_connection_when_the_network_has_changed_and_it_
   upstream.networkChanged(now);
   first->events->ponged(now);
   EXPECT_THAT(alive, ElementsAre(first));
-  first->events->answered(now, 1, good);
+  first->events->answered(now, 1, goodAnswer);
   EXPECT_THAT(outcomes, ElementsAre(Pair(1, "answer")));
 }
 

@@ -108,7 +108,7 @@ TEST(TunnelBootstrap, needs_no_resolver_for_an_address_or_localhost) {
   EXPECT_TRUE(found[0].address().is_loopback() && found[1].address().is_loopback());
 }
 
-HttpAnswer read(const std::vector<std::pair<std::string, std::string>>& all) {
+HttpAnswer readFields(const std::vector<std::pair<std::string, std::string>>& all) {
   HttpFields fields;
   for (const auto& [name, value] : all) {
     fields.take(name, value);
@@ -118,7 +118,7 @@ HttpAnswer read(const std::vector<std::pair<std::string, std::string>>& all) {
 
 TEST(TunnelHttpFields, are_those_of_the_last_status) {
   const auto answer =
-      read({{":status", "103"}, {"age", "9"}, {":status", "200"}, {"content-type", "text/html"}});
+      readFields({{":status", "103"}, {"age", "9"}, {":status", "200"}, {"content-type", "text/html"}});
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.age, 0s);
   EXPECT_FALSE(answer.isDns);
@@ -126,7 +126,7 @@ TEST(TunnelHttpFields, are_those_of_the_last_status) {
 
 TEST(TunnelHttpFields, say_when_to_ask_again) {
   const auto wait = [](const std::string& text) {
-    return read({{":status", "503"}, {"date", "Sat, 08 Oct 2016 22:31:00 GMT"}, {"retry-after", text}})
+    return readFields({{":status", "503"}, {"date", "Sat, 08 Oct 2016 22:31:00 GMT"}, {"retry-after", text}})
         .retryAfter;
   };
   EXPECT_EQ(wait("30"), 30s);
@@ -137,22 +137,22 @@ TEST(TunnelHttpFields, say_when_to_ask_again) {
   EXPECT_EQ(wait("-1"), std::nullopt);
   EXPECT_EQ(wait("soon"), std::nullopt);
   EXPECT_EQ(wait(""), std::nullopt);
-  EXPECT_EQ(read({{":status", "503"}, {"retry-after", "Sat, 08 Oct 2016 22:32:30 GMT"}}).retryAfter,
+  EXPECT_EQ(readFields({{":status", "503"}, {"retry-after", "Sat, 08 Oct 2016 22:32:30 GMT"}}).retryAfter,
             std::nullopt);
 }
 
 TEST(TunnelHttpFields, say_how_old_an_answer_is) {
-  EXPECT_EQ(read({{"age", "17"}}).age, 17s);
-  EXPECT_EQ(read({{"age", "x"}}).age, 0s);
-  EXPECT_GT(read({{"age", "99999999999999999999999"}}).age, 24h);
+  EXPECT_EQ(readFields({{"age", "17"}}).age, 17s);
+  EXPECT_EQ(readFields({{"age", "x"}}).age, 0s);
+  EXPECT_GT(readFields({{"age", "99999999999999999999999"}}).age, 24h);
 }
 
 TEST(TunnelHttpFields, say_whether_it_is_dns) {
-  EXPECT_TRUE(read({{"content-type", "application/dns-message"}}).isDns);
-  EXPECT_TRUE(read({{"content-type", "Application/DNS-Message ; x=y"}}).isDns);
-  EXPECT_FALSE(read({{"content-type", "application/dns-message2"}}).isDns);
-  EXPECT_FALSE(read({{"content-type", "application/dns-json"}}).isDns);
-  EXPECT_FALSE(read({}).isDns);
+  EXPECT_TRUE(readFields({{"content-type", "application/dns-message"}}).isDns);
+  EXPECT_TRUE(readFields({{"content-type", "Application/DNS-Message ; x=y"}}).isDns);
+  EXPECT_FALSE(readFields({{"content-type", "application/dns-message2"}}).isDns);
+  EXPECT_FALSE(readFields({{"content-type", "application/dns-json"}}).isDns);
+  EXPECT_FALSE(readFields({}).isDns);
 }
 
 }  // namespace
