@@ -95,7 +95,6 @@ TlsClient::TlsClient(OpenSslPointer<SSL_CTX> context) : context_(std::move(conte
   SSL_CTX_set_app_data(made, this);
   SSL_CTX_set_min_proto_version(made, TLS1_2_VERSION);
   SSL_CTX_set_verify(made, SSL_VERIFY_PEER, nullptr);
-  SSL_CTX_set_mode(made, SSL_MODE_RELEASE_BUFFERS);
   SSL_CTX_set_alpn_protos(made, offeredProtocols.data(), static_cast<unsigned>(offeredProtocols.size()));
   SSL_CTX_set_session_cache_mode(made, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
   SSL_CTX_sess_set_new_cb(made, [](SSL* tls, SSL_SESSION* session) {
