@@ -42,44 +42,25 @@ void Upstreams::ask(Time now, Ticket ticket, std::string question, Done done) {
 }
 
 void Upstreams::cancel(Ticket ticket) {
-  for (auto* const upstream : all()) {
-    upstream->cancel(ticket);
-  }
+  forEach([ticket](DohUpstream& upstream) { upstream.cancel(ticket); });
 }
 
 void Upstreams::flush() {
-  for (auto* const upstream : all()) {
-    upstream->flush();
-  }
-}
-
-std::vector<DohUpstream*> Upstreams::all() const {
-  std::vector<DohUpstream*> upstreams;
-  for (const auto& retired : retired_) {
-    upstreams.push_back(retired.get());
-  }
-  for (auto* const upstream : {current_.get(), next_.get()}) {
-    if (upstream != nullptr) {
-      upstreams.push_back(upstream);
-    }
-  }
-  return upstreams;
+  forEach([](DohUpstream& upstream) { upstream.flush(); });
 }
 
 std::optional<Time> Upstreams::wakeTime() const {
   std::optional<Time> earliest;
-  for (const auto* const upstream : all()) {
-    if (const auto time = upstream->wakeTime()) {
+  forEach([&earliest](const DohUpstream& upstream) {
+    if (const auto time = upstream.wakeTime()) {
       earliest = earliest ? std::min(*earliest, *time) : *time;
     }
-  }
+  });
   return earliest;
 }
 
 void Upstreams::wake(Time now) {
-  for (auto* const upstream : all()) {
-    upstream->wake(now);
-  }
+  forEach([now](DohUpstream& upstream) { upstream.wake(now); });
   if (next_ && !next_->isPreparing()) {
     retire();
     current_ = std::move(next_);

@@ -31,7 +31,17 @@ class Upstreams final : public Upstream {
   void wake(Time now);
 
  private:
-  std::vector<DohUpstream*> all() const;
+  template <class Action>
+  void forEach(const Action& act) const {
+    for (const auto& retired : retired_) {
+      act(*retired);
+    }
+    for (auto* const upstream : {current_.get(), next_.get()}) {
+      if (upstream != nullptr) {
+        act(*upstream);
+      }
+    }
+  }
   void retire();
 
   std::function<void()> changed_;
