@@ -16,8 +16,7 @@ bool answers(Reader& reader, const Header& header, const Question& question) {
   const auto klass = reader.number16();
   const bool isKnown = header.rcode() == rcode::noError || header.rcode() == rcode::nxDomain;
   return reader.ok() && header.questions == 1 && (header.flags & flag::response) != 0 && isKnown &&
-         lowerCased(name) == lowerCased(question.name) && recordType == question.type &&
-         klass == question.klass;
+         areSameNames(name, question.name) && recordType == question.type && klass == question.klass;
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ bool isOf(const Question& question, Reader& reader) {
   const auto questionType = reader.number16();
   const auto questionClass = reader.number16();
   return reader.ok() && questionType == question.type && questionClass == question.klass &&
-         lowerCased(name) == lowerCased(question.name);
+         areSameNames(name, question.name);
 }
 
 }  // namespace
@@ -54,7 +54,6 @@ struct Answer::Survey {
   bool answersQuestion = false;
   bool namesZone = false;
   std::optional<Record> opt{};
-  std::vector<seconds> lives{};
 };
 
 void Answer::take(const Record& record, Survey& survey) {
@@ -64,16 +63,16 @@ void Answer::take(const Record& record, Survey& survey) {
   }
   survey.namesZone = survey.namesZone || record.type == type::soa;
   lives_.push_back(static_cast<std::uint16_t>(record.ttlAt));
-  survey.lives.push_back(lifeOf(record));
+  put32(message_, record.ttlAt, static_cast<std::uint32_t>(lifeOf(record).count()));
 }
 
 void Answer::limitLives(const Survey& survey, seconds age) {
   const bool exists = readHeader(message_)->rcode() == rcode::noError && survey.answersQuestion;
   const auto longest = exists ? longestLife : longestAbsence;
   lifetime_ = lives_.empty() || (!exists && !survey.namesZone) ? seconds(0) : longest;
-  for (std::size_t index = 0; index < lives_.size(); ++index) {
-    const auto life = std::max(std::min(survey.lives[index] - age, longest), seconds(0));
-    put32(message_, lives_[index], static_cast<std::uint32_t>(life.count()));
+  for (const std::uint16_t at : lives_) {
+    const auto life = std::clamp(seconds(get32(message_, at)) - age, seconds(0), longest);
+    put32(message_, at, static_cast<std::uint32_t>(life.count()));
     lifetime_ = std::min(lifetime_, life);
   }
 }
@@ -87,12 +86,13 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
   if ((header->flags & flag::truncated) != 0) {
     return AnswerFault::cutShort;
   }
-  Reader reader(message, headerSize);
+  Answer answer;
+  answer.message_ = std::move(message);
+  Reader reader(answer.message_, headerSize);
   if (header->questions != 1 || !isOf(question, reader)) {
     return AnswerFault::ofAnotherQuestion;
   }
 
-  Answer answer;
   Survey survey;
   unsigned additionals = 0;
   const unsigned ordinary = header->answers + unsigned{header->authorities};
@@ -121,11 +121,10 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
   if (code == rcode::servFail && answer.extendedErrors_.empty()) {
     answer.extendedErrors_ = extendedError(otherError, "The endpoint could not find the answer.");
   }
-  message.resize(survey.opt ? survey.opt->start : reader.at());
-  put16(message, 2, static_cast<std::uint16_t>((header->flags & ~flag::rcode) | code));
-  putAdditionals(message, static_cast<std::uint16_t>(additionals));
-  answer.message_ = std::move(message);
+  answer.message_.resize(survey.opt ? survey.opt->start : reader.at());
   answer.message_.shrink_to_fit();
+  put16(answer.message_, 2, static_cast<std::uint16_t>((header->flags & ~flag::rcode) | code));
+  putAdditionals(answer.message_, static_cast<std::uint16_t>(additionals));
   answer.limitLives(survey, age);
   return answer;
 }

@@ -80,7 +80,7 @@ std::string writeQuestion(const Query& query) {
   std::string message;
   message.reserve(4 * paddedTo);
   append(message, Header{.flags = flags, .questions = 1, .additionals = 1});
-  message += lowerCased(query.question.name);
+  appendLowerCased(message, query.question.name);
   append16(message, query.question.type);
   append16(message, query.question.klass);
 
@@ -94,7 +94,8 @@ std::string writeQuestion(const Query& query) {
   append16(message, static_cast<std::uint16_t>(optionHeader + padding));
   append16(message, paddingOption);
   append16(message, static_cast<std::uint16_t>(padding));
-  return message.append(padding, '\0');
+  message.append(padding, '\0');
+  return message;
 }
 
 }  // namespace quillmar::tunnel

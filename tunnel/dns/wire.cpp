@@ -1,6 +1,7 @@
 #include "tunnel/dns/wire.h"
 
 #include <algorithm>
+#include <span>
 
 namespace quillmar::tunnel {
 namespace {
@@ -9,42 +10,10 @@ constexpr std::size_t largestName = 255;
 constexpr unsigned pointerBits = 0xc0;
 constexpr std::size_t additionalsAt = 10;
 
-std::uint8_t byteAt(std::string_view message, std::size_t at) {
-  return static_cast<std::uint8_t>(message[at]);
-}
-
 // Names are compared as ASCII, independent of the locale.
 char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
-
-void put16(std::string& message, std::size_t at, std::uint16_t number) {
-  message[at] = static_cast<char>(number >> 8U);
-  message[at + 1] = static_cast<char>(number & 0xffU);
-}
-
-void put32(std::string& message, std::size_t at, std::uint32_t number) {
-  put16(message, at, static_cast<std::uint16_t>(number >> 16U));
-  put16(message, at + 2, static_cast<std::uint16_t>(number & 0xffffU));
-}
-
-void append16(std::string& message, std::uint16_t number) {
-  message.resize(message.size() + 2);
-  put16(message, message.size() - 2, number);
-}
-
-void append32(std::string& message, std::uint32_t number) {
-  message.resize(message.size() + 4);
-  put32(message, message.size() - 4, number);
-}
-
-std::uint16_t get16(std::string_view message, std::size_t at) {
-  return static_cast<std::uint16_t>(byteAt(message, at) * 256U + byteAt(message, at + 1));
-}
-
-std::uint32_t get32(std::string_view message, std::size_t at) {
-  return get16(message, at) * 65536U + get16(message, at + 2);
-}
 
 std::optional<Header> readHeader(std::string_view message) {
   if (message.size() < headerSize) {
@@ -62,35 +31,6 @@ void append(std::string& message, const Header& header) {
 }
 
 void putAdditionals(std::string& message, std::uint16_t count) { put16(message, additionalsAt, count); }
-
-bool Reader::has(std::size_t count) {
-  ok_ = ok_ && at_ <= message_.size() && message_.size() - at_ >= count;
-  return ok_;
-}
-
-std::uint16_t Reader::number16() {
-  if (!has(2)) {
-    return 0;
-  }
-  at_ += 2;
-  return get16(message_, at_ - 2);
-}
-
-std::uint32_t Reader::number32() {
-  if (!has(4)) {
-    return 0;
-  }
-  at_ += 4;
-  return get32(message_, at_ - 4);
-}
-
-std::string_view Reader::bytes(std::size_t count) {
-  if (!has(count)) {
-    return {};
-  }
-  at_ += count;
-  return message_.substr(at_ - count, count);
-}
 
 std::string_view Reader::plainName() {
   const std::size_t start = at_;
@@ -136,11 +76,23 @@ Record Reader::record() {
   return record;
 }
 
+// A label's length is at most 63 and therefore never an upper-case letter.
+void appendLowerCased(std::string& text, std::string_view name) {
+  text += name;
+  for (char& c : std::span(text).last(name.size())) {
+    c = lowerCased(c);
+  }
+}
+
 std::string lowerCased(std::string_view name) {
-  std::string lower(name);
-  // A label's length is at most 63 and therefore never an upper-case letter.
-  std::ranges::transform(lower, lower.begin(), [](char c) { return lowerCased(c); });
+  std::string lower;
+  appendLowerCased(lower, name);
   return lower;
+}
+
+bool areSameNames(std::string_view one, std::string_view other) {
+  return std::ranges::equal(
+      one, other, {}, [](char c) { return lowerCased(c); }, [](char c) { return lowerCased(c); });
 }
 
 std::string wireName(std::string_view dotted) {

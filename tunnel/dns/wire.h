@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 // The parts of a DNS message (RFC 1035). Messages are checked and passed on, not decoded into objects. Names
 // are in wire format: each label after its length, and the empty label of the root at the end.
@@ -51,12 +52,30 @@ inline constexpr std::size_t headerSize = 12;
 inline constexpr std::size_t largestMessage = 65'535;
 inline constexpr std::size_t largestLabel = 63;
 
-void append16(std::string& message, std::uint16_t number);
-void append32(std::string& message, std::uint32_t number);
-void put16(std::string& message, std::size_t at, std::uint16_t number);
-void put32(std::string& message, std::size_t at, std::uint32_t number);
-std::uint16_t get16(std::string_view message, std::size_t at);
-std::uint32_t get32(std::string_view message, std::size_t at);
+inline std::uint8_t byteAt(std::string_view message, std::size_t at) {
+  return static_cast<std::uint8_t>(message[at]);
+}
+inline std::uint16_t get16(std::string_view message, std::size_t at) {
+  return static_cast<std::uint16_t>(byteAt(message, at) * 256U + byteAt(message, at + 1));
+}
+inline std::uint32_t get32(std::string_view message, std::size_t at) {
+  return get16(message, at) * 65536U + get16(message, at + 2);
+}
+inline void put16(std::string& message, std::size_t at, std::uint16_t number) {
+  message[at] = static_cast<char>(number >> 8U);
+  message[at + 1] = static_cast<char>(number & 0xffU);
+}
+inline void put32(std::string& message, std::size_t at, std::uint32_t number) {
+  put16(message, at, static_cast<std::uint16_t>(number >> 16U));
+  put16(message, at + 2, static_cast<std::uint16_t>(number & 0xffffU));
+}
+inline void append16(std::string& message, std::uint16_t number) {
+  message.append({static_cast<char>(number >> 8U), static_cast<char>(number & 0xffU)});
+}
+inline void append32(std::string& message, std::uint32_t number) {
+  append16(message, static_cast<std::uint16_t>(number >> 16U));
+  append16(message, static_cast<std::uint16_t>(number & 0xffffU));
+}
 
 struct Header {
   std::uint16_t id = 0;
@@ -93,16 +112,23 @@ class Reader {
   std::size_t at() const { return at_; }
   bool atEnd() const { return at_ == message_.size(); }
 
-  std::uint16_t number16();
-  std::uint32_t number32();
-  std::string_view bytes(std::size_t count);
+  std::uint16_t number16() { return has(2) ? get16(message_, taken(2)) : std::uint16_t{0}; }
+  std::uint32_t number32() { return has(4) ? get32(message_, taken(4)) : 0; }
+  std::string_view bytes(std::size_t count) {
+    return has(count) ? message_.substr(taken(count), count) : std::string_view();
+  }
   // A name without a pointer. The first name of a message has to be one.
   std::string_view plainName();
   Record record();
 
  private:
   void skipName();
-  bool has(std::size_t count);
+  bool has(std::size_t count) {
+    ok_ = ok_ && at_ <= message_.size() && message_.size() - at_ >= count;
+    return ok_;
+  }
+  // Moves on and returns the position before.
+  std::size_t taken(std::size_t count) { return std::exchange(at_, at_ + count); }
 
   std::string_view message_;
   std::size_t at_;
@@ -111,6 +137,9 @@ class Reader {
 
 // The name in lower case.
 std::string lowerCased(std::string_view name);
+void appendLowerCased(std::string& text, std::string_view name);
+// Whether they differ at most in case.
+bool areSameNames(std::string_view one, std::string_view other);
 
 // "www.example.org" in wire format. The name has to be valid.
 std::string wireName(std::string_view dotted);
