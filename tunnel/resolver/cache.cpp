@@ -1,5 +1,7 @@
 #include "tunnel/resolver/cache.h"
 
+#include <utility>
+
 namespace quillmar::tunnel {
 namespace {
 
@@ -34,14 +36,14 @@ const Cache::Entry* Cache::find(Time now, std::string_view key) {
   return &*entry;
 }
 
-void Cache::put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life) {
+void Cache::put(Time now, std::string key, Outcome outcome, std::chrono::seconds life) {
   if (const auto known = byKey_.find(key); known != byKey_.end()) {
     remove(known->second);
   }
   if (life <= std::chrono::seconds::zero()) {
     return;
   }
-  entries_.push_front({std::string(key), outcome, now, now + life});
+  entries_.push_front({std::move(key), std::move(outcome), now, now + life});
   byKey_.emplace(entries_.front().key, entries_.begin());
   bytes_ += sizeOf(entries_.front());
   while (entries_.size() > mostAnswers || bytes_ > mostBytes) {

@@ -31,7 +31,7 @@ class Cache {
 
   // The entry is valid until the next call.
   const Entry* find(Time now, std::string_view key);
-  void put(Time now, std::string_view key, const Outcome& outcome, std::chrono::seconds life);
+  void put(Time now, std::string key, Outcome outcome, std::chrono::seconds life);
 
   void clear();
 

@@ -12,7 +12,9 @@ using std::chrono::seconds;
 
 // Queries with the same key get the same answer, apart from its id and the case of its name.
 std::string keyOf(const Query& query) {
-  auto key = lowerCased(query.question.name);
+  std::string key;
+  key.reserve(query.question.name.size() + 5);
+  appendLowerCased(key, query.question.name);
   append16(key, query.question.type);
   append16(key, query.question.klass);
   const bool wantsProof = query.edns && query.edns->dnssecOk;
@@ -109,9 +111,8 @@ const Cache::Entry* Resolver::known(Time now, const std::string& key) {
 void Resolver::askUpstream(Time now, std::string key, Waiter waiter) {
   const Ticket ticket = ++lastTicket_;
   auto question = writeQuestion(waiter.query);
-  ticketByKey_.emplace(key, ticket);
-  auto& underWay = underWay_.emplace(ticket, UnderWay{std::move(key), waiter.query.question, now + patience})
-                       .first->second;
+  auto& underWay = underWay_.emplace(ticket, UnderWay{std::move(key), now + patience}).first->second;
+  ticketByKey_.emplace(underWay.key, ticket);
   underWay.waiters.push_back(std::move(waiter));
   upstream_.ask(now, ticket, std::move(question),
                 [this, ticket](Time then, std::variant<Fetched, Failure> result) {
@@ -120,28 +121,34 @@ void Resolver::askUpstream(Time now, std::string key, Waiter waiter) {
 }
 
 void Resolver::fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result) {
-  const auto outcome = outcomeOf(std::move(result), underWay_.at(ticket).question);
+  // All waiters ask the same.
+  const auto& question = underWay_.at(ticket).waiters.front().query.question;
+  auto outcome = outcomeOf(std::move(result), question);
   if (std::holds_alternative<Answer>(outcome)) {
     log_.answered(now);
   }
-  finish(now, ticket, outcome);
+  finish(now, ticket, std::move(outcome));
 }
 
-void Resolver::finish(Time now, Ticket ticket, const Outcome& outcome) {
-  const auto node = underWay_.extract(ticket);
-  const auto& [key, question, deadline, waiters, isForgotten] = node.mapped();
+void Resolver::finish(Time now, Ticket ticket, Outcome outcome) {
+  auto node = underWay_.extract(ticket);
+  auto& [key, deadline, waiters, isForgotten] = node.mapped();
   waiting_ -= waiters.size();
+  if (!isForgotten) {
+    ticketByKey_.erase(key);
+  }
   const auto* answer = std::get_if<Answer>(&outcome);
   if (answer == nullptr) {
     log_.failed(now, std::get<Failure>(outcome));
   }
-  if (!isForgotten) {
-    ticketByKey_.erase(key);
-    const bool failed = answer == nullptr || answer->isFailure();
-    cache_.put(now, key, outcome, failed ? holdOfFailure : answer->lifetime());
-  }
   for (const auto& [query, channel, reply] : waiters) {
     reply(fitted(replyFor(query, outcome, seconds(0)), query, channel));
+  }
+  // After the replies, because no client waits for it.
+  if (!isForgotten) {
+    const bool failed = answer == nullptr || answer->isFailure();
+    const auto life = failed ? holdOfFailure : answer->lifetime();
+    cache_.put(now, std::move(key), std::move(outcome), life);
   }
 }
 

@@ -53,7 +53,6 @@ class Resolver {
   };
   struct UnderWay {
     std::string key;
-    Question question;
     Time deadline;
     std::vector<Waiter> waiters{};
     bool isForgotten = false;
@@ -62,15 +61,15 @@ class Resolver {
   void resolve(Time now, Waiter waiter);
   void askUpstream(Time now, std::string key, Waiter waiter);
   void fetched(Time now, Ticket ticket, std::variant<Fetched, Failure> result);
-  void finish(Time now, Ticket ticket, const Outcome& outcome);
+  void finish(Time now, Ticket ticket, Outcome outcome);
   // The cache's entry for it; null if that is a failure from before the network changed.
   const Cache::Entry* known(Time now, const std::string& key);
 
   Upstream& upstream_;
   FailureLog& log_;
   Cache cache_;
-  std::map<Ticket, UnderWay> underWay_;  // in the order of their deadlines
-  std::unordered_map<std::string, Ticket> ticketByKey_;
+  std::map<Ticket, UnderWay> underWay_;                       // in the order of their deadlines
+  std::unordered_map<std::string_view, Ticket> ticketByKey_;  // keys belong to those under way
   std::size_t waiting_ = 0;
   Ticket lastTicket_ = 0;
   Time lastChange_{};
