@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <string>
 
 #include "tests/fuzz/fuzz.h"
 #include "tunnel/dns/wire.h"
@@ -46,11 +47,13 @@ class Checks final : public ConnectionEvents {
 
 bool takesOutgoing(Http2Session& session) {
   constexpr std::size_t atOnce = 16'384;
+  std::string frames;
   for (;;) {
-    const auto outgoing = session.takeOutgoing(atOnce);
-    const auto* frames = std::get_if<std::string>(&outgoing);
-    if (frames == nullptr || frames->empty()) {
-      return frames != nullptr;
+    if (session.takeOutgoing(frames, atOnce)) {
+      return false;
+    }
+    if (frames.empty()) {
+      return true;
     }
   }
 }

@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <utility>
-#include <variant>
 
 #include "tunnel/network/address_race.h"
 #include "tunnel/network/bootstrap.h"
@@ -62,6 +61,7 @@ class Http2Connection::Session : public std::enable_shared_from_this<Session> {
   ConnectionEvents* events_;
   std::array<char, readSize> incoming_{};
   std::array<char, readSize> plain_{};
+  std::string frames_;
   std::string outgoing_;
   bool isWriting_ = false;
 };
@@ -162,7 +162,7 @@ void Http2Connection::Session::takeAnswers() {
       return end({Cause::broken, "it was closed"});
     }
     if (*size == 0) {
-      return flush();
+      return;  // what this causes is sent by the next flush
     }
     if (const auto failure = http_->receive({plain_.data(), *size})) {
       return end(*failure);
@@ -182,16 +182,15 @@ void Http2Connection::Session::flush() {
 // Whether there is anything to write.
 bool Http2Connection::Session::gather() {
   if (http_) {
-    const auto outgoing = http_->takeOutgoing(writeSize);
-    if (const auto* failure = std::get_if<Failure>(&outgoing)) {
+    if (const auto failure = http_->takeOutgoing(frames_, writeSize)) {
       end(*failure);
       return false;
     }
-    if (const auto& frames = std::get<std::string>(outgoing); !frames.empty()) {
-      tls_.write(frames);
+    if (!frames_.empty()) {
+      tls_.write(frames_);
     }
   }
-  outgoing_ = tls_.takeOutgoing();
+  tls_.takeOutgoing(outgoing_);
   return !outgoing_.empty();
 }
 

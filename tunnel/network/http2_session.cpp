@@ -1,11 +1,9 @@
 #include "tunnel/network/http2_session.h"
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "tunnel/dns/wire.h"
-#include "tunnel/network/http_fields.h"
 
 namespace quillmar::tunnel {
 namespace {
@@ -19,29 +17,18 @@ std::string_view text(const std::uint8_t* data, std::size_t length) {
   return {reinterpret_cast<const char*>(data), length};
 }
 
-// nghttp2 takes non-const pointers but only copies the texts.
+// nghttp2 takes non-const pointers but only reads the texts. They have to live as long as the request.
 nghttp2_nv field(std::string_view name, std::string_view value) {
   const auto bytes = [](std::string_view given) {
     return reinterpret_cast<std::uint8_t*>(const_cast<char*>(given.data()));  // NOLINT(*-const-cast)
   };
-  return {bytes(name), bytes(value), name.size(), value.size(), NGHTTP2_NV_FLAG_NONE};
+  return {bytes(name), bytes(value), name.size(), value.size(),
+          NGHTTP2_NV_FLAG_NO_COPY_NAME | NGHTTP2_NV_FLAG_NO_COPY_VALUE};
 }
 
 Failure broken(ssize_t error) { return {Cause::broken, nghttp2_strerror(static_cast<int>(error))}; }
 
 }  // namespace
-
-struct Http2Session::Request {
-  Ticket ticket = 0;
-  std::int32_t stream = 0;
-  std::string question{};
-  std::size_t sent = 0;
-  HttpFields fields{};
-  std::string body{};
-  bool isComplete = false;
-  bool isTooLong = false;
-  bool isCancelled = false;
-};
 
 Http2Session::Http2Session(const Endpoint& endpoint, ConnectionEvents& events)
     : endpoint_(endpoint), events_(&events) {
@@ -57,21 +44,23 @@ Http2Session::Http2Session(const Endpoint& endpoint, ConnectionEvents& events)
 Http2Session::~Http2Session() = default;
 
 std::optional<Failure> Http2Session::send(Ticket ticket, const std::string& question) {
-  auto& request = *requests_.emplace(ticket, std::make_unique<Request>()).first->second;
+  auto& request = requests_.try_emplace(ticket).first->second;
   request.ticket = ticket;
   request.question = question;
-  const auto length = std::to_string(question.size());
-  const std::array fields{
-      field(":method", "POST"),       field(":scheme", "https"),   field(":authority", endpoint_.authority),
-      field(":path", endpoint_.path), field("accept", dnsMessage), field("content-type", dnsMessage),
-      field("content-length", length)};
+  request.length = std::to_string(question.size());
+  const std::array fields{field(":method", "POST"),
+                          field(":scheme", "https"),
+                          field(":authority", endpoint_.authority),
+                          field(":path", endpoint_.path),
+                          field("accept", dnsMessage),
+                          field("content-type", dnsMessage),
+                          field("content-length", request.length)};
   nghttp2_data_provider provider{};
   provider.source.ptr = &request;
   provider.read_callback = [](nghttp2_session*, std::int32_t, std::uint8_t* buffer, std::size_t room,
                               std::uint32_t* flags, nghttp2_data_source* source, void*) {
     auto& asked = *static_cast<Request*>(source->ptr);
-    const auto size = std::min(room, asked.question.size() - asked.sent);
-    std::copy_n(asked.question.data() + asked.sent, size, buffer);
+    const auto size = asked.question.copy(reinterpret_cast<char*>(buffer), room, asked.sent);
     asked.sent += size;
     if (asked.sent == asked.question.size()) {
       *flags |= NGHTTP2_DATA_FLAG_EOF;
@@ -89,8 +78,8 @@ void Http2Session::cancel(Ticket ticket) {
   if (request == requests_.end()) {
     return;
   }
-  request->second->isCancelled = true;
-  nghttp2_submit_rst_stream(http_.get(), NGHTTP2_FLAG_NONE, request->second->stream, NGHTTP2_CANCEL);
+  request->second.isCancelled = true;
+  nghttp2_submit_rst_stream(http_.get(), NGHTTP2_FLAG_NONE, request->second.stream, NGHTTP2_CANCEL);
 }
 
 void Http2Session::ping() { nghttp2_submit_ping(http_.get(), NGHTTP2_FLAG_NONE, nullptr); }
@@ -101,9 +90,9 @@ std::optional<Failure> Http2Session::receive(std::string_view bytes) {
   return taken < 0 ? std::optional(broken(taken)) : std::nullopt;
 }
 
-std::variant<std::string, Failure> Http2Session::takeOutgoing(std::size_t size) {
-  std::string frames;
-  while (frames.size() < size) {
+std::optional<Failure> Http2Session::takeOutgoing(std::string& frames, std::size_t size) {
+  frames.clear();
+  while (frames.size() < size && nghttp2_session_want_write(http_.get()) != 0) {
     const std::uint8_t* data = nullptr;
     const auto length = nghttp2_session_mem_send(http_.get(), &data);
     if (length < 0) {
@@ -114,7 +103,7 @@ std::variant<std::string, Failure> Http2Session::takeOutgoing(std::size_t size) 
     }
     frames += text(data, static_cast<std::size_t>(length));
   }
-  return frames;
+  return std::nullopt;
 }
 
 bool Http2Session::isOver() const {

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <variant>
 
 #include "tunnel/network/endpoint.h"
+#include "tunnel/network/http_fields.h"
 #include "tunnel/resolver/connection.h"
 
 namespace quillmar::tunnel {
@@ -32,8 +32,9 @@ class Http2Session {
 
   // The reason if the connection has to be closed.
   std::optional<Failure> receive(std::string_view bytes);
-  // The next frames for the endpoint, about `size` bytes. Empty if there are none.
-  std::variant<std::string, Failure> takeOutgoing(std::size_t size);
+  // Replaces `frames` by the next ones for the endpoint, about `size` bytes; empty if there are none. Returns
+  // the reason if the connection has to be closed.
+  std::optional<Failure> takeOutgoing(std::string& frames, std::size_t size);
   // Neither side has anything left to send.
   bool isOver() const;
 
@@ -41,7 +42,18 @@ class Http2Session {
   void silence() { events_ = nullptr; }
 
  private:
-  struct Request;
+  struct Request {
+    Ticket ticket = 0;
+    std::int32_t stream = 0;
+    std::string question{};
+    std::string length{};  // of the question, for its header
+    std::size_t sent = 0;
+    HttpFields fields{};
+    std::string body{};
+    bool isComplete = false;
+    bool isTooLong = false;
+    bool isCancelled = false;
+  };
   struct Free {
     void operator()(nghttp2_session* session) const { nghttp2_session_del(session); }
   };
@@ -55,7 +67,7 @@ class Http2Session {
 
   const Endpoint& endpoint_;
   ConnectionEvents* events_;
-  std::unordered_map<Ticket, std::unique_ptr<Request>> requests_;
+  std::unordered_map<Ticket, Request> requests_;
   std::unique_ptr<nghttp2_session, Free> http_;
 };
 

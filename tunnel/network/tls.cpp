@@ -22,6 +22,13 @@ std::string lastError() {
   return reason != nullptr ? reason : "the connection was closed";
 }
 
+// SSL_get_error is misled by errors of earlier calls. Clearing an empty queue takes longer than this look.
+void forgetErrors() {
+  if (ERR_peek_error() != 0) {
+    ERR_clear_error();
+  }
+}
+
 bool isAddress(const std::string& host) {
   boost::system::error_code error;
   boost::asio::ip::make_address(host, error);
@@ -39,15 +46,16 @@ void TlsConnection::received(std::string_view bytes) {
   BIO_write(SSL_get_rbio(tls_.get()), bytes.data(), static_cast<int>(bytes.size()));
 }
 
-std::string TlsConnection::takeOutgoing() {
+void TlsConnection::takeOutgoing(std::string& bytes) {
   BIO* const outgoing = SSL_get_wbio(tls_.get());
-  std::string bytes(BIO_ctrl_pending(outgoing), '\0');
-  BIO_read(outgoing, bytes.data(), static_cast<int>(bytes.size()));
-  return bytes;
+  bytes.resize(BIO_ctrl_pending(outgoing));
+  if (!bytes.empty()) {
+    BIO_read(outgoing, bytes.data(), static_cast<int>(bytes.size()));
+  }
 }
 
 TlsConnection::Handshake TlsConnection::shakeHands() {
-  ERR_clear_error();
+  forgetErrors();
   const int outcome = SSL_do_handshake(tls_.get());
   if (outcome == 1) {
     return Handshake::done;
@@ -81,7 +89,7 @@ std::optional<std::size_t> TlsConnection::read(std::span<char> buffer) {
   if (SSL_has_pending(tls_.get()) == 0 && BIO_ctrl_pending(SSL_get_rbio(tls_.get())) == 0) {
     return 0;
   }
-  ERR_clear_error();
+  forgetErrors();
   const int size = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
   if (size > 0) {
     return static_cast<std::size_t>(size);

@@ -35,8 +35,8 @@ class TlsConnection {
 
   // Takes bytes from the network.
   void received(std::string_view bytes);
-  // Bytes for the network.
-  std::string takeOutgoing();
+  // Replaces `bytes` by those for the network.
+  void takeOutgoing(std::string& bytes);
 
   enum class Handshake { goesOn, done, failed };
   Handshake shakeHands();
