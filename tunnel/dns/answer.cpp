@@ -62,7 +62,7 @@ void Answer::take(const Record& record, Survey& survey) {
     return;
   }
   survey.namesZone = survey.namesZone || record.type == type::soa;
-  lives_.push_back(static_cast<std::uint16_t>(record.ttlAt));
+  lives_.push_back(static_cast<char16_t>(record.ttlAt));
   put32(message_, record.ttlAt, static_cast<std::uint32_t>(lifeOf(record).count()));
 }
 
@@ -70,7 +70,7 @@ void Answer::limitLives(const Survey& survey, seconds age) {
   const bool exists = readHeader(message_)->rcode() == rcode::noError && survey.answersQuestion;
   const auto longest = exists ? longestLife : longestAbsence;
   lifetime_ = lives_.empty() || (!exists && !survey.namesZone) ? seconds(0) : longest;
-  for (const std::uint16_t at : lives_) {
+  for (const std::size_t at : lives_) {
     const auto life = std::clamp(seconds(get32(message_, at)) - age, seconds(0), longest);
     put32(message_, at, static_cast<std::uint32_t>(life.count()));
     lifetime_ = std::min(lifetime_, life);
@@ -130,7 +130,7 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
 }
 
 std::size_t Answer::size() const {
-  return sizeof *this + message_.capacity() + lives_.capacity() * sizeof(lives_.front()) +
+  return sizeof *this + message_.capacity() + lives_.capacity() * sizeof(char16_t) +
          extendedErrors_.capacity();
 }
 
@@ -144,7 +144,7 @@ std::string Answer::toQuery(const Query& query, seconds elapsed) const {
   put16(reply, 0, query.id);
   put16(reply, 2, static_cast<std::uint16_t>((get16(reply, 2) & ~clients) | own | flag::recursionAvailable));
   reply.replace(headerSize, query.question.name.size(), query.question.name);
-  for (const std::uint16_t at : lives_) {
+  for (const std::size_t at : lives_) {
     const auto left = std::max(seconds(get32(reply, at)) - elapsed, seconds(0));
     put32(reply, at, static_cast<std::uint32_t>(left.count()));
   }

@@ -5,7 +5,6 @@
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 #include "tunnel/dns/query.h"
 
@@ -43,9 +42,9 @@ class Answer {
   void take(const Record& record, Survey& survey);
   void limitLives(const Survey& survey, std::chrono::seconds age);
 
-  std::string message_;               // without its OPT record
-  std::vector<std::uint16_t> lives_;  // offsets of the TTLs
-  std::string extendedErrors_;        // as options of an OPT record
+  std::string message_;         // without its OPT record
+  std::u16string lives_;        // offsets of the TTLs; a few need no memory of their own
+  std::string extendedErrors_;  // as options of an OPT record
   std::chrono::seconds lifetime_{0};
   bool isFailure_ = false;
 };
