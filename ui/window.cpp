@@ -1,6 +1,5 @@
 #include "ui/window.h"
 
-#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQuickWindow>
@@ -13,6 +12,7 @@
 #include "presentation/key_commands.h"
 #include "ui/accessibility.h"
 #include "ui/adapters/qt_window_style.h"
+#include "ui/adapters/system_fonts.h"
 #include "ui/biometric_prompt.h"
 #include "ui/bridge/model_bridge.h"
 #include "ui/bridge/shown_text.h"
@@ -54,7 +54,7 @@ struct Window::Parts {
 
   Options options;
   // Listing the fonts takes about as long as loading the QML modules, so both run in parallel.
-  std::jthread fonts{[] { QFontDatabase::hasFamily(QStringLiteral("Inter")); }};
+  std::jthread fonts{readSystemFonts};
   Engine engine;
   ModelBridge bridge;
   std::unique_ptr<ModelBridge> notices;
@@ -76,6 +76,8 @@ Window::Window(ObservableObject& root, const QREncoder& qrEncoder, QtWindowStyle
   engine.addUrlInterceptor(&sources);
 #endif
   QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/Quillmar/Main.qml")));
+  // A text that came first would read them a second time.
+  parts_->fonts.join();
   parts_->window.reset(component.createWithInitialProperties(
       {{QStringLiteral("content"), QVariant::fromValue<QObject*>(&parts_->bridge)},
        {QStringLiteral("closeKeys"), keysOf(Command::close)},

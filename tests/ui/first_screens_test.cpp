@@ -1,5 +1,9 @@
 #include <dlfcn.h>
+#include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include "client/network_service.h"
 #include "testing/fake_platform.h"
@@ -17,6 +21,28 @@ bool isLoaded(const char* library) {
   return handle != nullptr;
 }
 
+struct FontConfigurationFile {
+  std::string name;
+  bool isInUse;
+};
+
+// What Fontconfig has read.
+std::vector<FontConfigurationFile> fontConfigurationFiles() {
+  std::vector<FontConfigurationFile> files;
+  FcConfigFileInfoIter file;
+  FcConfigFileInfoIterInit(nullptr, &file);
+  FcChar8* name = nullptr;
+  FcBool isInUse = FcFalse;
+  while (FcConfigFileInfoIterGet(nullptr, &file, &name, nullptr, &isInUse)) {
+    files.push_back({reinterpret_cast<const char*>(name), isInUse == FcTrue});
+    FcStrFree(name);
+    if (!FcConfigFileInfoIterNext(nullptr, &file)) {
+      break;
+    }
+  }
+  return files;
+}
+
 struct FirstScreens : testing::TestWithParam<StoredSettings> {};
 
 StoredSettings signedIn() {
@@ -29,6 +55,15 @@ TEST_P(FirstScreens, load_no_module_of_controls) {
   const UiStage stage({.stored = GetParam()});
   EXPECT_TRUE(isLoaded("libQt6Quick.so.6"));
   EXPECT_FALSE(isLoaded("libQt6QuickTemplates2.so.6"));
+}
+
+TEST_P(FirstScreens, read_no_configuration_of_fonts_that_is_not_in_use) {
+  const UiStage stage({.stored = GetParam()});
+  const auto files = fontConfigurationFiles();
+  EXPECT_FALSE(files.empty());
+  for (const auto& file : files) {
+    EXPECT_TRUE(file.isInUse) << file.name;
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(all, FirstScreens, testing::Values(StoredSettings{}, signedIn()),
