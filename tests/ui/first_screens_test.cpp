@@ -2,6 +2,8 @@
 #include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
 
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <string>
 #include <vector>
 
@@ -43,6 +45,15 @@ std::vector<FontConfigurationFile> fontConfigurationFiles() {
   return files;
 }
 
+// Also those that are not visible.
+int scrollBarsIn(const QQuickItem& item) {
+  int bars = item.property("thumb").isValid() ? 1 : 0;
+  for (const auto* const child : item.childItems()) {
+    bars += scrollBarsIn(*child);
+  }
+  return bars;
+}
+
 struct FirstScreens : testing::TestWithParam<StoredSettings> {};
 
 StoredSettings signedIn() {
@@ -64,6 +75,15 @@ TEST_P(FirstScreens, read_no_configuration_of_fonts_that_is_not_in_use) {
   for (const auto& file : files) {
     EXPECT_TRUE(file.isInUse) << file.name;
   }
+}
+
+TEST_P(FirstScreens, create_no_scroll_bar_while_they_fit) {
+  UiStage stage({.stored = GetParam(), .size = {460, 860}});
+  stage.settle();
+  EXPECT_EQ(scrollBarsIn(*stage.window().contentItem()), 0);
+  stage.window().resize(460, 140);
+  stage.settle();
+  EXPECT_EQ(scrollBarsIn(*stage.window().contentItem()), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(all, FirstScreens, testing::Values(StoredSettings{}, signedIn()),

@@ -118,13 +118,22 @@ TEST(AllScenes, explain_each_symbol_that_can_be_pressed) {
   EXPECT_GT(seen, 50);
 }
 
+// The one that is shown within this item, or null.
+QQuickItem* scrollBarIn(const QQuickItem& shown) {
+  QQuickItem* bar = nullptr;
+  forEachShown(shown, [&](const QQuickItem& item) {
+    if (item.property("thumb").isValid()) {
+      bar = const_cast<QQuickItem*>(&item);
+    }
+  });
+  return bar;
+}
+
 struct ScrollBar : testing::Test {
   ScrollBar() {
     openChild(stage);
     page = around(stage.control("Mia's phone"), "QQuickFlickable");
-    for (auto* const item : page->parentItem()->childItems()) {
-      bar = item->property("thumb").isValid() ? item : bar;
-    }
+    bar = scrollBarIn(*page->parentItem());
   }
 
   double scrolled() const { return page->property("contentY").toDouble(); }
@@ -199,12 +208,7 @@ struct LowWindow : testing::Test {
   // Drags the scroll bar of what this text belongs to, and returns how much of the way that scrolled.
   double draggedBy(const QString& text) {
     auto* const list = around(stage.find(text), "QQuickFlickable");
-    QQuickItem* bar = nullptr;
-    forEachShown(frontOf(stage), [&](const QQuickItem& item) {
-      if (item.property("thumb").isValid()) {
-        bar = const_cast<QQuickItem*>(&item);
-      }
-    });
+    const auto* const bar = scrollBarIn(frontOf(stage));
     if (!list || !bar) {
       ADD_FAILURE() << "there is no scroll bar beside " << text.toStdString();
       return 0;

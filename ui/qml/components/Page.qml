@@ -21,6 +21,8 @@ FocusScope {
     readonly property bool regular: width >= Theme.regularWidth
     readonly property real contentWidth: column.width
     readonly property real viewHeight: flickable.height
+    // With what is scrolled out of view.
+    readonly property real wholeHeight: barPlace.height + column.height + topSpace + bottomSpace
     // The anchor keeps its place in the window when content above it changes: the focused text box, otherwise the
     // list that the person uses.
     property Item list: null
@@ -83,9 +85,11 @@ FocusScope {
         }
     }
 
-    ScrollMarker {
-        flickable: flickable
+    // Loaded when the content is first too long. A page without a size is not laid out yet.
+    Loader {
+        readonly property bool needed: page.width > 0 && page.height > 0 && page.wholeHeight > page.height
         anchors.right: parent.right
+        onNeededChanged: if (needed && status === Loader.Null) setSource("ScrollMarker.qml", { flickable: flickable })
     }
 
     // The focused control is scrolled into view.
