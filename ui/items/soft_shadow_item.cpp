@@ -14,8 +14,9 @@ namespace {
 double distanceOutside(double x, double y, double half, double corner) {
   const double dx = std::abs(x) - half + corner;
   const double dy = std::abs(y) - half + corner;
-  const double outside = std::hypot(std::max(dx, 0.0), std::max(dy, 0.0));
-  return outside + std::min(std::max(dx, dy), 0.0) - corner;
+  const double aside = std::max(dx, 0.0);
+  const double below = std::max(dy, 0.0);
+  return std::sqrt(aside * aside + below * below) + std::min(std::max(dx, dy), 0.0) - corner;
 }
 
 // 1 deep inside, 0 far outside, smooth in between.
@@ -30,6 +31,8 @@ QImage drawCorners(const QColor& color, double corner, double reach) {
   const int last = 2 * static_cast<int>(std::ceil(2 * reach + corner));
   const double middle = (last + 1) / 2.0;
   const double half = middle - reach;
+  const QRgb opaque = color.rgb();
+  const double fullAlpha = 255.0 * color.alphaF();
   QImage image(last + 1, last + 1, QImage::Format_ARGB32_Premultiplied);
   for (int row = 0; row <= last / 2; ++row) {
     auto* const upper = reinterpret_cast<QRgb*>(image.scanLine(row));
@@ -37,9 +40,8 @@ QImage drawCorners(const QColor& color, double corner, double reach) {
     for (int column = 0; column <= last / 2; ++column) {
       const double distance =
           distanceOutside(column + 0.5 - middle, row + 0.5 - middle, half, std::min(corner, half));
-      const double alpha = color.alphaF() * coverage(distance, reach);
-      const QRgb pixel = qPremultiply(
-          qRgba(color.red(), color.green(), color.blue(), static_cast<int>(std::lround(255 * alpha))));
+      const auto alpha = static_cast<int>(std::lround(fullAlpha * coverage(distance, reach)));
+      const QRgb pixel = qPremultiply(qRgba(qRed(opaque), qGreen(opaque), qBlue(opaque), alpha));
       for (QRgb* const line : {upper, lower}) {
         line[column] = line[last - column] = pixel;
       }
