@@ -18,6 +18,11 @@ if(MOLD)
   add_link_options(-fuse-ld=mold)
 endif()
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # In KiB. A tenth of GCC's time goes into looking for memory to free, of which a compilation needs less.
+  add_compile_options(--param=ggc-min-heapsize=1048576)
+endif()
+
 # Drops unused functions and libraries.
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections,--as-needed)
