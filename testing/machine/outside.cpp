@@ -231,7 +231,7 @@ std::vector<std::string> Outside::seenInClear(const std::function<void(const std
   lock.lock();
   // One mark over IPv4 and one over IPv6.
   if (!changed_.wait_for(lock, patience, [&] { return marks_[token] == 2; })) {
-    return {"the marks did not come"};
+    return {std::to_string(marks_[token]) + " of two marks came"};
   }
   return seen_;
 }

@@ -14,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -50,7 +51,8 @@ Address addressOf(const std::string& server, std::uint16_t port) {
 void sendMark(const std::string& server, const std::string& token) {
   const auto address = addressOf(server, 9);
   const int socket = ::socket(address->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  ::sendto(socket, token.data(), token.size(), 0, address->ai_addr, address->ai_addrlen);
+  const auto sent = ::sendto(socket, token.data(), token.size(), 0, address->ai_addr, address->ai_addrlen);
+  EXPECT_EQ(sent, static_cast<ssize_t>(token.size())) << server << ": " << std::strerror(errno);
   ::close(socket);
 }
 
