@@ -31,7 +31,6 @@ ip netns exec outside sh -ec '
   ip -6 address add 2001:db8:53::53/128 dev lo'
 )";
 
-// Activated once both families have their addresses: by default one would do.
 inline constexpr const char* wireProfile = R"([connection]
 id=wire
 uuid=11111111-2222-3333-4444-555555555555
@@ -41,11 +40,9 @@ interface-name=v0
 method=manual
 address1=10.9.9.2/24,10.9.9.1
 dns=10.9.9.1;
-may-fail=false
 [ipv6]
 method=manual
 address1=2001:db8:9::2/64,2001:db8:9::1
-may-fail=false
 )";
 
 }  // namespace quillmar::machine
