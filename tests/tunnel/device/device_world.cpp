@@ -220,6 +220,9 @@ DnsClient::DnsClient(const std::string& server, Channel channel, std::uint16_t p
   const timeval patience{.tv_sec = 10, .tv_usec = 0};
   ::setsockopt(socket_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   ::setsockopt(socket_, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+  // Closes by a reset. A FIN that is not acknowledged would be repeated after the tunnel has ended, in clear.
+  const linger reset{.l_onoff = 1, .l_linger = 0};
+  ::setsockopt(socket_, SOL_SOCKET, SO_LINGER, &reset, sizeof reset);
   connectError_ = ::connect(socket_, address->ai_addr, address->ai_addrlen) == 0 ? 0 : errno;
 }
 
