@@ -3,15 +3,14 @@
 #include <algorithm>
 #include <span>
 
+#include "foundation/ascii.h"
+
 namespace quillmar::tunnel {
 namespace {
 
 constexpr std::size_t largestName = 255;
 constexpr unsigned pointerBits = 0xc0;
 constexpr std::size_t additionalsAt = 10;
-
-// Names are compared as ASCII, independent of the locale.
-char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
 
@@ -80,19 +79,12 @@ Record Reader::record() {
 void appendLowerCased(std::string& text, std::string_view name) {
   text += name;
   for (char& c : std::span(text).last(name.size())) {
-    c = lowerCased(c);
+    c = asciiLowercased(c);
   }
 }
 
-std::string lowerCased(std::string_view name) {
-  std::string lower;
-  appendLowerCased(lower, name);
-  return lower;
-}
-
 bool areSameNames(std::string_view one, std::string_view other) {
-  return std::ranges::equal(
-      one, other, {}, [](char c) { return lowerCased(c); }, [](char c) { return lowerCased(c); });
+  return one == other || std::ranges::equal(one, other, {}, asciiLowercased, asciiLowercased);
 }
 
 std::string wireName(std::string_view dotted) {

@@ -135,8 +135,7 @@ class Reader {
   bool ok_ = true;
 };
 
-// The name in lower case.
-std::string lowerCased(std::string_view name);
+// Appends the name in lower case.
 void appendLowerCased(std::string& text, std::string_view name);
 // Whether they differ at most in case.
 bool areSameNames(std::string_view one, std::string_view other);

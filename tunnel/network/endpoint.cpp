@@ -13,8 +13,7 @@ namespace {
 constexpr std::uint16_t httpsPort = 443;
 
 std::string lowerCased(std::string text) {
-  std::ranges::transform(text, text.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+  std::ranges::transform(text, text.begin(), asciiLowercased);
   return text;
 }
 

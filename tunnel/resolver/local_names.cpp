@@ -161,8 +161,7 @@ bool isForZoneAbove(const Place& place, const Query& query) {
 
 }  // namespace
 
-std::optional<std::string> localReply(const Query& query) {
-  const auto name = lowerCased(query.question.name);
+std::optional<std::string> localReply(const Query& query, std::string_view name) {
   const auto place = query.question.klass == internetClass ? placeOf(name) : std::nullopt;
   if (!place || isForZoneAbove(*place, query)) {
     return std::nullopt;

@@ -10,7 +10,8 @@ namespace {
 
 using std::chrono::seconds;
 
-// Queries with the same key get the same answer, apart from its id and the case of its name.
+// Queries with the same key get the same answer, apart from its id and the case of its name. Begins with the
+// name in lower case.
 std::string keyOf(const Query& query) {
   std::string key;
   key.reserve(query.question.name.size() + 5);
@@ -81,10 +82,11 @@ void Resolver::resolve(Time now, Waiter waiter) {
   const auto answerAtOnce = [&](std::string message) {
     waiter.reply(fitted(std::move(message), query, waiter.channel));
   };
-  if (auto local = localReply(query)) {
+  auto key = keyOf(query);
+  const auto name = std::string_view(key).substr(0, query.question.name.size());
+  if (auto local = localReply(query, name)) {
     return answerAtOnce(std::move(*local));
   }
-  auto key = keyOf(query);
   if (const auto* entry = known(now, key)) {
     return answerAtOnce(replyFor(query, entry->outcome, elapsedBetween(entry->came, now)));
   }
