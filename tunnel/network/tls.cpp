@@ -104,6 +104,7 @@ TlsClient::TlsClient(OpenSslPointer<SSL_CTX> context) : context_(std::move(conte
   SSL_CTX_set_min_proto_version(made, TLS1_2_VERSION);
   SSL_CTX_set_verify(made, SSL_VERIFY_PEER, nullptr);
   SSL_CTX_set_alpn_protos(made, offeredProtocols.data(), static_cast<unsigned>(offeredProtocols.size()));
+  SSL_CTX_set_read_ahead(made, 1);
   SSL_CTX_set_session_cache_mode(made, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL);
   SSL_CTX_sess_set_new_cb(made, [](SSL* tls, SSL_SESSION* session) {
     auto& client = *static_cast<TlsClient*>(SSL_CTX_get_app_data(SSL_get_SSL_CTX(tls)));
