@@ -171,7 +171,9 @@ void Http2Connection::Session::takeAnswers() {
 }
 
 void Http2Connection::Session::flush() {
-  while (events_ != nullptr && !isWriting_ && gather()) {
+  bool isMore = true;
+  while (isMore && events_ != nullptr && !isWriting_ && gather()) {
+    isMore = frames_.size() >= writeSize;
     write();
   }
   if (events_ != nullptr && http_ && !isWriting_ && http_->isOver()) {
