@@ -66,6 +66,8 @@ void HttpFields::take(std::string_view name, std::string_view value) {
     answer_.isDns = isDnsMessage(value);
   } else if (name == "age") {
     answer_.age = secondsIn(value).value_or(seconds(0));
+  } else if (answer_.status == HttpAnswer::ok) {
+    return;  // only a refusal says when to ask again
   } else if (name == "date") {
     date_ = value;
   } else if (name == "retry-after") {

@@ -13,6 +13,8 @@ namespace quillmar::tunnel {
 
 // The endpoint's HTTP answer to one request.
 struct HttpAnswer {
+  static constexpr int ok = 200;
+
   int status = 0;
   bool isDns = false;  // by its content type
   std::chrono::seconds age{0};

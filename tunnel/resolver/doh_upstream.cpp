@@ -183,9 +183,8 @@ std::variant<Fetched, Failure> DohUpstream::judge(Time now, std::variant<HttpAns
   if (http == nullptr) {
     return std::get<Failure>(std::move(answer));
   }
-  constexpr int ok = 200;
   constexpr int tooManyRequests = 429;
-  if (http->status == ok) {
+  if (http->status == HttpAnswer::ok) {
     return http->isDns ? std::variant<Fetched, Failure>(Fetched{std::move(http->body), http->age})
                        : Failure{Cause::notDns};
   }
