@@ -193,7 +193,9 @@ ExitStatus perform(const Options& options) {
     return release();
   }
   std::signal(SIGPIPE, SIG_IGN);  // writing to a closed connection returns an error instead
-  boost::asio::io_context context(1);
+  // The only other thread is the system's resolver. It uses neither sockets nor timers, so these need no
+  // locks.
+  boost::asio::io_context context(BOOST_ASIO_CONCURRENCY_HINT_UNSAFE_IO);
   const auto status =
       options.command == Command::run ? runService(context, options.caFile) : serve(context, options);
   // Destroying the context would wait for the system's resolver, which can't be cancelled.

@@ -116,7 +116,7 @@ int runWorker() {
   if (!begin) {
     return 1;
   }
-  boost::asio::io_context context(1);
+  boost::asio::io_context context(BOOST_ASIO_CONCURRENCY_HINT_UNSAFE);  // one thread needs no locks
   auto sockets = takeSockets(context, begin->listeners);
   auto tls = TlsClient::make(begin->caFile);
   if (const auto* problem = std::get_if<std::string>(&tls)) {
