@@ -13,6 +13,9 @@ using std::chrono::seconds;
 // Enough for a text that says what was blocked. Longer ones are not passed on.
 constexpr std::size_t largestExtendedErrors = 512;
 
+// Unused memory of an answer that is not worth a copy. The OPT record that was cut off leaves less.
+constexpr std::size_t toleratedRoom = 64;
+
 // The extended errors among the options of an OPT record.
 std::string extendedErrorsIn(std::string_view options) {
   std::string errors;
@@ -122,7 +125,9 @@ std::variant<Answer, AnswerFault> Answer::parse(std::string message, const Quest
     answer.extendedErrors_ = extendedError(otherError, "The endpoint could not find the answer.");
   }
   answer.message_.resize(survey.opt ? survey.opt->start : reader.at());
-  answer.message_.shrink_to_fit();
+  if (answer.message_.capacity() - answer.message_.size() > toleratedRoom) {
+    answer.message_.shrink_to_fit();
+  }
   put16(answer.message_, 2, static_cast<std::uint16_t>((header->flags & ~flag::rcode) | code));
   putAdditionals(answer.message_, static_cast<std::uint16_t>(additionals));
   answer.limitLives(survey, age);
