@@ -49,6 +49,18 @@ class TlsConnection {
   std::optional<std::size_t> read(std::span<char> buffer);
 
  private:
+  // OpenSSL's end of the network.
+  struct Wire {
+    std::string incoming{};
+    std::size_t taken = 0;  // of the incoming bytes
+    std::string outgoing{};
+
+    bool hasIncoming() const { return taken < incoming.size(); }
+    std::size_t take(std::span<char> room);
+  };
+  static const BIO_METHOD* wireMethod();
+
+  std::unique_ptr<Wire> wire_;
   OpenSslPointer<SSL> tls_;
 };
 
