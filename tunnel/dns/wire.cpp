@@ -3,14 +3,15 @@
 #include <algorithm>
 #include <span>
 
-#include "foundation/ascii.h"
-
 namespace quillmar::tunnel {
 namespace {
 
 constexpr std::size_t largestName = 255;
 constexpr unsigned pointerBits = 0xc0;
 constexpr std::size_t additionalsAt = 10;
+
+// Names are compared as ASCII, independent of the locale.
+constexpr char lowerCased(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 }  // namespace
 
@@ -79,12 +80,12 @@ Record Reader::record() {
 void appendLowerCased(std::string& text, std::string_view name) {
   text += name;
   for (char& c : std::span(text).last(name.size())) {
-    c = asciiLowercased(c);
+    c = lowerCased(c);
   }
 }
 
 bool areSameNames(std::string_view one, std::string_view other) {
-  return one == other || std::ranges::equal(one, other, {}, asciiLowercased, asciiLowercased);
+  return one == other || std::ranges::equal(one, other, {}, lowerCased, lowerCased);
 }
 
 std::string wireName(std::string_view dotted) {
