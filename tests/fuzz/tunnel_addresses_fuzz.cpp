@@ -36,7 +36,9 @@ void checkHost(std::string_view host) {
   const auto parsed = parseQuery(writeQuestion(*query));
   const auto* asked = std::get_if<Query>(&parsed);
   require(asked != nullptr, "what is asked is a question");
-  require(asked->question.name == lowerCased(query->question.name), "the host is asked for");
+  std::string name;
+  appendLowerCased(name, query->question.name);
+  require(asked->question.name == name, "the host is asked for");
 }
 
 }  // namespace
