@@ -7,7 +7,7 @@
 namespace quillmar {
 namespace {
 
-std::string textOf(const std::uint8_t* bytes, std::size_t size) {
+std::string stringOf(const std::uint8_t* bytes, std::size_t size) {
   return {reinterpret_cast<const char*>(bytes), size};
 }
 
@@ -43,11 +43,11 @@ int Http2Connection::onHeader(nghttp2_session*, const nghttp2_frame* frame, cons
                               std::size_t nameSize, const std::uint8_t* value, std::size_t valueSize,
                               std::uint8_t, void* self) {
   Request& request = static_cast<Http2Connection*>(self)->open_[frame->hd.stream_id];
-  const std::string header = textOf(name, nameSize);
+  const std::string header = stringOf(name, nameSize);
   if (header == ":method") {
-    request.method = textOf(value, valueSize);
+    request.method = stringOf(value, valueSize);
   } else if (header == ":path") {
-    request.path = textOf(value, valueSize);
+    request.path = stringOf(value, valueSize);
   }
   return 0;
 }
