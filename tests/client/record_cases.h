@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "client/records/device.h"
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "tests/client/client_test.h"
 
 // Tests that hold for every record, driven by a table of its keys. The tests are in records_test.cpp; each
@@ -41,41 +41,51 @@ inline std::string document(const std::vector<Key>& keys) {
   return text + "}";
 }
 
-struct RecordCase {
+// A record that the service sends.
+struct ReceivedRecord {
   std::string name;
   std::vector<Key> keys;
   // Whether the decoded record equals the one with every value of `keys`.
   std::function<bool(std::string_view)> decodesToExpected;
   // Decodes, then encodes the result.
-  std::function<Result<std::string>(std::string_view)> rewrite;
-  // Encodes the expected record with all fields, and without the optional ones.
-  std::function<Result<std::string>()> writeWhole;
-  std::function<Result<std::string>()> writeLeast;
+  Result<std::string> (*rewrite)(std::string_view text);
 };
 
-inline void PrintTo(const RecordCase& tested, std::ostream* out) { *out << tested.name; }
+// A record that the client sends: encoded with all fields, and without the optional ones.
+struct SentRecord {
+  std::string name;
+  std::vector<Key> keys;
+  Result<std::string> whole;
+  Result<std::string> least;
+};
+
+inline void PrintTo(const ReceivedRecord& tested, std::ostream* out) { *out << tested.name; }
+inline void PrintTo(const SentRecord& tested, std::ostream* out) { *out << tested.name; }
 
 template <Record T>
-RecordCase recordCase(T expected, std::vector<Key> keys) {
-  T least = expected;
-  forEachField<T>([&](const auto& field) {
-    if constexpr (isOptional<typename std::remove_cvref_t<decltype(field)>::Type>) {
-      least.*field.member = std::nullopt;
-    }
-  });
+ReceivedRecord receivedRecord(T expected, std::vector<Key> keys) {
   return {.name = std::string(recordName<T>()),
           .keys = std::move(keys),
           .decodesToExpected =
-              [expected](std::string_view text) {
+              [expected = std::move(expected)](std::string_view text) {
                 const auto decoded = decodeJson<T>(text);
                 return decoded.ok() && decoded.value() == expected;
               },
           .rewrite = [](std::string_view text) -> Result<std::string> {
             const auto decoded = decodeJson<T>(text);
             return decoded.ok() ? encodeJson(decoded.value()) : Result<std::string>(decoded.error());
-          },
-          .writeWhole = [expected] { return encodeJson(expected); },
-          .writeLeast = [least] { return encodeJson(least); }};
+          }};
+}
+
+template <Record T>
+SentRecord sentRecord(const T& whole, std::vector<Key> keys) {
+  T least = whole;
+  forEachField<T>([&](const auto& field) {
+    if constexpr (isOptional<typename std::remove_cvref_t<decltype(field)>::Type>) {
+      least.*field.member = std::nullopt;
+    }
+  });
+  return {std::string(recordName<T>()), std::move(keys), encodeJson(whole), encodeJson(least)};
 }
 
 inline const Device tablet{.id = "id",
@@ -127,7 +137,7 @@ inline std::vector<Key> lacking(const std::vector<Key>& keys, const Key& key) {
   return key.otherwise ? with(keys, key.name, *key.otherwise) : without(keys, key.name);
 }
 
-class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
+class ReceivedRecordTest : public testing::TestWithParam<ReceivedRecord> {
  protected:
   const std::vector<Key>& keys() const { return GetParam().keys; }
   Result<std::string> rewritten(const std::vector<Key>& changed) const {
@@ -147,7 +157,7 @@ class ReceivedRecordTest : public testing::TestWithParam<RecordCase> {
   }
 };
 
-class SentRecordTest : public testing::TestWithParam<RecordCase> {};
+class SentRecordTest : public testing::TestWithParam<SentRecord> {};
 
 inline const auto byName = [](const auto& tested) { return tested.param.name; };
 
