@@ -11,7 +11,6 @@
 #include "app/session/role_manager.h"
 #include "child/vpn_dns_manager.h"
 #include "foundation/json.h"
-#include "foundation/json_decode.h"
 #include "platform/linux/autostart.h"
 #include "platform/linux/data_directory.h"
 #include "programs/agent/agent_machine.h"

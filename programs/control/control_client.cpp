@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "foundation/json.h"
-#include "foundation/json_decode.h"
 
 namespace quillmar::control {
 namespace {

@@ -16,6 +16,9 @@
 #include "foundation/json_decode.h"
 #include "platform/transport_error.h"
 
+template quillmar::Result<quillmar::control::ControlReply> quillmar::decodeJson(std::string_view text);
+template quillmar::Result<quillmar::control::ControlRequest> quillmar::decodeJson(std::string_view text);
+
 namespace quillmar::control {
 namespace {
 

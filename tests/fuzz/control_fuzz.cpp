@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "programs/control/control_handler.h"
 #include "testing/test_application.h"
 #include "tests/fuzz/fuzz.h"

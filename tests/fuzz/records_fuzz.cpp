@@ -1,6 +1,6 @@
 #include "client/records/dns_log.h"
 #include "client/records/enrollment.h"
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "tests/fuzz/fuzz.h"
 
 using namespace quillmar;

@@ -9,7 +9,6 @@
 #include "console/settings_view.h"
 #include "family/family_members_view.h"
 #include "family/join_family_view.h"
-#include "sandbox/json.h"
 #include "tests/journeys/people.h"
 
 namespace quillmar {

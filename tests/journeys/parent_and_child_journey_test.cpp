@@ -6,15 +6,13 @@
 #include <vector>
 
 #include "client/records/enrollment.h"
-#include "foundation/json_decode.h"
-#include "sandbox/json.h"
+#include "foundation/json.h"
 #include "tests/journeys/people.h"
 
 namespace quillmar {
 namespace {
 
 using namespace std::chrono_literals;
-using sandbox::Json;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -122,18 +120,18 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   service->clearRequests();
   const std::string picture = child.startEnrollment();
   EXPECT_THAT(calls(), ElementsAre("POST /api/v1/enrollment/init"));
-  const auto asked = Json::parse(service->requests().at(0).body);
-  EXPECT_EQ(asked.at("device_name"), "Mia's Phone");
-  EXPECT_EQ(asked.at("device_type"), "ios");
+  const auto asked = parseJson(service->requests().at(0).body).value();
+  EXPECT_EQ(*asked.find("device_name")->string(), "Mia's Phone");
+  EXPECT_EQ(*asked.find("device_type")->string(), "ios");
   const std::string deviceId = child.enrollment().deviceId();
-  EXPECT_NE(asked.at("device_id"), deviceId) << "the service's id counts";
+  EXPECT_NE(*asked.find("device_id")->string(), deviceId) << "the service's id counts";
   EXPECT_EQ(child.enrollment().enrollmentCode().size(), 8U);
 
   // 2: the QR code, and polls that change nothing on the machine.
-  EXPECT_EQ(Json::parse(picture), (Json{{"enrollment_code", child.enrollment().enrollmentCode()},
-                                        {"device_id", deviceId},
-                                        {"device_name", "Mia's Phone"},
-                                        {"device_type", "ios"}}));
+  EXPECT_EQ(picture, writeJson(Value::Map{{"enrollment_code", child.enrollment().enrollmentCode()},
+                                          {"device_id", deviceId},
+                                          {"device_name", "Mia's Phone"},
+                                          {"device_type", "ios"}}));
   time.advance(10s);
   EXPECT_EQ(polls(deviceId), 2);
   EXPECT_EQ(child.enrollment().stage(), EnrollmentStage::code);
@@ -149,9 +147,9 @@ TEST_F(ParentAndChildJourney, from_two_new_machines_to_a_device_that_is_online) 
   parent.press(scanner.completeEnrollment);
   ASSERT_EQ(completions().size(), 1U);
   const auto completion = completions().at(0);
-  EXPECT_EQ(Json::parse(completion.body), (Json{{"enrollment_code", child.enrollment().enrollmentCode()},
-                                                {"device_name", "Mia's first phone"},
-                                                {"child_id", childId()}}));
+  EXPECT_EQ(completion.body, writeJson(Value::Map{{"enrollment_code", child.enrollment().enrollmentCode()},
+                                                  {"device_name", "Mia's first phone"},
+                                                  {"child_id", childId()}}));
   EXPECT_EQ(sandbox::header(completion.headers, "authorization"), "Bearer " + parent.setting("authToken"));
   EXPECT_FALSE(child.child().isEnrolled()) << "nobody has told the child's machine";
   expectSuccessAndFinish();

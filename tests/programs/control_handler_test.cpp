@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "testing/test_application.h"
 
 namespace quillmar::control {

@@ -6,7 +6,7 @@
 
 #include "child/child_app_state.h"
 #include "client/records/enrollment.h"
-#include "foundation/json_decode.h"
+#include "foundation/json.h"
 #include "foundation/text.h"
 #include "platform/common/asio_dispatch.h"
 #include "platform/common/sqlite_settings_store.h"
