@@ -1,10 +1,10 @@
 #include "child/child_enrollment_view.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <functional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -64,10 +64,11 @@ TEST_F(ChildEnrollment, sends_a_new_uuid_with_the_devices_name_and_type) {
   app.machine.deviceInfo.deviceName = "Mia’s “Tablet”";
   start();
   const auto request = app.machine.http.requests("POST", "/enrollment/init").front();
-  const std::regex body(
-      R"re(\{"device_id":"[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}",)re"
-      R"re("device_name":"Mia’s “Tablet”","device_type":"ios"\})re");
-  EXPECT_TRUE(std::regex_match(*request.body, body)) << *request.body;
+  EXPECT_THAT(
+      *request.body,
+      testing::MatchesRegex(
+          R"re(\{"device_id":"[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}",)re"
+          R"re("device_name":"Mia’s “Tablet”","device_type":"ios"\})re"));
   EXPECT_EQ(header(request, "Authorization"), std::nullopt);
   EXPECT_EQ(request.timeout, 60s);
 }

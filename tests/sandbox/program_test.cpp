@@ -8,7 +8,6 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -35,11 +34,15 @@ struct Addresses {
 };
 
 Addresses addressesIn(const std::string& line) {
-  std::smatch found;
-  const std::regex form{
-      "quillmar-sandbox (http://127\\.0\\.0\\.[12]:\\d+) (https://127\\.0\\.0\\.[12]:\\d+) ca=(/.+)"};
-  EXPECT_TRUE(std::regex_match(line, found, form)) << line;
-  return {found[1], found[2], found[3]};
+  EXPECT_THAT(line, testing::MatchesRegex("quillmar-sandbox http://127\\.0\\.0\\.[12]:[0-9]+ "
+                                          "https://127\\.0\\.0\\.[12]:[0-9]+ ca=/.+"));
+  std::istringstream words(line);
+  std::string name;
+  Addresses addresses;
+  words >> name >> addresses.plain >> addresses.secure;
+  words.ignore(std::string_view(" ca=").size());
+  std::getline(words, addresses.ca);
+  return addresses;
 }
 
 std::vector<std::string> command(const std::vector<std::string>& more) {

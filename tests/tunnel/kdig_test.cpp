@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
 #include <set>
 
 #include "tests/sandbox/support/household.h"
@@ -27,9 +26,11 @@ constexpr std::uint16_t mail = 15;
 constexpr std::uint16_t signature = 46;
 constexpr std::uint16_t unknownType = 65'280;
 
-std::string withSingleBlanks(const std::string& output) {
-  static const std::regex blanks("[ \\t]+");
-  return std::regex_replace(output, blanks, " ");
+std::string withSingleBlanks(std::string output) {
+  std::ranges::replace(output, '\t', ' ');
+  const auto isRepeated = [](char one, char next) { return one == ' ' && next == ' '; };
+  output.erase(std::unique(output.begin(), output.end(), isRepeated), output.end());
+  return output;
 }
 
 std::string kdig(const Words& more) {
