@@ -109,8 +109,7 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
       failure.record = recordName<T>();
       return refuseType<T>(element, failure);
     }
-    return std::apply(
-        [&](const auto&... fields) { return (decodeField(object, fields, out, failure) && ...); }, wire<T>);
+    return wire<T>([&](const auto&... fields) { return (decodeField(object, fields, out, failure) && ...); });
   } else if constexpr (std::same_as<T, bool>) {
     return element.get(out) == simdjson::SUCCESS || refuseType<T>(element, failure);
   } else if constexpr (std::same_as<T, std::int64_t>) {

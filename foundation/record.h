@@ -3,7 +3,6 @@
 #include <concepts>
 #include <cstddef>
 #include <string_view>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -51,9 +50,10 @@ constexpr Field<R, std::vector<T>> orEmpty(std::string_view key, std::vector<T> 
   return {key, member, Presence::orElse};
 }
 
+// The table is a function that calls `visit(fields...)`: a tuple takes far longer to compile.
 template <class... Fields>
-constexpr std::tuple<Fields...> record(Fields... fields) {
-  return {fields...};
+constexpr auto record(Fields... fields) {
+  return [fields...](auto&& visit) { return visit(fields...); };
 }
 
 template <class T>
@@ -65,13 +65,13 @@ concept Record = !std::same_as<std::remove_cvref_t<decltype(wire<T>)>, std::null
 // Calls `visit(field)` for each field of the record's table, in its order.
 template <Record T, class Visitor>
 constexpr void forEachField(Visitor&& visit) {
-  std::apply([&](const auto&... fields) { (visit(fields), ...); }, wire<T>);
+  wire<T>([&](const auto&... fields) { (visit(fields), ...); });
 }
 
 template <Record T>
 constexpr bool operator==(const T& one, const T& other) {
-  return std::apply(
-      [&](const auto&... fields) { return ((one.*fields.member == other.*fields.member) && ...); }, wire<T>);
+  return wire<T>(
+      [&](const auto&... fields) { return ((one.*fields.member == other.*fields.member) && ...); });
 }
 
 namespace detail {
