@@ -2,41 +2,57 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
-#include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/http.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
 
 namespace quillmar::sandbox {
+namespace {
 
 namespace http = boost::beast::http;
-using boost::asio::ip::tcp;
+namespace net = boost::asio;
+using net::ip::tcp;
+
+// All that the service says until it closes the connection.
+std::string exchanged(tcp::socket& socket, const std::string& request, boost::system::error_code& error) {
+  std::string received;
+  net::write(socket, net::buffer(request), error);
+  if (!error) {
+    net::read(socket, net::dynamic_buffer(received), error);
+  }
+  if (error == net::error::eof) {
+    error = {};
+  }
+  return received;
+}
+
+}  // namespace
 
 Outcome<Answer> post(int port, const std::string& target, const std::string& body) {
-  boost::asio::io_context network;
-  boost::beast::tcp_stream stream{network};
+  net::io_context network;
+  tcp::socket socket{network};
   boost::system::error_code error;
-  const tcp::endpoint service{boost::asio::ip::address_v4::loopback(), static_cast<unsigned short>(port)};
-  stream.connect(service, error);
+  socket.connect({net::ip::address_v4::loopback(), static_cast<unsigned short>(port)}, error);
   if (error) {
     return Failure{"No service answers on port " + std::to_string(port) + ". Is it running?"};
   }
 
-  http::request<http::string_body> request{http::verb::post, target, 11};
-  request.set(http::field::host, "127.0.0.1:" + std::to_string(port));
-  request.set(http::field::content_type, "application/json");
-  request.body() = body;
-  request.prepare_payload();
-  http::write(stream, request, error);
-
-  boost::beast::flat_buffer buffer;
-  http::response<http::string_body> response;
+  const auto received =
+      exchanged(socket,
+                "POST " + target + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) +
+                    "\r\nContent-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+                    "\r\nConnection: close\r\n\r\n" + body,
+                error);
+  http::response_parser<http::string_body> parser;
+  parser.eager(true);
   if (!error) {
-    http::read(stream, buffer, response, error);
+    parser.put(net::buffer(received), error);
   }
-  if (error) {
+  if (error || !parser.is_done()) {
     return Failure{"The service on port " + std::to_string(port) + " gave no answer."};
   }
-  return Answer{.status = int(response.result_int()), .body = response.body()};
+  return Answer{.status = int(parser.get().result_int()), .body = parser.get().body()};
 }
 
 }  // namespace quillmar::sandbox

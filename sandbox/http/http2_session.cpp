@@ -1,8 +1,6 @@
 #include "sandbox/http/http2_session.h"
 
 #include <algorithm>
-#include <boost/asio/buffer.hpp>
-#include <boost/asio/write.hpp>
 #include <cstring>
 #include <vector>
 
@@ -11,9 +9,7 @@
 namespace quillmar::sandbox {
 namespace {
 
-constexpr std::size_t piecesOfSlowBody = 10;
 constexpr std::size_t largestWrite = std::size_t{64} * 1024;
-constexpr std::size_t largestHeader = std::size_t{16} * 1024;
 
 std::string_view text(const uint8_t* data, size_t length) {
   return {reinterpret_cast<const char*>(data), length};
@@ -37,8 +33,8 @@ Http2Session& session(void* user) { return *static_cast<Http2Session*>(user); }
 
 }  // namespace
 
-Http2Session::Http2Session(TlsStream stream, Exchange& exchange)
-    : stream_{std::move(stream)}, exchange_{exchange} {
+Http2Session::Http2Session(std::shared_ptr<Connection> connection, Exchange& exchange)
+    : connection_{std::move(connection)}, exchange_{exchange} {
   nghttp2_session_server_new(&session_, callbacks(), this);
 }
 
@@ -87,7 +83,7 @@ void Http2Session::start() {
   if (session_ == nullptr) {
     return;
   }
-  boost::beast::get_lowest_layer(stream_).expires_never();
+  connection_->closeNever();
   const std::array settings{nghttp2_settings_entry{NGHTTP2_SETTINGS_MAX_CONCURRENT_STREAMS, 100},
                             nghttp2_settings_entry{NGHTTP2_SETTINGS_MAX_HEADER_LIST_SIZE, largestHeader}};
   nghttp2_submit_settings(session_, NGHTTP2_FLAG_NONE, settings.data(), settings.size());
@@ -187,7 +183,7 @@ void Http2Session::makeReady(int32_t id) {
     return;
   }
   stream.pause.expires_after(delivery.bodyTime / piecesOfSlowBody);
-  stream.pause.async_wait([self = shared_from_this(), id](auto error) {
+  stream.pause.async_wait([self = shared_from_this(), id](Error error) {
     if (error || self->closed_ || self->find(id) == nullptr) {
       return;
     }
@@ -223,19 +219,19 @@ ssize_t Http2Session::readAnswer(nghttp2_session*, int32_t id, uint8_t* buffer, 
 }
 
 void Http2Session::read() {
-  stream_.async_read_some(boost::asio::buffer(incoming_),
-                          [self = shared_from_this()](auto error, std::size_t size) {
-                            if (error || self->closed_) {
-                              return self->close();
-                            }
-                            if (nghttp2_session_mem_recv(self->session_, self->incoming_.data(), size) < 0) {
-                              return self->close();
-                            }
-                            self->flush();
-                            if (!self->closed_) {
-                              self->read();
-                            }
-                          });
+  connection_->read(boost::asio::buffer(incoming_),
+                    [self = shared_from_this()](Error error, std::size_t size) {
+                      if (error || self->closed_) {
+                        return self->close();
+                      }
+                      if (nghttp2_session_mem_recv(self->session_, self->incoming_.data(), size) < 0) {
+                        return self->close();
+                      }
+                      self->flush();
+                      if (!self->closed_) {
+                        self->read();
+                      }
+                    });
 }
 
 void Http2Session::flush() {
@@ -262,14 +258,13 @@ void Http2Session::flush() {
     return;
   }
   writing_ = true;
-  boost::asio::async_write(stream_, boost::asio::buffer(outgoing_),
-                           [self = shared_from_this(), broken](auto error, std::size_t) {
-                             self->writing_ = false;
-                             if (error || broken) {
-                               return self->close();
-                             }
-                             self->flush();
-                           });
+  connection_->write(outgoing_, [self = shared_from_this(), broken](Error error, std::size_t) {
+    self->writing_ = false;
+    if (error || broken) {
+      return self->close();
+    }
+    self->flush();
+  });
 }
 
 void Http2Session::close() {
@@ -277,7 +272,7 @@ void Http2Session::close() {
     return;
   }
   closed_ = true;
-  boost::beast::get_lowest_layer(stream_).close();
+  connection_->close();
 }
 
 }  // namespace quillmar::sandbox

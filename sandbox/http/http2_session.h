@@ -3,23 +3,20 @@
 #include <nghttp2/nghttp2.h>
 
 #include <array>
-#include <boost/asio/ssl/stream.hpp>
 #include <boost/asio/steady_timer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <map>
 #include <memory>
 #include <string>
 
+#include "sandbox/http/connection.h"
 #include "sandbox/http/exchange.h"
 
 namespace quillmar::sandbox {
 
-using TlsStream = boost::asio::ssl::stream<boost::beast::tcp_stream>;
-
-// An HTTP/2 connection over TLS. Keeps itself alive until the connection ends.
+// An HTTP/2 connection. Keeps itself alive until the connection ends.
 class Http2Session : public std::enable_shared_from_this<Http2Session> {
  public:
-  Http2Session(TlsStream stream, Exchange& exchange);
+  Http2Session(std::shared_ptr<Connection> connection, Exchange& exchange);
   ~Http2Session();
 
   void start();
@@ -51,7 +48,7 @@ class Http2Session : public std::enable_shared_from_this<Http2Session> {
   void flush();
   void close();
 
-  TlsStream stream_;
+  std::shared_ptr<Connection> connection_;
   Exchange& exchange_;
   nghttp2_session* session_ = nullptr;
   std::map<int32_t, Exchanged> streams_;

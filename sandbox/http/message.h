@@ -43,7 +43,9 @@ struct Answer {
 
 using Handler = std::function<Answer(const Request&)>;
 
+inline constexpr std::size_t largestHeader = std::size_t{16} * 1024;
 inline constexpr std::size_t largestBody = 1'000'000;
+inline constexpr std::size_t piecesOfSlowBody = 10;
 
 // {"error": text}; the client shows the text to the person.
 [[nodiscard]] Answer refusal(int status, std::string_view text);
