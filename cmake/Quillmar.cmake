@@ -102,14 +102,20 @@ function(quillmar_compile_as_test name)
   endif()
 endfunction()
 
-# A static library from one folder: quillmar_library(NAME [TOGETHER] SOURCES … LINK … PRIVATE_LINK …). Not TOGETHER if
-# a program needs only some of the sources: the linker would take all of them, with the libraries that they need.
+# A static library from one folder: quillmar_library(NAME [TOGETHER] SOURCES … WINDOW_SOURCES … LINK … PRIVATE_LINK …).
+# Of sources that are compiled together the linker takes all or none, and a program then loads every library that any of
+# them needs. So WINDOW_SOURCES, which the agent does without, are kept apart from the others.
 function(quillmar_library name)
-  cmake_parse_arguments(arg "TOGETHER" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
-  add_library(${name} STATIC ${arg_SOURCES})
+  cmake_parse_arguments(arg "TOGETHER" "" "SOURCES;WINDOW_SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  add_library(${name} STATIC ${arg_SOURCES} ${arg_WINDOW_SOURCES})
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
   target_link_libraries(${name} PUBLIC ${arg_LINK} PRIVATE ${arg_PRIVATE_LINK} quillmar_options)
   if(arg_TOGETHER)
     quillmar_compile_together(${name})
+    if(arg_WINDOW_SOURCES)
+      set_source_files_properties(${arg_SOURCES} PROPERTIES UNITY_GROUP all)
+      set_source_files_properties(${arg_WINDOW_SOURCES} PROPERTIES UNITY_GROUP window)
+      set_target_properties(${name} PROPERTIES UNITY_BUILD_MODE GROUP)
+    endif()
   endif()
 endfunction()
