@@ -102,6 +102,13 @@ function(quillmar_compile_as_test name)
   endif()
 endfunction()
 
+# Optimised less, because what is not shipped takes longer to compile than to run. Not where it is measured or fuzzed.
+function(quillmar_compile_as_tool name)
+  if(NOT QUILLMAR_BENCH AND NOT QUILLMAR_FUZZ)
+    target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1>)
+  endif()
+endfunction()
+
 # A static library from one folder: quillmar_library(NAME [TOGETHER] SOURCES … WINDOW_SOURCES … LINK … PRIVATE_LINK …).
 # Of sources that are compiled together the linker takes all or none, and a program then loads every library that any of
 # them needs. So WINDOW_SOURCES, which the agent does without, are kept apart from the others.

@@ -79,7 +79,7 @@ void reach(UiStage& stage, bool configured, bool connecting, bool connected) {
                                    : "Not configured";
 }
 
-void openSettings(UiStage& stage) { stage.application.screen<ChildHomeView>().openSettings(); }
+void openChildSettings(UiStage& stage) { stage.application.screen<ChildHomeView>().openSettings(); }
 
 // NOLINTBEGIN(misc-misleading-bidirectional): misleading is what this text is for
 void hostileEndpoint(UiStage& stage) {
@@ -88,7 +88,7 @@ void hostileEndpoint(UiStage& stage) {
       "https://<img src=x>/" + std::string(180, 'a') + "/\u202E<script>alert(1)</script>";
   stage.application.child().dohBaseUrl =
       "https://\U0001F9D1\u200D\U0001F680.example/\u0645\u0631\u062D\u0628\u0627";
-  openSettings(stage);
+  openChildSettings(stage);
 }
 // NOLINTEND(misc-misleading-bidirectional)
 
@@ -132,30 +132,30 @@ std::vector<Shot> childDeviceScenes() {
       {"settings-new", enrolled(),
        [](UiStage& s) {
          reach(s, false, false, false);
-         openSettings(s);
+         openChildSettings(s);
        }},
       {"settings-active", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, true);
          s.application.child().dohBaseUrl = "https://dns.quillmar.live";
-         openSettings(s);
+         openChildSettings(s);
        }},
       {"settings-disconnected", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, false);
-         openSettings(s);
+         openChildSettings(s);
        }},
       {"settings-hostile", enrolled(), hostileEndpoint},
       {"settings-text-200", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, true);
-         openSettings(s);
+         openChildSettings(s);
        },
        2},
       {"settings-reset", enrolled(),
        [](UiStage& s) {
          reach(s, true, false, true);
-         openSettings(s);
+         openChildSettings(s);
          s.settle();
          s.application.screen<ChildSettingsView>().resetEnrollment();
        }},
