@@ -17,8 +17,8 @@ constexpr std::chrono::seconds patience{30};
 
 enum class Deed { enroll, work, handOver, sync, reset };
 
-struct World {
-  World();
+struct AgentWorld {
+  AgentWorld();
 
   Session session;
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
@@ -28,7 +28,7 @@ struct World {
 
 class Agent final : public Mortal {
  public:
-  Agent(World& world, Random random) : world_(world), random_(random) {}
+  Agent(AgentWorld& world, Random random) : world_(world), random_(random) {}
 
   void beEnrolled() { test::enrollDevice(*world_.service, data_); }
 
@@ -133,12 +133,12 @@ class Agent final : public Mortal {
 
   Stored stored() const { return storedIn(data_, *world_.service); }
 
-  World& world_;
+  AgentWorld& world_;
   Random random_;
   const fs::path data_ = world_.session.newFolder();
 };
 
-World::World() {
+AgentWorld::AgentWorld() {
   Agent device(*this, Random(1));
   for (const Deed deed : {Deed::enroll, Deed::work, Deed::handOver, Deed::sync, Deed::reset}) {
     calls[deed] = device.callsOf(deed);
@@ -149,7 +149,7 @@ World::World() {
 
 // Most of an enrollment is the five seconds before its poll, so many go on side by side.
 Kind agents() {
-  const auto world = std::make_shared<World>();
+  const auto world = std::make_shared<AgentWorld>();
   const auto makeAgent = [world](Random random) {
     auto agent = std::make_unique<Agent>(*world, random);
     if (random() % 2 == 0) {

@@ -18,8 +18,8 @@ using sandbox::Json;
 constexpr int roundsOfALife = 4;
 constexpr int livesOfAFolder = 25;
 
-struct World {
-  World();
+struct ServiceWorld {
+  ServiceWorld();
 
   Session session;
   std::atomic<long> enrollments = 0;
@@ -180,7 +180,7 @@ class Family {
 
 class Service final : public Mortal {
  public:
-  Service(World& world, Random random) : world_(world), random_(random) {}
+  Service(ServiceWorld& world, Random random) : world_(world), random_(random) {}
 
   bool live() override {
     if (++lives_ % livesOfAFolder == 0) {
@@ -220,19 +220,19 @@ class Service final : public Mortal {
     return status;
   }
 
-  World& world_;
+  ServiceWorld& world_;
   Random random_;
   fs::path data_ = world_.session.newFolder();
   Family family_;
   int lives_ = 0;
 };
 
-World::World() { calls = Service(*this, Random(1)).calls(); }
+ServiceWorld::ServiceWorld() { calls = Service(*this, Random(1)).calls(); }
 
 }  // namespace
 
 Kind services() {
-  const auto world = std::make_shared<World>();
+  const auto world = std::make_shared<ServiceWorld>();
   return {"Services",
           4,
           [world](Random random) { return std::make_unique<Service>(*world, random); },

@@ -21,7 +21,7 @@ constexpr std::size_t sideBySide = 4;
 constexpr int lowestPort = 20'000;
 constexpr int longestLife = 60'000;  // microseconds
 
-struct World {
+struct TunnelWorld {
   Session session;
   TestEndpoint endpoint{[](TestPeer& peer, std::int32_t stream, const std::string& question) {
     peer.answer(stream, answerTo(question));
@@ -32,7 +32,7 @@ struct World {
 
 class Tunnel final : public Mortal {
  public:
-  Tunnel(World& world, Random random) : world_(world), random_(random) {}
+  Tunnel(TunnelWorld& world, Random random) : world_(world), random_(random) {}
 
   bool live() override {
     const auto program = start();
@@ -94,7 +94,7 @@ class Tunnel final : public Mortal {
     }
   }
 
-  World& world_;
+  TunnelWorld& world_;
   Random random_;
   const int port_ = world_.nextPort++;
   int asked_ = 0;
@@ -103,7 +103,7 @@ class Tunnel final : public Mortal {
 }  // namespace
 
 Kind tunnels() {
-  const auto world = std::make_shared<World>();
+  const auto world = std::make_shared<TunnelWorld>();
   return {"Tunnels",
           sideBySide,
           [world](Random random) { return std::make_unique<Tunnel>(*world, random); },

@@ -15,8 +15,8 @@ using namespace std::chrono_literals;
 
 constexpr auto longestGap = 10s;
 
-struct World {
-  World();
+struct WindowWorld {
+  WindowWorld();
 
   Session session;
   const std::unique_ptr<sandbox::Service> service = std::move(*sandbox::Service::start({}));
@@ -34,7 +34,7 @@ struct World {
 // Lives as a window beside an agent, or as an enrollment, by turns.
 class Window final : public Mortal {
  public:
-  Window(World& world, Random random) : world_(world), random_(random) {
+  Window(WindowWorld& world, Random random) : world_(world), random_(random) {
     test::enrollDevice(*world_.service, data_);
     agent_ = start(QUILLMAR_AGENT, data_, {"--simulate-tunnel", "run"});
     agent_->readUntil("The service is reached.");
@@ -133,14 +133,14 @@ class Window final : public Mortal {
     return isEnrolledIn(driver);
   }
 
-  World& world_;
+  WindowWorld& world_;
   Random random_;
   const fs::path data_ = world_.session.newFolder();
   std::unique_ptr<Program> agent_;
   bool isEnrollmentsTurn_ = false;
 };
 
-World::World() {
+WindowWorld::WindowWorld() {
   Window window(*this, Random(1));
   callsOfWindow = window.callsOfWindow();
   callsOfEnrollment = window.callsOfEnrollment();
@@ -149,7 +149,7 @@ World::World() {
 }  // namespace
 
 Kind windows() {
-  const auto world = std::make_shared<World>();
+  const auto world = std::make_shared<WindowWorld>();
   return {"Windows",
           4,
           [world](Random random) { return std::make_unique<Window>(*world, random); },
