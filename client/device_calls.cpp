@@ -1,7 +1,10 @@
 #include "client/device_calls.h"
 
+#include <memory>
 #include <utility>
+#include <vector>
 
+#include "client/arrivals.h"
 #include "client/network_service.h"
 #include "client/recent_logs.h"
 #include "foundation/date_format.h"
@@ -14,6 +17,11 @@ Result<std::vector<DNSLog>> logsOf(Result<DNSLogsResponse> answer) {
   return answer.ok() ? Result(std::move(answer).value().logs) : Result<std::vector<DNSLog>>(answer.error());
 }
 
+struct DeviceAnswer {
+  std::size_t device = 0;
+  Result<NetworkService::Answer> answer;
+};
+
 }  // namespace
 
 void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceIds, Duration since,
@@ -23,19 +31,28 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
     return;
   }
   const DispatchGroup group;
-  const auto collected = std::make_shared<RecentLogs>(deviceIds.size());
+  const auto arrivals = std::make_shared<Arrivals<DeviceAnswer>>();
   const auto start = formatISO8601(dispatch_.now() - since);
   for (std::size_t device = 0; device < deviceIds.size(); ++device) {
     group.enter();
-    auto collect = [group, collected, device](Result<DNSLogsResponse> answer) {
-      collected->add(device, logsOf(std::move(answer)));
+    auto collect = [group, arrivals, device](Result<Answer> answer) {
+      arrivals->add({device, std::move(answer)});
       group.leave();
     };
     run(calls::getRecentDeviceLogs, {deviceIds[device], limit / deviceIds.size(), start}, NoBody(),
-        Completion<DNSLogsResponse>(std::move(collect)));
+        Completion<Answer>(std::move(collect)));
   }
-  group.notify(dispatch_.main(), [collected, limit, completion = std::move(completion)] {
-    completion(collected->takeNewest(limit));
+  group.notify(dispatch_.main(), [weak = weak_from_this(), devices = deviceIds.size(), arrivals, limit,
+                                  completion = std::move(completion)] {
+    const auto self = weak.lock();
+    if (!self) {
+      return;
+    }
+    RecentLogs recent(devices);
+    for (const auto& [device, answer] : arrivals->take()) {
+      recent.add(device, logsOf(self->judged(calls::getRecentDeviceLogs, answer)));
+    }
+    completion(recent.takeNewest(limit));
   });
 }
 

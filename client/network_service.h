@@ -89,7 +89,8 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
                Completion<CheckinResponse> completion);
   // The newest `limit` entries of all devices within `since`, newest first. Each device is asked for an equal
   // share of `limit`. Fails only if some device failed and no device returned an entry. Unlike the other
-  // calls it completes on the main queue, or at once on the caller's thread if there are no devices.
+  // calls it completes on the main queue, or at once on the caller's thread if there are no devices. It also
+  // decodes on the main queue: moving hundreds of texts to another core costs more than decoding them there.
   void getRecentDeviceLogs(const std::vector<std::string>& deviceIds, Duration since, std::size_t limit,
                            Completion<std::vector<DNSLog>> completion);
 
@@ -126,10 +127,11 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
     return json.ok() ? Result<Secret>(std::move(json).value()) : Result<Secret>(json.error());
   }
 
-  // The steps of a call, from its arguments to its completion.
-  template <class Body, class T, std::size_t places>
+  // The steps of a call, from its arguments to its completion. R is the call's answer, or `Answer`: what the
+  // service has sent, to be judged later.
+  template <class Body, class T, std::size_t places, class R>
   void run(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments, const Body& body,
-           Completion<T> completion);
+           Completion<R> completion);
   template <class Body, class T, std::size_t places>
   Result<HttpRequest> requestOf(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments,
                                 const Body& body) const;
@@ -180,15 +182,17 @@ class NetworkService : public std::enable_shared_from_this<NetworkService> {
   std::vector<Completion<AuthResponse>> refreshCompletionQueue_;
 };
 
-template <class Body, class T, std::size_t places>
+template <class Body, class T, std::size_t places, class R>
 void NetworkService::run(const CallRow<Body, T, places>& call, const PathArguments<places>& arguments,
-                         const Body& body, Completion<T> completion) {
+                         const Body& body, Completion<R> completion) {
   auto request = requestOf(call, arguments, body);
   if (!request.ok()) {
     completion(request.error());
-    return;
+  } else if constexpr (std::same_as<R, Answer>) {
+    sendRequest(call, std::move(request).value(), std::move(completion));
+  } else {
+    sendRequest(call, std::move(request).value(), answering(call, std::move(completion)));
   }
-  sendRequest(call, std::move(request).value(), answering(call, std::move(completion)));
 }
 
 template <class Body, class T, std::size_t places>

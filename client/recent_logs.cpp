@@ -2,26 +2,27 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace quillmar {
 namespace {
 
 struct Entry {
-  DNSLog* log = nullptr;
+  std::string_view timestamp;
   std::size_t place = 0;
+  DNSLog* log = nullptr;
 };
 
 // A strict total order: repeated fetches of the same entries must give the same list.
 bool standsBefore(const Entry& one, const Entry& other) {
-  const int order = one.log->timestamp.compare(other.log->timestamp);
+  const int order = one.timestamp.compare(other.timestamp);
   return order != 0 ? order > 0 : one.place < other.place;
 }
 
 }  // namespace
 
 void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
-  const std::scoped_lock lock(mutex_);
   if (answer.ok()) {
     answers_.at(device) = std::move(answer).value();
   } else if (!firstError_) {
@@ -30,12 +31,11 @@ void RecentLogs::add(std::size_t device, Result<std::vector<DNSLog>> answer) {
 }
 
 Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
-  const std::scoped_lock lock(mutex_);
   // Entries are large and most are dropped, so only the kept ones are moved.
   std::vector<Entry> entries;
   for (auto& answer : answers_) {
     for (auto& log : answer) {
-      entries.push_back({&log, entries.size()});
+      entries.push_back({log.timestamp, entries.size(), &log});
     }
   }
   if (firstError_ && entries.empty()) {

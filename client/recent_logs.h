@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -10,8 +9,7 @@
 
 namespace quillmar {
 
-// Merges the answers of several devices. Thread-safe: each thread adds its answer directly, because handing
-// it to a queue would wake another thread.
+// Merges the answers of several devices.
 class RecentLogs {
  public:
   explicit RecentLogs(std::size_t devices) : answers_(devices) {}
@@ -23,7 +21,6 @@ class RecentLogs {
   Result<std::vector<DNSLog>> takeNewest(std::size_t limit);
 
  private:
-  std::mutex mutex_;
   std::vector<std::vector<DNSLog>> answers_;
   std::optional<Error> firstError_;
 };

@@ -223,6 +223,19 @@ TEST_F(RecentDeviceLogsTest, of_two_failures_the_earlier_is_returned) {
   EXPECT_EQ(ended.error(), NetworkError::notFound());
 }
 
+TEST_F(RecentDeviceLogsTest, an_answer_that_does_not_decode_is_as_early_as_it_arrived) {
+  http.hold();
+  fail("d1", 403);
+  http.answer("GET", "/devices/d2/logs", 200, "{}");
+  const auto ended = fetch({"d1", "d2"}, 60s, 100);
+  settle();
+  http.release(1);
+  http.release(0);
+  settle();
+  ASSERT_TRUE(ended.failed());
+  EXPECT_NE(ended.error().as<CodingError>(), nullptr);
+}
+
 TEST_F(RecentDeviceLogsTest, empty_lists_are_a_success) {
   answer("d1", {});
   answer("d2", {});

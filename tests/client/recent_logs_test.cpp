@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <numeric>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -115,20 +114,6 @@ TEST(RecentLogs, of_two_errors_the_first_is_returned) {
   logs.add(0, forbidden);
   logs.add(1, timedOut);
   EXPECT_EQ(logs.takeNewest(10).error(), forbidden);
-}
-
-TEST(RecentLogs, answers_on_several_threads_are_all_kept) {
-  constexpr std::size_t devices = 16;
-  RecentLogs logs(devices);
-  {
-    std::vector<std::jthread> threads;
-    for (std::size_t device = 0; device < devices; ++device) {
-      threads.emplace_back([&logs, device] {
-        logs.add(device, device % 4 == 0 ? Result<std::vector<DNSLog>>(timedOut) : answerWith(Times(10)));
-      });
-    }
-  }
-  EXPECT_EQ(logs.takeNewest(1000).value().size(), 120);
 }
 
 }  // namespace
