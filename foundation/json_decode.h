@@ -48,28 +48,46 @@ std::optional<std::int64_t> wholeNumber(simdjson::dom::element element);
 template <class T>
 bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failure);
 
-template <class R, class F>
-bool decodeField(simdjson::dom::object object, const F& field, R& out, DecodeFailure& failure) {
-  simdjson::dom::element element;
-  const bool there = object.at_key(field.key).get(element) == simdjson::SUCCESS && !element.is_null();
-  using Type = typename F::Type;
-  bool decoded = false;
-  if (field.presence == Presence::required) {
-    if (!there) {
-      failure.record = recordName<R>();
-      const bool wrongType =
-          std::same_as<Type, bool> && object.at_key(field.key).error() == simdjson::SUCCESS;
-      decoded = refuse(failure, wrongType ? CodingError::Kind::wrongFormat : CodingError::Kind::missing);
-    } else {
-      decoded = decodeElement(element, out.*field.member, failure);
+// Finds the members of an object; of equal keys the first counts. While the members stand in the order of
+// asking, the next one is found without a search.
+class Members {
+ public:
+  explicit Members(simdjson::dom::object object)
+      : object_(object), next_(object.begin()), end_(object.end()) {}
+
+  std::optional<simdjson::dom::element> find(std::string_view key) {
+    simdjson::dom::element found;
+    if (next_ != end_ && next_.key_equals(key)) {
+      found = next_.value();
+      ++next_;
+    } else if (object_.at_key(key).get(found) != simdjson::SUCCESS) {
+      return std::nullopt;
     }
-  } else if (!there) {
+    return found;
+  }
+
+ private:
+  simdjson::dom::object object_;
+  simdjson::dom::object::iterator next_;
+  simdjson::dom::object::iterator end_;
+};
+
+template <class R, class F>
+bool decodeField(Members& members, const F& field, R& out, DecodeFailure& failure) {
+  using Type = typename F::Type;
+  const auto member = members.find(field.key);
+  bool decoded = false;
+  if (member && !member->is_null()) {
+    decoded = decodeElement(*member, out.*field.member, failure);
+  } else if (field.presence == Presence::required) {
+    failure.record = recordName<R>();
+    const bool wrongType = std::same_as<Type, bool> && member;
+    decoded = refuse(failure, wrongType ? CodingError::Kind::wrongFormat : CodingError::Kind::missing);
+  } else {
     if constexpr (!std::same_as<std::remove_cvref_t<decltype(field.fallback)>, std::nullptr_t>) {
       out.*field.member = Type(field.fallback);
     }
     return true;
-  } else {
-    decoded = decodeElement(element, out.*field.member, failure);
   }
   if (!decoded) {
     if (failure.record.empty()) {
@@ -109,7 +127,9 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
       failure.record = recordName<T>();
       return refuseType<T>(element, failure);
     }
-    return wire<T>([&](const auto&... fields) { return (decodeField(object, fields, out, failure) && ...); });
+    Members members(object);
+    return wire<T>(
+        [&](const auto&... fields) { return (decodeField(members, fields, out, failure) && ...); });
   } else if constexpr (std::same_as<T, bool>) {
     return element.get(out) == simdjson::SUCCESS || refuseType<T>(element, failure);
   } else if constexpr (std::same_as<T, std::int64_t>) {
@@ -122,7 +142,11 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
     if (element.get(text) != simdjson::SUCCESS) {
       return refuseType<T>(element, failure);
     }
-    out = std::string(text);
+    if constexpr (std::same_as<T, std::string>) {
+      out = text;
+    } else {
+      out = std::string(text);
+    }
     return true;
   }
 }
