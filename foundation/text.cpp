@@ -64,7 +64,7 @@ class CharacterWalk {
 
   std::string_view next() {
     const std::size_t start = position_;
-    position_ = plain_ ? start + (text_.substr(start, 2) == "\r\n" ? 2 : 1) : nextBoundary();
+    position_ = plain_ ? start + (startsLineEnd(start) ? 2 : 1) : nextBoundary();
     return text_.substr(start, position_ - start);
   }
 
@@ -76,6 +76,10 @@ class CharacterWalk {
     utext_openUTF8(&utext_, text_.data(), static_cast<std::int64_t>(text_.size()), &status);
     characterIterator->setText(&utext_, status);
     characterIterator->first();
+  }
+
+  bool startsLineEnd(std::size_t start) const {
+    return text_[start] == '\r' && start + 1 < text_.size() && text_[start + 1] == '\n';
   }
 
   std::size_t nextBoundary() const {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <utility>
 
 #include "foundation/ascii.h"
 
@@ -38,11 +37,13 @@ bool isEscape(std::string_view text) {
 
 bool isMadeOfUrlCharacters(std::string_view text) {
   while (!text.empty()) {
-    const std::size_t length = isEscape(text) ? 3 : 1;
-    if (length == 1 && !urlCharacters.contains(text.front())) {
+    if (urlCharacters.contains(text.front())) {
+      text.remove_prefix(1);
+    } else if (isEscape(text)) {
+      text.remove_prefix(3);
+    } else {
       return false;
     }
-    text.remove_prefix(length);
   }
   return true;
 }
@@ -97,14 +98,16 @@ std::string percentEncoded(std::string_view text, const Characters& unchanged) {
 
 }  // namespace
 
-URL::URL(std::string text)
-    : text_(std::move(text)),
-      scheme_(schemeOf(text_)),
-      host_(hostOf(std::string_view(text_).substr(scheme_ ? scheme_->size() + 1 : 0))) {}
-
 std::optional<URL> URL::parse(std::string_view text) {
   const bool accepted = !text.empty() && std::ranges::count(text, '#') <= 1 && isMadeOfUrlCharacters(text);
-  return accepted ? std::optional(URL(std::string(text))) : std::nullopt;
+  return accepted ? std::optional(URL(text)) : std::nullopt;
+}
+
+std::optional<std::string> URL::scheme() const { return schemeOf(text_); }
+
+std::optional<std::string> URL::host() const {
+  const auto before = schemeOf(text_);
+  return hostOf(std::string_view(text_).substr(before ? before->size() + 1 : 0));
 }
 
 std::string percentEncodedForPath(std::string_view text) { return percentEncoded(text, pathCharacters); }

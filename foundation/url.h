@@ -15,16 +15,14 @@ class URL {
 
   const std::string& text() const { return text_; }
   // In its original case.
-  const std::optional<std::string>& scheme() const { return scheme_; }
+  std::optional<std::string> scheme() const;
   // Without user, port and brackets; nullopt if absent or empty.
-  const std::optional<std::string>& host() const { return host_; }
+  std::optional<std::string> host() const;
 
  private:
-  explicit URL(std::string text);
+  explicit URL(std::string_view text) : text_(text) {}
 
   std::string text_;
-  std::optional<std::string> scheme_;
-  std::optional<std::string> host_;
 };
 
 // Percent-encodes the UTF-8 bytes outside the set, in upper-case hex. `%` is always encoded.

@@ -7,12 +7,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstring>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "foundation/date_format.h"
-#include "foundation/wipe.h"
 
 namespace quillmar {
 namespace {
@@ -76,6 +75,9 @@ constexpr auto methodsWithBody = std::to_array<std::string_view>({"POST", "PUT",
 constexpr auto headersOfBody =
     std::to_array<const char*>({"Content-Type", "Content-Length", "Content-Encoding"});
 
+// libcurl adds them by itself; a name without a value removes one.
+constexpr auto headersOfLibcurl = std::to_array<const char*>({"Accept", "Expect", "Content-Type"});
+
 bool isHeader(const std::string& name, const char* known) { return strcasecmp(name.c_str(), known) == 0; }
 
 // A line break would start another header.
@@ -135,6 +137,8 @@ void CurlTransfer::begin(EasyHandle easyHandle, On on) {
 
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
   curl_easy_setopt(handle, CURLOPT_CURLU, target_->handle());
+  curl_easy_setopt(handle, CURLOPT_URL,
+                   target_->text().c_str());  // libcurl composes it slowly if it is absent
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
@@ -193,32 +197,21 @@ void CurlTransfer::setUpMethod() {
   curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, method.c_str());
 }
 
-// Removes the three headers that libcurl adds by itself.
 void CurlTransfer::setUpHeaders() {
-  headers_.reset();
-  for (const char* unwanted : {"Accept:", "Expect:", "Content-Type:"}) {
-    addHeader(unwanted);
+  std::vector<std::string> lines;
+  lines.reserve(headersOfLibcurl.size() + request_.headers.size());
+  for (const char* header : headersOfLibcurl) {
+    lines.push_back(std::string(header) + ':');
   }
   for (const auto& [name, value] : request_.headers) {
     if (isSafe(name) && isSafe(value)) {
-      addHeader(std::string(name).append(value.empty() ? ";" : ": ").append(value));
+      std::string& line = lines.emplace_back();
+      line.reserve(name.size() + 2 + value.size());
+      line.append(name).append(value.empty() ? ";" : ": ").append(value);
     }
   }
-  curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, headers_.get());
-}
-
-void CurlTransfer::WipingFree::operator()(curl_slist* list) const {
-  for (const curl_slist* line = list; line != nullptr; line = line->next) {
-    ::explicit_bzero(line->data, std::strlen(line->data));
-  }
-  curl_slist_free_all(list);
-}
-
-void CurlTransfer::addHeader(std::string line) {
-  curl_slist* list = curl_slist_append(headers_.get(), line.c_str());
-  wipe(line);
-  static_cast<void>(headers_.release());
-  headers_.reset(list);
+  headers_.assign(std::move(lines));
+  curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, headers_.list());
 }
 
 CurlTransfer::Clock::time_point CurlTransfer::deadline() const {

@@ -12,6 +12,7 @@
 
 #include "foundation/result.h"
 #include "platform/common/curl_connections.h"
+#include "platform/common/curl_headers.h"
 #include "platform/common/http_target.h"
 #include "platform/http_session.h"
 #include "platform/transport_error.h"
@@ -78,16 +79,9 @@ class CurlTransfer {
   static CurlTransfer& of(CURL* handle);
 
  private:
-  // A header may hold a token.
-  struct WipingFree {
-    void operator()(curl_slist* list) const;
-  };
-  using HeaderList = std::unique_ptr<curl_slist, WipingFree>;
-
   Result<void> setTarget(Result<HttpTarget> target);
   void setUpMethod();
   void setUpHeaders();
-  void addHeader(std::string line);
   TransportError errorOf(CURLcode code, bool hasNetwork) const;
   std::string redirectLocation() const;
   int status() const;
@@ -111,7 +105,7 @@ class CurlTransfer {
   CurlConnections& connections_;
   EasyHandle handle_;
   std::optional<HttpTarget> target_;
-  HeaderList headers_;
+  CurlHeaders headers_;
   int redirects_ = 0;
   std::string body_;
   bool connected_ = false;

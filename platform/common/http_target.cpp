@@ -31,7 +31,7 @@ std::string withoutBrackets(std::string host) {
 
 }  // namespace
 
-HttpTarget::HttpTarget(Handle handle) : handle_(std::move(handle)) {
+HttpTarget::HttpTarget(std::string text, Handle handle) : text_(std::move(text)), handle_(std::move(handle)) {
   curl_url_set(handle_.get(), CURLUPART_USER, nullptr, 0);
   curl_url_set(handle_.get(), CURLUPART_PASSWORD, nullptr, 0);
   scheme_ = part(CURLUPART_SCHEME);
@@ -44,7 +44,7 @@ Result<HttpTarget> HttpTarget::parse(const std::string& url) {
   if (!parsed) {
     return transportError(Kind::badURL);
   }
-  if (!parsed->scheme() || !isOfHttp(*parsed->scheme())) {
+  if (const auto scheme = parsed->scheme(); !scheme || !isOfHttp(*scheme)) {
     return transportError(Kind::unsupportedURL);
   }
   if (!parsed->host()) {
@@ -59,7 +59,7 @@ Result<HttpTarget> HttpTarget::parseRedirect(const std::string& url) {
       CURLUE_OK) {
     return transportError(Kind::badURL);
   }
-  HttpTarget target(std::move(handle));
+  HttpTarget target(url, std::move(handle));
   if (!isOfHttp(target.scheme_)) {
     return transportError(Kind::unsupportedURL);
   }

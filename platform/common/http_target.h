@@ -18,6 +18,8 @@ class HttpTarget {
   static Result<HttpTarget> parseRedirect(const std::string& url);
 
   CURLU* handle() const { return handle_.get(); }
+  // As it was written.
+  const std::string& text() const { return text_; }
   const std::string& host() const { return host_; }
   bool isPlain() const { return scheme_ == "http"; }
   // 127.0.0.0/8, ::1, or "localhost", which is never resolved.
@@ -30,9 +32,10 @@ class HttpTarget {
   };
   using Handle = std::unique_ptr<CURLU, Cleanup>;
 
-  explicit HttpTarget(Handle handle);
+  HttpTarget(std::string text, Handle handle);
   std::string part(CURLUPart part, unsigned flags = 0) const;
 
+  std::string text_;
   Handle handle_;
   std::string scheme_;
   std::string host_;
