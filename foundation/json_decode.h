@@ -142,11 +142,7 @@ bool decodeElement(simdjson::dom::element element, T& out, DecodeFailure& failur
     if (element.get(text) != simdjson::SUCCESS) {
       return refuseType<T>(element, failure);
     }
-    if constexpr (std::same_as<T, std::string>) {
-      out = text;
-    } else {
-      out = std::string(text);
-    }
+    out = std::string(text);
     return true;
   }
 }
