@@ -30,6 +30,7 @@ void NetworkService::getRecentDeviceLogs(const std::vector<std::string>& deviceI
     completion(std::vector<DNSLog>());
     return;
   }
+  const HttpSession::Batch batch(http_);
   const DispatchGroup group;
   const auto arrivals = std::make_shared<Arrivals<DeviceAnswer>>();
   const auto start = formatISO8601(dispatch_.now() - since);

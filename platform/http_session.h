@@ -54,6 +54,24 @@ class HttpSession : public Port {
   using Completion = std::function<void(DataTaskResult)>;
 
   virtual void dataTask(HttpRequest request, Completion completion) = 0;
+
+  // Requests that are made while it exists leave together at its end: each alone would wake the session's
+  // thread. Thread-safe; of several the last end counts. Don't wait for an answer meanwhile.
+  class [[nodiscard]] Batch {
+   public:
+    explicit Batch(HttpSession& session) : session_(session) { session_.beginBatch(); }
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
+    ~Batch() { session_.endBatch(); }
+
+   private:
+    HttpSession& session_;
+  };
+
+  // Called by a Batch, and by a session that passes requests to another. A session without a network may
+  // ignore them.
+  virtual void beginBatch() {}
+  virtual void endBatch() {}
 };
 
 }  // namespace quillmar

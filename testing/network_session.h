@@ -19,6 +19,8 @@ class NetworkSession final : public HttpSession {
   void dataTask(HttpRequest request, Completion completion) override {
     settling_.dataTask(std::move(request), std::move(completion));
   }
+  void beginBatch() override { settling_.beginBatch(); }
+  void endBatch() override { settling_.endBatch(); }
 
  private:
   CurlHttpSession network_;

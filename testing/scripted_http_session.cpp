@@ -80,6 +80,9 @@ struct ScriptedHttpSession::State : std::enable_shared_from_this<ScriptedHttpSes
   DataTaskResult everythingElse = transportFailure(TransportError::Kind::cannotConnectToHost);
   std::vector<HttpRequest> requests;
   std::vector<Pending> held;
+  int openBatches = 0;
+  std::vector<Pending> batch;
+  std::vector<std::size_t> batches;
 };
 
 void ScriptedHttpSession::State::schedule(Pending pending, std::optional<DataTaskResult> result) {
@@ -155,8 +158,37 @@ void ScriptedHttpSession::dataTask(HttpRequest request, Completion completion) {
   {
     const std::scoped_lock lock(state_->mutex);
     state_->requests.push_back(request);
+    if (state_->openBatches > 0) {
+      state_->batch.push_back({std::move(request), std::move(completion)});
+      return;
+    }
   }
   state_->schedule({std::move(request), std::move(completion)}, std::nullopt);
+}
+
+void ScriptedHttpSession::beginBatch() {
+  const std::scoped_lock lock(state_->mutex);
+  ++state_->openBatches;
+}
+
+void ScriptedHttpSession::endBatch() {
+  std::vector<Pending> ended;
+  {
+    const std::scoped_lock lock(state_->mutex);
+    if (--state_->openBatches > 0) {
+      return;
+    }
+    ended.swap(state_->batch);
+    state_->batches.push_back(ended.size());
+  }
+  for (auto& pending : ended) {
+    state_->schedule(std::move(pending), std::nullopt);
+  }
+}
+
+std::vector<std::size_t> ScriptedHttpSession::batches() const {
+  const std::scoped_lock lock(state_->mutex);
+  return state_->batches;
 }
 
 void ScriptedHttpSession::answer(std::string_view method, std::string_view path, int status,
@@ -231,6 +263,7 @@ std::vector<std::string> ScriptedHttpSession::changes() const {
 void ScriptedHttpSession::forgetRequests() {
   const std::scoped_lock lock(state_->mutex);
   state_->requests.clear();
+  state_->batches.clear();
 }
 
 void ScriptedHttpSession::hold() {

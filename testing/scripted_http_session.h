@@ -41,6 +41,8 @@ class ScriptedHttpSession final : public HttpSession {
   ~ScriptedHttpSession() override;
 
   void dataTask(HttpRequest request, Completion completion) override;
+  void beginBatch() override;
+  void endBatch() override;
 
   // The answer to the next request of this name. Several form a queue.
   void answer(std::string_view method, std::string_view path, int status, std::string body = {});
@@ -62,6 +64,8 @@ class ScriptedHttpSession final : public HttpSession {
   std::vector<std::string> calls() const;
   // The calls that may change something: all but GET.
   std::vector<std::string> changes() const;
+  // The number of requests of each batch that has ended. `forgetRequests` forgets them too.
+  std::vector<std::size_t> batches() const;
   void forgetRequests();
 
   // Requests stay pending until `release`, `complete` or `releaseAll`.

@@ -27,6 +27,8 @@ class SettlingHttpSession final : public HttpSession {
       token.reset();
     });
   }
+  void beginBatch() override { inner_.beginBatch(); }
+  void endBatch() override { inner_.endBatch(); }
 
   int inFlight() const { return *inFlight_; }
 

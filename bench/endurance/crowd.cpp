@@ -85,6 +85,8 @@ class TimedSession final : public HttpSession {
     }
     network_.dataTask(std::move(request), std::move(completion));
   }
+  void beginBatch() override { network_.beginBatch(); }
+  void endBatch() override { network_.endBatch(); }
 
  private:
   CurlHttpSession network_;

@@ -107,18 +107,27 @@ class CurlHttpSession::Loop {
   }
 
   void add(HttpRequest request, Completion completion) {
-    bool wasAsleep = false;
     {
       const std::scoped_lock lock(mutex_);
       incoming_.push_back({std::move(request), std::move(completion)});
       if (!thread_.joinable()) {
         thread_ = std::thread([this] { run(); });
       }
-      wasAsleep = std::exchange(asleep_, false);
     }
-    if (wasAsleep) {
-      wake();
+    wakeForIncoming();
+  }
+
+  void beginBatch() {
+    const std::scoped_lock lock(mutex_);
+    ++batches_;
+  }
+
+  void endBatch() {
+    {
+      const std::scoped_lock lock(mutex_);
+      --batches_;
     }
+    wakeForIncoming();
   }
 
  private:
@@ -129,6 +138,17 @@ class CurlHttpSession::Loop {
   using Transfers = std::vector<std::unique_ptr<CurlTransfer>>;
 
   void wake() const { eventfd_write(wakeUp_.get(), 1); }
+
+  void wakeForIncoming() {
+    bool isNeeded = false;
+    {
+      const std::scoped_lock lock(mutex_);
+      isNeeded = mayTakeIncoming() && !incoming_.empty() && std::exchange(asleep_, false);
+    }
+    if (isNeeded) {
+      wake();
+    }
+  }
 
   void run() {
     blockSignalsOfThisThread();
@@ -160,10 +180,13 @@ class CurlHttpSession::Loop {
     return stopping_;
   }
 
+  // Called under the lock.
+  bool mayTakeIncoming() const { return batches_ == 0 || stopping_; }
+
   std::vector<Incoming> takeIncoming() {
     const std::scoped_lock lock(mutex_);
     asleep_ = false;
-    return std::exchange(incoming_, {});
+    return mayTakeIncoming() ? std::exchange(incoming_, {}) : std::vector<Incoming>();
   }
 
   void acceptIncoming() {
@@ -337,7 +360,7 @@ class CurlHttpSession::Loop {
 
   bool fallAsleep() {
     const std::scoped_lock lock(mutex_);
-    asleep_ = incoming_.empty() && !stopping_;
+    asleep_ = (incoming_.empty() || !mayTakeIncoming()) && !stopping_;
     return asleep_;
   }
 
@@ -348,6 +371,7 @@ class CurlHttpSession::Loop {
   std::vector<Incoming> incoming_;
   bool stopping_ = false;
   bool asleep_ = false;  // who adds work must wake the thread
+  int batches_ = 0;
   std::thread thread_;
 
   // Session's thread only.
@@ -368,6 +392,10 @@ CurlHttpSession::~CurlHttpSession() = default;
 void CurlHttpSession::dataTask(HttpRequest request, Completion completion) {
   loop_->add(std::move(request), std::move(completion));
 }
+
+void CurlHttpSession::beginBatch() { loop_->beginBatch(); }
+
+void CurlHttpSession::endBatch() { loop_->endBatch(); }
 
 bool CurlHttpSession::hasNetworkInterface() {
   ifaddrs* list = nullptr;

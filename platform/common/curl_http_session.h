@@ -44,6 +44,8 @@ class CurlHttpSession final : public HttpSession {
   ~CurlHttpSession() override;
 
   void dataTask(HttpRequest request, Completion completion) override;
+  void beginBatch() override;
+  void endBatch() override;
 
   // Whether any interface other than loopback is up and has an address.
   static bool hasNetworkInterface();

@@ -127,6 +127,11 @@ TEST_F(RecentDeviceLogsTest, devices_are_asked_in_order_and_concurrently) {
   EXPECT_TRUE(ended.isPending());
 }
 
+TEST_F(RecentDeviceLogsTest, the_requests_of_all_devices_leave_together) {
+  fetched({"d1", "d2", "d3"});
+  EXPECT_THAT(http.batches(), ElementsAre(3));
+}
+
 TEST_F(RecentDeviceLogsTest, fractions_of_a_second_are_cut_off) {
   platform.dispatch.advance(999ms);
   fetch({"d1"}, 86400s, 20);

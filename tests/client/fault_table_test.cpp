@@ -280,6 +280,8 @@ class RenewableSession final : public HttpSession {
   void dataTask(HttpRequest request, Completion completion) override {
     settling_->dataTask(std::move(request), std::move(completion));
   }
+  void beginBatch() override { settling_->beginBatch(); }
+  void endBatch() override { settling_->endBatch(); }
 
  private:
   const CurlHttpSession::Options options_;

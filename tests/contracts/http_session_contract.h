@@ -175,6 +175,47 @@ TEST_P(HttpSessionContract, requests_may_come_from_many_threads) {
   EXPECT_EQ(completed(), 40U);
 }
 
+TEST_P(HttpSessionContract, requests_of_a_batch_are_answered_after_its_end) {
+  harness().answerWith(200, "");
+  for (const std::size_t expected : {2U, 4U}) {  // on a new connection and on a kept one
+    {
+      const HttpSession::Batch batch(session());
+      send(request());
+      const HttpSession::Batch second(session());
+      send(request());
+    }
+    EXPECT_TRUE(runUntilCompleted(expected));
+  }
+}
+
+TEST_P(HttpSessionContract, a_batch_without_requests_changes_nothing) {
+  harness().answerWith(200, "");
+  { const HttpSession::Batch batch(session()); }
+  EXPECT_EQ(fetch(request()).error, std::nullopt);
+  { const HttpSession::Batch batch(session()); }
+  EXPECT_EQ(fetch(request()).error, std::nullopt);
+}
+
+TEST_P(HttpSessionContract, batches_may_come_from_many_threads) {
+  harness().answerWith(200, "");
+  std::vector<std::thread> callers;
+  for (int i = 0; i < 4; ++i) {
+    callers.emplace_back([this] {
+      for (int j = 0; j < 5; ++j) {
+        const HttpSession::Batch batch(session());
+        send(request());
+        send(request());
+      }
+    });
+  }
+  const bool all = runUntilCompleted(40);
+  for (std::thread& caller : callers) {
+    caller.join();
+  }
+  EXPECT_TRUE(all);
+  EXPECT_EQ(completed(), 40U);
+}
+
 TEST_P(HttpSessionContract, what_a_completion_holds_is_released_once_it_has_run) {
   harness().answerWith(200, "");
   const auto held = std::make_shared<int>(0);

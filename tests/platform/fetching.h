@@ -35,6 +35,8 @@ class WatchedSession final : public HttpSession {
   void dataTask(HttpRequest request, Completion completion) override {
     inner_.dataTask(std::move(request), Watched{std::make_shared<Notice>(state_), std::move(completion)});
   }
+  void beginBatch() override { inner_.beginBatch(); }
+  void endBatch() override { inner_.endBatch(); }
 
   bool waitUntil(const std::function<bool()>& done) {
     std::unique_lock lock(state_->mutex);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -69,6 +70,57 @@ INSTANTIATE_TEST_SUITE_P(Scripted, HttpSessionContract,
                          testing::Values(factory<HttpSessionHarness, ScriptedHarness>("scripted")));
 INSTANTIATE_TEST_SUITE_P(Curl, HttpSessionContract,
                          testing::Values(factory<HttpSessionHarness, CurlHarness>("libcurl")));
+
+TEST(ScriptedHttpSession, holds_the_requests_of_a_batch_until_its_end) {
+  VirtualDispatch dispatch;
+  ScriptedHttpSession session(dispatch);
+  bool isAnswered = false;
+  {
+    const HttpSession::Batch batch(session);
+    session.dataTask(get("https://h/"), [&](const DataTaskResult&) { isAnswered = true; });
+    dispatch.settle();
+    EXPECT_FALSE(isAnswered);
+  }
+  dispatch.settle();
+  EXPECT_TRUE(isAnswered);
+}
+
+// The requests of another session on another thread show that there was time to send.
+TEST(CurlHttpSession, sends_nothing_before_the_end_of_a_batch) {
+  std::atomic<int> held = 0;
+  const RawServer server([&](RawConnection& connection) {
+    while (const auto request = connection.readRequest()) {
+      held += request->starts_with("GET /held") ? 1 : 0;
+      connection.send(httpResponse(200, ""));
+    }
+  });
+  CurlHttpSession session;
+  CurlHttpSession other;
+  WatchedSession watched(session);
+  fetch(session, get(server.url("/")));
+  int answered = 0;
+  {
+    const HttpSession::Batch batch(watched);
+    for (int i = 0; i < 5; ++i) {
+      watched.dataTask(get(server.url("/held")), [&](const DataTaskResult&) { ++answered; });
+      fetch(other, get(server.url("/")));
+    }
+    EXPECT_EQ(held, 0);
+  }
+  EXPECT_TRUE(watched.waitUntil([&] { return answered == 5; }));
+  EXPECT_EQ(held, 5);
+}
+
+TEST(CurlHttpSession, cancels_requests_even_if_their_batch_has_not_ended) {
+  DataTaskResult result;
+  {
+    CurlHttpSession session;
+    session.beginBatch();
+    session.dataTask(get("https://h/"), [&](DataTaskResult ended) { result = std::move(ended); });
+  }
+  ASSERT_TRUE(result.error);
+  EXPECT_EQ(result.error->as<TransportError>()->kind, TransportError::Kind::cancelled);
+}
 
 }  // namespace
 }  // namespace quillmar
