@@ -10,8 +10,6 @@
 
 #include <array>
 #include <condition_variable>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -19,6 +17,7 @@
 #include <string>
 #include <utility>
 
+#include "bench/give_up.h"
 #include "client/network_service.h"
 #include "platform/common/asio_dispatch.h"
 #include "platform/common/curl_http_session.h"
@@ -26,11 +25,6 @@
 #include "testing/memory_settings_store.h"
 
 namespace quillmar::bench {
-
-[[noreturn]] inline void giveUp(const std::string& cause) {
-  std::fprintf(stderr, "%s\n", cause.c_str());
-  std::quick_exit(1);
-}
 
 // The stand-in service in a child process. It ends when this process closes the pipe.
 class ServiceProcess {

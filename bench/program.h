@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/give_up.h"
+
 extern char** environ;
 
 // Other programs, for benchmarks that run some.
@@ -21,11 +23,6 @@ namespace quillmar::bench {
 
 using Command = std::vector<std::string>;
 namespace fs = std::filesystem;
-
-[[noreturn]] inline void giveUp(const std::string& cause) {
-  std::fprintf(stderr, "%s\n", cause.c_str());
-  std::quick_exit(1);
-}
 
 // A process, killed by the destructor; its output goes to a file.
 class Program {
