@@ -2,21 +2,19 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
 #include <utility>
 
 namespace quillmar {
 namespace {
 
 struct Entry {
-  std::string_view timestamp;
-  std::size_t place = 0;
   DNSLog* log = nullptr;
+  std::size_t place = 0;
 };
 
 // A strict total order: repeated fetches of the same entries must give the same list.
 bool standsBefore(const Entry& one, const Entry& other) {
-  const int order = one.timestamp.compare(other.timestamp);
+  const int order = one.log->timestamp.compare(other.log->timestamp);
   return order != 0 ? order > 0 : one.place < other.place;
 }
 
@@ -35,7 +33,7 @@ Result<std::vector<DNSLog>> RecentLogs::takeNewest(std::size_t limit) {
   std::vector<Entry> entries;
   for (auto& answer : answers_) {
     for (auto& log : answer) {
-      entries.push_back({log.timestamp, entries.size(), &log});
+      entries.push_back({&log, entries.size()});
     }
   }
   if (firstError_ && entries.empty()) {

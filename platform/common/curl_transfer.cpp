@@ -137,8 +137,8 @@ void CurlTransfer::begin(EasyHandle easyHandle, On on) {
 
   curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
   curl_easy_setopt(handle, CURLOPT_CURLU, target_->handle());
-  curl_easy_setopt(handle, CURLOPT_URL,
-                   target_->text().c_str());  // libcurl composes it slowly if it is absent
+  // The same in text: libcurl would compose it from the parts, character by character.
+  curl_easy_setopt(handle, CURLOPT_URL, target_->text().c_str());
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
