@@ -54,6 +54,20 @@ class HttpSessionContract : public testing::TestWithParam<Factory<HttpSessionHar
     EXPECT_TRUE(runUntilCompleted(before + 1));
     return last();
   }
+  // `sendTen` sends ten requests.
+  void expectAnswersOnFourThreads(const std::function<void()>& sendTen) {
+    harness_->answerWith(200, "");
+    std::vector<std::thread> callers;
+    for (int i = 0; i < 4; ++i) {
+      callers.emplace_back(sendTen);
+    }
+    const bool all = runUntilCompleted(40);
+    for (std::thread& caller : callers) {
+      caller.join();
+    }
+    EXPECT_TRUE(all);
+    EXPECT_EQ(completed(), 40U);
+  }
   void take(DataTaskResult result) {
     EXPECT_FALSE(harness_->isMainThread());
     {
@@ -158,21 +172,11 @@ TEST_P(HttpSessionContract, a_completion_may_send_the_next_request) {
 }
 
 TEST_P(HttpSessionContract, requests_may_come_from_many_threads) {
-  harness().answerWith(200, "");
-  std::vector<std::thread> callers;
-  for (int i = 0; i < 4; ++i) {
-    callers.emplace_back([this] {
-      for (int j = 0; j < 10; ++j) {
-        send(request());
-      }
-    });
-  }
-  const bool all = runUntilCompleted(40);
-  for (std::thread& caller : callers) {
-    caller.join();
-  }
-  EXPECT_TRUE(all);
-  EXPECT_EQ(completed(), 40U);
+  expectAnswersOnFourThreads([this] {
+    for (int i = 0; i < 10; ++i) {
+      send(request());
+    }
+  });
 }
 
 TEST_P(HttpSessionContract, requests_of_a_batch_are_answered_after_its_end) {
@@ -197,23 +201,13 @@ TEST_P(HttpSessionContract, a_batch_without_requests_changes_nothing) {
 }
 
 TEST_P(HttpSessionContract, batches_may_come_from_many_threads) {
-  harness().answerWith(200, "");
-  std::vector<std::thread> callers;
-  for (int i = 0; i < 4; ++i) {
-    callers.emplace_back([this] {
-      for (int j = 0; j < 5; ++j) {
-        const HttpSession::Batch batch(session());
-        send(request());
-        send(request());
-      }
-    });
-  }
-  const bool all = runUntilCompleted(40);
-  for (std::thread& caller : callers) {
-    caller.join();
-  }
-  EXPECT_TRUE(all);
-  EXPECT_EQ(completed(), 40U);
+  expectAnswersOnFourThreads([this] {
+    for (int i = 0; i < 5; ++i) {
+      const HttpSession::Batch batch(session());
+      send(request());
+      send(request());
+    }
+  });
 }
 
 TEST_P(HttpSessionContract, what_a_completion_holds_is_released_once_it_has_run) {
